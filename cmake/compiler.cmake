@@ -1,0 +1,25 @@
+# What every target is compiled with.
+set(CMAKE_C_STANDARD 11)
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+
+# The JSON library's assertions belong to the product, so release builds define no NDEBUG.
+set(CMAKE_C_FLAGS_RELEASE "-O2 -g1")
+set(CMAKE_CXX_FLAGS_RELEASE "-O2 -g1")
+
+if(NOT CMAKE_BUILD_TYPE)
+    set(CMAKE_BUILD_TYPE Release)
+endif()
+
+# Panels see exact integers: the compiler may not fuse a multiplication with an addition.
+add_compile_options(-ffp-contract=off -Wall -Wextra -Wshadow)
+add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fblocks>)
+include_directories(${CMAKE_SOURCE_DIR})
+
+if(MIRROR_SANITIZER)
+    add_compile_options(-fsanitize=${MIRROR_SANITIZER} -fno-sanitize-recover=undefined
+                        -fno-omit-frame-pointer -O1)
+    add_link_options(-fsanitize=${MIRROR_SANITIZER})
+endif()

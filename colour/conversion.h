@@ -1,0 +1,17 @@
+// Conversions between RGB and HSL.
+#pragma once
+
+#include "colour/colour.h"
+
+// The smallest and the largest of three.
+float Min(float a, float b, float c);
+float Max(float a, float b, float c);
+
+// Hue in whole degrees 0 to 359, saturation and lightness in whole percent.
+HSL RGBToHSL(RGB rgb);
+
+// One channel, 0 to 1, of the HSL conversion.
+float HueToRGB(float p, float q, float t);
+
+// `hueScale` is the number of hue units in a full turn: 360 for degrees. It must not be 0.
+RGB HSLToRGB(HSL hsl, int hueScale);

@@ -1,0 +1,31 @@
+// A frame of the screen as the colour functions read it.
+#pragma once
+
+#include "colour/colour.h"
+
+#include <cstdint>
+#include <cstring>
+
+// A view of packed 32-bit pixels, four bytes each in the order blue, green, red, alpha. It owns
+// nothing. The bytes may be rewritten by another thread while they are read: a colour then mixes
+// two consecutive frames, which is accepted.
+struct Frame {
+    const unsigned char *bytes = nullptr; // null: a frame of any size that is all black
+    std::uint64_t pixelCount = 0;
+
+    // The pixel word at `index`: red in bits 16 to 23, green 8 to 15, blue 0 to 7. An index
+    // outside the frame reads as black, so a sample table that was made for another screen size,
+    // or that reaches over the edge, can never read foreign memory.
+    std::uint32_t word(std::int32_t index) const {
+        if (bytes == nullptr || static_cast<std::uint64_t>(static_cast<std::int64_t>(index)) >= pixelCount)
+            return 0;
+        std::uint32_t pixel;
+        std::memcpy(&pixel, bytes + static_cast<std::uint64_t>(index) * 4, sizeof pixel);
+        return pixel;
+    }
+};
+
+// The root mean square of the pixels at `count` indices, channel by channel: the mean of the
+// squares in unsigned 32-bit division, then the square root in double precision, truncated.
+// Bright pixels weigh more than in a plain mean. A count below 1 gives black.
+RGB rootMeanSquare(const Frame &frame, const std::int32_t *indices, int count);

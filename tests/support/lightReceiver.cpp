@@ -1,0 +1,62 @@
+#include "tests/support/lightReceiver.h"
+
+#include <arpa/inet.h>
+#include <cerrno>
+#include <cstring>
+#include <poll.h>
+#include <stdexcept>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace test {
+
+LightReceiver::LightReceiver(const std::string &ip, int port) : boundPort(port) {
+    sockaddr_storage address{};
+    socklen_t length = sizeof(sockaddr_in);
+    const bool six = ip.find(':') != std::string::npos;
+    if (six) {
+        auto *in6 = reinterpret_cast<sockaddr_in6 *>(&address);
+        in6->sin6_family = AF_INET6;
+        in6->sin6_port = htons(static_cast<std::uint16_t>(port));
+        inet_pton(AF_INET6, ip.c_str(), &in6->sin6_addr);
+        length = sizeof *in6;
+    } else {
+        auto *in = reinterpret_cast<sockaddr_in *>(&address);
+        in->sin_family = AF_INET;
+        in->sin_port = htons(static_cast<std::uint16_t>(port));
+        inet_pton(AF_INET, ip.c_str(), &in->sin_addr);
+    }
+    fd = socket(six ? AF_INET6 : AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    if (fd < 0 || bind(fd, reinterpret_cast<sockaddr *>(&address), length) != 0)
+        throw std::runtime_error("bind " + ip + ": " + std::strerror(errno));
+    if (port == 0) {
+        getsockname(fd, reinterpret_cast<sockaddr *>(&address), &length);
+        boundPort = ntohs(six ? reinterpret_cast<sockaddr_in6 *>(&address)->sin6_port
+                              : reinterpret_cast<sockaddr_in *>(&address)->sin_port);
+    }
+}
+
+LightReceiver::~LightReceiver() {
+    if (fd >= 0)
+        close(fd);
+}
+
+std::optional<Datagram> LightReceiver::next(std::chrono::milliseconds patience) {
+    pollfd waiting{fd, POLLIN, 0};
+    if (poll(&waiting, 1, static_cast<int>(patience.count())) <= 0)
+        return std::nullopt;
+    Datagram datagram(65536);
+    const ssize_t got = recv(fd, datagram.data(), datagram.size(), 0);
+    if (got < 0)
+        return std::nullopt;
+    datagram.resize(static_cast<std::size_t>(got));
+    return datagram;
+}
+
+void LightReceiver::drain() {
+    char byte;
+    while (recv(fd, &byte, sizeof byte, MSG_DONTWAIT) >= 0) {
+    }
+}
+
+} // namespace test

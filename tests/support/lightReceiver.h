@@ -1,0 +1,36 @@
+// A light device's ear in a test: one bound UDP socket.
+#pragma once
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace test {
+
+using Datagram = std::vector<std::uint8_t>;
+
+class LightReceiver {
+public:
+    // Binds to `ip`:`port`; throws std::runtime_error when that fails.
+    LightReceiver(const std::string &ip, int port);
+    ~LightReceiver();
+    LightReceiver(const LightReceiver &) = delete;
+    LightReceiver &operator=(const LightReceiver &) = delete;
+
+    // The next datagram, or nothing when none came within `patience`.
+    std::optional<Datagram> next(std::chrono::milliseconds patience = std::chrono::seconds(10));
+
+    // Throws away everything that has arrived.
+    void drain();
+
+    // The port bound to.
+    int port() const { return boundPort; }
+
+private:
+    int fd = -1;
+    int boundPort = 0;
+};
+
+} // namespace test

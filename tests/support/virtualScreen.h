@@ -1,0 +1,55 @@
+// A private X server for one test: Xvfb on a free display number, and a brush.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <sys/types.h>
+#include <vector>
+
+struct xcb_connection_t;
+
+namespace test {
+
+// Starts the server in the constructor and ends it in the destructor; the kernel ends it too when
+// the test's process dies. Nothing here touches the DISPLAY variable unless use() is called.
+class VirtualScreen {
+public:
+    // Throws std::runtime_error when Xvfb cannot be started or does not answer in time.
+    VirtualScreen(int width, int height, int depth = 24,
+                  const std::vector<std::string> &extraArguments = {});
+    ~VirtualScreen();
+    VirtualScreen(const VirtualScreen &) = delete;
+    VirtualScreen &operator=(const VirtualScreen &) = delete;
+
+    // The server's name for clients, such as ":7".
+    const std::string &display() const { return name; }
+    pid_t pid() const { return server; }
+
+    // Sets DISPLAY of this process to the server.
+    void use() const;
+
+    // Draw on the root window; return once the server has carried the drawing out. Colours are
+    // 0xRRGGBB.
+    void fill(std::uint32_t colour);
+    void fillRect(int x, int y, int width, int height, std::uint32_t colour);
+    void putPixels(int x, int y, int width, int height, const std::uint32_t *colours);
+
+    // Runs a program with DISPLAY set and waits for it; throws std::runtime_error with its output
+    // unless it exits with 0.
+    void run(const std::vector<std::string> &command) const;
+
+    // Ends the server now (SIGKILL) and waits for it.
+    void kill();
+
+private:
+    std::string name;
+    pid_t server = -1;
+    xcb_connection_t *connection = nullptr;
+    std::uint32_t root = 0;
+    std::uint32_t brush = 0;
+    int width = 0;
+    int height = 0;
+    int depth = 0;
+};
+
+} // namespace test
