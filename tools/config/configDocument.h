@@ -32,8 +32,8 @@ struct Document {
 
 // One thing wrong with a document.
 struct Problem {
-    std::string pointer;  // JSON pointer (RFC 6901); empty for the whole document
-    std::string message;  // what was expected and what was found, one line
+    std::string pointer; // JSON pointer (RFC 6901); empty for the whole document
+    std::string message; // what was expected and what was found, one line
 };
 
 // A text that has been read. `document` is complete exactly when `problems` is empty.
@@ -43,13 +43,15 @@ struct Reading {
     std::vector<Problem> problems;
 };
 
-// Parses and checks `text`; finds all problems, not only the first.
+// Parses and checks `text`; finds all problems, not only the first. A text without problems is one
+// that the library reads to its end; members that the library does not read may be anything.
 Reading readText(const std::string &text);
 
-// Reads a file and then its text. A file that cannot be read is one problem with an empty pointer.
+// Reads a file and then its text; "-" is standard input. A file that cannot be read is one problem
+// with an empty pointer.
 Reading readFile(const std::string &path);
 
-// "PATH: POINTER: MESSAGE", ready to print.
+// "PATH: POINTER: MESSAGE", ready to print; without the middle when the pointer is empty.
 std::string describe(const std::string &path, const Problem &problem);
 
 } // namespace config

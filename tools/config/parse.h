@@ -1,0 +1,22 @@
+// From text to a JSON tree, or to the one reason why there is none.
+#pragma once
+
+#include "tools/config/configDocument.h"
+
+#include <cstddef>
+#include <optional>
+#include <rapidjson/document.h>
+#include <string>
+
+namespace config {
+
+// A document is five levels deep. The library's parser calls itself once a level, on its host's
+// stack, so that a text of nothing but brackets could end the process.
+inline constexpr std::size_t deepestNesting = 256;
+
+// Parses `text` in just the way the library does. Nothing when that fails, with the place and the
+// reason in `problem`. Beyond what the library's parser refuses, this refuses a zero byte, at
+// which the library would take the text to end, and nesting deeper than `deepestNesting`.
+std::optional<rapidjson::Document> parse(const std::string &text, Problem &problem);
+
+} // namespace config

@@ -1,0 +1,17 @@
+// A whole file in memory.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+namespace config {
+
+// A document larger than this is taken for a mistake (a device file, a film).
+inline constexpr std::size_t largestText = 64u << 20;
+
+// The contents of the file at `path`; "-" is standard input, read to its end. Nothing when it
+// cannot be read, with the reason in words in `reason`.
+std::optional<std::string> readTextFile(const std::string &path, std::string &reason);
+
+} // namespace config
