@@ -1,0 +1,310 @@
+#include "tools/config/configDocument.h"
+#include "tests/tools/config/goodDocument.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <span>
+#include <stdexcept>
+#include <unistd.h>
+
+namespace {
+
+// "POINTER: MESSAGE" of every problem, one a line.
+std::string problemsOf(const config::Reading &reading) {
+    std::string lines;
+    for (const auto &problem : reading.problems)
+        lines += problem.pointer + ": " + problem.message + "\n";
+    return lines;
+}
+
+std::string problemsIn(const std::string &text) {
+    return problemsOf(config::readText(text));
+}
+
+struct Member {
+    const char *pointer;
+    const char *expected;
+};
+
+// Every member that the document has, at each of its levels.
+const Member integers[] = {
+    {"/displayID", "an integer that fits 32 bits"},
+    {"/mode", "an integer that fits 32 bits"},
+    {"/devices/0/shapeType", "an integer that fits 32 bits"},
+    {"/devices/1/controlVersion", "an integer that fits 32 bits"},
+    {"/devices/0/panels/0/panelID", "an integer that fits 32 bits"},
+    {"/devices/0/panels/1/centroidX", "an integer that fits 32 bits"},
+    {"/devices/0/panels/2/centroidY", "an integer that fits 32 bits"},
+};
+const Member others[] = {
+    {"/devices", "an array"},
+    {"/devices/0/panels", "an array"},
+    {"/devices/1/scaleFactor", "a number"},
+    {"/devices/0/ip", "a string"},
+};
+
+std::string line(const Member &member, const std::string &found) {
+    return std::string(member.pointer) + ": expected " + member.expected + ", found " + found +
+           "\n";
+}
+
+} // namespace
+
+TEST(ConfigDocument, readsEveryMember) {
+    const auto reading = config::readText(test::goodDocument);
+    ASSERT_EQ(problemsOf(reading), "");
+    EXPECT_EQ(reading.text, test::goodDocument);
+    const auto &document = reading.document;
+    EXPECT_EQ(document.displayID, 7);
+    EXPECT_EQ(document.mode, 3);
+    ASSERT_EQ(document.devices.size(), 2u);
+    const auto &first = document.devices[0];
+    EXPECT_EQ(first.ip, "127.0.40.1");
+    EXPECT_EQ(first.controlVersion, 1);
+    EXPECT_EQ(first.port(), 60221);
+    EXPECT_EQ(first.shapeType, 4);
+    EXPECT_EQ(first.scaleFactor, 1.5);
+    ASSERT_EQ(first.panels.size(), 3u);
+    EXPECT_EQ(first.panels[0].panelID, 101);
+    EXPECT_EQ(first.panels[0].centroidX, 640);
+    EXPECT_EQ(first.panels[0].centroidY, 360);
+    EXPECT_EQ(first.panels[1].centroidX, -50);
+    EXPECT_EQ(first.panels[2].panelID, 103);
+    EXPECT_EQ(first.panels[2].centroidY, 99999);
+    const auto &second = document.devices[1];
+    EXPECT_EQ(second.ip, "::1");
+    EXPECT_EQ(second.port(), 60222);
+    EXPECT_EQ(second.shapeType, 5);
+    EXPECT_EQ(second.scaleFactor, 2.0);
+    EXPECT_TRUE(second.panels.empty());
+}
+
+TEST(ConfigDocument, namesEveryMissingMember) {
+    for (const auto &list : {std::span<const Member>(integers), std::span<const Member>(others)})
+        for (const auto &member : list)
+            EXPECT_EQ(problemsIn(test::withoutValue(member.pointer)),
+                      line(member, "no member of this name"));
+}
+
+TEST(ConfigDocument, saysWhatWasFoundInsteadOfAnInteger) {
+    const std::pair<const char *, const char *> wrong[] = {
+        {"null", "null"},
+        {"true", "true"},
+        {"false", "false"},
+        {"{}", "an object"},
+        {"[1]", "an array"},
+        {"\"12\"", "the string \"12\""},
+        {"2.5", "2.5"},
+        {"1.0", "1.0 (write it without fraction and exponent)"},
+        {"1e2", "100.0 (write it without fraction and exponent)"},
+        {"2147483648", "2147483648"},
+        {"-2147483649", "-2147483649"},
+        {"4294967296", "4294967296"},
+        {"18446744073709551615", "18446744073709551615"},
+        {"-9223372036854775808", "-9223372036854775808"},
+    };
+    for (const auto &member : integers)
+        for (const auto &[value, found] : wrong)
+            EXPECT_EQ(problemsIn(test::withValue(member.pointer, value)), line(member, found));
+}
+
+TEST(ConfigDocument, takesIntegersUpToTheirBorders) {
+    for (const auto &member : integers)
+        for (const char *value : {"2147483647", "-2147483648", "0", "-0"})
+            EXPECT_EQ(problemsIn(test::withValue(member.pointer, value)), "") << member.pointer;
+    const auto least = config::readText(test::withValue("/displayID", "-2147483648"));
+    EXPECT_EQ(least.document.displayID, INT32_MIN);
+    const auto greatest = config::readText(test::withValue("/mode", "2147483647"));
+    EXPECT_EQ(greatest.document.mode, INT32_MAX);
+}
+
+TEST(ConfigDocument, saysWhatWasFoundInsteadOfOtherTypes) {
+    for (const auto &member : others) {
+        EXPECT_EQ(problemsIn(test::withValue(member.pointer, "null")), line(member, "null"));
+        EXPECT_EQ(problemsIn(test::withValue(member.pointer, "{}")), line(member, "an object"));
+    }
+    EXPECT_EQ(problemsIn(test::withValue("/devices/0/ip", "5.0")),
+              "/devices/0/ip: expected a string, found 5.0\n");
+    EXPECT_EQ(problemsIn(test::withValue("/devices/0/scaleFactor", "\"1.5\"")),
+              "/devices/0/scaleFactor: expected a number, found the string \"1.5\"\n");
+    EXPECT_EQ(problemsIn(test::withValue("/devices/1", "[]")),
+              "/devices/1: expected an object, found an array\n");
+    EXPECT_EQ(problemsIn(test::withValue("/devices/0/panels/2", "3")),
+              "/devices/0/panels/2: expected an object, found 3\n");
+}
+
+TEST(ConfigDocument, takesAnyNumberAsScaleFactor) {
+    for (const char *value : {"3", "-1", "0.0", "1e3", "4294967295", "-9223372036854775808",
+                              "18446744073709551615", "1e-400"})
+        EXPECT_EQ(problemsIn(test::withValue("/devices/0/scaleFactor", value)), "") << value;
+}
+
+TEST(ConfigDocument, findsAllProblemsInDocumentOrder) {
+    EXPECT_EQ(problemsIn(R"({"mode": 1.5, "devices": [
+        {"panels": [{"panelID": "x", "centroidY": 1}, 4], "scaleFactor": 1, "ip": 1,
+         "controlVersion": 2},
+        7]})"),
+              "/displayID: expected an integer that fits 32 bits, found no member of this name\n"
+              "/mode: expected an integer that fits 32 bits, found 1.5\n"
+              "/devices/0/panels/0/panelID: expected an integer that fits 32 bits, "
+              "found the string \"x\"\n"
+              "/devices/0/panels/0/centroidX: expected an integer that fits 32 bits, "
+              "found no member of this name\n"
+              "/devices/0/panels/1: expected an object, found 4\n"
+              "/devices/0/shapeType: expected an integer that fits 32 bits, "
+              "found no member of this name\n"
+              "/devices/0/ip: expected a string, found 1\n"
+              "/devices/1: expected an object, found 7\n");
+}
+
+TEST(ConfigDocument, pointsToNamesThatDifferInCase) {
+    EXPECT_EQ(problemsIn(R"({"displayId": 1, "mode": 0, "devices": []})"),
+              "/displayID: expected an integer that fits 32 bits, found no member of this name "
+              "(\"displayId\" differs in upper and lower case)\n");
+}
+
+TEST(ConfigDocument, refusesRootsThatAreNoObject) {
+    EXPECT_EQ(problemsIn("[]"), ": expected an object, found an array\n");
+    EXPECT_EQ(problemsIn("3"), ": expected an object, found 3\n");
+    EXPECT_EQ(problemsIn(" null "), ": expected an object, found null\n");
+}
+
+TEST(ConfigDocument, ignoresMembersThatItDoesNotKnow) {
+    EXPECT_EQ(problemsIn(test::withValue("/comment", R"({"displayID": "x", "deep": [[[]]]})")), "");
+    EXPECT_EQ(problemsIn(test::withValue("/devices/0/panels/0/name", "null")), "");
+}
+
+TEST(ConfigDocument, acceptsNoDevicesAtAll) {
+    const auto reading = config::readText(R"({"displayID": 1, "mode": 0, "devices": []})");
+    EXPECT_EQ(problemsOf(reading), "");
+    EXPECT_TRUE(reading.document.devices.empty());
+}
+
+TEST(ConfigDocument, takesTheFirstOfMembersOfOneName) {
+    const auto first =
+        config::readText(R"({"displayID": 1, "displayID": "x", "mode": 0, "devices": []})");
+    EXPECT_EQ(problemsOf(first), "");
+    EXPECT_EQ(first.document.displayID, 1);
+    EXPECT_EQ(problemsIn(R"({"displayID": "x", "displayID": 1, "mode": 0, "devices": []})"),
+              "/displayID: expected an integer that fits 32 bits, found the string \"x\"\n");
+}
+
+TEST(ConfigDocument, endsAddressesAtAZeroCharacter) {
+    const auto reading =
+        config::readText(test::withValue("/devices/0/ip", R"("127.0.0.1\u0000junk")"));
+    ASSERT_EQ(problemsOf(reading), "");
+    EXPECT_EQ(reading.document.devices[0].ip, "127.0.0.1");
+}
+
+TEST(ConfigDocument, leavesAddressesToOthers) {
+    EXPECT_EQ(problemsIn(test::withValue("/devices/0/ip", "\"no address\"")), "");
+    EXPECT_EQ(problemsIn(test::withValue("/devices/0/ip", "\"\"")), "");
+}
+
+TEST(ConfigDocument, cutsLongStringsBetweenCharacters) {
+    const std::string letters(59, 'a');
+    EXPECT_EQ(problemsIn(test::withValue("/mode", "\"" + letters + "\xC3\xA9\xC3\xA9\"")),
+              "/mode: expected an integer that fits 32 bits, found the string \"" + letters +
+                  "\" and more\n");
+}
+
+TEST(ConfigDocument, placesWhatCannotBeParsed) {
+    EXPECT_EQ(problemsIn(""), ": line 1, column 1: The document is empty.\n");
+    EXPECT_EQ(problemsIn(" \n\n "), ": line 3, column 2: The document is empty.\n");
+    EXPECT_EQ(problemsIn("{"), ": line 1, column 2: Missing a name for object member.\n");
+    EXPECT_EQ(problemsIn("{\n  \"mode\" 3\n}"),
+              ": line 2, column 10: Missing a colon after a name of object member.\n");
+    EXPECT_EQ(problemsIn("{} {}"),
+              ": line 1, column 4: The document root must not be followed by other values.\n");
+    EXPECT_EQ(problemsIn("{\"a\": 1,}"), ": line 1, column 9: Missing a name for object member.\n");
+    EXPECT_EQ(problemsIn("// no\n{}"), ": line 1, column 1: Invalid value.\n");
+}
+
+TEST(ConfigDocument, countsColumnsInCharacters) {
+    EXPECT_EQ(problemsIn("{\"\xC3\xA9\xC3\xA9\" 3}"),
+              ": line 1, column 7: Missing a colon after a name of object member.\n");
+}
+
+TEST(ConfigDocument, explainsByteOrderMarks) {
+    EXPECT_EQ(problemsIn(std::string("\xEF\xBB\xBF") + test::goodDocument),
+              ": line 1, column 1: Invalid value. The text begins with a byte order mark; "
+              "save it without one.\n");
+}
+
+TEST(ConfigDocument, refusesZeroBytes) {
+    const std::string text = std::string(test::goodDocument) + '\0' + "more";
+    EXPECT_EQ(problemsIn(text), ": line 24, column 2: expected JSON text in UTF-8, "
+                                "found a zero byte, which would end it\n");
+}
+
+TEST(ConfigDocument, refusesAbsurdNesting) {
+    for (const char *opening : {"[", "{\"a\":"}) {
+        std::string bomb;
+        for (int i = 0; i < 2000000; ++i)
+            bomb += opening;
+        const auto reading = config::readText(bomb);
+        ASSERT_EQ(reading.problems.size(), 1u);
+        EXPECT_EQ(reading.problems[0].pointer, "");
+        EXPECT_NE(reading.problems[0].message.find("expected nesting no deeper than 256 levels"),
+                  std::string::npos);
+    }
+    // Also where nobody would read it.
+    const auto nested = [](int depth) {
+        return test::withValue("/comment", std::string(depth, '[') + std::string(depth, ']'));
+    };
+    EXPECT_EQ(problemsIn(nested(255)), "");
+    EXPECT_EQ(config::readText(nested(256)).problems.size(), 1u);
+    // Brackets in strings are text.
+    EXPECT_EQ(problemsIn(test::withValue("/comment", '"' + std::string(1000, '[') + "\\\"[\"")),
+              "");
+}
+
+namespace {
+
+// A file of its own name in the temporary folder, removed at the end.
+class ScratchFile {
+public:
+    explicit ScratchFile(const std::string &text) {
+        char name[] = "/tmp/configTest.XXXXXX";
+        const int fd = mkstemp(name);
+        if (fd < 0)
+            throw std::runtime_error("no scratch file");
+        close(fd);
+        path = name;
+        std::ofstream(path, std::ios::binary) << text;
+    }
+    ~ScratchFile() { std::filesystem::remove(path); }
+    ScratchFile(const ScratchFile &) = delete;
+    ScratchFile &operator=(const ScratchFile &) = delete;
+
+    std::string path;
+};
+
+} // namespace
+
+TEST(ConfigFile, isReadWhole) {
+    // Longer than one read.
+    const std::string text = test::goodDocument + std::string(100000, ' ');
+    const ScratchFile file(text);
+    const auto reading = config::readFile(file.path);
+    EXPECT_EQ(problemsOf(reading), "");
+    EXPECT_EQ(reading.text, text);
+    EXPECT_EQ(reading.document.displayID, 7);
+}
+
+TEST(ConfigFile, saysWhyItCannotBeRead) {
+    EXPECT_EQ(problemsOf(config::readFile("/no/such/file")),
+              ": cannot be read: No such file or directory\n");
+    EXPECT_EQ(problemsOf(config::readFile("/tmp")), ": cannot be read: Is a directory\n");
+}
+
+TEST(ConfigFile, refusesEndlessFiles) {
+    EXPECT_EQ(problemsOf(config::readFile("/dev/zero")), ": cannot be read: larger than 64 MiB\n");
+}
+
+TEST(ConfigFile, describesProblemsForPrinting) {
+    EXPECT_EQ(config::describe("a.json", {"/mode", "bad"}), "a.json: /mode: bad");
+    EXPECT_EQ(config::describe("a.json", {"", "bad"}), "a.json: bad");
+}
