@@ -1,0 +1,38 @@
+// The wall on a terminal, redrawn in place.
+#pragma once
+
+#include "tools/panelwall/frameText.h"
+#include "tools/panelwall/rateMeter.h"
+
+namespace panelwall {
+
+// Holds the terminal's alternate screen from enter() to leave(); the destructor leaves too. Draws
+// at most twenty times a second, and four times a second while nothing changes, so that ages and
+// rates stay true.
+class LiveView {
+public:
+    explicit LiveView(int terminalFd) : fd(terminalFd) {}
+    ~LiveView() { leave(); }
+    LiveView(const LiveView &) = delete;
+    LiveView &operator=(const LiveView &) = delete;
+
+    void enter();
+    void leave();
+
+    // When to draw next: at once after enter() and resize().
+    Clock::time_point due(bool changed) const;
+    void resize() { lastDrawn.reset(); }
+
+    // Draws one frame. A terminal that accepts nothing at the moment misses it. False when the
+    // terminal is gone.
+    bool draw(const Wall &wall, Size screen, const FrameContent &content, Clock::time_point now);
+
+private:
+    Size terminalSize() const;
+
+    int fd;
+    bool entered = false;
+    std::optional<Clock::time_point> lastDrawn;
+};
+
+} // namespace panelwall

@@ -1,0 +1,27 @@
+// The socket addresses of the wall's devices: loopback, and no two alike.
+#pragma once
+
+#include "tools/config/configDocument.h"
+
+#include <string>
+#include <sys/socket.h>
+#include <vector>
+
+namespace panelwall {
+
+struct Endpoint {
+    sockaddr_storage address{};
+    socklen_t length = 0;
+};
+
+// The endpoint of every device, in order. Appends a problem for each device whose address does not
+// parse, is not loopback (127.0.0.0/8 or ::1), or has been taken with its port by a device before.
+// The endpoints are complete exactly when no problem was found.
+std::vector<Endpoint> findEndpoints(const config::Document &document,
+                                    std::vector<config::Problem> &problems);
+
+// "device 2 at 127.0.0.4, UDP port 60222": how messages name a device. Characters that a terminal
+// would act upon are left out.
+std::string nameDevice(const config::Document &document, std::size_t index);
+
+} // namespace panelwall

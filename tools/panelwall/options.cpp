@@ -1,0 +1,88 @@
+#include "tools/panelwall/options.h"
+
+#include <CLI/CLI.hpp>
+#include <charconv>
+
+namespace panelwall {
+
+static const char about[] =
+    "Light devices in software: listens at the address and port of every device of a mirroring\n"
+    "configuration, on this machine only, and shows what each panel was sent.";
+
+static const char footer[] =
+    "On a terminal the wall is redrawn in place; otherwise one line per device is printed every\n"
+    "second. Device numbers count from 0, as in the document. When the program ends, a last line\n"
+    "per device goes to standard output.\n"
+    "\n"
+    "Pictures: panels are drawn as the squares of screen that colour them, which have two thirds\n"
+    "of the panel's size (2 x scaleFactor x base / 3, base 150 for shapeType 0, else 100). Panels\n"
+    "that were sent no colour yet are hollow. One pixel is one screen pixel, unless the screen "
+    "has\n"
+    "a side of more than 5120: then the picture is scaled down to that. Without --size the screen\n"
+    "is taken to be the smallest, with its origin at the top left, that holds every panel's "
+    "square.\n"
+    "The file is replaced in one step, so it can be read at any time.\n"
+    "\n"
+    "Signals: SIGUSR1 writes the picture and goes on. SIGINT (Ctrl-C), SIGTERM and SIGHUP end the\n"
+    "program, with exit status 0.\n"
+    "\n"
+    "Exit statuses:\n"
+    "  0  ended by a signal or after --seconds\n"
+    "  1  standard output was closed, or another failure\n"
+    "  2  the command line is wrong\n"
+    "  3  the configuration cannot be read, or the picture cannot be written\n"
+    "  4  the configuration is not valid, or names no device\n"
+    "  5  a device's address does not parse, is not loopback, or is another device's too\n"
+    "  6  a device's port is in use or cannot be opened";
+
+static std::optional<Size> parseSize(const std::string &text) {
+    constexpr int largest = 32768;
+    Size size;
+    const char *end = text.data() + text.size();
+    const auto width = std::from_chars(text.data(), end, size.width);
+    if (width.ec != std::errc() || width.ptr == end || *width.ptr != 'x')
+        return std::nullopt;
+    const auto height = std::from_chars(width.ptr + 1, end, size.height);
+    if (height.ec != std::errc() || height.ptr != end)
+        return std::nullopt;
+    if (size.width < 1 || size.height < 1 || size.width > largest || size.height > largest)
+        return std::nullopt;
+    return size;
+}
+
+std::optional<int> parseOptions(int argc, char **argv, Options &options) {
+    CLI::App app(about, "panelwall");
+    app.footer(footer);
+    app.add_option("CONFIG", options.configPath, "The configuration document; - is standard input")
+        ->required();
+    double seconds = 0.0;
+    auto *secondsOption = app.add_option("--seconds", seconds, "End after this many seconds")
+                              ->type_name("N")
+                              ->check(CLI::Range(0.001, 1e9));
+    std::string snapshot;
+    auto *snapshotOption =
+        app.add_option("--snapshot", snapshot,
+                       "Write a picture of the wall to this PNG file at the end and on SIGUSR1")
+            ->type_name("FILE");
+    std::string size;
+    auto *sizeOption =
+        app.add_option("--size", size, "The size of the mirrored screen in pixels, as in 1920x1080")
+            ->type_name("WxH")
+            ->check([](const std::string &text) {
+                return parseSize(text) ? std::string() : "not a size such as 1920x1080: " + text;
+            });
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError &error) {
+        return app.exit(error) == 0 ? exitOk : exitUsage;
+    }
+    if (secondsOption->count() > 0)
+        options.duration = std::chrono::milliseconds(static_cast<std::int64_t>(seconds * 1000));
+    if (snapshotOption->count() > 0)
+        options.snapshotPath = snapshot;
+    if (sizeOption->count() > 0)
+        options.screen = parseSize(size);
+    return std::nullopt;
+}
+
+} // namespace panelwall

@@ -1,0 +1,34 @@
+// The command line.
+#pragma once
+
+#include "tools/panelwall/picture.h"
+
+#include <chrono>
+#include <optional>
+#include <string>
+
+namespace panelwall {
+
+// What the program ends with; --help lists them.
+enum ExitStatus {
+    exitOk = 0,
+    exitOther = 1,
+    exitUsage = 2,
+    exitFile = 3,
+    exitDocument = 4,
+    exitAddress = 5,
+    exitSocket = 6,
+};
+
+struct Options {
+    std::string configPath;
+    std::optional<std::chrono::milliseconds> duration;
+    std::optional<std::string> snapshotPath;
+    std::optional<Size> screen;
+};
+
+// Fills `options` from the arguments. An exit status when the program shall end at once, after help
+// or a complaint has been printed.
+std::optional<int> parseOptions(int argc, char **argv, Options &options);
+
+} // namespace panelwall

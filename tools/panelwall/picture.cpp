@@ -1,0 +1,97 @@
+#include "tools/panelwall/picture.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace panelwall {
+
+static constexpr Colour background{19, 21, 26};
+static constexpr Colour outline{62, 68, 80};
+static constexpr Colour hollow{84, 91, 105};
+static constexpr Colour white{255, 255, 255};
+
+static constexpr double largestSide = 1 << 20;
+
+Size screenSize(const Wall &wall, std::optional<Size> given) {
+    if (given)
+        return *given;
+    double right = 0.0;
+    double bottom = 0.0;
+    for (const WallDevice &device : wall.devices()) {
+        for (const WallPanel &panel : device.panels) {
+            right = std::max(right, panel.centreX + std::max(panel.halfSide, 1.0));
+            bottom = std::max(bottom, panel.centreY + std::max(panel.halfSide, 1.0));
+        }
+    }
+    if (right < 1.0 || bottom < 1.0)
+        return {1920, 1080};
+    return {static_cast<int>(std::min(right, largestSide)),
+            static_cast<int>(std::min(bottom, largestSide))};
+}
+
+Size fitInto(Size screen, Size room) {
+    const double scale = std::min(static_cast<double>(room.width) / screen.width,
+                                  static_cast<double>(room.height) / screen.height);
+    return {
+        std::clamp(static_cast<int>(std::lround(screen.width * scale)), 1, std::max(room.width, 1)),
+        std::clamp(static_cast<int>(std::lround(screen.height * scale)), 1,
+                   std::max(room.height, 1))};
+}
+
+// A panel's square on the canvas, with its edges on whole pixels and at least one pixel large.
+static Box place(const WallPanel &panel, Size screen, const Canvas &canvas) {
+    const auto edges = [&](double centre, int screenSide, int canvasSide, double &low,
+                           double &high) {
+        const double scale = static_cast<double>(canvasSide) / screenSide;
+        low = std::round((centre - panel.halfSide) * scale);
+        high = std::round((centre + panel.halfSide) * scale);
+        if (high - low < 1.0) {
+            low = std::floor(centre * scale);
+            high = low + 1.0;
+        }
+    };
+    Box box;
+    edges(panel.centreX, screen.width, canvas.width(), box.left, box.right);
+    edges(panel.centreY, screen.height, canvas.height(), box.top, box.bottom);
+    return box;
+}
+
+template <typename Draw> static void forEachPanel(const Wall &wall, Draw draw) {
+    for (const WallDevice &device : wall.devices())
+        for (const WallPanel &panel : device.panels)
+            draw(panel);
+}
+
+Canvas drawFine(const Wall &wall, Size screen, Size size) {
+    Canvas canvas(size.width, size.height, background);
+    const double line = std::max(1.0, std::round(std::min(size.width, size.height) / 540.0));
+    canvas.stroke({0.0, 0.0, static_cast<double>(size.width), static_cast<double>(size.height)},
+                  0.0, line, outline);
+    forEachPanel(wall, [&](const WallPanel &panel) {
+        const Box box = place(panel, screen, canvas);
+        const double side = std::min(box.right - box.left, box.bottom - box.top);
+        const double radius = side * 0.12;
+        const double border = std::min(line, std::floor(side / 3));
+        if (!panel.colour) {
+            canvas.stroke(box, radius, std::max(border, 1.0), hollow);
+            return;
+        }
+        canvas.fill(box, radius, *panel.colour);
+        canvas.stroke(box, radius, border, mix(*panel.colour, white, 0.25));
+    });
+    return canvas;
+}
+
+Canvas drawCoarse(const Wall &wall, Size screen, Size size) {
+    Canvas canvas(size.width, size.height, background);
+    forEachPanel(wall, [&](const WallPanel &panel) {
+        const Box box = place(panel, screen, canvas);
+        if (panel.colour)
+            canvas.fill(box, 0.0, *panel.colour);
+        else
+            canvas.stroke(box, 0.0, 1.0, hollow);
+    });
+    return canvas;
+}
+
+} // namespace panelwall

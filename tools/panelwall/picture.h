@@ -1,0 +1,34 @@
+// The wall as a picture: the screen's outline with every panel at its place.
+//
+// A panel is drawn as the square of screen that colours it, side 2 x WallPanel::halfSide around its
+// centre. Panels are drawn in the order of the configuration, so later ones lie on top. A panel
+// that never got a colour is hollow.
+#pragma once
+
+#include "tools/panelwall/canvas.h"
+#include "tools/panelwall/wall.h"
+
+#include <optional>
+
+namespace panelwall {
+
+struct Size {
+    int width = 0;
+    int height = 0;
+};
+
+// The size of the screen that the wall stands on: `given` if there is one; otherwise the least
+// screen, with its origin at the top left, that holds every panel's square whole. Without panels
+// 1920 x 1080.
+Size screenSize(const Wall &wall, std::optional<Size> given);
+
+// The largest size of the screen's shape that fits into `room`, at least 1 x 1.
+Size fitInto(Size screen, Size room);
+
+// For a picture file: fine lines and round corners.
+Canvas drawFine(const Wall &wall, Size screen, Size canvas);
+
+// For a few coarse pixels: plain squares in whole pixels.
+Canvas drawCoarse(const Wall &wall, Size screen, Size canvas);
+
+} // namespace panelwall

@@ -1,0 +1,48 @@
+#include "tools/panelwall/pngFile.h"
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <png.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace panelwall {
+
+static bool encode(const Canvas &canvas, std::FILE *file) {
+    png_image image{};
+    image.version = PNG_IMAGE_VERSION;
+    image.width = static_cast<png_uint_32>(canvas.width());
+    image.height = static_cast<png_uint_32>(canvas.height());
+    image.format = PNG_FORMAT_RGB;
+    image.flags = PNG_IMAGE_FLAG_FAST; // a live program writes it; a third larger, far quicker
+    return png_image_write_to_stdio(&image, file, 0, canvas.row(0), 0, nullptr) != 0;
+}
+
+std::string writePng(const Canvas &canvas, const std::string &path) {
+    const std::string draft = path + ".part-" + std::to_string(getpid());
+    std::FILE *file = std::fopen(draft.c_str(), "wb");
+    if (!file)
+        return std::strerror(errno);
+    errno = 0;
+    const bool encoded = encode(canvas, file);
+    const bool closed = std::fclose(file) == 0;
+    if (encoded && closed && std::rename(draft.c_str(), path.c_str()) == 0)
+        return {};
+    const std::string reason = errno != 0 ? std::strerror(errno) : "the picture is not encoded";
+    std::remove(draft.c_str());
+    return reason;
+}
+
+std::string findObstacle(const std::string &path) {
+    const auto slash = path.rfind('/');
+    const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+    struct stat status {};
+    if (stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode))
+        return "it is a folder";
+    if (access(folder.c_str(), W_OK | X_OK) != 0)
+        return "folder " + folder + ": " + std::strerror(errno);
+    return {};
+}
+
+} // namespace panelwall

@@ -1,0 +1,175 @@
+#include "tools/panelwall/session.h"
+
+#include "tools/panelwall/output.h"
+#include "tools/panelwall/pngFile.h"
+#include "tools/panelwall/statusText.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <string_view>
+#include <unistd.h>
+
+namespace panelwall {
+
+static constexpr int largestPictureSide = 5120;
+static constexpr std::chrono::seconds lineInterval{1};
+static constexpr std::chrono::seconds noticeTime{5};
+
+static bool isCapableTerminal(int fd) {
+    const char *type = std::getenv("TERM");
+    return isatty(fd) == 1 && !(type != nullptr && std::string_view(type) == "dumb");
+}
+
+Session::Session(const Options &theOptions, const config::Document &theDocument,
+                 Receiver &theReceiver, Signals &theSignals)
+    : options(theOptions), document(theDocument), receiver(theReceiver), signals(theSignals),
+      wall(theDocument), screen(screenSize(wall, theOptions.screen)), live(STDOUT_FILENO),
+      onTerminal(isCapableTerminal(STDOUT_FILENO)) {}
+
+int Session::run() {
+    start = Clock::now();
+    nextLines = start + lineInterval;
+    if (onTerminal)
+        live.enter();
+    announce();
+    while (!ended && !outputGone) {
+        show();
+        waitUntil(nextDue());
+        handleSignals();
+        if (receiver.readAll([this](std::size_t device, std::span<const std::uint8_t> bytes) {
+                wall.hear(device, bytes, Clock::now());
+            }))
+            changed = true;
+        if (options.duration && Clock::now() - start >= *options.duration)
+            ended = true;
+    }
+    live.leave();
+    for (const std::string &line : deviceLines(wall, Clock::now()))
+        print(line);
+    if (options.snapshotPath && !saveSnapshot())
+        return exitFile;
+    return outputGone ? exitOther : exitOk;
+}
+
+void Session::announce() {
+    for (const std::string &line : describeSharedIds(wall))
+        tell(line);
+    if (onTerminal)
+        return;
+    for (std::size_t i = 0; i < document.devices.size(); ++i)
+        print("listening: " + nameDevice(document, i) + ", " +
+              std::to_string(document.devices[i].panels.size()) + " panels");
+}
+
+void Session::waitUntil(Clock::time_point when) {
+    std::vector<pollfd> waiting{{signals.fd(), POLLIN, 0}};
+    receiver.appendTo(waiting);
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(when - Clock::now());
+    const auto patience = std::clamp<std::int64_t>(left.count(), 0, 60'000);
+    poll(waiting.data(), waiting.size(), static_cast<int>(patience));
+}
+
+void Session::handleSignals() {
+    while (const auto signal = signals.next()) {
+        switch (*signal) {
+        case SIGUSR1:
+            if (options.snapshotPath)
+                saveSnapshot();
+            else
+                tell("no picture written: start with --snapshot FILE to say where it goes");
+            break;
+        case SIGWINCH:
+            live.resize();
+            break;
+        case SIGTSTP:
+            pause();
+            break;
+        default:
+            ended = true;
+        }
+    }
+}
+
+// The shell gets its own screen back while the program is stopped.
+void Session::pause() {
+    live.leave();
+    kill(getpid(), SIGSTOP);
+    if (onTerminal)
+        live.enter();
+}
+
+Clock::time_point Session::nextDue() const {
+    Clock::time_point due = onTerminal ? live.due(changed) : nextLines;
+    if (options.duration)
+        due = std::min(due, start + *options.duration);
+    return due;
+}
+
+void Session::show() {
+    const auto now = Clock::now();
+    if (!onTerminal) {
+        if (now >= nextLines)
+            showLines();
+        return;
+    }
+    if (now < live.due(changed))
+        return;
+    changed = false;
+    FrameContent content;
+    content.title = "panelwall " + options.configPath + "  " + modeName(document.mode) + "  " +
+                    std::to_string(screen.width) + " x " + std::to_string(screen.height) +
+                    "  Ctrl-C ends";
+    content.devices = deviceLines(wall, now);
+    content.message = now < noticeEnd ? notice : describeSilence(wall, document.mode, start, now);
+    if (!live.draw(wall, screen, content, now))
+        outputGone = true;
+}
+
+void Session::showLines() {
+    const auto now = Clock::now();
+    while (nextLines <= now)
+        nextLines += lineInterval;
+    for (const std::string &line : deviceLines(wall, now))
+        print(line);
+    const std::string silence = describeSilence(wall, document.mode, start, now);
+    if (!silence.empty() && !silenceTold)
+        print(silence);
+    silenceTold = !silence.empty();
+}
+
+bool Session::saveSnapshot() {
+    const std::string &path = *options.snapshotPath;
+    const Size largest{std::min(screen.width, largestPictureSide),
+                       std::min(screen.height, largestPictureSide)};
+    const std::string trouble = writePng(drawFine(wall, screen, fitInto(screen, largest)), path);
+    if (trouble.empty()) {
+        tell("picture written: " + path);
+        return true;
+    }
+    const std::string text = "picture " + path + " cannot be written: " + trouble;
+    if (onTerminal && !ended)
+        tell(text);
+    else
+        writeAll(STDERR_FILENO, "panelwall: " + text + "\n");
+    return false;
+}
+
+void Session::tell(const std::string &text) {
+    if (!onTerminal || ended) {
+        print(text);
+        return;
+    }
+    notice = notice.empty() || Clock::now() >= noticeEnd ? text : notice + ". " + text;
+    noticeEnd = Clock::now() + noticeTime;
+    live.resize();
+}
+
+// A reader that takes nothing misses lines rather than holding up the wall.
+void Session::print(const std::string &text) {
+    if (!canWrite(STDOUT_FILENO))
+        return;
+    if (!writeAll(STDOUT_FILENO, text + "\n"))
+        outputGone = true;
+}
+
+} // namespace panelwall

@@ -1,0 +1,74 @@
+#include "tools/panelwall/signals.h"
+
+#include <atomic>
+#include <cerrno>
+#include <fcntl.h>
+#include <system_error>
+#include <unistd.h>
+
+namespace panelwall {
+
+// What a handler may touch; both are lock-free, as handlers require.
+static std::atomic<int> pipeForHandler{-1};
+static std::atomic<int> ends{0};
+static_assert(std::atomic<int>::is_always_lock_free);
+
+static void enqueue(int signal) {
+    const int savedErrno = errno;
+    if (signal == SIGINT || signal == SIGTERM || signal == SIGHUP)
+        ++ends;
+    // A full pipe holds thousands of signals that nobody has read; one more tells nothing new.
+    const auto byte = static_cast<unsigned char>(signal);
+    [[maybe_unused]] const ssize_t written = write(pipeForHandler, &byte, 1);
+    errno = savedErrno;
+}
+
+Signals::Signals() {
+    int both[2];
+    if (pipe(both) != 0)
+        throw std::system_error(errno, std::generic_category(), "pipe");
+    readEnd = both[0];
+    writeEnd = both[1];
+    for (const int fd : both) {
+        fcntl(fd, F_SETFD, FD_CLOEXEC);
+        fcntl(fd, F_SETFL, O_NONBLOCK);
+    }
+    pipeForHandler = writeEnd;
+    for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGUSR1, SIGWINCH, SIGTSTP})
+        take(signal, enqueue);
+    take(SIGPIPE, SIG_IGN);
+}
+
+Signals::~Signals() {
+    for (const Saved &one : saved)
+        sigaction(one.signal, &one.action, nullptr);
+    pipeForHandler = -1;
+    close(readEnd);
+    close(writeEnd);
+}
+
+void Signals::take(int signal, void (*handler)(int)) {
+    Saved one{signal, {}};
+    sigaction(signal, nullptr, &one.action);
+    if (signal == SIGHUP && one.action.sa_handler == SIG_IGN)
+        return;
+    saved.push_back(one);
+    // Without SA_RESTART, so that a write to a halted terminal comes back.
+    struct sigaction action {};
+    action.sa_handler = handler;
+    sigemptyset(&action.sa_mask);
+    sigaction(signal, &action, nullptr);
+}
+
+std::optional<int> Signals::next() {
+    unsigned char byte;
+    if (read(readEnd, &byte, 1) != 1)
+        return std::nullopt;
+    return byte;
+}
+
+int Signals::endCount() {
+    return ends;
+}
+
+} // namespace panelwall

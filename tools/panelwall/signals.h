@@ -1,0 +1,43 @@
+// Signals as something to poll for.
+#pragma once
+
+#include <csignal>
+#include <optional>
+#include <vector>
+
+namespace panelwall {
+
+// While it lives, SIGINT, SIGTERM, SIGHUP, SIGUSR1, SIGWINCH and SIGTSTP are queued here instead of
+// acting on the process, and SIGPIPE is ignored. A SIGHUP that was ignored already stays so. The
+// destructor gives every signal back. One object per process.
+class Signals {
+public:
+    // Throws std::system_error when no pipe can be made.
+    Signals();
+    ~Signals();
+    Signals(const Signals &) = delete;
+    Signals &operator=(const Signals &) = delete;
+
+    // Readable while a signal waits in next().
+    int fd() const { return readEnd; }
+
+    // The oldest signal that has come and was not returned before; never waits.
+    std::optional<int> next();
+
+    // How many SIGINT, SIGTERM and SIGHUP have come, returned by next() or not.
+    static int endCount();
+
+private:
+    struct Saved {
+        int signal;
+        struct sigaction action;
+    };
+
+    void take(int signal, void (*handler)(int));
+
+    int readEnd = -1;
+    int writeEnd = -1;
+    std::vector<Saved> saved;
+};
+
+} // namespace panelwall

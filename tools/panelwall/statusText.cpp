@@ -1,0 +1,136 @@
+#include "tools/panelwall/statusText.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <iomanip>
+#include <sstream>
+
+namespace panelwall {
+
+static std::string describeAge(Clock::duration age) {
+    const double seconds = std::chrono::duration<double>(age).count();
+    char text[40];
+    if (seconds < 60)
+        std::snprintf(text, sizeof text, "%.1f s", seconds);
+    else if (seconds < 3600)
+        std::snprintf(text, sizeof text, "%.0f min", seconds / 60);
+    else
+        std::snprintf(text, sizeof text, "%.0f h", seconds / 3600);
+    return text;
+}
+
+static std::string describeMalformed(const WallDevice &device) {
+    std::string text = "malformed " + std::to_string(device.malformed);
+    if (device.malformed > 0)
+        text += " (last: " + device.lastMalformed + ")";
+    return text;
+}
+
+std::vector<std::string> deviceLines(const Wall &wall, Clock::time_point now) {
+    std::size_t widest = 0;
+    for (const WallDevice &device : wall.devices())
+        widest = std::max(widest, device.ip.size());
+
+    std::vector<std::string> lines;
+    for (const WallDevice &device : wall.devices()) {
+        std::ostringstream line;
+        line << "device " << lines.size() << "  " << std::left
+             << std::setw(static_cast<int>(widest)) << device.ip << std::right << " port "
+             << device.port << "  " << std::setw(3) << device.panels.size() << " panels, "
+             << std::setw(3) << device.litPanels() << " lit  " << std::setw(3)
+             << device.rate.perSecond(now) << "/s  total " << device.datagrams << "  ";
+        if (device.lastArrival)
+            line << "last " << describeAge(now - *device.lastArrival) << " ago  ";
+        else
+            line << "nothing yet  ";
+        line << describeMalformed(device);
+        lines.push_back(line.str());
+    }
+    return lines;
+}
+
+std::string modeName(std::int32_t mode) {
+    static const char *const names[] = {"match", "melt", "fade", "palette"};
+    if (mode >= 0 && mode <= 3)
+        return names[mode];
+    return "unknown mode " + std::to_string(mode);
+}
+
+static std::string adviseOnMode(std::int32_t mode) {
+    switch (mode) {
+    case 0:
+        return "Match mode sends some twenty times a second as long as mirroring runs.";
+    case 1:
+    case 2:
+        return "In " + modeName(mode) +
+               " mode that is right while the screen's dominant colour holds still: change what "
+               "the screen shows.";
+    case 3:
+        return "Palette mode sends something every few seconds as long as mirroring runs.";
+    default:
+        return "Mode " + std::to_string(mode) +
+               " is none of 0 (match), 1 (melt), 2 (fade), 3 (palette): mirroring ends at once.";
+    }
+}
+
+std::string describeSilence(const Wall &wall, std::int32_t mode, Clock::time_point start,
+                            Clock::time_point now) {
+    const auto last = wall.lastArrival();
+    const auto silence = now - last.value_or(start);
+    if (silence < std::chrono::seconds(3))
+        return {};
+    return std::string(last ? "Nothing has arrived for " : "Nothing has arrived at all in ") +
+           describeAge(silence) + ". " + adviseOnMode(mode) +
+           " Check that the host mirrors, that it does so on this machine, and that it was given "
+           "this same configuration (addresses, control versions).";
+}
+
+std::vector<std::string> describeSharedIds(const Wall &wall) {
+    constexpr std::size_t most = 8;
+    std::vector<std::string> lines;
+    for (std::size_t i = 0; i < wall.devices().size(); ++i) {
+        const WallDevice &device = wall.devices()[i];
+        std::map<std::uint16_t, std::int32_t> first;
+        for (const WallPanel &panel : device.panels) {
+            const std::uint16_t id = wireId(device.layout, panel.panelID);
+            const auto [earlier, isNew] = first.emplace(id, panel.panelID);
+            if (!isNew && lines.size() < most)
+                lines.push_back("device " + std::to_string(i) + ": panels " +
+                                std::to_string(earlier->second) + " and " +
+                                std::to_string(panel.panelID) + " are both " + std::to_string(id) +
+                                " in datagrams and show the same colour");
+        }
+    }
+    return lines;
+}
+
+static bool startsCharacter(char c) {
+    return (static_cast<unsigned char>(c) & 0xc0) != 0x80;
+}
+
+std::string cutToWidth(std::string_view text, std::size_t columns) {
+    std::string cut;
+    std::size_t used = 0;
+    for (const char c : text) {
+        if (startsCharacter(c) && ++used > columns)
+            break;
+        const auto byte = static_cast<unsigned char>(c);
+        cut += byte < 0x20 || byte == 0x7f ? '?' : c;
+    }
+    return cut;
+}
+
+std::vector<std::string> wrap(std::string_view text, std::size_t columns) {
+    std::vector<std::string> lines;
+    std::istringstream words{std::string(text)};
+    std::string word;
+    while (words >> word) {
+        if (!lines.empty() && lines.back().size() + 1 + word.size() <= columns)
+            lines.back() += " " + word;
+        else
+            lines.push_back(word);
+    }
+    return lines;
+}
+
+} // namespace panelwall

@@ -1,0 +1,36 @@
+// The wall in words: a line per device, and what to check when it stays silent.
+#pragma once
+
+#include "tools/panelwall/wall.h"
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace panelwall {
+
+// One line per device, its columns aligned: number, address, port, panels and how many of them have
+// a colour, datagrams in the last second, datagrams in all, malformed ones with the last reason,
+// and how long ago the last one came.
+std::vector<std::string> deviceLines(const Wall &wall, Clock::time_point now);
+
+// Empty while datagrams come. After three seconds without any, how long it has been and what to
+// check, on one line; `mode` is the document's mirror mode, which decides what silence means, and
+// `start` is when the wall began to listen.
+std::string describeSilence(const Wall &wall, std::int32_t mode, Clock::time_point start,
+                            Clock::time_point now);
+
+// One line per pair of panels of a device that datagrams cannot tell apart, a few at most.
+std::vector<std::string> describeSharedIds(const Wall &wall);
+
+// The name of a mirror mode, or "unknown mode" and its number.
+std::string modeName(std::int32_t mode);
+
+// The text's first `columns` characters (UTF-8); what a terminal would act upon becomes '?'.
+std::string cutToWidth(std::string_view text, std::size_t columns);
+
+// The text in lines of at most `columns` characters, broken at spaces.
+std::vector<std::string> wrap(std::string_view text, std::size_t columns);
+
+} // namespace panelwall

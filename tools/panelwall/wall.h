@@ -1,0 +1,67 @@
+// The wall: what every panel shows and what every device has heard.
+//
+// One thread uses it at a time; it has no lock. It knows neither sockets nor screens: whoever has
+// bytes for a device hands them over, whoever wants to show the wall reads it.
+#pragma once
+
+#include "tools/config/configDocument.h"
+#include "tools/panelwall/colour.h"
+#include "tools/panelwall/datagram.h"
+#include "tools/panelwall/rateMeter.h"
+
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace panelwall {
+
+struct WallPanel {
+    std::int32_t panelID = 0;
+    std::int32_t centreX = 0; // screen pixels
+    std::int32_t centreY = 0;
+    double halfSide = 0.0;        // of the square that mirroring samples, in whole screen pixels
+    std::optional<Colour> colour; // none until the first record for this panel
+    std::uint16_t transitionTime = 0; // of that record
+};
+
+struct WallDevice {
+    std::string ip;
+    int port = 0;
+    Layout layout = Layout::wide;
+    std::vector<WallPanel> panels; // in configuration order
+    KnownIds knownIds;
+
+    std::uint64_t datagrams = 0; // all that came, the malformed among them
+    std::uint64_t malformed = 0;
+    std::string lastMalformed; // the reason of the last malformed one
+    std::optional<Clock::time_point> lastArrival;
+    RateMeter rate;
+
+    std::size_t litPanels() const; // panels that have a colour
+};
+
+class Wall {
+public:
+    explicit Wall(const config::Document &document);
+
+    // One datagram for device number `device` (its index in the document). A malformed one is
+    // counted and changes no panel. A record colours every panel of the device that bears its
+    // identifier, as a device could not tell them apart either; later records win.
+    void hear(std::size_t device, std::span<const std::uint8_t> bytes, Clock::time_point now);
+
+    const std::vector<WallDevice> &devices() const { return allDevices; }
+
+    // When the last datagram came, whichever device it was for.
+    std::optional<Clock::time_point> lastArrival() const;
+
+private:
+    std::vector<WallDevice> allDevices;
+};
+
+// Half the side of the square of screen that colours a panel: a third of the panel's size, which is
+// scale factor times 150 pixels (shape type 0) or 100 (any other), cut to whole pixels. At least 0.
+double sampledHalfSide(std::int32_t shapeType, double scaleFactor);
+
+} // namespace panelwall
