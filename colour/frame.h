@@ -17,11 +17,19 @@ struct Frame {
     // outside the frame reads as black, so a sample table that was made for another screen size,
     // or that reaches over the edge, can never read foreign memory.
     std::uint32_t word(std::int32_t index) const {
-        if (bytes == nullptr || static_cast<std::uint64_t>(static_cast<std::int64_t>(index)) >= pixelCount)
+        if (bytes == nullptr ||
+            static_cast<std::uint64_t>(static_cast<std::int64_t>(index)) >= pixelCount)
             return 0;
         std::uint32_t pixel;
         std::memcpy(&pixel, bytes + static_cast<std::uint64_t>(index) * 4, sizeof pixel);
         return pixel;
+    }
+
+    // The colour of that pixel.
+    RGB colour(std::int32_t index) const {
+        const std::uint32_t pixel = word(index);
+        return {static_cast<std::uint8_t>(pixel >> 16), static_cast<std::uint8_t>(pixel >> 8),
+                static_cast<std::uint8_t>(pixel)};
     }
 };
 

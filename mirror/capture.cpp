@@ -1,0 +1,94 @@
+// The frame buffer and the display stream that keeps it current.
+#include "mirror/screenMirrorMac.h"
+
+#include <cstdio>
+#include <cstring>
+#include <limits>
+
+namespace {
+
+// 'BGRA', as a four-character code.
+constexpr std::int32_t pixelFormatBGRA = 0x42475241;
+
+// Stream queue. Takes over a complete frame; idle, blank and stopped notifications leave the last
+// one in place. The surface's rows are tightly packed.
+void takeFrame(const MirrorManager &manager, CGDisplayStreamFrameStatus status,
+               IOSurfaceRef surface) {
+    if (status != kCGDisplayStreamFrameStatusFrameComplete || surface == nullptr)
+        return;
+    IOSurfaceLock(surface, kIOSurfaceLockReadOnly, nullptr);
+    if (unsigned char *buffer = manager.frameBuffer)
+        std::memcpy(buffer, IOSurfaceGetBaseAddress(surface),
+                    manager.screenWidth * manager.screenHeight * manager.bytesPerPixel);
+    IOSurfaceUnlock(surface, kIOSurfaceLockReadOnly, nullptr);
+}
+
+// Bytes of a frame of four bytes a pixel; the largest size, which no allocation meets, when that
+// does not fit 64 bits.
+std::size_t frameSize(unsigned long width, unsigned long height) {
+    std::size_t size = 0;
+    if (__builtin_mul_overflow(width, height, &size) || __builtin_mul_overflow(size, 4, &size))
+        return std::numeric_limits<std::size_t>::max();
+    return size;
+}
+
+} // namespace
+
+void *MirrorManager::initScreen() {
+    image = CGDisplayCreateImage(displayID);
+    screenWidth = CGImageGetWidth(image);
+    screenHeight = CGImageGetHeight(image);
+    bytesPerPixel = CGImageGetBitsPerPixel(image) >> 3;
+    CGImageRelease(image);
+
+    // Forgotten before the new one is made: should that fail, no frame of the new size may be
+    // copied into a buffer of the old size.
+    frameBuffer = nullptr;
+    frameBuffer = new unsigned char[frameSize(screenWidth, screenHeight)]();
+    return frameBuffer;
+}
+
+void MirrorManager::deInitScreen() {
+    unsigned char *buffer = frameBuffer;
+    frameBuffer = nullptr;
+    delete[] buffer;
+}
+
+int MirrorManager::initDisplayStream() {
+    displayStream = nullptr; // a stream of another size may not outlive a failure
+    try {
+        const CFNumberRef frameTime =
+            CFNumberCreate(kCFAllocatorDefault, kCFNumberDoubleType, &minimumFrameTime);
+        const void *keys[] = {kCGDisplayStreamMinimumFrameTime, kCGDisplayStreamShowCursor};
+        const void *values[] = {frameTime, kCFBooleanFalse};
+        const CFDictionaryRef options =
+            CFDictionaryCreate(kCFAllocatorDefault, keys, values, 2, nullptr, nullptr);
+        const dispatch_queue_t queue = dispatch_queue_create("queue for dispatch", nullptr);
+        displayStream = CGDisplayStreamCreateWithDispatchQueue(
+            displayID, screenWidth, screenHeight, pixelFormatBGRA, options, queue,
+            ^(CGDisplayStreamFrameStatus status, std::uint64_t, IOSurfaceRef surface,
+              CGDisplayStreamUpdateRef) {
+              takeFrame(*this, status, surface);
+            });
+        if (displayStream == nullptr) {
+            std::puts("Screen Recording not allowed!");
+            return 0;
+        }
+        return 1;
+    } catch (...) {
+        std::puts("CGDisplayStream Initialization failed!");
+        return -1;
+    }
+}
+
+void MirrorManager::grabScreen() {
+    image = CGDisplayCreateImage(displayID);
+    dataProvider = CGImageGetDataProvider(image);
+    imageData = CGDataProviderCopyData(dataProvider);
+    if (imageData != nullptr) { // null when the display has gone
+        std::memcpy(frameBuffer, CFDataGetBytePtr(imageData),
+                    screenHeight * screenWidth * bytesPerPixel);
+        CFRelease(imageData);
+    }
+    CGImageRelease(image);
+}

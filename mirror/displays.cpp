@@ -1,0 +1,47 @@
+// The list of displays that a host may mirror.
+#include "mirror/screenMirrorMac.h"
+
+#include <cstdio>
+#include <cstring>
+#include <rapidjson/writer.h>
+
+namespace {
+constexpr std::uint32_t maxDisplays = 10;
+}
+
+// Host thread.
+int MirrorManager::getDisplays(char *buffer, int bufferLength) {
+    try {
+        CGGetActiveDisplayList(maxDisplays, nullptr, &displayCount);
+        // Room for as many as the second call may write: a display can appear between the two.
+        std::vector<CGDirectDisplayID> displays(maxDisplays);
+        CGGetActiveDisplayList(maxDisplays, displays.data(), &displayCount);
+
+        rapidjson::StringBuffer text;
+        rapidjson::Writer<rapidjson::StringBuffer> writer(text);
+        writer.StartObject();
+        writer.Key("numDisplays");
+        writer.Uint(displayCount);
+        writer.Key("displays");
+        writer.StartArray();
+        for (std::uint32_t i = 0; i < displayCount; ++i) {
+            image = CGDisplayCreateImage(displays[i]);
+            writer.StartObject();
+            writer.Key("displayID");
+            writer.Uint(displays[i]);
+            writer.Key("width");
+            writer.Uint(static_cast<unsigned>(CGImageGetWidth(image)));
+            writer.Key("height");
+            writer.Uint(static_cast<unsigned>(CGImageGetHeight(image)));
+            writer.EndObject();
+            CGImageRelease(image);
+        }
+        writer.EndArray();
+        writer.EndObject();
+        std::strncpy(buffer, text.GetString(), static_cast<std::size_t>(bufferLength));
+        return 1;
+    } catch (...) {
+        std::puts("Error getting displays");
+        return -1;
+    }
+}

@@ -1,0 +1,65 @@
+// The snapshot of what was sent: asking for it, and handing it out as JSON.
+#include "mirror/screenMirrorMac.h"
+
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <rapidjson/writer.h>
+
+// Host thread.
+int MirrorManager::captureCurrentStreamFrames() {
+    constexpr int looks = 100;
+    streamFrames.clear();
+    captureRequested = true;
+    for (int look = 0; look < looks; ++look) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        if (!captureRequested)
+            return 0;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    captureRequested = false;
+    return -1;
+}
+
+// Host thread.
+int MirrorManager::getSizeOfStreamFrameJson() {
+    try {
+        streamFrameJson.Clear();
+        if (streamFrames.empty())
+            return 0;
+        rapidjson::Writer<rapidjson::StringBuffer> writer(streamFrameJson);
+        writer.StartObject();
+        writer.Key("numDevices");
+        writer.Uint(static_cast<unsigned>(devices.size()));
+        writer.Key("devices");
+        writer.StartArray();
+        for (std::size_t i = 0; i < devices.size(); ++i) {
+            writer.StartObject();
+            writer.Key("ip");
+            writer.String(devices[i].ip.c_str());
+            writer.Key("animData");
+            // A frame may have been captured for fewer devices than there are.
+            writer.String(i < streamFrames.size() ? streamFrames[i].c_str() : "");
+            writer.EndObject();
+        }
+        writer.EndArray();
+        writer.EndObject();
+        streamFrameJsonSize = static_cast<std::int32_t>(streamFrameJson.GetSize());
+        return streamFrameJsonSize;
+    } catch (...) {
+        std::printf("Error writing stream frame(s) to json");
+        return -1;
+    }
+}
+
+// Host thread.
+int MirrorManager::getStreamFrameJson(char *buffer) {
+    try {
+        std::strncpy(buffer, streamFrameJson.GetString(),
+                     static_cast<std::size_t>(streamFrameJsonSize));
+        return 0;
+    } catch (...) {
+        std::printf("Error copying stream frames");
+        return -1;
+    }
+}

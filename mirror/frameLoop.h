@@ -1,0 +1,62 @@
+// The frame loop that all modes share. Mirroring thread.
+//
+// A mode says only what is its own. It is a plain struct with three members:
+//
+//     Cycle next();
+//         Looks at the screen and decides what this cycle does.
+//     bool light(int deviceIndex, const Device &device, PanelFrame &frame);
+//         Builds the device's datagram; false when it has nothing to say to this device. Called
+//         for every device, in order, in each cycle that sends.
+//     std::int32_t frameDelay() const;
+//         Milliseconds to sleep after a cycle; 0 or less: none.
+//
+// A new mode is such a struct in a file of its own, a method of MirrorManager that hands it to
+// runFrameLoop(), and a case in the run loop's switch.
+#pragma once
+
+#include "mirror/panelFrame.h"
+#include "mirror/screenMirrorMac.h"
+
+#include <chrono>
+#include <thread>
+
+enum class Cycle {
+    send,  // send a frame, then sleep
+    hold,  // nothing to send; only sleep
+    again, // start the next cycle at once
+};
+
+// Sends one frame to every device. A capture that was asked for before the frame began takes this
+// whole frame, and is then done.
+template <class Mode>
+void sendFrame(MirrorManager &manager, int deviceCount, UdpSocket *sockets, Mode &mode,
+               PanelFrame &frame) {
+    const bool capture = manager.captureRequested;
+    for (int d = 0; d < deviceCount; ++d) {
+        const Device &device = manager.devices[static_cast<std::size_t>(d)];
+        if (!mode.light(d, device, frame))
+            continue;
+        sockets[d].send(reinterpret_cast<char *>(frame.data()), frame.length());
+        if (capture)
+            manager.streamFrames.push_back(animDataLine(frame.data(), frame.recordCount(),
+                                                        device.numPanels, device.controlVersion));
+    }
+    if (capture)
+        manager.captureRequested = false;
+}
+
+// Cycles until `running` is false, which is looked at only between cycles: a cycle that has begun
+// sends to every device.
+template <class Mode>
+void runFrameLoop(MirrorManager &manager, int deviceCount, UdpSocket *sockets, Mode mode) {
+    PanelFrame frame;
+    while (manager.running) {
+        const Cycle cycle = mode.next();
+        if (cycle == Cycle::again)
+            continue;
+        if (cycle == Cycle::send)
+            sendFrame(manager, deviceCount, sockets, mode, frame);
+        if (mode.frameDelay() > 0)
+            std::this_thread::sleep_for(std::chrono::milliseconds(mode.frameDelay()));
+    }
+}

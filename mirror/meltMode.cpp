@@ -1,0 +1,33 @@
+// Melt mode: all panels take the dominant colour, each in a random time of its own.
+#include "mirror/dominantCycle.h"
+
+#include <cstdlib>
+#include <ctime>
+
+namespace {
+
+struct Melt {
+    MirrorManager &manager;
+    DominantCycle dominant;
+
+    Cycle next() { return dominant.next(manager); }
+
+    bool light(int, const Device &device, PanelFrame &frame) {
+        frame.begin(device.controlVersion, device.numPanels);
+        for (const Panel &panel : device.panels)
+            frame.add(panel.panelID, dominant.sent,
+                      std::rand() % manager.meltTransitionTimeRange +
+                          manager.meltTransitionTimeMin);
+        return true;
+    }
+
+    std::int32_t frameDelay() const { return manager.meltFrameDelay; }
+};
+
+} // namespace
+
+void MirrorManager::mirrorModeMelt(int deviceCount, UdpSocket *sockets) {
+    setScreenSamplePixels();
+    std::srand(static_cast<unsigned>(std::time(nullptr)));
+    runFrameLoop(*this, deviceCount, sockets, Melt{*this, {}});
+}

@@ -1,0 +1,58 @@
+// Palette mode: panels take random colours of the screen's palette and hold them for random times.
+#include "mirror/frameLoop.h"
+
+#include <cstdlib>
+#include <ctime>
+
+namespace {
+
+struct Palette {
+    MirrorManager &manager;
+    std::vector<std::vector<std::int32_t>> holdTicks; // a device, then a panel; 0: change now
+    std::vector<RGB> colours;                         // of this tick
+    std::vector<std::size_t> changing = {};           // the panels of one device that change
+
+    // The manager's palette is the host's to read; this tick's colours stay here, where no
+    // getPalette() replaces them half-way.
+    Cycle next() {
+        const std::lock_guard lock(manager.mutex);
+        colours = manager.getPaletteFromScreen(manager.paletteSize);
+        manager.palette = colours;
+        return colours.empty() ? Cycle::again : Cycle::send;
+    }
+
+    // Only the panels whose time has run out get a record.
+    bool light(int deviceIndex, const Device &device, PanelFrame &frame) {
+        std::vector<std::int32_t> &hold = holdTicks[static_cast<std::size_t>(deviceIndex)];
+        changing.clear();
+        for (std::size_t p = 0; p < hold.size(); ++p) {
+            if (hold[p] < 2) {
+                hold[p] = std::rand() % manager.paletteTransitionTimeRange +
+                          manager.paletteTransitionTimeMin;
+                changing.push_back(p);
+            } else {
+                --hold[p];
+            }
+        }
+        frame.begin(device.controlVersion, static_cast<int>(changing.size()));
+        for (const std::size_t p : changing) {
+            const RGB colour = colours[static_cast<std::size_t>(std::rand()) % colours.size()];
+            frame.add(device.panels[p].panelID, colour, hold[p]);
+        }
+        return !changing.empty();
+    }
+
+    std::int32_t frameDelay() const { return manager.paletteFrameDelay; }
+};
+
+} // namespace
+
+void MirrorManager::mirrorModePalette(int deviceCount, UdpSocket *sockets) {
+    setScreenSamplePixels();
+    std::srand(static_cast<unsigned>(std::time(nullptr)));
+    std::vector<std::vector<std::int32_t>> holdTicks;
+    for (int d = 0; d < deviceCount; ++d)
+        holdTicks.emplace_back(
+            static_cast<std::size_t>(devices[static_cast<std::size_t>(d)].numPanels));
+    runFrameLoop(*this, deviceCount, sockets, Palette{*this, std::move(holdTicks), {}});
+}

@@ -1,0 +1,23 @@
+// How far the one mirroring thread has come, and how to part with it.
+#pragma once
+
+#include <atomic>
+#include <thread>
+
+enum class RunPhase {
+    idle,     // no run yet
+    starting, // the thread is made but has not set `running`
+    begun,    // `running` was set: from now on a stop is seen
+    ended,    // the thread is done with everything that it shares
+};
+
+// Set by startMirror and by the mirroring thread.
+extern std::atomic<RunPhase> runPhase;
+
+// Joins the mirroring thread if it can be joined. False when joining failed, with "Error stopping
+// mirror" on standard output.
+bool joinMirror(std::thread &thread);
+
+// Forgets a thread without joining it: for one that cannot be joined, since it is the caller or
+// since another join is under way, while the process is about to end.
+void letGo(std::thread &thread);

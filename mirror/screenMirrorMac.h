@@ -1,0 +1,148 @@
+// The manager that conducts mirroring: it owns all state of the library.
+//
+// Hosts use mirrorInterface.h. This header is for the library's own sources and tests.
+#pragma once
+
+#include "colour/colour.h"
+#include "colour/conversion.h"
+#include "colour/frame.h"
+#include "device/device.h"
+#include "device/screenGrid.h"
+#include "net/udpSocket.h"
+
+#include <CoreFoundation/CoreFoundation.h>
+#include <CoreGraphics/CoreGraphics.h>
+#include <cstdint>
+#include <mutex>
+#include <rapidjson/stringbuffer.h>
+#include <string>
+#include <thread>
+#include <vector>
+
+// Three kinds of thread meet here: the host's (every exported function), the mirroring thread (one
+// a run: runMirror and the modes) and the display stream's queue (the frame handler). A handled
+// signal runs signalHandler on whichever thread receives it.
+//
+// No method lets an exception out but initScreen, grabScreen and the modes, whose callers catch.
+class MirrorManager {
+public:
+    // Tuning of the modes. No configuration changes it. Transition times are in the devices' own
+    // unit, hold times in ticks of the palette mode, delays in milliseconds.
+    std::int32_t matchTransitionTime = 1;
+    std::int32_t meltTransitionTimeMin = 2;
+    std::int32_t meltTransitionTimeRange = 9;
+    std::int32_t fadeTransitionTime = 5;
+    std::int32_t paletteTransitionTimeMin = 10;
+    std::int32_t paletteTransitionTimeRange = 5;
+    std::int32_t matchFrameDelay = 42;
+    std::int32_t meltFrameDelay = 99;
+    std::int32_t fadeFrameDelay = 149;
+    std::int32_t paletteFrameDelay = 99;
+    std::int32_t paletteSize = 8;
+    double minimumFrameTime = 0.03; // seconds between frames of the display stream
+
+    // Pixel indices of the screen-wide grid; rebuilt when a mode begins.
+    std::int32_t samplePixels[screenSampleCount] = {};
+
+    std::thread mirrorThread; // joinable exactly while a run exists
+    std::mutex mutex;         // guards palette, between getPalette and the palette mode
+
+    // The mirrored display.
+    unsigned long screenWidth = 0; // pixels
+    unsigned long screenHeight = 0;
+    unsigned long bytesPerPixel = 0;
+
+    // Temporaries of measuring and grabbing; not valid afterwards.
+    CGImageRef image = nullptr;
+    CGDataProviderRef dataProvider = nullptr;
+    CFDataRef imageData = nullptr;
+
+    CGDirectDisplayID displayID = 0;
+    CGDisplayStreamRef displayStream = nullptr; // one a configuration, never released
+    std::int32_t mode = 0;                      // 0 match, 1 melt, 2 fade, 3 palette
+
+    // The latest frame: rows packed, four bytes a pixel in the order blue, green, red, alpha.
+    // Owned, made with new[]. Written on the stream's queue and read by the modes without a lock.
+    unsigned char *frameBuffer = nullptr;
+
+    std::uint32_t displayCount = 0;
+
+    // Plain flags: written by one thread and polled by another, without a lock.
+    bool running = false;
+    bool captureRequested = false;
+
+    std::vector<Device> devices;
+    std::vector<std::string> streamFrames; // the captured lines, one a device, in device order
+    rapidjson::StringBuffer streamFrameJson;
+    std::int32_t streamFrameJsonSize = 0; // of the last successful getSizeOfStreamFrameJson()
+    std::vector<RGB> palette;
+
+    // The one manager; set while the library is loaded, for entry points that carry no object.
+    static MirrorManager *instance;
+
+    MirrorManager() = default;
+    // Stops a running mirror. Leaves frameBuffer alone: the run or deInitScreen() frees it.
+    ~MirrorManager();
+    MirrorManager(const MirrorManager &) = delete;
+    MirrorManager &operator=(const MirrorManager &) = delete;
+
+    // The exported functions; mirrorInterface.h documents them. Host thread.
+    int getDisplays(char *buffer, int bufferLength);
+    int getSizeOfStreamFrameJson();
+    int getStreamFrameJson(char *buffer);
+    int captureCurrentStreamFrames();
+    int getPalette(char *buffer);
+    int setMirrorConfig(char *json);
+    int startMirror();
+    int stopMirror();
+
+    // Run loop. Mirroring thread.
+    static void static_runMirror();
+    void runMirror();
+    void initStreamControlSocket(std::string ip, int controlVersion, UdpSocket *sockets, int index);
+
+    // Signals. Any thread. Ends the run and exits the process with the signal's number.
+    static void static_signalHandler(int signum);
+    void signalHandler(int signum);
+
+    // Screen capture. Host thread.
+    // Measures the display and allocates a black frameBuffer; returns it. A buffer that was there
+    // before is not freed. Throws std::bad_alloc.
+    void *initScreen();
+    // Frees frameBuffer if there is one.
+    void deInitScreen();
+    // Creates displayStream. 1, 0 when the system gives none, -1 on an exception.
+    int initDisplayStream();
+    // Copies the screen into frameBuffer once, without the stream. The buffer must be there.
+    void grabScreen();
+
+    // The frame as the colour functions read it; black when there is no buffer.
+    Frame currentFrame() const { return {frameBuffer, std::uint64_t{screenWidth} * screenHeight}; }
+
+    // Rebuilds samplePixels for the current screen size.
+    void setScreenSamplePixels();
+
+    // Appends the text form of a datagram to streamFrames. `frame` must hold `numPanels` records
+    // in the layout of `controlVersion`. Mirroring thread.
+    void getAnimDataFromFrame(unsigned char *frame, int numPanels, int controlVersion);
+
+    // Colours of the current frame.
+    RGB grabPixel(int index);
+    RGB averagePixels(int *indices, int count);
+    // The weight of a sample, 1 to 20.
+    int computeHSLBias(HSL hsl);
+    // Mirroring thread. Black when an exception was caught.
+    RGB getDominantScreenColour();
+    // At most `size` colours, most frequent hue first. Throws std::length_error for a negative
+    // size. Takes no lock.
+    std::vector<RGB> getPaletteFromScreen(int size);
+
+    // Modes. Mirroring thread. `sockets` holds `deviceCount` sockets, each aimed at the device at
+    // the same position. They return once they have seen `running` false.
+    void mirrorModeMatch(int deviceCount, UdpSocket *sockets);
+    void mirrorModeMelt(int deviceCount, UdpSocket *sockets);
+    void mirrorModeFade(int deviceCount, UdpSocket *sockets);
+    void mirrorModePalette(int deviceCount, UdpSocket *sockets);
+};
+
+extern MirrorManager mirrorManager;

@@ -1,0 +1,108 @@
+#include "tests/mirror/manager.h"
+
+#include <cstring>
+
+namespace {
+
+class Capture : public ManagerTest {
+protected:
+    static std::vector<std::uint32_t> screenOf(std::uint32_t word) {
+        return std::vector<std::uint32_t>(64 * 48, word);
+    }
+
+    static bool bufferIs(const std::vector<std::uint32_t> &words) {
+        return std::memcmp(mirrorManager.frameBuffer, words.data(), words.size() * 4) == 0;
+    }
+};
+
+TEST_F(Capture, CompleteFrameIsCopiedUnderAReadOnlyLock) {
+    ASSERT_EQ(configure(document("[]")), 1);
+    std::vector<std::uint32_t> screen = screenOf(0);
+    for (std::size_t i = 0; i < screen.size(); ++i)
+        screen[i] = static_cast<std::uint32_t>(i * 2654435761u);
+    fake::platform().calls.clear();
+    fake::deliver(kCGDisplayStreamFrameStatusFrameComplete, &screen);
+    EXPECT_TRUE(bufferIs(screen));
+    EXPECT_EQ(fake::platform().calls,
+              (std::vector<std::string>{"IOSurfaceLock", "IOSurfaceUnlock"}));
+}
+
+TEST_F(Capture, OtherNotificationsChangeNothing) {
+    ASSERT_EQ(configure(document("[]")), 1);
+    const auto kept = screenOf(0x11223344), other = screenOf(0x55667788);
+    fake::deliver(kCGDisplayStreamFrameStatusFrameComplete, &kept);
+    for (const int status : std::initializer_list<int>{kCGDisplayStreamFrameStatusFrameIdle,
+                                                       kCGDisplayStreamFrameStatusFrameBlank,
+                                                       kCGDisplayStreamFrameStatusStopped, -1, 4}) {
+        fake::deliver(status, &other);
+        fake::deliver(status, nullptr);
+    }
+    fake::deliver(kCGDisplayStreamFrameStatusFrameComplete, nullptr);
+    EXPECT_TRUE(bufferIs(kept));
+}
+
+TEST_F(Capture, WithoutABufferNothingIsCopied) {
+    ASSERT_EQ(configure(document("[]")), 1);
+    mirrorManager.deInitScreen();
+    EXPECT_EQ(mirrorManager.frameBuffer, nullptr);
+    const auto screen = screenOf(1);
+    fake::deliver(kCGDisplayStreamFrameStatusFrameComplete, &screen);
+    EXPECT_EQ(mirrorManager.frameBuffer, nullptr);
+    mirrorManager.deInitScreen();
+}
+
+TEST_F(Capture, InitScreenMeasuresAndAllocates) {
+    mirrorManager.displayID = 1;
+    EXPECT_EQ(mirrorManager.initScreen(), mirrorManager.frameBuffer);
+    EXPECT_EQ(mirrorManager.screenWidth, 64u);
+    EXPECT_EQ(mirrorManager.screenHeight, 48u);
+    EXPECT_EQ(mirrorManager.bytesPerPixel, 4u);
+    EXPECT_TRUE(bufferIs(screenOf(0)));
+}
+
+TEST_F(Capture, GrabScreenCopiesOnce) {
+    mirrorManager.displayID = 1;
+    mirrorManager.initScreen();
+    fake::platform().imageBytes.resize(64 * 48 * 4);
+    for (std::size_t i = 0; i < fake::platform().imageBytes.size(); ++i)
+        fake::platform().imageBytes[i] = static_cast<std::uint8_t>(i * 31);
+    mirrorManager.grabScreen();
+    EXPECT_EQ(std::memcmp(mirrorManager.frameBuffer, fake::platform().imageBytes.data(),
+                          fake::platform().imageBytes.size()),
+              0);
+    EXPECT_EQ(fake::platform().imagesAlive, 0);
+
+    fake::platform().displays.clear();
+    mirrorManager.grabScreen(); // the display has gone: the last frame stays
+    EXPECT_EQ(mirrorManager.frameBuffer[1], 31);
+}
+
+TEST_F(Capture, NoBufferReadsAsBlack) {
+    ASSERT_EQ(configure(document("[]")), 1);
+    const auto white = screenOf(0xffffffff);
+    fake::deliver(kCGDisplayStreamFrameStatusFrameComplete, &white);
+    EXPECT_EQ(mirrorManager.grabPixel(5).r, 255);
+    mirrorManager.deInitScreen();
+    int indices[] = {0, 1, 2};
+    EXPECT_EQ(mirrorManager.grabPixel(5).r, 0);
+    EXPECT_EQ(mirrorManager.averagePixels(indices, 3).g, 0);
+    EXPECT_EQ(mirrorManager.getDominantScreenColour().b, 0);
+    char text[512];
+    EXPECT_EQ(mirrorManager.getPalette(text), 0);
+    EXPECT_STREQ(text, R"({"palette":[{"R":0,"G":0,"B":0}]})");
+}
+
+// The grid of a large screen may outlive it.
+TEST_F(Capture, SamplesOfALargerScreenReadAsBlack) {
+    fake::reset(1000, 800);
+    ASSERT_EQ(configure(document("[]")), 1);
+    mirrorManager.setScreenSamplePixels();
+    mirrorManager.deInitScreen();
+    fake::reset(4, 4);
+    ASSERT_EQ(configure(document("[]")), 1);
+    char text[512];
+    EXPECT_EQ(mirrorManager.getPalette(text), 0);
+    EXPECT_STREQ(text, R"({"palette":[{"R":0,"G":0,"B":0}]})");
+}
+
+} // namespace

@@ -1,0 +1,248 @@
+#include "mirror/mirrorInterface.h"
+#include "tests/mirror/manager.h"
+
+namespace {
+
+class Configuration : public ManagerTest {};
+class ConfigurationDeathTest : public ManagerTest {};
+
+TEST_F(Configuration, BecomesDevicesAndPanels) {
+    ASSERT_EQ(configure(R"({"displayID":1,"mode":2,"ignored":[{}],"devices":[
+        {"ip":"127.0.0.2","controlVersion":1,"shapeType":7,"scaleFactor":1.5,"panels":[
+            {"panelID":101,"centroidX":640,"centroidY":-50},
+            {"centroidY":6,"centroidX":5,"panelID":-4,"more":null},
+            {"panelID":2147483647,"centroidX":-2147483648,"centroidY":0}]},
+        {"ip":"::1","controlVersion":-3,"shapeType":0,"scaleFactor":2,"panels":[]}]})"),
+              1);
+    EXPECT_EQ(mirrorManager.mode, 2);
+    EXPECT_EQ(mirrorManager.displayID, 1u);
+    ASSERT_EQ(mirrorManager.devices.size(), 2u);
+    const Device &first = mirrorManager.devices[0];
+    EXPECT_EQ(first.ip, "127.0.0.2");
+    EXPECT_EQ(first.controlVersion, 1);
+    EXPECT_EQ(first.shapeType, 7);
+    EXPECT_EQ(first.scaleFactor, 1.5);
+    EXPECT_EQ(first.numPanels, 3);
+    ASSERT_EQ(first.panels.size(), 3u);
+    EXPECT_EQ(first.panels[0].panelID, 101);
+    EXPECT_EQ(first.panels[0].centroidX, 640);
+    EXPECT_EQ(first.panels[0].centroidY, -50);
+    EXPECT_EQ(first.panels[0].numSamplePixels, 100);
+    EXPECT_EQ(first.panels[1].panelID, -4);
+    EXPECT_EQ(first.panels[1].centroidX, 5);
+    EXPECT_EQ(first.panels[1].centroidY, 6);
+    EXPECT_EQ(first.panels[2].panelID, 2147483647);
+    EXPECT_EQ(first.screenWidth, 64u);
+    EXPECT_EQ(first.screenHeight, 48u);
+    EXPECT_EQ(first.bytesPerPixel, 4u);
+    const Device &second = mirrorManager.devices[1];
+    EXPECT_EQ(second.scaleFactor, 2.0);
+    EXPECT_EQ(second.numPanels, 0);
+    EXPECT_EQ(second.controlVersion, -3);
+}
+
+TEST_F(Configuration, SamplesAreReadyBeforeTheDeviceIsStored) {
+    ASSERT_EQ(configure(document("[" + device("127.0.0.2", 2, "[" + panel(1, 20, 10) + "]") + "]")),
+              1);
+    Device expected = mirrorManager.devices[0];
+    for (std::int32_t &sample : expected.panels[0].samplePixels)
+        sample = -1;
+    expected.calculateSamplePixels();
+    for (int i = 0; i < panelSampleCount; ++i)
+        EXPECT_EQ(mirrorManager.devices[0].panels[0].samplePixels[i],
+                  expected.panels[0].samplePixels[i]);
+}
+
+TEST_F(Configuration, MeasuresTheDisplayAndMakesABlackBuffer) {
+    fake::platform().displays = {{9, 10, 10}, {77, 33, 22, 64}};
+    ASSERT_EQ(configure(document("[]", 0, 77)), 1);
+    EXPECT_EQ(mirrorManager.screenWidth, 33u);
+    EXPECT_EQ(mirrorManager.screenHeight, 22u);
+    EXPECT_EQ(mirrorManager.bytesPerPixel, 8u);
+    ASSERT_NE(mirrorManager.frameBuffer, nullptr);
+    for (int i = 0; i < 33 * 22 * 4; ++i)
+        ASSERT_EQ(mirrorManager.frameBuffer[i], 0);
+    EXPECT_EQ(fake::platform().imagesAlive, 0);
+}
+
+TEST_F(Configuration, AsksForTheStreamThatItNeeds) {
+    ASSERT_EQ(configure(document("[]")), 1);
+    const fake::StreamRequest &request = fake::platform().request;
+    EXPECT_EQ(request.display, 1u);
+    EXPECT_EQ(request.width, 64u);
+    EXPECT_EQ(request.height, 48u);
+    EXPECT_EQ(request.pixelFormat, 0x42475241);
+    EXPECT_EQ(request.minimumFrameTime, 0.03);
+    EXPECT_FALSE(request.showsCursor);
+    EXPECT_EQ(request.optionCount, 2);
+    EXPECT_EQ(request.queueLabel, "queue for dispatch");
+    EXPECT_TRUE(request.serialQueue);
+    EXPECT_EQ(fake::platform().calls,
+              (std::vector<std::string>{"CGDisplayCreateImage", "CGImageRelease",
+                                        "CGDisplayStreamCreateWithDispatchQueue"}));
+}
+
+TEST_F(Configuration, KeepsTheIpUpToItsFirstNul) {
+    ASSERT_EQ(configure(document("[" + device("10.0.0.1\\u0000junk", 2, "[]") + "]")), 1);
+    EXPECT_EQ(mirrorManager.devices[0].ip, "10.0.0.1");
+}
+
+TEST_F(Configuration, TwiceGivesTheSameDevices) {
+    const std::string text = document("[" + device("127.0.0.2", 2, "[" + panel(1, 1, 1) + "]") +
+                                      "," + device("127.0.0.3", 1, "[]") + "]");
+    ASSERT_EQ(configure(text), 1);
+    unsigned char *first = mirrorManager.frameBuffer;
+    ASSERT_EQ(configure(text), 1);
+    EXPECT_EQ(mirrorManager.devices.size(), 2u);
+    EXPECT_EQ(mirrorManager.devices[0].panels.size(), 1u);
+    EXPECT_NE(mirrorManager.frameBuffer, first); // the earlier one is left as it is
+    delete[] first;
+}
+
+TEST_F(Configuration, EmptyDeviceListIsAccepted) {
+    ASSERT_EQ(configure(document("[" + device("127.0.0.2", 2, "[]") + "]")), 1);
+    EXPECT_EQ(configure(document("[]")), 1);
+    EXPECT_TRUE(mirrorManager.devices.empty());
+}
+
+TEST_F(Configuration, UnparsableTextChangesNothing) {
+    ASSERT_EQ(configure(document("[" + device("127.0.0.2", 2, "[]") + "]", 3)), 1);
+    unsigned char *buffer = mirrorManager.frameBuffer;
+    for (const char *text : {"{", "", "{\"displayID\":1,}", "nothing", "{}{}", "{\"a\":01}"}) {
+        CaptureStdout();
+        EXPECT_EQ(configure(text), 0) << text;
+        EXPECT_EQ(GetCapturedStdout(), "Bad json!\n");
+        EXPECT_EQ(mirrorManager.devices.size(), 1u);
+        EXPECT_EQ(mirrorManager.mode, 3);
+        EXPECT_EQ(mirrorManager.frameBuffer, buffer);
+    }
+}
+
+TEST_F(Configuration, RefusedStreamKeepsModeAndDevices) {
+    ASSERT_EQ(configure(document("[" + device("127.0.0.2", 2, "[]") + "]", 3)), 1);
+    unsigned char *buffer = mirrorManager.frameBuffer;
+    fake::platform().displays = {{5, 20, 10}};
+    fake::platform().refuseStreams = true;
+    CaptureStdout();
+    EXPECT_EQ(configure(document("[]", 1, 5)), 0);
+    EXPECT_EQ(GetCapturedStdout(), "Screen Recording not allowed!\n");
+    EXPECT_EQ(mirrorManager.displayStream, nullptr);
+    EXPECT_EQ(mirrorManager.displayID, 5u);
+    EXPECT_EQ(mirrorManager.screenWidth, 20u);
+    EXPECT_EQ(mirrorManager.screenHeight, 10u);
+    EXPECT_NE(mirrorManager.frameBuffer, buffer);
+    EXPECT_EQ(mirrorManager.mode, 3);
+    EXPECT_EQ(mirrorManager.devices.size(), 1u);
+    delete[] buffer;
+}
+
+TEST_F(Configuration, DisplayThatIsNotThereHasNoSize) {
+    fake::platform().refuseStreams = true;
+    CaptureStdout();
+    EXPECT_EQ(configure(document("[]", 0, 4711)), 0);
+    GetCapturedStdout();
+    EXPECT_EQ(mirrorManager.screenWidth, 0u);
+    EXPECT_EQ(mirrorManager.screenHeight, 0u);
+    EXPECT_EQ(mirrorManager.bytesPerPixel, 0u);
+    EXPECT_NE(mirrorManager.frameBuffer, nullptr);
+    EXPECT_EQ(mirrorManager.grabPixel(0).r, 0);
+}
+
+TEST_F(Configuration, ExceptionOfTheStreamCountsAsSuccess) {
+    fake::platform().throwOnCreate = true;
+    CaptureStdout();
+    EXPECT_EQ(configure(document("[" + device("127.0.0.2", 2, "[]") + "]", 2)), 1);
+    EXPECT_EQ(GetCapturedStdout(), "CGDisplayStream Initialization failed!\n");
+    EXPECT_EQ(mirrorManager.devices.size(), 1u);
+    CaptureStdout();
+    EXPECT_EQ(mirrorManager.initDisplayStream(), -1);
+    GetCapturedStdout();
+}
+
+TEST_F(Configuration, FailedAllocationIsBadConfig) {
+    ASSERT_EQ(configure(document("[" + device("127.0.0.2", 2, "[]") + "]", 3)), 1);
+    mirrorManager.deInitScreen();
+    for (const std::size_t side : {std::size_t{1} << 40, std::size_t{1} << 23}) {
+        fake::platform().displays = {{5, side, side}};
+        CaptureStdout();
+        EXPECT_EQ(configure(document("[]", 1, 5)), 0);
+        EXPECT_EQ(GetCapturedStdout(), "Bad config!\n");
+        EXPECT_EQ(mirrorManager.screenWidth, side);
+        EXPECT_EQ(mirrorManager.frameBuffer, nullptr);
+        EXPECT_EQ(mirrorManager.mode, 3);
+        EXPECT_EQ(mirrorManager.devices.size(), 1u);
+    }
+}
+
+TEST_F(Configuration, EndsARunningMirrorFirst) {
+    const std::string text = document("[" + device("127.0.51.1", 2, "[]") + "]");
+    ASSERT_EQ(configure(text), 1);
+    ASSERT_EQ(mirrorManager.startMirror(), 1);
+    CaptureStdout();
+    EXPECT_EQ(configure("{"), 0);
+    EXPECT_EQ(GetCapturedStdout(), "Bad json!\n");
+    EXPECT_FALSE(mirrorManager.running);
+    EXPECT_FALSE(mirrorManager.mirrorThread.joinable());
+    EXPECT_EQ(fake::platform().calls.back(), "CGDisplayStreamStop");
+}
+
+// The process stops in the JSON library's own assertion.
+TEST_F(ConfigurationDeathTest, MissingOrMistypedMembersStopTheProcess) {
+    GTEST_FLAG_SET(death_test_style, "fast");
+    const std::string ok = device("127.0.0.2", 2, "[" + panel(1, 2, 3) + "]");
+    const auto with = [&](const std::string &from, const std::string &to) {
+        std::string changed = document("[" + ok + "]");
+        const std::size_t at = changed.find(from);
+        EXPECT_NE(at, std::string::npos) << from;
+        return changed.replace(at, from.size(), to);
+    };
+    const std::string texts[] = {
+        "{}",
+        "[]",
+        "1",
+        "\"text\"",
+        "null",
+        with("\"displayID\":1", "\"displayid\":1"),
+        with("\"displayID\":1", "\"displayID\":\"1\""),
+        with("\"displayID\":1", "\"displayID\":2147483648"),
+        with("\"displayID\":1", "\"displayID\":1.0"),
+        with("\"mode\":0", "\"mode\":null"),
+        with("\"mode\":0", "\"m\":0"),
+        with("\"devices\":[" + ok + "]", "\"devices\":{}"),
+        with("\"devices\":[" + ok + "]", "\"devices\":[1]"),
+        with("\"devices\":[" + ok + "]", "\"d\":[]"),
+        with("\"ip\":\"127.0.0.2\"", "\"ip\":127"),
+        with("\"ip\":\"127.0.0.2\"", "\"IP\":\"127.0.0.2\""),
+        with("\"controlVersion\":2", "\"controlVersion\":2.5"),
+        with("\"controlVersion\":2", "\"c\":2"),
+        with("\"shapeType\":0", "\"shapeType\":true"),
+        with("\"shapeType\":0", "\"s\":0"),
+        with("\"scaleFactor\":0.1", "\"scaleFactor\":\"1\""),
+        with("\"scaleFactor\":0.1", "\"f\":1"),
+        with("\"panels\":[" + panel(1, 2, 3) + "]", "\"panels\":null"),
+        with("\"panels\":[" + panel(1, 2, 3) + "]", "\"panels\":[[]]"),
+        with("\"panels\":[" + panel(1, 2, 3) + "]", "\"p\":[]"),
+        with("\"panelID\":1", "\"panelID\":2.5"),
+        with("\"panelID\":1", "\"id\":1"),
+        with("\"centroidX\":2", "\"centroidX\":-2147483649"),
+        with("\"centroidX\":2", "\"x\":2"),
+        with("\"centroidY\":3", "\"centroidY\":false"),
+        with("\"centroidY\":3", "\"y\":3"),
+    };
+    for (const std::string &text : texts)
+        EXPECT_EXIT(configure(text), testing::KilledBySignal(SIGABRT), "Assertion") << text;
+}
+
+TEST_F(Configuration, FunctionsForwardToTheManager) {
+    std::string text = document("[]");
+    EXPECT_EQ(setMirrorConfig(text.data()), 1);
+    EXPECT_EQ(stopMirror(), 1);
+    char buffer[256];
+    EXPECT_EQ(getDisplays(buffer, sizeof buffer), 1);
+    EXPECT_STREQ(buffer,
+                 R"({"numDisplays":1,"displays":[{"displayID":1,"width":64,"height":48}]})");
+    EXPECT_EQ(getSizeOfStreamFrameJson(), 0);
+    EXPECT_EQ(getStreamFrameJson(buffer), 0);
+}
+
+} // namespace

@@ -1,0 +1,188 @@
+#include "tests/mirror/manager.h"
+#include "tests/support/lightReceiver.h"
+
+#include <thread>
+
+namespace {
+
+class Lifecycle : public ManagerTest {
+protected:
+    static std::string oneDevice(const std::string &ip, int mode = 0) {
+        return document("[" + device(ip, 1, "[]") + "]", mode);
+    }
+
+    // Waits until the run that is under way has ended by itself.
+    static void awaitCall(const std::string &name) {
+        while (!called(name))
+            std::this_thread::yield();
+    }
+
+    static bool called(const std::string &name) {
+        const auto &calls = fake::platform().calls;
+        return std::count(calls.begin(), calls.end(), name) > 0;
+    }
+};
+
+TEST_F(Lifecycle, WithoutDevicesNothingStarts) {
+    CaptureStdout();
+    EXPECT_EQ(mirrorManager.startMirror(), 0);
+    EXPECT_EQ(GetCapturedStdout(), "No devices.\n");
+}
+
+TEST_F(Lifecycle, StopWithoutARunIsQuiet) {
+    CaptureStdout();
+    EXPECT_EQ(mirrorManager.stopMirror(), 1);
+    EXPECT_EQ(GetCapturedStdout(), "");
+}
+
+TEST_F(Lifecycle, SecondStartIsRefused) {
+    ASSERT_EQ(configure(oneDevice("127.0.53.1")), 1);
+    ASSERT_EQ(mirrorManager.startMirror(), 1);
+    CaptureStdout();
+    EXPECT_EQ(mirrorManager.startMirror(), 0);
+    EXPECT_EQ(GetCapturedStdout(), "Mirroring already running.\n");
+    EXPECT_EQ(mirrorManager.stopMirror(), 1);
+    EXPECT_EQ(mirrorManager.startMirror(), 1);
+    EXPECT_EQ(mirrorManager.stopMirror(), 1);
+}
+
+TEST_F(Lifecycle, ARunFreesTheBuffer) {
+    ASSERT_EQ(configure(oneDevice("127.0.53.2")), 1);
+    ASSERT_EQ(mirrorManager.startMirror(), 1);
+    EXPECT_TRUE(mirrorManager.running);
+    ASSERT_EQ(mirrorManager.stopMirror(), 1);
+    EXPECT_FALSE(mirrorManager.running);
+    EXPECT_EQ(mirrorManager.frameBuffer, nullptr);
+    EXPECT_FALSE(mirrorManager.mirrorThread.joinable());
+}
+
+TEST_F(Lifecycle, StopRightAfterStartDoesNotHang) {
+    ASSERT_EQ(configure(oneDevice("127.0.53.3")), 1);
+    mirrorManager.matchFrameDelay = 0;
+    for (int round = 0; round < 1000; ++round) {
+        ASSERT_EQ(mirrorManager.startMirror(), 1);
+        ASSERT_EQ(mirrorManager.stopMirror(), 1);
+    }
+}
+
+TEST_F(Lifecycle, ASecondRunWithoutConfigurationIsBlack) {
+    test::LightReceiver light("127.0.53.4", 60221);
+    ASSERT_EQ(configure(document("[" + device("127.0.53.4", 1, "[" + panel(9, 5, 5) + "]") + "]")),
+              1);
+    const std::vector<std::uint32_t> white(64 * 48, 0xffffff);
+    fake::deliver(kCGDisplayStreamFrameStatusFrameComplete, &white);
+    ASSERT_EQ(mirrorManager.startMirror(), 1);
+    EXPECT_EQ(light.next(), (test::Datagram{1, 9, 1, 255, 255, 255, 0, 1}));
+    ASSERT_EQ(mirrorManager.stopMirror(), 1);
+    light.drain();
+    ASSERT_EQ(mirrorManager.startMirror(), 1);
+    fake::deliver(kCGDisplayStreamFrameStatusFrameComplete, &white);
+    EXPECT_EQ(light.next(), (test::Datagram{1, 9, 1, 0, 0, 0, 0, 1}));
+    ASSERT_EQ(mirrorManager.stopMirror(), 1);
+}
+
+TEST_F(Lifecycle, PortFollowsTheControlVersion) {
+    test::LightReceiver narrow("127.0.53.5", 60221), wide("127.0.53.5", 60222);
+    for (const int version : {0, 1, 2, -1}) {
+        ASSERT_EQ(configure(document("[" + device("127.0.53.5", version, "[]") + "]")), 1);
+        narrow.drain();
+        wide.drain();
+        ASSERT_EQ(mirrorManager.startMirror(), 1);
+        EXPECT_TRUE((version == 1 ? narrow : wide).next()) << version;
+        ASSERT_EQ(mirrorManager.stopMirror(), 1);
+        EXPECT_FALSE((version == 1 ? wide : narrow).next(std::chrono::milliseconds(0))) << version;
+    }
+}
+
+TEST_F(Lifecycle, UnknownModeEndsByItselfAndStillHasToBeStopped) {
+    for (const int mode : {4, -1, 2147483647}) {
+        fake::platform().calls.clear();
+        ASSERT_EQ(configure(oneDevice("127.0.53.6", mode)), 1);
+        ASSERT_EQ(mirrorManager.startMirror(), 1);
+        awaitCall("CGDisplayStreamStop");
+        CaptureStdout();
+        EXPECT_EQ(mirrorManager.startMirror(), 0);
+        EXPECT_EQ(GetCapturedStdout(), "Mirroring already running.\n");
+        EXPECT_TRUE(mirrorManager.running);
+        EXPECT_EQ(mirrorManager.stopMirror(), 1);
+        EXPECT_EQ(mirrorManager.frameBuffer, nullptr);
+    }
+}
+
+TEST_F(Lifecycle, RefusedStreamStartSkipsTheRun) {
+    ASSERT_EQ(configure(oneDevice("127.0.53.7")), 1);
+    fake::platform().startResult = kCGErrorFailure;
+    CaptureStdout();
+    ASSERT_EQ(mirrorManager.startMirror(), 1);
+    mirrorManager.mirrorThread.join();
+    EXPECT_EQ(GetCapturedStdout(), "Stream start failed!\n");
+    EXPECT_FALSE(called("CGDisplayStreamStop"));
+    EXPECT_NE(mirrorManager.frameBuffer, nullptr);
+    EXPECT_TRUE(mirrorManager.running);
+}
+
+TEST_F(Lifecycle, MissingStreamIsAStartFailure) {
+    ASSERT_EQ(configure(oneDevice("127.0.53.8")), 1);
+    mirrorManager.displayStream = nullptr;
+    CaptureStdout();
+    ASSERT_EQ(mirrorManager.startMirror(), 1);
+    EXPECT_EQ(mirrorManager.stopMirror(), 1);
+    EXPECT_EQ(GetCapturedStdout(), "Stream start failed!\n");
+}
+
+TEST_F(Lifecycle, FailedStreamStopIsToldAndTheRunGoesOnToItsEnd) {
+    ASSERT_EQ(configure(oneDevice("127.0.53.9")), 1);
+    fake::platform().stopResult = kCGErrorFailure;
+    CaptureStdout();
+    ASSERT_EQ(mirrorManager.startMirror(), 1);
+    EXPECT_EQ(mirrorManager.stopMirror(), 1);
+    EXPECT_EQ(GetCapturedStdout(), "Stream stop failed!\n");
+    EXPECT_EQ(mirrorManager.frameBuffer, nullptr);
+}
+
+TEST_F(Lifecycle, ExceptionEndsTheRunWithoutStoppingTheStream) {
+    ASSERT_EQ(configure(oneDevice("127.0.53.10")), 1);
+    fake::platform().throwOnStart = true;
+    CaptureStdout();
+    ASSERT_EQ(mirrorManager.startMirror(), 1);
+    mirrorManager.mirrorThread.join();
+    EXPECT_EQ(GetCapturedStdout(), "Error during runMirror\n");
+    EXPECT_FALSE(called("CGDisplayStreamStop"));
+    EXPECT_NE(mirrorManager.frameBuffer, nullptr);
+    EXPECT_TRUE(mirrorManager.running);
+}
+
+TEST_F(Lifecycle, AnAddressThatDoesNotParseHoldsUpNobody) {
+    test::LightReceiver light("127.0.53.11", 60221);
+    ASSERT_EQ(configure(document("[" + device("nowhere", 2, "[]") + "," +
+                                 device("10.0.0.5:60222", 2, "[]") + "," +
+                                 device("127.0.53.11", 1, "[]") + "]")),
+              1);
+    ASSERT_EQ(mirrorManager.startMirror(), 1);
+    EXPECT_TRUE(light.next());
+    EXPECT_TRUE(light.next());
+    EXPECT_EQ(mirrorManager.stopMirror(), 1);
+}
+
+TEST_F(Lifecycle, JoiningOneselfIsAnError) {
+    ASSERT_EQ(configure(oneDevice("127.0.53.12")), 1);
+    int result = 0;
+    CaptureStdout();
+    mirrorManager.mirrorThread = std::thread([&] {
+        while (!mirrorManager.mirrorThread.joinable()) // its own handle arrives a little later
+            std::this_thread::yield();
+        result = mirrorManager.stopMirror();
+    });
+    mirrorManager.mirrorThread.join();
+    EXPECT_EQ(GetCapturedStdout(), "Error stopping mirror\n");
+    EXPECT_EQ(result, -1);
+}
+
+TEST_F(Lifecycle, CaptureWithoutARunTimesOut) {
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(mirrorManager.captureCurrentStreamFrames(), -1);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(1010));
+    EXPECT_FALSE(mirrorManager.captureRequested);
+}
+
+} // namespace
