@@ -1,0 +1,47 @@
+#include "tests/tools/mirrorctl/program.h"
+
+#include <gtest/gtest.h>
+
+using test::Ending;
+using test::mirrorctl;
+
+TEST(MirrorctlCommandLine, helpNamesCommandsAndExitStatuses) {
+    const Ending ending = mirrorctl({"--help"});
+    EXPECT_EQ(ending.status, 0);
+    for (const char *word :
+         {"displays", "run", "\n     0  ", "\n    64  ", "\n    65  ", "\n    66  ", "\n    68  ",
+          "\n    69  ", "\n    70  ", "\n    71  ", "\n    77  "})
+        EXPECT_NE(ending.out.find(word), std::string::npos) << word << " in\n" << ending.out;
+}
+
+TEST(MirrorctlCommandLine, eachCommandHelps) {
+    for (const char *command : {"displays", "run"}) {
+        const Ending ending = mirrorctl({command, "--help"});
+        EXPECT_EQ(ending.status, 0);
+        EXPECT_EQ(ending.err, "");
+    }
+}
+
+TEST(MirrorctlCommandLine, refusesWhatItDoesNotUnderstand) {
+    const std::vector<std::string> wrong[] = {
+        {},
+        {"mirror"},
+        {"displays", "--xml"},
+        {"displays", "more"},
+        {"run"},
+        {"run", "a.json", "b.json"},
+        {"run", "a.json", "--seconds"},
+        {"run", "a.json", "--seconds", "0"},
+        {"run", "a.json", "--seconds", "-1"},
+        {"run", "a.json", "--seconds", "nan"},
+        {"run", "a.json", "--seconds", "inf"},
+        {"run", "a.json", "--seconds", "1e9"},
+        {"run", "a.json", "--seconds", "soon"},
+    };
+    for (const auto &arguments : wrong) {
+        const Ending ending = mirrorctl(arguments);
+        EXPECT_EQ(ending.status, 64) << (arguments.empty() ? "" : arguments.back());
+        EXPECT_EQ(ending.out, "");
+        EXPECT_NE(ending.err, "");
+    }
+}

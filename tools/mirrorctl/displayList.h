@@ -1,0 +1,30 @@
+// The displays that there are, as the library lists them.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace mirrorctl {
+
+struct Display {
+    std::uint32_t displayID = 0;
+    std::uint32_t width = 0; // pixels; 0 when the display cannot be captured
+    std::uint32_t height = 0;
+};
+
+struct DisplayList {
+    std::string text; // the library's own
+    std::vector<Display> displays;
+};
+
+// Asks the library. Throws std::runtime_error when it has no answer.
+DisplayList listDisplays();
+
+// "1920 x 1080", or words for a display without a picture.
+std::string describeSize(const Display &display);
+
+// Why there may be no display, and what to look at: whole lines.
+std::string noDisplayAdvice();
+
+} // namespace mirrorctl

@@ -1,0 +1,28 @@
+#include "tools/mirrorctl/exitStatus.h"
+
+namespace mirrorctl {
+
+std::string exitStatusHelp() {
+    static const struct {
+        ExitStatus status;
+        const char *meaning;
+    } rows[] = {
+        {ExitStatus::done, "done; also after Ctrl-C, which is how a run is meant to end"},
+        {ExitStatus::usage, "the command line is wrong"},
+        {ExitStatus::documentFaulty, "the configuration document has faults"},
+        {ExitStatus::fileUnreadable, "the configuration file is missing or cannot be read"},
+        {ExitStatus::addressFaulty, "a device's address is neither IPv4 nor IPv6"},
+        {ExitStatus::displayMissing, "there is no such display, or none at all"},
+        {ExitStatus::failed, "anything else went wrong"},
+        {ExitStatus::startFailed, "mirroring could not be started"},
+        {ExitStatus::captureRefused, "the display may not be captured"},
+    };
+    std::string text = "Exit status:\n";
+    for (const auto &row : rows) {
+        const std::string number = std::to_string(static_cast<int>(row.status));
+        text += std::string(6 - number.size(), ' ') + number + "  " + row.meaning + "\n";
+    }
+    return text;
+}
+
+} // namespace mirrorctl

@@ -1,0 +1,61 @@
+#include "tools/mirrorctl/suitability.h"
+
+#include <algorithm>
+#include <arpa/inet.h>
+#include <iterator>
+
+namespace mirrorctl {
+
+static const char *const modeNames[] = {"match", "melt", "fade", "palette"};
+
+const char *modeName(std::int32_t mode) {
+    const bool known = mode >= 0 && mode < static_cast<std::int32_t>(std::size(modeNames));
+    return known ? modeNames[mode] : nullptr;
+}
+
+std::vector<config::Problem> modeProblems(const config::Document &document) {
+    if (modeName(document.mode))
+        return {};
+    return {{"/mode", "expected 0 (match), 1 (melt), 2 (fade) or 3 (palette), found " +
+                          std::to_string(document.mode)}};
+}
+
+static bool isAddress(const std::string &text) {
+    in_addr v4;
+    in6_addr v6;
+    return inet_pton(AF_INET, text.c_str(), &v4) == 1 ||
+           inet_pton(AF_INET6, text.c_str(), &v6) == 1;
+}
+
+std::vector<config::Problem> addressProblems(const config::Document &document) {
+    std::vector<config::Problem> problems;
+    for (std::size_t i = 0; i < document.devices.size(); ++i) {
+        const std::string &ip = document.devices[i].ip;
+        if (!isAddress(ip))
+            problems.push_back({"/devices/" + std::to_string(i) + "/ip",
+                                "expected an IPv4 or IPv6 address in numbers, such as 192.0.2.7 "
+                                "or 2001:db8::7, found \"" +
+                                    ip + "\""});
+    }
+    return problems;
+}
+
+std::vector<config::Problem> displayProblems(const config::Document &document,
+                                             const std::vector<Display> &displays) {
+    // The library keeps identifiers unsigned.
+    const auto wanted = static_cast<std::uint32_t>(document.displayID);
+    const auto isWanted = [&](const Display &display) { return display.displayID == wanted; };
+    if (std::any_of(displays.begin(), displays.end(), isWanted))
+        return {};
+    std::string there;
+    for (const auto &display : displays) {
+        there += there.empty() ? "" : ", ";
+        there += std::to_string(display.displayID) + " (" + describeSize(display) + ")";
+    }
+    const std::string expected = displays.empty() ? "a display, but there is none at all"
+                                                  : "one of the displays there are: " + there;
+    return {
+        {"/displayID", "expected " + expected + "; found " + std::to_string(document.displayID)}};
+}
+
+} // namespace mirrorctl

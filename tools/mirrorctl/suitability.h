@@ -1,0 +1,23 @@
+// What a run needs of a document beyond what the library reads without a word.
+#pragma once
+
+#include "tools/config/configDocument.h"
+#include "tools/mirrorctl/displayList.h"
+
+namespace mirrorctl {
+
+// "match", "melt", "fade" or "palette"; null for numbers that are no mode.
+const char *modeName(std::int32_t mode);
+
+// With a mode that does not exist, the library's run ends as soon as it has begun.
+std::vector<config::Problem> modeProblems(const config::Document &document);
+
+// The library does not report addresses that cannot be parsed; such devices just stay dark. IPv4
+// must be four decimal numbers without leading zeros, since elsewhere 010 may mean 8.
+std::vector<config::Problem> addressProblems(const config::Document &document);
+
+// The display must be one that is there. No other is ever taken in its place.
+std::vector<config::Problem> displayProblems(const config::Document &document,
+                                             const std::vector<Display> &displays);
+
+} // namespace mirrorctl
