@@ -1,5 +1,7 @@
 #include "tools/config/check.h"
 
+#include "tools/config/quote.h"
+
 #include <cmath>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
@@ -13,25 +15,17 @@ static const char aString[] = "a string";
 static const char anArray[] = "an array";
 static const char anObject[] = "an object";
 
-// JSON text of a string or number; long strings are cut, between characters.
-static std::string toText(const rapidjson::Value &value) {
+static std::string quote(const rapidjson::Value &text) {
+    return quote(text.GetString(), text.GetStringLength());
+}
+
+static std::string numberText(const rapidjson::Value &number) {
+    if (number.IsDouble() && !std::isfinite(number.GetDouble()))
+        return "a number too large for any type";
     rapidjson::StringBuffer buffer;
     rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
-    if (!value.IsString()) {
-        value.Accept(writer);
-        return buffer.GetString();
-    }
-    constexpr rapidjson::SizeType longest = 60;
-    rapidjson::SizeType length = value.GetStringLength();
-    const char *characters = value.GetString();
-    const bool cut = length > longest;
-    if (cut) {
-        length = longest;
-        while (length > 0 && (static_cast<unsigned char>(characters[length]) & 0xC0) == 0x80)
-            --length;
-    }
-    writer.String(characters, length);
-    return buffer.GetString() + std::string(cut ? " and more" : "");
+    number.Accept(writer);
+    return buffer.GetString();
 }
 
 static std::string describeFound(const rapidjson::Value &value) {
@@ -47,19 +41,20 @@ static std::string describeFound(const rapidjson::Value &value) {
     case rapidjson::kArrayType:
         return "an array";
     case rapidjson::kStringType:
-        return "the string " + toText(value);
+        return "the string " + quote(value);
     case rapidjson::kNumberType:
         break;
     }
-    if (value.IsDouble() && !std::isfinite(value.GetDouble()))
-        return "a number too large for any type";
-    return toText(value);
+    return numberText(value);
 }
 
-// As describeFound, and how to mend a whole number that is written as a real one.
+// As describeFound, and how to mend an integer that is written as a real number.
 static std::string describeNoInteger(const rapidjson::Value &value) {
     std::string text = describeFound(value);
-    if (value.IsDouble() && std::trunc(value.GetDouble()) == value.GetDouble())
+    if (!value.IsDouble())
+        return text;
+    const double number = value.GetDouble();
+    if (std::trunc(number) == number && number >= INT32_MIN && number <= INT32_MAX)
         text += " (write it without fraction and exponent)";
     return text;
 }
@@ -114,7 +109,7 @@ const rapidjson::Value *Checker::find(const Place &object, const char *name, con
     std::string found = "no member of this name";
     for (const auto &other : object.value.GetObject()) {
         if (strcasecmp(other.name.GetString(), name) == 0) {
-            found += " (" + toText(other.name) + " differs in upper and lower case)";
+            found += " (" + quote(other.name) + " differs in upper and lower case)";
             break;
         }
     }

@@ -1,5 +1,7 @@
 #include "tools/mirrorctl/suitability.h"
 
+#include "tools/config/quote.h"
+
 #include <algorithm>
 #include <arpa/inet.h>
 #include <iterator>
@@ -34,8 +36,8 @@ std::vector<config::Problem> addressProblems(const config::Document &document) {
         if (!isAddress(ip))
             problems.push_back({"/devices/" + std::to_string(i) + "/ip",
                                 "expected an IPv4 or IPv6 address in numbers, such as 192.0.2.7 "
-                                "or 2001:db8::7, found \"" +
-                                    ip + "\""});
+                                "or 2001:db8::7, found " +
+                                    config::quote(ip.data(), ip.size())});
     }
     return problems;
 }

@@ -99,6 +99,8 @@ TEST(ConfigDocument, saysWhatWasFoundInsteadOfAnInteger) {
         {"2.5", "2.5"},
         {"1.0", "1.0 (write it without fraction and exponent)"},
         {"1e2", "100.0 (write it without fraction and exponent)"},
+        {"2147483648.0", "2147483648.0"},
+        {"1e300", "1e300"},
         {"2147483648", "2147483648"},
         {"-2147483649", "-2147483649"},
         {"4294967296", "4294967296"},

@@ -79,6 +79,8 @@ TEST(MirrorctlRunFailure, refusesWhatIsNoAddress) {
         EXPECT_TRUE(contains(ending.err, "/devices/0/ip: expected an IPv4 or IPv6 address")) << ip;
         EXPECT_TRUE(contains(ending.err, "found \"" + std::string(ip) + "\"\n")) << ending.err;
     }
+    EXPECT_TRUE(contains(runRefused(lightsText(5, "a\\n\\u001bb"), "nothing").err,
+                         "found \"a\\n\\u001Bb\"\n"));
     for (const char *ip : {"127.0.40.1", "::1", "::ffff:127.0.40.1"})
         EXPECT_EQ(runRefused(lightsText(5, ip), "nothing").status, 0) << ip;
 }
