@@ -1,5 +1,6 @@
 // The snapshot of what was sent: asking for it, and handing it out as JSON.
 #include "mirror/screenMirrorMac.h"
+#include "mirror/sharedFlag.h"
 
 #include <chrono>
 #include <cstdio>
@@ -10,14 +11,14 @@
 int MirrorManager::captureCurrentStreamFrames() {
     constexpr int looks = 100;
     streamFrames.clear();
-    captureRequested = true;
+    writeFlag(captureRequested, true);
     for (int look = 0; look < looks; ++look) {
         std::this_thread::sleep_for(std::chrono::milliseconds(10));
-        if (!captureRequested)
+        if (!readFlag(captureRequested))
             return 0;
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    captureRequested = false;
+    writeFlag(captureRequested, false);
     return -1;
 }
 

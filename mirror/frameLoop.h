@@ -16,6 +16,7 @@
 
 #include "mirror/panelFrame.h"
 #include "mirror/screenMirrorMac.h"
+#include "mirror/sharedFlag.h"
 
 #include <chrono>
 #include <thread>
@@ -31,7 +32,7 @@ enum class Cycle {
 template <class Mode>
 void sendFrame(MirrorManager &manager, int deviceCount, UdpSocket *sockets, Mode &mode,
                PanelFrame &frame) {
-    const bool capture = manager.captureRequested;
+    const bool capture = readFlag(manager.captureRequested);
     for (int d = 0; d < deviceCount; ++d) {
         const Device &device = manager.devices[static_cast<std::size_t>(d)];
         if (!mode.light(d, device, frame))
@@ -42,7 +43,7 @@ void sendFrame(MirrorManager &manager, int deviceCount, UdpSocket *sockets, Mode
                                                         device.numPanels, device.controlVersion));
     }
     if (capture)
-        manager.captureRequested = false;
+        writeFlag(manager.captureRequested, false);
 }
 
 // Cycles until `running` is false, which is looked at only between cycles: a cycle that has begun
@@ -50,7 +51,7 @@ void sendFrame(MirrorManager &manager, int deviceCount, UdpSocket *sockets, Mode
 template <class Mode>
 void runFrameLoop(MirrorManager &manager, int deviceCount, UdpSocket *sockets, Mode mode) {
     PanelFrame frame;
-    while (manager.running) {
+    while (readFlag(manager.running)) {
         const Cycle cycle = mode.next();
         if (cycle == Cycle::again)
             continue;

@@ -1,6 +1,7 @@
 // A run from start to end: the mirroring thread and its sockets.
 #include "mirror/runPhase.h"
 #include "mirror/screenMirrorMac.h"
+#include "mirror/sharedFlag.h"
 #include "mirror/signals.h"
 
 #include <cstdio>
@@ -38,7 +39,7 @@ int MirrorManager::startMirror() {
 
 // Host thread.
 int MirrorManager::stopMirror() {
-    running = false;
+    writeFlag(running, false);
     return joinMirror(mirrorThread) ? 1 : -1;
 }
 
@@ -49,7 +50,7 @@ void MirrorManager::static_runMirror() {
 // Mirroring thread.
 void MirrorManager::runMirror() {
     installSignals(static_signalHandler);
-    running = true;
+    writeFlag(running, true);
     runPhase = RunPhase::begun;
     runPhase.notify_all();
     try {

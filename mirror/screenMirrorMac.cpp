@@ -6,6 +6,8 @@
 MirrorManager mirrorManager;
 MirrorManager *MirrorManager::instance = &mirrorManager;
 
+MirrorManager::MirrorManager() = default;
+
 MirrorManager::~MirrorManager() {
     stopMirror();
     restoreSignals();

@@ -80,7 +80,7 @@ public:
     // The one manager; set while the library is loaded, for entry points that carry no object.
     static MirrorManager *instance;
 
-    MirrorManager() = default;
+    MirrorManager();
     // Stops a running mirror. Leaves frameBuffer alone: the run or deInitScreen() frees it.
     ~MirrorManager();
     MirrorManager(const MirrorManager &) = delete;

@@ -1,6 +1,7 @@
 #include "mirror/signals.h"
 #include "mirror/runPhase.h"
 #include "mirror/screenMirrorMac.h"
+#include "mirror/sharedFlag.h"
 
 #include <chrono>
 #include <csignal>
@@ -61,7 +62,7 @@ void MirrorManager::signalHandler(int signum) {
     const bool onMirrorThread = std::this_thread::get_id() == mirrorThread.get_id();
     if (!onMirrorThread)
         runPhase.wait(RunPhase::starting); // a stop before the run has begun would be lost
-    running = false;
+    writeFlag(running, false);
     if (!joinMirror(mirrorThread)) {
         // This is the mirroring thread itself, or it was joining it when the signal came.
         if (!onMirrorThread)

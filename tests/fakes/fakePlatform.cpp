@@ -1,6 +1,7 @@
 #include "tests/fakes/fakePlatform.h"
 
 #include <Block.h>
+#include <algorithm>
 #include <mutex>
 #include <stdexcept>
 #include <thread>
@@ -197,6 +198,17 @@ namespace fake {
 Platform &platform() {
     static Platform &only = *new Platform; // outlives the manager
     return only;
+}
+
+int callCount(const std::string &name) {
+    const std::lock_guard lock(callsMutex);
+    const auto &calls = platform().calls;
+    return static_cast<int>(std::count(calls.begin(), calls.end(), name));
+}
+
+void forgetCalls() {
+    const std::lock_guard lock(callsMutex);
+    platform().calls.clear();
 }
 
 void reset(std::size_t width, std::size_t height) {

@@ -47,6 +47,10 @@ struct Platform {
 // The one platform of the process.
 Platform &platform();
 
+// How often a call has been made; safe while a run is under way.
+int callCount(const std::string &name);
+void forgetCalls();
+
 // Back to one display, 1, of the given size, with nothing recorded.
 void reset(std::size_t width, std::size_t height);
 

@@ -1,3 +1,4 @@
+#include "mirror/sharedFlag.h"
 #include "tests/mirror/manager.h"
 #include "tests/support/lightReceiver.h"
 
@@ -17,10 +18,7 @@ protected:
             std::this_thread::yield();
     }
 
-    static bool called(const std::string &name) {
-        const auto &calls = fake::platform().calls;
-        return std::count(calls.begin(), calls.end(), name) > 0;
-    }
+    static bool called(const std::string &name) { return fake::callCount(name) > 0; }
 };
 
 TEST_F(Lifecycle, WithoutDevicesNothingStarts) {
@@ -49,7 +47,7 @@ TEST_F(Lifecycle, SecondStartIsRefused) {
 TEST_F(Lifecycle, ARunFreesTheBuffer) {
     ASSERT_EQ(configure(oneDevice("127.0.53.2")), 1);
     ASSERT_EQ(mirrorManager.startMirror(), 1);
-    EXPECT_TRUE(mirrorManager.running);
+    EXPECT_TRUE(readFlag(mirrorManager.running));
     ASSERT_EQ(mirrorManager.stopMirror(), 1);
     EXPECT_FALSE(mirrorManager.running);
     EXPECT_EQ(mirrorManager.frameBuffer, nullptr);
@@ -96,7 +94,7 @@ TEST_F(Lifecycle, PortFollowsTheControlVersion) {
 
 TEST_F(Lifecycle, UnknownModeEndsByItselfAndStillHasToBeStopped) {
     for (const int mode : {4, -1, 2147483647}) {
-        fake::platform().calls.clear();
+        fake::forgetCalls();
         ASSERT_EQ(configure(oneDevice("127.0.53.6", mode)), 1);
         ASSERT_EQ(mirrorManager.startMirror(), 1);
         awaitCall("CGDisplayStreamStop");

@@ -1,3 +1,4 @@
+#include "mirror/sharedFlag.h"
 #include "tests/mirror/manager.h"
 #include "tests/support/lightReceiver.h"
 
@@ -24,7 +25,7 @@ protected:
         mirrorManager.running = true;
         std::thread mode([&] { mirrorManager.mirrorModeMatch(deviceCount, sockets); });
         during();
-        mirrorManager.running = false;
+        writeFlag(mirrorManager.running, false);
         mode.join();
     }
 
@@ -105,7 +106,7 @@ TEST_F(MatchMode, ACaptureTakesOneFrameOfEveryDevice) {
     aim(2, "127.0.52.6");
     run(2, [&] {
         EXPECT_EQ(mirrorManager.captureCurrentStreamFrames(), 0);
-        EXPECT_FALSE(mirrorManager.captureRequested);
+        EXPECT_FALSE(readFlag(mirrorManager.captureRequested));
         EXPECT_EQ(mirrorManager.streamFrames, (std::vector<std::string>{"1 5 1 0 0 0 0 5", "0 "}));
     });
 }

@@ -1,0 +1,26 @@
+# Sourced by the other scripts: the Debian packages that they need.
+
+build_packages="build-essential clang libclang-rt-14-dev cmake ninja-build pkg-config
+    libblocksruntime-dev rapidjson-dev libcli11-dev libpng-dev libgtest-dev libbenchmark-dev
+    libxcb1-dev libxcb-randr0-dev libxcb-shm0-dev libxcb-damage0-dev libxcb-xfixes0-dev"
+screen_packages="xvfb x11-xserver-utils xauth"
+demo_packages="ffmpeg"
+
+# need PACKAGE...: installs those that are missing, without asking anything.
+need() {
+    missing=
+    for package in "$@"; do
+        case $(dpkg-query -W -f='${Status}' "$package" 2>/dev/null) in
+        *' installed') ;;
+        *) missing="$missing $package" ;;
+        esac
+    done
+    [ -n "$missing" ] || return 0
+    as_root=
+    [ "$(id -u)" -eq 0 ] || as_root=sudo
+    echo "Installing:$missing"
+    $as_root env DEBIAN_FRONTEND=noninteractive apt-get update -qq
+    # shellcheck disable=SC2086
+    $as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends \
+        $missing >/dev/null
+}

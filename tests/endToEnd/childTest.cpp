@@ -1,0 +1,152 @@
+// Hosts that load the library themselves: unloading in mid-run, and the signals.
+#include "mirror/mirrorInterface.h"
+#include "tests/endToEnd/lightSpec.h"
+#include "tests/support/virtualScreen.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+// A child with its standard output at the other end of a pipe.
+class Child {
+public:
+    explicit Child(std::vector<std::string> command) {
+        int ends[2];
+        EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
+        std::vector<char *> arguments;
+        for (std::string &word : command)
+            arguments.push_back(word.data());
+        arguments.push_back(nullptr);
+        pid = fork();
+        if (pid == 0) {
+            dup2(ends[1], STDOUT_FILENO);
+            execv(arguments[0], arguments.data());
+            _exit(127);
+        }
+        close(ends[1]);
+        output = ends[0];
+    }
+    ~Child() {
+        if (pid > 0) {
+            ::kill(pid, SIGKILL);
+            waitpid(pid, nullptr, 0);
+        }
+        close(output);
+    }
+    Child(const Child &) = delete;
+    Child &operator=(const Child &) = delete;
+
+    // Reads until the output holds `text`; false when the child closes it first or takes too long.
+    bool says(const std::string &text) {
+        while (said.find(text) == std::string::npos)
+            if (!read())
+                return false;
+        return true;
+    }
+
+    void signal(int number) const { ::kill(pid, number); }
+
+    // Waits for the end. The exit status, or minus the signal that killed it.
+    int end() {
+        while (read()) {
+        }
+        int status = 0;
+        waitpid(pid, &status, 0);
+        pid = -1;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+    }
+
+    std::string said;
+
+private:
+    bool read() {
+        pollfd waiting{output, POLLIN, 0};
+        if (poll(&waiting, 1, 30000) != 1)
+            return false;
+        char bytes[4096];
+        const ssize_t got = ::read(output, bytes, sizeof bytes);
+        if (got > 0)
+            said.append(bytes, static_cast<std::size_t>(got));
+        return got > 0;
+    }
+
+    pid_t pid = -1;
+    int output = -1;
+};
+
+class ChildTest : public testing::Test {
+protected:
+    void SetUp() override {
+        screen.use();
+        // What an unloaded library leaves behind by design cannot be named any more, and an exit
+        // inside a handler leaves everything.
+        const char *options = getenv("ASAN_OPTIONS");
+        setenv("ASAN_OPTIONS", (std::string(options ? options : "") + ":detect_leaks=0").c_str(),
+               1);
+        config = test::documentOf(test::displayIDs().at(0), 0,
+                                  {{"127.0.56.1", 1, 0, 0.2, {{1, 40, 40}}}});
+    }
+
+    test::VirtualScreen screen{200, 100};
+    std::string config;
+};
+
+TEST_F(ChildTest, UnloadInMidRun) {
+    Child host({UNLOADHOST, MIRROR_LIBRARY, config, "20", "60221"});
+    EXPECT_EQ(host.end(), 0) << host.said;
+}
+
+class SignalTest : public ChildTest, public testing::WithParamInterface<int> {};
+
+TEST_P(SignalTest, EndsTheRunAndExitsWithItsNumber) {
+    Child host({SIGNALHOST, MIRROR_LIBRARY, config, "wait"});
+    ASSERT_TRUE(host.says("ready\n")) << host.said;
+    host.signal(GetParam());
+    EXPECT_EQ(host.end(), GetParam());
+    // The system may hand the signal to the mirroring thread, which cannot join itself.
+    EXPECT_TRUE(host.said == "ready\n" || host.said == "ready\nError stopping mirror\n")
+        << host.said;
+}
+
+TEST_P(SignalTest, StaysHandledAfterARun) {
+    Child host({SIGNALHOST, MIRROR_LIBRARY, config, "after"});
+    ASSERT_TRUE(host.says("ready\n")) << host.said;
+    host.signal(GetParam());
+    EXPECT_EQ(host.end(), GetParam());
+    EXPECT_EQ(host.said, "ready\n");
+}
+
+INSTANTIATE_TEST_SUITE_P(All, SignalTest,
+                         testing::Values(SIGINT, SIGABRT, SIGTERM, SIGBUS, SIGFPE, SIGPIPE,
+                                         SIGSEGV),
+                         [](const testing::TestParamInfo<int> &info) {
+                             return std::string("SIG") + sigabbrev_np(info.param);
+                         });
+
+TEST_F(ChildTest, FaultOnTheMirroringThreadItself) {
+    Child host({SIGNALHOST, MIRROR_LIBRARY, config, "fault"});
+    EXPECT_EQ(host.end(), SIGSEGV);
+    // The thread cannot join itself, says so once, and the exit goes on.
+    const std::string message = "Error stopping mirror\n";
+    const std::size_t at = host.said.find(message);
+    ASSERT_NE(at, std::string::npos) << host.said;
+    EXPECT_EQ(host.said.find(message, at + 1), std::string::npos) << host.said;
+}
+
+// The signal may arrive while the host is inside a start, a stop or a configuration.
+TEST_F(ChildTest, InterruptAtAnyMoment) {
+    for (int round = 0; round < 20; ++round) {
+        Child host({SIGNALHOST, MIRROR_LIBRARY, config, "cycle"});
+        ASSERT_TRUE(host.says("ready\n")) << host.said;
+        usleep(static_cast<useconds_t>(round * 7919)); // spreads the moments; nothing is awaited
+        host.signal(SIGINT);
+        ASSERT_EQ(host.end(), SIGINT) << host.said;
+    }
+}
+
+} // namespace

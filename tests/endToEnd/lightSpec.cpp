@@ -1,0 +1,132 @@
+#include "tests/endToEnd/lightSpec.h"
+#include "mirror/mirrorInterface.h"
+
+#include <algorithm>
+#include <cmath>
+#include <random>
+#include <rapidjson/document.h>
+#include <sstream>
+
+namespace test {
+
+namespace {
+
+// The positions of a panel's 100 sample pixels; a panel may reach over the left, top, right and
+// bottom edge, but no centre lies so far out that a square has to be rebuilt.
+std::vector<std::size_t> samplesOf(const LightSpec &light, const PanelSpec &panel,
+                                   const Picture &picture) {
+    const int r =
+        static_cast<int>(light.scaleFactor * (light.shapeType == 0 ? 150.0 : 100.0) / 3.0);
+    const int step = std::max(1, r / 5);
+    const int left = std::clamp(panel.x - r, 0, picture.width - 1);
+    const int top = std::clamp(panel.y - r, 0, picture.height - 1);
+    const int right = std::min(left + 2 * r, picture.width - 1);
+    const int bottom = std::min(top + 2 * r, picture.height - 1);
+    std::vector<std::size_t> samples;
+    for (int column = left; column <= right; column += step)
+        for (int row = top; row <= bottom; row += step)
+            samples.push_back(static_cast<std::size_t>(row * picture.width + column));
+    const int centreX = std::clamp(panel.x, 0, picture.width - 1);
+    const int centreY = std::clamp(panel.y, 0, picture.height - 1);
+    samples.resize(100, static_cast<std::size_t>(centreY * picture.width + centreX));
+    return samples;
+}
+
+std::uint8_t averageChannel(const std::vector<std::size_t> &samples, const Picture &picture,
+                            int shift) {
+    std::uint32_t sum = 0;
+    for (const std::size_t sample : samples) {
+        const std::uint32_t value = picture.pixels[sample] >> shift & 0xff;
+        sum += value * value;
+    }
+    return static_cast<std::uint8_t>(std::sqrt(sum / 100));
+}
+
+} // namespace
+
+Picture plain(int width, int height, std::uint32_t colour) {
+    return {width, height,
+            std::vector<std::uint32_t>(static_cast<std::size_t>(width * height), colour)};
+}
+
+Picture noise(int width, int height, unsigned seed) {
+    Picture picture = plain(width, height, 0);
+    std::mt19937 random(seed);
+    for (std::uint32_t &pixel : picture.pixels)
+        pixel = static_cast<std::uint32_t>(random()) & 0xffffff;
+    return picture;
+}
+
+std::string documentOf(std::uint32_t displayID, int mode, const std::vector<LightSpec> &lights) {
+    std::ostringstream text;
+    text << "{\"displayID\":" << displayID << ",\"mode\":" << mode << ",\"devices\":[";
+    for (std::size_t d = 0; d < lights.size(); ++d) {
+        const LightSpec &light = lights[d];
+        text << (d ? "," : "") << "{\"ip\":\"" << light.ip
+             << "\",\"controlVersion\":" << light.controlVersion
+             << ",\"shapeType\":" << light.shapeType << ",\"scaleFactor\":" << light.scaleFactor
+             << ",\"panels\":[";
+        for (std::size_t p = 0; p < light.panels.size(); ++p)
+            text << (p ? "," : "") << "{\"panelID\":" << light.panels[p].id
+                 << ",\"centroidX\":" << light.panels[p].x << ",\"centroidY\":" << light.panels[p].y
+                 << "}";
+        text << "]}";
+    }
+    text << "]}";
+    return text.str();
+}
+
+Datagram matchDatagram(const LightSpec &light, const Picture &picture) {
+    const bool narrow = light.controlVersion == 1;
+    Datagram bytes;
+    const auto append = [&](int value) { bytes.push_back(static_cast<std::uint8_t>(value)); };
+    const auto appendWide = [&](int value) {
+        append(value >> 8);
+        append(value);
+    };
+    const int count = static_cast<int>(light.panels.size());
+    narrow ? append(count) : appendWide(count);
+    for (const PanelSpec &panel : light.panels) {
+        if (narrow) {
+            append(panel.id);
+            append(1);
+        } else {
+            appendWide(panel.id);
+        }
+        const std::vector<std::size_t> samples = samplesOf(light, panel, picture);
+        for (const int shift : {16, 8, 0})
+            append(averageChannel(samples, picture, shift));
+        append(0);
+        narrow ? append(1) : appendWide(1);
+    }
+    return bytes;
+}
+
+testing::AssertionResult arrives(LightReceiver &receiver, const Datagram &wanted,
+                                 const Datagram &earlier) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (std::chrono::steady_clock::now() < deadline) {
+        const std::optional<Datagram> got = receiver.next();
+        if (!got)
+            return testing::AssertionFailure() << "nothing arrived";
+        if (*got == wanted)
+            return testing::AssertionSuccess();
+        if (*got != earlier)
+            return testing::AssertionFailure()
+                   << "a datagram that is neither: " << testing::PrintToString(*got);
+    }
+    return testing::AssertionFailure() << "only the earlier datagram arrived";
+}
+
+std::vector<std::uint32_t> displayIDs() {
+    std::vector<char> text(4096, 0);
+    EXPECT_EQ(getDisplays(text.data(), static_cast<int>(text.size()) - 1), 1);
+    rapidjson::Document document;
+    document.Parse(text.data());
+    std::vector<std::uint32_t> ids;
+    for (const auto &display : document["displays"].GetArray())
+        ids.push_back(display["displayID"].GetUint());
+    return ids;
+}
+
+} // namespace test

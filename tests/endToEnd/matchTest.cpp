@@ -1,0 +1,180 @@
+#include "mirror/mirrorInterface.h"
+#include "tests/endToEnd/lightSpec.h"
+#include "tests/support/virtualScreen.h"
+
+#include <cstdlib>
+#include <memory>
+#include <rapidjson/document.h>
+
+using test::arrives;
+using test::Datagram;
+using test::LightReceiver;
+using test::LightSpec;
+using test::matchDatagram;
+using test::Picture;
+
+namespace {
+
+// A narrow, a wide and an IPv6 light, with panels in the middle, at every edge and small ones.
+std::vector<LightSpec> wall(int width, int height) {
+    return {
+        {"127.0.54.1", 1, 0, 0.5, {{3, 100, 90}, {300, 5, 5}, {7, width - 4, height - 4}}},
+        {"127.0.54.2", 2, 1, 1.25, {{258, width / 2, height / 2}, {-1, 0, height - 1}}},
+        {"::1", 0, 0, 0.05, {{1, 20, 30}, {65537, 200, 100}, {2, width - 1, 0}, {4, 33, 44}}},
+    };
+}
+
+class Match : public testing::Test {
+protected:
+    void TearDown() override { stopMirror(); }
+
+    void listen() {
+        for (const LightSpec &light : lights)
+            receivers.push_back(std::make_unique<LightReceiver>(light.ip, light.port()));
+    }
+
+    static int configure(std::string text) { return setMirrorConfig(text.data()); }
+
+    void expectEverywhere(const Picture &now, const Picture &before) {
+        for (std::size_t d = 0; d < lights.size(); ++d)
+            EXPECT_TRUE(arrives(*receivers[d], matchDatagram(lights[d], now),
+                                matchDatagram(lights[d], before)))
+                << lights[d].ip;
+    }
+
+    void drain() {
+        for (auto &receiver : receivers)
+            receiver->drain();
+    }
+
+    std::vector<LightSpec> lights;
+    std::vector<std::unique_ptr<LightReceiver>> receivers;
+};
+
+void draw(test::VirtualScreen &screen, const Picture &picture, int x = 0, int y = 0) {
+    screen.putPixels(x, y, picture.width, picture.height, picture.pixels.data());
+}
+
+TEST_F(Match, EveryByteOfEveryDatagram) {
+    test::VirtualScreen screen(641, 363); // odd, so that a padded row would shear the picture
+    screen.use();
+    const Picture black = test::plain(641, 363, 0);
+    Picture picture = test::noise(641, 363, 1);
+    draw(screen, picture);
+    lights = wall(641, 363);
+    listen();
+    const auto ids = test::displayIDs();
+    ASSERT_EQ(ids.size(), 1u);
+    ASSERT_EQ(configure(test::documentOf(ids[0], 0, lights)), 1);
+    ASSERT_EQ(startMirror(), 1);
+    expectEverywhere(picture, black); // before the first frame the screen reads as black
+    for (std::size_t d = 0; d < lights.size(); ++d)
+        for (int i = 0; i < 5; ++i) // a still screen is sent on unchanged
+            EXPECT_EQ(receivers[d]->next(), matchDatagram(lights[d], picture));
+    ASSERT_EQ(stopMirror(), 1);
+    drain();
+    for (auto &receiver : receivers)
+        EXPECT_FALSE(receiver->next(std::chrono::milliseconds(0)));
+}
+
+TEST_F(Match, FollowsPlainColours) {
+    test::VirtualScreen screen(640, 360);
+    screen.use();
+    lights = wall(640, 360);
+    listen();
+    ASSERT_EQ(configure(test::documentOf(test::displayIDs().at(0), 0, lights)), 1);
+    ASSERT_EQ(startMirror(), 1);
+    Picture before = test::plain(640, 360, 0);
+    for (const std::uint32_t colour : {0xff0000u, 0x00ff00u, 0x0000ffu, 0xffffffu, 0x010203u, 0u}) {
+        const Picture now = test::plain(640, 360, colour);
+        screen.fill(colour);
+        for (std::size_t d = 0; d < lights.size(); ++d) {
+            // A fill is one request, so no frame holds half of it; but a panel's samples may be
+            // read while the frame is copied, so anything may come before the new colour settles.
+            const Datagram wanted = matchDatagram(lights[d], now);
+            for (;;) {
+                const auto got = receivers[d]->next();
+                ASSERT_TRUE(got);
+                if (*got == wanted)
+                    break;
+            }
+            EXPECT_EQ(receivers[d]->next(), wanted);
+        }
+        before = now;
+    }
+}
+
+TEST_F(Match, TheChosenMonitorAndNoOther) {
+    test::VirtualScreen screen(900, 400);
+    screen.use();
+    screen.run({"xrandr", "--setmonitor", "left", "401/100x400/100+0+0", "screen"});
+    screen.run({"xrandr", "--setmonitor", "right", "333/100x200/100+500+123", "none"});
+    const auto ids = test::displayIDs();
+    ASSERT_EQ(ids.size(), 2u);
+    const Picture picture = test::noise(333, 200, 5);
+    screen.fill(0x123456);
+    draw(screen, picture, 500, 123);
+    lights = wall(333, 200);
+    listen();
+    ASSERT_EQ(configure(test::documentOf(ids[1], 0, lights)), 1);
+    ASSERT_EQ(startMirror(), 1);
+    expectEverywhere(picture, test::plain(333, 200, 0));
+    ASSERT_EQ(stopMirror(), 1);
+    drain();
+
+    lights = {{"127.0.54.1", 1, 0, 0.5, {{3, 100, 90}}}};
+    receivers.resize(1);
+    ASSERT_EQ(configure(test::documentOf(ids[0], 0, lights)), 1);
+    ASSERT_EQ(startMirror(), 1);
+    expectEverywhere(test::plain(401, 400, 0x123456), test::plain(401, 400, 0));
+}
+
+TEST_F(Match, AgainAndAgain) {
+    test::VirtualScreen screen(320, 200);
+    screen.use();
+    lights = wall(320, 200);
+    listen();
+    const auto id = test::displayIDs().at(0);
+    for (unsigned round = 0; round < 5; ++round) {
+        const Picture picture = test::noise(320, 200, round);
+        draw(screen, picture);
+        ASSERT_EQ(configure(test::documentOf(id, 0, lights)), 1);
+        ASSERT_EQ(startMirror(), 1);
+        expectEverywhere(picture, test::plain(320, 200, 0));
+        ASSERT_EQ(stopMirror(), 1);
+        drain();
+    }
+}
+
+// The pointer must not colour a panel that it rests on.
+TEST_F(Match, ThePointerIsNotDrawn) {
+    test::VirtualScreen screen(320, 200);
+    screen.use();
+    screen.fill(0x808080);
+    // The server starts with the pointer in the middle.
+    lights = {{"127.0.54.1", 2, 0, 0.05, {{1, 160, 100}}}};
+    listen();
+    ASSERT_EQ(configure(test::documentOf(test::displayIDs().at(0), 0, lights)), 1);
+    ASSERT_EQ(startMirror(), 1);
+    expectEverywhere(test::plain(320, 200, 0x808080), test::plain(320, 200, 0));
+}
+
+TEST_F(Match, DisplaysAreListedWithTheirSizes) {
+    test::VirtualScreen screen(640, 480);
+    screen.use();
+    screen.run({"xrandr", "--setmonitor", "one", "200/100x100/100+0+0", "screen"});
+    screen.run({"xrandr", "--setmonitor", "two", "300/100x50/100+200+0", "none"});
+    char text[512];
+    ASSERT_EQ(getDisplays(text, sizeof text), 1);
+    rapidjson::Document document;
+    document.Parse(text);
+    EXPECT_EQ(document["numDisplays"].GetUint(), 2u);
+    EXPECT_EQ(document["displays"][0]["width"].GetUint(), 200u);
+    EXPECT_EQ(document["displays"][0]["height"].GetUint(), 100u);
+    EXPECT_EQ(document["displays"][1]["width"].GetUint(), 300u);
+    EXPECT_EQ(document["displays"][1]["height"].GetUint(), 50u);
+    for (unsigned i = 0; i < 2; ++i)
+        EXPECT_TRUE(document["displays"][i]["displayID"].IsInt()); // fits a configuration
+}
+
+} // namespace

@@ -1,0 +1,60 @@
+/* A host in plain C that mirrors until a signal ends it.
+ *
+ *     signalHost LIBRARY CONFIG WHAT
+ *
+ * WHAT: "wait"   prints "ready" once a run is under way and waits
+ *       "fault"  the first send faults on the mirroring thread
+ *       "cycle"  prints "ready" and then starts and stops without end
+ *       "after"  prints "ready" after a run has been stopped and waits
+ */
+#include "mirror/mirrorInterface.h"
+
+#include <dlfcn.h>
+#include <stdio.h>
+#include <string.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+static int faulting = 0;
+static volatile int *nowhere = NULL;
+
+/* Stands before the C library's own. */
+ssize_t sendto(int fd, const void *bytes, size_t length, int flags, const struct sockaddr *to,
+               socklen_t toLength) {
+    const struct iovec part = {(void *)bytes, length};
+    const struct msghdr message = {.msg_name = (void *)to,
+                                   .msg_namelen = toLength,
+                                   .msg_iov = (struct iovec *)&part,
+                                   .msg_iovlen = 1};
+    if (faulting)
+        *nowhere = 1;
+    return sendmsg(fd, &message, flags);
+}
+
+int main(int argc, char **argv) {
+    if (argc != 4)
+        return 100;
+    void *handle = dlopen(argv[1], RTLD_NOW | RTLD_LOCAL);
+    if (handle == NULL)
+        return 101;
+    int (*setConfig)(char *) = (int (*)(char *))dlsym(handle, "setMirrorConfig");
+    int (*start)(void) = (int (*)(void))dlsym(handle, "startMirror");
+    int (*stop)(void) = (int (*)(void))dlsym(handle, "stopMirror");
+    faulting = strcmp(argv[3], "fault") == 0;
+    if (setConfig(argv[2]) != 1 || start() != 1)
+        return 102;
+    if (strcmp(argv[3], "after") == 0)
+        stop();
+    /* Not through stdio: the exit in a signal handler would flush a half-flushed buffer again. */
+    if (write(STDOUT_FILENO, "ready\n", 6) != 6)
+        return 103;
+    if (strcmp(argv[3], "cycle") == 0) {
+        for (;;) {
+            stop();
+            setConfig(argv[2]);
+            start();
+        }
+    }
+    for (;;)
+        pause();
+}
