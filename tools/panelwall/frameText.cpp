@@ -38,7 +38,7 @@ static std::vector<std::string> fittingDevices(const std::vector<std::string> &d
         lines.push_back(cutToWidth(devices[i], columns));
     if (shown < devices.size())
         lines.push_back(cutToWidth("and " + std::to_string(devices.size() - shown) +
-                                       " more devices; a taller terminal shows them",
+                                       " more lines; a taller terminal shows them",
                                    columns));
     return lines;
 }

@@ -11,7 +11,7 @@ namespace panelwall {
 
 struct FrameContent {
     std::string title;
-    std::vector<std::string> devices; // a line each
+    std::vector<std::string> devices; // a line or two each
     std::string message;              // may be empty; broken into lines as needed
 };
 

@@ -38,17 +38,15 @@ Size fitInto(Size screen, Size room) {
                    std::max(room.height, 1))};
 }
 
-// A panel's square on the canvas, with its edges on whole pixels and at least one pixel large.
+// A panel's square on the canvas, in whole pixels and at least one pixel large. The side is rounded
+// before the place, so that equal panels look equal.
 static Box place(const WallPanel &panel, Size screen, const Canvas &canvas) {
     const auto edges = [&](double centre, int screenSide, int canvasSide, double &low,
                            double &high) {
         const double scale = static_cast<double>(canvasSide) / screenSide;
-        low = std::round((centre - panel.halfSide) * scale);
-        high = std::round((centre + panel.halfSide) * scale);
-        if (high - low < 1.0) {
-            low = std::floor(centre * scale);
-            high = low + 1.0;
-        }
+        const double side = std::max(1.0, std::round(2 * panel.halfSide * scale));
+        low = std::floor(centre * scale - std::floor(side / 2));
+        high = low + side;
     };
     Box box;
     edges(panel.centreX, screen.width, canvas.width(), box.left, box.right);

@@ -44,8 +44,8 @@ int Session::run() {
             ended = true;
     }
     live.leave();
-    for (const std::string &line : deviceLines(wall, Clock::now()))
-        print(line);
+    for (const std::string &line : deviceLines(wall, Clock::now(), ReasonPlace::sameLine))
+        print("ended: " + line);
     if (options.snapshotPath && !saveSnapshot())
         return exitFile;
     return outputGone ? exitOther : exitOk;
@@ -119,7 +119,7 @@ void Session::show() {
     content.title = "panelwall " + options.configPath + "  " + modeName(document.mode) + "  " +
                     std::to_string(screen.width) + " x " + std::to_string(screen.height) +
                     "  Ctrl-C ends";
-    content.devices = deviceLines(wall, now);
+    content.devices = deviceLines(wall, now, ReasonPlace::nextLine);
     content.message = now < noticeEnd ? notice : describeSilence(wall, document.mode, start, now);
     if (!live.draw(wall, screen, content, now))
         outputGone = true;
@@ -129,7 +129,7 @@ void Session::showLines() {
     const auto now = Clock::now();
     while (nextLines <= now)
         nextLines += lineInterval;
-    for (const std::string &line : deviceLines(wall, now))
+    for (const std::string &line : deviceLines(wall, now, ReasonPlace::sameLine))
         print(line);
     const std::string silence = describeSilence(wall, document.mode, start, now);
     if (!silence.empty() && !silenceTold)

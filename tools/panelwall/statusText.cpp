@@ -19,32 +19,40 @@ static std::string describeAge(Clock::duration age) {
     return text;
 }
 
-static std::string describeMalformed(const WallDevice &device) {
-    std::string text = "malformed " + std::to_string(device.malformed);
-    if (device.malformed > 0)
-        text += " (last: " + device.lastMalformed + ")";
-    return text;
+static std::string addressAndPort(const WallDevice &device) {
+    const bool six = device.ip.find(':') != std::string::npos;
+    return (six ? "[" + device.ip + "]" : device.ip) + ":" + std::to_string(device.port);
 }
 
-std::vector<std::string> deviceLines(const Wall &wall, Clock::time_point now) {
-    std::size_t widest = 0;
-    for (const WallDevice &device : wall.devices())
-        widest = std::max(widest, device.ip.size());
+static std::size_t digits(std::size_t number) {
+    return std::to_string(number).size();
+}
+
+std::vector<std::string> deviceLines(const Wall &wall, Clock::time_point now, ReasonPlace place) {
+    std::size_t widestAddress = 0;
+    std::size_t widestPanels = 0;
+    for (const WallDevice &device : wall.devices()) {
+        widestAddress = std::max(widestAddress, addressAndPort(device).size());
+        widestPanels = std::max(widestPanels, digits(device.panels.size()));
+    }
 
     std::vector<std::string> lines;
-    for (const WallDevice &device : wall.devices()) {
+    for (std::size_t i = 0; i < wall.devices().size(); ++i) {
+        const WallDevice &device = wall.devices()[i];
         std::ostringstream line;
-        line << "device " << lines.size() << "  " << std::left
-             << std::setw(static_cast<int>(widest)) << device.ip << std::right << " port "
-             << device.port << "  " << std::setw(3) << device.panels.size() << " panels, "
-             << std::setw(3) << device.litPanels() << " lit  " << std::setw(3)
-             << device.rate.perSecond(now) << "/s  total " << device.datagrams << "  ";
-        if (device.lastArrival)
-            line << "last " << describeAge(now - *device.lastArrival) << " ago  ";
-        else
-            line << "nothing yet  ";
-        line << describeMalformed(device);
+        line << "device " << std::setw(static_cast<int>(digits(wall.devices().size() - 1))) << i
+             << "  " << std::left << std::setw(static_cast<int>(widestAddress))
+             << addressAndPort(device) << "  " << std::right
+             << std::setw(static_cast<int>(widestPanels)) << device.litPanels() << "/" << std::left
+             << std::setw(static_cast<int>(widestPanels)) << device.panels.size() << " lit  "
+             << std::right << std::setw(2) << device.rate.perSecond(now) << "/s  last "
+             << (device.lastArrival ? describeAge(now - *device.lastArrival) : "never")
+             << "  malformed " << device.malformed << "  total " << device.datagrams;
+        if (device.malformed > 0 && place == ReasonPlace::sameLine)
+            line << "  last malformed: " << device.lastMalformed;
         lines.push_back(line.str());
+        if (device.malformed > 0 && place == ReasonPlace::nextLine)
+            lines.push_back("    last malformed: " + device.lastMalformed);
     }
     return lines;
 }

@@ -10,10 +10,13 @@
 
 namespace panelwall {
 
-// One line per device, its columns aligned: number, address, port, panels and how many of them have
-// a colour, datagrams in the last second, datagrams in all, malformed ones with the last reason,
-// and how long ago the last one came.
-std::vector<std::string> deviceLines(const Wall &wall, Clock::time_point now);
+// Where the reason of a device's last malformed datagram goes.
+enum class ReasonPlace { sameLine, nextLine };
+
+// A line per device, its columns aligned: number, address and port, how many of its panels have a
+// colour, datagrams in the last second, how long ago the last one came, how many were malformed,
+// how many came in all, and the last reason.
+std::vector<std::string> deviceLines(const Wall &wall, Clock::time_point now, ReasonPlace place);
 
 // Empty while datagrams come. After three seconds without any, how long it has been and what to
 // check, on one line; `mode` is the document's mirror mode, which decides what silence means, and

@@ -1,0 +1,79 @@
+#include "tools/panelwall/statusText.h"
+
+#include <gtest/gtest.h>
+
+using namespace panelwall;
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+static const Clock::time_point start = Clock::time_point(std::chrono::hours(5));
+
+static config::Document twoDevices() {
+    config::Document document;
+    config::DeviceEntry device;
+    device.ip = "127.0.41.1";
+    device.controlVersion = 1;
+    device.panels = {{44, 0, 0}, {300, 0, 0}};
+    document.devices.push_back(device);
+    device.ip = "::1";
+    device.controlVersion = 2;
+    document.devices.push_back(device);
+    return document;
+}
+
+TEST(PanelwallStatusText, OneLinePerDevice) {
+    Wall wall(twoDevices());
+    wall.hear(1, std::vector<std::uint8_t>{0, 1, 0, 44, 1, 2, 3, 0, 0, 1}, start);
+    wall.hear(1, std::vector<std::uint8_t>{7}, start);
+    const auto now = start + milliseconds(400);
+    const auto lines = deviceLines(wall, now, ReasonPlace::sameLine);
+    ASSERT_EQ(lines.size(), 2u);
+    EXPECT_EQ(lines[0],
+              "device 0  127.0.41.1:60221  0/2 lit   0/s  last never  malformed 0  total 0");
+    EXPECT_EQ(lines[1],
+              "device 1  [::1]:60222       1/2 lit   2/s  last 0.4 s  malformed 1  total 2  "
+              "last malformed: 1 bytes, too short for the panel count");
+    const auto split = deviceLines(wall, now, ReasonPlace::nextLine);
+    ASSERT_EQ(split.size(), 3u);
+    EXPECT_EQ(split[2], "    last malformed: 1 bytes, too short for the panel count");
+}
+
+TEST(PanelwallStatusText, SilenceIsToldAfterThreeSecondsAndEndsWithADatagram) {
+    Wall wall(twoDevices());
+    EXPECT_EQ(describeSilence(wall, 0, start, start + milliseconds(2999)), "");
+    EXPECT_EQ(describeSilence(wall, 0, start, start + seconds(4))
+                  .find("Nothing has arrived at all in 4.0 s. Match mode sends"),
+              0u);
+    wall.hear(0, std::vector<std::uint8_t>{0}, start + seconds(5));
+    EXPECT_EQ(describeSilence(wall, 0, start, start + seconds(6)), "");
+    EXPECT_EQ(
+        describeSilence(wall, 0, start, start + seconds(15)).find("Nothing has arrived for 10"),
+        0u);
+}
+
+TEST(PanelwallStatusText, SilenceMeansSomethingElseInEachMode) {
+    const Wall wall(twoDevices());
+    const auto later = start + seconds(9);
+    for (const int mode : {1, 2})
+        EXPECT_NE(describeSilence(wall, mode, start, later).find("holds still"), std::string::npos);
+    EXPECT_NE(describeSilence(wall, 3, start, later).find("Palette mode"), std::string::npos);
+    EXPECT_NE(describeSilence(wall, 7, start, later).find("Mode 7 is none of"), std::string::npos);
+}
+
+TEST(PanelwallStatusText, SharedIdentifiersAreNamed) {
+    const auto lines = describeSharedIds(Wall(twoDevices()));
+    ASSERT_EQ(lines.size(), 1u); // the wide layout tells 44 and 300 apart
+    EXPECT_EQ(lines[0], "device 0: panels 44 and 300 are both 44 in datagrams and show the same "
+                        "colour");
+}
+
+TEST(PanelwallStatusText, CutsAtCharactersAndDefusesControls) {
+    EXPECT_EQ(cutToWidth("abc", 2), "ab");
+    EXPECT_EQ(cutToWidth("a\u00e9\u2580b", 3), "a\u00e9\u2580");
+    EXPECT_EQ(cutToWidth("a\x1b[2J\n", 10), "a?[2J?");
+}
+
+TEST(PanelwallStatusText, WrapsAtSpaces) {
+    EXPECT_EQ(wrap("one two three", 7), (std::vector<std::string>{"one two", "three"}));
+    EXPECT_TRUE(wrap("", 7).empty());
+}

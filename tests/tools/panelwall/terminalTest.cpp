@@ -1,0 +1,108 @@
+#include "tests/tools/panelwall/child.h"
+#include "tests/tools/panelwall/wallSetup.h"
+
+#include <csignal>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+
+using namespace test;
+
+static const std::string enterScreen = "\x1b[?1049h";
+static const std::string leaveScreen = "\x1b[?1049l";
+static const std::string hideCursor = "\x1b[?25l";
+static const std::string showCursor = "\x1b[?25h";
+static const std::string home = "\x1b[H";
+
+// Three panels of which two touch the corners of the screen.
+static std::string writeConfig(const Folder &folder, const std::string &ip) {
+    return folder.write(
+        "wall.json",
+        documentText({deviceText(ip, 2, {{1, 50, 50}, {2, 300, 200}, {3, 550, 350}})}));
+}
+
+TEST(PanelwallTerminal, DrawsColoursInPlaceAndRestoresTheTerminal) {
+    const Folder folder;
+    Child wall({PANELWALL_PROGRAM, writeConfig(folder, "127.0.41.40"), "--size", "600x400"},
+               Child::Output::terminal);
+    ASSERT_TRUE(wall.waitFor("0/3 lit"));
+    EXPECT_EQ(wall.out.find(enterScreen + hideCursor), 0u);
+    EXPECT_EQ(wall.out.find("8;2;12;34;56m"), std::string::npos);
+
+    sendTo("127.0.41.40", 60222, {0, 1, 0, 2, 12, 34, 56, 0, 0, 5});
+    ASSERT_TRUE(wall.waitFor("8;2;12;34;56m"));
+    ASSERT_TRUE(wall.waitFor("1/3 lit"));
+    // A later frame begins at the top left again, on the same screen, and has the newer colour.
+    const std::size_t seen = wall.out.size();
+    sendTo("127.0.41.40", 60222, {0, 1, 0, 2, 65, 43, 21, 0, 0, 5});
+    ASSERT_TRUE(wall.waitFor("8;2;65;43;21m", seen));
+    const std::size_t frame = wall.out.rfind(home, wall.out.find("8;2;65;43;21m"));
+    ASSERT_NE(frame, std::string::npos);
+    EXPECT_EQ(wall.out.find("8;2;12;34;56m", frame), std::string::npos);
+    EXPECT_EQ(wall.out.find(enterScreen, 1), std::string::npos);
+
+    wall.type("\x03");
+    EXPECT_EQ(wall.waitExit(), 0);
+    const std::size_t left = wall.out.find(leaveScreen);
+    ASSERT_NE(left, std::string::npos);
+    EXPECT_NE(wall.out.rfind(showCursor, left), std::string::npos);
+    EXPECT_NE(wall.out.find("ended: device 0  127.0.41.40:60222  1/3 lit", left),
+              std::string::npos);
+}
+
+TEST(PanelwallTerminal, RestoresTheTerminalOnTermination) {
+    const Folder folder;
+    Child wall({PANELWALL_PROGRAM, writeConfig(folder, "127.0.41.41")}, Child::Output::terminal);
+    ASSERT_TRUE(wall.waitFor("0/3 lit"));
+    wall.signal(SIGTERM);
+    EXPECT_EQ(wall.waitExit(), 0);
+    EXPECT_NE(wall.out.find(showCursor + leaveScreen), std::string::npos);
+}
+
+TEST(PanelwallTerminal, AdaptsToTheSize) {
+    const Folder folder;
+    Child wall({PANELWALL_PROGRAM, writeConfig(folder, "127.0.41.42"), "--size", "600x400"},
+               Child::Output::terminal, 100, 40);
+    // 40 rows: title, device line, and 38 rows for a picture whose frame takes two of them.
+    const auto topEdge = [](int width) {
+        std::string edge = "\u250c";
+        for (int i = 0; i < width; ++i)
+            edge += "\u2500";
+        return edge + "\u2510";
+    };
+    ASSERT_TRUE(wall.waitFor(topEdge(98)));
+    const std::size_t seen = wall.out.size();
+    wall.resize(50, 40);
+    EXPECT_TRUE(wall.waitFor(topEdge(48), seen));
+    wall.signal(SIGINT);
+    EXPECT_EQ(wall.waitExit(), 0);
+}
+
+TEST(PanelwallTerminal, GivesTheScreenBackWhileStopped) {
+    const Folder folder;
+    Child wall({PANELWALL_PROGRAM, writeConfig(folder, "127.0.41.43")}, Child::Output::terminal);
+    ASSERT_TRUE(wall.waitFor("0/3 lit"));
+    wall.signal(SIGTSTP);
+    ASSERT_TRUE(wall.waitFor(leaveScreen));
+    int status = 0;
+    ASSERT_EQ(waitpid(wall.pid(), &status, WUNTRACED), wall.pid());
+    ASSERT_TRUE(WIFSTOPPED(status));
+    const std::size_t seen = wall.out.size();
+    wall.signal(SIGCONT);
+    EXPECT_TRUE(wall.waitFor(enterScreen, seen));
+    EXPECT_TRUE(wall.waitFor("0/3 lit", seen));
+    wall.signal(SIGINT);
+    EXPECT_EQ(wall.waitExit(), 0);
+}
+
+TEST(PanelwallTerminal, PictureIsToldOnTheScreen) {
+    const Folder folder;
+    Child wall({PANELWALL_PROGRAM, writeConfig(folder, "127.0.41.44"), "--snapshot",
+                folder.file("wall.png")},
+               Child::Output::terminal);
+    ASSERT_TRUE(wall.waitFor("0/3 lit"));
+    wall.signal(SIGUSR1);
+    EXPECT_TRUE(wall.waitFor("picture written:"));
+    EXPECT_EQ(wall.out.find(leaveScreen), std::string::npos);
+    wall.signal(SIGINT);
+    EXPECT_EQ(wall.waitExit(), 0);
+}
