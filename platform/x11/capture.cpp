@@ -1,0 +1,166 @@
+#include "platform/x11/capture.h"
+
+#include "platform/x11/monitors.h"
+#include "platform/x11/signals.h"
+
+#include <utility>
+
+namespace x11 {
+
+namespace {
+
+// How often the whole screen is read while something moves, and how long after the last change
+// lost reports of damage are looked for.
+constexpr Clock::duration refreshPeriod = std::chrono::seconds(1);
+
+// The pause after a read that the server refused.
+constexpr Clock::duration refusalPause = std::chrono::milliseconds(100);
+
+} // namespace
+
+bool Capture::isPossible(std::uint32_t display) {
+    const std::unique_ptr<Connection> connection = Connection::open();
+    if (!connection)
+        return false;
+    const auto monitors = listMonitors(*connection);
+    return monitors && findMonitor(*monitors, display) && PixelFormat::of(*connection) &&
+           DamageWatch::isPossible(*connection);
+}
+
+std::unique_ptr<Capture> Capture::open(const CaptureSettings &settings, FrameGate &gate) {
+    std::unique_ptr<Connection> connection = Connection::open();
+    if (!connection)
+        return nullptr;
+    std::optional<PixelFormat> format = PixelFormat::of(*connection);
+    if (!format || !DamageWatch::isPossible(*connection))
+        return nullptr;
+    // Watched before it is looked at, so that no change falls in between.
+    watchMonitors(*connection);
+    std::unique_ptr<Capture> capture(
+        new Capture(settings, gate, std::move(connection), std::move(*format)));
+    if (!capture->aim() || !capture->present || capture->connection->failed())
+        return nullptr;
+    capture->connection->endWatch();
+    return capture;
+}
+
+Capture::Capture(const CaptureSettings &settings, FrameGate &gate,
+                 std::unique_ptr<Connection> connection_, PixelFormat format)
+    : settings(settings), gate(gate), connection(std::move(connection_)),
+      painter(std::make_unique<FramePainter>(*connection, std::move(format), settings.width,
+                                             settings.height, PixelMemory::Sharing::WhenPossible)),
+      damage(std::make_unique<DamageWatch>(*connection)) {}
+
+void Capture::run(const std::function<void(CaptureNews)> &news) {
+    while (!gate.isStopped()) {
+        if (!takeEvents())
+            return;
+        // Waiting for an answer may move events into XCB's own queue, where no wait on the
+        // descriptor would see them: after each, they are taken out first.
+        if (layoutStale) {
+            followLayout(news);
+            continue;
+        }
+        const std::optional<Clock::time_point> due = nextLook();
+        const bool now = due && *due <= Clock::now();
+        if (now && gate.isFree()) {
+            look(news);
+            continue;
+        }
+        gate.wait(connection->descriptor(), now ? std::nullopt : due);
+    }
+}
+
+bool Capture::takeEvents() {
+    while (const Reply<xcb_generic_event_t> event{xcb_poll_for_event(connection->get())}) {
+        constexpr int error = 0;
+        if (event->response_type == error)
+            continue;
+        if (const std::optional<Rect> report = damage->reported(*event)) {
+            damaged = true;
+            reportedDamage = *report;
+        } else {
+            layoutStale = true;
+        }
+    }
+    return !connection->failed();
+}
+
+// Looks where the monitor is now; false when the server does not answer.
+bool Capture::aim() {
+    const auto monitors = listMonitors(*connection);
+    const std::optional<Rect> root = connection->rootArea();
+    if (!monitors || !root)
+        return false;
+    const std::optional<Monitor> monitor = findMonitor(*monitors, settings.display);
+    const bool moved = monitor && (monitor->area != monitorArea || *root != rootArea);
+    if (moved) {
+        monitorArea = monitor->area;
+        rootArea = *root;
+        painter->aimAt(monitorArea, rootArea);
+    }
+    if (moved || (monitor && !present))
+        allWanted = true;
+    present = monitor.has_value();
+    return true;
+}
+
+void Capture::followLayout(const std::function<void(CaptureNews)> &news) {
+    layoutStale = false;
+    const bool wasPresent = present;
+    if (aim() && wasPresent && !present)
+        news(CaptureNews::Blank);
+}
+
+std::optional<Clock::time_point> Capture::nextLook() const {
+    if (!present)
+        return std::nullopt;
+    if (damaged || allWanted)
+        return std::max(notBefore, gate.lastHandlerCall() + settings.minimumFrameTime);
+    return afterthought;
+}
+
+// Takes the damage off the server. False when there is none that concerns the monitor, and its
+// frame is up to date.
+bool Capture::takeDamage(Rect &where) {
+    const Rect &visible = painter->visibleArea();
+    const bool reportCoversRows =
+        damaged && reportedDamage.y <= visible.y &&
+        reportedDamage.y + reportedDamage.height >= visible.y + visible.height;
+    if (allWanted || (reportCoversRows && !intersect(reportedDamage, visible).empty())) {
+        damage->forget();
+        where = visible;
+        return true;
+    }
+    where = damage->take();
+    return !intersect(where, visible).empty();
+}
+
+void Capture::look(const std::function<void(CaptureNews)> &news) {
+    const Clock::time_point now = Clock::now();
+    Rect where;
+    const bool changed = takeDamage(where);
+    damaged = false;
+    afterthought.reset();
+    if (!changed) {
+        notBefore = now + settings.minimumFrameTime;
+        return;
+    }
+
+    const bool everything = allWanted || now - lastWhole >= refreshPeriod;
+    const ReadOutcome outcome = everything ? painter->paintAll() : painter->paint(where);
+    if (outcome != ReadOutcome::Done) {
+        allWanted = true;
+        layoutStale = true;
+        notBefore = now + refusalPause;
+        return;
+    }
+    allWanted = false;
+    if (everything)
+        lastWhole = now;
+    afterthought = now + refreshPeriod;
+    gate.handOver();
+    news(CaptureNews::Frame);
+}
+
+} // namespace x11

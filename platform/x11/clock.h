@@ -1,0 +1,13 @@
+// The one clock of this platform: monotonic, so that a change of the time of day moves no deadline.
+#pragma once
+
+#include <chrono>
+
+namespace x11 {
+
+using Clock = std::chrono::steady_clock;
+
+// How long the server may take over any single step before it counts as hung.
+constexpr Clock::duration serverPatience = std::chrono::seconds(2);
+
+} // namespace x11

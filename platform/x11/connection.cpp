@@ -1,0 +1,67 @@
+#include "platform/x11/connection.h"
+
+#include "platform/x11/serverSocket.h"
+
+#include <sys/socket.h>
+
+namespace x11 {
+
+std::unique_ptr<Connection> Connection::open() {
+    ServerSocket server = openServerSocket(Clock::now() + serverPatience);
+    if (!server.descriptor.valid())
+        return nullptr;
+    auto watchdog = std::make_unique<Watchdog>(server.descriptor.get());
+
+    xcb_auth_info_t authorisation{
+        static_cast<int>(server.authorisationName.size()), server.authorisationName.data(),
+        static_cast<int>(server.authorisationData.size()), server.authorisationData.data()};
+    // From here on the descriptor is XCB's, also when this fails.
+    xcb_connection_t *connection = xcb_connect_to_fd(
+        server.descriptor.release(), server.authorisationName.empty() ? nullptr : &authorisation);
+    const xcb_screen_t *screen = nullptr;
+    if (xcb_connection_has_error(connection) == 0) {
+        auto screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
+        for (int number = server.screen; number > 0 && screens.rem > 0; --number)
+            xcb_screen_next(&screens);
+        screen = screens.rem > 0 ? screens.data : nullptr;
+    }
+    if (screen == nullptr) {
+        xcb_disconnect(connection);
+        return nullptr;
+    }
+    return std::unique_ptr<Connection>(
+        new Connection(connection, screen, server.local, std::move(watchdog)));
+}
+
+Connection::Connection(xcb_connection_t *connection, const xcb_screen_t *screen, bool local,
+                       std::unique_ptr<Watchdog> watchdog)
+    : connection(connection), wantedScreen(screen), local(local), watchdog(std::move(watchdog)) {}
+
+Connection::~Connection() {
+    watchdog.reset();
+    xcb_disconnect(connection);
+}
+
+bool Connection::has(xcb_extension_t &extension) const {
+    const xcb_query_extension_reply_t *data = xcb_get_extension_data(connection, &extension);
+    return data != nullptr && data->present != 0;
+}
+
+std::optional<Rect> Connection::rootArea() const {
+    const Reply<xcb_get_geometry_reply_t> geometry(
+        xcb_get_geometry_reply(connection, xcb_get_geometry(connection, root()), nullptr));
+    if (!geometry)
+        return std::nullopt;
+    return Rect{0, 0, geometry->width, geometry->height};
+}
+
+void Connection::extendWatch() {
+    if (watchdog)
+        watchdog->extend();
+}
+
+void Connection::breakOff() const {
+    shutdown(descriptor(), SHUT_RDWR);
+}
+
+} // namespace x11

@@ -1,0 +1,49 @@
+#include "platform/x11/damageWatch.h"
+
+namespace x11 {
+
+bool DamageWatch::isPossible(Connection &connection) {
+    xcb_connection_t *xcb = connection.get();
+    if (!connection.has(xcb_damage_id) || !connection.has(xcb_xfixes_id))
+        return false;
+    // Both extensions want to be asked for their version before they are used.
+    const auto damageCookie = xcb_damage_query_version(xcb, 1, 1);
+    const auto fixesCookie = xcb_xfixes_query_version(xcb, 2, 0);
+    const Reply<xcb_damage_query_version_reply_t> damageVersion(
+        xcb_damage_query_version_reply(xcb, damageCookie, nullptr));
+    const Reply<xcb_xfixes_query_version_reply_t> fixesVersion(
+        xcb_xfixes_query_version_reply(xcb, fixesCookie, nullptr));
+    return damageVersion && fixesVersion && fixesVersion->major_version >= 2;
+}
+
+DamageWatch::DamageWatch(Connection &connection)
+    : connection(connection),
+      firstEvent(xcb_get_extension_data(connection.get(), &xcb_damage_id)->first_event),
+      damage(xcb_generate_id(connection.get())), region(xcb_generate_id(connection.get())) {
+    xcb_damage_create(connection.get(), damage, connection.root(),
+                      XCB_DAMAGE_REPORT_LEVEL_NON_EMPTY);
+    xcb_xfixes_create_region(connection.get(), region, 0, nullptr);
+}
+
+std::optional<Rect> DamageWatch::reported(const xcb_generic_event_t &event) const {
+    if ((event.response_type & 0x7f) != firstEvent + XCB_DAMAGE_NOTIFY)
+        return std::nullopt;
+    const auto &notify = reinterpret_cast<const xcb_damage_notify_event_t &>(event);
+    return Rect{notify.area.x, notify.area.y, notify.area.width, notify.area.height};
+}
+
+Rect DamageWatch::take() {
+    xcb_connection_t *xcb = connection.get();
+    xcb_damage_subtract(xcb, damage, XCB_NONE, region);
+    const Reply<xcb_xfixes_fetch_region_reply_t> reply(
+        xcb_xfixes_fetch_region_reply(xcb, xcb_xfixes_fetch_region(xcb, region), nullptr));
+    if (!reply)
+        return {};
+    return {reply->extents.x, reply->extents.y, reply->extents.width, reply->extents.height};
+}
+
+void DamageWatch::forget() {
+    xcb_damage_subtract(connection.get(), damage, XCB_NONE, XCB_NONE);
+}
+
+} // namespace x11

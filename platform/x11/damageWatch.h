@@ -1,0 +1,39 @@
+// Tells when and where the root window has been drawn on.
+#pragma once
+
+#include "platform/x11/connection.h"
+
+#include <optional>
+#include <xcb/damage.h>
+#include <xcb/xfixes.h>
+
+namespace x11 {
+
+class DamageWatch {
+public:
+    // True when the server has what a watch needs.
+    static bool isPossible(Connection &connection);
+
+    // Reports drawing on the root window and everything in it, from now on. `connection` outlives
+    // this object, and isPossible() was true for it.
+    explicit DamageWatch(Connection &connection);
+    DamageWatch(const DamageWatch &) = delete;
+    DamageWatch &operator=(const DamageWatch &) = delete;
+
+    // What an event reports as drawn on, when it is one of ours. After one report the server stays
+    // silent until the damage is taken or forgotten, however much is drawn.
+    std::optional<Rect> reported(const xcb_generic_event_t &event) const;
+
+    // Both are called before the pixels are read: what is drawn later is reported anew. take()
+    // returns a rectangle around all that has been drawn on; forget() does not wait for an answer.
+    Rect take();
+    void forget();
+
+private:
+    Connection &connection;
+    std::uint8_t firstEvent;
+    xcb_damage_damage_t damage;
+    xcb_xfixes_region_t region;
+};
+
+} // namespace x11

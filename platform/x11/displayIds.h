@@ -1,0 +1,16 @@
+// Names of monitors to display identifiers.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace x11 {
+
+// One identifier for each name, in the order of the names: positive, 31 bits, never 0, all
+// different. It is a hash of the name alone, so that a monitor keeps its identifier when the server
+// restarts or the order changes; among names of equal hash the alphabetically first keeps it and
+// the others move on to the next free number.
+std::vector<std::uint32_t> displayIdsOf(const std::vector<std::string> &names);
+
+} // namespace x11

@@ -1,0 +1,33 @@
+#include "platform/x11/monitors.h"
+#include "platform/x11/signals.h"
+
+#include <CoreGraphics/CoreGraphics.h>
+#include <algorithm>
+#include <limits>
+
+// Without a server the count is 0 and the result an error.
+CGError CGGetActiveDisplayList(uint32_t maxDisplays, CGDirectDisplayID *activeDisplays,
+                               uint32_t *displayCount) {
+    if (displayCount == nullptr)
+        return kCGErrorIllegalArgument;
+    *displayCount = 0;
+    const x11::SigpipeGuard guard;
+    try {
+        const auto connection = x11::Connection::open();
+        if (!connection)
+            return kCGErrorFailure;
+        const auto monitors = x11::listMonitors(*connection);
+        if (!monitors)
+            return kCGErrorFailure;
+        const std::size_t room = activeDisplays == nullptr
+                                     ? std::numeric_limits<std::uint32_t>::max()
+                                     : std::size_t{maxDisplays};
+        const std::size_t count = std::min(room, monitors->size());
+        for (std::size_t i = 0; activeDisplays != nullptr && i < count; ++i)
+            activeDisplays[i] = (*monitors)[i].id;
+        *displayCount = static_cast<uint32_t>(count);
+        return kCGErrorSuccess;
+    } catch (...) {
+        return kCGErrorFailure;
+    }
+}

@@ -1,0 +1,28 @@
+// The monitors of the server's screen: what this platform calls displays.
+#pragma once
+
+#include "platform/x11/connection.h"
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+namespace x11 {
+
+struct Monitor {
+    std::uint32_t id = 0;
+    Rect area; // may reach beyond the root window
+};
+
+// The active monitors in the server's order; nothing when the server did not answer or knows no
+// monitors (RandR before 1.5).
+std::optional<std::vector<Monitor>> listMonitors(Connection &connection);
+
+// The monitor of this identifier, or nothing: never another one in its place.
+std::optional<Monitor> findMonitor(const std::vector<Monitor> &monitors, std::uint32_t id);
+
+// Asks for an event whenever the monitors or the root window may have changed. Monitors that a
+// user defines are announced only by a ConfigureNotify of the root, modes by RandR's own events.
+void watchMonitors(Connection &connection);
+
+} // namespace x11

@@ -1,0 +1,136 @@
+#include "platform/x11/pixelMemory.h"
+
+#include <algorithm>
+#include <cstring>
+#include <fcntl.h>
+#include <new>
+#include <sys/mman.h>
+#include <sys/stat.h>
+
+namespace x11 {
+
+namespace {
+
+constexpr std::uint32_t allPlanes = 0xffffffff;
+
+// How much of the screen is asked for at once when it travels over the connection.
+constexpr std::size_t chunkBytes = std::size_t{1} << 20;
+
+} // namespace
+
+PixelMemory::PixelMemory(Connection &connection, std::size_t bytes, Sharing sharing)
+    : connection(connection), bytes(bytes) {
+    if (bytes == 0)
+        return;
+    int flags = MAP_PRIVATE | MAP_ANONYMOUS | MAP_POPULATE;
+    if (sharing == Sharing::WhenPossible && connection.isLocal()) {
+        Descriptor candidate(memfd_create("screen pixels", MFD_CLOEXEC));
+        if (candidate.valid() && fchmod(candidate.get(), S_IRUSR | S_IWUSR) == 0 &&
+            posix_fallocate(candidate.get(), 0, static_cast<off_t>(bytes)) == 0) {
+            file = std::move(candidate);
+            flags = MAP_SHARED | MAP_POPULATE;
+        }
+    }
+    base = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, flags, file.get(), 0);
+    if (base == MAP_FAILED)
+        throw std::bad_alloc();
+    if (file.valid())
+        share();
+    file.reset();
+}
+
+PixelMemory::~PixelMemory() {
+    unshare();
+    if (bytes != 0)
+        munmap(base, bytes);
+}
+
+void PixelMemory::share() {
+    xcb_connection_t *xcb = connection.get();
+    if (!connection.has(xcb_shm_id))
+        return;
+    const Reply<xcb_shm_query_version_reply_t> version(
+        xcb_shm_query_version_reply(xcb, xcb_shm_query_version(xcb), nullptr));
+    const bool takesDescriptors =
+        version && (version->major_version > 1 || version->minor_version >= 2);
+    if (!takesDescriptors)
+        return;
+    // XCB closes the descriptor that it is given.
+    const xcb_shm_seg_t candidate = xcb_generate_id(xcb);
+    const Reply<xcb_generic_error_t> error(xcb_request_check(
+        xcb, xcb_shm_attach_fd_checked(xcb, candidate, file.release(), /*read_only=*/0)));
+    if (!error && !connection.failed())
+        segment = candidate;
+}
+
+void PixelMemory::unshare() {
+    if (segment != 0)
+        xcb_shm_detach(connection.get(), segment);
+    segment = 0;
+}
+
+ReadOutcome PixelMemory::read(const Rect &area, const PixelFormat &format, std::size_t offset) {
+    if (area.empty())
+        return ReadOutcome::Done;
+    const std::size_t needed = format.rowBytes(area.width) * static_cast<std::size_t>(area.height);
+    if (offset > bytes || needed > bytes - offset)
+        return ReadOutcome::Refused;
+    if (isShared()) {
+        bool usable = true;
+        const ReadOutcome outcome = readShared(area, offset, usable);
+        if (usable)
+            return outcome;
+        unshare();
+    }
+    return readOverConnection(area, format, offset);
+}
+
+ReadOutcome PixelMemory::readShared(const Rect &area, std::size_t offset, bool &usable) {
+    xcb_connection_t *xcb = connection.get();
+    xcb_generic_error_t *answer = nullptr;
+    const Reply<xcb_shm_get_image_reply_t> reply(xcb_shm_get_image_reply(
+        xcb,
+        xcb_shm_get_image(xcb, connection.root(), static_cast<std::int16_t>(area.x),
+                          static_cast<std::int16_t>(area.y), static_cast<std::uint16_t>(area.width),
+                          static_cast<std::uint16_t>(area.height), allPlanes,
+                          XCB_IMAGE_FORMAT_Z_PIXMAP, segment, static_cast<std::uint32_t>(offset)),
+        &answer));
+    const Reply<xcb_generic_error_t> error(answer);
+    if (reply)
+        return ReadOutcome::Done;
+    if (!error)
+        return ReadOutcome::Gone;
+    usable = error->error_code == XCB_MATCH;
+    return ReadOutcome::Refused;
+}
+
+ReadOutcome PixelMemory::readOverConnection(const Rect &area, const PixelFormat &format,
+                                            std::size_t offset) {
+    xcb_connection_t *xcb = connection.get();
+    const std::size_t rowBytes = format.rowBytes(area.width);
+    const int rowsAtOnce = static_cast<int>(std::max<std::size_t>(1, chunkBytes / rowBytes));
+    for (int row = 0; row < area.height; row += rowsAtOnce) {
+        const int rows = std::min(rowsAtOnce, area.height - row);
+        xcb_generic_error_t *answer = nullptr;
+        const Reply<xcb_get_image_reply_t> reply(
+            xcb_get_image_reply(xcb,
+                                xcb_get_image(xcb, XCB_IMAGE_FORMAT_Z_PIXMAP, connection.root(),
+                                              static_cast<std::int16_t>(area.x),
+                                              static_cast<std::int16_t>(area.y + row),
+                                              static_cast<std::uint16_t>(area.width),
+                                              static_cast<std::uint16_t>(rows), allPlanes),
+                                &answer));
+        const Reply<xcb_generic_error_t> error(answer);
+        if (!reply)
+            return error ? ReadOutcome::Refused : ReadOutcome::Gone;
+        connection.extendWatch();
+        const std::size_t wanted = rowBytes * static_cast<std::size_t>(rows);
+        if (static_cast<std::size_t>(xcb_get_image_data_length(reply.get())) < wanted)
+            return ReadOutcome::Refused;
+        std::memcpy(data() + offset + rowBytes * static_cast<std::size_t>(row),
+                    xcb_get_image_data(reply.get()), wanted);
+    }
+    return ReadOutcome::Done;
+}
+
+} // namespace x11

@@ -1,0 +1,54 @@
+// Memory for pixels, shared with the server when that is possible, and the reading of the screen
+// into it.
+//
+// Shared memory is passed as a descriptor that no other process can open. Where MIT-SHM cannot be
+// used (a remote server, an old or a refusing one) the same calls read over the connection.
+#pragma once
+
+#include "platform/x11/connection.h"
+#include "platform/x11/pixelFormat.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <xcb/shm.h>
+
+namespace x11 {
+
+enum class ReadOutcome {
+    Done,
+    Refused, // the rectangle is not, or no longer, within the root window
+    Gone,    // the server is
+};
+
+class PixelMemory {
+public:
+    enum class Sharing { Never, WhenPossible };
+
+    // `bytes` zeroes, their pages already in place. Throws std::bad_alloc. `connection` outlives
+    // this object.
+    PixelMemory(Connection &connection, std::size_t bytes, Sharing sharing);
+    ~PixelMemory();
+    PixelMemory(const PixelMemory &) = delete;
+    PixelMemory &operator=(const PixelMemory &) = delete;
+
+    std::uint8_t *data() const { return static_cast<std::uint8_t *>(base); }
+    std::size_t size() const { return bytes; }
+    bool isShared() const { return segment != 0; }
+
+    // Reads `area` of the root window, row after row as `format` lays them out, to `offset`.
+    ReadOutcome read(const Rect &area, const PixelFormat &format, std::size_t offset);
+
+private:
+    void share();
+    void unshare();
+    ReadOutcome readShared(const Rect &area, std::size_t offset, bool &usable);
+    ReadOutcome readOverConnection(const Rect &area, const PixelFormat &format, std::size_t offset);
+
+    Connection &connection;
+    std::size_t bytes;
+    Descriptor file;
+    void *base = nullptr;
+    xcb_shm_seg_t segment = 0;
+};
+
+} // namespace x11

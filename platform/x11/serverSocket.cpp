@@ -1,0 +1,138 @@
+#include "platform/x11/serverSocket.h"
+
+#include <X11/X.h>
+#include <X11/Xauth.h>
+#include <algorithm>
+#include <arpa/inet.h>
+#include <cerrno>
+#include <cstddef>
+#include <cstdlib>
+#include <cstring>
+#include <limits.h>
+#include <memory>
+#include <netdb.h>
+#include <netinet/in.h>
+#include <netinet/tcp.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <sys/un.h>
+#include <unistd.h>
+#include <xcb/xcb.h>
+
+namespace x11 {
+
+namespace {
+
+bool connectUntil(int fd, const sockaddr *address, socklen_t length, Clock::time_point deadline) {
+    if (connect(fd, address, length) == 0)
+        return true;
+    if (errno != EINPROGRESS)
+        return false;
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
+    pollfd waiting{fd, POLLOUT, 0};
+    if (poll(&waiting, 1, static_cast<int>(std::max<long long>(0, left.count()))) <= 0)
+        return false;
+    int error = 0;
+    socklen_t errorLength = sizeof error;
+    return getsockopt(fd, SOL_SOCKET, SO_ERROR, &error, &errorLength) == 0 && error == 0;
+}
+
+Descriptor openLocal(int display) {
+    const std::string path = "/tmp/.X11-unix/X" + std::to_string(display);
+    // The same name exists in the file system and, with many servers, without a file as well.
+    for (const std::string &name : {path, std::string(1, '\0') + path}) {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        std::memcpy(address.sun_path, name.data(), name.size());
+        const bool isFile = name[0] != '\0';
+        const auto length = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + name.size() +
+                                                   (isFile ? 1 : 0));
+        Descriptor descriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+        if (descriptor.valid() &&
+            connect(descriptor.get(), reinterpret_cast<const sockaddr *>(&address), length) == 0)
+            return descriptor;
+    }
+    return Descriptor();
+}
+
+Descriptor openRemote(const std::string &host, int display, Clock::time_point deadline) {
+    addrinfo hints{};
+    hints.ai_socktype = SOCK_STREAM;
+    hints.ai_flags = AI_NUMERICSERV;
+    addrinfo *list = nullptr;
+    if (getaddrinfo(host.c_str(), std::to_string(6000 + display).c_str(), &hints, &list) != 0)
+        return Descriptor();
+    const std::unique_ptr<addrinfo, decltype(&freeaddrinfo)> owner(list, freeaddrinfo);
+    for (const addrinfo *entry = list; entry != nullptr; entry = entry->ai_next) {
+        Descriptor descriptor(
+            socket(entry->ai_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+        if (!descriptor.valid() ||
+            !connectUntil(descriptor.get(), entry->ai_addr, entry->ai_addrlen, deadline))
+            continue;
+        const int on = 1;
+        setsockopt(descriptor.get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+        return descriptor;
+    }
+    return Descriptor();
+}
+
+// Finds the cookie for this server in the user's authority file. Servers on this machine are
+// entered there under its host name, whichever way they are reached.
+void findAuthorisation(ServerSocket &server, int display) {
+    unsigned short family = FamilyLocal;
+    std::string address;
+    sockaddr_storage peer{};
+    socklen_t peerLength = sizeof peer;
+    getpeername(server.descriptor.get(), reinterpret_cast<sockaddr *>(&peer), &peerLength);
+    if (peer.ss_family == AF_INET) {
+        const auto &in = reinterpret_cast<const sockaddr_in &>(peer).sin_addr;
+        if (ntohl(in.s_addr) != INADDR_LOOPBACK) {
+            family = FamilyInternet;
+            address.assign(reinterpret_cast<const char *>(&in), sizeof in);
+        }
+    } else if (peer.ss_family == AF_INET6) {
+        const auto &in6 = reinterpret_cast<const sockaddr_in6 &>(peer).sin6_addr;
+        if (IN6_IS_ADDR_LOOPBACK(&in6) == 0) {
+            family = FamilyInternet6;
+            address.assign(reinterpret_cast<const char *>(&in6), sizeof in6);
+        }
+    }
+    if (family == FamilyLocal) {
+        char name[HOST_NAME_MAX + 1] = {};
+        gethostname(name, HOST_NAME_MAX);
+        address = name;
+    }
+
+    const std::string number = std::to_string(display);
+    char cookieName[] = "MIT-MAGIC-COOKIE-1";
+    char *names[] = {cookieName};
+    const int nameLengths[] = {static_cast<int>(std::strlen(cookieName))};
+    Xauth *found = XauGetBestAuthByAddr(family, static_cast<unsigned short>(address.size()),
+                                        address.data(), static_cast<unsigned short>(number.size()),
+                                        number.data(), 1, names, nameLengths);
+    if (found == nullptr)
+        return;
+    server.authorisationName.assign(found->name, found->name_length);
+    server.authorisationData.assign(found->data, found->data_length);
+    XauDisposeAuth(found);
+}
+
+} // namespace
+
+ServerSocket openServerSocket(Clock::time_point deadline) {
+    ServerSocket server;
+    char *host = nullptr;
+    int display = 0;
+    if (xcb_parse_display(nullptr, &host, &display, &server.screen) == 0)
+        return server;
+    const std::string hostName = host;
+    std::free(host);
+
+    server.local = hostName.empty() || hostName == "unix";
+    server.descriptor = server.local ? openLocal(display) : openRemote(hostName, display, deadline);
+    if (server.descriptor.valid())
+        findAuthorisation(server, display);
+    return server;
+}
+
+} // namespace x11

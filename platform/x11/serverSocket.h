@@ -1,0 +1,24 @@
+// Opens the socket to the X server that DISPLAY names.
+#pragma once
+
+#include "platform/x11/clock.h"
+#include "platform/x11/descriptor.h"
+
+#include <string>
+
+namespace x11 {
+
+struct ServerSocket {
+    Descriptor descriptor; // invalid when there is no server
+    bool local = false;    // descriptors can be passed over it
+    int screen = 0;        // the number of the screen wanted
+    // What the server asks of a client that wants in; both empty when it asks for nothing.
+    std::string authorisationName;
+    std::string authorisationData;
+};
+
+// Any thread. Local servers are reached over their Unix socket, others over TCP (where looking the
+// host's name up has the resolver's own time limit).
+ServerSocket openServerSocket(Clock::time_point deadline);
+
+} // namespace x11

@@ -1,0 +1,60 @@
+// One run of a display stream, from its start to its stop: the capture thread, and the calls of
+// the handler on the queue.
+//
+// The threads share the run, so that nothing is freed that one of them may still touch, even when
+// a stop had to give up on it.
+#pragma once
+
+#include "platform/x11/capture.h"
+#include "platform/x11/ioSurface.h"
+#include "platform/x11/monotonicCondition.h"
+
+#include <CoreGraphics/CoreGraphics.h>
+#include <memory>
+#include <mutex>
+#include <thread>
+
+namespace x11 {
+
+class StreamRun : public std::enable_shared_from_this<StreamRun> {
+public:
+    // Null when the display cannot be captured now. Host's thread, under a SigpipeGuard; bounded in
+    // time. Throws std::bad_alloc and std::system_error. The handler is retained.
+    static std::shared_ptr<StreamRun> start(const CaptureSettings &settings, dispatch_queue_t queue,
+                                            CGDisplayStreamFrameAvailableHandler handler);
+    ~StreamRun();
+    StreamRun(const StreamRun &) = delete;
+    StreamRun &operator=(const StreamRun &) = delete;
+
+    // Once, on any thread. Ends the capture, has the handler called with the stopped status as its
+    // last call, and returns when that call has, and all threads of the run have ended. False when
+    // one of them did not end in time: it is left alone, and the handler is not called again after
+    // the call that it hangs in. On the queue itself the stopped call comes after the return.
+    bool stop();
+
+private:
+    explicit StreamRun(dispatch_queue_t queue, CGDisplayStreamFrameAvailableHandler handler);
+
+    void captureThread();
+    bool endCapture();
+    void tell(CaptureNews news);
+    void callHandler(CGDisplayStreamFrameStatus status, Clock::time_point time,
+                     IOSurfaceRef surfaceOrNull);
+    static void onFrame(void *run);
+    static void onBlank(void *run);
+    static void onStopped(void *run);
+
+    const dispatch_queue_t queue;
+    const CGDisplayStreamFrameAvailableHandler handler;
+    FrameGate gate;
+    std::unique_ptr<Capture> capture;
+    __IOSurface surface;
+    std::atomic<bool> silent = false; // the handler is not called any more
+
+    std::thread thread; // starting and stopping thread
+    std::mutex mutex;
+    MonotonicCondition changed;
+    bool captureEnded = false; // under the mutex
+};
+
+} // namespace x11
