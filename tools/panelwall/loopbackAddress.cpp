@@ -1,5 +1,7 @@
 #include "tools/panelwall/loopbackAddress.h"
 
+#include "tools/config/quote.h"
+
 #include <arpa/inet.h>
 #include <cstring>
 #include <map>
@@ -48,11 +50,8 @@ static bool isLoopback(const Endpoint &endpoint) {
 
 std::string nameDevice(const config::Document &document, std::size_t index) {
     const config::DeviceEntry &device = document.devices[index];
-    std::string ip;
-    for (const unsigned char c : device.ip)
-        if (c > 0x20 && c < 0x7f && ip.size() < 60)
-            ip += static_cast<char>(c);
-    return "device " + std::to_string(index) + " at " + (ip.empty() ? "\"\"" : ip) + ", UDP port " +
+    return "device " + std::to_string(index) + " at " +
+           config::quote(device.ip.data(), device.ip.size()) + ", UDP port " +
            std::to_string(device.port());
 }
 

@@ -20,8 +20,7 @@ struct Endpoint {
 std::vector<Endpoint> findEndpoints(const config::Document &document,
                                     std::vector<config::Problem> &problems);
 
-// "device 2 at 127.0.0.4, UDP port 60222": how messages name a device. Characters that a terminal
-// would act upon are left out.
+// How messages name a device: its number, its address as quoted text, and its UDP port.
 std::string nameDevice(const config::Document &document, std::size_t index);
 
 } // namespace panelwall

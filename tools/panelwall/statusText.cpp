@@ -74,7 +74,8 @@ static std::string adviseOnMode(std::int32_t mode) {
                " mode that is right while the screen's dominant colour holds still: change what "
                "the screen shows.";
     case 3:
-        return "Palette mode sends something every few seconds as long as mirroring runs.";
+        return "Palette mode sends something at least every second and a half as long as mirroring "
+               "runs.";
     default:
         return "Mode " + std::to_string(mode) +
                " is none of 0 (match), 1 (melt), 2 (fade), 3 (palette): mirroring ends at once.";

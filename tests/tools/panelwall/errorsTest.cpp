@@ -60,11 +60,12 @@ TEST(PanelwallErrors, Addresses) {
         "wall.json",
         documentText({deviceText("127.0.41.22", 1, {}), deviceText("192.168.1.9", 1, {}),
                       deviceText("lamp", 2, {}), deviceText("127.0.41.22", 1, {})}));
-    expectFailure({config}, 5,
-                  {"/devices/1/ip: device 1 at 192.168.1.9, UDP port 60221: not a loopback address",
-                   "/devices/2/ip: device 2 at lamp, UDP port 60222: the address does not parse",
-                   "/devices/3/ip: device 3 at 127.0.41.22, UDP port 60221: device 0 has the same "
-                   "address and port"});
+    expectFailure(
+        {config}, 5,
+        {"/devices/1/ip: device 1 at \"192.168.1.9\", UDP port 60221: not a loopback address",
+         "/devices/2/ip: device 2 at \"lamp\", UDP port 60222: the address does not parse",
+         "/devices/3/ip: device 3 at \"127.0.41.22\", UDP port 60221: device 0 has the same "
+         "address and port"});
 }
 
 TEST(PanelwallErrors, PortInUse) {
@@ -73,5 +74,5 @@ TEST(PanelwallErrors, PortInUse) {
     const auto config = folder.write("wall.json", documentText({deviceText("127.0.41.23", 1, {}),
                                                                 deviceText("127.0.41.23", 2, {})}));
     expectFailure({config}, 6,
-                  {"/devices/1: device 1 at 127.0.41.23, UDP port 60222: the port is in use"});
+                  {"/devices/1: device 1 at \"127.0.41.23\", UDP port 60222: the port is in use"});
 }

@@ -12,7 +12,7 @@ TEST(PanelwallIpv6, HearsBothPorts) {
         folder.write("wall.json", documentText({deviceText("::1", 1, {{3, 100, 100}}),
                                                 deviceText("::1", 2, {{258, 300, 100}})}));
     Child wall({PANELWALL_PROGRAM, config});
-    ASSERT_TRUE(wall.waitFor("listening: device 1 at ::1, UDP port 60222")) << wall.errors;
+    ASSERT_TRUE(wall.waitFor("listening: device 1 at \"::1\", UDP port 60222")) << wall.errors;
     sendTo("::1", 60221, {1, 3, 1, 10, 20, 30, 0, 5});
     sendTo("::1", 60222, {0, 1, 1, 2, 9, 8, 7, 0, 0, 5});
     EXPECT_TRUE(wall.waitFor("device 0  [::1]:60221  1/1 lit"));

@@ -29,8 +29,9 @@ TEST(PanelwallLoopbackAddress, RefusesEverythingElse) {
         const auto problems = problemsOf({"127.0.0.1", ip});
         ASSERT_EQ(problems.size(), 1u) << ip;
         EXPECT_EQ(problems[0].pointer, "/devices/1/ip");
-        EXPECT_NE(problems[0].message.find(std::string("device 1 at ") + ip + ", UDP port 60222"),
-                  std::string::npos)
+        EXPECT_NE(
+            problems[0].message.find(std::string("device 1 at \"") + ip + "\", UDP port 60222"),
+            std::string::npos)
             << problems[0].message;
         EXPECT_NE(problems[0].message.find("not a loopback address"), std::string::npos);
     }

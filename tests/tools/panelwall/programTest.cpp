@@ -18,8 +18,8 @@ TEST(PanelwallProgram, CountsAndColoursWhatArrives) {
         "wall.json", documentText({deviceText("127.0.41.1", 1, {{3, 100, 100}, {300, 300, 100}}),
                                    deviceText("127.0.41.2", 2, {{258, 500, 100}})}));
     Child wall(panelwall({config}));
-    ASSERT_TRUE(wall.waitFor("listening: device 0 at 127.0.41.1, UDP port 60221, 2 panels\n"));
-    ASSERT_TRUE(wall.waitFor("listening: device 1 at 127.0.41.2, UDP port 60222, 1 panels\n"));
+    ASSERT_TRUE(wall.waitFor("listening: device 0 at \"127.0.41.1\", UDP port 60221, 2 panels\n"));
+    ASSERT_TRUE(wall.waitFor("listening: device 1 at \"127.0.41.2\", UDP port 60222, 1 panels\n"));
     sendTo("127.0.41.1", 60221, {2, 3, 1, 10, 20, 30, 0, 5, 44, 1, 1, 2, 3, 0, 6});
     sendTo("127.0.41.2", 60222, {0, 1, 1, 2, 9, 8, 7, 0, 0, 5});
     sendTo("127.0.41.2", 60222, {0, 1, 1, 2, 9, 8, 7, 4, 0, 5});
@@ -36,8 +36,8 @@ TEST(PanelwallProgram, MalformedDatagramsAreNamedWithTheirReason) {
     const Folder folder;
     const auto config =
         folder.write("wall.json", documentText({deviceText("127.0.41.3", 1, {{3, 100, 100}})}));
-    Child wall(panelwall({config}));
-    ASSERT_TRUE(wall.waitFor("listening:"));
+    Child wall(panelwall({config}), Child::Output::terminal, 120, 30);
+    ASSERT_TRUE(wall.waitFor("0/1 lit"));
     const std::pair<std::vector<std::uint8_t>, std::string> cases[] = {
         {{}, "0 bytes, too short for the panel count"},
         {{1, 3, 1}, "3 bytes, but a panel count of 1 needs 8"},
@@ -54,9 +54,9 @@ TEST(PanelwallProgram, MalformedDatagramsAreNamedWithTheirReason) {
         sendTo("127.0.41.3", 60221, bytes);
         ++count;
         EXPECT_TRUE(wall.waitFor("0/1 lit"));
-        EXPECT_TRUE(wall.waitFor("malformed " + std::to_string(count) + "  total " +
-                                 std::to_string(count) + "  last malformed: " + reason + "\n"))
-            << reason;
+        const std::string number = std::to_string(count);
+        EXPECT_TRUE(wall.waitFor("malformed " + number + "  total " + number)) << reason;
+        EXPECT_TRUE(wall.waitFor("last malformed: " + reason)) << reason;
     }
     wall.signal(SIGTERM);
     EXPECT_EQ(wall.waitExit(), 0);
@@ -168,5 +168,5 @@ TEST(PanelwallProgram, ReadsTheConfigurationFromStandardInput) {
         folder.write("wall.json", documentText({deviceText("127.0.41.9", 2, {{1, 1, 1}})}));
     Child wall({"/bin/sh", "-c", std::string(PANELWALL_PROGRAM) + " - --seconds 0.05 < " + config});
     EXPECT_EQ(wall.waitExit(), 0);
-    EXPECT_NE(wall.out.find("listening: device 0 at 127.0.41.9"), std::string::npos);
+    EXPECT_NE(wall.out.find("listening: device 0 at \"127.0.41.9\""), std::string::npos);
 }
