@@ -42,7 +42,8 @@ std::string documentOf(std::uint32_t displayID, int mode, const std::vector<Ligh
 // The datagram that match mode sends to `light` for `picture`, worked out on its own.
 Datagram matchDatagram(const LightSpec &light, const Picture &picture);
 
-// Waits for `wanted`; every datagram before it must be `earlier`. False with a message otherwise.
+// Waits for `wanted`; every datagram before it must be `earlier`, but for one that was made while
+// the new frame was being copied. False with a message otherwise.
 testing::AssertionResult arrives(LightReceiver &receiver, const Datagram &wanted,
                                  const Datagram &earlier);
 
