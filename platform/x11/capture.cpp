@@ -76,12 +76,10 @@ bool Capture::takeEvents() {
         constexpr int error = 0;
         if (event->response_type == error)
             continue;
-        if (const std::optional<Rect> report = damage->reported(*event)) {
+        if (damage->isReport(*event))
             damaged = true;
-            reportedDamage = *report;
-        } else {
+        else
             layoutStale = true;
-        }
     }
     return !connection->failed();
 }
@@ -123,29 +121,26 @@ std::optional<Clock::time_point> Capture::nextLook() const {
 // Takes the damage off the server. False when there is none that concerns the monitor, and its
 // frame is up to date.
 bool Capture::takeDamage(Rect &where) {
-    const Rect &visible = painter->visibleArea();
-    const bool reportCoversRows =
-        damaged && reportedDamage.y <= visible.y &&
-        reportedDamage.y + reportedDamage.height >= visible.y + visible.height;
-    if (allWanted || (reportCoversRows && !intersect(reportedDamage, visible).empty())) {
+    if (allWanted) {
         damage->forget();
-        where = visible;
         return true;
     }
     where = damage->take();
-    return !intersect(where, visible).empty();
+    return !intersect(where, painter->visibleArea()).empty();
 }
 
 void Capture::look(const std::function<void(CaptureNews)> &news) {
     const Clock::time_point now = Clock::now();
     Rect where;
     const bool changed = takeDamage(where);
+    const bool inVain = damaged && !changed;
     damaged = false;
     afterthought.reset();
-    if (!changed) {
+    // Drawing on other monitors keeps nobody busier than drawing on this one.
+    if (inVain)
         notBefore = now + settings.minimumFrameTime;
+    if (!changed)
         return;
-    }
 
     const bool everything = allWanted || now - lastWhole >= refreshPeriod;
     const ReadOutcome outcome = everything ? painter->paintAll() : painter->paint(where);

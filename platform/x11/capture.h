@@ -71,7 +71,6 @@ private:
     bool layoutStale = false; // monitors or root window may have changed
     bool damaged = false;     // something was drawn since the last look
     bool allWanted = true;    // the frame as a whole is not up to date
-    Rect reportedDamage;      // the report that set `damaged`
     Rect monitorArea;         // what the painter is aimed at, and in which root window
     Rect rootArea;
     Clock::time_point notBefore{};                 // the earliest next look

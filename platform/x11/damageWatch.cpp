@@ -19,24 +19,25 @@ bool DamageWatch::isPossible(Connection &connection) {
 DamageWatch::DamageWatch(Connection &connection)
     : connection(connection),
       firstEvent(xcb_get_extension_data(connection.get(), &xcb_damage_id)->first_event),
-      damage(xcb_generate_id(connection.get())), region(xcb_generate_id(connection.get())) {
+      damage(xcb_generate_id(connection.get())), region(xcb_generate_id(connection.get())),
+      extents(xcb_generate_id(connection.get())) {
     xcb_damage_create(connection.get(), damage, connection.root(),
                       XCB_DAMAGE_REPORT_LEVEL_NON_EMPTY);
     xcb_xfixes_create_region(connection.get(), region, 0, nullptr);
+    xcb_xfixes_create_region(connection.get(), extents, 0, nullptr);
 }
 
-std::optional<Rect> DamageWatch::reported(const xcb_generic_event_t &event) const {
-    if ((event.response_type & 0x7f) != firstEvent + XCB_DAMAGE_NOTIFY)
-        return std::nullopt;
-    const auto &notify = reinterpret_cast<const xcb_damage_notify_event_t &>(event);
-    return Rect{notify.area.x, notify.area.y, notify.area.width, notify.area.height};
+bool DamageWatch::isReport(const xcb_generic_event_t &event) const {
+    return (event.response_type & 0x7f) == firstEvent + XCB_DAMAGE_NOTIFY;
 }
 
 Rect DamageWatch::take() {
     xcb_connection_t *xcb = connection.get();
     xcb_damage_subtract(xcb, damage, XCB_NONE, region);
+    // Of a region of thousands of rectangles, only the one around them comes over the wire.
+    xcb_xfixes_region_extents(xcb, region, extents);
     const Reply<xcb_xfixes_fetch_region_reply_t> reply(
-        xcb_xfixes_fetch_region_reply(xcb, xcb_xfixes_fetch_region(xcb, region), nullptr));
+        xcb_xfixes_fetch_region_reply(xcb, xcb_xfixes_fetch_region(xcb, extents), nullptr));
     if (!reply)
         return {};
     return {reply->extents.x, reply->extents.y, reply->extents.width, reply->extents.height};

@@ -3,7 +3,6 @@
 
 #include "platform/x11/connection.h"
 
-#include <optional>
 #include <xcb/damage.h>
 #include <xcb/xfixes.h>
 
@@ -20,9 +19,9 @@ public:
     DamageWatch(const DamageWatch &) = delete;
     DamageWatch &operator=(const DamageWatch &) = delete;
 
-    // What an event reports as drawn on, when it is one of ours. After one report the server stays
-    // silent until the damage is taken or forgotten, however much is drawn.
-    std::optional<Rect> reported(const xcb_generic_event_t &event) const;
+    // Whether an event says that something was drawn. It does not say where; and after one report
+    // the server stays silent until the damage is taken or forgotten, however much is drawn.
+    bool isReport(const xcb_generic_event_t &event) const;
 
     // Both are called before the pixels are read: what is drawn later is reported anew. take()
     // returns a rectangle around all that has been drawn on; forget() does not wait for an answer.
@@ -34,6 +33,7 @@ private:
     std::uint8_t firstEvent;
     xcb_damage_damage_t damage;
     xcb_xfixes_region_t region;
+    xcb_xfixes_region_t extents;
 };
 
 } // namespace x11

@@ -1,0 +1,148 @@
+#include "platform/x11/signals.h"
+
+#include "tests/platform/streamProbe.h"
+#include "tests/support/virtualScreen.h"
+
+#include <CoreGraphics/CoreGraphics.h>
+#include <atomic>
+#include <csignal>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+namespace {
+
+std::atomic<int> received = 0;
+
+void count(int) {
+    ++received;
+}
+
+// A pipe that nobody reads any more.
+class BrokenPipe {
+public:
+    BrokenPipe() {
+        int ends[2];
+        if (pipe(ends) == 0) {
+            close(ends[0]);
+            writeEnd = ends[1];
+        }
+    }
+    ~BrokenPipe() { close(writeEnd); }
+    BrokenPipe(const BrokenPipe &) = delete;
+    BrokenPipe &operator=(const BrokenPipe &) = delete;
+
+    void writeTo() const { EXPECT_EQ(write(writeEnd, "x", 1), -1); }
+
+private:
+    int writeEnd = -1;
+};
+
+bool isBlocked(int signal) {
+    sigset_t mask;
+    pthread_sigmask(SIG_BLOCK, nullptr, &mask);
+    return sigismember(&mask, signal) == 1;
+}
+
+class Signals : public testing::Test {
+protected:
+    Signals() {
+        received = 0;
+        before = signal(SIGPIPE, count);
+    }
+    ~Signals() override { signal(SIGPIPE, before); }
+
+    void (*before)(int);
+};
+
+} // namespace
+
+TEST_F(Signals, AGuardSwallowsTheSigpipeOfItsTime) {
+    const BrokenPipe broken;
+    {
+        const x11::SigpipeGuard guard;
+        broken.writeTo();
+    }
+    EXPECT_EQ(received, 0);
+    EXPECT_FALSE(isBlocked(SIGPIPE));
+    // The host's own are still its own.
+    broken.writeTo();
+    EXPECT_EQ(received, 1);
+}
+
+TEST_F(Signals, AGuardLeavesAPendingSigpipeToItsOwner) {
+    const BrokenPipe broken;
+    sigset_t sigpipe;
+    sigemptyset(&sigpipe);
+    sigaddset(&sigpipe, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &sigpipe, nullptr);
+    broken.writeTo();
+    {
+        const x11::SigpipeGuard guard;
+        broken.writeTo();
+    }
+    EXPECT_TRUE(isBlocked(SIGPIPE));
+    EXPECT_EQ(received, 0);
+    pthread_sigmask(SIG_UNBLOCK, &sigpipe, nullptr);
+    EXPECT_EQ(received, 1);
+}
+
+TEST_F(Signals, GuardsNest) {
+    const BrokenPipe broken;
+    {
+        const x11::SigpipeGuard outer;
+        {
+            const x11::SigpipeGuard inner;
+            broken.writeTo();
+        }
+        EXPECT_TRUE(isBlocked(SIGPIPE));
+    }
+    EXPECT_EQ(received, 0);
+}
+
+TEST_F(Signals, OurThreadsTakeNoneButFaults) {
+    bool asynchronous = true;
+    bool faults = false;
+    std::thread thread = x11::startThread([&] {
+        for (const int each : {SIGINT, SIGTERM, SIGPIPE, SIGHUP, SIGUSR1, SIGALRM, SIGCHLD})
+            asynchronous = asynchronous && isBlocked(each);
+        for (const int each : {SIGSEGV, SIGBUS, SIGFPE, SIGABRT, SIGILL, SIGTRAP})
+            faults = faults || isBlocked(each);
+    });
+    thread.join();
+    EXPECT_TRUE(asynchronous);
+    EXPECT_FALSE(faults);
+    EXPECT_FALSE(isBlocked(SIGINT));
+}
+
+TEST_F(Signals, TheHandlersThreadTakesNoneOfTheHosts) {
+    const test::VirtualScreen screen(64, 48);
+    screen.use();
+    test::StreamProbe stream(test::onlyDisplay(), 64, 48);
+    std::atomic<bool> blocked = true;
+    stream.onCall = [&](const test::HandlerCall &) {
+        for (const int each : {SIGINT, SIGTERM, SIGPIPE})
+            if (!isBlocked(each))
+                blocked = false;
+    };
+    ASSERT_EQ(stream.start(), kCGErrorSuccess);
+    ASSERT_TRUE(stream.waitForCalls(1));
+    ASSERT_EQ(stream.stop(), kCGErrorSuccess);
+    EXPECT_TRUE(blocked);
+}
+
+TEST_F(Signals, ADeadServerRaisesNothingInAnyCall) {
+    test::VirtualScreen screen(64, 48);
+    screen.use();
+    const CGDirectDisplayID id = test::onlyDisplay();
+    test::StreamProbe stream(id, 64, 48);
+    ASSERT_EQ(stream.start(), kCGErrorSuccess);
+    screen.kill();
+    std::uint32_t displays = 0;
+    CGGetActiveDisplayList(1, nullptr, &displays);
+    EXPECT_EQ(CGDisplayCreateImage(id), nullptr);
+    EXPECT_EQ(test::StreamProbe(id, 64, 48).get(), nullptr);
+    EXPECT_EQ(stream.stop(), kCGErrorSuccess);
+    EXPECT_NE(stream.start(), kCGErrorSuccess);
+    EXPECT_EQ(received, 0);
+    EXPECT_FALSE(isBlocked(SIGPIPE));
+}

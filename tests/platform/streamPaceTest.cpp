@@ -1,0 +1,87 @@
+// When the handler is called, and what that costs.
+#include "tests/platform/processUsage.h"
+#include "tests/platform/streamProbe.h"
+#include "tests/support/virtualScreen.h"
+
+#include <atomic>
+#include <gtest/gtest.h>
+
+using test::StreamProbe;
+using test::VirtualScreen;
+using namespace std::chrono_literals;
+
+TEST(StreamPace, MinimumFrameTimeIsKeptUnderConstantDrawing) {
+    VirtualScreen screen(320, 200);
+    screen.use();
+    StreamProbe stream(test::onlyDisplay(), 320, 200, 0.03);
+    ASSERT_EQ(stream.start(), kCGErrorSuccess);
+    const auto begin = x11::Clock::now();
+    std::uint32_t colour = 0;
+    while (stream.calls().size() < 40 && x11::Clock::now() < begin + 20s)
+        screen.fill(++colour);
+    const auto calls = stream.calls();
+    const double seconds = std::chrono::duration<double>(x11::Clock::now() - begin).count();
+    ASSERT_GE(calls.size(), 40u);
+    EXPECT_LE(static_cast<double>(calls.size()), seconds / 0.03 + 2);
+    for (std::size_t i = 1; i < calls.size(); ++i)
+        EXPECT_GE(calls[i].displayTime - calls[i - 1].displayTime, 30'000'000u) << i;
+    EXPECT_GT(colour, 200u) << "the screen was not drawn on faster than the stream may go";
+}
+
+TEST(StreamPace, AfterAPauseAFrameGoesOutAtOnce) {
+    VirtualScreen screen(320, 200);
+    screen.use();
+    // Anything that waited for a multiple of this time would show.
+    StreamProbe stream(test::onlyDisplay(), 320, 200, 1.0);
+    ASSERT_EQ(stream.start(), kCGErrorSuccess);
+    ASSERT_TRUE(stream.waitForCalls(1));
+    EXPECT_FALSE(stream.waitForCalls(2, 1100ms));
+    const auto before = x11::Clock::now();
+    screen.fill(0x112233);
+    ASSERT_TRUE(stream.waitForCalls(2));
+    EXPECT_LT(x11::Clock::now() - before, 500ms);
+    EXPECT_EQ(stream.latestFrame().at(1, 1), 0x112233u);
+}
+
+TEST(StreamPace, AStillScreenIsNotTouchedAtAll) {
+    VirtualScreen screen(1920, 1080);
+    screen.use();
+    screen.fill(0x223344);
+    StreamProbe stream(test::onlyDisplay(), 1920, 1080, 0.03);
+    ASSERT_EQ(stream.start(), kCGErrorSuccess);
+    ASSERT_TRUE(stream.waitForCalls(1));
+    // A second after a change the stream looks once more, in vain; the handler hears nothing of it.
+    EXPECT_FALSE(stream.waitForCalls(2, 1500ms));
+
+    const long sleeps = test::sleepsOfOtherThreads();
+    const double processor = test::processorSeconds();
+    EXPECT_FALSE(stream.waitForCalls(2, 3000ms));
+    // Reading the counters is all that the process did.
+    EXPECT_LT(test::processorSeconds() - processor, 0.005);
+    EXPECT_EQ(test::sleepsOfOtherThreads(), sleeps);
+
+    screen.fillRect(1919, 1079, 1, 1, 0x445566);
+    EXPECT_TRUE(stream.waitForPixel(1919, 1079, 0x445566));
+}
+
+TEST(StreamPace, FramesDoNotPileUpBehindASlowHandler) {
+    VirtualScreen screen(64, 48);
+    screen.use();
+    screen.fill(0);
+    std::atomic<bool> drawn = false;
+    StreamProbe stream(test::onlyDisplay(), 64, 48);
+    stream.onCall = [&](const test::HandlerCall &) { drawn.wait(false); };
+    ASSERT_EQ(stream.start(), kCGErrorSuccess);
+    ASSERT_TRUE(stream.waitForCalls(1));
+    std::uint32_t colour = 0;
+    for (int i = 0; i < 300; ++i)
+        screen.fill(++colour);
+    EXPECT_EQ(stream.calls().size(), 1u);
+    // The frame of the hanging handler is left alone meanwhile.
+    drawn = true;
+    drawn.notify_all();
+    ASSERT_TRUE(stream.waitForCalls(2));
+    // Nothing in between: the next frame is already the newest.
+    EXPECT_EQ(stream.latestFrame().at(10, 10), colour);
+    EXPECT_FALSE(stream.waitForCalls(3, 200ms));
+}

@@ -1,0 +1,90 @@
+// A display stream under test, and everything that its handler was told.
+#pragma once
+
+#include "platform/x11/monotonicCondition.h"
+
+#include <CoreGraphics/CoreGraphics.h>
+#include <chrono>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <thread>
+#include <vector>
+
+namespace test {
+
+struct HandlerCall {
+    CGDisplayStreamFrameStatus status;
+    std::uint64_t displayTime;
+    bool hasSurface;
+    std::thread::id thread;
+};
+
+// The pixels of a frame as 0xRRGGBB.
+struct Frame {
+    int width = 0;
+    int height = 0;
+    std::vector<std::uint32_t> pixels;
+
+    std::uint32_t at(int x, int y) const {
+        return pixels[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
+                      static_cast<std::size_t>(x)];
+    }
+};
+
+// Turns BGRA bytes into a frame; the fourth byte of a pixel is left out.
+Frame frameOf(const void *bgra, int width, int height);
+
+// The identifier of the only display; 0 when there is not exactly one.
+CGDirectDisplayID onlyDisplay();
+
+class StreamProbe {
+public:
+    static constexpr std::chrono::milliseconds patience{20000};
+
+    // The stream may turn out null.
+    StreamProbe(CGDirectDisplayID display, int width, int height, double minimumFrameTime = 0);
+    // Stops and releases the stream.
+    ~StreamProbe();
+    StreamProbe(const StreamProbe &) = delete;
+    StreamProbe &operator=(const StreamProbe &) = delete;
+
+    CGDisplayStreamRef get() const { return stream; }
+    CGError start() { return CGDisplayStreamStart(stream); }
+    CGError stop() { return CGDisplayStreamStop(stream); }
+
+    // Runs at the end of each call of the handler, on the queue. Set before the start.
+    std::function<void(const HandlerCall &)> onCall;
+
+    std::vector<HandlerCall> calls() const;
+    std::size_t count(CGDisplayStreamFrameStatus status) const;
+
+    // Each waits until it is so; false when it was not within `limit`.
+    bool waitForCalls(std::size_t number, std::chrono::milliseconds limit = patience);
+    bool waitForCount(CGDisplayStreamFrameStatus status, std::size_t number,
+                      std::chrono::milliseconds limit = patience);
+    // Until the latest frame satisfies `condition`.
+    bool waitForFrame(const std::function<bool(const Frame &)> &condition,
+                      std::chrono::milliseconds limit = patience);
+    bool waitForPixel(int x, int y, std::uint32_t colour);
+
+    Frame latestFrame() const;
+
+private:
+    void handle(CGDisplayStreamFrameStatus status, std::uint64_t displayTime, IOSurfaceRef surface);
+    std::size_t countLocked(CGDisplayStreamFrameStatus status) const;
+
+    const int width;
+    const int height;
+    CGDisplayStreamRef stream = nullptr;
+
+    mutable std::mutex mutex;
+    x11::MonotonicCondition changed;
+    std::vector<HandlerCall> received;
+    Frame latest;
+};
+
+// A picture in which every pixel differs from its neighbours.
+std::vector<std::uint32_t> noise(int width, int height, std::uint32_t seed);
+
+} // namespace test

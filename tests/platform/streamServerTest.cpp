@@ -1,0 +1,173 @@
+// Servers that lack something, go away or hang.
+#include "tests/platform/processUsage.h"
+#include "tests/platform/streamProbe.h"
+#include "tests/support/virtualScreen.h"
+
+#include <csignal>
+#include <gtest/gtest.h>
+
+using test::Frame;
+using test::StreamProbe;
+using test::VirtualScreen;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr auto complete = kCGDisplayStreamFrameStatusFrameComplete;
+constexpr auto stopped = kCGDisplayStreamFrameStatusStopped;
+
+class StreamDepth : public testing::TestWithParam<int> {};
+
+} // namespace
+
+TEST(StreamServer, WithoutSharedMemoryFramesAreTheSame) {
+    VirtualScreen screen(1365, 767, 24, {"-extension", "MIT-SHM"});
+    screen.use();
+    auto picture = test::noise(1365, 767, 21);
+    screen.putPixels(0, 0, 1365, 767, picture.data());
+    StreamProbe stream(test::onlyDisplay(), 1365, 767, 0.01);
+    ASSERT_EQ(stream.start(), kCGErrorSuccess);
+    ASSERT_TRUE(stream.waitForCalls(1));
+    EXPECT_EQ(stream.latestFrame().pixels, picture);
+    screen.fillRect(1300, 700, 30, 30, 0x5566aa);
+    for (int y = 700; y < 730; ++y)
+        for (int x = 1300; x < 1330; ++x)
+            picture[static_cast<std::size_t>(y * 1365 + x)] = 0x5566aa;
+    EXPECT_TRUE(stream.waitForFrame([&](const Frame &frame) { return frame.pixels == picture; }));
+    EXPECT_EQ(stream.stop(), kCGErrorSuccess);
+}
+
+TEST_P(StreamDepth, ShowsTheRightColours) {
+    VirtualScreen screen(61, 40, GetParam());
+    screen.use();
+    StreamProbe stream(test::onlyDisplay(), 61, 40);
+    ASSERT_EQ(stream.start(), kCGErrorSuccess);
+    for (const std::uint32_t colour :
+         {0xff0000u, 0x00ff00u, 0x0000ffu, 0xffffffu, 0x000000u, 0x84c642u, 0x104a8cu}) {
+        screen.fillRect(0, 13, 61, 20, colour);
+        EXPECT_TRUE(stream.waitForFrame([&](const Frame &frame) {
+            for (const int shift : {0, 8, 16}) {
+                const int difference = static_cast<int>(frame.at(60, 20) >> shift & 0xff) -
+                                       static_cast<int>(colour >> shift & 0xff);
+                if (difference < -4 || difference > 4)
+                    return false;
+            }
+            return true;
+        })) << std::hex
+            << colour << " became " << stream.latestFrame().at(60, 20);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(StreamServer, StreamDepth, testing::Values(15, 16, 24, 30));
+
+TEST(StreamServer, APaletteScreenIsRefused) {
+    const VirtualScreen screen(64, 48, 8);
+    screen.use();
+    EXPECT_EQ(StreamProbe(test::onlyDisplay(), 64, 48).get(), nullptr);
+}
+
+TEST(StreamServer, GoneInMidRunEndsNothingButTheFrames) {
+    signal(SIGPIPE, SIG_DFL);
+    VirtualScreen screen(320, 200);
+    screen.use();
+    StreamProbe stream(test::onlyDisplay(), 320, 200, 0.03);
+    const std::size_t descriptors = test::openDescriptors();
+    const std::size_t threads = test::threads();
+    ASSERT_EQ(stream.start(), kCGErrorSuccess);
+    ASSERT_TRUE(stream.waitForCount(complete, 1));
+    screen.kill();
+    // The capture thread notices by itself and ends, without spinning.
+    const auto deadline = x11::Clock::now() + 10s;
+    while (test::threads() != threads + 1 && x11::Clock::now() < deadline)
+        std::this_thread::yield();
+    EXPECT_EQ(test::threads(), threads + 1);
+    const double processor = test::processorSeconds();
+    EXPECT_FALSE(stream.waitForCount(complete, 2, 500ms));
+    EXPECT_LT(test::processorSeconds() - processor, 0.02);
+
+    const auto before = x11::Clock::now();
+    EXPECT_EQ(stream.stop(), kCGErrorSuccess);
+    EXPECT_LT(x11::Clock::now() - before, 400ms);
+    EXPECT_EQ(stream.count(stopped), 1u);
+    EXPECT_NE(stream.start(), kCGErrorSuccess);
+    EXPECT_EQ(test::threads(), threads);
+    EXPECT_LT(test::openDescriptors(), descriptors + 1);
+}
+
+TEST(StreamServer, GoneUnderConstantDrawingDoesNotRaiseSigpipe) {
+    signal(SIGPIPE, SIG_DFL);
+    for (int round = 0; round < 10; ++round) {
+        VirtualScreen screen(320, 200);
+        screen.use();
+        StreamProbe stream(test::onlyDisplay(), 320, 200);
+        ASSERT_EQ(stream.start(), kCGErrorSuccess);
+        for (std::uint32_t i = 0; i < 50; ++i)
+            screen.fill(i);
+        screen.kill();
+        EXPECT_EQ(stream.stop(), kCGErrorSuccess);
+        EXPECT_EQ(stream.calls().back().status, stopped);
+    }
+}
+
+TEST(StreamServer, HungInMidRunTheStopIsBounded) {
+    VirtualScreen screen(320, 200);
+    screen.use();
+    StreamProbe stream(test::onlyDisplay(), 320, 200, 0.03);
+    const std::size_t threads = test::threads();
+    ASSERT_EQ(stream.start(), kCGErrorSuccess);
+    ASSERT_TRUE(stream.waitForCount(complete, 1));
+    kill(screen.pid(), SIGSTOP);
+    const auto before = x11::Clock::now();
+    EXPECT_EQ(stream.stop(), kCGErrorSuccess);
+    EXPECT_LT(x11::Clock::now() - before, 3s);
+    EXPECT_EQ(stream.calls().back().status, stopped);
+    EXPECT_EQ(test::threads(), threads);
+
+    const auto beforeStart = x11::Clock::now();
+    EXPECT_NE(stream.start(), kCGErrorSuccess);
+    EXPECT_LT(x11::Clock::now() - beforeStart, 5s);
+    EXPECT_EQ(test::threads(), threads);
+}
+
+TEST(StreamServer, HungWhileAReadIsUnderWayTheStopIsBounded) {
+    for (const std::vector<std::string> &arguments :
+         {std::vector<std::string>{}, {"-extension", "MIT-SHM"}}) {
+        VirtualScreen screen(1920, 1080, 24, arguments);
+        screen.use();
+        StreamProbe stream(test::onlyDisplay(), 1920, 1080);
+        // The screen has changed since the frame that the handler holds; the capture goes for the
+        // next one as soon as it returns, but by then the server hangs.
+        stream.onCall = [&](const test::HandlerCall &call) {
+            if (call.status != complete || stream.count(complete) > 1)
+                return;
+            screen.fill(0xffffff);
+            kill(screen.pid(), SIGSTOP);
+        };
+        ASSERT_EQ(stream.start(), kCGErrorSuccess);
+        ASSERT_TRUE(stream.waitForCount(complete, 1));
+        EXPECT_FALSE(stream.waitForCount(complete, 2, 300ms));
+        const auto before = x11::Clock::now();
+        EXPECT_EQ(stream.stop(), kCGErrorSuccess);
+        EXPECT_LT(x11::Clock::now() - before, 3s);
+        EXPECT_EQ(stream.calls().back().status, stopped);
+    }
+}
+
+TEST(StreamServer, HungForAWhileFramesGoOnAfterwards) {
+    VirtualScreen screen(320, 200);
+    screen.use();
+    StreamProbe stream(test::onlyDisplay(), 320, 200);
+    stream.onCall = [&](const test::HandlerCall &) {
+        if (stream.count(complete) == 1) {
+            screen.fill(0xffffff);
+            kill(screen.pid(), SIGSTOP);
+        }
+    };
+    ASSERT_EQ(stream.start(), kCGErrorSuccess);
+    ASSERT_TRUE(stream.waitForCount(complete, 1));
+    EXPECT_FALSE(stream.waitForCount(complete, 2, 2500ms));
+    kill(screen.pid(), SIGCONT);
+    EXPECT_TRUE(stream.waitForPixel(10, 10, 0xffffff));
+    screen.fill(0x808080);
+    EXPECT_TRUE(stream.waitForPixel(10, 10, 0x808080));
+}

@@ -1,0 +1,116 @@
+// Streams that still run when their code goes away.
+#include "tests/platform/processUsage.h"
+#include "tests/platform/streamProbe.h"
+#include "tests/platform/unloadModule.h"
+#include "tests/support/virtualScreen.h"
+
+#include <cstdlib>
+#include <dlfcn.h>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+
+using test::StreamProbe;
+using test::VirtualScreen;
+
+namespace {
+
+constexpr CGError notTried = -1;
+
+bool isMapped(const std::string &file) {
+    std::ifstream maps("/proc/self/maps");
+    for (std::string line; std::getline(maps, line);)
+        if (line.find(file) != std::string::npos)
+            return true;
+    return false;
+}
+
+// Loads the module, has it stream until a frame came, and unloads it.
+void runAndUnload(const VirtualScreen &screen, CGError *stopResult) {
+    screen.use();
+    void *module = dlopen(UNLOAD_MODULE, RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(module, nullptr) << dlerror();
+    auto *start = reinterpret_cast<StartInModule *>(dlsym(module, "startInModule"));
+    ASSERT_NE(start, nullptr);
+    int frames = 0;
+    ASSERT_EQ(start(test::onlyDisplay(), &frames, stopResult), kCGErrorSuccess);
+    const auto deadline = x11::Clock::now() + std::chrono::seconds(20);
+    while (__atomic_load_n(&frames, __ATOMIC_SEQ_CST) == 0 && x11::Clock::now() < deadline)
+        std::this_thread::yield();
+    ASSERT_EQ(dlclose(module), 0);
+    EXPECT_FALSE(isMapped(UNLOAD_MODULE));
+}
+
+} // namespace
+
+TEST(Unload, AStreamThatNobodyStopsIsStopped) {
+    VirtualScreen screen(64, 48);
+    const std::size_t threads = test::threads();
+    const std::size_t descriptors = test::openDescriptors();
+    for (int round = 0; round < 50; ++round) {
+        runAndUnload(screen, nullptr);
+        ASSERT_EQ(test::threads(), threads);
+        // Whoever still watched the screen would now run code that is gone.
+        screen.fill(static_cast<std::uint32_t>(round));
+    }
+    EXPECT_EQ(test::openDescriptors(), descriptors);
+}
+
+TEST(Unload, DestructorsOfTheLibraryComeFirstAndFindTheStreamRunning) {
+    VirtualScreen screen(64, 48);
+    const std::size_t threads = test::threads();
+    for (int round = 0; round < 50; ++round) {
+        CGError result = notTried;
+        runAndUnload(screen, &result);
+        EXPECT_EQ(result, kCGErrorSuccess);
+        ASSERT_EQ(test::threads(), threads);
+    }
+}
+
+class ExitTest : public testing::Test {
+protected:
+    ExitTest() { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+};
+
+TEST_F(ExitTest, OfTheProcessWhileAStreamRuns) {
+    EXPECT_EXIT(
+        {
+            const VirtualScreen screen(64, 48);
+            screen.use();
+            auto *stream = new StreamProbe(test::onlyDisplay(), 64, 48);
+            if (stream->start() == kCGErrorSuccess && stream->waitForCalls(1))
+                exit(7);
+        },
+        testing::ExitedWithCode(7), "");
+}
+
+TEST_F(ExitTest, CalledByTheHandlerItself) {
+    EXPECT_EXIT(
+        {
+            const VirtualScreen screen(64, 48);
+            screen.use();
+            auto *stream = new StreamProbe(test::onlyDisplay(), 64, 48);
+            stream->onCall = [](const test::HandlerCall &) { exit(8); };
+            if (stream->start() == kCGErrorSuccess)
+                stream->waitForCount(kCGDisplayStreamFrameStatusStopped, 1);
+        },
+        testing::ExitedWithCode(8), "");
+}
+
+TEST_F(ExitTest, OfAForkedChildLeavesTheParentsStreamAlone) {
+    VirtualScreen screen(64, 48);
+    screen.use();
+    StreamProbe stream(test::onlyDisplay(), 64, 48);
+    ASSERT_EQ(stream.start(), kCGErrorSuccess);
+    ASSERT_TRUE(stream.waitForCalls(1));
+    const pid_t child = fork();
+    if (child == 0)
+        exit(0);
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_EQ(status, 0);
+    screen.fill(0xaabbcc);
+    EXPECT_TRUE(stream.waitForPixel(3, 3, 0xaabbcc));
+}
