@@ -1,0 +1,282 @@
+#include "colour/dominantColour.h"
+#include "tests/colour/sampledFrame.h"
+#include "tests/colour/transcription.h"
+
+#include <gtest/gtest.h>
+#include <map>
+#include <numeric>
+
+using test::add;
+using transcription::Dominant;
+using transcription::packed;
+using transcription::Rule;
+
+namespace {
+
+using Words = std::vector<std::uint32_t>;
+
+// Blues of bucket 213 with a saturation of 100.
+constexpr std::uint32_t darkBlue = 0x000016;    // lightness 4, weight 1
+constexpr std::uint32_t brightBlue = 0x0000ff;  // lightness 50, weight 20
+constexpr std::uint32_t dimBlue = 0x00001a;     // lightness 5, weight 1
+constexpr std::uint32_t darkGreen = 0x001600;   // bucket 106, lightness 4, weight 1
+constexpr std::uint32_t brightGreen = 0x00ff00; // weight 20
+constexpr std::uint32_t darkRed = 0x160000;     // bucket 0, lightness 4, weight 1
+constexpr std::uint32_t brightRed = 0xff0000;   // weight 20
+
+// Runs the library and holds it to the transcription. Gives what the transcription says.
+Dominant check(const Words &words) {
+    const test::SampledFrame sampled(words);
+    const Dominant wanted = transcription::dominantOf(words);
+    testing::internal::CaptureStdout();
+    const RGB got = dominantColour(sampled.frame(), sampled.table(), sampled.count());
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              wanted.rule == Rule::average ? "Resorting to averaging\n" : "");
+    EXPECT_EQ(packed(got), packed(wanted.colour));
+    EXPECT_EQ(got.spare, 0.0);
+    return wanted;
+}
+
+// Fills up with dark pixels of many hues, none of which reaches a weight of `limit`, up to the
+// whole table. The buckets of pure red, green and blue are left alone.
+void fillUp(Words &words, int limit = 300) {
+    std::map<int, std::uint32_t> hues;
+    for (std::uint32_t high = 1; high < 13; ++high)
+        for (std::uint32_t low = 1; low < high; ++low)
+            for (const std::uint32_t word :
+                 {high << 16 | low << 8, high << 8 | low, high << 16 | low}) {
+                const HSL hsl = transcription::hslOf(transcription::unpacked(word));
+                hues.emplace(static_cast<int>(static_cast<float>(hsl.h) * 320.0f / 360.0f), word);
+            }
+    for (const int taken : {0, 106, 213})
+        hues.erase(taken);
+    for (const auto &[bucket, word] : hues)
+        add(words, std::min(limit, test::wholeTable - static_cast<int>(words.size())), word);
+    ASSERT_EQ(words.size(), static_cast<std::size_t>(test::wholeTable));
+}
+
+TEST(Dominant, BlackIsBlackWithoutAveraging) {
+    const Words words(test::wholeTable, 0);
+    EXPECT_EQ(check(words).rule, Rule::heavy);
+    EXPECT_EQ(packed(check(words).colour), 0u);
+}
+
+TEST(Dominant, ColourOutweighsBlack) {
+    Words words;
+    add(words, 400, brightBlue);
+    add(words, 6000, 0);
+    const Dominant blue = check(words);
+    EXPECT_EQ(packed(blue.colour), 0x0001ffu); // the hue of its bucket, not its own
+    EXPECT_EQ(blue.leaders[0].weight, 8000);
+    EXPECT_EQ(blue.chosen.h, 213);
+}
+
+TEST(Dominant, OneColourEverywhere) {
+    for (std::uint32_t word = 0; word < 0x1000000; word += 49999)
+        check(Words(test::wholeTable, word));
+}
+
+TEST(Dominant, TheLastSampleIsLeftOut) {
+    Words words;
+    add(words, 320, brightBlue); // 6400
+    add(words, 6079, 0);         // 6079
+    add(words, 1, 0);
+    EXPECT_EQ(packed(check(words).colour), 0x0001ffu);
+    // One weight decides, and it would come from the last sample.
+    words.clear();
+    add(words, 100, brightBlue);
+    add(words, 100, brightRed);
+    fillUp(words);
+    words.back() = brightRed;
+    EXPECT_EQ(check(words).leaders[0].bucket, 213);
+    std::swap(words[3000], words.back());
+    EXPECT_EQ(check(words).leaders[0].bucket, 0);
+}
+
+// 4479 is not overwhelming yet, 4480 is.
+TEST(Dominant, DarknessIsForgivenFromAWeightOf4480) {
+    for (const int weight : {4478, 4479, 4480, 4481}) {
+        Words words;
+        add(words, weight, darkBlue);
+        add(words, 40, brightGreen);
+        fillUp(words);
+        const Dominant dominant = check(words);
+        EXPECT_EQ(dominant.leaders[0].weight, weight);
+        EXPECT_EQ(dominant.rule, weight > 4479 ? Rule::heavy : Rule::second) << weight;
+    }
+}
+
+TEST(Dominant, ALightnessOfFiveIsBrightEnough) {
+    Words words;
+    add(words, 3000, dimBlue);
+    add(words, 40, brightGreen);
+    fillUp(words);
+    EXPECT_EQ(check(words).rule, Rule::bright);
+    words[17] = darkBlue; // the average falls to four and a fraction
+    EXPECT_EQ(check(words).rule, Rule::second);
+}
+
+// A substitute needs a weight of 320: sixteen pixels of 20.
+TEST(Dominant, ASubstituteWeighsAtLeast320) {
+    for (const std::uint32_t last : {0xff0000u, 0x9c3030u, 0x500000u}) {
+        Words words;
+        add(words, 2000, darkBlue);
+        add(words, 15, brightRed);
+        words.push_back(last);
+        fillUp(words);
+        const Dominant dominant = check(words);
+        const int weight =
+            300 + transcription::weightOf(transcription::hslOf(transcription::unpacked(last)));
+        EXPECT_EQ(dominant.leaders[1].weight, weight);
+        EXPECT_EQ(dominant.rule, weight >= 320 ? Rule::second : Rule::average) << weight;
+    }
+    // The fillers stay below 320 as well, by one.
+    Words words;
+    add(words, 2000, darkBlue);
+    fillUp(words, 319);
+    EXPECT_EQ(check(words).leaders[1].weight, 319);
+    EXPECT_EQ(check(words).rule, Rule::average);
+    // And at 320 a dark one is no substitute, but ends the averaging.
+    words.clear();
+    add(words, 2000, darkBlue);
+    fillUp(words, 320);
+    EXPECT_EQ(check(words).leaders[1].weight, 320);
+    EXPECT_EQ(check(words).rule, Rule::darkSubstitute);
+}
+
+TEST(Dominant, AveragesWhenNothingWeighsEnough) {
+    Words words;
+    add(words, 1000, 0);
+    add(words, 14, brightGreen);
+    fillUp(words);
+    EXPECT_EQ(check(words).rule, Rule::average);
+    // The last sample counts there.
+    const std::uint32_t without = packed(check(words).colour);
+    words.back() = 0xffffff;
+    EXPECT_EQ(check(words).rule, Rule::average);
+    EXPECT_NE(packed(check(words).colour), without);
+}
+
+TEST(Dominant, ADarkSubstituteEndsTheSearch) {
+    Words words;
+    add(words, 3000, darkBlue);
+    add(words, 1000, darkGreen);
+    add(words, 45, brightRed); // 900: qualifies, but in the third slot
+    fillUp(words);
+    const Dominant dominant = check(words);
+    EXPECT_EQ(dominant.leaders[1].bucket, 106);
+    EXPECT_EQ(dominant.leaders[2].bucket, 0);
+    EXPECT_EQ(dominant.leaders[2].weight, 900);
+    EXPECT_EQ(dominant.rule, Rule::darkSubstitute);
+    EXPECT_EQ(dominant.chosen.h, 213);
+}
+
+TEST(Dominant, TheSubstitutesLightnessBorder) {
+    for (const std::uint32_t second : {0x001600u, 0x001a00u}) {
+        Words words;
+        add(words, 3000, darkBlue);
+        add(words, 1000, second);
+        fillUp(words);
+        EXPECT_EQ(check(words).rule, second == 0x1a00 ? Rule::second : Rule::darkSubstitute);
+    }
+}
+
+// The one that was overtaken is not moved down: slot 1 keeps what its bucket once weighed, even
+// when that bucket has become the heaviest, and the averages are taken over that old weight.
+TEST(Dominant, ALeaderMayBeItsOwnSubstitute) {
+    Words words;
+    add(words, 400, darkBlue);
+    add(words, 3000, darkGreen);
+    fillUp(words);
+    const Dominant dominant = check(words);
+    EXPECT_EQ(dominant.leaders[0].bucket, 106);
+    EXPECT_EQ(dominant.leaders[1].bucket, 106);
+    EXPECT_EQ(dominant.leaders[1].weight, 400);
+    EXPECT_EQ(dominant.rule, Rule::second);
+    EXPECT_EQ(dominant.chosen.s, 100 * 3000 / 400); // far beyond 100
+    EXPECT_EQ(dominant.chosen.l, 4 * 3000 / 400);
+}
+
+TEST(Dominant, AnOvertakenLeaderIsForgotten) {
+    Words words;
+    add(words, 100, brightRed); // 2000
+    add(words, 150, darkRed);   // drags the average down a little
+    add(words, 3000, darkBlue); // slot 1 up to 2150, then slot 0
+    fillUp(words);
+    const Dominant dominant = check(words);
+    EXPECT_EQ(dominant.leaders[0].bucket, 213);
+    EXPECT_EQ(dominant.leaders[1].bucket, 213); // red was never moved down
+    EXPECT_EQ(dominant.rule, Rule::second);
+}
+
+TEST(Dominant, OfEqualsTheFirstToGetThere) {
+    for (const bool redFirst : {true, false}) {
+        Words words;
+        add(words, 50, brightGreen);
+        add(words, 100, redFirst ? brightRed : brightBlue);
+        add(words, 100, redFirst ? brightBlue : brightRed);
+        fillUp(words);
+        EXPECT_EQ(check(words).leaders[0].bucket, redFirst ? 0 : 213);
+        // Taking turns, the first one gets there first each time.
+        for (std::size_t i = 0; i < 200; ++i)
+            words[50 + i] = (i % 2 == 0) == redFirst ? brightRed : brightBlue;
+        EXPECT_EQ(check(words).leaders[0].bucket, redFirst ? 0 : 213);
+    }
+}
+
+// Slot 0 ends with the greatest total, whatever the order.
+TEST(Dominant, TheHeaviestLeadsInAnyOrder) {
+    std::mt19937 random(4);
+    Words words;
+    add(words, 41, brightRed);
+    add(words, 40, brightGreen);
+    add(words, 39, brightBlue);
+    fillUp(words);
+    for (int round = 0; round < 50; ++round) {
+        std::shuffle(words.begin(), words.end() - 1, random);
+        EXPECT_EQ(check(words).leaders[0].bucket, 0);
+    }
+}
+
+// Few colours in runs, most of them dark: the frames in which leaders change places.
+TEST(Dominant, RandomFrames) {
+    std::mt19937 random(20);
+    std::map<Rule, int> seen;
+    for (int round = 0; round < 500; ++round) {
+        const bool darkAndMany = round % 5 == 0;
+        Words colours(1 + random() % (darkAndMany ? 200 : round % 3 == 0 ? 40 : 6));
+        for (std::uint32_t &colour : colours) {
+            const auto kind = darkAndMany ? 8 : static_cast<std::uint32_t>(random() % 8);
+            const std::uint32_t word = static_cast<std::uint32_t>(random());
+            colour = kind == 0 ? word & 0xffffff : kind < 3 ? word & 0x1f1f1f : word & 0x0f0f0f;
+        }
+        Words words;
+        const unsigned longest = darkAndMany || round % 2 == 0 ? 1 : 1500;
+        while (words.size() < test::wholeTable)
+            add(words,
+                std::min<int>(1 + static_cast<int>(random() % longest),
+                              test::wholeTable - static_cast<int>(words.size())),
+                colours[random() % colours.size()]);
+        ++seen[check(words).rule];
+        ASSERT_FALSE(testing::Test::HasFailure()) << round;
+    }
+    for (const Rule rule :
+         {Rule::heavy, Rule::bright, Rule::second, Rule::darkSubstitute, Rule::average})
+        EXPECT_GT(seen[rule], 5) << static_cast<int>(rule);
+    // Slot 2 never outweighs slot 1, so it never gets its turn.
+    EXPECT_EQ(seen[Rule::third], 0);
+}
+
+TEST(Dominant, Noise) {
+    std::mt19937 random(21);
+    for (int round = 0; round < 60; ++round) {
+        const std::uint32_t mask = round % 4 == 0 ? 0xffffff : static_cast<std::uint32_t>(random());
+        Words words(test::wholeTable);
+        for (std::uint32_t &word : words)
+            word = static_cast<std::uint32_t>(random()) & mask & 0xffffff;
+        check(words);
+        ASSERT_FALSE(testing::Test::HasFailure()) << round;
+    }
+}
+
+} // namespace

@@ -1,0 +1,52 @@
+// A frame and a sample table made from the pixels that the table is to find, in its order.
+#pragma once
+
+#include "colour/frame.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <random>
+#include <vector>
+
+namespace test {
+
+constexpr int wholeTable = 6400;
+
+// The pixels lie scattered over a larger frame of other colours, and their fourth bytes hold
+// anything: neither may matter.
+class SampledFrame {
+public:
+    explicit SampledFrame(const std::vector<std::uint32_t> &words) {
+        std::mt19937 random(12);
+        pixels.resize(words.size() * 2);
+        for (std::uint32_t &pixel : pixels)
+            pixel = static_cast<std::uint32_t>(random());
+        std::vector<std::int32_t> places(pixels.size());
+        for (std::size_t i = 0; i < places.size(); ++i)
+            places[i] = static_cast<std::int32_t>(i);
+        std::shuffle(places.begin(), places.end(), random);
+        places.resize(words.size());
+        samples = places;
+        for (std::size_t i = 0; i < words.size(); ++i) {
+            std::uint32_t &pixel = pixels[static_cast<std::size_t>(samples[i])];
+            pixel = (pixel & 0xff000000u) | (words[i] & 0xffffffu);
+        }
+    }
+
+    Frame frame() const {
+        return {reinterpret_cast<const unsigned char *>(pixels.data()), pixels.size()};
+    }
+    const std::int32_t *table() const { return samples.data(); }
+    int count() const { return static_cast<int>(samples.size()); }
+
+private:
+    std::vector<std::uint32_t> pixels;
+    std::vector<std::int32_t> samples;
+};
+
+// Appends `count` pixels of a colour.
+inline void add(std::vector<std::uint32_t> &words, int count, std::uint32_t colour) {
+    words.insert(words.end(), static_cast<std::size_t>(std::max(count, 0)), colour);
+}
+
+} // namespace test

@@ -1,0 +1,56 @@
+// The rules of the colour analysis once more, as plainly as they can be put, for tests to hold the
+// library against. Nothing here is shared with the library but the two records; where the library
+// is clever, this is slow.
+#pragma once
+
+#include "colour/colour.h"
+
+#include <cstdint>
+#include <vector>
+
+namespace transcription {
+
+float least(float a, float b, float c);
+float greatest(float a, float b, float c);
+HSL hslOf(RGB rgb);
+float channelOf(float p, float q, float t);
+RGB rgbOf(HSL hsl, int scale);
+int weightOf(HSL hsl);
+
+// 0xRRGGBB.
+std::uint32_t packed(RGB rgb);
+RGB unpacked(std::uint32_t word);
+
+// Which rule gave the dominant colour.
+enum class Rule {
+    heavy,          // the heaviest bucket weighs so much that its darkness does not matter
+    bright,         // the heaviest bucket is bright enough
+    second,         // the bucket of slot 1 stands in for a dark one
+    third,          // the bucket of slot 2 does
+    darkSubstitute, // the substitute is dark as well, so the heaviest bucket stays
+    average,        // no bucket will do
+};
+
+struct Leader {
+    int weight = 0;
+    int bucket = -1;
+};
+
+struct Dominant {
+    RGB colour;
+    Rule rule;
+    Leader leaders[3];
+    HSL chosen; // a bucket of 320 as its hue; nothing when averaged
+};
+
+// `words`: the pixels at the sample points, in the order of the sample table.
+Dominant dominantOf(const std::vector<std::uint32_t> &words);
+std::vector<RGB> paletteOf(const std::vector<std::uint32_t> &words, int size);
+
+// The root mean square of all words.
+RGB averageOf(const std::vector<std::uint32_t> &words);
+
+// Whether a mode that sends on changes has to send `now` after `last`.
+bool differs(RGB now, RGB last);
+
+} // namespace transcription
