@@ -1,4 +1,5 @@
 // The frame buffer and the display stream that keeps it current.
+#include "mirror/frameLease.h"
 #include "mirror/screenMirrorMac.h"
 
 #include <cstdio>
@@ -16,8 +17,9 @@ void takeFrame(const MirrorManager &manager, CGDisplayStreamFrameStatus status,
                IOSurfaceRef surface) {
     if (status != kCGDisplayStreamFrameStatusFrameComplete || surface == nullptr)
         return;
+    const FrameLease lease; // a stop need not wait for this queue
     IOSurfaceLock(surface, kIOSurfaceLockReadOnly, nullptr);
-    if (unsigned char *buffer = manager.frameBuffer)
+    if (unsigned char *buffer = __atomic_load_n(&manager.frameBuffer, __ATOMIC_SEQ_CST))
         std::memcpy(buffer, IOSurfaceGetBaseAddress(surface),
                     manager.screenWidth * manager.screenHeight * manager.bytesPerPixel);
     IOSurfaceUnlock(surface, kIOSurfaceLockReadOnly, nullptr);
@@ -50,8 +52,14 @@ void *MirrorManager::initScreen() {
 
 void MirrorManager::deInitScreen() {
     unsigned char *buffer = frameBuffer;
-    frameBuffer = nullptr;
-    delete[] buffer;
+    __atomic_store_n(&frameBuffer, nullptr, __ATOMIC_SEQ_CST);
+    if (FrameLease::awaitNone())
+        delete[] buffer;
+}
+
+Frame MirrorManager::currentFrame() const {
+    return {__atomic_load_n(&frameBuffer, __ATOMIC_SEQ_CST),
+            std::uint64_t{screenWidth} * screenHeight};
 }
 
 int MirrorManager::initDisplayStream() {

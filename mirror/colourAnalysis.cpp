@@ -1,6 +1,7 @@
 // The colour functions over the manager's own frame and sample grid.
 #include "colour/dominantColour.h"
 #include "colour/palette.h"
+#include "mirror/frameLease.h"
 #include "mirror/screenMirrorMac.h"
 
 #include <cstdio>
@@ -47,6 +48,7 @@ int MirrorManager::getPalette(char *buffer) {
         writer.StartArray();
         {
             const std::lock_guard lock(mutex);
+            const FrameLease lease;
             palette = getPaletteFromScreen(paletteSize);
             for (const RGB &colour : palette) {
                 writer.StartObject();

@@ -116,8 +116,9 @@ public:
     // Copies the screen into frameBuffer once, without the stream. The buffer must be there.
     void grabScreen();
 
-    // The frame as the colour functions read it; black when there is no buffer.
-    Frame currentFrame() const { return {frameBuffer, std::uint64_t{screenWidth} * screenHeight}; }
+    // The frame as the colour functions read it; black when there is no buffer. Mirroring thread;
+    // other threads hold a FrameLease (mirror/frameLease.h) while they read.
+    Frame currentFrame() const;
 
     // Rebuilds samplePixels for the current screen size.
     void setScreenSamplePixels();

@@ -1,6 +1,10 @@
+#include "mirror/frameLease.h"
 #include "tests/mirror/manager.h"
 
+#include <atomic>
 #include <cstring>
+#include <future>
+#include <thread>
 
 namespace {
 
@@ -90,6 +94,34 @@ TEST_F(Capture, NoBufferReadsAsBlack) {
     char text[512];
     EXPECT_EQ(mirrorManager.getPalette(text), 0);
     EXPECT_STREQ(text, R"({"palette":[{"R":0,"G":0,"B":0}]})");
+}
+
+// A run may end by itself, and free its buffer, while the host asks for a palette.
+TEST_F(Capture, ABufferThatIsBeingReadIsNotFreed) {
+    mirrorManager.displayID = 1;
+    mirrorManager.initScreen();
+    const unsigned char *buffer = mirrorManager.frameBuffer;
+    {
+        const FrameLease lease;
+        mirrorManager.deInitScreen(); // gives up waiting, and leaves the buffer to its reader
+        EXPECT_EQ(mirrorManager.frameBuffer, nullptr);
+        EXPECT_EQ(buffer[5], 0);
+    }
+    delete[] buffer;
+
+    mirrorManager.initScreen();
+    std::promise<void> reading;
+    std::atomic<bool> done = false;
+    std::thread reader([&] {
+        const FrameLease lease;
+        reading.set_value();
+        EXPECT_EQ(mirrorManager.currentFrame().word(3), 0u);
+        done = true;
+    });
+    reading.get_future().wait();
+    mirrorManager.deInitScreen();
+    EXPECT_TRUE(done);
+    reader.join();
 }
 
 // The grid of a large screen may outlive it.

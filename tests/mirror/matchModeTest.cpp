@@ -107,8 +107,8 @@ TEST_F(MatchMode, ACaptureTakesOneFrameOfEveryDevice) {
     run(2, [&] {
         EXPECT_EQ(mirrorManager.captureCurrentStreamFrames(), 0);
         EXPECT_FALSE(readFlag(mirrorManager.captureRequested));
-        EXPECT_EQ(mirrorManager.streamFrames, (std::vector<std::string>{"1 5 1 0 0 0 0 5", "0 "}));
     });
+    EXPECT_EQ(mirrorManager.streamFrames, (std::vector<std::string>{"1 5 1 0 0 0 0 5", "0 "}));
 }
 
 TEST_F(MatchMode, WithoutDevicesACaptureIsStillConsumed) {

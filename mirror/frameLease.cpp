@@ -1,0 +1,27 @@
+#include "mirror/frameLease.h"
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+namespace {
+constinit std::atomic<int> leases{0};
+}
+
+FrameLease::FrameLease() {
+    ++leases;
+}
+
+FrameLease::~FrameLease() {
+    --leases;
+}
+
+bool FrameLease::awaitNone() {
+    constexpr int patience = 1000; // milliseconds
+    for (int waited = 0; leases != 0; ++waited) {
+        if (waited == patience)
+            return false;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
+}
