@@ -1,0 +1,34 @@
+// What is mirrored in the benchmarks: screen sizes, pictures and configuration documents.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace bench {
+
+struct ScreenSize {
+    const char *name;
+    int width;
+    int height;
+    std::size_t bytes() const {
+        return static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * 4;
+    }
+};
+
+constexpr ScreenSize screenSizes[] = {{"1080p", 1920, 1080}, {"4K", 3840, 2160}};
+
+enum class Content {
+    smooth, // a gradient through hues and lightnesses, as films and desktops mostly are
+    noise,  // every pixel a random colour: nothing that a processor could guess
+};
+
+// The same seed gives the same picture.
+std::vector<std::uint32_t> picture(const ScreenSize &size, Content content, std::uint32_t seed);
+
+// A configuration document: `panelCount` panels evenly over the screen, shared out over
+// `deviceCount` devices at `ip`.
+std::string configuration(std::uint32_t displayID, const ScreenSize &size, int mode, int panelCount,
+                          int deviceCount, const char *ip = "127.0.0.1");
+
+} // namespace bench
