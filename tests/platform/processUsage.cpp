@@ -1,9 +1,13 @@
 #include "tests/platform/processUsage.h"
 
+#include <chrono>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
-#include <unistd.h>
+#include <string>
+#include <thread>
 
 namespace test {
 
@@ -22,6 +26,16 @@ std::size_t linesOf(const char *file) {
     return count;
 }
 
+bool becomes(const std::function<bool()> &condition) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > deadline)
+            return false;
+        std::this_thread::yield();
+    }
+    return true;
+}
+
 } // namespace
 
 std::size_t openDescriptors() {
@@ -29,7 +43,15 @@ std::size_t openDescriptors() {
 }
 
 std::size_t threads() {
-    return entriesOf("/proc/self/task");
+    return threadIds().size();
+}
+
+bool openDescriptorsBecome(std::size_t number) {
+    return becomes([=] { return openDescriptors() == number; });
+}
+
+bool threadsBecome(std::size_t number) {
+    return becomes([=] { return threads() == number; });
 }
 
 std::size_t systemSharedSegments() {
@@ -40,12 +62,22 @@ std::size_t mappings() {
     return linesOf("/proc/self/maps");
 }
 
-long sleepsOfOtherThreads() {
+std::set<int> threadIds() {
+    // Together with the first thread, a sanitizer may start one of its own.
+    [[maybe_unused]] static const bool started = [] {
+        std::thread([] {}).join();
+        return true;
+    }();
+    std::set<int> ids;
+    for (const auto &task : std::filesystem::directory_iterator("/proc/self/task"))
+        ids.insert(std::stoi(task.path().filename()));
+    return ids;
+}
+
+long sleepsOf(const std::set<int> &threads) {
     long sleeps = 0;
-    for (const auto &task : std::filesystem::directory_iterator("/proc/self/task")) {
-        if (task.path().filename() == std::to_string(gettid()))
-            continue;
-        std::ifstream status(task.path() / "status");
+    for (const int thread : threads) {
+        std::ifstream status("/proc/self/task/" + std::to_string(thread) + "/status");
         const std::string wanted = "voluntary_ctxt_switches:";
         for (std::string line; std::getline(status, line);)
             if (line.starts_with(wanted))

@@ -2,8 +2,7 @@
 #pragma once
 
 #include <cstddef>
-#include <ctime>
-#include <string>
+#include <set>
 
 namespace test {
 
@@ -12,8 +11,14 @@ std::size_t threads();
 std::size_t systemSharedSegments();
 std::size_t mappings();
 
-// How often any thread of the process but the caller has gone to sleep so far.
-long sleepsOfOtherThreads();
+// Wait until it is so; false when it was not in time. A thread that has been joined, for one, may
+// still be listed for a moment.
+bool openDescriptorsBecome(std::size_t number);
+bool threadsBecome(std::size_t number);
+
+// The threads of this process, and how often these have gone to sleep so far.
+std::set<int> threadIds();
+long sleepsOf(const std::set<int> &threads);
 
 // Processor time of the whole process, in seconds.
 double processorSeconds();

@@ -1,31 +1,35 @@
 #include "tests/platform/unloadModule.h"
 
+#include <cstdint>
+
 namespace {
 
 // Like the library's own manager: a static object that stops what runs.
 struct Owner {
     ~Owner() {
-        if (stopResult != nullptr)
-            *stopResult = CGDisplayStreamStop(stream);
+        if (run->stopInDestructor)
+            run->stopResult = CGDisplayStreamStop(run->stream);
     }
 
-    CGDisplayStreamRef stream = nullptr;
-    CGError *stopResult = nullptr;
+    ModuleRun *run = nullptr;
 };
 
 Owner owner;
 
 } // namespace
 
-extern "C" __attribute__((visibility("default"))) CGError
-startInModule(CGDirectDisplayID display, int *frames, CGError *stopResult) {
-    owner.stopResult = stopResult;
-    owner.stream = CGDisplayStreamCreateWithDispatchQueue(
-        display, 64, 48, 0x42475241, nullptr, dispatch_queue_create("module", nullptr),
+extern "C" __attribute__((visibility("default"))) CGError startInModule(CGDirectDisplayID display,
+                                                                        ModuleRun *run) {
+    owner.run = run;
+    run->queue = dispatch_queue_create("module", nullptr);
+    run->stream = CGDisplayStreamCreateWithDispatchQueue(
+        display, 64, 48, 0x42475241, nullptr, run->queue,
         ^(CGDisplayStreamFrameStatus status, std::uint64_t, IOSurfaceRef,
           CGDisplayStreamUpdateRef) {
-          if (status == kCGDisplayStreamFrameStatusFrameComplete)
-              __atomic_add_fetch(frames, 1, __ATOMIC_SEQ_CST);
+          if (status == kCGDisplayStreamFrameStatusFrameComplete) {
+              ++run->frames;
+              run->frames.notify_all();
+          }
         });
-    return CGDisplayStreamStart(owner.stream);
+    return CGDisplayStreamStart(run->stream);
 }

@@ -2,8 +2,18 @@
 #pragma once
 
 #include <CoreGraphics/CoreGraphics.h>
+#include <atomic>
 
-// Starts a stream of the display. `frames` counts the complete frames. When the module is unloaded,
-// a static object's destructor writes the result of its own attempt to stop the stream into
-// `stopResult`, or, when that is null, makes none. Returns the result of the start.
-using StartInModule = CGError(CGDirectDisplayID display, int *frames, CGError *stopResult);
+// One run, kept by the test: the module's own memory goes away with it.
+struct ModuleRun {
+    std::atomic<int> frames = 0; // complete ones so far
+    // Whether a static object of the module stops the stream in its destructor, and with what
+    // result.
+    bool stopInDestructor = false;
+    CGError stopResult = -1;
+    dispatch_queue_t queue = nullptr;
+    CGDisplayStreamRef stream = nullptr;
+};
+
+// Starts a stream of the display; returns the result of the start.
+using StartInModule = CGError(CGDirectDisplayID display, ModuleRun *run);

@@ -5,12 +5,15 @@
 #include <cerrno>
 #include <chrono>
 #include <csignal>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <poll.h>
 #include <stdexcept>
 #include <sys/prctl.h>
+#include <sys/socket.h>
+#include <sys/un.h>
 #include <sys/wait.h>
 #include <unistd.h>
 #include <xcb/xcb.h>
@@ -143,6 +146,21 @@ bool waitForEnd(pid_t child, Clock::time_point deadline) {
     return false;
 }
 
+// A socket that has the name of a server's abstract one, but refuses every connection; -1 when
+// somebody else has the name.
+int keepName(const std::string &path) {
+    sockaddr_un address{};
+    address.sun_family = AF_UNIX;
+    path.copy(address.sun_path + 1, sizeof address.sun_path - 1);
+    const auto length = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + path.size());
+    const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    if (fd >= 0 && bind(fd, reinterpret_cast<const sockaddr *>(&address), length) == 0)
+        return fd;
+    if (fd >= 0)
+        close(fd);
+    return -1;
+}
+
 std::uint32_t channel(std::uint32_t eightBits, std::uint32_t mask) {
     const int bits = std::popcount(mask);
     const std::uint32_t value =
@@ -225,7 +243,10 @@ VirtualScreen::VirtualScreen(int width_, int height_, int depth_,
                       values);
         roundTrip(connection);
     } catch (...) {
+        // No destructor runs for an object that was never finished.
         kill();
+        if (nameKeeper >= 0)
+            close(nameKeeper);
         throw;
     }
 }
@@ -234,14 +255,16 @@ VirtualScreen::~VirtualScreen() {
     if (connection != nullptr)
         xcb_disconnect(connection);
     connection = nullptr;
-    if (server <= 0)
-        return;
-    ::kill(server, SIGCONT);
-    ::kill(server, SIGTERM);
-    if (waitForEnd(server, Clock::now() + std::chrono::seconds(5)))
-        waitpid(server, nullptr, 0);
-    else
-        kill();
+    if (server > 0) {
+        ::kill(server, SIGCONT);
+        ::kill(server, SIGTERM);
+        if (waitForEnd(server, Clock::now() + std::chrono::seconds(5)))
+            waitpid(server, nullptr, 0);
+        else
+            kill();
+    }
+    if (nameKeeper >= 0)
+        close(nameKeeper);
 }
 
 void VirtualScreen::kill() {
@@ -251,16 +274,15 @@ void VirtualScreen::kill() {
     if (server <= 0)
         return;
     ::kill(server, SIGKILL);
-    // The name belongs to this server until it is off the process table, so what a killed server
-    // leaves behind is removed before that: nobody else can have taken the name yet.
-    siginfo_t info{};
-    waitid(P_PID, static_cast<id_t>(server), &info, WEXITED | WNOWAIT);
-    if (!name.empty()) {
-        unlink(("/tmp/.X11-unix/X" + name.substr(1)).c_str());
-        unlink(("/tmp/.X" + name.substr(1) + "-lock").c_str());
-    }
     waitpid(server, nullptr, 0);
     server = -1;
+    if (name.empty())
+        return;
+    const std::string path = "/tmp/.X11-unix/X" + name.substr(1);
+    nameKeeper = keepName(path);
+    // A killed server leaves its file behind.
+    if (nameKeeper >= 0)
+        unlink(path.c_str());
 }
 
 void VirtualScreen::use() const {

@@ -38,12 +38,14 @@ public:
     // unless it exits with 0.
     void run(const std::vector<std::string> &command) const;
 
-    // Ends the server now (SIGKILL) and waits for it.
+    // Ends the server now (SIGKILL) and waits for it. Nobody else's server gets its name before the
+    // destructor, so that a test that goes on using the name meets no server at all.
     void kill();
 
 private:
     std::string name;
     pid_t server = -1;
+    int nameKeeper = -1;
     xcb_connection_t *connection = nullptr;
     std::uint32_t root = 0;
     std::uint32_t brush = 0;
