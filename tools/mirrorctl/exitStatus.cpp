@@ -7,7 +7,7 @@ std::string exitStatusHelp() {
         ExitStatus status;
         const char *meaning;
     } rows[] = {
-        {ExitStatus::done, "done; also after Ctrl-C, which is how a run is meant to end"},
+        {ExitStatus::done, "done; for run also after Ctrl-C, which is how a run is meant to end"},
         {ExitStatus::usage, "the command line is wrong"},
         {ExitStatus::documentFaulty, "the configuration document has faults"},
         {ExitStatus::fileUnreadable, "the configuration file is missing or cannot be read"},
@@ -15,6 +15,8 @@ std::string exitStatusHelp() {
         {ExitStatus::displayMissing, "there is no such display, or none at all"},
         {ExitStatus::failed, "anything else went wrong"},
         {ExitStatus::startFailed, "mirroring could not be started"},
+        {ExitStatus::nothingSent,
+         "there is nothing to show: nothing was sent in time, or Ctrl-C came first"},
         {ExitStatus::captureRefused, "the display may not be captured"},
     };
     std::string text = "Exit status:\n";

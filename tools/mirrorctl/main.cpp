@@ -18,6 +18,8 @@ int main(int argc, char **argv) {
     mirrorctl::Action chosen;
     mirrorctl::addDisplaysCommand(program, chosen);
     mirrorctl::addRunCommand(program, chosen);
+    mirrorctl::addPaletteCommand(program, chosen);
+    mirrorctl::addSnapshotCommand(program, chosen);
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError &error) {

@@ -48,4 +48,14 @@ int StopSignals::wait(std::optional<double> seconds) const {
     return signum == SIGALRM ? 0 : signum;
 }
 
+int StopSignals::take() const {
+    sigset_t come;
+    if (sigpending(&come) != 0)
+        return 0;
+    for (const int signum : {SIGINT, SIGTERM, SIGHUP})
+        if (sigismember(&come, signum) == 1 && sigismember(&awaited, signum) == 1)
+            return wait(std::nullopt);
+    return 0;
+}
+
 } // namespace mirrorctl

@@ -7,9 +7,9 @@
 namespace mirrorctl {
 
 // From its construction on, SIGINT, SIGTERM and SIGHUP are held back on this thread and on all
-// threads started afterwards, so that they come out of wait() and reach nobody's handler: the
-// library's would end the process with the signal's number. Construct it before the library starts
-// a thread; it lasts for the process.
+// threads started afterwards, so that they come out of wait() or take() and reach nobody's handler:
+// the library's would end the process with the signal's number. Construct it before the library
+// starts a thread; it lasts for the process.
 //
 // A signal that was being ignored, as SIGHUP is under nohup, goes on being of no effect.
 class StopSignals {
@@ -19,6 +19,9 @@ public:
     // Returns with the number of the signal that came, or with 0 after `seconds`, if given, which
     // must be positive. Uses the process's real-time interval timer.
     int wait(std::optional<double> seconds) const;
+
+    // The number of a signal that has come, or 0; does not wait. For between two short steps.
+    int take() const;
 
 private:
     sigset_t awaited; // what wait() returns for, SIGALRM among it

@@ -15,6 +15,13 @@ const char *modeName(std::int32_t mode) {
     return known ? modeNames[mode] : nullptr;
 }
 
+std::optional<std::int32_t> modeNumber(const std::string &text) {
+    for (std::int32_t mode = 0; modeName(mode); ++mode)
+        if (text == modeName(mode) || text == std::to_string(mode))
+            return mode;
+    return std::nullopt;
+}
+
 std::vector<config::Problem> modeProblems(const config::Document &document) {
     if (modeName(document.mode))
         return {};

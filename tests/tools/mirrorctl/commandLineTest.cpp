@@ -8,14 +8,14 @@ using test::mirrorctl;
 TEST(MirrorctlCommandLine, helpNamesCommandsAndExitStatuses) {
     const Ending ending = mirrorctl({"--help"});
     EXPECT_EQ(ending.status, 0);
-    for (const char *word :
-         {"displays", "run", "\n     0  ", "\n    64  ", "\n    65  ", "\n    66  ", "\n    68  ",
-          "\n    69  ", "\n    70  ", "\n    71  ", "\n    77  "})
+    for (const char *word : {"displays", "run", "palette", "snapshot", "\n     0  ", "\n    64  ",
+                             "\n    65  ", "\n    66  ", "\n    68  ", "\n    69  ", "\n    70  ",
+                             "\n    71  ", "\n    75  ", "\n    77  "})
         EXPECT_NE(ending.out.find(word), std::string::npos) << word << " in\n" << ending.out;
 }
 
 TEST(MirrorctlCommandLine, eachCommandHelps) {
-    for (const char *command : {"displays", "run"}) {
+    for (const char *command : {"displays", "run", "palette", "snapshot"}) {
         const Ending ending = mirrorctl({command, "--help"});
         EXPECT_EQ(ending.status, 0);
         EXPECT_EQ(ending.err, "");
@@ -37,6 +37,17 @@ TEST(MirrorctlCommandLine, refusesWhatItDoesNotUnderstand) {
         {"run", "a.json", "--seconds", "inf"},
         {"run", "a.json", "--seconds", "1e9"},
         {"run", "a.json", "--seconds", "soon"},
+        {"run", "a.json", "--mode"},
+        {"run", "a.json", "--mode", "4"},
+        {"run", "a.json", "--mode", "-1"},
+        {"run", "a.json", "--mode", "00"},
+        {"run", "a.json", "--mode", "Match"},
+        {"run", "a.json", "--mode", ""},
+        {"palette"},
+        {"palette", "a.json", "b.json"},
+        {"palette", "a.json", "--seconds", "1"},
+        {"snapshot"},
+        {"snapshot", "a.json", "--seconds", "0"},
     };
     for (const auto &arguments : wrong) {
         const Ending ending = mirrorctl(arguments);
@@ -44,4 +55,10 @@ TEST(MirrorctlCommandLine, refusesWhatItDoesNotUnderstand) {
         EXPECT_EQ(ending.out, "");
         EXPECT_NE(ending.err, "");
     }
+}
+
+TEST(MirrorctlCommandLine, helpSaysWhatBecomesOfTheLights) {
+    EXPECT_NE(mirrorctl({"palette", "--help"}).out.find("The lights are left alone"),
+              std::string::npos);
+    EXPECT_NE(mirrorctl({"snapshot", "--help"}).out.find("THE LIGHTS CHANGE"), std::string::npos);
 }

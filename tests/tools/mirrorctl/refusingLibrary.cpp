@@ -2,8 +2,14 @@
 // The function that the variable REFUSE names answers its failure value. One display, number 5.
 #include "mirror/mirrorInterface.h"
 
+#include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <poll.h>
+#include <unistd.h>
+
+static const char yellow[] = "{\"palette\":[{\"R\":255,\"G\":255,\"B\":0}]}";
 
 static bool refuses(const char *function) {
     const char *refused = std::getenv("REFUSE");
@@ -21,19 +27,44 @@ int getDisplays(char *buffer, int bufferLength) {
     return 1;
 }
 
+// A frame for panel 17, which is yellow.
+static const char *sentText() {
+    if (refuses("frame sense"))
+        return "{\"numDevices\":1,\"devices\":[{\"animData\":\"1 17\"}]}";
+    return "{\"numDevices\":1,\"devices\":[{\"ip\":\"127.0.58.9\",\"animData\":"
+           "\"1 17 1 255 255 0 0 5\"}]}";
+}
+
 int getSizeOfStreamFrameJson(void) {
+    return refuses("getSizeOfStreamFrameJson") ? -1 : static_cast<int>(std::strlen(sentText()));
+}
+int getStreamFrameJson(char *buffer) {
+    if (refuses("getStreamFrameJson"))
+        return -1;
+    std::memcpy(buffer, sentText(), std::strlen(sentText()));
     return 0;
 }
-int getStreamFrameJson(char *) {
-    return -1;
-}
 int captureCurrentStreamFrames(void) {
+    if (refuses("interruption")) {
+        kill(getpid(), SIGINT);
+        return -1;
+    }
+    if (!refuses("captureCurrentStreamFrames"))
+        return 0;
+    poll(nullptr, 0, 1010); // for as long as nothing was sent
     return -1;
 }
-int getPalette(char *) {
-    return -1;
+int getPalette(char *buffer) {
+    if (refuses("getPalette"))
+        return -1;
+    std::strncpy(buffer,
+                 refuses("palette sense") ? "{\"palette\":[{\"R\":256,\"G\":0,\"B\":0}]}" : yellow,
+                 512);
+    return 0;
 }
 int setMirrorConfig(char *) {
+    if (refuses("silence"))
+        puts("The library talks.");
     return refuses("setMirrorConfig") ? 0 : 1;
 }
 int startMirror(void) {

@@ -1,0 +1,92 @@
+// palette and snapshot when something fails, with a library that fails as it is told to.
+#include "tests/tools/mirrorctl/lightsFile.h"
+#include "tests/tools/mirrorctl/program.h"
+
+#include <gtest/gtest.h>
+
+using test::Ending;
+using test::lightsText;
+using test::mirrorctl;
+
+namespace {
+
+// The library has display 5 and refuses `function`.
+Ending ask(const std::vector<std::string> &arguments, const std::string &function,
+           const std::string &text) {
+    return mirrorctl(arguments, {{"LD_PRELOAD", REFUSING_LIBRARY}, {"REFUSE", function}}, text);
+}
+
+Ending askPalette(const std::string &function) {
+    return ask({"palette", "-"}, function, lightsText(5, "127.0.58.9"));
+}
+
+Ending askSnapshot(const std::string &function, int mode = 0) {
+    return ask({"snapshot", "-", "--seconds", "0.1"}, function, lightsText(5, "127.0.58.9", mode));
+}
+
+void expectFailure(const Ending &ending, int status, const std::string &message) {
+    EXPECT_EQ(ending.status, status);
+    EXPECT_EQ(ending.out, "");
+    EXPECT_NE(ending.err.find(message), std::string::npos) << ending.err;
+}
+
+} // namespace
+
+TEST(MirrorctlNoAnswer, documentsFilesAndDisplaysAreChecked) {
+    for (const char *command : {"palette", "snapshot"}) {
+        expectFailure(mirrorctl({command, "/no/such.json"}), 66, "/no/such.json: cannot be read");
+        expectFailure(mirrorctl({command, "-"}, {}, "{"), 65, "standard input: line 1, column 2");
+        expectFailure(mirrorctl({command, "-"}, {}, lightsText(5, "127.0.58.9", 4)), 65, "/mode");
+        expectFailure(ask({command, "-"}, "nothing", lightsText(6, "127.0.58.9")), 69,
+                      "standard input: /displayID: ");
+    }
+    expectFailure(ask({"snapshot", "-"}, "nothing", lightsText(5, "a lamp")), 68, "/devices/0/ip");
+}
+
+TEST(MirrorctlNoAnswer, refusalsOfTheLibraryAreTold) {
+    for (const char *command : {"palette", "snapshot"}) {
+        const auto refused = [&](const std::string &function) {
+            return ask({command, "-"}, function, lightsText(5, "127.0.58.9"));
+        };
+        expectFailure(refused("setMirrorConfig"), 77, "Capturing display 5 was refused.\n");
+        expectFailure(refused("startMirror"), 71, "Mirroring could not be started.\n");
+        expectFailure(refused("stopMirror"), 70, "Mirroring could not be stopped in order.\n");
+    }
+    expectFailure(askPalette("getPalette"), 70, "the library could not make a palette\n");
+    expectFailure(askPalette("sense"), 70, "the library's list of displays is not understood\n");
+    expectFailure(askSnapshot("getSizeOfStreamFrameJson"), 70, "could not make a text");
+    expectFailure(askSnapshot("getStreamFrameJson"), 70, "could not hand out the frames sent\n");
+}
+
+TEST(MirrorctlNoAnswer, textsThatAreNotUnderstoodAreRefused) {
+    expectFailure(askPalette("palette sense"), 70, "the library's palette is not understood\n");
+    expectFailure(askSnapshot("frame sense"), 70, "text of the frames sent is not understood\n");
+}
+
+TEST(MirrorctlNoAnswer, runsThatSendNothingAreGivenUp) {
+    expectFailure(askPalette("captureCurrentStreamFrames"), 75, "No palette: mirroring ended");
+    expectFailure(askSnapshot("captureCurrentStreamFrames"), 75, "mirroring ended by itself");
+    expectFailure(askSnapshot("captureCurrentStreamFrames", 3), 75, "more time with --seconds");
+}
+
+TEST(MirrorctlNoAnswer, controlCEndsTheWait) {
+    expectFailure(askPalette("interruption"), 75, "No palette: Interrupt.\n");
+    expectFailure(
+        ask({"snapshot", "-", "--seconds", "3600"}, "interruption", lightsText(5, "127.0.58.9", 2)),
+        75, "No snapshot: Interrupt.\n");
+}
+
+// What the library prints goes to standard error, or programs could not read the output.
+TEST(MirrorctlNoAnswer, theLibrarysTalkIsKeptApart) {
+    const Ending palette = askPalette("silence");
+    EXPECT_EQ(palette.status, 0);
+    EXPECT_EQ(palette.out, "{\"palette\":[{\"R\":255,\"G\":255,\"B\":0}]}\n");
+    EXPECT_EQ(palette.err, "The library talks.\n");
+    const Ending snapshot =
+        ask({"snapshot", "-", "--json"}, "silence", lightsText(5, "127.0.58.9"));
+    EXPECT_EQ(snapshot.status, 0);
+    EXPECT_EQ(snapshot.out, R"({"numDevices":1,"devices":[{"ip":"127.0.58.9",)"
+                            R"("animData":"1 17 1 255 255 0 0 5"}]})"
+                            "\n");
+    EXPECT_EQ(snapshot.err, "The library talks.\n");
+}

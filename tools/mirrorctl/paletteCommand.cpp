@@ -1,0 +1,78 @@
+// mirrorctl palette
+#include "tools/mirrorctl/commands.h"
+#include "tools/mirrorctl/libraryTalk.h"
+#include "tools/mirrorctl/screenPalette.h"
+#include "tools/mirrorctl/steps.h"
+
+#include <cstdio>
+#include <memory>
+#include <unistd.h>
+
+namespace mirrorctl {
+
+struct PaletteOptions {
+    std::string path;
+    bool json = false;
+};
+
+static void printTable(const ScreenPalette &palette) {
+    const bool coloured = showsColours(STDOUT_FILENO);
+    printf("%s%-7s  %3s  %3s  %3s\n", coloured ? "      " : "", "hex", "R", "G", "B");
+    for (const Colour &colour : palette.colours)
+        printf("%s%s  %3u  %3u  %3u\n", coloured ? (swatch(colour) + "  ").c_str() : "",
+               hexText(colour).c_str(), colour.red, colour.green, colour.blue);
+}
+
+static ExitStatus measure(const PaletteOptions &options, ScreenPalette &palette) {
+    config::Reading reading;
+    if (const auto status = load(options.path, std::nullopt, reading); status != ExitStatus::done)
+        return status;
+    const StopSignals signals;
+    const LibraryTalk talk;
+    const config::Document &document = reading.document;
+    if (const auto status = checkDisplay(options.path, document); status != ExitStatus::done)
+        return status;
+    if (const auto status = apply(documentWithoutLights(document.displayID), document.displayID);
+        status != ExitStatus::done)
+        return status;
+    if (const auto status = start(1); status != ExitStatus::done)
+        return status;
+    const auto measured = awaitPalette(signals, palette);
+    const auto stopped = stop();
+    return measured == ExitStatus::done ? stopped : measured;
+}
+
+static ExitStatus showPalette(const PaletteOptions &options) {
+    ScreenPalette palette;
+    if (const auto status = measure(options, palette); status != ExitStatus::done)
+        return status;
+    if (options.json || !isTerminal(STDOUT_FILENO))
+        puts(palette.text.c_str());
+    else
+        printTable(palette);
+    return ExitStatus::done;
+}
+
+void addPaletteCommand(CLI::App &program, Action &chosen) {
+    auto *command = program.add_subcommand("palette", "Print the colours that the screen shows");
+    const auto options = std::make_shared<PaletteOptions>();
+    command
+        ->add_option("CONFIG", options->path,
+                     "The document whose display is meant; - reads standard input")
+        ->required();
+    command->add_flag("--json", options->json,
+                      "Print the library's own text, as is done off a terminal");
+    command->footer(
+        "Most frequent hue first, eight at most.\n"
+        "\n"
+        "The lights are left alone: of the document only the display is used. The library needs\n"
+        "a run to see the screen; it is given one device at 127.0.0.1, UDP port 60222, that has\n"
+        "no panels, so nothing leaves this machine and no light that listens on it changes.\n"
+        "\n"
+        "Takes as long as the first frame does. A black screen cannot be told from one that has\n"
+        "not been seen yet; after 2 seconds of black, black is the answer.\n\n" +
+        exitStatusHelp());
+    command->callback([&chosen, options] { chosen = [options] { return showPalette(*options); }; });
+}
+
+} // namespace mirrorctl

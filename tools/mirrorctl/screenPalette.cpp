@@ -1,0 +1,85 @@
+#include "tools/mirrorctl/screenPalette.h"
+
+#include "mirror/mirrorInterface.h"
+#include "tools/mirrorctl/steps.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <rapidjson/document.h>
+#include <stdexcept>
+
+namespace mirrorctl {
+
+static unsigned channel(const rapidjson::Value &colour, const char *name) {
+    const auto found = colour.FindMember(name);
+    if (found == colour.MemberEnd() || !found->value.IsUint() || found->value.GetUint() > 255)
+        throw std::runtime_error("the library's palette is not understood");
+    return found->value.GetUint();
+}
+
+static ScreenPalette fetch() {
+    char buffer[512 + 1] = {}; // the last byte stays zero
+    if (getPalette(buffer) != 0)
+        throw std::runtime_error("the library could not make a palette");
+    ScreenPalette palette;
+    palette.text = buffer;
+    rapidjson::Document tree;
+    tree.Parse(buffer);
+    if (tree.HasParseError() || !tree.IsObject() || !tree.HasMember("palette") ||
+        !tree["palette"].IsArray())
+        throw std::runtime_error("the library's palette is not understood");
+    for (const auto &colour : tree["palette"].GetArray()) {
+        if (!colour.IsObject())
+            throw std::runtime_error("the library's palette is not understood");
+        palette.colours.push_back(
+            {channel(colour, "R"), channel(colour, "G"), channel(colour, "B")});
+    }
+    return palette;
+}
+
+// More than one black is several hues, each too dark to show: a frame has come.
+static bool isDark(const ScreenPalette &palette) {
+    return palette.colours.size() <= 1 &&
+           std::all_of(palette.colours.begin(), palette.colours.end(), isBlack);
+}
+
+std::string documentWithoutLights(std::int32_t displayID) {
+    return "{\"displayID\": " + std::to_string(displayID) +
+           ", \"mode\": 0, \"devices\": [{\"ip\": \"127.0.0.1\", \"controlVersion\": 2, "
+           "\"shapeType\": 0, \"scaleFactor\": 1, \"panels\": []}]}";
+}
+
+ExitStatus awaitPalette(const StopSignals &signals, ScreenPalette &palette) {
+    using Clock = std::chrono::steady_clock;
+    const auto deadline = Clock::now() + std::chrono::duration<double>(darknessSeconds);
+    bool hasSent = false;
+    for (;;) {
+        // The run has filled its sample grid before it sends anything: no palette before that. It
+        // also sets the pace.
+        if (captureCurrentStreamFrames() == 0) {
+            hasSent = true;
+            palette = fetch();
+            if (!isDark(palette))
+                break;
+        }
+        if (const int signum = signals.take()) {
+            fprintf(stderr, "No palette: %s.\n", strsignal(signum));
+            return ExitStatus::nothingSent;
+        }
+        if (Clock::now() < deadline)
+            continue;
+        if (hasSent)
+            return ExitStatus::done;
+        fputs("No palette: mirroring ended by itself, or is stuck.\n", stderr);
+        return ExitStatus::nothingSent;
+    }
+    // That frame may have been read while it was still arriving. Until the next one is sent it has
+    // long been there.
+    if (captureCurrentStreamFrames() == 0)
+        palette = fetch();
+    return ExitStatus::done;
+}
+
+} // namespace mirrorctl

@@ -1,0 +1,166 @@
+// mirrorctl snapshot
+#include "mirror/mirrorInterface.h"
+#include "tools/mirrorctl/arguments.h"
+#include "tools/mirrorctl/commands.h"
+#include "tools/mirrorctl/frameShares.h"
+#include "tools/mirrorctl/libraryTalk.h"
+#include "tools/mirrorctl/snapshotTable.h"
+#include "tools/mirrorctl/steps.h"
+#include "tools/mirrorctl/stopSignals.h"
+#include "tools/mirrorctl/suitability.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstring>
+#include <memory>
+#include <stdexcept>
+
+namespace mirrorctl {
+
+struct SnapshotOptions {
+    std::string path;
+    double seconds = 5.0;
+    bool json = false;
+};
+
+// What was sent at one moment.
+struct Snapshot {
+    std::string text; // the library's own
+    std::vector<SentFrame> frames;
+    std::vector<std::size_t> shares; // the device of each frame
+};
+
+static constexpr std::int32_t matchMode = 0;
+static constexpr std::int32_t paletteMode = 3;
+
+static std::string fetchText() {
+    const int size = getSizeOfStreamFrameJson();
+    if (size < 0)
+        throw std::runtime_error("the library could not make a text of the frames sent");
+    std::string text(static_cast<std::size_t>(size), '\0');
+    if (size > 0 && getStreamFrameJson(text.data()) != 0)
+        throw std::runtime_error("the library could not hand out the frames sent");
+    return text;
+}
+
+// Waits about a second at most. Nothing when nothing was sent, or when it cannot be told to whom;
+// for the library's own text also when that names the wrong devices, since it has no gaps for
+// devices that were sent nothing.
+static std::optional<Snapshot> capture(const config::Document &document, bool json) {
+    if (captureCurrentStreamFrames() != 0)
+        return std::nullopt;
+    Snapshot snapshot;
+    snapshot.text = fetchText();
+    if (snapshot.text.empty())
+        return std::nullopt;
+    snapshot.frames = readSentFrames(snapshot.text);
+    const auto shares = shareFrames(snapshot.frames, document.devices);
+    if (!shares || (json && !shares->empty() && shares->back() != shares->size() - 1))
+        return std::nullopt;
+    snapshot.shares = *shares;
+    return snapshot;
+}
+
+static const char *reasonForNothing(std::int32_t mode) {
+    switch (mode) {
+    case matchMode:
+        return "This mode sends all the time, so mirroring ended by itself, or is stuck.";
+    case paletteMode:
+        return "This mode sends a panel something only every second or so, and nothing came of\n"
+               "which it is clear to which device it was sent. Give it more time with --seconds.";
+    default:
+        return "This mode sends only when the screen's dominant colour changes, and begins with\n"
+               "black as the last colour. Change what the screen shows, or give it more time with\n"
+               "--seconds.";
+    }
+}
+
+// The first snapshot worth showing. Match and palette mode send before they have seen the screen;
+// what is only black is shown only if nothing else comes.
+static std::optional<Snapshot> await(const config::Document &document,
+                                     const SnapshotOptions &options, const StopSignals &signals) {
+    const bool sendsUnseen = document.mode == matchMode || document.mode == paletteMode;
+    const auto begin = std::chrono::steady_clock::now();
+    std::optional<Snapshot> dark;
+    for (;;) {
+        auto snapshot = capture(document, options.json);
+        if (snapshot && sendsUnseen && !showsLight(snapshot->frames)) {
+            dark = std::move(snapshot);
+        } else if (snapshot) {
+            // The first picture may have been read while it was still arriving.
+            auto whole = document.mode == matchMode ? capture(document, options.json) : snapshot;
+            return whole ? whole : snapshot;
+        }
+        if (const int signum = signals.take()) {
+            fprintf(stderr, "No snapshot: %s.\n", strsignal(signum));
+            return std::nullopt;
+        }
+        const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - begin;
+        if (dark && passed.count() >= std::min(options.seconds, darknessSeconds))
+            return dark;
+        if (passed.count() >= options.seconds) {
+            fprintf(stderr, "No snapshot: nothing was sent in %s mode within %.1f s.\n%s\n",
+                    modeName(document.mode), passed.count(), reasonForNothing(document.mode));
+            return std::nullopt;
+        }
+    }
+}
+
+static ExitStatus take(const SnapshotOptions &options, config::Document &document,
+                       std::optional<Snapshot> &snapshot) {
+    config::Reading reading;
+    if (const auto status = load(options.path, std::nullopt, reading); status != ExitStatus::done)
+        return status;
+    document = reading.document;
+    const StopSignals signals;
+    const LibraryTalk talk;
+    if (const auto status = checkSurroundings(options.path, document); status != ExitStatus::done)
+        return status;
+    if (const auto status = apply(reading.text, document.displayID); status != ExitStatus::done)
+        return status;
+    if (const auto status = start(document.devices.size()); status != ExitStatus::done)
+        return status;
+    snapshot = await(document, options, signals);
+    const auto stopped = stop();
+    return snapshot ? stopped : ExitStatus::nothingSent;
+}
+
+static ExitStatus showSnapshot(const SnapshotOptions &options) {
+    config::Document document;
+    std::optional<Snapshot> snapshot;
+    if (const auto status = take(options, document, snapshot); status != ExitStatus::done)
+        return status;
+    if (options.json)
+        puts(snapshot->text.c_str());
+    else
+        printSnapshot(snapshot->frames, snapshot->shares, document.devices);
+    return ExitStatus::done;
+}
+
+void addSnapshotCommand(CLI::App &program, Action &chosen) {
+    auto *command =
+        program.add_subcommand("snapshot", "Mirror for a moment and print what was sent");
+    const auto options = std::make_shared<SnapshotOptions>();
+    command->add_option("CONFIG", options->path, "The document; - reads standard input")
+        ->required();
+    command
+        ->add_option("--seconds", options->seconds,
+                     "How long to wait for something to be sent (default 5)")
+        ->check(secondsArgument());
+    command->add_flag("--json", options->json, "Print the library's own text");
+    command->footer(
+        "THE LIGHTS CHANGE: the document's devices are sent frames in the document's mode for as\n"
+        "long as this takes, and keep the last colours they were sent.\n"
+        "\n"
+        "Panels are listed with the identifiers that the datagrams carry. Melt and fade mode send\n"
+        "only when the screen's dominant colour changes. Palette mode sends to the panels that\n"
+        "are due, so some panels and devices may be missing. Match and palette mode begin before\n"
+        "they have seen the screen; after 2 seconds of black, black is the answer. The wait may\n"
+        "last a second longer than --seconds says.\n\n" +
+        exitStatusHelp());
+    command->callback(
+        [&chosen, options] { chosen = [options] { return showSnapshot(*options); }; });
+}
+
+} // namespace mirrorctl
