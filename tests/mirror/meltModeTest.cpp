@@ -1,0 +1,175 @@
+// What is melt mode's own: the seed and the draws of its transition times.
+#include "tests/mirror/modeSteps.h"
+
+#include <ctime>
+#include <limits>
+
+using test::Datagram;
+using test::Record;
+
+namespace {
+
+class MeltMode : public ModeSteps {
+protected:
+    // Runs melt mode over plain screens of these colours, one a poll, and ends after the last.
+    void melt(const std::vector<std::uint32_t> &colours) {
+        show(test::plainScreen(colours[0]));
+        run(&MirrorManager::mirrorModeMelt, [&](int poll) {
+            const std::size_t next = static_cast<std::size_t>(poll) + 1;
+            if (next == colours.size())
+                return false;
+            show(test::plainScreen(colours[next]));
+            return true;
+        });
+    }
+
+    // The transition times that light `d` was sent, datagram by datagram.
+    std::vector<std::vector<int>> times(int d) {
+        std::vector<std::vector<int>> all_;
+        for (const Datagram &datagram : arrived(d)) {
+            all_.emplace_back();
+            for (const Record &record :
+                 test::decode(all[static_cast<std::size_t>(d)].controlVersion, datagram))
+                all_.back().push_back(record.transition);
+        }
+        return all_;
+    }
+
+    // Hands out these numbers, one a draw.
+    void script(std::vector<int> numbers) {
+        system.draw = [numbers, next = std::size_t{0}]() mutable {
+            return next < numbers.size() ? numbers[next++] : 0;
+        };
+    }
+
+    using Times = std::vector<std::vector<int>>;
+};
+
+TEST_F(MeltMode, SeedsOnceWithTheTime) {
+    lights({{1, {3}}});
+    const auto before = static_cast<unsigned>(std::time(nullptr));
+    melt({0xff0000, 0x00ff00, 0x0000ff});
+    const auto after = static_cast<unsigned>(std::time(nullptr));
+    ASSERT_EQ(system.seeds.size(), 1u);
+    EXPECT_GE(system.seeds[0], before);
+    EXPECT_LE(system.seeds[0], after);
+}
+
+TEST_F(MeltMode, SeedsEvenWhenAlreadyStopped) {
+    lights({{1, {3}}});
+    mirrorManager.running = false;
+    mirrorManager.mirrorModeMelt(1, sockets.get());
+    EXPECT_EQ(system.seeds.size(), 1u);
+    EXPECT_TRUE(system.draws.empty());
+}
+
+TEST_F(MeltMode, OneDrawAPanelDeviceByDevice) {
+    lights({{1, {1, 2, 3}}, {1, {}}, {2, {}}, {2, {4, 5}}});
+    script({0, 1, 2, 3, 4, 5, 6, 7, 8, 9});
+    melt({0xff0000, 0x00ff00});
+    EXPECT_EQ(system.draws.size(), 10u);
+    EXPECT_EQ(times(0), (Times{{2, 3, 4}, {7, 8, 9}}));
+    EXPECT_EQ(times(1), (Times{{}, {}}));
+    EXPECT_EQ(times(2), (Times{{}, {}}));
+    EXPECT_EQ(times(3), (Times{{5, 6}, {10, 2}}));
+}
+
+TEST_F(MeltMode, NoDrawsWhileHolding) {
+    lights({{1, {1, 2, 3}}});
+    melt({0, 0, 0, 0xff0000, 0xff0000, 0xff0000});
+    EXPECT_EQ(system.draws.size(), 3u);
+}
+
+TEST_F(MeltMode, RemainderPlusLeast) {
+    lights({{1, {1, 2, 3}}, {2, {4, 5}}});
+    const int most = std::numeric_limits<int>::max();
+    script({8, 9, most, 1000003, 17});
+    melt({0xff0000});
+    EXPECT_EQ(times(0), (Times{{10, 2, most % 9 + 2}}));
+    EXPECT_EQ(times(1), (Times{{1000003 % 9 + 2, 10}}));
+}
+
+TEST_F(MeltMode, TuningDecidesTheRange) {
+    lights({{1, {1, 2}}, {2, {4, 5}}});
+    mirrorManager.meltTransitionTimeMin = 300;
+    mirrorManager.meltTransitionTimeRange = 1000;
+    script({0, 999, 0, 1999});
+    melt({0xff0000});
+    EXPECT_EQ(times(0), (Times{{300 % 256, 1299 % 256}})); // the low byte
+    EXPECT_EQ(times(1), (Times{{300, 1299}}));
+    mirrorManager.meltTransitionTimeMin = -1;
+    mirrorManager.meltTransitionTimeRange = 1;
+    script({});
+    melt({0x00ff00});
+    EXPECT_EQ(times(0), (Times{{255, 255}}));
+    EXPECT_EQ(times(1), (Times{{65535, 65535}}));
+}
+
+// With the system's own numbers: all nine of them and no other, and not the same for all panels.
+TEST_F(MeltMode, TwoToTen) {
+    std::vector<int> ids(60);
+    lights({{1, ids}, {2, ids}});
+    std::vector<std::uint32_t> colours;
+    for (int i = 0; i < 20; ++i)
+        colours.push_back(i % 2 == 0 ? 0xff0000 : 0x00ff00);
+    melt(colours);
+    std::vector<int> seen(11);
+    for (int d = 0; d < 2; ++d)
+        for (const std::vector<int> &datagram : times(d))
+            for (const int time : datagram) {
+                ASSERT_GE(time, 2);
+                ASSERT_LE(time, 10);
+                ++seen[static_cast<std::size_t>(time)];
+            }
+    for (int time = 2; time <= 10; ++time)
+        EXPECT_GT(seen[static_cast<std::size_t>(time)], 0) << time;
+    EXPECT_EQ(system.draws.size(), 20u * 120);
+}
+
+// The bytes as they go out, whole.
+TEST_F(MeltMode, WholeDatagrams) {
+    lights({{1, {3, 300}}, {2, {258, -1}}});
+    script({1, 2, 3, 4});
+    melt({0xff0000});
+    EXPECT_EQ(arrived(0),
+              (std::vector<Datagram>{{2, 3, 1, 255, 0, 0, 0, 3, 44, 1, 255, 0, 0, 0, 4}}));
+    EXPECT_EQ(arrived(1), (std::vector<Datagram>{
+                              {0, 2, 1, 2, 255, 0, 0, 0, 0, 5, 255, 255, 255, 0, 0, 0, 0, 6}}));
+}
+
+// A request that arrives while a frame is being built has missed that frame's beginning.
+TEST_F(MeltMode, ACaptureAskedForInMidFrameTakesTheNextOne) {
+    lights({{1, {1}}, {2, {2}}});
+    int drawn = 0;
+    system.draw = [&] {
+        if (++drawn == 1)
+            writeFlag(mirrorManager.captureRequested, true);
+        return 0;
+    };
+    show(test::plainScreen(0xff0000));
+    run(&MirrorManager::mirrorModeMelt, [&](int poll) {
+        if (poll == 0) {
+            EXPECT_TRUE(readFlag(mirrorManager.captureRequested));
+            EXPECT_TRUE(mirrorManager.streamFrames.empty());
+            show(test::plainScreen(0x0000ff));
+        }
+        return poll < 1;
+    });
+    EXPECT_FALSE(mirrorManager.captureRequested);
+    EXPECT_EQ(mirrorManager.streamFrames,
+              (std::vector<std::string>{"1 1 1 0 1 255 0 5", "1 2 1 0 1 255 0 5"}));
+}
+
+// Once taken up, a request holds for the whole frame.
+TEST_F(MeltMode, ACaptureWithdrawnInMidFrameIsStillTaken) {
+    lights({{1, {1}}, {2, {2}}});
+    system.draw = [&] {
+        writeFlag(mirrorManager.captureRequested, false);
+        return 0;
+    };
+    mirrorManager.captureRequested = true;
+    melt({0xff0000});
+    EXPECT_EQ(mirrorManager.streamFrames.size(), 2u);
+}
+
+} // namespace

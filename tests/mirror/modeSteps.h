@@ -1,0 +1,100 @@
+// A mode run step by step on the test's own thread: in place of each of its sleeps the test looks
+// at what was sent, changes the screen, and lets it go on.
+#pragma once
+
+#include "mirror/sharedFlag.h"
+#include "tests/colour/dominantScreen.h"
+#include "tests/colour/transcription.h"
+#include "tests/mirror/manager.h"
+#include "tests/mirror/scriptedSystem.h"
+#include "tests/support/lightReceiver.h"
+#include "tests/support/panelRecords.h"
+
+#include <memory>
+#include <thread>
+
+using Mode = void (MirrorManager::*)(int, UdpSocket *);
+
+// The screen is one of test::Pixels. Devices are made by lights(), one a control version.
+class ModeSteps : public ManagerTest {
+protected:
+    ModeSteps() { fake::reset(test::screenSide, test::screenSide); }
+    ~ModeSteps() override {
+        mirrorManager.meltTransitionTimeMin = 2;
+        mirrorManager.meltTransitionTimeRange = 9;
+        mirrorManager.fadeTransitionTime = 5;
+        mirrorManager.paletteTransitionTimeMin = 10;
+        mirrorManager.paletteTransitionTimeRange = 5;
+        mirrorManager.meltFrameDelay = 99;
+        mirrorManager.fadeFrameDelay = 149;
+        mirrorManager.paletteFrameDelay = 99;
+    }
+
+    struct Light {
+        int controlVersion;
+        std::vector<int> panelIDs;
+    };
+
+    // Configures these devices and aims a socket at a receiver for each.
+    void lights(const std::vector<Light> &wanted) {
+        std::string devices = "[";
+        for (const Light &light : wanted) {
+            std::string panels = "[";
+            for (const int id : light.panelIDs)
+                panels += (panels.size() > 1 ? "," : "") + panel(id, 50, 50);
+            devices += (devices.size() > 1 ? "," : "") +
+                       device("127.0.57.1", light.controlVersion, panels + "]");
+        }
+        ASSERT_EQ(configure(document(devices + "]")), 1);
+        all = wanted;
+        sockets = std::make_unique<UdpSocket[]>(wanted.size());
+        receivers.clear();
+        for (std::size_t d = 0; d < wanted.size(); ++d) {
+            receivers.push_back(std::make_unique<test::LightReceiver>("127.0.57.1", 0));
+            sockets[d].setRemote("127.0.57.1", receivers[d]->port());
+        }
+    }
+
+    void show(const test::Pixels &screen) {
+        fake::deliver(kCGDisplayStreamFrameStatusFrameComplete, &screen);
+    }
+
+    int count() const { return static_cast<int>(all.size()); }
+
+    // Runs the mode; `atSleep(n)` stands for its n-th sleep, 0 first, and ends the run by false.
+    template <class AtSleep> void run(Mode mode, AtSleep atSleep) {
+        int sleep = 0;
+        system.atSleep = [&] {
+            if (!atSleep(sleep++))
+                writeFlag(mirrorManager.running, false);
+        };
+        mirrorManager.running = true;
+        (mirrorManager.*mode)(count(), sockets.get());
+        system.atSleep = nullptr;
+    }
+
+    // What has come to light `d` since the last call.
+    std::vector<test::Datagram> arrived(int d) {
+        std::vector<test::Datagram> datagrams;
+        while (const auto datagram =
+                   receivers[static_cast<std::size_t>(d)]->next(std::chrono::milliseconds(0)))
+            datagrams.push_back(*datagram);
+        return datagrams;
+    }
+
+    // Whether another thread can lock the manager's mutex.
+    static bool mutexIsFree() {
+        bool free = false;
+        std::thread([&] {
+            free = mirrorManager.mutex.try_lock();
+            if (free)
+                mirrorManager.mutex.unlock();
+        }).join();
+        return free;
+    }
+
+    std::vector<Light> all;
+    std::unique_ptr<UdpSocket[]> sockets;
+    std::vector<std::unique_ptr<test::LightReceiver>> receivers;
+    test::ScriptedSystem system;
+};
