@@ -1,7 +1,9 @@
 // How long a change of the screen takes to reach a light, as a distribution, in match mode with the
-// library's own settings; beside it what its two fixed delays alone dictate.
+// library's own settings; beside it what its two fixed delays alone dictate, and what they dictate
+// together with a bare read and copy of the frame.
 //
 //     latency [DRAWS]
+#include "bench/bareScreen.h"
 #include "bench/measure.h"
 #include "bench/scene.h"
 #include "mirror/screenMirrorMac.h"
@@ -10,6 +12,8 @@
 
 #include <atomic>
 #include <cstdio>
+#include <cstring>
+#include <memory>
 #include <random>
 #include <thread>
 
@@ -17,6 +21,7 @@ namespace {
 
 using bench::Clock;
 
+constexpr char lightAddress[] = "127.77.0.1";
 constexpr int widePort = 60222;
 
 double milliseconds(Clock::duration duration) {
@@ -44,11 +49,11 @@ struct Recording {
 Recording record(const bench::ScreenSize &size, int draws, double leastGap, double greatestGap) {
     test::VirtualScreen screen(size.width, size.height);
     screen.use();
-    test::LightReceiver light("127.0.0.1", widePort);
+    test::LightReceiver light(lightAddress, widePort);
     CGDirectDisplayID display = 0;
     std::uint32_t count = 0;
     CGGetActiveDisplayList(1, &display, &count);
-    std::string document = bench::configuration(display, size, 0, 1, 1);
+    std::string document = bench::configuration(display, size, 0, 1, 1, lightAddress);
     if (mirrorManager.setMirrorConfig(document.data()) != 1 || mirrorManager.startMirror() != 1)
         std::exit(1);
 
@@ -89,10 +94,10 @@ std::vector<double> measured(const Recording &recording) {
     return latencies;
 }
 
-// The same drawings and the same datagrams, if everything but the two delays took no time: a frame
-// is there at once, but no sooner than the minimum frame time after the last one, and the next
-// datagram shows it.
-std::vector<double> dictated(const Recording &recording) {
+// The same drawings and the same datagrams, if a frame took `road` to be there and nothing else
+// took any time: it is taken at once, but no sooner than the minimum frame time after the last one,
+// and the next datagram shows it.
+std::vector<double> dictated(const Recording &recording, Clock::duration road) {
     const auto frameTime = std::chrono::duration_cast<Clock::duration>(
         std::chrono::duration<double>(mirrorManager.minimumFrameTime));
     std::vector<double> latencies;
@@ -101,12 +106,31 @@ std::vector<double> dictated(const Recording &recording) {
     for (const Clock::time_point drawn : recording.drawn) {
         if (drawn > lastFrame) // else the frame that is still to come shows this one as well
             lastFrame = std::max(drawn, lastFrame + frameTime);
-        while (a < recording.arrivals.size() && recording.arrivals[a].time < lastFrame)
+        while (a < recording.arrivals.size() && recording.arrivals[a].time < lastFrame + road)
             ++a;
         if (a < recording.arrivals.size())
             latencies.push_back(milliseconds(recording.arrivals[a].time - drawn));
     }
     return latencies;
+}
+
+// One bare read and copy of a screen that was just drawn on, median.
+Clock::duration bareRoad(const bench::ScreenSize &size) {
+    test::VirtualScreen screen(size.width, size.height);
+    screen.use();
+    bench::BareScreen bare(size);
+    const auto buffer = std::make_unique<unsigned char[]>(size.bytes());
+    std::vector<double> times;
+    for (int i = 1; i <= 30; ++i) {
+        bench::sleepUntil(Clock::now() + std::chrono::milliseconds(100));
+        screen.fill(colourOf(i));
+        times.push_back(bench::microseconds([&] {
+            bare.read();
+            std::memcpy(buffer.get(), bare.pixels(), size.bytes());
+            bench::escape(buffer);
+        }));
+    }
+    return std::chrono::microseconds(static_cast<long>(bench::median(times)));
 }
 
 double periodOf(const Recording &recording) {
@@ -117,28 +141,33 @@ double periodOf(const Recording &recording) {
     return bench::median(periods);
 }
 
-void print(const char *size, const char *gaps, const char *what,
-           const std::vector<double> &values) {
-    std::printf("| %s | %s | %s |", size, gaps, what);
+using Values = std::vector<double>;
+
+void printRow(const char *where, const char *what, const Values &values, const Values *minus) {
+    std::printf("| %s | %s |", where, what);
     for (const double q : {0.0, 0.5, 0.95, 0.99, 1.0})
-        std::printf(" %.1f |", bench::quantile(values, q));
+        std::printf(minus ? " %+.1f |" : " %.1f |",
+                    bench::quantile(values, q) - (minus ? bench::quantile(*minus, q) : 0));
     std::puts("");
 }
 
-void measure(const bench::ScreenSize &size, int draws, const char *gaps, double leastGap,
-             double greatestGap) {
+void measure(const bench::ScreenSize &size, int draws, double leastGap, double greatestGap) {
     const Recording recording = record(size, draws, leastGap, greatestGap);
-    const std::vector<double> real = measured(recording);
-    const std::vector<double> model = dictated(recording);
-    print(size.name, gaps, "measured", real);
-    print(size.name, gaps, "dictated by the delays", model);
-    std::printf("| %s | %s | difference |", size.name, gaps);
-    for (const double q : {0.0, 0.5, 0.95, 0.99, 1.0})
-        std::printf(" %+.1f |", bench::quantile(real, q) - bench::quantile(model, q));
-    std::printf("\n| %s | %s | datagrams: %zu, one every %.1f ms; drawings seen: %zu of %d | | | | "
-                "| |\n",
-                size.name, gaps, recording.arrivals.size(), periodOf(recording), real.size(),
-                draws);
+    const Clock::duration road = bareRoad(size);
+    const Values real = measured(recording);
+    const Values delays = dictated(recording, {});
+    const Values delaysAndCopy = dictated(recording, road);
+    char where[64];
+    std::snprintf(where, sizeof where, "%s, %.0f to %.0f ms", size.name, leastGap, greatestGap);
+    std::puts("| screen, distance | | min | median | p95 | p99 | max |");
+    std::puts("|---|---|---|---|---|---|---|");
+    printRow(where, "measured", real, nullptr);
+    printRow(where, "the two delays", delays, nullptr);
+    printRow(where, "measured - delays", real, &delays);
+    printRow(where, "measured - delays, bare read and copy", real, &delaysAndCopy);
+    std::printf("\n%s: %zu of %d drawings seen; a datagram every %.1f ms; bare read and copy %.1f "
+                "ms\n\n",
+                where, real.size(), draws, periodOf(recording), milliseconds(road));
     std::fflush(stdout);
 }
 
@@ -148,10 +177,8 @@ int main(int argc, char **argv) {
     const int draws = argc > 1 ? std::atoi(argv[1]) : 400;
     std::puts("From the moment when the server has drawn to the datagram's arrival on loopback, "
               "milliseconds.\nDrawings of the whole screen at random distances.\n");
-    std::puts("| screen | distance | | min | median | p95 | p99 | max |");
-    std::puts("|---|---|---|---|---|---|---|---|");
     for (const bench::ScreenSize &size : bench::screenSizes) {
-        measure(size, draws, "60 to 180 ms", 60, 180);
-        measure(size, draws, "1 to 60 ms", 1, 60);
+        measure(size, draws, 60, 180);
+        measure(size, draws, 1, 60);
     }
 }
