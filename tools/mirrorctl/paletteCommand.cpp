@@ -1,6 +1,7 @@
 // mirrorctl palette
 #include "tools/mirrorctl/commands.h"
 #include "tools/mirrorctl/libraryTalk.h"
+#include "tools/mirrorctl/lightlessDocument.h"
 #include "tools/mirrorctl/screenPalette.h"
 #include "tools/mirrorctl/steps.h"
 

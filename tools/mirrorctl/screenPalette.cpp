@@ -45,12 +45,6 @@ static bool isDark(const ScreenPalette &palette) {
            std::all_of(palette.colours.begin(), palette.colours.end(), isBlack);
 }
 
-std::string documentWithoutLights(std::int32_t displayID) {
-    return "{\"displayID\": " + std::to_string(displayID) +
-           ", \"mode\": 0, \"devices\": [{\"ip\": \"127.0.0.1\", \"controlVersion\": 2, "
-           "\"shapeType\": 0, \"scaleFactor\": 1, \"panels\": []}]}";
-}
-
 ExitStatus awaitPalette(const StopSignals &signals, ScreenPalette &palette) {
     using Clock = std::chrono::steady_clock;
     const auto deadline = Clock::now() + std::chrono::duration<double>(darknessSeconds);

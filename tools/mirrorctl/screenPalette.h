@@ -5,7 +5,6 @@
 #include "tools/mirrorctl/stopSignals.h"
 #include "tools/mirrorctl/swatch.h"
 
-#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -16,12 +15,7 @@ struct ScreenPalette {
     std::vector<Colour> colours;
 };
 
-// A document that mirrors the display and lights nothing: its one device is this machine and has no
-// panels, so that the run's datagrams do not leave the machine and name no panel to whoever may
-// listen here. In match mode, which sends at a steady pace whatever the screen shows.
-std::string documentWithoutLights(std::int32_t displayID);
-
-// The palette of the first frame of a run that has just been started with that document. A palette
+// The palette of the first frame of a run that has just been started in match mode. A palette
 // other than pure black proves that a frame has come; a screen that is black is believed after
 // `darknessSeconds`. Says what went wrong unless it is done. Throws std::runtime_error when the
 // library has no answer.

@@ -76,6 +76,14 @@ TEST(MirrorctlNoAnswer, controlCEndsTheWait) {
         75, "No snapshot: Interrupt.\n");
 }
 
+TEST(MirrorctlNoAnswer, blackIsNoAnswerUntilTheScreenWasSeen) {
+    EXPECT_EQ(askPalette("promptness").out, "{\"palette\":[{\"R\":255,\"G\":255,\"B\":0}]}\n");
+    for (const int mode : {0, 3}) {
+        const Ending ending = askSnapshot("promptness", mode);
+        EXPECT_NE(ending.out.find("     17  #ffff00\n"), std::string::npos) << ending.out;
+    }
+}
+
 // What the library prints goes to standard error, or programs could not read the output.
 TEST(MirrorctlNoAnswer, theLibrarysTalkIsKeptApart) {
     const Ending palette = askPalette("silence");

@@ -9,11 +9,17 @@
 #include <poll.h>
 #include <unistd.h>
 
-static const char yellow[] = "{\"palette\":[{\"R\":255,\"G\":255,\"B\":0}]}";
-
 static bool refuses(const char *function) {
     const char *refused = std::getenv("REFUSE");
     return refused && std::strcmp(refused, function) == 0;
+}
+
+// How many frames have been sent since the run began.
+static int framesSent = 0;
+
+// The screen is yellow. Refusing promptness, it is seen only after some frames have been sent.
+static bool isSeen() {
+    return !refuses("promptness") || framesSent > 5;
 }
 
 int getDisplays(char *buffer, int bufferLength) {
@@ -27,10 +33,13 @@ int getDisplays(char *buffer, int bufferLength) {
     return 1;
 }
 
-// A frame for panel 17, which is yellow.
+// A frame for panel 17.
 static const char *sentText() {
     if (refuses("frame sense"))
         return "{\"numDevices\":1,\"devices\":[{\"animData\":\"1 17\"}]}";
+    if (!isSeen())
+        return "{\"numDevices\":1,\"devices\":[{\"ip\":\"127.0.58.9\",\"animData\":"
+               "\"1 17 1 0 0 0 0 5\"}]}";
     return "{\"numDevices\":1,\"devices\":[{\"ip\":\"127.0.58.9\",\"animData\":"
            "\"1 17 1 255 255 0 0 5\"}]}";
 }
@@ -49,17 +58,22 @@ int captureCurrentStreamFrames(void) {
         kill(getpid(), SIGINT);
         return -1;
     }
-    if (!refuses("captureCurrentStreamFrames"))
+    if (!refuses("captureCurrentStreamFrames")) {
+        ++framesSent;
         return 0;
+    }
     poll(nullptr, 0, 1010); // for as long as nothing was sent
     return -1;
 }
 int getPalette(char *buffer) {
     if (refuses("getPalette"))
         return -1;
-    std::strncpy(buffer,
-                 refuses("palette sense") ? "{\"palette\":[{\"R\":256,\"G\":0,\"B\":0}]}" : yellow,
-                 512);
+    const char *palette = "{\"palette\":[{\"R\":0,\"G\":0,\"B\":0}]}";
+    if (refuses("palette sense"))
+        palette = "{\"palette\":[{\"R\":256,\"G\":0,\"B\":0}]}";
+    else if (isSeen())
+        palette = "{\"palette\":[{\"R\":255,\"G\":255,\"B\":0}]}";
+    std::strncpy(buffer, palette, 512);
     return 0;
 }
 int setMirrorConfig(char *) {
