@@ -18,11 +18,12 @@ static std::string repeat(const char *text, int count) {
 }
 
 // The picture in a frame of lines, in at most `room` columns and rows of characters.
-static std::vector<std::string> framedPicture(const Wall &wall, Size screen, Size room) {
+static std::vector<std::string> framedPicture(const Wall &wall, Clock::time_point now, Size screen,
+                                              Size room) {
     const Size size = fitInto(screen, {room.width - 2, (room.height - 2) * 2});
     std::vector<std::string> lines;
     lines.push_back("\u250c" + repeat("\u2500", size.width) + "\u2510");
-    for (const std::string &line : halfBlockLines(drawCoarse(wall, screen, size)))
+    for (const std::string &line : halfBlockLines(drawCoarse(wall, now, screen, size)))
         lines.push_back("\u2502" + line + "\u2502");
     lines.push_back("\u2514" + repeat("\u2500", size.width) + "\u2518");
     return lines;
@@ -43,8 +44,8 @@ static std::vector<std::string> fittingDevices(const std::vector<std::string> &d
     return lines;
 }
 
-std::vector<std::string> composeFrame(const Wall &wall, Size screen, const FrameContent &content,
-                                      Size terminal) {
+std::vector<std::string> composeFrame(const Wall &wall, Clock::time_point now, Size screen,
+                                      const FrameContent &content, Size terminal) {
     const auto columns = static_cast<std::size_t>(std::max(terminal.width, 1));
     const int rows = std::max(terminal.height, 1);
     std::vector<std::string> message;
@@ -56,7 +57,7 @@ std::vector<std::string> composeFrame(const Wall &wall, Size screen, const Frame
     const auto devices = fittingDevices(content.devices, std::max(below / 2, 1), columns);
     const int pictureRows = below - static_cast<int>(devices.size());
     if (pictureRows >= leastPictureRows + 2 && terminal.width >= 10)
-        for (std::string &line : framedPicture(wall, screen, {terminal.width, pictureRows}))
+        for (std::string &line : framedPicture(wall, now, screen, {terminal.width, pictureRows}))
             lines.push_back(std::move(line));
     lines.insert(lines.end(), devices.begin(), devices.end());
     lines.insert(lines.end(), message.begin(), message.end());

@@ -15,10 +15,10 @@ struct FrameContent {
     std::string message;              // may be empty; broken into lines as needed
 };
 
-// The lines of one frame for a terminal of this size (columns and rows of characters): never more
-// lines than rows, never longer than the columns. A small terminal loses the picture first, then
-// device lines, and says so.
-std::vector<std::string> composeFrame(const Wall &wall, Size screen, const FrameContent &content,
-                                      Size terminal);
+// The lines of one frame, with the colours of this moment, for a terminal of this size (columns and
+// rows of characters): never more lines than rows, never longer than the columns. A small terminal
+// loses the picture first, then device lines, and says so.
+std::vector<std::string> composeFrame(const Wall &wall, Clock::time_point now, Size screen,
+                                      const FrameContent &content, Size terminal);
 
 } // namespace panelwall

@@ -16,7 +16,7 @@ static const char eraseBelow[] = "\x1b[J";
 
 void LiveView::enter() {
     entered = true;
-    lastDrawn.reset();
+    pace.reset();
     writeAll(fd, enterCodes);
 }
 
@@ -26,20 +26,14 @@ void LiveView::leave() {
     entered = false;
 }
 
-Clock::time_point LiveView::due(bool changed) const {
-    if (!lastDrawn)
-        return Clock::time_point::min();
-    return *lastDrawn + std::chrono::milliseconds(changed ? 50 : 250);
-}
-
 bool LiveView::draw(const Wall &wall, Size screen, const FrameContent &content,
                     Clock::time_point now) {
-    lastDrawn = now;
+    pace.drawn(now);
     if (!canWrite(fd))
         return true;
     std::string frame = home;
     bool first = true;
-    for (const std::string &line : composeFrame(wall, screen, content, terminalSize())) {
+    for (const std::string &line : composeFrame(wall, now, screen, content, terminalSize())) {
         if (!first)
             frame += "\r\n";
         first = false;

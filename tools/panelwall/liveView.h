@@ -2,13 +2,11 @@
 #pragma once
 
 #include "tools/panelwall/frameText.h"
-#include "tools/panelwall/rateMeter.h"
+#include "tools/panelwall/redrawPace.h"
 
 namespace panelwall {
 
-// Holds the terminal's alternate screen from enter() to leave(); the destructor leaves too. Draws
-// at most twenty times a second, and four times a second while nothing changes, so that ages and
-// rates stay true.
+// Holds the terminal's alternate screen from enter() to leave(); the destructor leaves too.
 class LiveView {
 public:
     explicit LiveView(int terminalFd) : fd(terminalFd) {}
@@ -20,11 +18,11 @@ public:
     void leave();
 
     // When to draw next: at once after enter() and resize().
-    Clock::time_point due(bool changed) const;
-    void resize() { lastDrawn.reset(); }
+    Clock::time_point due(bool changed) const { return pace.due(changed); }
+    void resize() { pace.reset(); }
 
-    // Draws one frame. A terminal that accepts nothing at the moment misses it. False when the
-    // terminal is gone.
+    // Draws one frame, with the colours of this moment. A terminal that accepts nothing at the
+    // moment misses it. False when the terminal is gone.
     bool draw(const Wall &wall, Size screen, const FrameContent &content, Clock::time_point now);
 
 private:
@@ -32,7 +30,7 @@ private:
 
     int fd;
     bool entered = false;
-    std::optional<Clock::time_point> lastDrawn;
+    RedrawPace pace;
 };
 
 } // namespace panelwall

@@ -14,6 +14,14 @@ static const char footer[] =
     "second. Device numbers count from 0, as in the document. When the program ends, a last line\n"
     "per device goes to standard output.\n"
     "\n"
+    "A panel moves from the colour it shows to the one it was sent within the transition time "
+    "that\n"
+    "came with it, linearly in each channel; panels that were sent no colour yet start from "
+    "black.\n"
+    "The protocol gives transition times no unit. One unit is taken as 100 milliseconds;\n"
+    "--transition-unit changes that, and 0 shows every colour at once. Pictures show the colours\n"
+    "of the moment at which they are taken.\n"
+    "\n"
     "Pictures: panels are drawn as the squares of screen that colour them, which have two thirds\n"
     "of the panel's size (2 x scaleFactor x base / 3, base 150 for shapeType 0, else 100). Panels\n"
     "that were sent no colour yet are hollow. One pixel is one screen pixel, unless the screen "
@@ -71,6 +79,11 @@ std::optional<int> parseOptions(int argc, char **argv, Options &options) {
             ->check([](const std::string &text) {
                 return parseSize(text) ? std::string() : "not a size such as 1920x1080: " + text;
             });
+    std::int64_t unit = options.transitionUnit.count();
+    app.add_option("--transition-unit", unit,
+                   "How many milliseconds one unit of transition time lasts (default 100)")
+        ->type_name("MS")
+        ->check(CLI::Range(std::int64_t{0}, std::int64_t{60'000}));
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError &error) {
@@ -82,6 +95,7 @@ std::optional<int> parseOptions(int argc, char **argv, Options &options) {
         options.snapshotPath = snapshot;
     if (sizeOption->count() > 0)
         options.screen = parseSize(size);
+    options.transitionUnit = std::chrono::milliseconds(unit);
     return std::nullopt;
 }
 

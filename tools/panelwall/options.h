@@ -25,6 +25,7 @@ struct Options {
     std::optional<std::chrono::milliseconds> duration;
     std::optional<std::string> snapshotPath;
     std::optional<Size> screen;
+    std::chrono::milliseconds transitionUnit = usualTransitionUnit;
 };
 
 // Fills `options` from the arguments. An exit status when the program shall end at once, after help

@@ -60,7 +60,7 @@ template <typename Draw> static void forEachPanel(const Wall &wall, Draw draw) {
             draw(panel);
 }
 
-Canvas drawFine(const Wall &wall, Size screen, Size size) {
+Canvas drawFine(const Wall &wall, Clock::time_point now, Size screen, Size size) {
     Canvas canvas(size.width, size.height, background);
     const double line = std::max(1.0, std::round(std::min(size.width, size.height) / 540.0));
     canvas.stroke({0.0, 0.0, static_cast<double>(size.width), static_cast<double>(size.height)},
@@ -70,22 +70,23 @@ Canvas drawFine(const Wall &wall, Size screen, Size size) {
         const double side = std::min(box.right - box.left, box.bottom - box.top);
         const double radius = side * 0.12;
         const double border = std::min(line, std::floor(side / 3));
-        if (!panel.colour) {
+        const auto colour = panel.shownAt(now);
+        if (!colour) {
             canvas.stroke(box, radius, std::max(border, 1.0), hollow);
             return;
         }
-        canvas.fill(box, radius, *panel.colour);
-        canvas.stroke(box, radius, border, mix(*panel.colour, white, 0.25));
+        canvas.fill(box, radius, *colour);
+        canvas.stroke(box, radius, border, mix(*colour, white, 0.25));
     });
     return canvas;
 }
 
-Canvas drawCoarse(const Wall &wall, Size screen, Size size) {
+Canvas drawCoarse(const Wall &wall, Clock::time_point now, Size screen, Size size) {
     Canvas canvas(size.width, size.height, background);
     forEachPanel(wall, [&](const WallPanel &panel) {
         const Box box = place(panel, screen, canvas);
-        if (panel.colour)
-            canvas.fill(box, 0.0, *panel.colour);
+        if (const auto colour = panel.shownAt(now))
+            canvas.fill(box, 0.0, *colour);
         else
             canvas.stroke(box, 0.0, 1.0, hollow);
     });

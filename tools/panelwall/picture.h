@@ -2,7 +2,7 @@
 //
 // A panel is drawn as the square of screen that colours it, side 2 x WallPanel::halfSide around its
 // centre. Panels are drawn in the order of the configuration, so later ones lie on top. A panel
-// that never got a colour is hollow.
+// has the colour that it shows at the moment given; one that never got a colour is hollow.
 #pragma once
 
 #include "tools/panelwall/canvas.h"
@@ -26,9 +26,9 @@ Size screenSize(const Wall &wall, std::optional<Size> given);
 Size fitInto(Size screen, Size room);
 
 // For a picture file: fine lines and round corners.
-Canvas drawFine(const Wall &wall, Size screen, Size canvas);
+Canvas drawFine(const Wall &wall, Clock::time_point now, Size screen, Size canvas);
 
 // For a few coarse pixels: plain squares in whole pixels.
-Canvas drawCoarse(const Wall &wall, Size screen, Size canvas);
+Canvas drawCoarse(const Wall &wall, Clock::time_point now, Size screen, Size canvas);
 
 } // namespace panelwall

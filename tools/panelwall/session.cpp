@@ -23,8 +23,8 @@ static bool isCapableTerminal(int fd) {
 Session::Session(const Options &theOptions, const config::Document &theDocument,
                  Receiver &theReceiver, Signals &theSignals)
     : options(theOptions), document(theDocument), receiver(theReceiver), signals(theSignals),
-      wall(theDocument), screen(screenSize(wall, theOptions.screen)), live(STDOUT_FILENO),
-      onTerminal(isCapableTerminal(STDOUT_FILENO)) {}
+      wall(theDocument, theOptions.transitionUnit), screen(screenSize(wall, theOptions.screen)),
+      live(STDOUT_FILENO), onTerminal(isCapableTerminal(STDOUT_FILENO)) {}
 
 int Session::run() {
     start = Clock::now();
@@ -114,7 +114,7 @@ void Session::show() {
     }
     if (now < live.due(changed))
         return;
-    changed = false;
+    changed = wall.isMoving(now);
     FrameContent content;
     content.title = "panelwall " + options.configPath + "  " + modeName(document.mode) + "  " +
                     std::to_string(screen.width) + " x " + std::to_string(screen.height) +
@@ -141,7 +141,8 @@ bool Session::saveSnapshot() {
     const std::string &path = *options.snapshotPath;
     const Size largest{std::min(screen.width, largestPictureSide),
                        std::min(screen.height, largestPictureSide)};
-    const std::string trouble = writePng(drawFine(wall, screen, fitInto(screen, largest)), path);
+    const std::string trouble =
+        writePng(drawFine(wall, Clock::now(), screen, fitInto(screen, largest)), path);
     if (trouble.empty()) {
         tell("picture written: " + path);
         return true;

@@ -53,7 +53,7 @@ private:
 
     Clock::time_point start;
     Clock::time_point nextLines; // when the next lines are due, off a terminal
-    bool changed = false;        // since the wall was last drawn
+    bool changed = false;        // the wall since it was last drawn, or it will
     bool silenceTold = false;
     bool ended = false;
     bool outputGone = false;

@@ -32,7 +32,8 @@ static WallDevice makeDevice(const config::DeviceEntry &entry) {
     return device;
 }
 
-Wall::Wall(const config::Document &document) {
+Wall::Wall(const config::Document &document, std::chrono::milliseconds transitionUnit)
+    : unit(transitionUnit) {
     for (const config::DeviceEntry &entry : document.devices)
         allDevices.push_back(makeDevice(entry));
 }
@@ -62,7 +63,17 @@ void Wall::hear(std::size_t index, std::span<const std::uint8_t> bytes, Clock::t
         const Record &record = *found->second;
         panel.colour = Colour{record.red, record.green, record.blue};
         panel.transitionTime = record.transitionTime;
+        panel.transition.moveTo(*panel.colour, unit * record.transitionTime, now);
     }
+}
+
+bool Wall::isMoving(Clock::time_point now) const {
+    const auto panelMoves = [now](const WallPanel &panel) {
+        return panel.transition.isMoving(now);
+    };
+    return std::any_of(allDevices.begin(), allDevices.end(), [&](const WallDevice &device) {
+        return std::any_of(device.panels.begin(), device.panels.end(), panelMoves);
+    });
 }
 
 std::optional<Clock::time_point> Wall::lastArrival() const {

@@ -8,7 +8,9 @@
 #include "tools/panelwall/colour.h"
 #include "tools/panelwall/datagram.h"
 #include "tools/panelwall/rateMeter.h"
+#include "tools/panelwall/transition.h"
 
+#include <chrono>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -22,8 +24,14 @@ struct WallPanel {
     std::int32_t centreX = 0; // screen pixels
     std::int32_t centreY = 0;
     double halfSide = 0.0;        // of the square that mirroring samples, in whole screen pixels
-    std::optional<Colour> colour; // none until the first record for this panel
+    std::optional<Colour> colour; // of the last record for this panel; none until the first
     std::uint16_t transitionTime = 0; // of that record
+    Transition transition;            // to that colour
+
+    // The colour that the panel shows; none until the first record.
+    std::optional<Colour> shownAt(Clock::time_point now) const {
+        return colour ? std::optional(transition.at(now)) : std::nullopt;
+    }
 };
 
 struct WallDevice {
@@ -42,22 +50,32 @@ struct WallDevice {
     std::size_t litPanels() const; // panels that have a colour
 };
 
+// How long one unit of transition time lasts.
+inline constexpr std::chrono::milliseconds usualTransitionUnit{100};
+
 class Wall {
 public:
-    explicit Wall(const config::Document &document);
+    // With a unit of 0 panels change at once.
+    explicit Wall(const config::Document &document,
+                  std::chrono::milliseconds transitionUnit = usualTransitionUnit);
 
     // One datagram for device number `device` (its index in the document). A malformed one is
     // counted and changes no panel. A record colours every panel of the device that bears its
-    // identifier, as a device could not tell them apart either; later records win.
+    // identifier, as a device could not tell them apart either; later records win. A panel moves
+    // from the colour that it shows now to the record's, within the record's transition time.
     void hear(std::size_t device, std::span<const std::uint8_t> bytes, Clock::time_point now);
 
     const std::vector<WallDevice> &devices() const { return allDevices; }
+
+    // Whether any panel is on its way to another colour.
+    bool isMoving(Clock::time_point now) const;
 
     // When the last datagram came, whichever device it was for.
     std::optional<Clock::time_point> lastArrival() const;
 
 private:
     std::vector<WallDevice> allDevices;
+    std::chrono::milliseconds unit;
 };
 
 // Half the side of the square of screen that colours a panel: a third of the panel's size, which is

@@ -25,13 +25,16 @@ TEST(PanelwallErrors, CommandLine) {
     for (const char *size : {"0x5", "5x0", "5x", "x5", "-5x5", "5x5x5", "40000x5", "5x5 "})
         expectFailure({config, "--size", size}, 2, {"--size"});
     expectFailure({config, "--seconds", "-1"}, 2, {"--seconds"});
+    for (const char *unit : {"-1", "60001", "0.5", "fast"})
+        expectFailure({config, "--transition-unit", unit}, 2, {"--transition-unit"});
     expectFailure({config, "--unknown"}, 2, {"--unknown"});
 }
 
 TEST(PanelwallErrors, Help) {
     Child wall({PANELWALL_PROGRAM, "--help"});
     EXPECT_EQ(wall.waitExit(), 0);
-    for (const char *text : {"Exit statuses:", "SIGUSR1", "--snapshot FILE", "--size WxH"})
+    for (const char *text :
+         {"Exit statuses:", "SIGUSR1", "--snapshot FILE", "--size WxH", "--transition-unit MS"})
         EXPECT_NE(wall.out.find(text), std::string::npos) << text;
 }
 

@@ -18,6 +18,9 @@ static std::size_t widthOf(const std::string &line) {
     return width;
 }
 
+static const Clock::time_point later = Clock::time_point(std::chrono::hours(5));
+
+// Its only colour has arrived, before `later`.
 static Wall makeWall() {
     config::Document document;
     config::DeviceEntry device;
@@ -26,7 +29,7 @@ static Wall makeWall() {
     device.panels = {{1, 100, 100}, {2, 900, 500}};
     document.devices.push_back(device);
     Wall wall(document);
-    wall.hear(0, std::vector<std::uint8_t>{1, 1, 1, 12, 34, 56, 0, 1}, Clock::now());
+    wall.hear(0, std::vector<std::uint8_t>{1, 1, 1, 12, 34, 56, 0, 0}, later);
     return wall;
 }
 
@@ -40,7 +43,7 @@ TEST(PanelwallHalfBlocks, TwoRowsShareALine) {
 }
 
 TEST(PanelwallFrameText, ShowsTitlePictureDevicesAndMessageInThisOrder) {
-    const auto lines = composeFrame(makeWall(), {1920, 1080},
+    const auto lines = composeFrame(makeWall(), later, {1920, 1080},
                                     {"the title", {"device line"}, "a message"}, {80, 24});
     ASSERT_EQ(lines.size(), 24u);
     EXPECT_EQ(lines[0], "the title");
@@ -57,7 +60,8 @@ TEST(PanelwallFrameText, NeverOutgrowsTheTerminal) {
     const FrameContent content{std::string(200, 't'), devices, "words of a message to be wrapped"};
     for (int width = 1; width < 130; width += 7) {
         for (int height = 1; height < 60; ++height) {
-            const auto lines = composeFrame(makeWall(), {1920, 1080}, content, {width, height});
+            const auto lines =
+                composeFrame(makeWall(), later, {1920, 1080}, content, {width, height});
             EXPECT_LE(lines.size(), static_cast<std::size_t>(height));
             for (const std::string &line : lines)
                 EXPECT_LE(widthOf(line), static_cast<std::size_t>(width));
@@ -67,6 +71,6 @@ TEST(PanelwallFrameText, NeverOutgrowsTheTerminal) {
 
 TEST(PanelwallFrameText, SaysWhatASmallTerminalLeavesOut) {
     const FrameContent content{"t", std::vector<std::string>(9, "device"), ""};
-    const auto lines = composeFrame(makeWall(), {1920, 1080}, content, {60, 8});
+    const auto lines = composeFrame(makeWall(), later, {1920, 1080}, content, {60, 8});
     EXPECT_EQ(lines.back(), "and 7 more lines; a taller terminal shows them");
 }

@@ -10,6 +10,9 @@ using namespace panelwall;
 
 static constexpr std::uint32_t dark = 0x13151a;
 
+// When the pictures are taken; all colours have arrived.
+static const Clock::time_point moment = Clock::time_point(std::chrono::hours(5));
+
 struct PanelAt {
     int x;
     int y;
@@ -30,7 +33,7 @@ static Wall makeWall(double scaleFactor, const std::vector<PanelAt> &places, std
     }
     document.devices.push_back(device);
     Wall wall(document);
-    wall.hear(0, bytes, Clock::now());
+    wall.hear(0, bytes, moment - std::chrono::seconds(1));
     return wall;
 }
 
@@ -42,7 +45,7 @@ TEST(PanelwallPicture, FileHoldsEveryPanelAtItsPlaceAndSize) {
     const Wall wall = makeWall(1.0, {{100, 100}, {300, 150}, {500, 250}}, 2);
     const test::Folder folder;
     const std::string path = folder.file("wall.png");
-    ASSERT_EQ(writePng(drawFine(wall, {640, 360}, {640, 360}), path), "");
+    ASSERT_EQ(writePng(drawFine(wall, moment, {640, 360}, {640, 360}), path), "");
     const test::Picture picture = test::readPng(path);
     ASSERT_EQ(picture.width, 640);
     ASSERT_EQ(picture.height, 360);
@@ -70,16 +73,29 @@ TEST(PanelwallPicture, FileHoldsEveryPanelAtItsPlaceAndSize) {
     EXPECT_EQ(folder.list(), std::vector<std::string>{"wall.png"});
 }
 
+TEST(PanelwallPicture, PanelsHaveTheColourOfTheMoment) {
+    const Wall wall = makeWall(1.0, {{100, 100}}, 1); // (100, 0, 200) in 100 ms
+    const auto begin = moment - std::chrono::seconds(1);
+    for (const auto &[time, colour] : {std::pair<int, std::uint32_t>{0, 0x000000u},
+                                       {25, 0x190032u},
+                                       {50, 0x320064u},
+                                       {100, 0x6400c8u}}) {
+        const auto now = begin + std::chrono::milliseconds(time);
+        EXPECT_EQ(rgb(drawFine(wall, now, {200, 200}, {200, 200}).at(100, 100)), colour) << time;
+        EXPECT_EQ(rgb(drawCoarse(wall, now, {200, 200}, {20, 20}).at(10, 10)), colour) << time;
+    }
+}
+
 TEST(PanelwallPicture, LaterPanelsLieOnTop) {
     const Wall wall = makeWall(1.0, {{100, 100}, {140, 100}}, 2);
-    const Canvas canvas = drawFine(wall, {300, 200}, {300, 200});
+    const Canvas canvas = drawFine(wall, moment, {300, 200}, {300, 200});
     EXPECT_EQ(rgb(canvas.at(120, 100)), 0x6500c8u);
     EXPECT_EQ(rgb(canvas.at(80, 100)), 0x6400c8u);
 }
 
 TEST(PanelwallPicture, PanelsOffTheScreenAreCut) {
     const Wall wall = makeWall(1.0, {{0, 0}, {299, 199}, {-500, 90}, {2147483647, -2147483647}}, 4);
-    const Canvas canvas = drawFine(wall, {300, 200}, {300, 200});
+    const Canvas canvas = drawFine(wall, moment, {300, 200}, {300, 200});
     EXPECT_EQ(rgb(canvas.at(0, 0)), 0x6400c8u);
     EXPECT_EQ(rgb(canvas.at(299, 199)), 0x6500c8u);
     EXPECT_EQ(rgb(canvas.at(150, 100)), dark);
@@ -90,20 +106,20 @@ TEST(PanelwallPicture, ExtremeScalesAreDrawn) {
         const Wall wall = makeWall(scale, {{100, 100}}, 1);
         const Size screen = screenSize(wall, std::nullopt);
         ASSERT_GE(screen.width, 100) << scale;
-        const Canvas canvas = drawFine(wall, {200, 200}, {200, 200});
+        const Canvas canvas = drawFine(wall, moment, {200, 200}, {200, 200});
         EXPECT_EQ(rgb(canvas.at(100, 100)), 0x6400c8u) << scale;
-        const Canvas coarse = drawCoarse(wall, {200, 200}, {20, 10});
+        const Canvas coarse = drawCoarse(wall, moment, {200, 200}, {20, 10});
         EXPECT_EQ(rgb(coarse.at(10, 5)), 0x6400c8u) << scale;
     }
 }
 
 TEST(PanelwallPicture, ScaledDownPanelsKeepTheirCentres) {
     const Wall wall = makeWall(1.0, {{960, 540}, {60, 60}, {1800, 1000}}, 3);
-    const Canvas canvas = drawFine(wall, {1920, 1080}, {192, 108});
+    const Canvas canvas = drawFine(wall, moment, {1920, 1080}, {192, 108});
     EXPECT_EQ(rgb(canvas.at(96, 54)), 0x6400c8u);
     EXPECT_EQ(rgb(canvas.at(6, 6)), 0x6500c8u);
     EXPECT_EQ(rgb(canvas.at(180, 100)), 0x6600c8u);
-    const Canvas coarse = drawCoarse(wall, {1920, 1080}, {80, 45});
+    const Canvas coarse = drawCoarse(wall, moment, {1920, 1080}, {80, 45});
     EXPECT_EQ(rgb(coarse.at(40, 22)), 0x6400c8u);
     EXPECT_EQ(rgb(coarse.at(2, 2)), 0x6500c8u);
     EXPECT_EQ(rgb(coarse.at(75, 41)), 0x6600c8u);
@@ -117,8 +133,9 @@ TEST(PanelwallPicture, HollowIsToldFromBlack) {
     device.panels = {{1, 100, 100}, {2, 300, 100}};
     document.devices.push_back(device);
     Wall wall(document);
-    wall.hear(0, std::vector<std::uint8_t>{1, 1, 1, 0, 0, 0, 0, 1}, Clock::now());
-    const Canvas canvas = drawFine(wall, {400, 200}, {400, 200});
+    wall.hear(0, std::vector<std::uint8_t>{1, 1, 1, 0, 0, 0, 0, 1},
+              moment - std::chrono::seconds(1));
+    const Canvas canvas = drawFine(wall, moment, {400, 200}, {400, 200});
     EXPECT_EQ(rgb(canvas.at(100, 100)), 0u);
     EXPECT_EQ(rgb(canvas.at(300, 100)), dark);
 }

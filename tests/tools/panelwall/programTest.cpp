@@ -67,7 +67,8 @@ TEST(PanelwallProgram, WritesThePictureOnRequestAndAtTheEnd) {
     const auto config = folder.write(
         "wall.json", documentText({deviceText("127.0.41.4", 2, {{1, 100, 100}, {2, 300, 100}})}));
     const auto png = folder.file("wall.png");
-    Child wall(panelwall({config, "--snapshot", png, "--size", "400x200"}));
+    Child wall(
+        panelwall({config, "--snapshot", png, "--size", "400x200", "--transition-unit", "0"}));
     ASSERT_TRUE(wall.waitFor("listening:"));
     wall.signal(SIGUSR1);
     ASSERT_TRUE(wall.waitFor("picture written: " + png + "\n"));
@@ -97,12 +98,28 @@ TEST(PanelwallProgram, WritesThePictureOnRequestAndAtTheEnd) {
     EXPECT_EQ(folder.list(), (std::vector<std::string>{"wall.json", "wall.png"}));
 }
 
+// The second colour comes within weeks, so that the picture must still have the first.
+TEST(PanelwallProgram, PicturesShowPanelsOnTheirWay) {
+    const Folder folder;
+    const auto config =
+        folder.write("wall.json", documentText({deviceText("127.0.58.60", 2, {{1, 100, 100}})}));
+    const auto png = folder.file("wall.png");
+    Child wall(panelwall({config, "--snapshot", png, "--transition-unit", "60000"}));
+    ASSERT_TRUE(wall.waitFor("listening:"));
+    sendTo("127.0.58.60", 60222, {0, 1, 0, 1, 200, 100, 50, 0, 0, 0});
+    sendTo("127.0.58.60", 60222, {0, 1, 0, 1, 10, 20, 250, 0, 255, 255});
+    ASSERT_TRUE(wall.waitFor("total 2\n"));
+    wall.signal(SIGINT);
+    EXPECT_EQ(wall.waitExit(), 0);
+    EXPECT_EQ(readPng(png).at(100, 100), 0xc86432u);
+}
+
 TEST(PanelwallProgram, TheNewestOfManyWins) {
     const Folder folder;
     const auto config =
         folder.write("wall.json", documentText({deviceText("127.0.41.10", 2, {{1, 100, 100}})}));
     const auto png = folder.file("wall.png");
-    Child wall(panelwall({config, "--snapshot", png}));
+    Child wall(panelwall({config, "--snapshot", png, "--transition-unit", "0"}));
     ASSERT_TRUE(wall.waitFor("listening:"));
     wall.signal(SIGSTOP);
     for (std::uint8_t i = 1; i <= 60; ++i)

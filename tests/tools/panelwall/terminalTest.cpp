@@ -1,8 +1,11 @@
 #include "tests/tools/panelwall/child.h"
 #include "tests/tools/panelwall/wallSetup.h"
 
+#include <algorithm>
 #include <csignal>
+#include <cstdlib>
 #include <gtest/gtest.h>
+#include <regex>
 #include <sys/wait.h>
 
 using namespace test;
@@ -47,6 +50,38 @@ TEST(PanelwallTerminal, DrawsColoursInPlaceAndRestoresTheTerminal) {
     EXPECT_NE(wall.out.rfind(showCursor, left), std::string::npos);
     EXPECT_NE(wall.out.find("ended: device 0  127.0.41.40:60222  1/3 lit", left),
               std::string::npos);
+}
+
+// The only panel of the wall goes from black to (200, 100, 0); whatever is seen of it meanwhile
+// lies on the straight line between them.
+TEST(PanelwallTerminal, PanelsMoveToTheirColour) {
+    const Folder folder;
+    const auto config =
+        folder.write("wall.json", documentText({deviceText("127.0.58.61", 2, {{1, 300, 200}})}));
+    Child wall({PANELWALL_PROGRAM, config, "--size", "600x400", "--transition-unit", "1000"},
+               Child::Output::terminal);
+    ASSERT_TRUE(wall.waitFor("0/1 lit"));
+    const std::size_t seen = wall.out.size();
+    sendTo("127.0.58.61", 60222, {0, 1, 0, 1, 200, 100, 0, 0, 0, 1});
+    ASSERT_TRUE(wall.waitFor("8;2;200;100;0m", seen));
+    wall.signal(SIGINT);
+    EXPECT_EQ(wall.waitExit(), 0);
+
+    // A panel has no blue here, unlike all that is drawn around it.
+    const std::regex colours("8;2;([0-9]+);([0-9]+);0m");
+    std::vector<int> reds;
+    for (std::sregex_iterator match(wall.out.begin(), wall.out.end(), colours), end; match != end;
+         ++match) {
+        const int red = std::stoi((*match)[1]);
+        const int green = std::stoi((*match)[2]);
+        EXPECT_LE(std::abs(red - 2 * green), 1) << red << " " << green;
+        if (reds.empty() || reds.back() != red)
+            reds.push_back(red);
+    }
+    EXPECT_TRUE(std::is_sorted(reds.begin(), reds.end()));
+    // Twenty frames a second; a busy machine may lose many of them, but not nearly all.
+    EXPECT_GE(reds.size(), 8u); // four times a second would give six at most
+    EXPECT_LE(reds.size(), 22u);
 }
 
 TEST(PanelwallTerminal, RestoresTheTerminalOnTermination) {
