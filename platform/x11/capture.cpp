@@ -16,6 +16,12 @@ constexpr Clock::duration refreshPeriod = std::chrono::seconds(1);
 // The pause after a read that the server refused.
 constexpr Clock::duration refusalPause = std::chrono::milliseconds(100);
 
+// After a frame, the capture thread sleeps until the next one may come, whatever is reported
+// meanwhile: while the screen moves, this saves waking up twice for each frame. It ends a little
+// later than the minimum frame time, since that counts from the call of the handler.
+constexpr Clock::duration longestDeafness = std::chrono::milliseconds(100);
+constexpr Clock::duration handlerLag = std::chrono::microseconds(200);
+
 } // namespace
 
 bool Capture::isPossible(std::uint32_t display) {
@@ -53,6 +59,10 @@ Capture::Capture(const CaptureSettings &settings, FrameGate &gate,
 
 void Capture::run(const std::function<void(CaptureNews)> &news) {
     while (!gate.isStopped()) {
+        if (settings.minimumFrameTime > Clock::duration::zero() && Clock::now() < deafUntil) {
+            gate.wait(-1, deafUntil);
+            continue;
+        }
         if (!takeEvents())
             return;
         // Waiting for an answer may move events into XCB's own queue, where no wait on the
@@ -118,42 +128,51 @@ std::optional<Clock::time_point> Capture::nextLook() const {
     return afterthought;
 }
 
-// Takes the damage off the server. False when there is none that concerns the monitor, and its
-// frame is up to date.
-bool Capture::takeDamage(Rect &where) {
-    if (allWanted) {
-        damage->forget();
-        return true;
+// Takes the damage off the server and brings the frame up to date. Done with `changed` false when
+// nothing was drawn that concerns the monitor.
+ReadOutcome Capture::update(Clock::time_point now, bool &changed) {
+    const Rect &visible = painter->visibleArea();
+    damage->ask();
+    // While everything moves, the pixels are asked for together with the damage: one answer to
+    // wait for instead of two.
+    const bool together = allWanted || everythingMoves;
+    const ReadOutcome first = together ? painter->paintAll() : ReadOutcome::Done;
+    const Rect hit = intersect(damage->answer(), visible);
+    changed = allWanted || !hit.empty();
+    // The first damage of a watch is the whole screen, and says nothing.
+    everythingMoves = !allWanted && !visible.empty() && hit == visible;
+    if (together || !changed) {
+        if (together && first == ReadOutcome::Done)
+            lastWhole = now;
+        return first;
     }
-    where = damage->take();
-    return !intersect(where, painter->visibleArea()).empty();
+    if (now - lastWhole < refreshPeriod)
+        return painter->paint(hit);
+    lastWhole = now;
+    return painter->paintAll();
 }
 
 void Capture::look(const std::function<void(CaptureNews)> &news) {
     const Clock::time_point now = Clock::now();
-    Rect where;
-    const bool changed = takeDamage(where);
+    bool changed = false;
+    const ReadOutcome outcome = update(now, changed);
     const bool inVain = damaged && !changed;
     damaged = false;
     afterthought.reset();
-    // Drawing on other monitors keeps nobody busier than drawing on this one.
-    if (inVain)
-        notBefore = now + settings.minimumFrameTime;
-    if (!changed)
-        return;
-
-    const bool everything = allWanted || now - lastWhole >= refreshPeriod;
-    const ReadOutcome outcome = everything ? painter->paintAll() : painter->paint(where);
     if (outcome != ReadOutcome::Done) {
         allWanted = true;
         layoutStale = true;
         notBefore = now + refusalPause;
         return;
     }
+    // Drawing on other monitors keeps nobody busier than drawing on this one.
+    if (inVain)
+        notBefore = now + settings.minimumFrameTime;
+    if (!changed)
+        return;
     allWanted = false;
-    if (everything)
-        lastWhole = now;
     afterthought = now + refreshPeriod;
+    deafUntil = Clock::now() + std::min(settings.minimumFrameTime, longestDeafness) + handlerLag;
     gate.handOver();
     news(CaptureNews::Frame);
 }

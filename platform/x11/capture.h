@@ -58,7 +58,7 @@ private:
     bool aim();
     std::optional<Clock::time_point> nextLook() const;
     void look(const std::function<void(CaptureNews)> &news);
-    bool takeDamage(Rect &where);
+    ReadOutcome update(Clock::time_point now, bool &changed);
 
     const CaptureSettings settings;
     FrameGate &gate;
@@ -73,6 +73,8 @@ private:
     bool allWanted = true;    // the frame as a whole is not up to date
     Rect monitorArea;         // what the painter is aimed at, and in which root window
     Rect rootArea;
+    bool everythingMoves = false; // the last damage covered the whole monitor
+    Clock::time_point deafUntil{};
     Clock::time_point notBefore{};                 // the earliest next look
     Clock::time_point lastWhole{};                 // when the whole frame was last painted
     std::optional<Clock::time_point> afterthought; // when to look for damage never reported

@@ -31,20 +31,20 @@ bool DamageWatch::isReport(const xcb_generic_event_t &event) const {
     return (event.response_type & 0x7f) == firstEvent + XCB_DAMAGE_NOTIFY;
 }
 
-Rect DamageWatch::take() {
+void DamageWatch::ask() {
     xcb_connection_t *xcb = connection.get();
     xcb_damage_subtract(xcb, damage, XCB_NONE, region);
     // Of a region of thousands of rectangles, only the one around them comes over the wire.
     xcb_xfixes_region_extents(xcb, region, extents);
+    asked = xcb_xfixes_fetch_region(xcb, extents);
+}
+
+Rect DamageWatch::answer() {
     const Reply<xcb_xfixes_fetch_region_reply_t> reply(
-        xcb_xfixes_fetch_region_reply(xcb, xcb_xfixes_fetch_region(xcb, extents), nullptr));
+        xcb_xfixes_fetch_region_reply(connection.get(), asked, nullptr));
     if (!reply)
         return {};
     return {reply->extents.x, reply->extents.y, reply->extents.width, reply->extents.height};
-}
-
-void DamageWatch::forget() {
-    xcb_damage_subtract(connection.get(), damage, XCB_NONE, XCB_NONE);
 }
 
 } // namespace x11

@@ -23,10 +23,11 @@ public:
     // the server stays silent until the damage is taken or forgotten, however much is drawn.
     bool isReport(const xcb_generic_event_t &event) const;
 
-    // Both are called before the pixels are read: what is drawn later is reported anew. take()
-    // returns a rectangle around all that has been drawn on; forget() does not wait for an answer.
-    Rect take();
-    void forget();
+    // Takes the damage off the server; what is drawn later is reported anew, so this comes before
+    // the pixels are read. Does not wait: each ask() is followed by an answer().
+    void ask();
+    // A rectangle around all that had been drawn on.
+    Rect answer();
 
 private:
     Connection &connection;
@@ -34,6 +35,7 @@ private:
     xcb_damage_damage_t damage;
     xcb_xfixes_region_t region;
     xcb_xfixes_region_t extents;
+    xcb_xfixes_fetch_region_cookie_t asked{};
 };
 
 } // namespace x11

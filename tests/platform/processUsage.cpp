@@ -6,8 +6,10 @@
 #include <fstream>
 #include <functional>
 #include <iterator>
+#include <sstream>
 #include <string>
 #include <thread>
+#include <unistd.h>
 
 namespace test {
 
@@ -55,7 +57,18 @@ bool threadsBecome(std::size_t number) {
 }
 
 std::size_t systemSharedSegments() {
-    return linesOf("/proc/sysvipc/shm");
+    std::ifstream stream("/proc/sysvipc/shm");
+    std::string line;
+    std::getline(stream, line);
+    std::size_t count = 0;
+    while (std::getline(stream, line)) {
+        std::istringstream fields(line);
+        long key = 0, id = 0, mode = 0, size = 0, creator = 0;
+        fields >> key >> id >> mode >> size >> creator;
+        if (creator == getpid())
+            ++count;
+    }
+    return count;
 }
 
 std::size_t mappings() {

@@ -8,7 +8,7 @@ namespace test {
 
 std::size_t openDescriptors();
 std::size_t threads();
-std::size_t systemSharedSegments();
+std::size_t systemSharedSegments(); // System V ones, made by this process
 std::size_t mappings();
 
 // Wait until it is so; false when it was not in time. A thread that has been joined, for one, may
