@@ -1,0 +1,84 @@
+// Melt and fade mode: which changes of the screen are sent, and which are not.
+#include "tests/colour/transcription.h"
+#include "tests/endToEnd/wallRun.h"
+
+using test::averagingTo;
+using transcription::unpacked;
+
+namespace {
+
+class Dominant : public test::WallRun, public testing::WithParamInterface<int> {
+protected:
+    void begin() {
+        startAtPoll(GetParam(), {{"127.0.57.11", 1, 0, 0.1, test::panels(3, 3)},
+                                 {"127.0.57.12", 2, 1, 0.1, test::panels(258, 2)},
+                                 {"127.0.57.13", 1, 0, 0.1, {}},
+                                 {"127.0.57.14", 2, 0, 0.1, {}}});
+    }
+
+    void changes(std::uint32_t colour) {
+        SCOPED_TRACE(colour);
+        show(averagingTo(unpacked(colour)));
+        expectFrame(colour);
+    }
+
+    // The mode looks at the screen and keeps quiet. Whatever it sent nevertheless would come
+    // before the next change.
+    void holds(std::uint32_t colour, int polls = 2) {
+        SCOPED_TRACE(colour);
+        show(averagingTo(unpacked(colour)));
+        ASSERT_TRUE(polledAgain(polls));
+        expectNothing();
+    }
+};
+
+TEST_P(Dominant, StepsOfFourAreHeldAndOfFiveSent) {
+    begin();
+    changes(0x0a0a0a);
+    holds(0x0e0e0e);
+    holds(0x060606);
+    changes(0x0f0a0a);
+    holds(0x0b0e06);
+    changes(0x0b0e05);
+}
+
+TEST_P(Dominant, AChannelThatFallsToNothingIsAChange) {
+    begin();
+    changes(0x080000);
+    changes(0x030000);
+    changes(0x000000);
+    holds(0x040404);
+    holds(0x000000);
+    changes(0x050404);
+}
+
+TEST_P(Dominant, ADarkScreenSendsNoFirstFrame) {
+    begin();
+    holds(0x040404);
+    holds(0x000000);
+    changes(0x000005);
+}
+
+TEST_P(Dominant, AStillScreenIsSentOnce) {
+    begin();
+    changes(0x0a0a0a);
+    holds(0x0a0a0a, 8);
+    changes(0x0a0a00);
+}
+
+TEST_P(Dominant, PlainColours) {
+    begin();
+    for (const std::uint32_t colour : {0xc86400u, 0xff0000u, 0x00ff00u, 0x0000ffu, 0xffffffu}) {
+        show(test::plainScreen(colour));
+        expectFrame(transcription::packed(
+            transcription::dominantOf(test::samplesOf(test::plainScreen(colour))).colour));
+    }
+    show(test::plainScreen(0));
+    expectFrame(0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Modes, Dominant, testing::Values(1, 2), [](const auto &info) {
+    return std::string(info.param == 1 ? "melt" : "fade");
+});
+
+} // namespace

@@ -1,0 +1,226 @@
+#include "tests/colour/transcription.h"
+#include "tests/endToEnd/paletteRun.h"
+#include "tests/endToEnd/wallRun.h"
+
+#include "mirror/mirrorInterface.h"
+
+#include <algorithm>
+
+using test::Datagram;
+using test::Palette;
+using test::PaletteForecast;
+using test::Pixels;
+using test::Record;
+
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+// Four plain quarters of different sizes.
+Pixels quarters(std::uint32_t a, std::uint32_t b, std::uint32_t c, std::uint32_t d) {
+    Pixels pixels;
+    for (int row = 0; row < test::screenSide; ++row)
+        for (int column = 0; column < test::screenSide; ++column)
+            pixels.push_back(row < 60 ? (column < 55 ? a : b) : (column < 50 ? c : d));
+    return pixels;
+}
+
+Palette paletteOf(const Pixels &pixels) {
+    Palette palette;
+    for (const RGB &colour : transcription::paletteOf(test::samplesOf(pixels), 8))
+        palette.push_back(transcription::packed(colour));
+    return palette;
+}
+
+class PaletteRun : public test::WallRun {
+protected:
+    // The seed that foretells the first tick's hold times.
+    std::optional<unsigned> seedOf(const std::vector<std::vector<Record>> &first) const {
+        return seedThat([&](unsigned seed) {
+            PaletteForecast forecast(lights, seed);
+            const auto changes = forecast.tick();
+            for (std::size_t d = 0; d < lights.size(); ++d) {
+                if (changes[d].size() != first[d].size())
+                    return false;
+                for (std::size_t p = 0; p < first[d].size(); ++p)
+                    if (changes[d][p].hold != first[d][p].transition)
+                        return false;
+            }
+            return true;
+        });
+    }
+
+    // The first tick: every panel of every light that has any.
+    std::vector<std::vector<Record>> firstTick() {
+        std::vector<std::vector<Record>> first;
+        for (std::size_t d = 0; d < lights.size(); ++d) {
+            first.emplace_back();
+            if (lights[d].panels.empty())
+                continue;
+            const auto datagram = receivers[d]->next();
+            if (datagram)
+                first.back() = test::decode(lights[d].controlVersion, *datagram);
+            EXPECT_EQ(first.back().size(), lights[d].panels.size()) << lights[d].ip;
+        }
+        return first;
+    }
+
+    // Receives one foretold tick and gives which of the palettes, taken in their order, has
+    // coloured it: `from` or a later one. All lights must agree.
+    std::size_t expectTick(const std::vector<std::vector<PaletteForecast::Change>> &changes,
+                           const std::vector<Palette> &palettes, std::size_t from) {
+        for (std::size_t d = 0; d < lights.size(); ++d) {
+            if (changes[d].empty())
+                continue;
+            const auto datagram = receivers[d]->next();
+            EXPECT_TRUE(datagram) << lights[d].ip;
+            if (!datagram)
+                return from;
+            const int version = lights[d].controlVersion;
+            const auto fits = [&](const Palette &palette) {
+                return *datagram == test::encode(version, test::recordsOf(changes[d], palette));
+            };
+            while (from < palettes.size() && !fits(palettes[from]))
+                ++from;
+            EXPECT_LT(from, palettes.size())
+                << lights[d].ip << " " << testing::PrintToString(*datagram);
+            if (from == palettes.size())
+                return from;
+        }
+        return from;
+    }
+
+    const std::vector<test::LightSpec> wall = {
+        {"127.0.57.41", 1, 0, 0.1, test::panels(200, 60)},
+        {"127.0.57.42", 2, 1, 0.1, test::panels(300, 3)},
+        {"127.0.57.43", 1, 0, 0.1, {}},
+        {"127.0.57.44", 2, 0, 0.1, test::panels(0, 1)},
+    };
+};
+
+// Seventy ticks, byte by byte. A screen that changes is seen in the ticks that follow.
+TEST_F(PaletteRun, EveryByteOfManyTicks) {
+    const Pixels before = quarters(0xff0000, 0x00ff00, 0x0000ff, 0xffff00);
+    const Pixels after = quarters(0x00ffff, 0xff00ff, 0xff8000, 0x0080ff);
+    screen.putPixels(0, 0, test::screenSide, test::screenSide, before.data());
+    start(3, wall);
+    const std::vector<Palette> palettes = {paletteOf(before), paletteOf(after)};
+
+    // The first tick may come before the first frame, or meet it half-way: its colours say nothing.
+    const auto first = firstTick();
+    const auto begun = Clock::now();
+    const auto seed = seedOf(first);
+    ASSERT_TRUE(seed);
+    PaletteForecast forecast(lights, *seed);
+    forecast.tick();
+    std::size_t palette = 0;
+
+    constexpr int ticks = 70;
+    int quiet = 0;
+    for (int tick = 1; tick <= ticks; ++tick) {
+        if (tick == 30) {
+            EXPECT_EQ(palette, 0u);
+            screen.putPixels(0, 0, test::screenSide, test::screenSide, after.data());
+        }
+        const auto changes = forecast.tick();
+        quiet += std::all_of(changes.begin(), changes.end(), [](auto &c) { return c.empty(); });
+        palette = expectTick(changes, palettes, palette);
+        ASSERT_FALSE(HasFailure()) << "tick " << tick;
+        if (std::any_of(changes.begin(), changes.end(), [](auto &c) { return !c.empty(); })) {
+            // A tick lasts 99 ms at the least. Arrivals are seen late, never early.
+            const auto latest = std::chrono::milliseconds(99 * tick);
+            EXPECT_GE(Clock::now() - begun, latest - std::chrono::milliseconds(49));
+        }
+    }
+    EXPECT_EQ(palette, 1u);
+    EXPECT_GE(quiet, 9);
+    EXPECT_LT(Clock::now() - begun, std::chrono::milliseconds(99 * ticks * 2));
+    ASSERT_EQ(stopMirror(), 1);
+    EXPECT_FALSE(receivers[2]->next(std::chrono::milliseconds(0))); // no panels, no datagrams
+}
+
+// Seen from outside alone: ticks are counted by the clock, and a panel comes back after as many as
+// its record announced.
+TEST_F(PaletteRun, HoldTimesAreKeptToTheTick) {
+    screen.putPixels(0, 0, test::screenSide, test::screenSide,
+                     quarters(0xff0000, 0x00ff00, 0x0000ff, 0xffff00).data());
+    start(3, {{"127.0.57.41", 1, 0, 0.1, test::panels(0, 100)}});
+    struct Arrival {
+        Clock::time_point at;
+        std::vector<Record> records;
+    };
+    std::vector<Arrival> arrivals;
+    do {
+        const auto datagram = receivers[0]->next();
+        ASSERT_TRUE(datagram);
+        arrivals.push_back({Clock::now(), test::decode(1, *datagram)});
+        ASSERT_FALSE(arrivals.back().records.empty());
+    } while (arrivals.back().at - arrivals.front().at < std::chrono::milliseconds(99 * 65));
+
+    // After the first rounds some panel changes in nearly every tick, so the ticks that passed
+    // between two datagrams are the nearest whole number, with the clock set anew each time.
+    std::vector<int> due(100, 0);
+    int tick = 0;
+    for (std::size_t i = 0; i < arrivals.size(); ++i) {
+        if (i > 0) {
+            const std::chrono::duration<double, std::milli> passed =
+                arrivals[i].at - arrivals[i - 1].at;
+            tick += static_cast<int>(passed.count() / 99.5 + 0.5);
+        }
+        for (const Record &record : arrivals[i].records) {
+            EXPECT_EQ(due[static_cast<std::size_t>(record.id)], tick) << record.id;
+            EXPECT_GE(record.transition, 10);
+            EXPECT_LE(record.transition, 14);
+            due[static_cast<std::size_t>(record.id)] = tick + record.transition;
+        }
+    }
+    EXPECT_GE(tick, 60);
+    for (const int next : due)
+        EXPECT_GT(next, tick); // nobody is overdue
+}
+
+// A snapshot holds the records of one tick, and a line only for the lights that were sent any.
+TEST_F(PaletteRun, Snapshots) {
+    screen.fill(0x0000ff);
+    start(3, {{"127.0.57.41", 1, 0, 0.1, test::panels(1, 12)},
+              {"127.0.57.42", 2, 1, 0.1, test::panels(300, 9)},
+              {"127.0.57.43", 1, 0, 0.1, {}}});
+    const auto first = firstTick();
+    const auto seed = seedOf(first);
+    ASSERT_TRUE(seed);
+    show(test::plainScreen(0x0000ff));
+    const Palette blue = paletteOf(test::plainScreen(0x0000ff));
+    std::vector<std::string> texts;
+    for (int i = 0; i < 25; ++i) {
+        ASSERT_EQ(captureCurrentStreamFrames(), 0);
+        texts.push_back(snapshotText());
+    }
+    ASSERT_EQ(stopMirror(), 1);
+
+    // Each text must be that of a tick, of a later one than the text before.
+    PaletteForecast forecast(lights, *seed);
+    forecast.tick();
+    std::size_t found = 0;
+    int partial = 0;
+    for (int tick = 1; tick < 200 && found < texts.size(); ++tick) {
+        const auto changes = forecast.tick();
+        std::vector<std::string> lines;
+        for (std::size_t d = 0; d < lights.size(); ++d) {
+            const auto records = test::recordsOf(changes[d], blue);
+            if (records.empty())
+                continue;
+            lines.push_back(test::lineOf(static_cast<int>(lights[d].panels.size()), records));
+            partial += records.size() < lights[d].panels.size();
+            // It is what the light really received.
+            EXPECT_EQ(receivers[d]->next(std::chrono::milliseconds(0)),
+                      test::encode(lights[d].controlVersion, records));
+        }
+        if (texts[found] == (lines.empty() ? "0" : snapshotOf(lines)))
+            ++found;
+    }
+    EXPECT_EQ(found, texts.size()) << texts[std::min(found, texts.size() - 1)];
+    EXPECT_GT(partial, 0);
+    EXPECT_NE(std::count(texts.begin(), texts.end(), "0"), static_cast<long>(texts.size()));
+}
+
+} // namespace

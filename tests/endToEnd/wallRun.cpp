@@ -1,0 +1,191 @@
+#include "tests/endToEnd/wallRun.h"
+#include "mirror/mirrorInterface.h"
+#include "tests/colour/transcription.h"
+
+#include <cstdio>
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
+namespace test {
+
+namespace {
+
+constexpr int patience = 10000; // milliseconds
+
+// Lines that the library prints must arrive one by one. The C library heeds this only before the
+// first output.
+[[maybe_unused]] const int lineByLine = std::setvbuf(stdout, nullptr, _IOLBF, 0);
+
+std::string paletteText(const Pixels &screen) {
+    std::string text;
+    for (const RGB &colour : transcription::paletteOf(samplesOf(screen), 8))
+        text += (text.empty() ? "" : ",") + (R"({"R":)" + std::to_string(colour.r)) + R"(,"G":)" +
+                std::to_string(colour.g) + R"(,"B":)" + std::to_string(colour.b) + "}";
+    return R"({"palette":[)" + text + "]}";
+}
+
+} // namespace
+
+OutputLines::OutputLines() {
+    std::fflush(stdout);
+    int ends[2];
+    EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
+    real = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0);
+    dup2(ends[1], STDOUT_FILENO);
+    close(ends[1]);
+    pipeEnd = ends[0];
+}
+
+OutputLines::~OutputLines() {
+    std::fflush(stdout);
+    dup2(real, STDOUT_FILENO);
+    while (read(0)) {
+    }
+    others += pending;
+    std::fputs(others.c_str(), stdout);
+    close(real);
+    close(pipeEnd);
+}
+
+bool OutputLines::read(int wait) {
+    pollfd waiting{pipeEnd, POLLIN, 0};
+    if (poll(&waiting, 1, wait) != 1)
+        return false;
+    char bytes[4096];
+    const ssize_t got = ::read(pipeEnd, bytes, sizeof bytes);
+    if (got <= 0)
+        return false;
+    pending.append(bytes, static_cast<std::size_t>(got));
+    return true;
+}
+
+std::optional<std::string> OutputLines::takeLine() {
+    const std::size_t end = pending.find('\n');
+    if (end == std::string::npos)
+        return std::nullopt;
+    const std::string line = pending.substr(0, end);
+    pending.erase(0, end + 1);
+    return line;
+}
+
+bool OutputLines::next(const std::string &line, int count) {
+    while (read(0)) {
+    }
+    while (const auto old = takeLine())
+        if (*old != line)
+            others += *old + "\n";
+    while (count > 0) {
+        const auto now = takeLine();
+        if (now && *now == line)
+            --count;
+        else if (now)
+            others += *now + "\n";
+        else if (!read(patience))
+            return false;
+    }
+    return true;
+}
+
+void WallRun::SetUp() {
+    screen.use();
+}
+
+void WallRun::TearDown() {
+    EXPECT_EQ(stopMirror(), 1);
+    output.reset();
+}
+
+void WallRun::start(int mode, const std::vector<LightSpec> &wanted) {
+    lights = wanted;
+    receivers.clear();
+    for (const LightSpec &light : lights)
+        receivers.push_back(std::make_unique<LightReceiver>(light.ip, light.port()));
+    std::string document = documentOf(displayIDs().at(0), mode, lights);
+    ASSERT_EQ(setMirrorConfig(document.data()), 1);
+    startedAt = std::time(nullptr);
+    ASSERT_EQ(startMirror(), 1);
+}
+
+void WallRun::startAtPoll(int mode, const std::vector<LightSpec> &wanted) {
+    const Pixels dark = averagingTo({0, 0, 0});
+    screen.putPixels(0, 0, screenSide, screenSide, dark.data());
+    output.emplace();
+    start(mode, wanted);
+    ASSERT_TRUE(polledAgain(1));
+}
+
+void WallRun::show(const Pixels &pixels) {
+    screen.putPixels(0, 0, screenSide, screenSide, pixels.data());
+    const std::string wanted = paletteText(pixels);
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(patience);
+    std::string got(513, '\0');
+    do {
+        ASSERT_LT(std::chrono::steady_clock::now(), deadline) << got.c_str() << " not " << wanted;
+        poll(nullptr, 0, 1);
+        ASSERT_EQ(getPalette(got.data()), 0);
+    } while (wanted != got.c_str());
+}
+
+std::vector<std::vector<Record>> WallRun::nextFrame() {
+    std::vector<std::vector<Record>> frame;
+    for (std::size_t d = 0; d < lights.size(); ++d) {
+        const auto datagram = receivers[d]->next();
+        if (!datagram)
+            return {};
+        frame.push_back(decode(lights[d].controlVersion, *datagram));
+    }
+    return frame;
+}
+
+void WallRun::expectFrame(std::uint32_t colour) {
+    const auto frame = nextFrame();
+    ASSERT_EQ(frame.size(), lights.size());
+    for (std::size_t d = 0; d < lights.size(); ++d) {
+        ASSERT_EQ(frame[d].size(), lights[d].panels.size()) << lights[d].ip;
+        for (const Record &record : frame[d]) {
+            EXPECT_EQ(record.colour, colour) << lights[d].ip;
+            EXPECT_EQ(record.white, 0);
+        }
+    }
+}
+
+void WallRun::expectNothing() {
+    for (std::size_t d = 0; d < lights.size(); ++d)
+        EXPECT_EQ(receivers[d]->next(std::chrono::milliseconds(0)), std::nullopt) << lights[d].ip;
+}
+
+bool WallRun::polledAgain(int polls) {
+    return output && output->next("Resorting to averaging", polls);
+}
+
+std::string WallRun::snapshotText() {
+    const int size = getSizeOfStreamFrameJson();
+    if (size <= 0)
+        return std::to_string(size);
+    constexpr std::size_t guard = 64;
+    std::vector<char> bytes(static_cast<std::size_t>(size) + 2 * guard, '\x7e');
+    EXPECT_EQ(getStreamFrameJson(bytes.data() + guard), 0);
+    for (std::size_t i = 0; i < guard; ++i) {
+        EXPECT_EQ(bytes[i], '\x7e');
+        EXPECT_EQ(bytes[bytes.size() - 1 - i], '\x7e');
+    }
+    return std::string(bytes.data() + guard, static_cast<std::size_t>(size));
+}
+
+std::string WallRun::snapshotOf(const std::vector<std::string> &lines) const {
+    std::string text = R"({"numDevices":)" + std::to_string(lights.size()) + R"(,"devices":[)";
+    for (std::size_t d = 0; d < lights.size(); ++d)
+        text += (d > 0 ? "," : "") + (R"({"ip":")" + lights[d].ip) + R"(","animData":")" +
+                (d < lines.size() ? lines[d] : "") + R"("})";
+    return text + "]}";
+}
+
+std::vector<PanelSpec> panels(int first, int count) {
+    std::vector<PanelSpec> all;
+    for (int i = 0; i < count; ++i)
+        all.push_back({first + i, 50, 50});
+    return all;
+}
+
+} // namespace test
