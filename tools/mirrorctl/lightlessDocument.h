@@ -6,9 +6,11 @@
 
 namespace mirrorctl {
 
-// A document that mirrors the display and lights nothing: its one device is this machine and has no
-// panels, so that the run's datagrams do not leave the machine and name no panel to whoever may
-// listen here. In match mode, which sends at a steady pace whatever the screen shows.
+// A document that mirrors the display and lights nothing. Its one device, without which there is no
+// run, has no panels; in palette mode a device is sent something only when one of its panels is
+// due, so that this run sends nothing at all. Should it ever, it would be to this machine and about
+// no panel. Palette mode also goes through its cycles, and answers captures, whatever the screen
+// shows.
 std::string documentWithoutLights(std::int32_t displayID);
 
 } // namespace mirrorctl

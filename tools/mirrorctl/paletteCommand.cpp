@@ -67,8 +67,7 @@ void addPaletteCommand(CLI::App &program, Action &chosen) {
         "Most frequent hue first, eight at most.\n"
         "\n"
         "The lights are left alone: of the document only the display is used. The library needs\n"
-        "a run to see the screen; it is given one device at 127.0.0.1, UDP port 60222, that has\n"
-        "no panels, so nothing leaves this machine and no light that listens on it changes.\n"
+        "a run to see the screen; its one device has no panels, and nothing is sent to anybody.\n"
         "\n"
         "Takes as long as the first frame does. A black screen cannot be told from one that has\n"
         "not been seen yet; after 2 seconds of black, black is the answer.\n\n" +

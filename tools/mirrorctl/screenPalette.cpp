@@ -48,12 +48,12 @@ static bool isDark(const ScreenPalette &palette) {
 ExitStatus awaitPalette(const StopSignals &signals, ScreenPalette &palette) {
     using Clock = std::chrono::steady_clock;
     const auto deadline = Clock::now() + std::chrono::duration<double>(darknessSeconds);
-    bool hasSent = false;
+    bool isCycling = false;
     for (;;) {
-        // The run has filled its sample grid before it sends anything: no palette before that. It
-        // also sets the pace.
+        // Answered once a cycle, sent or not; the run has filled its sample grid before the first
+        // one, and no palette can be had before that.
         if (captureCurrentStreamFrames() == 0) {
-            hasSent = true;
+            isCycling = true;
             palette = fetch();
             if (!isDark(palette))
                 break;
@@ -64,13 +64,12 @@ ExitStatus awaitPalette(const StopSignals &signals, ScreenPalette &palette) {
         }
         if (Clock::now() < deadline)
             continue;
-        if (hasSent)
+        if (isCycling)
             return ExitStatus::done;
         fputs("No palette: mirroring ended by itself, or is stuck.\n", stderr);
         return ExitStatus::nothingSent;
     }
-    // That frame may have been read while it was still arriving. Until the next one is sent it has
-    // long been there.
+    // That frame may have been read while it was still arriving; a cycle later it is there whole.
     if (captureCurrentStreamFrames() == 0)
         palette = fetch();
     return ExitStatus::done;

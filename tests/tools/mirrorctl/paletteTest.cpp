@@ -62,7 +62,7 @@ TEST(MirrorctlPalette, leavesTheLightsAlone) {
     EXPECT_FALSE(light.next(std::chrono::milliseconds(0)));
 }
 
-TEST(MirrorctlPalette, namesNoPanelToWhoeverListensHere) {
+TEST(MirrorctlPalette, sendsNothingToWhoeverListensHere) {
     std::optional<LightReceiver> bystander;
     try {
         bystander.emplace("127.0.0.1", 60222);
@@ -74,12 +74,7 @@ TEST(MirrorctlPalette, namesNoPanelToWhoeverListensHere) {
     const LightsFile file(lightsText(test::onlyDisplay(screen.display()), "127.0.58.24"));
     const Ending ending = mirrorctl({"palette", file.path()}, {{"DISPLAY", screen.display()}});
     EXPECT_EQ(ending.out, redAndBlue + "\n") << ending.err;
-    int heard = 0;
-    while (const auto datagram = bystander->next(std::chrono::milliseconds(0))) {
-        ++heard;
-        EXPECT_EQ(*datagram, (test::Datagram{0, 0}));
-    }
-    EXPECT_GT(heard, 0);
+    EXPECT_FALSE(bystander->next(std::chrono::milliseconds(0)));
 }
 
 TEST(MirrorctlPalette, needsNoLightsAtAll) {
