@@ -1,5 +1,6 @@
 #include "colour/palette.h"
 #include "colour/conversion.h"
+#include "colour/samples.h"
 
 #include <algorithm>
 #include <iterator>
@@ -16,13 +17,12 @@ std::vector<RGB> paletteOf(const Frame &frame, const std::int32_t *samples, int 
     std::int32_t paletteCount[hueBuckets] = {};
     std::int32_t paletteSaturation[hueBuckets] = {};
     std::int32_t paletteLightness[hueBuckets] = {};
-    for (int i = 0; i < count - 1; ++i) {
-        const HSL hsl = RGBToHSL(frame.colour(samples[i]));
-        const int bucket = static_cast<int>(static_cast<float>(hsl.h) * 80.0f / 360.0f);
+    forEachSample(frame, samples, count - 1, [&](HSL hsl) {
+        const int bucket = hsl.h * 2 / 9; // 80 buckets in 360 degrees
         paletteCount[bucket] += 1;
         paletteSaturation[bucket] += hsl.s;
         paletteLightness[bucket] += hsl.l;
-    }
+    });
 
     std::vector<RGB> palette;
     palette.reserve(static_cast<std::size_t>(std::min(size, hueBuckets)));
