@@ -1,6 +1,6 @@
 # Sourced by the other scripts: the Debian packages that they need.
 
-build_packages="build-essential clang libclang-rt-14-dev cmake ninja-build pkg-config
+build_packages="build-essential clang llvm libclang-rt-14-dev cmake ninja-build pkg-config
     libblocksruntime-dev rapidjson-dev libcli11-dev libpng-dev libgtest-dev libbenchmark-dev
     libxcb1-dev libxcb-randr0-dev libxcb-shm0-dev libxcb-damage0-dev libxcb-xfixes0-dev"
 screen_packages="xvfb x11-xserver-utils xauth"
