@@ -3,6 +3,7 @@
 //
 //     capture [ROUNDS [SECONDS]]
 #include "bench/bareScreen.h"
+#include "bench/frameCount.h"
 #include "bench/measure.h"
 #include "bench/screenLoad.h"
 #include "mirror/screenMirrorMac.h"
@@ -13,24 +14,9 @@
 
 namespace {
 
-std::atomic<long> *framesTaken = nullptr;
-
-} // namespace
-
-extern "C" IOReturn __real_IOSurfaceLock(IOSurfaceRef, IOSurfaceLockOptions, uint32_t *);
-
-// Stands before the platform's (a linker option says so): the library locks each frame once.
-extern "C" IOReturn __wrap_IOSurfaceLock(IOSurfaceRef surface, IOSurfaceLockOptions options,
-                                         uint32_t *seed) {
-    ++*framesTaken;
-    return __real_IOSurfaceLock(surface, options, seed);
-}
-
-namespace {
-
 // The library's stream with its own handler, without a mode.
 void captureWithLibrary(const bench::ScreenSize &size, std::atomic<long> &frames) {
-    framesTaken = &frames;
+    bench::countFrames(frames);
     CGDirectDisplayID display = 0;
     std::uint32_t count = 0;
     CGGetActiveDisplayList(1, &display, &count);

@@ -174,7 +174,7 @@ void measure(const bench::ScreenSize &size, int draws, double leastGap, double g
 } // namespace
 
 int main(int argc, char **argv) {
-    const int draws = argc > 1 ? std::atoi(argv[1]) : 400;
+    const int draws = argc > 1 ? std::atoi(argv[1]) : 300;
     std::puts("From the moment when the server has drawn to the datagram's arrival on loopback, "
               "milliseconds.\nDrawings of the whole screen at random distances.\n");
     for (const bench::ScreenSize &size : bench::screenSizes) {
