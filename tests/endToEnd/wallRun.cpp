@@ -156,7 +156,12 @@ void WallRun::expectNothing() {
 }
 
 bool WallRun::polledAgain(int polls) {
-    return output && output->next("Resorting to averaging", polls);
+    if (!output || !output->next("Resorting to averaging", polls))
+        return false;
+    // The line is printed in the middle of a poll. This is no wait for its end, which nothing
+    // tells, but a choice of the moment to go on: well after this poll, well before the next one.
+    poll(nullptr, 0, 20);
+    return true;
 }
 
 std::string WallRun::snapshotText() {

@@ -65,9 +65,8 @@ protected:
     // No light has been sent anything that was not looked at.
     void expectNothing();
 
-    // Waits for so many more polls of the screen by a run of startAtPoll(). Only for a screen that
-    // averages: each poll of such a one prints a line. What the poll before it has led to has
-    // happened by then.
+    // Waits for so many more polls of the screen by a run of startAtPoll(), and returns between two
+    // polls. Only for a screen that averages: each poll of such a one prints a line.
     bool polledAgain(int polls = 2);
 
     // The JSON text of the frames captured last, fetched into a buffer of exactly its size.
