@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <new>
+#include <stdexcept>
 #include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/wait.h>
@@ -113,6 +114,9 @@ Load measureLoad(test::VirtualScreen &screen, Motion motion, const Watcher &watc
         load.frames = static_cast<double>(framesSoFar() - frames) / passed;
     }
     if (anybody) {
+        // A watcher that has ended is no cheap watcher.
+        if (waitpid(child, nullptr, WNOHANG) != 0)
+            throw std::runtime_error(watcher.name + " ended by itself");
         kill(child, SIGKILL);
         waitpid(child, nullptr, 0);
     }
