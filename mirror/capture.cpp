@@ -2,6 +2,7 @@
 #include "mirror/frameLease.h"
 #include "mirror/screenMirrorMac.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 #include <limits>
@@ -11,17 +12,29 @@ namespace {
 // 'BGRA', as a four-character code.
 constexpr std::int32_t pixelFormatBGRA = 0x42475241;
 
+// Of a frame buffer and of a stream's frames, whatever the depth of the display's images.
+constexpr unsigned long pixelBytes = 4;
+
+// The size of a stream's frames.
+struct FrameSize {
+    unsigned long width;
+    unsigned long height;
+};
+
 // Stream queue. Takes over a complete frame; idle, blank and stopped notifications leave the last
-// one in place. The surface's rows are tightly packed.
-void takeFrame(const MirrorManager &manager, CGDisplayStreamFrameStatus status,
+// one in place. The surface's rows are tightly packed. A stream that outlived its configuration,
+// as after a run that failed, has frames of another size, which are no use to anyone.
+void takeFrame(const MirrorManager &manager, FrameSize size, CGDisplayStreamFrameStatus status,
                IOSurfaceRef surface) {
     if (status != kCGDisplayStreamFrameStatusFrameComplete || surface == nullptr)
+        return;
+    if (size.width != manager.screenWidth || size.height != manager.screenHeight)
         return;
     const FrameLease lease; // a stop need not wait for this queue
     IOSurfaceLock(surface, kIOSurfaceLockReadOnly, nullptr);
     if (unsigned char *buffer = __atomic_load_n(&manager.frameBuffer, __ATOMIC_SEQ_CST))
         std::memcpy(buffer, IOSurfaceGetBaseAddress(surface),
-                    manager.screenWidth * manager.screenHeight * manager.bytesPerPixel);
+                    size.width * size.height * std::min(manager.bytesPerPixel, pixelBytes));
     IOSurfaceUnlock(surface, kIOSurfaceLockReadOnly, nullptr);
 }
 
@@ -29,7 +42,8 @@ void takeFrame(const MirrorManager &manager, CGDisplayStreamFrameStatus status,
 // does not fit 64 bits.
 std::size_t frameSize(unsigned long width, unsigned long height) {
     std::size_t size = 0;
-    if (__builtin_mul_overflow(width, height, &size) || __builtin_mul_overflow(size, 4, &size))
+    if (__builtin_mul_overflow(width, height, &size) ||
+        __builtin_mul_overflow(size, pixelBytes, &size))
         return std::numeric_limits<std::size_t>::max();
     return size;
 }
@@ -71,12 +85,13 @@ int MirrorManager::initDisplayStream() {
         const void *values[] = {frameTime, kCFBooleanFalse};
         const CFDictionaryRef options =
             CFDictionaryCreate(kCFAllocatorDefault, keys, values, 2, nullptr, nullptr);
+        const FrameSize size{screenWidth, screenHeight};
         const dispatch_queue_t queue = dispatch_queue_create("queue for dispatch", nullptr);
         displayStream = CGDisplayStreamCreateWithDispatchQueue(
             displayID, screenWidth, screenHeight, pixelFormatBGRA, options, queue,
             ^(CGDisplayStreamFrameStatus status, std::uint64_t, IOSurfaceRef surface,
               CGDisplayStreamUpdateRef) {
-              takeFrame(*this, status, surface);
+              takeFrame(*this, size, status, surface);
             });
         if (displayStream == nullptr) {
             std::puts("Screen Recording not allowed!");
@@ -95,7 +110,7 @@ void MirrorManager::grabScreen() {
     imageData = CGDataProviderCopyData(dataProvider);
     if (imageData != nullptr) { // null when the display has gone
         std::memcpy(frameBuffer, CFDataGetBytePtr(imageData),
-                    screenHeight * screenWidth * bytesPerPixel);
+                    screenHeight * screenWidth * std::min(bytesPerPixel, pixelBytes));
         CFRelease(imageData);
     }
     CGImageRelease(image);

@@ -10,10 +10,9 @@ struct Fade {
     Cycle next() { return dominant.next(manager); }
 
     bool light(int, const Device &device, PanelFrame &frame) {
-        frame.begin(device.controlVersion, device.numPanels);
-        for (const Panel &panel : device.panels)
-            frame.add(panel.panelID, dominant.sent, manager.fadeTransitionTime);
-        return true;
+        return lightEveryPanel(
+            device, frame, [&](const Panel &) { return dominant.sent; },
+            [&](const Panel &) { return manager.fadeTransitionTime; });
     }
 
     std::int32_t frameDelay() const { return manager.fadeFrameDelay; }

@@ -6,7 +6,8 @@
 //         Looks at the screen and decides what this cycle does.
 //     bool light(int deviceIndex, const Device &device, PanelFrame &frame);
 //         Builds the device's datagram; false when it has nothing to say to this device. Called
-//         for every device, in order, in each cycle that sends.
+//         for every device, in order, in each cycle that sends. lightEveryPanel() does it for modes
+//         in which every panel gets a record.
 //     std::int32_t frameDelay() const;
 //         Milliseconds to sleep after a cycle; 0 or less: none.
 //
@@ -18,6 +19,7 @@
 #include "mirror/screenMirrorMac.h"
 #include "mirror/sharedFlag.h"
 
+#include <algorithm>
 #include <chrono>
 #include <thread>
 
@@ -26,6 +28,20 @@ enum class Cycle {
     hold,  // nothing to send; only sleep
     again, // start the next cycle at once
 };
+
+// Builds a datagram with a record for every panel, asking `colourOf(panel)` and then
+// `timeOf(panel)` panel by panel. Always true.
+template <class ColourOf, class TimeOf>
+bool lightEveryPanel(const Device &device, PanelFrame &frame, ColourOf colourOf, TimeOf timeOf) {
+    frame.begin(device.controlVersion, device.numPanels);
+    const int count = std::min(device.numPanels, static_cast<int>(device.panels.size()));
+    for (int i = 0; i < count; ++i) {
+        const Panel &panel = device.panels[static_cast<std::size_t>(i)];
+        const RGB colour = colourOf(panel);
+        frame.add(panel.panelID, colour, timeOf(panel));
+    }
+    return true;
+}
 
 // Sends one frame to every device. A capture that was asked for before the frame began takes this
 // whole frame, and is then done.

@@ -10,12 +10,12 @@ struct Match {
 
     bool light(int, const Device &device, PanelFrame &frame) {
         const Frame screen = manager.currentFrame();
-        frame.begin(device.controlVersion, device.numPanels);
-        for (const Panel &panel : device.panels)
-            frame.add(panel.panelID,
-                      rootMeanSquare(screen, panel.samplePixels, panel.numSamplePixels),
-                      manager.matchTransitionTime);
-        return true;
+        return lightEveryPanel(
+            device, frame,
+            [&](const Panel &panel) {
+                return rootMeanSquare(screen, panel.samplePixels, panel.numSamplePixels);
+            },
+            [&](const Panel &) { return manager.matchTransitionTime; });
     }
 
     std::int32_t frameDelay() const { return manager.matchFrameDelay; }

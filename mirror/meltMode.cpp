@@ -13,12 +13,12 @@ struct Melt {
     Cycle next() { return dominant.next(manager); }
 
     bool light(int, const Device &device, PanelFrame &frame) {
-        frame.begin(device.controlVersion, device.numPanels);
-        for (const Panel &panel : device.panels)
-            frame.add(panel.panelID, dominant.sent,
-                      std::rand() % manager.meltTransitionTimeRange +
-                          manager.meltTransitionTimeMin);
-        return true;
+        return lightEveryPanel(
+            device, frame, [&](const Panel &) { return dominant.sent; },
+            [&](const Panel &) {
+                return std::rand() % manager.meltTransitionTimeRange +
+                       manager.meltTransitionTimeMin;
+            });
     }
 
     std::int32_t frameDelay() const { return manager.meltFrameDelay; }

@@ -15,7 +15,13 @@ struct Palette {
     // The manager's palette is the host's to read; this tick's colours stay here, where no
     // getPalette() replaces them half-way.
     Cycle next() {
-        const std::lock_guard lock(manager.mutex);
+        // Not waited for: a signal that interrupts getPalette() ends the run on the very thread
+        // that holds the lock.
+        const std::unique_lock lock(manager.mutex, std::try_to_lock);
+        if (!lock) {
+            std::this_thread::yield();
+            return Cycle::again;
+        }
         colours = manager.getPaletteFromScreen(manager.paletteSize);
         manager.palette = colours;
         return colours.empty() ? Cycle::again : Cycle::send;

@@ -21,11 +21,16 @@ HandledSignal handledSignals[] = {{SIGINT}, {SIGABRT}, {SIGTERM}, {SIGBUS},
 
 bool exiting = false;
 
-// Waits, not for ever, until a run that somebody else joins is over.
-void awaitEnded() {
-    constexpr int patience = 2000; // milliseconds
-    for (int waited = 0; runPhase != RunPhase::ended && waited < patience; ++waited)
+// Waits for the run to come to a phase, but not for ever: it may need what the thread that this
+// handler has interrupted holds.
+template <class Predicate> bool awaitRun(Predicate isThere) {
+    constexpr int patience = 5000; // milliseconds; a stream's stop takes up to three seconds
+    for (int waited = 0; !isThere(runPhase.load()); ++waited) {
+        if (waited == patience)
+            return false;
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return true;
 }
 
 } // namespace
@@ -59,16 +64,20 @@ void MirrorManager::static_signalHandler(int signum) {
 
 // Any thread. It does what a signal handler may not do by the book: the process is ending.
 void MirrorManager::signalHandler(int signum) {
-    const bool onMirrorThread = std::this_thread::get_id() == mirrorThread.get_id();
-    if (!onMirrorThread)
-        runPhase.wait(RunPhase::starting); // a stop before the run has begun would be lost
+    const bool elsewhere = std::this_thread::get_id() != mirrorThread.get_id();
+    const bool runExists = mirrorThread.joinable();
+    // A stop before the run has begun would be lost.
+    if (runExists && elsewhere)
+        awaitRun([](RunPhase phase) { return phase != RunPhase::starting; });
     writeFlag(running, false);
-    if (!joinMirror(mirrorThread)) {
-        // This is the mirroring thread itself, or it was joining it when the signal came.
-        if (!onMirrorThread)
-            awaitEnded();
+    // A join would be for ever if the run waits for what this thread holds.
+    if (runExists && elsewhere &&
+        !awaitRun([](RunPhase phase) { return phase == RunPhase::ended; }))
+        std::puts("Error stopping mirror");
+    else
+        joinMirror(mirrorThread); // fails on the mirroring thread itself, or inside another join
+    if (mirrorThread.joinable())
         letGo(mirrorThread);
-    }
     exiting = true;
     try {
         std::exit(signum);

@@ -93,6 +93,11 @@ protected:
     }
 
     test::VirtualScreen screen{200, 100};
+    static std::string inPaletteMode() {
+        return test::documentOf(test::displayIDs().at(0), 3,
+                                {{"127.0.56.1", 1, 0, 0.2, {{1, 40, 40}}}});
+    }
+
     std::string config;
 };
 
@@ -153,6 +158,25 @@ TEST_F(ChildTest, InterruptAtAnyMoment) {
         host.signal(SIGINT);
         ASSERT_EQ(host.end(), SIGINT) << host.said;
     }
+}
+
+// The interrupted thread may hold the lock that the mode wants.
+TEST_F(ChildTest, InterruptWhileAskingForThePalette) {
+    for (int round = 0; round < 20; ++round) {
+        Child host({SIGNALHOST, MIRROR_LIBRARY, inPaletteMode(), "ask"});
+        ASSERT_TRUE(host.says("ready\n")) << host.said;
+        usleep(static_cast<useconds_t>(round * 7919)); // spreads the moments; nothing is awaited
+        host.signal(SIGINT);
+        ASSERT_EQ(host.end(), SIGINT) << host.said;
+    }
+}
+
+TEST_F(ChildTest, InterruptBeforeTheThreadIsMade) {
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+    GTEST_SKIP() << "the sanitizers have a pthread_create of their own";
+#endif
+    Child host({SIGNALHOST, MIRROR_LIBRARY, config, "again"});
+    EXPECT_EQ(host.end(), SIGINT) << host.said;
 }
 
 } // namespace

@@ -6,10 +6,15 @@
  *       "fault"  the first send faults on the mirroring thread
  *       "cycle"  prints "ready" and then starts and stops without end
  *       "after"  prints "ready" after a run has been stopped and waits
+ *       "ask"    prints "ready" and then asks for the palette without end
+ *       "again"  is interrupted in its second start, just before the thread is made
  */
+#define _GNU_SOURCE
 #include "mirror/mirrorInterface.h"
 
 #include <dlfcn.h>
+#include <pthread.h>
+#include <signal.h>
 #include <stdio.h>
 #include <string.h>
 #include <sys/socket.h>
@@ -31,6 +36,23 @@ ssize_t sendto(int fd, const void *bytes, size_t length, int flags, const struct
     return sendmsg(fd, &message, flags);
 }
 
+#if !__has_feature(address_sanitizer) && !__has_feature(thread_sanitizer)
+static int interrupted = 0;
+
+/* Stands before the C library's own. */
+int pthread_create(pthread_t *thread, const pthread_attr_t *attributes, void *(*run)(void *),
+                   void *argument) {
+    int (*real)(pthread_t *, const pthread_attr_t *, void *(*)(void *), void *) =
+        (int (*)(pthread_t *, const pthread_attr_t *, void *(*)(void *), void *))dlsym(
+            RTLD_NEXT, "pthread_create");
+    if (interrupted)
+        raise(SIGINT);
+    return real(thread, attributes, run, argument);
+}
+#else
+static int interrupted = 0; /* the sanitizers have a pthread_create of their own */
+#endif
+
 int main(int argc, char **argv) {
     if (argc != 4)
         return 100;
@@ -45,9 +67,21 @@ int main(int argc, char **argv) {
         return 102;
     if (strcmp(argv[3], "after") == 0)
         stop();
+    if (strcmp(argv[3], "again") == 0) {
+        stop();
+        interrupted = 1;
+        start();
+        return 104;
+    }
     /* Not through stdio: the exit in a signal handler would flush a half-flushed buffer again. */
     if (write(STDOUT_FILENO, "ready\n", 6) != 6)
         return 103;
+    if (strcmp(argv[3], "ask") == 0) {
+        int (*ask)(char *) = (int (*)(char *))dlsym(handle, "getPalette");
+        char palette[512];
+        for (;;)
+            ask(palette);
+    }
     if (strcmp(argv[3], "cycle") == 0) {
         for (;;) {
             stop();

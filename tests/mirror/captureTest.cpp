@@ -96,6 +96,27 @@ TEST_F(Capture, NoBufferReadsAsBlack) {
     EXPECT_STREQ(text, R"({"palette":[{"R":0,"G":0,"B":0}]})");
 }
 
+// A run that failed leaves its stream running; the next configuration may be for a larger display.
+TEST_F(Capture, FramesOfAnEarlierConfigurationsSizeAreNotTaken) {
+    ASSERT_EQ(configure(document("[]")), 1);
+    mirrorManager.deInitScreen();
+    mirrorManager.screenWidth = 1000;
+    mirrorManager.frameBuffer = new unsigned char[1000 * 48 * 4]();
+    const auto white = screenOf(0xffffffff);
+    fake::deliver(kCGDisplayStreamFrameStatusFrameComplete, &white);
+    EXPECT_EQ(mirrorManager.grabPixel(5).r, 0);
+}
+
+// The buffer and the stream have four bytes a pixel, also when the display's images have more.
+TEST_F(Capture, DeepDisplaysFitTheBuffer) {
+    fake::platform().displays = {{1, 64, 48, 64}};
+    ASSERT_EQ(configure(document("[]")), 1);
+    EXPECT_EQ(mirrorManager.bytesPerPixel, 8u);
+    const auto screen = screenOf(0x010203);
+    fake::deliver(kCGDisplayStreamFrameStatusFrameComplete, &screen);
+    EXPECT_TRUE(bufferIs(screen));
+}
+
 // A run may end by itself, and free its buffer, while the host asks for a palette.
 TEST_F(Capture, ABufferThatIsBeingReadIsNotFreed) {
     mirrorManager.displayID = 1;

@@ -39,4 +39,16 @@ TEST_F(FadeMode, NothingIsRandom) {
     EXPECT_TRUE(system.draws.empty());
 }
 
+// A configuration makes the two numbers equal; a device made by hand may not.
+TEST_F(FadeMode, TheCountOfPanelsIsTheDevices) {
+    for (const int n : {0, 1, 2}) {
+        lights({{1, {3, 4, 5}}});
+        mirrorManager.devices[0].numPanels = n;
+        fade(0xff0000);
+        const auto got = arrived(0);
+        ASSERT_EQ(got.size(), 1u);
+        EXPECT_EQ(got[0].size(), 1 + 7 * static_cast<std::size_t>(n));
+    }
+}
+
 } // namespace
