@@ -120,11 +120,15 @@ void Capture::followLayout(const std::function<void(CaptureNews)> &news) {
         news(CaptureNews::Blank);
 }
 
+Clock::time_point Capture::earliestHandlerCall() const {
+    return gate.lastHandlerCall() + settings.minimumFrameTime;
+}
+
 std::optional<Clock::time_point> Capture::nextLook() const {
     if (!present)
         return std::nullopt;
     if (damaged || allWanted)
-        return std::max(notBefore, gate.lastHandlerCall() + settings.minimumFrameTime);
+        return std::max(notBefore, earliestHandlerCall() - lead);
     return afterthought;
 }
 
@@ -172,7 +176,11 @@ void Capture::look(const std::function<void(CaptureNews)> &news) {
         return;
     allWanted = false;
     afterthought = now + refreshPeriod;
-    deafUntil = Clock::now() + std::min(settings.minimumFrameTime, longestDeafness) + handlerLag;
+    lead = std::min(Clock::now() - now, settings.minimumFrameTime / 4);
+    while (Clock::now() < earliestHandlerCall() && !gate.isStopped())
+        gate.wait(-1, earliestHandlerCall());
+    deafUntil =
+        Clock::now() + std::min(settings.minimumFrameTime, longestDeafness) + handlerLag - lead;
     gate.handOver();
     news(CaptureNews::Frame);
 }

@@ -38,9 +38,10 @@ public:
     // Capture thread: returns when the gate is stopped or the server is gone. Tells `news`, on
     // this thread, about each frame and, once each time, about the loss of the monitor.
     //
-    // A frame is painted when something was drawn, at the earliest the minimum frame time after
-    // the last one reached the handler, and never while the handler reads. Nothing is queued: what
-    // is painted is what the screen shows then. A screen that holds still is not looked at, except
+    // A frame is painted when something was drawn, and never while the handler reads. It reaches the
+    // handler at the earliest the minimum frame time after the last one; painting begins so much
+    // sooner as it took the last time, so that the reading does not add to that time. Nothing is
+    // queued: what is painted is what the screen shows then. A screen that holds still is not looked at, except
     // once, a second after its last change, in case a report of damage was lost.
     void run(const std::function<void(CaptureNews)> &news);
 
@@ -58,6 +59,7 @@ private:
     bool aim();
     std::optional<Clock::time_point> nextLook() const;
     void look(const std::function<void(CaptureNews)> &news);
+    Clock::time_point earliestHandlerCall() const;
     ReadOutcome update(Clock::time_point now, bool &changed);
 
     const CaptureSettings settings;
@@ -75,6 +77,7 @@ private:
     Rect rootArea;
     bool everythingMoves = false; // the last damage covered the whole monitor
     Clock::time_point deafUntil{};
+    Clock::duration lead{}; // how much sooner than the next frame may come to begin to paint it
     Clock::time_point notBefore{};                 // the earliest next look
     Clock::time_point lastWhole{};                 // when the whole frame was last painted
     std::optional<Clock::time_point> afterthought; // when to look for damage never reported
