@@ -1,6 +1,6 @@
 // Hosts that load the library themselves: unloading in mid-run, and the signals.
 #include "mirror/mirrorInterface.h"
-#include "tests/endToEnd/lightSpec.h"
+#include "tests/endToEnd/lightSetup.h"
 #include "tests/support/virtualScreen.h"
 
 #include <csignal>

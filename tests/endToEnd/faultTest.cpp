@@ -1,19 +1,19 @@
 // What can go wrong around a run, through the C interface alone.
 #include "mirror/mirrorInterface.h"
-#include "tests/endToEnd/lightSpec.h"
+#include "tests/endToEnd/lightSetup.h"
 #include "tests/support/virtualScreen.h"
 
 #include <chrono>
 #include <cstdlib>
 
 using test::LightReceiver;
-using test::LightSpec;
+using test::LightSetup;
 using testing::internal::CaptureStdout;
 using testing::internal::GetCapturedStdout;
 
 namespace {
 
-const std::vector<LightSpec> oneLight = {{"127.0.55.1", 1, 0, 0.2, {{1, 40, 40}}}};
+const std::vector<LightSetup> oneLight = {{"127.0.55.1", 1, 0, 0.2, {{1, 40, 40}}}};
 
 class Fault : public testing::Test {
 protected:

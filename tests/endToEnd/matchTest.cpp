@@ -1,5 +1,5 @@
 #include "mirror/mirrorInterface.h"
-#include "tests/endToEnd/lightSpec.h"
+#include "tests/endToEnd/lightSetup.h"
 #include "tests/support/virtualScreen.h"
 
 #include <cstdlib>
@@ -9,14 +9,14 @@
 using test::arrives;
 using test::Datagram;
 using test::LightReceiver;
-using test::LightSpec;
+using test::LightSetup;
 using test::matchDatagram;
 using test::Picture;
 
 namespace {
 
 // A narrow, a wide and an IPv6 light, with panels in the middle, at every edge and small ones.
-std::vector<LightSpec> wall(int width, int height) {
+std::vector<LightSetup> wall(int width, int height) {
     return {
         {"127.0.54.1", 1, 0, 0.5, {{3, 100, 90}, {300, 5, 5}, {7, width - 4, height - 4}}},
         {"127.0.54.2", 2, 1, 1.25, {{258, width / 2, height / 2}, {-1, 0, height - 1}}},
@@ -29,7 +29,7 @@ protected:
     void TearDown() override { stopMirror(); }
 
     void listen() {
-        for (const LightSpec &light : lights)
+        for (const LightSetup &light : lights)
             receivers.push_back(std::make_unique<LightReceiver>(light.ip, light.port()));
     }
 
@@ -47,7 +47,7 @@ protected:
             receiver->drain();
     }
 
-    std::vector<LightSpec> lights;
+    std::vector<LightSetup> lights;
     std::vector<std::unique_ptr<LightReceiver>> receivers;
 };
 

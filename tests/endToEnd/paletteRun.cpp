@@ -2,9 +2,9 @@
 
 namespace test {
 
-PaletteForecast::PaletteForecast(const std::vector<LightSpec> &lights_, unsigned seed)
+PaletteForecast::PaletteForecast(const std::vector<LightSetup> &lights_, unsigned seed)
     : lights(lights_), random(seed) {
-    for (const LightSpec &light : lights)
+    for (const LightSetup &light : lights)
         left.emplace_back(light.panels.size(), 0);
 }
 

@@ -1,7 +1,7 @@
 // Palette mode foretold: its datagrams tick by tick from the number that seeded it.
 #pragma once
 
-#include "tests/endToEnd/lightSpec.h"
+#include "tests/endToEnd/lightSetup.h"
 #include "tests/endToEnd/systemRandom.h"
 #include "tests/support/panelRecords.h"
 
@@ -14,7 +14,7 @@ using Palette = std::vector<std::uint32_t>;
 
 class PaletteForecast {
 public:
-    PaletteForecast(const std::vector<LightSpec> &lights, unsigned seed);
+    PaletteForecast(const std::vector<LightSetup> &lights, unsigned seed);
 
     // A panel that changes in this tick; its colour is `colourDraw` modulo the palette's length.
     struct Change {
@@ -27,7 +27,7 @@ public:
     std::vector<std::vector<Change>> tick();
 
 private:
-    const std::vector<LightSpec> &lights;
+    const std::vector<LightSetup> &lights;
     SystemRandom random;
     std::vector<std::vector<int>> left; // ticks until a panel changes; 0: now
 };

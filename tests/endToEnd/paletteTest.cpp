@@ -91,7 +91,7 @@ protected:
         return from;
     }
 
-    const std::vector<test::LightSpec> wall = {
+    const std::vector<test::LightSetup> wall = {
         {"127.0.57.41", 1, 0, 0.1, test::panels(200, 60)},
         {"127.0.57.42", 2, 1, 0.1, test::panels(300, 3)},
         {"127.0.57.43", 1, 0, 0.1, {}},

@@ -12,7 +12,7 @@ namespace {
 
 class Snapshot : public test::WallRun {
 protected:
-    const std::vector<test::LightSpec> wall = {
+    const std::vector<test::LightSetup> wall = {
         {"127.0.57.51", 1, 0, 0.3, {{3, 20, 20}, {300, 80, 80}}},
         {"127.0.57.52", 2, 1, 0.3, {{258, 50, 50}, {-1, 10, 90}, {7, 99, 0}}},
         {"127.0.57.53", 1, 0, 0.1, {}},

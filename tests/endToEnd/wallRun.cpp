@@ -96,10 +96,10 @@ void WallRun::TearDown() {
     output.reset();
 }
 
-void WallRun::start(int mode, const std::vector<LightSpec> &wanted) {
+void WallRun::start(int mode, const std::vector<LightSetup> &wanted) {
     lights = wanted;
     receivers.clear();
-    for (const LightSpec &light : lights)
+    for (const LightSetup &light : lights)
         receivers.push_back(std::make_unique<LightReceiver>(light.ip, light.port()));
     std::string document = documentOf(displayIDs().at(0), mode, lights);
     ASSERT_EQ(setMirrorConfig(document.data()), 1);
@@ -107,7 +107,7 @@ void WallRun::start(int mode, const std::vector<LightSpec> &wanted) {
     ASSERT_EQ(startMirror(), 1);
 }
 
-void WallRun::startAtPoll(int mode, const std::vector<LightSpec> &wanted) {
+void WallRun::startAtPoll(int mode, const std::vector<LightSetup> &wanted) {
     const Pixels dark = averagingTo({0, 0, 0});
     screen.putPixels(0, 0, screenSide, screenSide, dark.data());
     output.emplace();
@@ -186,8 +186,8 @@ std::string WallRun::snapshotOf(const std::vector<std::string> &lines) const {
     return text + "]}";
 }
 
-std::vector<PanelSpec> panels(int first, int count) {
-    std::vector<PanelSpec> all;
+std::vector<PanelPlace> panels(int first, int count) {
+    std::vector<PanelPlace> all;
     for (int i = 0; i < count; ++i)
         all.push_back({first + i, 50, 50});
     return all;

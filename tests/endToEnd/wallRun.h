@@ -2,7 +2,7 @@
 #pragma once
 
 #include "tests/colour/dominantScreen.h"
-#include "tests/endToEnd/lightSpec.h"
+#include "tests/endToEnd/lightSetup.h"
 #include "tests/support/panelRecords.h"
 #include "tests/support/virtualScreen.h"
 
@@ -45,12 +45,12 @@ protected:
     void TearDown() override;
 
     // Configures and starts. `lights` are on 127.0.57.x; listens to each from before the start.
-    void start(int mode, const std::vector<LightSpec> &lights);
+    void start(int mode, const std::vector<LightSetup> &lights);
 
     // The same for melt and fade mode, over a dark screen, and waits for a poll of it. Who draws
     // right after a poll, or after a datagram, which follows on one, has drawn long before the next
     // poll: a frame that is read while it is written, which may give any colour, is out of the way.
-    void startAtPoll(int mode, const std::vector<LightSpec> &lights);
+    void startAtPoll(int mode, const std::vector<LightSetup> &lights);
 
     // Draws a screen and waits until the library's frame is that screen.
     void show(const Pixels &screen);
@@ -83,13 +83,13 @@ protected:
     }
 
     VirtualScreen screen{screenSide, screenSide};
-    std::vector<LightSpec> lights;
+    std::vector<LightSetup> lights;
     std::vector<std::unique_ptr<LightReceiver>> receivers;
     std::time_t startedAt = 0;
     std::optional<OutputLines> output;
 };
 
 // `count` panels with identifiers from `first` on, in the middle of the screen.
-std::vector<PanelSpec> panels(int first, int count);
+std::vector<PanelPlace> panels(int first, int count);
 
 } // namespace test

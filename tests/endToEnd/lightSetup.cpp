@@ -1,4 +1,4 @@
-#include "tests/endToEnd/lightSpec.h"
+#include "tests/endToEnd/lightSetup.h"
 #include "mirror/mirrorInterface.h"
 
 #include <algorithm>
@@ -13,7 +13,7 @@ namespace {
 
 // The positions of a panel's 100 sample pixels; a panel may reach over the left, top, right and
 // bottom edge, but no centre lies so far out that a square has to be rebuilt.
-std::vector<std::size_t> samplesOf(const LightSpec &light, const PanelSpec &panel,
+std::vector<std::size_t> samplesOf(const LightSetup &light, const PanelPlace &panel,
                                    const Picture &picture) {
     const int r =
         static_cast<int>(light.scaleFactor * (light.shapeType == 0 ? 150.0 : 100.0) / 3.0);
@@ -57,11 +57,11 @@ Picture noise(int width, int height, unsigned seed) {
     return picture;
 }
 
-std::string documentOf(std::uint32_t displayID, int mode, const std::vector<LightSpec> &lights) {
+std::string documentOf(std::uint32_t displayID, int mode, const std::vector<LightSetup> &lights) {
     std::ostringstream text;
     text << "{\"displayID\":" << displayID << ",\"mode\":" << mode << ",\"devices\":[";
     for (std::size_t d = 0; d < lights.size(); ++d) {
-        const LightSpec &light = lights[d];
+        const LightSetup &light = lights[d];
         text << (d ? "," : "") << "{\"ip\":\"" << light.ip
              << "\",\"controlVersion\":" << light.controlVersion
              << ",\"shapeType\":" << light.shapeType << ",\"scaleFactor\":" << light.scaleFactor
@@ -76,7 +76,7 @@ std::string documentOf(std::uint32_t displayID, int mode, const std::vector<Ligh
     return text.str();
 }
 
-Datagram matchDatagram(const LightSpec &light, const Picture &picture) {
+Datagram matchDatagram(const LightSetup &light, const Picture &picture) {
     const bool narrow = light.controlVersion == 1;
     Datagram bytes;
     const auto append = [&](int value) { bytes.push_back(static_cast<std::uint8_t>(value)); };
@@ -86,7 +86,7 @@ Datagram matchDatagram(const LightSpec &light, const Picture &picture) {
     };
     const int count = static_cast<int>(light.panels.size());
     narrow ? append(count) : appendWide(count);
-    for (const PanelSpec &panel : light.panels) {
+    for (const PanelPlace &panel : light.panels) {
         if (narrow) {
             append(panel.id);
             append(1);

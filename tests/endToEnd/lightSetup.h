@@ -10,18 +10,18 @@
 
 namespace test {
 
-struct PanelSpec {
+struct PanelPlace {
     int id;
     int x;
     int y;
 };
 
-struct LightSpec {
+struct LightSetup {
     std::string ip;
     int controlVersion;
     int shapeType;
     double scaleFactor;
-    std::vector<PanelSpec> panels;
+    std::vector<PanelPlace> panels;
 
     int port() const { return controlVersion == 1 ? 60221 : 60222; }
 };
@@ -37,10 +37,10 @@ Picture plain(int width, int height, std::uint32_t colour);
 Picture noise(int width, int height, unsigned seed);
 
 // The configuration document for these lights.
-std::string documentOf(std::uint32_t displayID, int mode, const std::vector<LightSpec> &lights);
+std::string documentOf(std::uint32_t displayID, int mode, const std::vector<LightSetup> &lights);
 
 // The datagram that match mode sends to `light` for `picture`, worked out on its own.
-Datagram matchDatagram(const LightSpec &light, const Picture &picture);
+Datagram matchDatagram(const LightSetup &light, const Picture &picture);
 
 // Waits for `wanted`; every datagram before it must be `earlier`, but for one that was made while
 // the new frame was being copied. False with a message otherwise.
