@@ -1,36 +1,18 @@
 #include "net/udpSocket.h"
 #include "tests/support/lightReceiver.h"
+#include "tests/support/noDescriptors.h"
 
 #include <arpa/inet.h>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <ifaddrs.h>
-#include <sys/resource.h>
 #include <unistd.h>
 
 namespace {
 
 using testing::internal::CaptureStdout;
 using testing::internal::GetCapturedStdout;
-
-// Lets a scope open no descriptor.
-class NoDescriptors {
-public:
-    NoDescriptors() {
-        getrlimit(RLIMIT_NOFILE, &before);
-        rlimit none = before;
-        none.rlim_cur = 0;
-        setrlimit(RLIMIT_NOFILE, &none);
-    }
-    ~NoDescriptors() { setrlimit(RLIMIT_NOFILE, &before); }
-    NoDescriptors(const NoDescriptors &) = delete;
-    NoDescriptors &operator=(const NoDescriptors &) = delete;
-
-private:
-    rlimit before;
-};
 
 sockaddr_in ipv4Of(const sockaddr_storage &address) {
     sockaddr_in result;
@@ -171,6 +153,20 @@ TEST(UdpSocket, BindAfterAnIpv4RemoteStillBinds) {
     EXPECT_EQ(socket.bindTo("127.0.50.4", 0), 0);
 }
 
+// Too short a length for the address that is to be bound.
+TEST(UdpSocket, BindTakesTheLengthOfTheRemotesFamily) {
+    UdpSocket socket;
+    const int first = socket.socketFd;
+    socket.setRemote("::1", 9);
+    close(first);
+    socket.setRemote("127.0.0.1", 9);
+    CaptureStdout();
+    EXPECT_EQ(socket.bindTo("::1", 0), -1);
+    EXPECT_EQ(GetCapturedStdout(),
+              std::string("cannot bind socket : ") + std::strerror(EINVAL) + "\n");
+    EXPECT_EQ(boundPort(socket), 0);
+}
+
 TEST(UdpSocket, FailedBindSaysWhyAndStaysConnected) {
     test::LightReceiver taken("127.0.50.5", 0);
     CaptureStdout();
@@ -216,7 +212,9 @@ TEST(UdpSocket, TimeoutSplitsTowardsZero) {
 
 TEST(UdpSocket, NonBlockingModeIsRefusedOnAnOpenSocket) {
     UdpSocket socket;
+    fcntl(socket.socketFd, F_SETFL, O_APPEND);
     const int flags = fcntl(socket.socketFd, F_GETFL);
+    ASSERT_NE(flags & O_APPEND, 0);
     CaptureStdout();
     EXPECT_EQ(socket.enableNonBlockingMode(), -1);
     EXPECT_EQ(GetCapturedStdout(), "Socket is already connected, cannot make changes now\n");
@@ -224,13 +222,13 @@ TEST(UdpSocket, NonBlockingModeIsRefusedOnAnOpenSocket) {
 
     socket.connected = false;
     EXPECT_EQ(socket.enableNonBlockingMode(), 0);
-    EXPECT_NE(fcntl(socket.socketFd, F_GETFL) & O_NONBLOCK, 0);
+    EXPECT_EQ(fcntl(socket.socketFd, F_GETFL), O_RDWR | O_NONBLOCK); // and nothing else
 }
 
 TEST(UdpSocket, WithoutADescriptorEveryTransferFails) {
     CaptureStdout();
     {
-        const NoDescriptors none;
+        const test::NoDescriptors none;
         UdpSocket socket;
         EXPECT_LT(socket.socketFd, 0);
         EXPECT_FALSE(socket.connected);
@@ -256,41 +254,6 @@ TEST(UdpSocket, SendFailureIsSilent) {
     CaptureStdout();
     EXPECT_EQ(socket.send(tooLong.data(), static_cast<int>(tooLong.size())), -1);
     EXPECT_EQ(GetCapturedStdout(), "");
-}
-
-// The machine's own interfaces, read a second time by the test.
-TEST(UdpSocket, LocalAddresses) {
-    std::string first, last, printed4, printed6, text6;
-    ifaddrs *list = nullptr;
-    ASSERT_EQ(getifaddrs(&list), 0);
-    for (const ifaddrs *entry = list; entry != nullptr; entry = entry->ifa_next) {
-        if (entry->ifa_addr == nullptr)
-            continue;
-        char text[INET6_ADDRSTRLEN] = "";
-        const std::string name = entry->ifa_name;
-        if (entry->ifa_addr->sa_family == AF_INET && first.empty()) {
-            const in_addr address = reinterpret_cast<sockaddr_in *>(entry->ifa_addr)->sin_addr;
-            inet_ntop(AF_INET, &address, text, sizeof text);
-            printed4 += "'" + name + "': \nip : " + std::to_string(ntohl(address.s_addr)) + "\n";
-            if (std::string(text) != "127.0.0.1")
-                first = text;
-        }
-        if (entry->ifa_addr->sa_family == AF_INET6) {
-            printed6 += "'" + name + "': " + last + "\n";
-            inet_ntop(AF_INET6, &reinterpret_cast<sockaddr_in6 *>(entry->ifa_addr)->sin6_addr, text,
-                      sizeof text);
-            last = text;
-        }
-    }
-    freeifaddrs(list);
-
-    UdpSocket socket;
-    CaptureStdout();
-    EXPECT_EQ(socket.getLocalIp(), first);
-    EXPECT_EQ(GetCapturedStdout(), printed4);
-    CaptureStdout();
-    EXPECT_EQ(socket.getLocalIpv6(), last);
-    EXPECT_EQ(GetCapturedStdout(), printed6);
 }
 
 } // namespace
