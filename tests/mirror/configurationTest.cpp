@@ -1,6 +1,10 @@
 #include "mirror/mirrorInterface.h"
 #include "tests/mirror/manager.h"
 
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+
 namespace {
 
 class Configuration : public ManagerTest {};
@@ -80,6 +84,12 @@ TEST_F(Configuration, AsksForTheStreamThatItNeeds) {
     EXPECT_EQ(fake::platform().calls,
               (std::vector<std::string>{"CGDisplayCreateImage", "CGImageRelease",
                                         "CGDisplayStreamCreateWithDispatchQueue"}));
+}
+
+TEST_F(Configuration, TheStreamsFrameTimeIsTheFields) {
+    mirrorManager.minimumFrameTime = 0.5;
+    ASSERT_EQ(configure(document("[]")), 1);
+    EXPECT_EQ(fake::platform().request.minimumFrameTime, 0.5);
 }
 
 TEST_F(Configuration, KeepsTheIpUpToItsFirstNul) {
@@ -234,6 +244,35 @@ TEST_F(ConfigurationDeathTest, MissingOrMistypedMembersStopTheProcess) {
     };
     for (const std::string &text : texts)
         EXPECT_EXIT(configure(text), testing::KilledBySignal(SIGABRT), "Assertion") << text;
+}
+
+const MirrorManager *aborted;
+const unsigned char *earlierBuffer;
+
+void printAbortedManager(int) {
+    const MirrorManager &m = *aborted;
+    std::fprintf(stderr, "calls %zu display %u size %lux%lux%lu mode %d devices %zu %s %s\n",
+                 fake::platform().calls.size(), m.displayID, m.screenWidth, m.screenHeight,
+                 m.bytesPerPixel, m.mode, m.devices.size(),
+                 m.frameBuffer == earlierBuffer ? "same buffer" : "new buffer",
+                 m.displayStream != nullptr ? "same stream" : "no stream");
+    std::_Exit(3);
+}
+
+TEST_F(ConfigurationDeathTest, AnEmptyObjectStopsTheProcessBeforeAnythingChanges) {
+    GTEST_FLAG_SET(death_test_style, "fast");
+    fake::platform().displays = {{42, 20, 10}};
+    ASSERT_EQ(configure(document("[" + device("127.0.0.2", 2, "[]") + "]", 3, 42)), 1);
+    fake::forgetCalls();
+    aborted = &mirrorManager;
+    earlierBuffer = mirrorManager.frameBuffer;
+    EXPECT_EXIT(
+        {
+            std::signal(SIGABRT, printAbortedManager);
+            configure("{}");
+        },
+        testing::ExitedWithCode(3),
+        "calls 0 display 42 size 20x10x4 mode 3 devices 1 same buffer same stream");
 }
 
 TEST_F(Configuration, FunctionsForwardToTheManager) {

@@ -50,8 +50,10 @@ private:
         mirrorManager.mode = 0;
         mirrorManager.displayID = 0;
         mirrorManager.displayStream = nullptr;
+        mirrorManager.matchTransitionTime = 1;
         mirrorManager.matchFrameDelay = 42;
         mirrorManager.paletteSize = 8;
+        mirrorManager.minimumFrameTime = 0.03;
         std::fill(std::begin(mirrorManager.samplePixels), std::end(mirrorManager.samplePixels), 0);
     }
 };

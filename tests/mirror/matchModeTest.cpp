@@ -56,6 +56,18 @@ TEST_F(MatchMode, SendsEachPanelsOwnColour) {
     });
 }
 
+TEST_F(MatchMode, TheTransitionTimeIsTheFields) {
+    const std::string panels = "[" + panel(7, 10, 10) + "]";
+    ASSERT_EQ(
+        configure(document("[" + device("-", 1, panels) + "," + device("-", 2, panels) + "]")), 1);
+    aim(2, "127.0.52.8");
+    mirrorManager.matchTransitionTime = 300; // 1, 44
+    run(2, [&] {
+        EXPECT_EQ(lights[0]->next(), (Datagram{1, 7, 1, 0, 0, 0, 0, 44}));
+        EXPECT_EQ(lights[1]->next(), (Datagram{0, 1, 0, 7, 0, 0, 0, 0, 1, 44}));
+    });
+}
+
 TEST_F(MatchMode, AlreadyStoppedSendsNothingButRebuildsTheGrid) {
     ASSERT_EQ(configure(document("[" + device("-", 1, "[]") + "]")), 1);
     aim(1, "127.0.52.2");
