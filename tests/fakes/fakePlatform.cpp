@@ -125,11 +125,11 @@ CGDataProviderRef CGImageGetDataProvider(CGImageRef image) {
 }
 
 void CGImageRelease(CGImageRef image) {
+    if (image != nullptr) {
+        --fake::platform().imagesAlive;
+        delete image;
+    }
     record("CGImageRelease");
-    if (image == nullptr)
-        return;
-    --fake::platform().imagesAlive;
-    delete image;
 }
 
 CFDataRef CGDataProviderCopyData(CGDataProviderRef provider) {

@@ -1,0 +1,19 @@
+// The program's operator new, which a test can make fail.
+#pragma once
+
+namespace test {
+
+// While one of these exists, one allocation of this thread throws std::bad_alloc: the nth, counted
+// from 1. One at a time a thread.
+class FailingAllocation {
+public:
+    explicit FailingAllocation(int nth);
+    ~FailingAllocation();
+    FailingAllocation(const FailingAllocation &) = delete;
+    FailingAllocation &operator=(const FailingAllocation &) = delete;
+
+    // False while fewer than n allocations have been made.
+    bool happened() const;
+};
+
+} // namespace test

@@ -1,0 +1,84 @@
+// The exported functions hand on what the manager's methods answer, failures above all.
+#include "mirror/mirrorInterface.h"
+#include "tests/mirror/failingAllocation.h"
+#include "tests/mirror/manager.h"
+#include "tests/mirror/scriptedSystem.h"
+
+#include <future>
+#include <string_view>
+
+namespace {
+
+class Interface : public ManagerTest {
+protected:
+    Interface() { CaptureStdout(); } // the messages are other tests' matter
+    ~Interface() override { GetCapturedStdout(); }
+
+    // The answer of a call whose first allocation fails.
+    template <class Call> static int withoutMemory(Call call) {
+        const test::FailingAllocation failure(1);
+        return call();
+    }
+
+    char buffer[512];
+};
+
+TEST_F(Interface, GetDisplays) {
+    EXPECT_EQ(getDisplays(buffer, sizeof buffer), 1);
+    EXPECT_EQ(withoutMemory([&] { return getDisplays(buffer, sizeof buffer); }), -1);
+}
+
+TEST_F(Interface, GetSizeOfStreamFrameJson) {
+    mirrorManager.streamFrames = {"0 "};
+    constexpr std::string_view text = R"({"numDevices":0,"devices":[]})";
+    EXPECT_EQ(getSizeOfStreamFrameJson(), static_cast<int>(text.size()));
+    EXPECT_EQ(withoutMemory([] { return getSizeOfStreamFrameJson(); }), -1);
+}
+
+TEST_F(Interface, GetStreamFrameJson) {
+    EXPECT_EQ(getStreamFrameJson(buffer), 0);
+    mirrorManager.streamFrameJson = {};
+    EXPECT_EQ(withoutMemory([&] { return getStreamFrameJson(buffer); }), -1);
+}
+
+TEST_F(Interface, CaptureCurrentStreamFrames) {
+    test::ScriptedSystem system;
+    system.atSleep = [] {};
+    EXPECT_EQ(captureCurrentStreamFrames(), -1);
+    system.atSleep = [] { mirrorManager.captureRequested = false; };
+    EXPECT_EQ(captureCurrentStreamFrames(), 0);
+}
+
+TEST_F(Interface, GetPalette) {
+    EXPECT_EQ(getPalette(buffer), 0);
+    mirrorManager.paletteSize = -1;
+    EXPECT_EQ(getPalette(buffer), -1);
+}
+
+TEST_F(Interface, SetMirrorConfig) {
+    std::string good = document("[]"), bad = "{";
+    EXPECT_EQ(setMirrorConfig(good.data()), 1);
+    EXPECT_EQ(setMirrorConfig(bad.data()), 0);
+}
+
+TEST_F(Interface, StartMirror) {
+    EXPECT_EQ(startMirror(), 0);
+    ASSERT_EQ(configure(document("[" + device("127.0.54.2", 1, "[]") + "]")), 1);
+    EXPECT_EQ(withoutMemory([] { return startMirror(); }), -1);
+    EXPECT_EQ(startMirror(), 1);
+}
+
+TEST_F(Interface, StopMirror) {
+    EXPECT_EQ(stopMirror(), 1);
+    int result = 0;
+    std::promise<void> handleIsThere;
+    mirrorManager.mirrorThread = std::thread([&] {
+        handleIsThere.get_future().wait();
+        result = stopMirror();
+    });
+    handleIsThere.set_value();
+    mirrorManager.mirrorThread.join();
+    EXPECT_EQ(result, -1);
+}
+
+} // namespace
