@@ -12,6 +12,7 @@
 #include <dlfcn.h>
 #include <poll.h>
 #include <sched.h>
+#include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -67,6 +68,35 @@ static int awaitDatagrams(int fd, int wanted) {
     return 1;
 }
 
+static const int handledSignals[] = {SIGINT, SIGABRT, SIGTERM, SIGBUS, SIGFPE, SIGPIPE, SIGSEGV};
+enum { signalCount = sizeof handledSignals / sizeof *handledSignals };
+
+static void ownHandler(int number) {
+    _Exit(number);
+}
+
+/* The host's handlers; `installed` is what the system then says of them. */
+static void installHandlers(struct sigaction *installed) {
+    struct sigaction own = {.sa_handler = ownHandler, .sa_flags = SA_NODEFER};
+    sigemptyset(&own.sa_mask);
+    sigaddset(&own.sa_mask, SIGUSR1);
+    for (int i = 0; i < signalCount; ++i) {
+        sigaction(handledSignals[i], &own, NULL);
+        sigaction(handledSignals[i], NULL, &installed[i]);
+    }
+}
+
+static int handlersAre(const struct sigaction *installed) {
+    for (int i = 0; i < signalCount; ++i) {
+        struct sigaction now;
+        sigaction(handledSignals[i], NULL, &now);
+        if (now.sa_handler != installed[i].sa_handler || now.sa_flags != installed[i].sa_flags ||
+            sigismember(&now.sa_mask, SIGUSR1) != 1)
+            return 0;
+    }
+    return 1;
+}
+
 static int oneRound(const char *library, char *config, int receiver) {
     void *handle = dlopen(library, RTLD_NOW | RTLD_LOCAL);
     if (handle == NULL)
@@ -92,11 +122,15 @@ int main(int argc, char **argv) {
         return fail("usage: unloadHost LIBRARY CONFIG ROUNDS PORT");
     const int rounds = atoi(argv[3]);
     const int receiver = listenOn(atoi(argv[4]));
+    struct sigaction handlers[signalCount];
+    installHandlers(handlers);
     int descriptors = 0;
     int threads = 0;
     for (int round = 0; round < rounds; ++round) {
         if (oneRound(argv[1], argv[2], receiver) != 0)
             return 1;
+        if (!handlersAre(handlers))
+            return fail("the host's signal handlers are not back");
         /* What the first round leaves, a sanitizer's own thread for instance, is there to stay. */
         if (round == 0) {
             descriptors = countEntries("/proc/self/fd");
