@@ -43,7 +43,7 @@ protected:
     }
 
     void oneDevice() {
-        ASSERT_EQ(configure(document("[" + device("127.0.54.1", 2, "[]") + "]")), 1);
+        ASSERT_EQ(configure(document("[" + device("127.0.59.1", 2, "[]") + "]")), 1);
     }
 };
 
@@ -117,8 +117,8 @@ TEST_F(AllocationFailure, OfASocketsAddressNamesTheSocket) {
 
 // Once the stream is there, whatever was read stays: the mode, and the devices up to the failure.
 TEST_F(AllocationFailure, OfAConfigurationKeepsWhatWasReadBeforeIt) {
-    std::string both = document("[" + device("127.0.54.11", 1, "[" + panel(1, 2, 3) + "]") + "," +
-                                    device("127.0.54.12", 2, "[" + panel(4, 5, 6) + "]") + "]",
+    std::string both = document("[" + device("127.0.59.11", 1, "[" + panel(1, 2, 3) + "]") + "," +
+                                    device("127.0.59.12", 2, "[" + panel(4, 5, 6) + "]") + "]",
                                 3);
     int afterTheFirst = 0;
     for (int nth = 1;; ++nth) {
@@ -142,7 +142,7 @@ TEST_F(AllocationFailure, OfAConfigurationKeepsWhatWasReadBeforeIt) {
         if (read == 1) {
             ++afterTheFirst;
             EXPECT_EQ(mirrorManager.mode, 3);
-            EXPECT_EQ(mirrorManager.devices[0].ip, "127.0.54.11");
+            EXPECT_EQ(mirrorManager.devices[0].ip, "127.0.59.11");
             EXPECT_EQ(mirrorManager.devices[0].panels.size(), 1u);
         }
     }

@@ -63,7 +63,7 @@ TEST_F(Interface, SetMirrorConfig) {
 
 TEST_F(Interface, StartMirror) {
     EXPECT_EQ(startMirror(), 0);
-    ASSERT_EQ(configure(document("[" + device("127.0.54.2", 1, "[]") + "]")), 1);
+    ASSERT_EQ(configure(document("[" + device("127.0.59.2", 1, "[]") + "]")), 1);
     EXPECT_EQ(withoutMemory([] { return startMirror(); }), -1);
     EXPECT_EQ(startMirror(), 1);
 }

@@ -17,9 +17,9 @@ protected:
 };
 
 TEST_F(RunEnd, WithoutAModeTheStreamIsStartedAndStoppedAtOnce) {
-    test::LightReceiver light("127.0.54.4", 60221);
+    test::LightReceiver light("127.0.59.4", 60221);
     for (const int mode : {4, -1}) {
-        ASSERT_EQ(configure(document("[" + device("127.0.54.4", 1, "[]") + "]", mode)), 1);
+        ASSERT_EQ(configure(document("[" + device("127.0.59.4", 1, "[]") + "]", mode)), 1);
         fake::forgetCalls();
         EXPECT_EQ(run(), "");
         EXPECT_EQ(fake::platform().calls,
@@ -31,8 +31,8 @@ TEST_F(RunEnd, WithoutAModeTheStreamIsStartedAndStoppedAtOnce) {
 
 TEST_F(RunEnd, WithoutAModeASocketADeviceIsOpenedAllTheSame) {
     for (const int mode : {4, -1}) {
-        ASSERT_EQ(configure(document("[" + device("127.0.54.5", 1, "[]") + "," +
-                                         device("127.0.54.5", 2, "[]") + "]",
+        ASSERT_EQ(configure(document("[" + device("127.0.59.5", 1, "[]") + "," +
+                                         device("127.0.59.5", 2, "[]") + "]",
                                      mode)),
                   1);
         CaptureStdout();
@@ -46,7 +46,7 @@ TEST_F(RunEnd, WithoutAModeASocketADeviceIsOpenedAllTheSame) {
 }
 
 TEST_F(RunEnd, ExceptionInAModeLeavesTheStreamAndTheBuffer) {
-    ASSERT_EQ(configure(document("[" + device("127.0.54.6", 1, "[]") + "]", 3)), 1);
+    ASSERT_EQ(configure(document("[" + device("127.0.59.6", 1, "[]") + "]", 3)), 1);
     mirrorManager.paletteSize = -1;
     fake::forgetCalls();
     EXPECT_EQ(run(), "Error during runMirror\n");
