@@ -1,203 +1,149 @@
 #include "tools/config/check.h"
 
-#include "tools/config/quote.h"
+#include "tools/config/pointer.h"
+#include "tools/config/remedy.h"
+#include "tools/config/schema.h"
 
-#include <cmath>
+#include <map>
+#include <rapidjson/pointer.h>
 #include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
-#include <strings.h>
+#include <stdexcept>
+#include <string_view>
 
 namespace config {
 
-static const char anInteger[] = "an integer that fits 32 bits";
-static const char aNumber[] = "a number";
-static const char aString[] = "a string";
-static const char anArray[] = "an array";
-static const char anObject[] = "an object";
-
-static std::string quote(const rapidjson::Value &text) {
-    return quote(text.GetString(), text.GetStringLength());
-}
-
-static std::string numberText(const rapidjson::Value &number) {
-    if (number.IsDouble() && !std::isfinite(number.GetDouble()))
-        return "a number too large for any type";
-    rapidjson::StringBuffer buffer;
-    rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
-    number.Accept(writer);
-    return buffer.GetString();
-}
-
-static std::string describeFound(const rapidjson::Value &value) {
-    switch (value.GetType()) {
-    case rapidjson::kNullType:
-        return "null";
-    case rapidjson::kFalseType:
-        return "false";
-    case rapidjson::kTrueType:
-        return "true";
-    case rapidjson::kObjectType:
-        return "an object";
-    case rapidjson::kArrayType:
-        return "an array";
-    case rapidjson::kStringType:
-        return "the string " + quote(value);
-    case rapidjson::kNumberType:
-        break;
-    }
-    return numberText(value);
-}
-
-// As describeFound, and how to mend an integer that is written as a real number.
-static std::string describeNoInteger(const rapidjson::Value &value) {
-    std::string text = describeFound(value);
-    if (!value.IsDouble())
-        return text;
-    const double number = value.GetDouble();
-    if (std::trunc(number) == number && number >= INT32_MIN && number <= INT32_MAX)
-        text += " (write it without fraction and exponent)";
-    return text;
-}
+// The validator ends at the first error that it meets, so it is asked again and again. To keep that
+// cheap it never sees the document itself: each object is judged alone, as a copy that holds only
+// the members that the schema names, with arrays and objects in them emptied, in its place within
+// an otherwise good document. What is found is then replaced by a good value, until all is good.
 
 namespace {
 
-// One value of the tree that is an object or an array, and where it stands.
-struct Place {
-    const rapidjson::Value &value;
-    std::string pointer;
+using Value = rapidjson::Value;
+using Allocator = rapidjson::Document::AllocatorType;
+
+// One kind of object: where it stands in the good document.
+struct Level {
+    const char *place;
+    const Value &rules;
 };
 
 class Checker {
 public:
-    explicit Checker(std::vector<Problem> &list) : problems(list) {}
+    std::vector<Problem> problems;
 
-    Document readDocument(const rapidjson::Value &root);
+    // Judges the object and all that it holds; `depth` is its level.
+    void judge(const Value &value, const std::string &pointer, std::size_t depth);
 
 private:
-    DeviceEntry readDevice(const Place &device);
-    PanelEntry readPanel(const Place &panel);
+    using Found = std::map<std::string, Problem, std::less<>>; // by the member's name, or ""
 
-    std::int32_t readInteger(const Place &object, const char *name);
-    double readNumber(const Place &object, const char *name);
-    std::string readString(const Place &object, const char *name);
+    Found judgeAlone(const Value &value, const std::string &pointer, const Level &level);
+    bool isFull() const { return problems.size() >= mostProblems; }
 
-    // Calls `read` with every element of an array that is an object; reports those that are not.
-    template <typename Read> void readObjects(const Place &object, const char *name, Read read);
-
-    // The member that the library's lookup takes, the first of that name; null when it is missing,
-    // which is then reported.
-    const rapidjson::Value *find(const Place &object, const char *name, const char *expected);
-
-    void report(const std::string &pointer, const char *expected, const std::string &found) {
-        problems.push_back({pointer, std::string("expected ") + expected + ", found " + found});
-    }
-
-    std::vector<Problem> &problems;
+    const Value &root = schemaTree();
+    const Value &device = follow(root["properties"]["devices"]["items"]);
+    const Value &panel = follow(device["properties"]["panels"]["items"]);
+    const Level levels[3] = {{"", root}, {"/devices/0", device}, {"/devices/0/panels/0", panel}};
+    rapidjson::SchemaValidator validator{documentSchema()};
 };
 
 } // namespace
 
-// The pointer to a member. None of the names has a character that pointers escape.
-static std::string step(const Place &object, const char *name) {
-    return object.pointer + "/" + name;
+static Value emptied(const Value &value, Allocator &allocator) {
+    if (value.IsObject() || value.IsArray())
+        return Value(value.GetType());
+    return Value(value, allocator);
 }
 
-const rapidjson::Value *Checker::find(const Place &object, const char *name, const char *expected) {
-    const auto member = object.value.FindMember(name);
-    if (member != object.value.MemberEnd())
-        return &member->value;
-    std::string found = "no member of this name";
-    for (const auto &other : object.value.GetObject()) {
-        if (strcasecmp(other.name.GetString(), name) == 0) {
-            found += " (" + quote(other.name) + " differs in upper and lower case)";
-            break;
+// The first of each name that the rules have.
+static Value namedMembers(const Value &value, const Value &rules, Allocator &allocator) {
+    if (!value.IsObject())
+        return emptied(value, allocator);
+    Value copy(rapidjson::kObjectType);
+    for (const auto &property : rules["properties"].GetObject()) {
+        const auto member = value.FindMember(property.name);
+        if (member != value.MemberEnd())
+            copy.AddMember(Value(property.name, allocator), emptied(member->value, allocator),
+                           allocator);
+    }
+    return copy;
+}
+
+Checker::Found Checker::judgeAlone(const Value &value, const std::string &pointer,
+                                   const Level &level) {
+    char room[4096];
+    Allocator allocator(room, sizeof room);
+    rapidjson::Document good(&allocator);
+    static_cast<Value &>(good) = sampleOf(root, allocator);
+    Value &object = *rapidjson::Pointer(level.place).Get(good);
+    object = namedMembers(value, level.rules, allocator);
+
+    Found found;
+    for (;;) {
+        validator.Reset();
+        if (good.Accept(validator))
+            return found;
+        rapidjson::StringBuffer text;
+        validator.GetInvalidDocumentPointer().Stringify(text);
+        const std::string at = text.GetString();
+        const std::string_view keyword = validator.GetInvalidSchemaKeyword();
+        if (at == level.place && keyword == "required") {
+            for (const auto &name : level.rules["required"].GetArray()) {
+                if (object.HasMember(name))
+                    continue;
+                const auto &rules = level.rules["properties"][name];
+                found[name.GetString()] = missing(value, pointer, name.GetString(), level.rules);
+                object.AddMember(Value(name, allocator), sampleOf(rules, allocator), allocator);
+            }
+        } else if (at == level.place) {
+            found[""] = mistyped(value, pointer, level.rules);
+            return found;
+        } else {
+            const std::string name = stepsOf(at).back();
+            if (stepsOf(at).size() != stepsOf(level.place).size() + 1 || found.contains(name))
+                throw std::logic_error("the schema does not take its own samples");
+            const auto &rules = level.rules["properties"][name.c_str()];
+            found[name] = mistyped(value[name.c_str()], stepInto(pointer, name), rules);
+            object[name.c_str()] = sampleOf(rules, allocator);
         }
     }
-    report(step(object, name), expected, found);
-    return nullptr;
 }
 
-std::int32_t Checker::readInteger(const Place &object, const char *name) {
-    const auto *value = find(object, name, anInteger);
-    if (value && value->IsInt())
-        return value->GetInt();
-    if (value)
-        report(step(object, name), anInteger, describeNoInteger(*value));
-    return 0;
-}
-
-double Checker::readNumber(const Place &object, const char *name) {
-    const auto *value = find(object, name, aNumber);
-    if (value && value->IsNumber())
-        return value->GetDouble();
-    if (value)
-        report(step(object, name), aNumber, describeFound(*value));
-    return 0.0;
-}
-
-// Up to the first zero character, as the library keeps it.
-std::string Checker::readString(const Place &object, const char *name) {
-    const auto *value = find(object, name, aString);
-    if (value && value->IsString())
-        return value->GetString();
-    if (value)
-        report(step(object, name), aString, describeFound(*value));
-    return {};
-}
-
-template <typename Read>
-void Checker::readObjects(const Place &object, const char *name, Read read) {
-    const auto *value = find(object, name, anArray);
-    if (!value)
-        return;
-    if (!value->IsArray()) {
-        report(step(object, name), anArray, describeFound(*value));
+void Checker::judge(const Value &value, const std::string &pointer, std::size_t depth) {
+    const Level &level = levels[depth];
+    const Found found = judgeAlone(value, pointer, level);
+    if (const auto whole = found.find(""); whole != found.end()) {
+        problems.push_back(whole->second);
         return;
     }
-    for (rapidjson::SizeType i = 0; i < value->Size(); ++i) {
-        const Place element{(*value)[i], step(object, name) + "/" + std::to_string(i)};
-        if (element.value.IsObject())
-            read(element);
-        else
-            report(element.pointer, anObject, describeFound(element.value));
+    for (const auto &property : level.rules["properties"].GetObject()) {
+        const std::string name = property.name.GetString();
+        if (const auto problem = found.find(name); problem != found.end()) {
+            problems.push_back(problem->second);
+            continue;
+        }
+        if (!property.value.HasMember("items"))
+            continue;
+        const Value &elements = value[name.c_str()];
+        const std::string inside = stepInto(pointer, name);
+        for (rapidjson::SizeType i = 0; i < elements.Size() && !isFull(); ++i)
+            judge(elements[i], stepInto(inside, i), depth + 1);
     }
 }
 
-PanelEntry Checker::readPanel(const Place &panel) {
-    PanelEntry entry;
-    entry.panelID = readInteger(panel, "panelID");
-    entry.centroidX = readInteger(panel, "centroidX");
-    entry.centroidY = readInteger(panel, "centroidY");
-    return entry;
-}
-
-DeviceEntry Checker::readDevice(const Place &device) {
-    DeviceEntry entry;
-    readObjects(device, "panels",
-                [&](const Place &panel) { entry.panels.push_back(readPanel(panel)); });
-    entry.scaleFactor = readNumber(device, "scaleFactor");
-    entry.shapeType = readInteger(device, "shapeType");
-    entry.ip = readString(device, "ip");
-    entry.controlVersion = readInteger(device, "controlVersion");
-    return entry;
-}
-
-Document Checker::readDocument(const rapidjson::Value &root) {
-    Document document;
-    const Place top{root, ""};
-    if (!root.IsObject()) {
-        report(top.pointer, anObject, describeFound(root));
-        return document;
+std::vector<Problem> check(const Value &root) {
+    // Nearly all documents are good, and that is known at once.
+    rapidjson::SchemaValidator whole(documentSchema());
+    if (root.Accept(whole))
+        return {};
+    Checker checker;
+    checker.judge(root, "", 0);
+    if (checker.problems.size() >= mostProblems) {
+        checker.problems.resize(mostProblems);
+        checker.problems.push_back({"", "there may be more errors than these", ""});
     }
-    document.displayID = readInteger(top, "displayID");
-    document.mode = readInteger(top, "mode");
-    readObjects(top, "devices",
-                [&](const Place &device) { document.devices.push_back(readDevice(device)); });
-    return document;
-}
-
-Document check(const rapidjson::Value &root, std::vector<Problem> &problems) {
-    return Checker(problems).readDocument(root);
+    return std::move(checker.problems);
 }
 
 } // namespace config

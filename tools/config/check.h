@@ -1,4 +1,4 @@
-// From a JSON tree to a configuration document.
+// From a JSON tree to all that the schema finds wrong with it.
 #pragma once
 
 #include "tools/config/configDocument.h"
@@ -8,8 +8,9 @@
 
 namespace config {
 
-// Reads every member that the library would read, by the same rules, and appends a problem for
-// each that the library would stop at, in the order in which the library meets them.
-Document check(const rapidjson::Value &root, std::vector<Problem> &problems);
+// Every error, in the order in which the library would meet them: it reads the members in the order
+// in which the schema lists them. Of members with one name the first counts, as in the library's
+// lookup. Without places. Lists at most `mostProblems` and one that says that there are more.
+std::vector<Problem> check(const rapidjson::Value &root);
 
 } // namespace config

@@ -1,28 +1,26 @@
 #include "tools/config/parse.h"
 
-#include <algorithm>
+#include "tools/config/places.h"
+
 #include <rapidjson/error/en.h>
 
 namespace config {
 
-// "line 3, column 7: ", both counted from 1, columns in characters.
-static std::string place(const std::string &text, std::size_t offset) {
-    const auto end = text.begin() + static_cast<std::ptrdiff_t>(std::min(offset, text.size()));
-    const auto line = 1 + std::count(text.begin(), end, '\n');
-    auto lineStart = end;
-    while (lineStart != text.begin() && lineStart[-1] != '\n')
-        --lineStart;
-    const auto startsCharacter = [](char byte) {
-        return (static_cast<unsigned char>(byte) & 0xC0) != 0x80;
-    };
-    const auto column = 1 + std::count_if(lineStart, end, startsCharacter);
-    return "line " + std::to_string(line) + ", column " + std::to_string(column) + ": ";
-}
+namespace {
 
-// The offset of the first bracket that opens one level too many, or npos. Counts the brackets
-// outside of strings, which for the valid beginning of any text is the depth of the parser.
-static std::size_t findAbsurdDepth(const std::string &text) {
+// The first thing in a text that is too much for the parser, if any.
+struct Excess {
+    std::size_t offset = std::string::npos;
+    std::string expected;
+};
+
+} // namespace
+
+// Counts the brackets and commas outside of strings. For the valid beginning of any text that gives
+// the depth of the parser and the number of values.
+static Excess findExcess(const std::string &text) {
     std::size_t depth = 0;
+    std::size_t values = 0;
     bool inString = false;
     for (std::size_t i = 0; i < text.size(); ++i) {
         const char c = text[i];
@@ -31,37 +29,73 @@ static std::size_t findAbsurdDepth(const std::string &text) {
                 ++i;
             else if (c == '"')
                 inString = false;
-        } else if (c == '"') {
-            inString = true;
-        } else if (c == '[' || c == '{') {
-            if (++depth > deepestNesting)
-                return i;
-        } else if ((c == ']' || c == '}') && depth > 0) {
-            --depth;
+            continue;
         }
+        if (c == '"')
+            inString = true;
+        const bool opens = c == '[' || c == '{';
+        if (opens && ++depth > deepestNesting)
+            return {i, "nesting no deeper than " + std::to_string(deepestNesting) +
+                           " levels, found one more"};
+        if ((c == ']' || c == '}') && depth > 0)
+            --depth;
+        if ((opens || c == ',') && ++values > mostValues)
+            return {i, "at most " + std::to_string(mostValues) + " values, found one more"};
     }
-    return std::string::npos;
+    return {};
+}
+
+static const char *remedyOf(rapidjson::ParseErrorCode error) {
+    switch (error) {
+    case rapidjson::kParseErrorDocumentEmpty:
+        return "mirrorctl layout makes a configuration to start from";
+    case rapidjson::kParseErrorDocumentRootNotSingular:
+        return "take away what follows the closing brace";
+    case rapidjson::kParseErrorValueInvalid:
+        return "a value is a number, a text in \"quotes\", [...], {...}, true, false or null; JSON "
+               "knows no comments";
+    case rapidjson::kParseErrorObjectMissName:
+        return "names stand in \"quotes\"; take away a comma before the closing brace, or close it";
+    case rapidjson::kParseErrorObjectMissColon:
+        return "put a colon between the name and its value";
+    case rapidjson::kParseErrorObjectMissCommaOrCurlyBracket:
+        return "put a comma between the members, or close the brace";
+    case rapidjson::kParseErrorArrayMissCommaOrSquareBracket:
+        return "put a comma between the elements, or close the bracket";
+    case rapidjson::kParseErrorStringMissQuotationMark:
+        return "close the text with a quotation mark";
+    case rapidjson::kParseErrorStringEscapeInvalid:
+        return "write a backslash as two";
+    case rapidjson::kParseErrorStringInvalidEncoding:
+        return "save the file as UTF-8, with line breaks in texts as \\n";
+    default:
+        return "";
+    }
 }
 
 std::optional<rapidjson::Document> parse(const std::string &text, Problem &problem) {
-    problem.pointer.clear();
+    problem = {};
     if (const auto zero = text.find('\0'); zero != std::string::npos) {
-        problem.message = place(text, zero) +
-                          "expected JSON text in UTF-8, found a zero byte, which would end it";
+        problem.place = placeAt(text, zero);
+        problem.message = "expected JSON text in UTF-8, found a zero byte, which would end it";
+        problem.remedy = "save the file as UTF-8 text; is it the file that you meant?";
         return std::nullopt;
     }
-    if (const auto bracket = findAbsurdDepth(text); bracket != std::string::npos) {
-        problem.message = place(text, bracket) + "expected nesting no deeper than " +
-                          std::to_string(deepestNesting) + " levels, found one more";
+    if (const Excess excess = findExcess(text); excess.offset != std::string::npos) {
+        problem.place = placeAt(text, excess.offset);
+        problem.message = "expected " + excess.expected;
+        problem.remedy = "is it the file that you meant? A configuration is five levels deep";
         return std::nullopt;
     }
     rapidjson::Document tree;
     tree.Parse(text.c_str());
     if (tree.HasParseError()) {
-        problem.message =
-            place(text, tree.GetErrorOffset()) + rapidjson::GetParseError_En(tree.GetParseError());
+        problem.place = placeAt(text, tree.GetErrorOffset());
+        problem.message = rapidjson::GetParseError_En(tree.GetParseError());
         if (text.starts_with("\xEF\xBB\xBF"))
-            problem.message += " The text begins with a byte order mark; save it without one.";
+            problem.remedy = "the text begins with a byte order mark; save it without one";
+        else
+            problem.remedy = remedyOf(tree.GetParseError());
         return std::nullopt;
     }
     return tree;

@@ -14,9 +14,14 @@ namespace config {
 // stack, so that a text of nothing but brackets could end the process.
 inline constexpr std::size_t deepestNesting = 256;
 
+// A wall of ten thousand panels has some fifty thousand values. A text of nothing but values needs
+// many times its size in memory.
+inline constexpr std::size_t mostValues = 4'000'000;
+
 // Parses `text` in just the way the library does. Nothing when that fails, with the place and the
 // reason in `problem`. Beyond what the library's parser refuses, this refuses a zero byte, at
-// which the library would take the text to end, and nesting deeper than `deepestNesting`.
+// which the library would take the text to end, nesting deeper than `deepestNesting`, and more
+// values than `mostValues`.
 std::optional<rapidjson::Document> parse(const std::string &text, Problem &problem);
 
 } // namespace config

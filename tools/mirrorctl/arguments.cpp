@@ -1,6 +1,8 @@
 #include "tools/mirrorctl/arguments.h"
 
-#include "tools/mirrorctl/suitability.h"
+#include "tools/config/modes.h"
+
+#include <charconv>
 
 namespace mirrorctl {
 
@@ -14,9 +16,34 @@ static std::string checkSeconds(const std::string &text) {
 }
 
 static std::string checkMode(const std::string &text) {
-    if (modeNumber(text))
+    if (config::modeNumber(text))
         return {};
     return "expected match, melt, fade or palette, or its number 0 to 3, found " + text;
+}
+
+std::optional<config::ScreenSize> parseSize(const std::string &text) {
+    constexpr std::uint32_t largest = 65536; // per side
+    config::ScreenSize size;
+    const char *end = text.data() + text.size();
+    const auto width = std::from_chars(text.data(), end, size.width);
+    if (width.ec != std::errc() || width.ptr == end || *width.ptr != 'x')
+        return std::nullopt;
+    const auto height = std::from_chars(width.ptr + 1, end, size.height);
+    if (height.ec != std::errc() || height.ptr != end)
+        return std::nullopt;
+    if (size.width < 1 || size.height < 1 || size.width > largest || size.height > largest)
+        return std::nullopt;
+    return size;
+}
+
+static std::string checkSize(const std::string &text) {
+    if (parseSize(text))
+        return {};
+    return "expected width x height in pixels, such as 1920x1080, found " + text;
+}
+
+CLI::Validator sizeArgument() {
+    return CLI::Validator(checkSize, "WxH");
 }
 
 CLI::Validator secondsArgument() {

@@ -14,6 +14,7 @@ using Action = std::function<ExitStatus()>;
 // Each adds its command to the program; when the command line names it, parsing stores what is to
 // be done in `chosen`, which must outlive the parsing.
 void addDisplaysCommand(CLI::App &program, Action &chosen);
+void addCheckCommand(CLI::App &program, Action &chosen);
 void addRunCommand(CLI::App &program, Action &chosen);
 void addPaletteCommand(CLI::App &program, Action &chosen);
 void addSnapshotCommand(CLI::App &program, Action &chosen);

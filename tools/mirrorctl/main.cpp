@@ -17,6 +17,7 @@ int main(int argc, char **argv) {
     program.footer(mirrorctl::exitStatusHelp());
     mirrorctl::Action chosen;
     mirrorctl::addDisplaysCommand(program, chosen);
+    mirrorctl::addCheckCommand(program, chosen);
     mirrorctl::addRunCommand(program, chosen);
     mirrorctl::addPaletteCommand(program, chosen);
     mirrorctl::addSnapshotCommand(program, chosen);

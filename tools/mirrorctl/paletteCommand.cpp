@@ -31,7 +31,7 @@ static ExitStatus measure(const PaletteOptions &options, ScreenPalette &palette)
     const StopSignals signals;
     const LibraryTalk talk;
     const config::Document &document = reading.document;
-    if (const auto status = checkDisplay(options.path, document); status != ExitStatus::done)
+    if (const auto status = checkDisplay(options.path, reading); status != ExitStatus::done)
         return status;
     if (const auto status = apply(documentWithoutLights(document.displayID), document.displayID);
         status != ExitStatus::done)

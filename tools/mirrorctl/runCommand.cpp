@@ -1,9 +1,9 @@
 // mirrorctl run
+#include "tools/config/modes.h"
 #include "tools/mirrorctl/arguments.h"
 #include "tools/mirrorctl/commands.h"
 #include "tools/mirrorctl/steps.h"
 #include "tools/mirrorctl/stopSignals.h"
-#include "tools/mirrorctl/suitability.h"
 
 #include <chrono>
 #include <cstdio>
@@ -39,7 +39,7 @@ static ExitStatus mirror(const config::Document &document, const StopSignals &si
     const auto display = static_cast<std::uint32_t>(document.displayID);
     const std::string lights = describeLights(document);
     printf("Mirroring display %u in %s mode onto %s. Ctrl-C stops.\n", display,
-           modeName(document.mode), lights.c_str());
+           config::modeName(document.mode), lights.c_str());
     const int signum = signals.wait(seconds);
     if (signum != 0)
         printf("Stopping: %s.\n", strsignal(signum));
@@ -52,15 +52,15 @@ static ExitStatus mirror(const config::Document &document, const StopSignals &si
 
 static ExitStatus run(const RunOptions &options) {
     config::Reading reading;
-    const auto mode = options.mode ? modeNumber(*options.mode) : std::nullopt;
+    const auto mode = options.mode ? config::modeNumber(*options.mode) : std::nullopt;
     if (const auto status = load(options.path, mode, reading); status != ExitStatus::done)
         return status;
     // Not before the document has been read: Ctrl-C must end a wait for standard input.
     const StopSignals signals;
-    if (const auto status = checkSurroundings(options.path, reading.document);
-        status != ExitStatus::done)
+    if (const auto status = checkSurroundings(options.path, reading); status != ExitStatus::done)
         return status;
-    if (const auto status = apply(reading.text, reading.document.displayID);
+    if (const auto status =
+            apply(mode ? withMode(reading.text, *mode) : reading.text, reading.document.displayID);
         status != ExitStatus::done)
         return status;
     return mirror(reading.document, signals, options.seconds);

@@ -1,5 +1,6 @@
 // mirrorctl snapshot
 #include "mirror/mirrorInterface.h"
+#include "tools/config/modes.h"
 #include "tools/mirrorctl/arguments.h"
 #include "tools/mirrorctl/commands.h"
 #include "tools/mirrorctl/frameShares.h"
@@ -7,7 +8,6 @@
 #include "tools/mirrorctl/snapshotTable.h"
 #include "tools/mirrorctl/steps.h"
 #include "tools/mirrorctl/stopSignals.h"
-#include "tools/mirrorctl/suitability.h"
 
 #include <algorithm>
 #include <chrono>
@@ -101,7 +101,8 @@ static std::optional<Snapshot> await(const config::Document &document,
             return dark;
         if (passed.count() >= options.seconds) {
             fprintf(stderr, "No snapshot: nothing was sent in %s mode within %.1f s.\n%s\n",
-                    modeName(document.mode), passed.count(), reasonForNothing(document.mode));
+                    config::modeName(document.mode), passed.count(),
+                    reasonForNothing(document.mode));
             return std::nullopt;
         }
     }
@@ -115,7 +116,7 @@ static ExitStatus take(const SnapshotOptions &options, config::Document &documen
     document = reading.document;
     const StopSignals signals;
     const LibraryTalk talk;
-    if (const auto status = checkSurroundings(options.path, document); status != ExitStatus::done)
+    if (const auto status = checkSurroundings(options.path, reading); status != ExitStatus::done)
         return status;
     if (const auto status = apply(reading.text, document.displayID); status != ExitStatus::done)
         return status;

@@ -1,6 +1,7 @@
 #include "tools/mirrorctl/steps.h"
 
 #include "mirror/mirrorInterface.h"
+#include "tools/config/places.h"
 #include "tools/config/textFile.h"
 #include "tools/mirrorctl/suitability.h"
 
@@ -10,8 +11,11 @@ namespace mirrorctl {
 
 static void print(const std::string &path, const std::vector<config::Problem> &problems) {
     const std::string name = path == "-" ? "standard input" : path;
-    for (const auto &problem : problems)
+    for (const auto &problem : problems) {
         fprintf(stderr, "%s\n", config::describe(name, problem).c_str());
+        if (!problem.remedy.empty())
+            fprintf(stderr, "    To mend it: %s.\n", problem.remedy.c_str());
+    }
 }
 
 std::string withMode(const std::string &text, std::int32_t mode) {
@@ -25,31 +29,35 @@ ExitStatus load(const std::string &path, std::optional<std::int32_t> mode,
     std::string reason;
     const auto text = config::readTextFile(path, reason);
     if (!text) {
-        print(path, {{"", "cannot be read: " + reason}});
+        print(path, {{"", "cannot be read: " + reason, ""}});
         return ExitStatus::fileUnreadable;
     }
     reading = config::readText(*text);
-    if (reading.problems.empty() && mode)
-        reading = config::readText(withMode(*text, *mode));
-    if (reading.problems.empty())
+    if (mode)
+        reading.document.mode = *mode;
+    if (reading.problems.empty()) {
         reading.problems = modeProblems(reading.document);
+        config::locate(reading.text, reading.problems);
+    }
     print(path, reading.problems);
     return reading.problems.empty() ? ExitStatus::done : ExitStatus::documentFaulty;
 }
 
-ExitStatus checkDisplay(const std::string &path, const config::Document &document) {
+ExitStatus checkDisplay(const std::string &path, const config::Reading &reading) {
     const auto list = listDisplays();
-    const auto displays = displayProblems(document, list.displays);
+    auto displays = displayProblems(reading.document, list.displays);
+    config::locate(reading.text, displays);
     print(path, displays);
     if (list.displays.empty())
         fputs(noDisplayAdvice().c_str(), stderr);
     return displays.empty() ? ExitStatus::done : ExitStatus::displayMissing;
 }
 
-ExitStatus checkSurroundings(const std::string &path, const config::Document &document) {
-    const auto addresses = addressProblems(document);
+ExitStatus checkSurroundings(const std::string &path, const config::Reading &reading) {
+    auto addresses = addressProblems(reading.document);
+    config::locate(reading.text, addresses);
     print(path, addresses);
-    const auto display = checkDisplay(path, document);
+    const auto display = checkDisplay(path, reading);
     return addresses.empty() ? display : ExitStatus::addressFaulty;
 }
 

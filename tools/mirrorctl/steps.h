@@ -18,15 +18,15 @@ namespace mirrorctl {
 inline constexpr double darknessSeconds = 2.0;
 
 // Reads the document and checks all of it that needs no screen. `mode`, if given, takes the place
-// of the document's own, in the document and in the text.
+// of the document's own, but not in the text: that stays as it was written.
 ExitStatus load(const std::string &path, std::optional<std::int32_t> mode,
                 config::Reading &reading);
 
 // Whether the document's display is there; `path` only names it.
-ExitStatus checkDisplay(const std::string &path, const config::Document &document);
+ExitStatus checkDisplay(const std::string &path, const config::Reading &reading);
 
 // Whether its devices can be reached as well, as far as that can be told beforehand.
-ExitStatus checkSurroundings(const std::string &path, const config::Document &document);
+ExitStatus checkSurroundings(const std::string &path, const config::Reading &reading);
 
 // Hands the library a document's text; `displayID` is its display.
 ExitStatus apply(std::string text, std::int32_t displayID);

@@ -1,32 +1,21 @@
 #include "tools/mirrorctl/suitability.h"
 
+#include "tools/config/modes.h"
+#include "tools/config/pointer.h"
 #include "tools/config/quote.h"
 
 #include <algorithm>
 #include <arpa/inet.h>
-#include <iterator>
 
 namespace mirrorctl {
 
-static const char *const modeNames[] = {"match", "melt", "fade", "palette"};
-
-const char *modeName(std::int32_t mode) {
-    const bool known = mode >= 0 && mode < static_cast<std::int32_t>(std::size(modeNames));
-    return known ? modeNames[mode] : nullptr;
-}
-
-std::optional<std::int32_t> modeNumber(const std::string &text) {
-    for (std::int32_t mode = 0; modeName(mode); ++mode)
-        if (text == modeName(mode) || text == std::to_string(mode))
-            return mode;
-    return std::nullopt;
-}
-
 std::vector<config::Problem> modeProblems(const config::Document &document) {
-    if (modeName(document.mode))
+    if (config::modeName(document.mode))
         return {};
-    return {{"/mode", "expected 0 (match), 1 (melt), 2 (fade) or 3 (palette), found " +
-                          std::to_string(document.mode)}};
+    return {{"/mode",
+             "expected 0 (match), 1 (melt), 2 (fade) or 3 (palette), found " +
+                 std::to_string(document.mode),
+             "choose one of these four"}};
 }
 
 static bool isAddress(const std::string &text) {
@@ -44,7 +33,8 @@ std::vector<config::Problem> addressProblems(const config::Document &document) {
             problems.push_back({"/devices/" + std::to_string(i) + "/ip",
                                 "expected an IPv4 or IPv6 address in numbers, such as 192.0.2.7 "
                                 "or 2001:db8::7, found " +
-                                    config::quote(ip.data(), ip.size())});
+                                    config::quote(ip.data(), ip.size()),
+                                "write the device's address in numbers; names are not looked up"});
     }
     return problems;
 }
@@ -63,8 +53,9 @@ std::vector<config::Problem> displayProblems(const config::Document &document,
     }
     const std::string expected = displays.empty() ? "a display, but there is none at all"
                                                   : "one of the displays there are: " + there;
-    return {
-        {"/displayID", "expected " + expected + "; found " + std::to_string(document.displayID)}};
+    return {{"/displayID", "expected " + expected + "; found " + std::to_string(document.displayID),
+             displays.empty() ? "mirrorctl doctor tells why there may be none"
+                              : "choose one of them; no other is ever taken in its place"}};
 }
 
 } // namespace mirrorctl

@@ -4,15 +4,7 @@
 #include "tools/config/configDocument.h"
 #include "tools/mirrorctl/displayList.h"
 
-#include <optional>
-
 namespace mirrorctl {
-
-// "match", "melt", "fade" or "palette"; null for numbers that are no mode.
-const char *modeName(std::int32_t mode);
-
-// The mode with this name or, in one digit, this number.
-std::optional<std::int32_t> modeNumber(const std::string &text);
 
 // With a mode that does not exist, the library's run ends as soon as it has begun.
 std::vector<config::Problem> modeProblems(const config::Document &document);

@@ -1,5 +1,6 @@
 #include "tools/config/configDocument.h"
 #include "tests/tools/config/goodDocument.h"
+#include "tools/config/parse.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -11,12 +12,22 @@
 
 namespace {
 
-// "POINTER: MESSAGE" of every problem, one a line.
+// "POINTER: MESSAGE" of every problem, one a line; of those of the whole document with the place.
 std::string problemsOf(const config::Reading &reading) {
     std::string lines;
-    for (const auto &problem : reading.problems)
+    for (const auto &problem : reading.problems) {
+        const auto [line, column] = problem.place;
+        if (problem.pointer.empty() && line > 0)
+            lines += std::to_string(line) + ":" + std::to_string(column);
         lines += problem.pointer + ": " + problem.message + "\n";
+    }
     return lines;
+}
+
+// What is said about mending the only problem.
+std::string remedyIn(const std::string &text) {
+    const auto reading = config::readText(text);
+    return reading.problems.size() == 1 ? reading.problems[0].remedy : "not one problem";
 }
 
 std::string problemsIn(const std::string &text) {
@@ -97,8 +108,8 @@ TEST(ConfigDocument, saysWhatWasFoundInsteadOfAnInteger) {
         {"[1]", "an array"},
         {"\"12\"", "the string \"12\""},
         {"2.5", "2.5"},
-        {"1.0", "1.0 (write it without fraction and exponent)"},
-        {"1e2", "100.0 (write it without fraction and exponent)"},
+        {"1.0", "1.0"},
+        {"1e2", "100.0"},
         {"2147483648.0", "2147483648.0"},
         {"1e300", "1e300"},
         {"2147483648", "2147483648"},
@@ -110,6 +121,30 @@ TEST(ConfigDocument, saysWhatWasFoundInsteadOfAnInteger) {
     for (const auto &member : integers)
         for (const auto &[value, found] : wrong)
             EXPECT_EQ(problemsIn(test::withValue(member.pointer, value)), line(member, found));
+}
+
+TEST(ConfigDocument, saysHowToMendValues) {
+    const std::pair<const char *, const char *> mended[] = {
+        {"1.0", "write 1, without fraction and exponent"},
+        {"1e2", "write 100, without fraction and exponent"},
+        {"2.7", "round it, to 3"},
+        {"\"12\"", "write 12 without quotes"},
+        {"\"1.5\"", "write a number, such as 0"},
+        {"2147483648", "choose a number from -2147483648 to 2147483647"},
+        {"1e300", "choose a number from -2147483648 to 2147483647"},
+        {"null", "write a number, such as 0"},
+    };
+    for (const auto &[value, remedy] : mended)
+        EXPECT_EQ(remedyIn(test::withValue("/mode", value)), remedy) << value;
+    EXPECT_EQ(remedyIn(test::withValue("/devices/0/scaleFactor", "\"1.5\"")),
+              "write 1.5 without quotes");
+    EXPECT_EQ(remedyIn(test::withValue("/devices/0/ip", "5")),
+              "write text in quotes, such as \"192.0.2.7\"");
+    EXPECT_EQ(remedyIn(test::withValue("/devices", "{}")),
+              "put what is there in brackets, as the array's one element");
+    EXPECT_EQ(remedyIn(test::withValue("/devices/1", "3")),
+              "write an object in braces, with the members \"panels\", \"scaleFactor\", "
+              "\"shapeType\", \"ip\", \"controlVersion\"");
 }
 
 TEST(ConfigDocument, takesIntegersUpToTheirBorders) {
@@ -161,16 +196,21 @@ TEST(ConfigDocument, findsAllProblemsInDocumentOrder) {
               "/devices/1: expected an object, found 7\n");
 }
 
-TEST(ConfigDocument, pointsToNamesThatDifferInCase) {
+TEST(ConfigDocument, pointsToNamesThatWereMeant) {
     EXPECT_EQ(problemsIn(R"({"displayId": 1, "mode": 0, "devices": []})"),
-              "/displayID: expected an integer that fits 32 bits, found no member of this name "
-              "(\"displayId\" differs in upper and lower case)\n");
+              "/displayID: expected an integer that fits 32 bits, found no member of this name\n");
+    EXPECT_EQ(remedyIn(R"({"displayId": 1, "mode": 0, "devices": []})"),
+              "rename \"displayId\" to \"displayID\"");
+    EXPECT_EQ(remedyIn(R"({"displayID": 1, "mod": 0, "devices": []})"),
+              "rename \"mod\" to \"mode\"");
+    EXPECT_EQ(remedyIn(R"({"displayID": 1, "made of": 0, "devices": []})"),
+              "add it, such as \"mode\": 0 (0 match, 1 melt, 2 fade, 3 palette)");
 }
 
 TEST(ConfigDocument, refusesRootsThatAreNoObject) {
-    EXPECT_EQ(problemsIn("[]"), ": expected an object, found an array\n");
-    EXPECT_EQ(problemsIn("3"), ": expected an object, found 3\n");
-    EXPECT_EQ(problemsIn(" null "), ": expected an object, found null\n");
+    EXPECT_EQ(problemsIn("[]"), "1:1: expected an object, found an array\n");
+    EXPECT_EQ(problemsIn("3"), "1:1: expected an object, found 3\n");
+    EXPECT_EQ(problemsIn(" null "), "1:2: expected an object, found null\n");
 }
 
 TEST(ConfigDocument, ignoresMembersThatItDoesNotKnow) {
@@ -213,31 +253,32 @@ TEST(ConfigDocument, cutsLongStringsBetweenCharacters) {
 }
 
 TEST(ConfigDocument, placesWhatCannotBeParsed) {
-    EXPECT_EQ(problemsIn(""), ": line 1, column 1: The document is empty.\n");
-    EXPECT_EQ(problemsIn(" \n\n "), ": line 3, column 2: The document is empty.\n");
-    EXPECT_EQ(problemsIn("{"), ": line 1, column 2: Missing a name for object member.\n");
+    EXPECT_EQ(problemsIn(""), "1:1: The document is empty.\n");
+    EXPECT_EQ(problemsIn(" \n\n "), "3:2: The document is empty.\n");
+    EXPECT_EQ(problemsIn("{"), "1:2: Missing a name for object member.\n");
     EXPECT_EQ(problemsIn("{\n  \"mode\" 3\n}"),
-              ": line 2, column 10: Missing a colon after a name of object member.\n");
+              "2:10: Missing a colon after a name of object member.\n");
     EXPECT_EQ(problemsIn("{} {}"),
-              ": line 1, column 4: The document root must not be followed by other values.\n");
-    EXPECT_EQ(problemsIn("{\"a\": 1,}"), ": line 1, column 9: Missing a name for object member.\n");
-    EXPECT_EQ(problemsIn("// no\n{}"), ": line 1, column 1: Invalid value.\n");
+              "1:4: The document root must not be followed by other values.\n");
+    EXPECT_EQ(problemsIn("{\"a\": 1,}"), "1:9: Missing a name for object member.\n");
+    EXPECT_EQ(problemsIn("// no\n{}"), "1:1: Invalid value.\n");
 }
 
 TEST(ConfigDocument, countsColumnsInCharacters) {
     EXPECT_EQ(problemsIn("{\"\xC3\xA9\xC3\xA9\" 3}"),
-              ": line 1, column 7: Missing a colon after a name of object member.\n");
+              "1:7: Missing a colon after a name of object member.\n");
 }
 
 TEST(ConfigDocument, explainsByteOrderMarks) {
     EXPECT_EQ(problemsIn(std::string("\xEF\xBB\xBF") + test::goodDocument),
-              ": line 1, column 1: Invalid value. The text begins with a byte order mark; "
-              "save it without one.\n");
+              "1:1: Invalid value.\n");
+    EXPECT_EQ(remedyIn(std::string("\xEF\xBB\xBF") + test::goodDocument),
+              "the text begins with a byte order mark; save it without one");
 }
 
 TEST(ConfigDocument, refusesZeroBytes) {
     const std::string text = std::string(test::goodDocument) + '\0' + "more";
-    EXPECT_EQ(problemsIn(text), ": line 24, column 2: expected JSON text in UTF-8, "
+    EXPECT_EQ(problemsIn(text), "24:2: expected JSON text in UTF-8, "
                                 "found a zero byte, which would end it\n");
 }
 
@@ -261,6 +302,25 @@ TEST(ConfigDocument, refusesAbsurdNesting) {
     // Brackets in strings are text.
     EXPECT_EQ(problemsIn(test::withValue("/comment", '"' + std::string(1000, '[') + "\\\"[\"")),
               "");
+}
+
+TEST(ConfigDocument, refusesMoreValuesThanMemoryHolds) {
+    std::string flood = "[1";
+    for (std::size_t i = 0; i < config::mostValues; ++i)
+        flood += ",1";
+    EXPECT_EQ(problemsIn(flood + "]"),
+              "1:" + std::to_string(2 * config::mostValues + 1) + ": expected at most " +
+                  std::to_string(config::mostValues) + " values, found one more\n");
+}
+
+TEST(ConfigDocument, endsTheListOfEndlessProblems) {
+    std::string text = R"({"displayID": 1, "mode": 0, "devices": [0)";
+    for (int i = 0; i < 200000; ++i)
+        text += ",0";
+    const auto reading = config::readText(text + "]}");
+    ASSERT_EQ(reading.problems.size(), config::mostProblems + 1);
+    EXPECT_EQ(reading.problems[999].pointer, "/devices/999");
+    EXPECT_EQ(reading.problems[1000].message, "there may be more errors than these");
 }
 
 namespace {
@@ -308,5 +368,8 @@ TEST(ConfigFile, refusesEndlessFiles) {
 
 TEST(ConfigFile, describesProblemsForPrinting) {
     EXPECT_EQ(config::describe("a.json", {"/mode", "bad"}), "a.json: /mode: bad");
+    EXPECT_EQ(config::describe("a.json", {"/mode", "bad", "", {3, 7}}),
+              "a.json: line 3, column 7: /mode: bad");
+    EXPECT_EQ(config::describe("a.json", {"/\n\x1b", "bad"}), "a.json: \"/\\n\\u001B\": bad");
     EXPECT_EQ(config::describe("a.json", {"", "bad"}), "a.json: bad");
 }

@@ -8,14 +8,14 @@ using test::mirrorctl;
 TEST(MirrorctlCommandLine, helpNamesCommandsAndExitStatuses) {
     const Ending ending = mirrorctl({"--help"});
     EXPECT_EQ(ending.status, 0);
-    for (const char *word : {"displays", "run", "palette", "snapshot", "\n     0  ", "\n    64  ",
-                             "\n    65  ", "\n    66  ", "\n    68  ", "\n    69  ", "\n    70  ",
-                             "\n    71  ", "\n    75  ", "\n    77  "})
+    for (const char *word : {"displays", "check", "run", "palette", "snapshot", "\n     0  ",
+                             "\n    64  ", "\n    65  ", "\n    66  ", "\n    68  ", "\n    69  ",
+                             "\n    70  ", "\n    71  ", "\n    75  ", "\n    77  "})
         EXPECT_NE(ending.out.find(word), std::string::npos) << word << " in\n" << ending.out;
 }
 
 TEST(MirrorctlCommandLine, eachCommandHelps) {
-    for (const char *command : {"displays", "run", "palette", "snapshot"}) {
+    for (const char *command : {"displays", "check", "run", "palette", "snapshot"}) {
         const Ending ending = mirrorctl({command, "--help"});
         EXPECT_EQ(ending.status, 0);
         EXPECT_EQ(ending.err, "");
@@ -28,6 +28,11 @@ TEST(MirrorctlCommandLine, refusesWhatItDoesNotUnderstand) {
         {"mirror"},
         {"displays", "--xml"},
         {"displays", "more"},
+        {"check"},
+        {"check", "a.json", "--screen", "640"},
+        {"check", "a.json", "--screen", "0x480"},
+        {"check", "a.json", "--screen", "640x480x"},
+        {"check", "a.json", "--screen", "640x99999"},
         {"run"},
         {"run", "a.json", "b.json"},
         {"run", "a.json", "--seconds"},

@@ -38,7 +38,7 @@ TEST(MirrorctlNoAnswer, documentsFilesAndDisplaysAreChecked) {
         expectFailure(mirrorctl({command, "-"}, {}, "{"), 65, "standard input: line 1, column 2");
         expectFailure(mirrorctl({command, "-"}, {}, lightsText(5, "127.0.58.9", 4)), 65, "/mode");
         expectFailure(ask({command, "-"}, "nothing", lightsText(6, "127.0.58.9")), 69,
-                      "standard input: /displayID: ");
+                      "standard input: line 1, column 2: /displayID: ");
     }
     expectFailure(ask({"snapshot", "-"}, "nothing", lightsText(5, "a lamp")), 68, "/devices/0/ip");
 }

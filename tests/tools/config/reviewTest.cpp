@@ -1,0 +1,187 @@
+// Warnings, cautions and the places of everything.
+#include "tests/tools/config/goodDocument.h"
+#include "tools/config/configDocument.h"
+#include "tools/config/flashes.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+// A document of one device, without a fault on a screen of 640 x 480.
+std::string document(const std::string &device, const std::string &panels, int mode = 3) {
+    return R"({"displayID": 1, "mode": )" + std::to_string(mode) + R"(, "devices": [{)" + device +
+           R"("ip": "127.0.40.1", "controlVersion": 2, "shapeType": 0, "scaleFactor": 1,)"
+           R"("panels": [)" +
+           panels + "]}]}";
+}
+
+const std::string panel = R"({"panelID": 1, "centroidX": 639, "centroidY": 0})";
+const config::ScreenSize screen{640, 480};
+
+// "severity LINE:COLUMN POINTER" of each problem, one a line.
+std::string outline(const std::string &text, std::optional<config::ScreenSize> size = screen) {
+    std::string lines;
+    for (const auto &problem : config::reviewText(text, size).problems) {
+        static const char *const names[] = {"error ", "warning ", "caution "};
+        lines += names[static_cast<int>(problem.severity)] + std::to_string(problem.place.line) +
+                 ":" + std::to_string(problem.place.column) + " " + problem.pointer + "\n";
+        EXPECT_NE(problem.message, "");
+    }
+    return lines;
+}
+
+config::Problem only(const std::string &text) {
+    const auto problems = config::reviewText(text, screen).problems;
+    EXPECT_EQ(problems.size(), 1u) << text;
+    return problems.empty() ? config::Problem{} : problems[0];
+}
+
+} // namespace
+
+TEST(ConfigReview, findsNothingInAGoodDocument) {
+    EXPECT_EQ(outline(document("", panel)), "");
+}
+
+TEST(ConfigReview, placesMembersAtTheirNamesAndElementsWhereTheyBegin) {
+    EXPECT_EQ(outline("{\n"
+                      "  \"displayID\":\n"
+                      "      \"x\",\r\n"
+                      "\t\"mode\" : 3, \"\xC3\xA9\": [[{}], \"\\\"[\"], \"devices\": [\n"
+                      "    3,  {\"panels\": [ [], {\"panelID\": null}], \"ip\": 5,\n"
+                      "     \"scaleFactor\": 1, \"shapeType\": 1, \"controlVersion\": 2}]\n"
+                      "}"),
+              "error 2:3 /displayID\n"
+              "error 5:5 /devices/0\n"
+              "error 5:22 /devices/1/panels/0\n"
+              "error 5:27 /devices/1/panels/1/panelID\n"
+              "error 5:26 /devices/1/panels/1/centroidX\n"
+              "error 5:26 /devices/1/panels/1/centroidY\n"
+              "error 5:46 /devices/1/ip\n"
+              "warning 4:14 /\xC3\xA9\n");
+}
+
+TEST(ConfigReview, pointsToTheMemberThatIsThereAgain) {
+    const auto problem = only(R"({"displayID": 1,
+ "displayID": {"mode": 1, "displayID": 5},
+   "mode": 3, "devices": [{"ip": "::1", "controlVersion": 2, "shapeType": 0, "scaleFactor": 1,
+   "panels": [{"panelID": 1, "centroidX": 1, "centroidY": 1}]}]})");
+    EXPECT_EQ(problem.pointer, "/displayID");
+    EXPECT_EQ(problem.place.line, 2u);
+    EXPECT_EQ(problem.message, "found \"displayID\" once more; the library takes the first");
+}
+
+TEST(ConfigReview, warnsOfMembersThatNobodyReads) {
+    const auto problem = only(document(R"("a/b~c": {"ip": 5}, )", panel));
+    EXPECT_EQ(problem.pointer, "/devices/0/a~1b~0c");
+    EXPECT_EQ(problem.place.column, 1 + document(R"("a/b~c": {"ip": 5}, )", panel).find("\"a/b"));
+    EXPECT_EQ(outline(document("", R"({"panelID": 1, "x": 2, "centroidX": 1, "centroidY": 1})")),
+              "warning 1:142 /devices/0/panels/0/x\n");
+    // For editors.
+    EXPECT_EQ(outline(document("", panel).insert(1, R"("$schema": "a.json", )")), "");
+}
+
+TEST(ConfigReview, warnsOfPanelsOffTheScreen) {
+    EXPECT_EQ(outline(document("", R"({"panelID": 1, "centroidX": 640, "centroidY": -1})")),
+              "warning 1:142 /devices/0/panels/0/centroidX\nwarning 1:160 "
+              "/devices/0/panels/0/centroidY\n");
+    EXPECT_EQ(outline(document("", R"({"panelID": 1, "centroidX": 0, "centroidY": 479})")), "");
+    EXPECT_EQ(
+        outline(document("", R"({"panelID": 1, "centroidX": 640, "centroidY": -1})"), std::nullopt),
+        "");
+}
+
+TEST(ConfigReview, warnsOfIdentifiersThatDoNotFitOrAreThereTwice) {
+    const auto wide = [](const std::string &id) {
+        return document("",
+                        panel + R"(, {"panelID": )" + id + R"(, "centroidX": 1, "centroidY": 1})");
+    };
+    EXPECT_EQ(outline(wide("65535")), "");
+    EXPECT_NE(only(wide("65536")).message.find("sent as 0"), std::string::npos);
+    EXPECT_NE(only(wide("-1")).message.find("sent as 65535"), std::string::npos);
+    EXPECT_NE(only(wide("1")).message.find("identifier 1 again, that of panel 0"),
+              std::string::npos);
+    std::string narrow = wide("257");
+    narrow.replace(narrow.find("controlVersion\": 2") + 17, 1, "1");
+    const auto problems = config::reviewText(narrow, screen).problems;
+    ASSERT_EQ(problems.size(), 2u);
+    EXPECT_NE(problems[0].message.find("from 0 to 255, found 257"), std::string::npos);
+    EXPECT_NE(problems[1].message.find("identifier 1 again"), std::string::npos);
+}
+
+TEST(ConfigReview, warnsOfAddressesThatAreThereTwice) {
+    const auto device = [](const std::string &ip, int version) {
+        return R"({"ip": ")" + ip + R"(", "controlVersion": )" + std::to_string(version) +
+               R"(, "shapeType": 0, "scaleFactor": 1, "panels": [)" + panel + "]}";
+    };
+    const auto two = [&](const std::string &one, const std::string &other) {
+        return R"({"displayID": 1, "mode": 3, "devices": [)" + one + "," + other + "]}";
+    };
+    EXPECT_EQ(only(two(device("::1", 2), device("0:0::1", 3))).pointer, "/devices/1/ip");
+    EXPECT_EQ(outline(two(device("127.0.0.2", 1), device("127.0.0.2", 2))), "");
+    EXPECT_EQ(outline(two(device("127.0.0.2", 2), device("127.0.0.3", 2))), "");
+}
+
+TEST(ConfigReview, warnsOfSizesThatMakeNoSense) {
+    const auto sized = [](const std::string &scale) {
+        std::string text = document("", panel);
+        return text.replace(text.find("scaleFactor\": 1") + 14, 1, scale);
+    };
+    for (const char *scale : {"0", "-1", "0.001", "1e300"})
+        EXPECT_EQ(only(sized(scale)).pointer, "/devices/0/scaleFactor") << scale;
+    EXPECT_EQ(outline(sized("4.7")), "");
+    EXPECT_EQ(only(sized("4.8")).pointer, "/devices/0/scaleFactor");
+}
+
+TEST(ConfigReview, warnsOfWhatStaysDark) {
+    EXPECT_EQ(only(R"({"displayID": 1, "mode": 0, "devices": []})").pointer, "/devices");
+    EXPECT_EQ(only(document("", "")).pointer, "/devices/0/panels");
+    EXPECT_EQ(only(document("", panel, 4)).pointer, "/mode");
+    EXPECT_EQ(only(document("", panel, -1)).pointer, "/mode");
+}
+
+TEST(ConfigReview, warnsOfDatagramsThatCannotBeSent) {
+    std::string panels = panel;
+    for (int i = 2; i <= 8188; ++i)
+        panels += R"(,{"panelID":)" + std::to_string(i) + R"(,"centroidX":1,"centroidY":1})";
+    EXPECT_EQ(outline(document("", panels)), "");
+    const auto problem =
+        only(document("", panels + R"(,{"panelID":8189,"centroidX":1,"centroidY":1})"));
+    EXPECT_EQ(problem.message, "expected at most 8188 panels, found 8189; the datagram would be "
+                               "too large to be sent");
+}
+
+TEST(ConfigReview, cautionsWhereTheWallCanFlash) {
+    for (const int mode : {0, 1, 2}) {
+        const auto problem = only(document("", panel, mode));
+        EXPECT_EQ(problem.severity, config::Severity::caution);
+        EXPECT_EQ(problem.pointer, "/mode");
+        EXPECT_NE(problem.message.find("seizures"), std::string::npos);
+    }
+    EXPECT_NEAR(config::mostFlashes(0), 11.9, 0.01);
+    EXPECT_NEAR(config::mostFlashes(1), 5.05, 0.01);
+    EXPECT_NEAR(config::mostFlashes(2), 3.36, 0.01);
+    EXPECT_EQ(config::mostFlashes(3), 0.0);
+}
+
+TEST(ConfigReview, drawsNoConclusionsFromWhatIsWrong) {
+    // The second device's missing members are not taken for zeros.
+    EXPECT_EQ(outline(R"({"displayID": 1, "mode": "x", "devices": [
+{"ip": 1, "controlVersion": 2, "shapeType": 0, "scaleFactor": "big", "panels": [
+{"panelID": 0, "centroidX": "x", "centroidY": 1}, {"panelID": null, "centroidX": 1, "centroidY": 1}]}
+]})"),
+              "error 1:18 /mode\n"
+              "error 3:16 /devices/0/panels/0/centroidX\n"
+              "error 3:52 /devices/0/panels/1/panelID\n"
+              "error 2:48 /devices/0/scaleFactor\n"
+              "error 2:2 /devices/0/ip\n");
+    EXPECT_EQ(outline("[]"), "error 1:1 \n");
+    EXPECT_EQ(outline("{"), "error 1:2 \n");
+}
+
+TEST(ConfigReview, boundsItsList) {
+    std::string panels = panel;
+    for (int i = 0; i < 5000; ++i)
+        panels += R"(,{"panelID":1,"centroidX":-1,"centroidY":-1,"x":1})";
+    EXPECT_LE(config::reviewText(document("", panels), screen).problems.size(),
+              config::mostProblems + 1);
+}

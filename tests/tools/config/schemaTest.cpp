@@ -1,0 +1,86 @@
+// The schema file as an editor's validator applies it: to a whole document, and by itself.
+#include "tools/config/schema.h"
+#include "tests/tools/config/goodDocument.h"
+#include "tests/tools/config/libraryReading.h"
+
+#include <fstream>
+#include <gtest/gtest.h>
+#include <rapidjson/schema.h>
+#include <sstream>
+
+namespace {
+
+std::string schemaFile() {
+    std::ifstream file(SCHEMA_FILE);
+    std::stringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+bool schemaTakes(const std::string &text) {
+    rapidjson::Document schemaTree;
+    schemaTree.Parse(schemaFile().c_str());
+    const rapidjson::SchemaDocument schema(schemaTree);
+    rapidjson::SchemaValidator validator(schema);
+    rapidjson::Document tree;
+    tree.Parse(text.c_str());
+    return !tree.HasParseError() && tree.Accept(validator);
+}
+
+const char *const everyMember[] = {"/displayID",
+                                   "/mode",
+                                   "/devices",
+                                   "/devices/0",
+                                   "/devices/0/panels",
+                                   "/devices/0/scaleFactor",
+                                   "/devices/0/shapeType",
+                                   "/devices/1/ip",
+                                   "/devices/1/controlVersion",
+                                   "/devices/0/panels/1",
+                                   "/devices/0/panels/0/panelID",
+                                   "/devices/0/panels/1/centroidX",
+                                   "/devices/0/panels/2/centroidY"};
+
+const char *const everyKindOfValue[] = {
+    "null",       "true",        "\"text\"",   "{}",          "[]",    "[1]", "0",
+    "-0",         "-1",          "4",          "1.0",         "2.5",   "1e2", "2147483647",
+    "2147483648", "-2147483648", "4294967295", "-2147483649", "1e300", "\"\""};
+
+} // namespace
+
+TEST(ConfigSchema, isTheOneInThePrograms) {
+    EXPECT_EQ(schemaFile(), config::schemaSource());
+}
+
+TEST(ConfigSchema, judgesEveryValueOfEveryMemberAsTheLibraryDoes) {
+    int accepted = 0;
+    int refused = 0;
+    for (const char *member : everyMember)
+        for (const char *value : everyKindOfValue) {
+            const std::string text = test::withValue(member, value);
+            const bool reads = test::libraryReads(text);
+            EXPECT_EQ(schemaTakes(text), reads) << member << ": " << value;
+            ++(reads ? accepted : refused);
+        }
+    EXPECT_GT(accepted, 50);
+    EXPECT_GT(refused, 100);
+}
+
+TEST(ConfigSchema, asksForEveryMemberThatTheLibraryReads) {
+    EXPECT_TRUE(schemaTakes(test::goodDocument));
+    for (const char *member : {"/displayID", "/mode", "/devices", "/devices/0/panels",
+                               "/devices/0/scaleFactor", "/devices/0/shapeType", "/devices/1/ip",
+                               "/devices/1/controlVersion", "/devices/0/panels/0/panelID",
+                               "/devices/0/panels/1/centroidX", "/devices/0/panels/2/centroidY"}) {
+        const std::string text = test::withoutValue(member);
+        EXPECT_FALSE(test::libraryReads(text)) << member;
+        EXPECT_FALSE(schemaTakes(text)) << member;
+    }
+}
+
+TEST(ConfigSchema, takesMembersThatTheLibraryIgnores) {
+    EXPECT_TRUE(schemaTakes(test::withValue("/$schema", "\"mirror-config.schema.json\"")));
+    EXPECT_TRUE(schemaTakes(test::withValue("/devices/0/name", "{\"panels\": 3}")));
+    EXPECT_FALSE(schemaTakes("[]"));
+    EXPECT_FALSE(schemaTakes("{}"));
+}
