@@ -56,7 +56,7 @@ std::string nameDevice(const config::Document &document, std::size_t index) {
 }
 
 std::vector<Endpoint> findEndpoints(const config::Document &document,
-                                    std::vector<config::Problem> &problems) {
+                                    std::vector<config::Problem> &problems, Reach reach) {
     std::vector<Endpoint> endpoints;
     std::map<std::string, std::size_t> taken;
     for (std::size_t i = 0; i < document.devices.size(); ++i) {
@@ -70,7 +70,7 @@ std::vector<Endpoint> findEndpoints(const config::Document &document,
                    "::1");
             continue;
         }
-        if (!isLoopback(*endpoint)) {
+        if (reach == Reach::loopback && !isLoopback(*endpoint)) {
             report("not a loopback address; the wall listens on this machine only, so give the "
                    "device an address in 127.0.0.0/8, or ::1");
             continue;

@@ -14,11 +14,15 @@ struct Endpoint {
     socklen_t length = 0;
 };
 
+// Which addresses will do: loopback (127.0.0.0/8 or ::1), or any.
+enum class Reach { loopback, anywhere };
+
 // The endpoint of every device, in order. Appends a problem for each device whose address does not
-// parse, is not loopback (127.0.0.0/8 or ::1), or has been taken with its port by a device before.
-// The endpoints are complete exactly when no problem was found.
+// parse, is out of reach, or has been taken with its port by a device before. The endpoints are
+// complete exactly when no problem was found.
 std::vector<Endpoint> findEndpoints(const config::Document &document,
-                                    std::vector<config::Problem> &problems);
+                                    std::vector<config::Problem> &problems,
+                                    Reach reach = Reach::loopback);
 
 // How messages name a device: its number, its address as quoted text, and its UDP port.
 std::string nameDevice(const config::Document &document, std::size_t index);

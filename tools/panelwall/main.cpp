@@ -1,59 +1,60 @@
-#include "tools/config/configDocument.h"
-#include "tools/config/textFile.h"
-#include "tools/panelwall/loopbackAddress.h"
+#include "tools/panelwall/compareCommand.h"
+#include "tools/panelwall/complaint.h"
 #include "tools/panelwall/options.h"
 #include "tools/panelwall/pngFile.h"
-#include "tools/panelwall/receiver.h"
+#include "tools/panelwall/recordingWriter.h"
+#include "tools/panelwall/replay.h"
 #include "tools/panelwall/session.h"
-#include "tools/panelwall/signals.h"
+#include "tools/panelwall/wallDocument.h"
 
-#include <cstdio>
 #include <exception>
 #include <iostream>
 
 using namespace panelwall;
 
-static void complain(const std::string &path, const std::vector<config::Problem> &problems) {
-    for (const config::Problem &problem : problems)
-        std::cerr << "panelwall: " << config::describe(path, problem) << "\n";
-}
-
 static int runWall(const Options &options) {
     const std::string &path = options.configPath;
-    std::string reason;
-    const auto text = config::readTextFile(path, reason);
-    if (!text) {
-        complain(path, {{"", "cannot be read: " + reason}});
-        return exitFile;
-    }
-    config::Reading reading = config::readText(*text);
-    if (reading.problems.empty() && reading.document.devices.empty())
-        reading.problems.push_back({"/devices", "there is no device to listen for; add one"});
-    if (!reading.problems.empty()) {
-        complain(path, reading.problems);
-        return exitDocument;
-    }
+    const auto reading = readWallDocument(options);
+    if (const auto *status = std::get_if<ExitStatus>(&reading))
+        return *status;
+    const auto &document = std::get<config::Document>(reading);
 
     std::vector<config::Problem> problems;
-    const auto endpoints = findEndpoints(reading.document, problems);
+    const auto endpoints = findEndpoints(document, problems);
     if (!problems.empty()) {
         complain(path, problems);
         return exitAddress;
     }
-    if (options.snapshotPath) {
-        if (reason = findObstacle(*options.snapshotPath); !reason.empty()) {
-            complain(*options.snapshotPath, {{"", "a picture cannot be written here: " + reason}});
-            return exitFile;
-        }
-    }
     Signals signals;
     Receiver receiver;
-    problems = receiver.open(reading.document, endpoints);
+    problems = receiver.open(document, endpoints);
     if (!problems.empty()) {
         complain(path, problems);
         return exitSocket;
     }
-    return Session(options, reading.document, receiver, signals).run();
+    RecordingWriter recorder;
+    if (options.recordPath) {
+        const std::string reason = recorder.open(*options.recordPath, document, Clock::now());
+        if (!reason.empty()) {
+            complain(*options.recordPath, "a recording cannot be written here: " + reason);
+            return exitFile;
+        }
+    }
+    Source source(receiver);
+    return Session(options, document, source, options.recordPath ? &recorder : nullptr, signals)
+        .run();
+}
+
+static int runProgram(const Options &options) {
+    if (!options.comparedPaths.empty())
+        return compareFiles(options.comparedPaths[0], options.comparedPaths[1]);
+    if (options.snapshotPath) {
+        if (const auto reason = findObstacle(*options.snapshotPath); !reason.empty()) {
+            complain(*options.snapshotPath, "a picture cannot be written here: " + reason);
+            return exitFile;
+        }
+    }
+    return options.replayPath ? replay(options) : runWall(options);
 }
 
 int main(int argc, char **argv) {
@@ -61,7 +62,7 @@ int main(int argc, char **argv) {
         Options options;
         if (const auto status = parseOptions(argc, argv, options))
             return *status;
-        return runWall(options);
+        return runProgram(options);
     } catch (const std::exception &error) {
         std::cerr << "panelwall: " << error.what() << "\n";
         return exitOther;

@@ -1,5 +1,8 @@
 #include "tools/panelwall/options.h"
 
+#include "tools/panelwall/numberRange.h"
+#include "tools/panelwall/recordingOptions.h"
+
 #include <CLI/CLI.hpp>
 #include <charconv>
 
@@ -38,10 +41,11 @@ static const char footer[] =
     "  0  ended by a signal or after --seconds\n"
     "  1  standard output was closed, or another failure\n"
     "  2  the command line is wrong\n"
-    "  3  the configuration cannot be read, or the picture cannot be written\n"
+    "  3  the configuration cannot be read, or the picture or recording cannot be written\n"
     "  4  the configuration is not valid, or names no device\n"
     "  5  a device's address does not parse, is not loopback, or is another device's too\n"
-    "  6  a device's port is in use or cannot be opened";
+    "  6  a device's port is in use or cannot be opened\n"
+    "  7  the recording cannot be read or is damaged; it was played up to there";
 
 static std::optional<Size> parseSize(const std::string &text) {
     constexpr int largest = 32768;
@@ -60,13 +64,13 @@ static std::optional<Size> parseSize(const std::string &text) {
 
 std::optional<int> parseOptions(int argc, char **argv, Options &options) {
     CLI::App app(about, "panelwall");
-    app.footer(footer);
-    app.add_option("CONFIG", options.configPath, "The configuration document; - is standard input")
-        ->required();
+    app.footer(std::string(recordingHelp) + "\n\n" + footer);
+    app.add_option("CONFIG", options.configPath, "The configuration document; - is standard input");
+    addRecordingOptions(app, options);
     double seconds = 0.0;
     auto *secondsOption = app.add_option("--seconds", seconds, "End after this many seconds")
                               ->type_name("N")
-                              ->check(CLI::Range(0.001, 1e9));
+                              ->check(numberFrom(0.001, 1e9));
     std::string snapshot;
     auto *snapshotOption =
         app.add_option("--snapshot", snapshot,
@@ -86,6 +90,8 @@ std::optional<int> parseOptions(int argc, char **argv, Options &options) {
         ->check(CLI::Range(std::int64_t{0}, std::int64_t{60'000}));
     try {
         app.parse(argc, argv);
+        if (options.configPath.empty() && !options.replayPath && options.comparedPaths.empty())
+            throw CLI::RequiredError("CONFIG");
     } catch (const CLI::ParseError &error) {
         return app.exit(error) == 0 ? exitOk : exitUsage;
     }

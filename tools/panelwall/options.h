@@ -6,6 +6,7 @@
 #include <chrono>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace panelwall {
 
@@ -18,14 +19,22 @@ enum ExitStatus {
     exitDocument = 4,
     exitAddress = 5,
     exitSocket = 6,
+    exitRecording = 7,
 };
 
 struct Options {
-    std::string configPath;
+    std::string configPath; // may be empty in a replay; is in a comparison
     std::optional<std::chrono::milliseconds> duration;
     std::optional<std::string> snapshotPath;
     std::optional<Size> screen;
     std::chrono::milliseconds transitionUnit = usualTransitionUnit;
+
+    std::optional<std::string> recordPath;
+    std::optional<std::string> replayPath;
+    double speed = 1.0;
+    bool send = false;                      // the replayed datagrams
+    bool anywhere = false;                  // beyond loopback
+    std::vector<std::string> comparedPaths; // two or none
 };
 
 // Fills `options` from the arguments. An exit status when the program shall end at once, after help

@@ -1,5 +1,8 @@
 #include "tools/panelwall/receiver.h"
 
+#include "tools/panelwall/arrivalClock.h"
+
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
@@ -31,8 +34,8 @@ static std::string adviseOn(int error) {
 }
 
 Receiver::~Receiver() {
-    for (const int socket : sockets)
-        close(socket);
+    for (const Ear &ear : ears)
+        close(ear.socket);
 }
 
 std::vector<config::Problem> Receiver::open(const config::Document &document,
@@ -44,8 +47,9 @@ std::vector<config::Problem> Receiver::open(const config::Document &document,
         const auto *address = reinterpret_cast<const sockaddr *>(&endpoint.address);
         const int fd = socket(endpoint.address.ss_family, SOCK_DGRAM, 0);
         if (fd >= 0) {
-            sockets.push_back(fd);
+            ears.push_back({fd, {}});
             fcntl(fd, F_SETFD, FD_CLOEXEC);
+            askForArrivals(fd);
         }
         if (fd < 0 || bind(fd, address, endpoint.length) != 0)
             problems.push_back({"/devices/" + std::to_string(i),
@@ -55,18 +59,27 @@ std::vector<config::Problem> Receiver::open(const config::Document &document,
 }
 
 void Receiver::appendTo(std::vector<pollfd> &waiting) const {
-    for (const int socket : sockets)
-        waiting.push_back({socket, POLLIN, 0});
+    for (const Ear &ear : ears)
+        waiting.push_back({ear.socket, POLLIN, 0});
 }
 
 bool Receiver::readAll(const Handler &handler) {
     bool any = false;
-    for (std::size_t i = 0; i < sockets.size(); ++i) {
+    for (std::size_t i = 0; i < ears.size(); ++i) {
+        Ear &ear = ears[i];
         for (int turn = 0; turn < datagramsPerTurn; ++turn) {
-            const ssize_t size = recv(sockets[i], buffer.data(), buffer.size(), MSG_DONTWAIT);
+            iovec place{buffer.data(), buffer.size()};
+            ArrivalRoom room;
+            msghdr message{};
+            message.msg_iov = &place;
+            message.msg_iovlen = 1;
+            message.msg_control = room.bytes;
+            message.msg_controllen = sizeof room.bytes;
+            const ssize_t size = recvmsg(ear.socket, &message, MSG_DONTWAIT);
             if (size < 0)
                 break;
-            handler(i, std::span(buffer.data(), static_cast<std::size_t>(size)));
+            ear.lastArrival = std::max(ear.lastArrival, arrivalOf(message, Clock::now()));
+            handler(i, std::span(buffer.data(), static_cast<std::size_t>(size)), ear.lastArrival);
             any = true;
         }
     }

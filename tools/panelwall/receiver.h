@@ -3,6 +3,7 @@
 
 #include "tools/config/configDocument.h"
 #include "tools/panelwall/loopbackAddress.h"
+#include "tools/panelwall/rateMeter.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -26,8 +27,10 @@ public:
     std::vector<config::Problem> open(const config::Document &document,
                                       const std::vector<Endpoint> &endpoints);
 
-    // Called with the device's index and the whole datagram, which is valid during the call only.
-    using Handler = std::function<void(std::size_t, std::span<const std::uint8_t>)>;
+    // Called with the device's index, the whole datagram, which is valid during the call only, and
+    // the time at which it arrived, which for one device never goes back.
+    using Handler =
+        std::function<void(std::size_t, std::span<const std::uint8_t>, Clock::time_point)>;
 
     // What to wait for: an entry per device, in order, ready for poll().
     void appendTo(std::vector<pollfd> &waiting) const;
@@ -37,7 +40,12 @@ public:
     bool readAll(const Handler &handler);
 
 private:
-    std::vector<int> sockets;
+    struct Ear {
+        int socket;
+        Clock::time_point lastArrival;
+    };
+
+    std::vector<Ear> ears;
     std::vector<std::uint8_t> buffer;
 };
 

@@ -20,11 +20,12 @@ static bool isCapableTerminal(int fd) {
     return isatty(fd) == 1 && !(type != nullptr && std::string_view(type) == "dumb");
 }
 
-Session::Session(const Options &theOptions, const config::Document &theDocument,
-                 Receiver &theReceiver, Signals &theSignals)
-    : options(theOptions), document(theDocument), receiver(theReceiver), signals(theSignals),
-      wall(theDocument, theOptions.transitionUnit), screen(screenSize(wall, theOptions.screen)),
-      live(STDOUT_FILENO), onTerminal(isCapableTerminal(STDOUT_FILENO)) {}
+Session::Session(const Options &theOptions, const config::Document &theDocument, Source &theSource,
+                 RecordingWriter *theRecorder, Signals &theSignals)
+    : options(theOptions), document(theDocument), source(theSource), recorder(theRecorder),
+      signals(theSignals), wall(theDocument, theOptions.transitionUnit),
+      screen(screenSize(wall, theOptions.screen)), live(STDOUT_FILENO),
+      onTerminal(isCapableTerminal(STDOUT_FILENO)) {}
 
 int Session::run() {
     start = Clock::now();
@@ -36,19 +37,37 @@ int Session::run() {
         show();
         waitUntil(nextDue());
         handleSignals();
-        if (receiver.readAll([this](std::size_t device, std::span<const std::uint8_t> bytes) {
-                wall.hear(device, bytes, Clock::now());
-            }))
-            changed = true;
+        hear();
+        if (source.ended())
+            ended = true;
         if (options.duration && Clock::now() - start >= *options.duration)
             ended = true;
     }
     live.leave();
     for (const std::string &line : deviceLines(wall, Clock::now(), ReasonPlace::sameLine))
         print("ended: " + line);
-    if (options.snapshotPath && !saveSnapshot())
+    const bool recorded = recorder == nullptr || finishRecording();
+    if ((options.snapshotPath && !saveSnapshot()) || !recorded)
         return exitFile;
     return outputGone ? exitOther : exitOk;
+}
+
+void Session::hear() {
+    const auto take = [this](std::size_t device, std::span<const std::uint8_t> bytes,
+                             Clock::time_point arrival) {
+        wall.hear(device, bytes, arrival);
+        if (recorder != nullptr)
+            recorder->note(device, bytes, arrival);
+    };
+    if (source.readAll(take))
+        changed = true;
+    if (recorder == nullptr)
+        return;
+    recorder->endTurn();
+    if (!recorder->trouble().empty() && !recordingTroubleTold) {
+        recordingTroubleTold = true;
+        tell("the recording ends here: " + recorder->trouble());
+    }
 }
 
 void Session::announce() {
@@ -57,13 +76,13 @@ void Session::announce() {
     if (onTerminal)
         return;
     for (std::size_t i = 0; i < document.devices.size(); ++i)
-        print("listening: " + nameDevice(document, i) + ", " +
-              std::to_string(document.devices[i].panels.size()) + " panels");
+        print((source.isRecording() ? "replaying: " : "listening: ") + nameDevice(document, i) +
+              ", " + std::to_string(document.devices[i].panels.size()) + " panels");
 }
 
 void Session::waitUntil(Clock::time_point when) {
     std::vector<pollfd> waiting{{signals.fd(), POLLIN, 0}};
-    receiver.appendTo(waiting);
+    source.appendTo(waiting);
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(when - Clock::now());
     const auto patience = std::clamp<std::int64_t>(left.count(), 0, 60'000);
     poll(waiting.data(), waiting.size(), static_cast<int>(patience));
@@ -100,6 +119,7 @@ void Session::pause() {
 
 Clock::time_point Session::nextDue() const {
     Clock::time_point due = onTerminal ? live.due(changed) : nextLines;
+    due = std::min(due, source.due());
     if (options.duration)
         due = std::min(due, start + *options.duration);
     return due;
@@ -116,11 +136,11 @@ void Session::show() {
         return;
     changed = wall.isMoving(now);
     FrameContent content;
-    content.title = "panelwall " + options.configPath + "  " + modeName(document.mode) + "  " +
-                    std::to_string(screen.width) + " x " + std::to_string(screen.height) +
-                    "  Ctrl-C ends";
+    content.title = "panelwall " + options.replayPath.value_or(options.configPath) + "  " +
+                    modeName(document.mode) + "  " + std::to_string(screen.width) + " x " +
+                    std::to_string(screen.height) + "  Ctrl-C ends";
     content.devices = deviceLines(wall, now, ReasonPlace::nextLine);
-    content.message = now < noticeEnd ? notice : describeSilence(wall, document.mode, start, now);
+    content.message = now < noticeEnd ? notice : silence(now);
     if (!live.draw(wall, screen, content, now))
         outputGone = true;
 }
@@ -131,10 +151,16 @@ void Session::showLines() {
         nextLines += lineInterval;
     for (const std::string &line : deviceLines(wall, now, ReasonPlace::sameLine))
         print(line);
-    const std::string silence = describeSilence(wall, document.mode, start, now);
-    if (!silence.empty() && !silenceTold)
-        print(silence);
-    silenceTold = !silence.empty();
+    const std::string text = silence(now);
+    if (!text.empty() && !silenceTold)
+        print(text);
+    silenceTold = !text.empty();
+}
+
+std::string Session::silence(Clock::time_point now) const {
+    if (source.isRecording())
+        return {};
+    return describeSilence(wall, document.mode, start, now);
 }
 
 bool Session::saveSnapshot() {
@@ -152,6 +178,20 @@ bool Session::saveSnapshot() {
         tell(text);
     else
         writeAll(STDERR_FILENO, "panelwall: " + text + "\n");
+    return false;
+}
+
+bool Session::finishRecording() {
+    recorder->finish(Clock::now());
+    const std::string &path = *options.recordPath;
+    const std::string amount = std::to_string(recorder->datagrams()) + " datagrams, " +
+                               std::to_string(recorder->bytes()) + " bytes";
+    if (recorder->trouble().empty()) {
+        print("recorded: " + amount + " in " + path);
+        return true;
+    }
+    writeAll(STDERR_FILENO, "panelwall: recording " + path + " is cut off after " + amount + ": " +
+                                recorder->trouble() + "\n");
     return false;
 }
 

@@ -4,8 +4,9 @@
 
 #include "tools/panelwall/liveView.h"
 #include "tools/panelwall/options.h"
-#include "tools/panelwall/receiver.h"
+#include "tools/panelwall/recordingWriter.h"
 #include "tools/panelwall/signals.h"
+#include "tools/panelwall/source.h"
 #include "tools/panelwall/wall.h"
 
 #include <string>
@@ -14,15 +15,19 @@ namespace panelwall {
 
 class Session {
 public:
-    // `receiver` has its sockets open. All arguments must outlive the session.
-    Session(const Options &options, const config::Document &document, Receiver &receiver,
-            Signals &signals);
+    // `source` has its sockets open; `recorder`, if there is one, its file. All arguments must
+    // outlive the session.
+    Session(const Options &options, const config::Document &document, Source &source,
+            RecordingWriter *recorder, Signals &signals);
 
     // Runs to the end; returns an exit status.
     int run();
 
 private:
     void announce();
+
+    // Takes in what has come from the source.
+    void hear();
     void waitUntil(Clock::time_point when);
     void handleSignals();
     void pause();
@@ -31,11 +36,17 @@ private:
     void show();
     void showLines();
 
+    // What to say about datagrams that do not come; nothing in a replay, which is as it was.
+    std::string silence(Clock::time_point now) const;
+
     // The next moment at which something is to be done without a datagram or signal.
     Clock::time_point nextDue() const;
 
     // Writes the picture and says so. False when that failed.
     bool saveSnapshot();
+
+    // Ends the recording and says so. False when it could not be written.
+    bool finishRecording();
 
     // Tells the user something: a line, or for some seconds the message on the terminal.
     void tell(const std::string &text);
@@ -43,7 +54,8 @@ private:
 
     const Options &options;
     const config::Document &document;
-    Receiver &receiver;
+    Source &source;
+    RecordingWriter *const recorder;
     Signals &signals;
 
     Wall wall;
@@ -55,6 +67,7 @@ private:
     Clock::time_point nextLines; // when the next lines are due, off a terminal
     bool changed = false;        // the wall since it was last drawn, or it will
     bool silenceTold = false;
+    bool recordingTroubleTold = false;
     bool ended = false;
     bool outputGone = false;
     std::string notice;

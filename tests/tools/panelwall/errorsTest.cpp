@@ -24,7 +24,8 @@ TEST(PanelwallErrors, CommandLine) {
     expectFailure({config, "--size", "1920"}, 2, {"not a size such as 1920x1080: 1920"});
     for (const char *size : {"0x5", "5x0", "5x", "x5", "-5x5", "5x5x5", "40000x5", "5x5 "})
         expectFailure({config, "--size", size}, 2, {"--size"});
-    expectFailure({config, "--seconds", "-1"}, 2, {"--seconds"});
+    for (const char *seconds : {"-1", "0", "nan", "inf", "soon"})
+        expectFailure({config, "--seconds", seconds}, 2, {"--seconds"});
     for (const char *unit : {"-1", "60001", "0.5", "fast"})
         expectFailure({config, "--transition-unit", unit}, 2, {"--transition-unit"});
     expectFailure({config, "--unknown"}, 2, {"--unknown"});

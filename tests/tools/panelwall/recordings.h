@@ -1,0 +1,36 @@
+// Recordings made up for tests.
+#pragma once
+
+#include "tools/panelwall/recordingReader.h"
+
+#include <string>
+#include <vector>
+
+namespace test {
+
+using RecordedDatagram = panelwall::RecordedDatagram;
+
+// Devices of one panel each, with identifier 1, at these addresses, in wide layout.
+config::Document wideDevices(const std::vector<std::string> &ips);
+
+// A datagram that is well-formed for such a device.
+std::vector<std::uint8_t> panelOne(int red, int green = 0, int blue = 0);
+
+// The recording's bytes, as the program writes them; `end` in microseconds.
+std::string record(const config::Document &document, const std::vector<RecordedDatagram> &datagrams,
+                   long end);
+
+// A file's bytes.
+std::string readBytes(const std::string &path);
+
+// What a reader makes of some bytes.
+struct Read {
+    bool head = false;
+    std::vector<RecordedDatagram> datagrams;
+    long end = 0; // microseconds
+    std::string trouble;
+    config::Document document;
+};
+Read readRecording(const std::string &bytes);
+
+} // namespace test

@@ -1,0 +1,54 @@
+#include "tools/panelwall/compareCommand.h"
+
+#include "tools/panelwall/comparisonText.h"
+#include "tools/panelwall/complaint.h"
+#include "tools/panelwall/recordingFile.h"
+
+#include <exception>
+#include <iostream>
+
+namespace panelwall {
+
+// The exit statuses of comparing programs.
+enum { theSame = 0, different = 1, trouble = 2 };
+
+static int compareOpenable(const std::array<std::string, 2> &paths) {
+    bool readable = true;
+    for (const std::string &path : paths) {
+        RecordingFile file(path);
+        if (file.open())
+            continue;
+        complain(path, file.trouble());
+        readable = false;
+    }
+    if (!readable)
+        return trouble;
+
+    const Comparison comparison = compareRecordings(
+        [&](Side side) { return std::make_unique<std::ifstream>(paths[side], std::ios::binary); });
+    std::cout << "first: " << paths[first] << "\nsecond: " << paths[second] << "\n";
+    for (const std::string &line : describe(comparison))
+        std::cout << line << "\n";
+    std::cout.flush();
+    bool whole = static_cast<bool>(std::cout);
+    for (const Side side : bothSides) {
+        if (comparison.troubles[side].empty())
+            continue;
+        complain(paths[side], comparison.troubles[side] + "; compared up to there");
+        whole = false;
+    }
+    if (!whole)
+        return trouble;
+    return comparison.differs() ? different : theSame;
+}
+
+int compareFiles(const std::string &left, const std::string &right) {
+    try {
+        return compareOpenable({left, right});
+    } catch (const std::exception &error) {
+        std::cerr << "panelwall: " << error.what() << "\n";
+        return trouble;
+    }
+}
+
+} // namespace panelwall

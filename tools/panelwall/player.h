@@ -1,0 +1,42 @@
+// Plays a recording back: each datagram at its time.
+#pragma once
+
+#include "tools/panelwall/receiver.h"
+#include "tools/panelwall/recordingReader.h"
+#include "tools/panelwall/sender.h"
+
+namespace panelwall {
+
+// One thread at a time. The recording's time 0 is the first call of playDue().
+class Player {
+public:
+    // `theReader` has read the head. With `theSender`, every datagram goes out as well. Both
+    // outlive the player. A `theSpeed` of 2 takes half the time; it is greater than 0.
+    Player(RecordingReader &theReader, double theSpeed, Sender *theSender);
+
+    // When to call playDue(): shortly before the next datagram's time, at the latest.
+    Clock::time_point due() const;
+
+    // Hands over the datagrams whose time has come, some thousand at most; waits for a moment when
+    // the next one's time is about to come. True when there was any.
+    bool playDue(const Receiver::Handler &handler);
+
+    // Whether the recording is over, up to its last moment or its fault.
+    bool ended() const;
+
+private:
+    // The moment at which what was recorded at `time` is due.
+    Clock::time_point momentOf(std::chrono::microseconds time) const;
+    void readNext();
+
+    RecordingReader &reader;
+    const double speed;
+    Sender *const sender;
+
+    bool begun = false;
+    Clock::time_point begin;
+    RecordedDatagram upcoming;
+    bool more = true; // `upcoming` is to be played
+};
+
+} // namespace panelwall

@@ -1,0 +1,78 @@
+#include "tools/panelwall/replay.h"
+
+#include "tools/panelwall/complaint.h"
+#include "tools/panelwall/player.h"
+#include "tools/panelwall/recordingFile.h"
+#include "tools/panelwall/session.h"
+#include "tools/panelwall/wallDocument.h"
+
+#include <cstdio>
+#include <iostream>
+
+namespace panelwall {
+
+// The document to show and send by: the recording's own, or the one that the command line names
+// instead.
+static std::variant<config::Document, ExitStatus> chooseDocument(const Options &options,
+                                                                 const config::Document &recorded) {
+    if (options.configPath.empty())
+        return recorded;
+    auto other = readWallDocument(options);
+    const auto *document = std::get_if<config::Document>(&other);
+    if (document == nullptr || document->devices.size() == recorded.devices.size())
+        return other;
+    complain(options.configPath,
+             std::vector<config::Problem>{
+                 {"/devices", "there are " + std::to_string(document->devices.size()) +
+                                  " devices, but " + std::to_string(recorded.devices.size()) +
+                                  " in the recording; a replay needs as many"}});
+    return exitDocument;
+}
+
+static void reportSending(const Sender &sender) {
+    std::string text = "sent: " + std::to_string(sender.sent()) + " datagrams";
+    if (sender.failed() > 0)
+        text += "; " + std::to_string(sender.failed()) +
+                " could not be sent, the last of them because: " + sender.lastFailure();
+    std::cout << text << std::endl;
+}
+
+int replay(const Options &options) {
+    RecordingFile file(*options.replayPath);
+    if (!file.open()) {
+        complain(file.path, file.trouble());
+        return exitRecording;
+    }
+    const auto chosen = chooseDocument(options, file.reader.document());
+    if (const auto *status = std::get_if<ExitStatus>(&chosen))
+        return *status;
+    const auto &document = std::get<config::Document>(chosen);
+
+    const Reach reach = options.send && !options.anywhere ? Reach::loopback : Reach::anywhere;
+    std::vector<config::Problem> problems;
+    const auto endpoints = findEndpoints(document, problems, reach);
+    if (!problems.empty()) {
+        complain(options.configPath.empty() ? file.path : options.configPath, problems);
+        return exitAddress;
+    }
+    Sender sender;
+    if (options.send) {
+        if (const std::string reason = sender.open(endpoints); !reason.empty()) {
+            complain(file.path, "cannot be sent: " + reason);
+            return exitSocket;
+        }
+    }
+
+    Signals signals;
+    Player player(file.reader, options.speed, options.send ? &sender : nullptr);
+    Source source(player);
+    const int status = Session(options, document, source, nullptr, signals).run();
+    if (options.send)
+        reportSending(sender);
+    if (file.trouble().empty())
+        return status;
+    complain(file.path, file.trouble());
+    return exitRecording;
+}
+
+} // namespace panelwall

@@ -1,0 +1,41 @@
+// Where a session's datagrams come from.
+#pragma once
+
+#include "tools/panelwall/player.h"
+#include "tools/panelwall/receiver.h"
+
+namespace panelwall {
+
+// The wall's ears, or a recording that is played back. Owns neither; they outlive it.
+class Source {
+public:
+    explicit Source(Receiver &theReceiver) : receiver(&theReceiver) {}
+    explicit Source(Player &thePlayer) : player(&thePlayer) {}
+
+    bool isRecording() const { return player != nullptr; }
+
+    // What to wait for.
+    void appendTo(std::vector<pollfd> &waiting) const {
+        if (receiver != nullptr)
+            receiver->appendTo(waiting);
+    }
+
+    // The latest time to call readAll(), though nothing that was waited for has happened.
+    Clock::time_point due() const {
+        return player != nullptr ? player->due() : Clock::time_point::max();
+    }
+
+    // Hands over everything that has come, and does not wait for more. True when anything came.
+    bool readAll(const Receiver::Handler &handler) {
+        return player != nullptr ? player->playDue(handler) : receiver->readAll(handler);
+    }
+
+    // Whether nothing more will ever come.
+    bool ended() const { return player != nullptr && player->ended(); }
+
+private:
+    Receiver *receiver = nullptr;
+    Player *player = nullptr;
+};
+
+} // namespace panelwall
