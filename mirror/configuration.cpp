@@ -47,7 +47,8 @@ int MirrorManager::setMirrorConfig(char *json) {
     try {
         rapidjson::Document document;
         rapidjson::StringStream text(json);
-        document.ParseStream(text);
+        // The other way calls itself once a level, so that a text could use up the host's stack.
+        document.ParseStream<rapidjson::kParseIterativeFlag>(text);
         if (document.HasParseError()) {
             std::puts("Bad json!");
             return 0;

@@ -128,6 +128,22 @@ TEST_F(Configuration, UnparsableTextChangesNothing) {
     }
 }
 
+// However deep a text is nested, reading it takes no more of the host's stack.
+TEST_F(Configuration, DeepNestingDoesNotEndTheProcess) {
+    constexpr std::size_t deep = 1'000'000;
+    for (const char *opening : {"[", "{\"a\":"}) {
+        std::string text;
+        for (std::size_t i = 0; i < deep; ++i)
+            text += opening;
+        CaptureStdout();
+        EXPECT_EQ(configure(text), 0);
+        EXPECT_EQ(GetCapturedStdout(), "Bad json!\n");
+    }
+    const std::string nest = std::string(deep, '[') + std::string(deep, ']');
+    EXPECT_EQ(configure("{\"ignored\":" + nest + "," + document("[]", 2).substr(1)), 1);
+    EXPECT_EQ(mirrorManager.mode, 2);
+}
+
 TEST_F(Configuration, RefusedStreamKeepsModeAndDevices) {
     ASSERT_EQ(configure(document("[" + device("127.0.0.2", 2, "[]") + "]", 3)), 1);
     unsigned char *buffer = mirrorManager.frameBuffer;
