@@ -1,8 +1,9 @@
 # Sourced by the other scripts: the Debian packages that they need.
 
 build_packages="build-essential clang llvm libclang-rt-14-dev cmake ninja-build pkg-config
-    libblocksruntime-dev rapidjson-dev libcli11-dev libpng-dev libgtest-dev libbenchmark-dev
-    libxcb1-dev libxcb-randr0-dev libxcb-shm0-dev libxcb-damage0-dev libxcb-xfixes0-dev"
+    libblocksruntime-dev rapidjson-dev libcli11-dev libcpp-httplib-dev libpng-dev libgtest-dev
+    libbenchmark-dev libxcb1-dev libxcb-randr0-dev libxcb-shm0-dev libxcb-damage0-dev
+    libxcb-xfixes0-dev"
 screen_packages="xvfb x11-utils x11-xserver-utils"
 demo_packages="ffmpeg"
 macos_packages="clang-19 lld-19 llvm-19 googletest"

@@ -23,6 +23,7 @@ public:
     int width() const { return columns; }
     int height() const { return rows; }
     Colour at(int x, int y) const { return pixels[index(x, y)]; }
+    void set(int x, int y, Colour colour) { pixels[index(x, y)] = colour; }
 
     // Three bytes a pixel, red first; rows are packed.
     const std::uint8_t *row(int y) const { return &pixels[index(0, y)].red; }

@@ -6,13 +6,10 @@
 #include <cstring>
 #include <map>
 #include <netinet/in.h>
-#include <optional>
 
 namespace panelwall {
 
-// Anything that is not four decimal numbers or a plain IPv6 address does not parse: shorthands
-// such as 127.1 and octal numbers are read differently by different programs.
-static std::optional<Endpoint> parse(const std::string &ip, int port) {
+std::optional<Endpoint> parseEndpoint(const std::string &ip, int port) {
     Endpoint endpoint;
     in_addr four{};
     in6_addr six{};
@@ -64,7 +61,7 @@ std::vector<Endpoint> findEndpoints(const config::Document &document,
             problems.push_back(
                 {"/devices/" + std::to_string(i) + "/ip", nameDevice(document, i) + ": " + text});
         };
-        const auto endpoint = parse(document.devices[i].ip, document.devices[i].port());
+        const auto endpoint = parseEndpoint(document.devices[i].ip, document.devices[i].port());
         if (!endpoint) {
             report("the address does not parse; write four decimal numbers such as 127.0.0.2, or "
                    "::1");

@@ -3,6 +3,7 @@
 
 #include "tools/config/configDocument.h"
 
+#include <optional>
 #include <string>
 #include <sys/socket.h>
 #include <vector>
@@ -13,6 +14,11 @@ struct Endpoint {
     sockaddr_storage address{};
     socklen_t length = 0;
 };
+
+// An address of either family as text. Anything that is not four decimal numbers or a plain IPv6
+// address does not parse: shorthands such as 127.1 and octal numbers are read differently by
+// different programs.
+std::optional<Endpoint> parseEndpoint(const std::string &ip, int port);
 
 // Which addresses will do: loopback (127.0.0.0/8 or ::1), or any.
 enum class Reach { loopback, anywhere };

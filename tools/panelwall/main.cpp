@@ -4,11 +4,13 @@
 #include "tools/panelwall/pngFile.h"
 #include "tools/panelwall/recordingWriter.h"
 #include "tools/panelwall/replay.h"
+#include "tools/panelwall/servePage.h"
 #include "tools/panelwall/session.h"
 #include "tools/panelwall/wallDocument.h"
 
 #include <exception>
 #include <iostream>
+#include <optional>
 
 using namespace panelwall;
 
@@ -40,8 +42,12 @@ static int runWall(const Options &options) {
             return exitFile;
         }
     }
+    std::optional<LivePage> page;
+    if (!servePage(options, document, receiver.fds(), page))
+        return exitPage;
     Source source(receiver);
-    return Session(options, document, source, options.recordPath ? &recorder : nullptr, signals)
+    return Session(options, document, source, options.recordPath ? &recorder : nullptr,
+                   page ? &*page : nullptr, signals)
         .run();
 }
 

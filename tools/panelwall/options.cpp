@@ -34,6 +34,16 @@ static const char footer[] =
     "square.\n"
     "The file is replaced in one step, so it can be read at any time.\n"
     "\n"
+    "Live page: --web serves one page that shows the wall in a browser: every panel at its place\n"
+    "and in its colour as it changes, the last minute, and for each device how regularly\n"
+    "datagrams come. It can show a picture of the mirrored screen behind the panels. Nothing can\n"
+    "be changed from it. It is served on this machine only, on port 8060 unless PORT says\n"
+    "otherwise; 0 takes any free one. With --web-address it can be reached from elsewhere, such "
+    "as\n"
+    "a phone, at the address given (0.0.0.0 for all), by anybody who can reach that; the screen's\n"
+    "picture is still shown on this machine only, to the user who runs the wall. After the end of\n"
+    "a replay the page stays until a signal comes.\n"
+    "\n"
     "Signals: SIGUSR1 writes the picture and goes on. SIGINT (Ctrl-C), SIGTERM and SIGHUP end the\n"
     "program, with exit status 0.\n"
     "\n"
@@ -45,7 +55,8 @@ static const char footer[] =
     "  4  the configuration is not valid, or names no device\n"
     "  5  a device's address does not parse, is not loopback, or is another device's too\n"
     "  6  a device's port is in use or cannot be opened\n"
-    "  7  the recording cannot be read or is damaged; it was played up to there";
+    "  7  the recording cannot be read or is damaged; it was played up to there\n"
+    "  8  the live page cannot be served at the address and port";
 
 static std::optional<Size> parseSize(const std::string &text) {
     constexpr int largest = 32768;
@@ -60,6 +71,15 @@ static std::optional<Size> parseSize(const std::string &text) {
     if (size.width < 1 || size.height < 1 || size.width > largest || size.height > largest)
         return std::nullopt;
     return size;
+}
+
+static std::optional<int> parsePort(const std::string &text) {
+    int port = -1;
+    const char *end = text.data() + text.size();
+    const auto result = std::from_chars(text.data(), end, port);
+    if (result.ec != std::errc() || result.ptr != end || port < 0 || port > 65535)
+        return std::nullopt;
+    return port;
 }
 
 std::optional<int> parseOptions(int argc, char **argv, Options &options) {
@@ -88,6 +108,22 @@ std::optional<int> parseOptions(int argc, char **argv, Options &options) {
                    "How many milliseconds one unit of transition time lasts (default 100)")
         ->type_name("MS")
         ->check(CLI::Range(std::int64_t{0}, std::int64_t{60'000}));
+    WebOptions web;
+    std::string port;
+    auto *webOption = app.add_option("--web", port, "Serve the live page, on this port")
+                          ->type_name("[PORT]")
+                          ->expected(0, 1)
+                          ->check([](const std::string &text) {
+                              return text.empty() || parsePort(text)
+                                         ? std::string()
+                                         : "not a port from 0 to 65535 (write CONFIG before "
+                                           "--web): " +
+                                               text;
+                          });
+    auto *webAddressOption =
+        app.add_option("--web-address", web.address,
+                       "Serve the live page at this address of the machine (default 127.0.0.1)")
+            ->type_name("ADDRESS");
     try {
         app.parse(argc, argv);
         if (options.configPath.empty() && !options.replayPath && options.comparedPaths.empty())
@@ -102,6 +138,10 @@ std::optional<int> parseOptions(int argc, char **argv, Options &options) {
     if (sizeOption->count() > 0)
         options.screen = parseSize(size);
     options.transitionUnit = std::chrono::milliseconds(unit);
+    if (webOption->count() > 0 || webAddressOption->count() > 0) {
+        web.port = parsePort(port).value_or(web.port);
+        options.web = web;
+    }
     return std::nullopt;
 }
 

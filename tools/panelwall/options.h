@@ -20,6 +20,13 @@ enum ExitStatus {
     exitAddress = 5,
     exitSocket = 6,
     exitRecording = 7,
+    exitPage = 8,
+};
+
+// Where the live page is served.
+struct WebOptions {
+    std::string address = "127.0.0.1";
+    int port = 8060; // 0: any free one
 };
 
 struct Options {
@@ -28,6 +35,7 @@ struct Options {
     std::optional<std::string> snapshotPath;
     std::optional<Size> screen;
     std::chrono::milliseconds transitionUnit = usualTransitionUnit;
+    std::optional<WebOptions> web; // none: no live page
 
     std::optional<std::string> recordPath;
     std::optional<std::string> replayPath;

@@ -9,14 +9,30 @@
 
 namespace panelwall {
 
-static bool encode(const Canvas &canvas, std::FILE *file) {
+static png_image headOf(const Canvas &canvas) {
     png_image image{};
     image.version = PNG_IMAGE_VERSION;
     image.width = static_cast<png_uint_32>(canvas.width());
     image.height = static_cast<png_uint_32>(canvas.height());
     image.format = PNG_FORMAT_RGB;
     image.flags = PNG_IMAGE_FLAG_FAST; // a live program writes it; a third larger, far quicker
+    return image;
+}
+
+static bool encode(const Canvas &canvas, std::FILE *file) {
+    png_image image = headOf(canvas);
     return png_image_write_to_stdio(&image, file, 0, canvas.row(0), 0, nullptr) != 0;
+}
+
+std::string encodePng(const Canvas &canvas) {
+    png_image image = headOf(canvas);
+    png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(image);
+    std::string bytes(size, '\0');
+    if (png_image_write_to_memory(&image, bytes.data(), &size, 0, canvas.row(0), 0, nullptr) == 0)
+        return {};
+    bytes.resize(size);
+    bytes.shrink_to_fit();
+    return bytes;
 }
 
 std::string writePng(const Canvas &canvas, const std::string &path) {

@@ -1,4 +1,4 @@
-// Canvases as PNG files.
+// Canvases as PNG pictures.
 #pragma once
 
 #include "tools/panelwall/canvas.h"
@@ -11,6 +11,9 @@ namespace panelwall {
 // then renamed, so that a reader finds the earlier picture or this one, never half of one. Returns
 // the reason when that fails, and leaves nothing behind; empty when it succeeded.
 std::string writePng(const Canvas &canvas, const std::string &path);
+
+// The same picture in memory; empty when it cannot be encoded.
+std::string encodePng(const Canvas &canvas);
 
 // Why no picture could be written to `path` as things stand; empty when nothing is in the way.
 std::string findObstacle(const std::string &path);

@@ -63,6 +63,13 @@ void Receiver::appendTo(std::vector<pollfd> &waiting) const {
         waiting.push_back({ear.socket, POLLIN, 0});
 }
 
+std::vector<int> Receiver::fds() const {
+    std::vector<int> all;
+    for (const Ear &ear : ears)
+        all.push_back(ear.socket);
+    return all;
+}
+
 bool Receiver::readAll(const Handler &handler) {
     bool any = false;
     for (std::size_t i = 0; i < ears.size(); ++i) {

@@ -35,6 +35,9 @@ public:
     // What to wait for: an entry per device, in order, ready for poll().
     void appendTo(std::vector<pollfd> &waiting) const;
 
+    // The sockets, an entry per device, in order; they stay the receiver's.
+    std::vector<int> fds() const;
+
     // Hands over everything that has arrived, oldest first for each device, and does not wait.
     // Under a flood it returns after some thousand datagrams per device. True when anything came.
     bool readAll(const Handler &handler);

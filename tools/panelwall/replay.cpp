@@ -3,6 +3,7 @@
 #include "tools/panelwall/complaint.h"
 #include "tools/panelwall/player.h"
 #include "tools/panelwall/recordingFile.h"
+#include "tools/panelwall/servePage.h"
 #include "tools/panelwall/session.h"
 #include "tools/panelwall/wallDocument.h"
 
@@ -65,8 +66,12 @@ int replay(const Options &options) {
 
     Signals signals;
     Player player(file.reader, options.speed, options.send ? &sender : nullptr);
+    std::optional<LivePage> page;
+    if (!servePage(options, document, {}, page))
+        return exitPage;
     Source source(player);
-    const int status = Session(options, document, source, nullptr, signals).run();
+    const int status =
+        Session(options, document, source, nullptr, page ? &*page : nullptr, signals).run();
     if (options.send)
         reportSending(sender);
     if (file.trouble().empty())

@@ -11,6 +11,9 @@
 
 namespace panelwall {
 
+// Room for the last minute of so many panels on the page, some megabytes.
+static constexpr std::size_t mostHistoryRows = 480;
+
 static constexpr int largestPictureSide = 5120;
 static constexpr std::chrono::seconds lineInterval{1};
 static constexpr std::chrono::seconds noticeTime{5};
@@ -21,24 +24,27 @@ static bool isCapableTerminal(int fd) {
 }
 
 Session::Session(const Options &theOptions, const config::Document &theDocument, Source &theSource,
-                 RecordingWriter *theRecorder, Signals &theSignals)
+                 RecordingWriter *theRecorder, LivePage *thePage, Signals &theSignals)
     : options(theOptions), document(theDocument), source(theSource), recorder(theRecorder),
-      signals(theSignals), wall(theDocument, theOptions.transitionUnit),
+      page(thePage), signals(theSignals), wall(theDocument, theOptions.transitionUnit),
       screen(screenSize(wall, theOptions.screen)), live(STDOUT_FILENO),
       onTerminal(isCapableTerminal(STDOUT_FILENO)) {}
 
 int Session::run() {
     start = Clock::now();
     nextLines = start + lineInterval;
+    preparePage();
     if (onTerminal)
         live.enter();
     announce();
     while (!ended && !outputGone) {
         show();
+        if (page != nullptr)
+            page->show(wall, Clock::now());
         waitUntil(nextDue());
         handleSignals();
         hear();
-        if (source.ended())
+        if (source.ended() && page == nullptr)
             ended = true;
         if (options.duration && Clock::now() - start >= *options.duration)
             ended = true;
@@ -59,8 +65,11 @@ void Session::hear() {
         if (recorder != nullptr)
             recorder->note(device, bytes, arrival);
     };
-    if (source.readAll(take))
+    if (source.readAll(take)) {
         changed = true;
+        if (page != nullptr)
+            page->noteChange();
+    }
     if (recorder == nullptr)
         return;
     recorder->endTurn();
@@ -68,6 +77,27 @@ void Session::hear() {
         recordingTroubleTold = true;
         tell("the recording ends here: " + recorder->trouble());
     }
+}
+
+void Session::preparePage() {
+    if (page == nullptr)
+        return;
+    wall.keepHistory(mostHistoryRows);
+    WallFacts facts;
+    facts.config = options.replayPath.value_or(options.configPath);
+    facts.isRecording = source.isRecording();
+    facts.mode = document.mode;
+    facts.screen = screen;
+    facts.sizeSource = options.screen ? SizeSource::given : SizeSource::panels;
+    facts.transitionUnit = options.transitionUnit;
+    facts.start = start;
+    Size display;
+    if (!options.screen && measureDisplay(static_cast<std::uint32_t>(document.displayID),
+                                          display.width, display.height)) {
+        facts.screen = display;
+        facts.sizeSource = SizeSource::display;
+    }
+    page->describe(facts);
 }
 
 void Session::announce() {
@@ -78,11 +108,15 @@ void Session::announce() {
     for (std::size_t i = 0; i < document.devices.size(); ++i)
         print((source.isRecording() ? "replaying: " : "listening: ") + nameDevice(document, i) +
               ", " + std::to_string(document.devices[i].panels.size()) + " panels");
+    if (page != nullptr)
+        print("live page: " + page->url());
 }
 
 void Session::waitUntil(Clock::time_point when) {
     std::vector<pollfd> waiting{{signals.fd(), POLLIN, 0}};
     source.appendTo(waiting);
+    if (page != nullptr)
+        waiting.push_back({page->fd(), POLLIN, 0});
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(when - Clock::now());
     const auto patience = std::clamp<std::int64_t>(left.count(), 0, 60'000);
     poll(waiting.data(), waiting.size(), static_cast<int>(patience));
@@ -120,6 +154,8 @@ void Session::pause() {
 Clock::time_point Session::nextDue() const {
     Clock::time_point due = onTerminal ? live.due(changed) : nextLines;
     due = std::min(due, source.due());
+    if (page != nullptr)
+        due = std::min(due, page->due());
     if (options.duration)
         due = std::min(due, start + *options.duration);
     return due;
@@ -136,7 +172,8 @@ void Session::show() {
         return;
     changed = wall.isMoving(now);
     FrameContent content;
-    content.title = "panelwall " + options.replayPath.value_or(options.configPath) + "  " +
+    content.title = "panelwall " + (page != nullptr ? page->url() + "  " : "") +
+                    options.replayPath.value_or(options.configPath) + "  " +
                     modeName(document.mode) + "  " + std::to_string(screen.width) + " x " +
                     std::to_string(screen.height) + "  Ctrl-C ends";
     content.devices = deviceLines(wall, now, ReasonPlace::nextLine);

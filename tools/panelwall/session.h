@@ -8,6 +8,7 @@
 #include "tools/panelwall/signals.h"
 #include "tools/panelwall/source.h"
 #include "tools/panelwall/wall.h"
+#include "tools/panelwall/web/livePage.h"
 
 #include <string>
 
@@ -15,15 +16,16 @@ namespace panelwall {
 
 class Session {
 public:
-    // `source` has its sockets open; `recorder`, if there is one, its file. All arguments must
-    // outlive the session.
+    // `source` has its sockets open; `recorder`, if there is one, its file; `page`, if there is
+    // one, is served already. All arguments must outlive the session.
     Session(const Options &options, const config::Document &document, Source &source,
-            RecordingWriter *recorder, Signals &signals);
+            RecordingWriter *recorder, LivePage *page, Signals &signals);
 
     // Runs to the end; returns an exit status.
     int run();
 
 private:
+    void preparePage();
     void announce();
 
     // Takes in what has come from the source.
@@ -56,6 +58,7 @@ private:
     const config::Document &document;
     Source &source;
     RecordingWriter *const recorder;
+    LivePage *const page;
     Signals &signals;
 
     Wall wall;

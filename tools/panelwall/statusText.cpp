@@ -82,16 +82,20 @@ static std::string adviseOnMode(std::int32_t mode) {
     }
 }
 
+std::string adviseOnSilence(std::int32_t mode) {
+    return adviseOnMode(mode) +
+           " Check that the host mirrors, that it does so on this machine, and that it was given "
+           "this same configuration (addresses, control versions).";
+}
+
 std::string describeSilence(const Wall &wall, std::int32_t mode, Clock::time_point start,
                             Clock::time_point now) {
     const auto last = wall.lastArrival();
     const auto silence = now - last.value_or(start);
-    if (silence < std::chrono::seconds(3))
+    if (silence < tellingSilence)
         return {};
     return std::string(last ? "Nothing has arrived for " : "Nothing has arrived at all in ") +
-           describeAge(silence) + ". " + adviseOnMode(mode) +
-           " Check that the host mirrors, that it does so on this machine, and that it was given "
-           "this same configuration (addresses, control versions).";
+           describeAge(silence) + ". " + adviseOnSilence(mode);
 }
 
 std::vector<std::string> describeSharedIds(const Wall &wall) {

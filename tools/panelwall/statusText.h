@@ -18,11 +18,17 @@ enum class ReasonPlace { sameLine, nextLine };
 // how many came in all, and the last reason.
 std::vector<std::string> deviceLines(const Wall &wall, Clock::time_point now, ReasonPlace place);
 
+// Silence from here on is worth telling.
+inline constexpr std::chrono::seconds tellingSilence{3};
+
 // Empty while datagrams come. After three seconds without any, how long it has been and what to
 // check, on one line; `mode` is the document's mirror mode, which decides what silence means, and
 // `start` is when the wall began to listen.
 std::string describeSilence(const Wall &wall, std::int32_t mode, Clock::time_point start,
                             Clock::time_point now);
+
+// What silence means in a mirror mode, and what to check; one line.
+std::string adviseOnSilence(std::int32_t mode);
 
 // One line per pair of panels of a device that datagrams cannot tell apart, a few at most.
 std::vector<std::string> describeSharedIds(const Wall &wall);

@@ -30,6 +30,11 @@ Colour Transition::at(Clock::time_point now) const {
     return {channel(channels[0]), channel(channels[1]), channel(channels[2])};
 }
 
+Clock::duration Transition::left(Clock::time_point now) const {
+    return isMoving(now) ? length - std::max(now - begin, Clock::duration::zero())
+                         : Clock::duration::zero();
+}
+
 bool Transition::isMoving(Clock::time_point now) const {
     return now - begin < length && from != to;
 }

@@ -19,6 +19,9 @@ public:
 
     Colour at(Clock::time_point now) const;
 
+    // How long it is until it arrives; 0 at rest.
+    Clock::duration left(Clock::time_point now) const;
+
     // Whether the colour at a later moment can be another one.
     bool isMoving(Clock::time_point now) const;
 

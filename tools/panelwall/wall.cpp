@@ -43,6 +43,7 @@ void Wall::hear(std::size_t index, std::span<const std::uint8_t> bytes, Clock::t
     ++device.datagrams;
     device.lastArrival = now;
     device.rate.note(now);
+    device.arrivals.note(now);
 
     Decoding decoding = decode(device.layout, bytes);
     if (decoding.malformed.empty())
@@ -65,6 +66,15 @@ void Wall::hear(std::size_t index, std::span<const std::uint8_t> bytes, Clock::t
         panel.transitionTime = record.transitionTime;
         panel.transition.moveTo(*panel.colour, unit * record.transitionTime, now);
     }
+    if (device.history)
+        device.history->note(now, [&](std::size_t panel) { return device.panels[panel].colour; });
+}
+
+void Wall::keepHistory(std::size_t mostRows) {
+    const std::size_t rows =
+        std::max<std::size_t>(1, mostRows / std::max<std::size_t>(1, allDevices.size()));
+    for (WallDevice &device : allDevices)
+        device.history.emplace(device.panels.size(), rows);
 }
 
 bool Wall::isMoving(Clock::time_point now) const {

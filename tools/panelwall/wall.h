@@ -5,7 +5,9 @@
 #pragma once
 
 #include "tools/config/configDocument.h"
+#include "tools/panelwall/arrivalMeter.h"
 #include "tools/panelwall/colour.h"
+#include "tools/panelwall/colourHistory.h"
 #include "tools/panelwall/datagram.h"
 #include "tools/panelwall/rateMeter.h"
 #include "tools/panelwall/transition.h"
@@ -46,6 +48,8 @@ struct WallDevice {
     std::string lastMalformed; // the reason of the last malformed one
     std::optional<Clock::time_point> lastArrival;
     RateMeter rate;
+    ArrivalMeter arrivals;
+    std::optional<ColourHistory> history; // once it is kept
 
     std::size_t litPanels() const; // panels that have a colour
 };
@@ -66,6 +70,10 @@ public:
     void hear(std::size_t device, std::span<const std::uint8_t> bytes, Clock::time_point now);
 
     const std::vector<WallDevice> &devices() const { return allDevices; }
+
+    // From now on every device remembers the colours that it was sent within the last minute, in at
+    // most `mostRows` rows over all devices, but at least one a device.
+    void keepHistory(std::size_t mostRows);
 
     // Whether any panel is on its way to another colour.
     bool isMoving(Clock::time_point now) const;

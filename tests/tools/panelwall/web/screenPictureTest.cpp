@@ -1,0 +1,85 @@
+#include "tests/support/virtualScreen.h"
+#include "tests/tools/panelwall/readPng.h"
+#include "tests/tools/panelwall/wallSetup.h"
+#include "tests/tools/panelwall/web/httpClient.h"
+#include "tools/panelwall/web/pageServer.h"
+
+#include <CoreGraphics/CoreGraphics.h>
+#include <gtest/gtest.h>
+
+using namespace panelwall;
+
+static std::uint32_t onlyDisplay() {
+    CGDirectDisplayID display = 0;
+    std::uint32_t count = 0;
+    CGGetActiveDisplayList(1, &display, &count);
+    return count == 1 ? display : 0;
+}
+
+// Reads the picture the way every PNG is read.
+static test::Picture decode(const std::string &png) {
+    const test::Folder folder;
+    return test::readPng(folder.write("screen.png", png));
+}
+
+TEST(PanelwallScreenPicture, IsOfTheDisplayAtItsSize) {
+    test::VirtualScreen screen(301, 203);
+    screen.use();
+    screen.fill(0x102030);
+    screen.fillRect(300, 202, 1, 1, 0xfedcba);
+    const std::uint32_t display = onlyDisplay();
+    int width = 0;
+    int height = 0;
+    EXPECT_TRUE(measureDisplay(display, width, height));
+    EXPECT_EQ(width, 301);
+    EXPECT_EQ(height, 203);
+    ScreenPicture picture(display);
+    const auto shot = picture.take();
+    ASSERT_TRUE(shot);
+    EXPECT_EQ(shot->width, 301);
+    const auto decoded = decode(shot->png);
+    EXPECT_EQ(decoded.width, 301);
+    EXPECT_EQ(decoded.height, 203);
+    EXPECT_EQ(decoded.at(0, 0), 0x102030u);
+    EXPECT_EQ(decoded.at(300, 202), 0xfedcbau);
+}
+
+TEST(PanelwallScreenPicture, OfAWideDisplayIsReduced) {
+    test::VirtualScreen screen(4097, 10);
+    screen.use();
+    screen.fill(0x000000);
+    screen.fillRect(0, 0, 3, 1, 0x900000);
+    screen.fillRect(4095, 0, 2, 10, 0x0000ff);
+    ScreenPicture picture(onlyDisplay());
+    const auto shot = picture.take();
+    ASSERT_TRUE(shot);
+    EXPECT_EQ(shot->width, 4097);
+    EXPECT_EQ(shot->height, 10);
+    const auto decoded = decode(shot->png);
+    ASSERT_EQ(decoded.width, 1366);
+    ASSERT_EQ(decoded.height, 4);
+    EXPECT_EQ(decoded.at(0, 0), 0x300000u); // a third of the rows
+    EXPECT_EQ(decoded.at(1365, 3), 0x0000ffu);
+}
+
+TEST(PanelwallScreenPicture, IsNotTakenAnewForEveryAsker) {
+    test::VirtualScreen screen(64, 48);
+    screen.use();
+    ScreenPicture picture(onlyDisplay());
+    EXPECT_EQ(picture.take(), picture.take());
+}
+
+TEST(PanelwallScreenPicture, IsServedToItsUser) {
+    test::VirtualScreen screen(64, 48);
+    screen.use();
+    screen.fill(0x445566);
+    LiveFeed feed;
+    ScreenPicture picture(onlyDisplay());
+    PageServer server(feed, picture);
+    ASSERT_EQ(server.open("127.0.0.1", 0), "");
+    const std::string url = server.url();
+    const std::string answer = test::get(std::stoi(url.substr(url.rfind(':') + 1)), "/screen.png");
+    EXPECT_EQ(test::statusOf(answer), 200);
+    EXPECT_NE(answer.find("X-Screen-Size: 64x48"), std::string::npos);
+    EXPECT_EQ(decode(answer.substr(answer.find("\r\n\r\n") + 4)).at(5, 5), 0x445566u);
+}

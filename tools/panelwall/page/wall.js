@@ -1,0 +1,235 @@
+// The picture of the wall: the display's outline, every panel at its place, in its colour.
+import { readColours } from "/feed.js";
+
+// How far the view may reach beyond the display to hold panels that hang outside, as a share of it.
+const mostOutside = 0.5;
+const margin = 0.02;
+
+export class Wall {
+  constructor(canvas) {
+    this.canvas = canvas;
+    this.context = canvas.getContext("2d");
+    this.panels = [];
+    this.perDevice = [];
+    this.picture = null;
+    this.selected = null;
+  }
+
+  build(facts) {
+    this.facts = facts;
+    this.outline = { width: facts.width, height: facts.height };
+    this.perDevice = facts.devices.map((device, deviceIndex) =>
+      device.panels.map(([id, x, y]) => ({
+        device: deviceIndex,
+        id,
+        x,
+        y,
+        side: device.side,
+        colour: -1, // what it was sent
+        from: -1, // what it showed when that was told
+        begun: 0,
+        length: 0,
+        time: 0, // the transition time that came with the colour
+      })),
+    );
+    this.panels = this.perDevice.flat();
+    this.selected = null;
+    this.resize();
+  }
+
+  // The state of a `now` event that came at `at` (milliseconds of the page's clock).
+  update(devices, at) {
+    devices.forEach((device, deviceIndex) => {
+      const sent = readColours(device.sent);
+      const shown = readColours(device.shown);
+      this.perDevice[deviceIndex].forEach((panel, i) => {
+        panel.colour = sent[i];
+        panel.from = shown[i];
+        panel.begun = at;
+        panel.length = device.left[i];
+        panel.time = device.times[i];
+      });
+    });
+  }
+
+  isMoving(now) {
+    return this.panels.some((panel) => panel.length > 0 && now - panel.begun < panel.length);
+  }
+
+  // What a panel shows, on its straight way from one colour to the next; -1 before the first.
+  shownBy(panel, now) {
+    const passed = now - panel.begun;
+    if (panel.colour < 0 || passed >= panel.length) return panel.colour;
+    const share = Math.max(0, passed / panel.length);
+    const mix = (shift) => {
+      const from = (panel.from >> shift) & 255;
+      const to = (panel.colour >> shift) & 255;
+      return Math.round(from + (to - from) * share) << shift;
+    };
+    return mix(16) | mix(8) | mix(0);
+  }
+
+  // The picture's own size is the display's true one.
+  setPicture(picture, width, height) {
+    this.picture = picture;
+    if (picture) this.outline = { width, height };
+    this.resize();
+  }
+
+  // How many panels the view does not reach.
+  get outOfView() {
+    const { left, top, right, bottom } = this.view;
+    return this.panels.filter(
+      ({ x, y }) => x < left || y < top || x > right || y > bottom,
+    ).length;
+  }
+
+  resize() {
+    if (!this.outline) return;
+    const { width, height } = this.outline;
+    const reach = mostOutside;
+    const view = { left: 0, top: 0, right: width, bottom: height };
+    for (const { x, y, side } of this.panels) {
+      const half = side / 2;
+      if (x < -reach * width || x > (1 + reach) * width) continue;
+      if (y < -reach * height || y > (1 + reach) * height) continue;
+      view.left = Math.min(view.left, Math.max(x - half, -reach * width));
+      view.top = Math.min(view.top, Math.max(y - half, -reach * height));
+      view.right = Math.max(view.right, Math.min(x + half, (1 + reach) * width));
+      view.bottom = Math.max(view.bottom, Math.min(y + half, (1 + reach) * height));
+    }
+    const edge = margin * Math.max(width, height);
+    view.left -= edge;
+    view.top -= edge;
+    view.right += edge;
+    view.bottom += edge;
+    this.view = view;
+
+    const across = view.right - view.left;
+    const down = view.bottom - view.top;
+    const room = this.canvas.parentElement.clientWidth;
+    const highest = Math.max(200, window.innerHeight * 0.72);
+    const scale = Math.min(room / across, highest / down);
+    const density = window.devicePixelRatio || 1;
+    this.canvas.style.height = `${Math.round(down * scale)}px`;
+    this.canvas.width = Math.round(room * density);
+    this.canvas.height = Math.round(down * scale * density);
+    this.scale = scale * density;
+    this.shiftX = (room * density - across * this.scale) / 2 - view.left * this.scale;
+    this.shiftY = -view.top * this.scale;
+    this.density = density;
+  }
+
+  // A panel's square in pixels of the canvas, in whole pixels so that equal panels look equal.
+  boxOf({ x, y, side }) {
+    const length = Math.max(3, Math.round(side * this.scale));
+    return {
+      left: Math.round(x * this.scale + this.shiftX - length / 2),
+      top: Math.round(y * this.scale + this.shiftY - length / 2),
+      length,
+    };
+  }
+
+  // The topmost panel at a place in CSS pixels of the canvas, or null.
+  panelAt(x, y) {
+    const px = x * this.density;
+    const py = y * this.density;
+    for (let i = this.panels.length - 1; i >= 0; --i) {
+      const { left, top, length } = this.boxOf(this.panels[i]);
+      if (px >= left && px < left + length && py >= top && py < top + length)
+        return this.panels[i];
+    }
+    return null;
+  }
+
+  // The nearest panel in the direction (dx, dy) from a panel; the panel itself when there is none.
+  neighbour(panel, dx, dy) {
+    let best = panel;
+    let least = Infinity;
+    for (const other of this.panels) {
+      const ahead = (other.x - panel.x) * dx + (other.y - panel.y) * dy;
+      if (ahead <= 0) continue;
+      const aside = Math.abs((other.x - panel.x) * dy) + Math.abs((other.y - panel.y) * dx);
+      const distance = ahead + 2 * aside;
+      if (distance < least) {
+        least = distance;
+        best = other;
+      }
+    }
+    return best;
+  }
+
+  draw(now, theme) {
+    const { context, canvas } = this;
+    context.clearRect(0, 0, canvas.width, canvas.height);
+    if (!this.outline) return;
+    const line = Math.max(1, Math.round(this.density));
+    const left = Math.round(this.shiftX);
+    const top = Math.round(this.shiftY);
+    const width = Math.round(this.outline.width * this.scale);
+    const height = Math.round(this.outline.height * this.scale);
+    context.fillStyle = theme.screen;
+    context.fillRect(left, top, width, height);
+    if (this.picture) context.drawImage(this.picture, left, top, width, height);
+    context.lineWidth = line;
+    context.strokeStyle = theme.screenLine;
+    context.strokeRect(left - line / 2, top - line / 2, width + line, height + line);
+
+    for (const panel of this.panels) this.drawPanel(panel, now, theme, line);
+    if (this.selected) this.drawSelection(theme, line);
+  }
+
+  drawPanel(panel, now, theme, line) {
+    const { context } = this;
+    const { left, top, length } = this.boxOf(panel);
+    const radius = length * 0.12;
+    const square = (inset) => {
+      context.beginPath();
+      context.roundRect(left + inset, top + inset, length - 2 * inset, length - 2 * inset,
+        Math.max(0, radius - inset));
+    };
+    const shown = this.shownBy(panel, now);
+    context.lineWidth = line;
+    if (shown < 0) {
+      context.strokeStyle = theme.hollow;
+      context.setLineDash([4 * line, 3 * line]);
+      square(line / 2);
+      context.stroke();
+      context.setLineDash([]);
+      return;
+    }
+    context.fillStyle = `rgb(${shown >> 16} ${(shown >> 8) & 255} ${shown & 255})`;
+    if (!this.picture) {
+      square(0);
+      context.fill();
+      context.strokeStyle = theme.panelEdge;
+      square(line / 2);
+      context.stroke();
+      return;
+    }
+    // Over the picture: the square's edge, and the colour in its middle, so that the screen which
+    // gave the colour is seen around it.
+    context.strokeStyle = "rgb(0 0 0 / 0.65)";
+    context.lineWidth = 3 * line;
+    square(line * 1.5);
+    context.stroke();
+    context.strokeStyle = "rgb(255 255 255 / 0.95)";
+    context.lineWidth = line;
+    square(line * 1.5);
+    context.stroke();
+    square(length * 0.27);
+    context.fill();
+    context.stroke();
+  }
+
+  drawSelection(theme, line) {
+    const { context } = this;
+    const { left, top, length } = this.boxOf(this.selected);
+    const gap = 3 * line;
+    context.strokeStyle = theme.accent;
+    context.lineWidth = 2 * line;
+    context.beginPath();
+    context.roundRect(left - gap, top - gap, length + 2 * gap, length + 2 * gap, length * 0.12 + gap);
+    context.stroke();
+  }
+}

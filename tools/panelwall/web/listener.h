@@ -1,0 +1,36 @@
+// A listening TCP socket.
+#pragma once
+
+#include <string>
+
+namespace panelwall {
+
+// Owns the descriptor. open() and the destructor belong to one thread, accept() to another, stop()
+// to any.
+class Listener {
+public:
+    Listener();
+    ~Listener();
+    Listener(const Listener &) = delete;
+    Listener &operator=(const Listener &) = delete;
+
+    // Binds and listens. What is wrong, in words and with the port, or nothing.
+    std::string open(const std::string &address, int port);
+
+    // The next connection's descriptor, or -1 after stop(). Waits.
+    int accept();
+
+    void stop();
+
+    // "127.0.0.1:8060" or "[::1]:8060".
+    const std::string &name() const { return boundName; }
+    int fd() const { return descriptor; }
+
+private:
+    int descriptor = -1;
+    int stopRead = -1;
+    int stopWrite = -1;
+    std::string boundName;
+};
+
+} // namespace panelwall

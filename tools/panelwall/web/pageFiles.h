@@ -1,0 +1,17 @@
+// The files of the page, as they were when the program was built.
+#pragma once
+
+#include <string_view>
+
+namespace panelwall {
+
+struct PageFile {
+    std::string_view path; // as a browser asks for it
+    std::string_view type;
+    std::string_view content;
+};
+
+// Null when the page has no such file.
+const PageFile *findPageFile(std::string_view path);
+
+} // namespace panelwall

@@ -1,0 +1,40 @@
+// The wall as the page hears of it: server-sent events with JSON texts.
+//
+//     wall    once: the configuration, the outline and every panel's place
+//     past    once: the colours sent within the last minute
+//     now     again and again: what every panel shows and every device has heard
+//
+// docs/page.md describes their members.
+#pragma once
+
+#include "tools/panelwall/picture.h"
+#include "tools/panelwall/wall.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace panelwall {
+
+// How the outline's size came to be known.
+enum class SizeSource { given, display, panels };
+
+struct WallFacts {
+    std::string config;       // the document's path, or the recording's
+    bool isRecording = false; // that is played back
+    std::int32_t mode = 0;
+    Size screen;
+    SizeSource sizeSource = SizeSource::panels;
+    std::chrono::milliseconds transitionUnit = usualTransitionUnit;
+    Clock::time_point start;
+};
+
+std::string wallEvent(const Wall &wall, const WallFacts &facts);
+std::string pastEvent(const Wall &wall);
+
+// `lost` has an entry per device: the datagrams that its full queue has cost, where that is known.
+std::string nowEvent(const Wall &wall, const WallFacts &facts,
+                     const std::vector<std::optional<std::uint64_t>> &lost, Clock::time_point now);
+
+} // namespace panelwall
