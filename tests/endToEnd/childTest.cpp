@@ -1,5 +1,6 @@
 // Hosts that load the library themselves: unloading in mid-run, and the signals.
 #include "mirror/mirrorInterface.h"
+#include "tests/endToEnd/exitStatus.h"
 #include "tests/endToEnd/lightSetup.h"
 #include "tests/support/virtualScreen.h"
 
@@ -112,7 +113,7 @@ TEST_P(SignalTest, EndsTheRunAndExitsWithItsNumber) {
     Child host({SIGNALHOST, MIRROR_LIBRARY, config, "wait"});
     ASSERT_TRUE(host.says("ready\n")) << host.said;
     host.signal(GetParam());
-    EXPECT_EQ(host.end(), GetParam());
+    EXPECT_EQ(host.end(), exitStatusOf(GetParam()));
     // The system may hand the signal to the mirroring thread, which cannot join itself.
     EXPECT_TRUE(host.said == "ready\n" || host.said == "ready\nError stopping mirror\n")
         << host.said;
@@ -122,7 +123,7 @@ TEST_P(SignalTest, StaysHandledAfterARun) {
     Child host({SIGNALHOST, MIRROR_LIBRARY, config, "after"});
     ASSERT_TRUE(host.says("ready\n")) << host.said;
     host.signal(GetParam());
-    EXPECT_EQ(host.end(), GetParam());
+    EXPECT_EQ(host.end(), exitStatusOf(GetParam()));
     EXPECT_EQ(host.said, "ready\n");
 }
 
@@ -138,7 +139,7 @@ TEST_F(ChildTest, FaultOnTheMirroringThreadItself) {
     GTEST_SKIP() << "the thread sanitizer knows no thread that tries to join itself";
 #endif
     Child host({SIGNALHOST, MIRROR_LIBRARY, config, "fault"});
-    EXPECT_EQ(host.end(), SIGSEGV);
+    EXPECT_EQ(host.end(), exitStatusOf(SIGSEGV));
     // The thread cannot join itself, says so once, and the exit goes on.
     const std::string message = "Error stopping mirror\n";
     const std::size_t at = host.said.find(message);
@@ -156,7 +157,7 @@ TEST_F(ChildTest, InterruptAtAnyMoment) {
         ASSERT_TRUE(host.says("ready\n")) << host.said;
         usleep(static_cast<useconds_t>(round * 7919)); // spreads the moments; nothing is awaited
         host.signal(SIGINT);
-        ASSERT_EQ(host.end(), SIGINT) << host.said;
+        ASSERT_EQ(host.end(), exitStatusOf(SIGINT)) << host.said;
     }
 }
 
@@ -167,7 +168,7 @@ TEST_F(ChildTest, InterruptWhileAskingForThePalette) {
         ASSERT_TRUE(host.says("ready\n")) << host.said;
         usleep(static_cast<useconds_t>(round * 7919)); // spreads the moments; nothing is awaited
         host.signal(SIGINT);
-        ASSERT_EQ(host.end(), SIGINT) << host.said;
+        ASSERT_EQ(host.end(), exitStatusOf(SIGINT)) << host.said;
     }
 }
 
@@ -176,7 +177,7 @@ TEST_F(ChildTest, InterruptBeforeTheThreadIsMade) {
     GTEST_SKIP() << "the sanitizers have a pthread_create of their own";
 #endif
     Child host({SIGNALHOST, MIRROR_LIBRARY, config, "again"});
-    EXPECT_EQ(host.end(), SIGINT) << host.said;
+    EXPECT_EQ(host.end(), exitStatusOf(SIGINT)) << host.said;
 }
 
 } // namespace

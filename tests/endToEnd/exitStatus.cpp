@@ -1,0 +1,5 @@
+#include "tests/endToEnd/exitStatus.h"
+
+int exitStatusOf(int signal) {
+    return signal;
+}

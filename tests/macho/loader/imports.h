@@ -1,0 +1,42 @@
+// What images may import: each symbol by the library that is to provide it.
+#pragma once
+
+#include <functional>
+#include <map>
+#include <string>
+#include <utility>
+#include <vector>
+
+namespace macho {
+
+class Image;
+
+// Install names.
+inline constexpr char libSystem[] = "/usr/lib/libSystem.B.dylib";
+inline constexpr char libCxx[] = "/usr/lib/libc++.1.dylib";
+
+class Imports {
+public:
+    // `symbol` with its leading underscore. A symbol can be given again, the last one counts.
+    void add(const std::string &library, const std::string &symbol, const void *address) {
+        addresses[{library, symbol}] = address;
+    }
+    template <class Result, class... Arguments>
+    void add(const std::string &library, const std::string &symbol,
+             Result (*function)(Arguments...)) {
+        add(library, symbol, reinterpret_cast<const void *>(function));
+    }
+    // Null when `library` has no such symbol, even if another has it.
+    const void *find(const std::string &library, const std::string &symbol) const {
+        const auto found = addresses.find({library, symbol});
+        return found == addresses.end() ? nullptr : found->second;
+    }
+
+    // Called when an image has run its at-exit entries and is about to leave the memory.
+    std::vector<std::function<void(const Image &)>> unloadChecks;
+
+private:
+    std::map<std::pair<std::string, std::string>, const void *> addresses;
+};
+
+} // namespace macho

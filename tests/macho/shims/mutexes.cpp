@@ -1,0 +1,63 @@
+#include "tests/macho/shims/mutexes.h"
+#include "tests/macho/shims/process.h"
+#include "tests/macho/shims/refuse.h"
+
+#include <cstdint>
+#include <pthread.h>
+#include <string>
+#include <system_error>
+
+namespace macho {
+
+namespace {
+
+// A signature and 56 bytes, in which this system's own finds room. Both begin as zeros.
+struct DarwinMutex {
+    std::int64_t signature;
+    union {
+        char room[56];
+        pthread_mutex_t here;
+    };
+};
+static_assert(sizeof(DarwinMutex) == 64);
+
+constexpr std::int64_t staticSignature = 0x32aaaba7; // of PTHREAD_MUTEX_INITIALIZER
+constexpr std::int64_t destroyedSignature = 0;
+
+pthread_mutex_t *checked(const char *call, DarwinMutex *mutex) {
+    if (mutex->signature != staticSignature)
+        refuse(std::string(call) + " of a mutex that is none: it was never made, or is destroyed");
+    return &mutex->here;
+}
+
+void lockMutex(DarwinMutex *mutex) {
+    if (const int error = pthread_mutex_lock(checked("lock", mutex)))
+        std::__throw_system_error(error, "mutex lock failed");
+}
+
+bool tryLockMutex(DarwinMutex *mutex) noexcept {
+    return pthread_mutex_trylock(checked("try_lock", mutex)) == 0;
+}
+
+void unlockMutex(DarwinMutex *mutex) noexcept {
+    if (pthread_mutex_unlock(checked("unlock", mutex)) != 0)
+        refuse("unlock of a mutex that is not locked");
+}
+
+void destroyMutex(DarwinMutex *mutex) noexcept {
+    if (pthread_mutex_destroy(checked("destruction", mutex)) != 0 && !libraryIsExiting())
+        refuse("destruction of a locked mutex");
+    mutex->signature = destroyedSignature;
+}
+
+} // namespace
+
+void addMutexes(Imports &imports) {
+    imports.add(libCxx, "__ZNSt3__15mutex4lockEv", lockMutex);
+    imports.add(libCxx, "__ZNSt3__15mutex8try_lockEv",
+                reinterpret_cast<const void *>(tryLockMutex));
+    imports.add(libCxx, "__ZNSt3__15mutex6unlockEv", reinterpret_cast<const void *>(unlockMutex));
+    imports.add(libCxx, "__ZNSt3__15mutexD1Ev", reinterpret_cast<const void *>(destroyMutex));
+}
+
+} // namespace macho

@@ -1,0 +1,141 @@
+// Handlers of the library are called through a function of ours, with macOS's number of the signal.
+// Handlers of the host, which the library may ask for and put back, stay as they are.
+#include "tests/macho/loader/image.h"
+#include "tests/macho/shims/errors.h"
+#include "tests/macho/shims/refuse.h"
+#include "tests/macho/shims/signalNumbers.h"
+#include "tests/macho/shims/system.h"
+
+#include <array>
+#include <atomic>
+#include <csignal>
+
+namespace macho {
+
+namespace {
+
+using Handler = void (*)(int);
+
+struct DarwinAction {
+    Handler handler;
+    std::uint32_t mask;
+    std::int32_t flags;
+};
+static_assert(sizeof(DarwinAction) == 16);
+
+struct Flag {
+    unsigned here;
+    std::int32_t darwin; // Apple's sys/signal.h
+};
+
+constexpr Flag flags[] = {
+    {SA_ONSTACK, 0x1},  {SA_RESTART, 0x2},    {SA_RESETHAND, 0x4}, {SA_NOCLDSTOP, 0x8},
+    {SA_NODEFER, 0x10}, {SA_NOCLDWAIT, 0x20}, {SA_SIGINFO, 0x40},
+};
+
+// This system's C library adds it to every action, and needs no reminder.
+constexpr unsigned restorerFlag = 0x04000000;
+
+constexpr int signalCount = 65;
+std::array<std::atomic<Handler>, signalCount> imageHandlers; // by this system's number
+
+void callImageHandler(int signal) {
+    imageHandlers[static_cast<std::size_t>(signal)].load()(darwinSignal(signal));
+}
+
+bool isSpecial(Handler handler) {
+    return handler == SIG_DFL || handler == SIG_IGN;
+}
+
+std::int32_t darwinFlags(unsigned here) {
+    std::int32_t darwin = 0;
+    for (const Flag &flag : flags)
+        if ((here & flag.here) != 0) {
+            darwin |= flag.darwin;
+            here &= ~flag.here;
+        }
+    if ((here & ~restorerFlag) != 0)
+        refuse("a signal action with the flags " + std::to_string(here) + " of this system");
+    return darwin;
+}
+
+int flagsHere(std::int32_t darwin) {
+    unsigned here = 0;
+    for (const Flag &flag : flags)
+        if ((darwin & flag.darwin) != 0) {
+            here |= flag.here;
+            darwin &= ~flag.darwin;
+        }
+    if (darwin != 0)
+        refuse("a signal action with the flags " + std::to_string(darwin));
+    return static_cast<int>(here);
+}
+
+DarwinAction darwinAction(int signal, const struct sigaction &here) {
+    DarwinAction darwin = {};
+    darwin.handler = here.sa_handler;
+    if (darwin.handler == callImageHandler)
+        darwin.handler = imageHandlers[static_cast<std::size_t>(signal)];
+    darwin.mask = darwinSignalSet(here.sa_mask);
+    darwin.flags = darwinFlags(static_cast<unsigned>(here.sa_flags));
+    return darwin;
+}
+
+struct sigaction actionHere(int signal, const DarwinAction &darwin) {
+    struct sigaction here = {};
+    here.sa_handler = darwin.handler;
+    here.sa_mask = signalSetHere(darwin.mask);
+    here.sa_flags = flagsHere(darwin.flags);
+    if (!isSpecial(darwin.handler) && Image::around(reinterpret_cast<void *>(darwin.handler))) {
+        if ((here.sa_flags & SA_SIGINFO) != 0)
+            refuse("a handler of the library that wants more than the signal's number");
+        imageHandlers[static_cast<std::size_t>(signal)] = darwin.handler;
+        here.sa_handler = callImageHandler;
+    }
+    return here;
+}
+
+int shimAction(int number, const DarwinAction *wanted, DarwinAction *before) {
+    const int signal = signalHere(number);
+    struct sigaction old = {};
+    if (sigaction(signal, nullptr, &old) != 0)
+        return withErrno(-1);
+    const DarwinAction oldDarwin = darwinAction(signal, old);
+    if (wanted != nullptr) {
+        const struct sigaction here = actionHere(signal, *wanted);
+        if (sigaction(signal, &here, nullptr) != 0)
+            return withErrno(-1);
+    }
+    if (before != nullptr)
+        *before = oldDarwin;
+    return 0;
+}
+
+Handler shimSignal(int number, Handler handler) {
+    constexpr std::int32_t restart = 0x2;
+    const DarwinAction wanted = {handler, 0, restart};
+    DarwinAction before = {};
+    return shimAction(number, &wanted, &before) == 0 ? before.handler : SIG_ERR;
+}
+
+void checkHandlersAreGone(const Image &image) {
+    for (int signal = 1; signal < signalCount; ++signal) {
+        struct sigaction now = {};
+        if (sigaction(signal, nullptr, &now) != 0 || now.sa_handler != callImageHandler)
+            continue;
+        if (image.contains(
+                reinterpret_cast<void *>(imageHandlers[static_cast<std::size_t>(signal)].load())))
+            refuse("unload with a handler for the signal " + std::to_string(darwinSignal(signal)) +
+                   " in place");
+    }
+}
+
+} // namespace
+
+void addSignals(Imports &imports) {
+    imports.add(libSystem, "_signal", shimSignal);
+    imports.add(libSystem, "_sigaction", shimAction);
+    imports.unloadChecks.emplace_back(checkHandlersAreGone);
+}
+
+} // namespace macho
