@@ -140,7 +140,7 @@ void Adviser::adviseOnSize(const DeviceEntry &device, const std::string &pointer
              "expected a number above 0, so that panels take their colour from an area; with this "
              "one they take it from a single pixel",
              "1 makes the area 100 pixels wide for shapeType 0, and 66 for any other");
-    else if (screen && (2.0 * half > screen->width - 1.0 || 2.0 * half > screen->height - 1.0))
+    else if (screen && (2.0 * half > screen->width || 2.0 * half > screen->height))
         warn(pointer + "/scaleFactor",
              "found panels whose area is larger than the screen (" + std::to_string(screen->width) +
                  " x " + std::to_string(screen->height) + ")",

@@ -1,39 +1,81 @@
 #include "tools/config/textFile.h"
 
 #include <cerrno>
-#include <cstdio>
 #include <cstring>
-#include <memory>
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
 
 namespace config {
 
-static std::optional<std::string> readStream(std::FILE *stream, std::string &reason) {
+namespace {
+
+class File {
+public:
+    explicit File(const std::string &path)
+        : fd(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY)) {}
+    ~File() {
+        if (fd >= 0)
+            close(fd);
+    }
+    File(const File &) = delete;
+    File &operator=(const File &) = delete;
+
+    const int fd; // opening a pipe waits for nobody; reading it does
+};
+
+} // namespace
+
+// Waits for something to read, or for the end; a negative patience waits for ever.
+static bool awaitInput(int fd, std::chrono::milliseconds patience, std::string &reason) {
+    pollfd input{fd, POLLIN, 0};
+    for (;;) {
+        const int ready = poll(&input, 1, static_cast<int>(patience.count()));
+        if (ready > 0)
+            return true;
+        if (ready < 0 && errno == EINTR)
+            continue;
+        reason = ready == 0 ? "nobody wrote into it for " +
+                                  std::to_string(patience.count() / 1000) + " seconds"
+                            : std::strerror(errno);
+        return false;
+    }
+}
+
+static std::optional<std::string> readDescriptor(int fd, std::chrono::milliseconds patience,
+                                                 std::string &reason) {
     std::string text;
     char part[16384];
-    while (std::size_t size = std::fread(part, 1, sizeof part, stream)) {
-        if (text.size() + size > largestText) {
+    for (;;) {
+        if (!awaitInput(fd, patience, reason))
+            return std::nullopt;
+        const ssize_t size = read(fd, part, sizeof part);
+        if (size == 0)
+            return text;
+        if (size < 0 && (errno == EINTR || errno == EAGAIN))
+            continue;
+        if (size < 0) {
+            reason = std::strerror(errno);
+            return std::nullopt;
+        }
+        if (text.size() + static_cast<std::size_t>(size) > largestText) {
             reason = "larger than " + std::to_string(largestText >> 20) + " MiB";
             return std::nullopt;
         }
-        text.append(part, size);
+        text.append(part, static_cast<std::size_t>(size));
     }
-    if (std::ferror(stream)) {
-        reason = std::strerror(errno);
-        return std::nullopt;
-    }
-    return text;
 }
 
-std::optional<std::string> readTextFile(const std::string &path, std::string &reason) {
+std::optional<std::string> readTextFile(const std::string &path, std::string &reason,
+                                        std::chrono::milliseconds patience) {
     if (path == "-")
-        return readStream(stdin, reason);
-    const auto close = [](std::FILE *file) { std::fclose(file); };
-    const std::unique_ptr<std::FILE, decltype(close)> file(std::fopen(path.c_str(), "rb"), close);
-    if (!file) {
+        return readDescriptor(STDIN_FILENO, std::chrono::milliseconds(-1), reason);
+    const File file(path);
+    if (file.fd < 0) {
         reason = std::strerror(errno);
         return std::nullopt;
     }
-    return readStream(file.get(), reason);
+    return readDescriptor(file.fd, patience, reason);
 }
 
 } // namespace config

@@ -1,6 +1,8 @@
 #include "tools/mirrorctl/arguments.h"
 
 #include "tools/config/modes.h"
+#include "tools/mirrorctl/layoutPlan.h"
+#include "tools/mirrorctl/suitability.h"
 
 #include <charconv>
 
@@ -44,6 +46,27 @@ static std::string checkSize(const std::string &text) {
 
 CLI::Validator sizeArgument() {
     return CLI::Validator(checkSize, "WxH");
+}
+
+static std::string checkShape(const std::string &text) {
+    if (parseShape(text))
+        return {};
+    return "expected rows x columns, such as 4x6, or strip:N, with at most " +
+           std::to_string(mostPanels) + " panels, found " + text;
+}
+
+static std::string checkAddress(const std::string &text) {
+    if (isAddress(text))
+        return {};
+    return "expected an IPv4 or IPv6 address in numbers, found " + text;
+}
+
+CLI::Validator shapeArgument() {
+    return CLI::Validator(checkShape, "SHAPE");
+}
+
+CLI::Validator addressArgument() {
+    return CLI::Validator(checkAddress, "ADDRESS");
 }
 
 CLI::Validator secondsArgument() {

@@ -18,6 +18,12 @@ CLI::Validator modeArgument();
 // A size in pixels; parseSize() reads it.
 CLI::Validator sizeArgument();
 
+// A layout's shape; parseShape() reads it.
+CLI::Validator shapeArgument();
+
+// An IPv4 or IPv6 address in numbers.
+CLI::Validator addressArgument();
+
 // Two positive numbers with an x between them, such as 1920x1080; nothing when it is not that.
 std::optional<config::ScreenSize> parseSize(const std::string &text);
 

@@ -18,6 +18,7 @@ int main(int argc, char **argv) {
     mirrorctl::Action chosen;
     mirrorctl::addDisplaysCommand(program, chosen);
     mirrorctl::addCheckCommand(program, chosen);
+    mirrorctl::addLayoutCommand(program, chosen);
     mirrorctl::addRunCommand(program, chosen);
     mirrorctl::addPaletteCommand(program, chosen);
     mirrorctl::addSnapshotCommand(program, chosen);

@@ -18,7 +18,7 @@ std::vector<config::Problem> modeProblems(const config::Document &document) {
              "choose one of these four"}};
 }
 
-static bool isAddress(const std::string &text) {
+bool isAddress(const std::string &text) {
     in_addr v4;
     in6_addr v6;
     return inet_pton(AF_INET, text.c_str(), &v4) == 1 ||

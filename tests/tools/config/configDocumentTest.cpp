@@ -1,6 +1,7 @@
 #include "tools/config/configDocument.h"
 #include "tests/tools/config/goodDocument.h"
 #include "tools/config/parse.h"
+#include "tools/config/textFile.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -8,6 +9,8 @@
 #include <gtest/gtest.h>
 #include <span>
 #include <stdexcept>
+#include <sys/stat.h>
+#include <thread>
 #include <unistd.h>
 
 namespace {
@@ -364,6 +367,20 @@ TEST(ConfigFile, saysWhyItCannotBeRead) {
 
 TEST(ConfigFile, refusesEndlessFiles) {
     EXPECT_EQ(problemsOf(config::readFile("/dev/zero")), ": cannot be read: larger than 64 MiB\n");
+}
+
+TEST(ConfigFile, doesNotWaitForEverOnAPipe) {
+    char folder[] = "/tmp/configTest.XXXXXX";
+    ASSERT_NE(mkdtemp(folder), nullptr);
+    const std::string pipe = std::string(folder) + "/pipe";
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    std::string reason;
+    EXPECT_FALSE(config::readTextFile(pipe, reason, std::chrono::milliseconds(50)));
+    EXPECT_EQ(reason, "nobody wrote into it for 0 seconds");
+    std::thread writer([&] { std::ofstream(pipe) << "slow, " << std::flush << "but there"; });
+    EXPECT_EQ(config::readTextFile(pipe, reason), "slow, but there");
+    writer.join();
+    std::filesystem::remove_all(folder);
 }
 
 TEST(ConfigFile, describesProblemsForPrinting) {

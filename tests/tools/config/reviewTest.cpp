@@ -128,8 +128,8 @@ TEST(ConfigReview, warnsOfSizesThatMakeNoSense) {
     };
     for (const char *scale : {"0", "-1", "0.001", "1e300"})
         EXPECT_EQ(only(sized(scale)).pointer, "/devices/0/scaleFactor") << scale;
-    EXPECT_EQ(outline(sized("4.7")), "");
-    EXPECT_EQ(only(sized("4.8")).pointer, "/devices/0/scaleFactor");
+    EXPECT_EQ(outline(sized("4.8")), "");
+    EXPECT_EQ(only(sized("4.9")).pointer, "/devices/0/scaleFactor");
 }
 
 TEST(ConfigReview, warnsOfWhatStaysDark) {

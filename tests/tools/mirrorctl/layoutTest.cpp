@@ -1,0 +1,191 @@
+#include "tests/support/virtualScreen.h"
+#include "tests/tools/mirrorctl/program.h"
+#include "tools/config/configDocument.h"
+#include "tools/config/panelArea.h"
+#include "tools/mirrorctl/layoutPlan.h"
+
+#include <gtest/gtest.h>
+
+using namespace mirrorctl;
+using test::Ending;
+
+namespace {
+
+LayoutPlan plan(const std::string &shape, config::ScreenSize screen = {1920, 1080},
+                std::vector<std::string> addresses = {"192.0.2.7"}) {
+    LayoutPlan made;
+    made.shape = parseShape(shape).value();
+    made.displayID = 5;
+    made.screen = screen;
+    made.addresses = std::move(addresses);
+    return made;
+}
+
+std::vector<std::pair<int, int>> places(const config::Document &document) {
+    std::vector<std::pair<int, int>> list;
+    for (const auto &device : document.devices)
+        for (const auto &panel : device.panels)
+            list.emplace_back(panel.centroidX, panel.centroidY);
+    return list;
+}
+
+Ending layout(std::vector<std::string> words, const std::string &server = "") {
+    words.insert(words.begin(), "layout");
+    return test::mirrorctl(words, {{"DISPLAY", server}});
+}
+
+bool contains(const std::string &text, const std::string &part) {
+    return text.find(part) != std::string::npos;
+}
+
+} // namespace
+
+TEST(MirrorctlLayout, understandsShapes) {
+    EXPECT_EQ(parseShape("4x6")->rows, 4u);
+    EXPECT_EQ(parseShape("4x6")->columns, 6u);
+    EXPECT_EQ(parseShape("strip:60")->length, 60u);
+    EXPECT_EQ(parseShape("strip:60")->panels(), 60u);
+    for (const char *text : {"", "x", "4", "4x", "x6", "0x6", "4x0", "4x6x", "-1x6", "4 x 6",
+                             "1000x1000", "99999999999999999999x1", "strip", "strip:", "strip:0",
+                             "strip:-1", "strip:1x1", "strip:100001"})
+        EXPECT_FALSE(parseShape(text)) << text;
+}
+
+TEST(MirrorctlLayout, fillsTheScreenWithAGrid) {
+    const auto document = layOut(plan("2x3", {600, 400}));
+    EXPECT_EQ(places(document),
+              (std::vector<std::pair<int, int>>{
+                  {100, 100}, {300, 100}, {500, 100}, {100, 300}, {300, 300}, {500, 300}}));
+    EXPECT_EQ(document.displayID, 5);
+    EXPECT_NEAR(config::halfSide(document.devices[0]), 100.0, 0.1);
+}
+
+TEST(MirrorctlLayout, goesAroundTheEdgesClockwise) {
+    // Eight squares of side 100 around 300 x 300.
+    const auto document = layOut(plan("strip:8", {300, 300}));
+    EXPECT_EQ(places(document), (std::vector<std::pair<int, int>>{{100, 50},
+                                                                  {200, 50},
+                                                                  {250, 100},
+                                                                  {250, 200},
+                                                                  {200, 250},
+                                                                  {100, 250},
+                                                                  {50, 200},
+                                                                  {50, 100}}));
+    EXPECT_NEAR(config::halfSide(document.devices[0]), 50.0, 0.1);
+}
+
+TEST(MirrorctlLayout, sharesThePanelsOut) {
+    const auto document = layOut(plan("1x8", {800, 100}, {"192.0.2.7", "192.0.2.8", "192.0.2.9"}));
+    ASSERT_EQ(document.devices.size(), 3u);
+    std::size_t all = 0;
+    for (const auto &device : document.devices) {
+        EXPECT_GE(device.panels.size(), 2u);
+        EXPECT_LE(device.panels.size(), 3u);
+        EXPECT_EQ(device.panels.front().panelID, 1);
+        EXPECT_EQ(device.panels.back().panelID, static_cast<int>(device.panels.size()));
+        all += device.panels.size();
+    }
+    EXPECT_EQ(all, 8u);
+    EXPECT_EQ(places(document).back(), std::pair(750, 50));
+}
+
+TEST(MirrorctlLayout, isWithoutFaultWhateverTheWords) {
+    for (const config::ScreenSize screen :
+         {config::ScreenSize{1920, 1080}, {640, 480}, {1080, 1920}, {3440, 1440}, {64, 64}})
+        for (const char *shape : {"1x1", "2x3", "9x16", "16x9", "1x40", "strip:1", "strip:2",
+                                  "strip:3", "strip:7", "strip:60", "strip:255"})
+            for (const int version : {1, 2}) {
+                LayoutPlan made = plan(shape, screen);
+                made.controlVersion = version;
+                made.mode = 3;
+                if (!objectionTo(made).empty()) {
+                    EXPECT_LT(screen.width * screen.height, 1000u * 1000u) << shape;
+                    continue;
+                }
+                const auto text = documentText(layOut(made));
+                const auto problems = config::reviewText(text, screen).problems;
+                EXPECT_TRUE(problems.empty())
+                    << shape << " on " << screen.width << ": " << problems[0].message;
+            }
+}
+
+TEST(MirrorctlLayout, objectsToWhatCannotBe) {
+    EXPECT_EQ(objectionTo(plan("1x2", {64, 64}, {"192.0.2.7", "192.0.2.8", "192.0.2.9"})),
+              "there are more addresses than panels");
+    LayoutPlan narrow = plan("16x16");
+    EXPECT_EQ(objectionTo(narrow), "");
+    narrow.controlVersion = 1;
+    EXPECT_EQ(objectionTo(narrow), "a device of this control version takes 255 panels at most; for "
+                                   "256 name 2 addresses");
+    EXPECT_EQ(objectionTo(plan("1x64", {64, 64})), "panels would be smaller than 4 pixels");
+}
+
+TEST(MirrorctlLayout, makesWhatCheckAccepts) {
+    const test::VirtualScreen screen(640, 480);
+    for (const char *shape : {"4x6", "strip:60"}) {
+        const Ending made =
+            layout({shape, "127.0.58.61", "::1", "--mode", "palette"}, screen.display());
+        ASSERT_EQ(made.status, 0) << made.err;
+        EXPECT_TRUE(contains(made.err, " panels on 2 devices, each coloured by ")) << made.err;
+        const Ending checked =
+            test::mirrorctl({"check", "-", "--strict"}, {{"DISPLAY", screen.display()}}, made.out);
+        EXPECT_EQ(checked.status, 0);
+        EXPECT_EQ(checked.out, "standard input: no faults found.\n");
+    }
+}
+
+TEST(MirrorctlLayout, needsNoDisplayWhenAllIsSaid) {
+    const Ending made = layout({"1x2", "127.0.58.61", "--display", "7", "--screen", "200x100",
+                                "--control-version", "1", "--mode", "1"});
+    EXPECT_EQ(made.status, 0) << made.err;
+    EXPECT_EQ(made.out, "{\n"
+                        "  \"displayID\": 7,\n"
+                        "  \"mode\": 1,\n"
+                        "  \"devices\": [\n"
+                        "    {\n"
+                        "      \"ip\": \"127.0.58.61\",\n"
+                        "      \"controlVersion\": 1,\n"
+                        "      \"shapeType\": 0,\n"
+                        "      \"scaleFactor\": 1.000,\n"
+                        "      \"panels\": [\n"
+                        "        {\"panelID\": 1, \"centroidX\": 50, \"centroidY\": 50},\n"
+                        "        {\"panelID\": 2, \"centroidX\": 150, \"centroidY\": 50}\n"
+                        "      ]\n"
+                        "    }\n"
+                        "  ]\n"
+                        "}\n");
+}
+
+TEST(MirrorctlLayout, guessesNoDisplay) {
+    const Ending none = layout({"4x6", "127.0.58.61"});
+    EXPECT_EQ(none.status, 69);
+    EXPECT_TRUE(contains(none.err, "There is no display here.")) << none.err;
+    const test::VirtualScreen screen(1440, 600);
+    screen.run({"xrandr", "--setmonitor", "LEFT", "800/200x600/150+0+0", "screen"});
+    screen.run({"xrandr", "--setmonitor", "RIGHT", "640/160x480/120+800+0", "none"});
+    const Ending two = layout({"4x6", "127.0.58.61"}, screen.display());
+    EXPECT_EQ(two.status, 69);
+    EXPECT_TRUE(contains(two.err, "There are several displays; name one with --display:\n"));
+    EXPECT_TRUE(contains(two.err, "(640 x 480)\n"));
+    const Ending wrong = layout({"4x6", "127.0.58.61", "--display", "3"}, screen.display());
+    EXPECT_EQ(wrong.status, 69);
+    EXPECT_TRUE(contains(wrong.err, "There is no such display here. There are:\n")) << wrong.err;
+}
+
+TEST(MirrorctlLayout, refusesWordsThatItDoesNotUnderstand) {
+    const std::vector<std::string> wrong[] = {
+        {},
+        {"4x6"},
+        {"4x6", "a lamp"},
+        {"4", "127.0.58.61"},
+        {"4x6", "127.0.58.61", "--control-version", "x"},
+        {"4x6", "127.0.58.61", "--display", "9999999999"},
+        {"300x1", "127.0.58.61", "--display", "1", "--screen", "1920x1080", "--control-version",
+         "1"},
+    };
+    for (const auto &words : wrong) {
+        const Ending ending = layout(words);
+        EXPECT_EQ(ending.status, 64) << ending.err;
+        EXPECT_EQ(ending.out, "");
+    }
+}
