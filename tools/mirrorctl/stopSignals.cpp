@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cmath>
 #include <pthread.h>
+#include <sys/select.h>
 #include <sys/time.h>
 #include <system_error>
 
@@ -46,6 +47,45 @@ int StopSignals::wait(std::optional<double> seconds) const {
     if (const int error = sigwait(&awaited, &signum))
         throw std::system_error(error, std::generic_category(), "sigwait");
     return signum == SIGALRM ? 0 : signum;
+}
+
+static volatile std::sig_atomic_t caught = 0;
+
+static void noteSignal(int signum) {
+    caught = signum;
+}
+
+int StopSignals::waitForInput(std::initializer_list<int> descriptors,
+                              std::optional<double> timeout) const {
+    sigset_t during;
+    pthread_sigmask(SIG_BLOCK, nullptr, &during);
+    for (const int signum : {SIGINT, SIGTERM, SIGHUP}) {
+        if (sigismember(&awaited, signum) != 1)
+            continue;
+        struct sigaction action = {};
+        action.sa_handler = noteSignal;
+        sigemptyset(&action.sa_mask);
+        sigaction(signum, &action, nullptr);
+        sigdelset(&during, signum);
+    }
+    fd_set readable;
+    FD_ZERO(&readable);
+    int most = -1;
+    for (const int fd : descriptors)
+        if (fd >= 0 && fd < FD_SETSIZE) {
+            FD_SET(fd, &readable);
+            most = std::max(most, fd);
+        }
+    timespec time = {};
+    if (timeout) {
+        const double whole = std::floor(std::max(*timeout, 0.0));
+        time.tv_sec = static_cast<time_t>(whole);
+        time.tv_nsec = static_cast<long>((std::max(*timeout, 0.0) - whole) * 1e9);
+    }
+    if (pselect(most + 1, &readable, nullptr, nullptr, timeout ? &time : nullptr, &during) < 0 &&
+        errno != EINTR)
+        throw std::system_error(errno, std::generic_category(), "pselect");
+    return caught;
 }
 
 int StopSignals::take() const {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <csignal>
+#include <initializer_list>
 #include <optional>
 
 namespace mirrorctl {
@@ -19,6 +20,11 @@ public:
     // Returns with the number of the signal that came, or with 0 after `seconds`, if given, which
     // must be positive. Uses the process's real-time interval timer.
     int wait(std::optional<double> seconds) const;
+
+    // Returns as soon as one of the descriptors (those that are not -1) can be read, with 0; when a
+    // signal comes, with its number; after `timeout` seconds, if given, with 0. Installs handlers
+    // of its own, after those of the library's run.
+    int waitForInput(std::initializer_list<int> descriptors, std::optional<double> timeout) const;
 
     // The number of a signal that has come, or 0; does not wait. For between two short steps.
     int take() const;

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <initializer_list>
 #include <poll.h>
 #include <unistd.h>
 
@@ -82,6 +83,10 @@ int setMirrorConfig(char *) {
     return refuses("setMirrorConfig") ? 0 : 1;
 }
 int startMirror(void) {
+    for (const char *message :
+         {"Stream start failed!", "Error during runMirror", "socket not connected"})
+        if (refuses(message))
+            puts(message);
     return refuses("startMirror") ? -1 : 1;
 }
 int stopMirror(void) {

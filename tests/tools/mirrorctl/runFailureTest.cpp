@@ -151,5 +151,18 @@ TEST(MirrorctlRunFailure, needsADevice) {
     const Ending ending = mirrorctl({"run", "-"}, {{"DISPLAY", screen.display()}},
                                     R"({"displayID": )" + there + R"(, "mode": 0, "devices": []})");
     EXPECT_EQ(ending.status, 71);
-    EXPECT_EQ(ending.err, "Mirroring could not be started: the document has no devices.\n");
+    EXPECT_EQ(ending.err, "Mirroring could not be started: the document has no devices.\n"
+                          "No devices.\n");
+}
+
+TEST(MirrorctlRunFailure, noticesRunsThatEndByThemselves) {
+    for (const char *reason : {"Stream start failed!", "Error during runMirror"}) {
+        const Ending ending =
+            mirrorctl({"run", "-"}, {{"LD_PRELOAD", REFUSING_LIBRARY}, {"REFUSE", reason}},
+                      lightsText(5, "127.0.40.1"));
+        EXPECT_EQ(ending.status, 71);
+        EXPECT_TRUE(
+            contains(ending.err, "Mirroring ended by itself: " + std::string(reason) + "\n"))
+            << ending.err;
+    }
 }

@@ -1,0 +1,157 @@
+// What a run tells about itself, held against what the light received.
+#include "tests/support/lightReceiver.h"
+#include "tests/support/virtualScreen.h"
+#include "tests/tools/mirrorctl/lightsFile.h"
+#include "tests/tools/mirrorctl/program.h"
+#include "tests/tools/panelwall/child.h"
+#include "tools/config/configDocument.h"
+#include "tools/mirrorctl/frameWitness.h"
+
+#include <csignal>
+#include <gtest/gtest.h>
+#include <rapidjson/document.h>
+#include <sstream>
+
+using test::Ending;
+using test::LightReceiver;
+using test::LightsFile;
+using test::lightsText;
+using test::Program;
+
+namespace {
+
+bool contains(const std::string &text, const std::string &part) {
+    return text.find(part) != std::string::npos;
+}
+
+std::vector<rapidjson::Document> jsonLines(const std::string &out) {
+    std::vector<rapidjson::Document> lines;
+    std::istringstream stream(out);
+    for (std::string line; std::getline(stream, line);) {
+        lines.emplace_back();
+        lines.back().Parse(line.c_str());
+        EXPECT_FALSE(lines.back().HasParseError()) << line;
+    }
+    return lines;
+}
+
+// How many datagrams have arrived.
+std::size_t received(LightReceiver &light) {
+    std::size_t count = 0;
+    while (light.next(std::chrono::milliseconds(0)))
+        ++count;
+    return count;
+}
+
+} // namespace
+
+TEST(MirrorctlRunCount, countsEveryFrameThatTheLightReceived) {
+    test::VirtualScreen screen(640, 480);
+    LightReceiver light("127.0.58.70", 60222);
+    const auto display = test::onlyDisplay(screen.display());
+    const Ending ending =
+        test::mirrorctl({"run", "-", "--seconds", "2.2", "--json"}, {{"DISPLAY", screen.display()}},
+                        lightsText(display, "127.0.58.70"));
+    ASSERT_EQ(ending.status, 0) << ending.err;
+    EXPECT_EQ(ending.err, "");
+    const auto lines = jsonLines(ending.out);
+    ASSERT_EQ(lines.size(), 4u) << ending.out;
+    EXPECT_STREQ(lines[0]["event"].GetString(), "started");
+    EXPECT_STREQ(lines[1]["event"].GetString(), "running");
+    const auto &end = lines[3];
+    EXPECT_STREQ(end["event"].GetString(), "stopped");
+    EXPECT_EQ(end["frames"].GetUint(), received(light));
+    EXPECT_GT(end["frames"].GetUint(), 10u);
+    EXPECT_GT(end["rate"].GetDouble(), 5.0);
+    EXPECT_LT(end["rate"].GetDouble(), 24.0);
+    EXPECT_GE(end["jitterMs"].GetDouble(), 0.0);
+    EXPECT_EQ(end["errors"].GetUint(), 0u);
+}
+
+TEST(MirrorctlRunCount, countsChangesOfColour) {
+    test::VirtualScreen screen(640, 480);
+    screen.fill(0xFF0000);
+    LightReceiver light("127.0.58.71", 60222);
+    const auto display = test::onlyDisplay(screen.display());
+    Program program({"run", "-", "--mode", "fade"}, {{"DISPLAY", screen.display()}},
+                    lightsText(display, "127.0.58.71"));
+    ASSERT_TRUE(light.next());
+    screen.fill(0x0000FF);
+    ASSERT_TRUE(light.next());
+    program.signal(SIGINT);
+    const Ending ending = program.finish();
+    EXPECT_EQ(ending.status, 0) << ending.err;
+    const std::size_t frames = 2 + received(light);
+    EXPECT_TRUE(
+        contains(ending.out, "Sent " + std::to_string(frames) + " frames to every device.\n"))
+        << ending.out;
+}
+
+TEST(MirrorctlRunCount, showsSignsOfLifeInPaletteMode) {
+    test::VirtualScreen screen(640, 480);
+    screen.fill(0xFF0000);
+    const auto display = test::onlyDisplay(screen.display());
+    const Ending ending =
+        test::mirrorctl({"run", "-", "--seconds", "0.5", "--json"}, {{"DISPLAY", screen.display()}},
+                        lightsText(display, "127.0.58.72", 3));
+    const auto lines = jsonLines(ending.out);
+    ASSERT_FALSE(lines.empty());
+    EXPECT_GE(lines.back()["signsOfLife"].GetUint(), 1u) << ending.out;
+}
+
+TEST(MirrorctlRunCount, handsOverTheDocumentAsItIsWhenTold) {
+    test::VirtualScreen screen(640, 480);
+    const auto display = test::onlyDisplay(screen.display());
+    const Ending ending =
+        test::mirrorctl({"run", "-", "--seconds", "0.3", "--no-count"},
+                        {{"DISPLAY", screen.display()}}, lightsText(display, "127.0.58.73"));
+    EXPECT_EQ(ending.status, 0) << ending.err;
+    EXPECT_FALSE(contains(ending.out, "Sent")) << ending.out;
+}
+
+TEST(MirrorctlRunCount, tellsWhatTheLibraryReports) {
+    const Ending ending =
+        test::mirrorctl({"run", "-", "--seconds", "0.1"},
+                        {{"LD_PRELOAD", REFUSING_LIBRARY}, {"REFUSE", "socket not connected"}},
+                        lightsText(5, "127.0.58.74"));
+    EXPECT_EQ(ending.status, 0);
+    EXPECT_EQ(ending.err, "socket not connected\n");
+    EXPECT_TRUE(contains(ending.out, "The library reported 1 error, the last: socket not "
+                                     "connected\n"))
+        << ending.out;
+}
+
+TEST(MirrorctlRunCount, isLiveOnATerminal) {
+    test::VirtualScreen screen(640, 480);
+    screen.use();
+    const LightsFile file(lightsText(test::onlyDisplay(screen.display()), "127.0.58.75"));
+    test::Child child(
+        {"/usr/bin/env", "TERM=xterm", MIRRORCTL, "run", file.path(), "--seconds", "60"},
+        test::Child::Output::terminal, 100);
+    EXPECT_TRUE(child.waitFor("\r\x1b[K[--------------------]   0 %  0 of 60 s  "));
+    EXPECT_TRUE(child.waitFor("/s  jitter "));
+    EXPECT_TRUE(child.waitFor("  no error"));
+    child.type("\x03");
+    EXPECT_EQ(child.waitExit(), 0) << child.out;
+    EXPECT_TRUE(contains(child.out, "Stopping: Interrupt.\r\nMirrored display ")) << child.out;
+    EXPECT_TRUE(contains(child.out, " frames to every device, ")) << child.out;
+}
+
+TEST(MirrorctlFrameWitness, isTheLastDeviceOfTheDocument) {
+    const std::string text =
+        R"({"mode": 2, "displayID": 5, "devices": [{"ip": "127.0.58.76", "controlVersion": 1,
+            "shapeType": 0, "scaleFactor": 0.1, "panels": []}], "devices": 3})";
+    auto reading = config::readText(text);
+    const mirrorctl::FrameWitness witness(reading.document);
+    ASSERT_TRUE(witness.isThere()) << witness.reason();
+    const auto joined = config::readText(witness.joined(text));
+    ASSERT_TRUE(joined.problems.empty()) << joined.problems[0].message;
+    ASSERT_EQ(joined.document.devices.size(), 2u);
+    EXPECT_EQ(joined.document.devices[0].ip, "127.0.58.76");
+    EXPECT_EQ(joined.document.devices[0].scaleFactor, 0.1);
+    EXPECT_TRUE(joined.document.devices[1].panels.empty());
+    EXPECT_TRUE(joined.document.devices[1].ip.starts_with("127."));
+    reading.document.mode = 3;
+    const mirrorctl::FrameWitness second(reading.document);
+    EXPECT_EQ(config::readText(second.joined(text)).document.devices[1].panels.size(), 1u);
+}

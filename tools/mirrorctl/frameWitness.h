@@ -1,0 +1,52 @@
+// Counting the frames that the library sends, without asking it.
+//
+// The library has no counter, and asking it for its frames makes it write them out as text. But it
+// sends every device a datagram per frame, in order. So the document that it is handed has one
+// device more than the user's, the last: this process, on loopback. In match, melt and fade mode it
+// has no panels, is told so in two bytes after all lights have been served, and every such datagram
+// is one frame. In palette mode, which sends a device only what is due on one of its panels, it has
+// one panel, and a datagram is no more than a sign of life.
+#pragma once
+
+#include "tools/config/configDocument.h"
+#include "tools/mirrorctl/frameTally.h"
+
+#include <string>
+
+namespace mirrorctl {
+
+// One thread.
+class FrameWitness {
+public:
+    // Takes a free loopback address that is none of the document's devices. When there is none,
+    // isThere() is false and reason() says why.
+    explicit FrameWitness(const config::Document &document);
+    ~FrameWitness();
+    FrameWitness(const FrameWitness &) = delete;
+    FrameWitness &operator=(const FrameWitness &) = delete;
+
+    bool isThere() const { return fd >= 0; }
+    const std::string &reason() const { return why; }
+
+    // Readable when read() has something to do; -1 when it is not there.
+    int descriptor() const { return fd; }
+
+    // The document's text with the witness as its last device. `text` has no faults.
+    std::string joined(const std::string &text) const;
+
+    // Takes in what has arrived, without waiting.
+    void read();
+
+    // By the time at which the kernel received each datagram.
+    const FrameTally &tally() const { return frames; }
+
+private:
+    std::string ip;
+    int controlVersion = 0;
+    std::size_t panels = 0;
+    int fd = -1;
+    std::string why;
+    FrameTally frames;
+};
+
+} // namespace mirrorctl
