@@ -16,6 +16,8 @@ endif()
 # Panels see exact integers: the compiler may not fuse a multiplication with an addition.
 add_compile_options(-ffp-contract=off -Wall -Wextra -Wshadow)
 add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fblocks>)
+# A table of all pairs of channels is calculated while compiling.
+add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fconstexpr-steps=4000000>)
 include_directories(${CMAKE_SOURCE_DIR})
 
 if(MIRROR_SANITIZER)

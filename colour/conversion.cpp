@@ -1,67 +1,131 @@
 #include "colour/conversion.h"
 
-float Min(float a, float b, float c) {
+#include <algorithm>
+#include <cstring>
+
+static constexpr float least(float a, float b, float c) {
     const float m = b < a ? b : a;
     return c < m ? c : m;
 }
-
-float Max(float a, float b, float c) {
+static constexpr float greatest(float a, float b, float c) {
     const float m = b > a ? b : a;
     return c > m ? c : m;
 }
 
+float Min(float a, float b, float c) {
+    return least(a, b, c);
+}
+float Max(float a, float b, float c) {
+    return greatest(a, b, c);
+}
+
 // channel / 255, rounded to single precision: 1 / 255 is 0x1.010101...p-8, and multiplying by it in
 // two parts gives for each of the 256 channels what a division does, in a fraction of its time.
-static inline float fraction(int channel) {
+static constexpr float fraction(int channel) {
     const float c = static_cast<float>(channel);
     return c * 0x1.01p-8f + c * 0x1.010102p-24f;
 }
 
-// The rules without a branch, so that the compiler can convert several colours at once.
-static inline HSL convert(int red, int green, int blue) {
-    // A divisor of 0, whose numerator is 0 too or whose quotient is not used, becomes this; it is
-    // less than any other divisor.
-    constexpr float least = 1.0f / 1024.0f;
+// In whole degrees, without a branch, so that the compiler can convert several colours at once.
+static inline std::int32_t hue(int red, int green, int blue) {
     const float r = fraction(red);
     const float g = fraction(green);
     const float b = fraction(blue);
-    const float min = Min(r, g, b);
-    const float max = Max(r, g, b);
-    const float sum = min + max;
-    const float spread = max - min;
-
-    HSL hsl;
-    hsl.l = static_cast<std::int32_t>(50.0f * sum);
-
-    // The lightness is asked after its truncation: a colour may differ from grey and still be so
-    // dark that it counts as unsaturated.
-    const float d = spread * 100.0f;
-    const double room = 2.0 - static_cast<double>(max) - static_cast<double>(min);
-    const auto bright =
-        static_cast<std::int32_t>(static_cast<double>(d) / (room > least ? room : double{least}));
-    const auto dark = static_cast<std::int32_t>(d / (sum > least ? sum : least));
-    hsl.s = hsl.l > 49 ? bright : hsl.l == 0 ? 0 : dark;
-
+    const float max = greatest(r, g, b);
+    const float spread = max - least(r, g, b);
+    // Of a grey the difference is 0 as well; any divisor but 0 will do, and this is less than the
+    // spread of any other colour.
+    const float divisor = spread > 1.0f / 1024.0f ? spread : 1.0f / 1024.0f;
     const float difference = r == max ? g - b : g == max ? b - r : r - g;
     const float turn = r == max ? 0.0f : g == max ? 120.0f : 240.0f;
-    const auto degrees =
-        static_cast<std::int32_t>(difference * 60.0f / (spread > least ? spread : least) + turn);
-    hsl.h = degrees < 0 ? degrees + 360 : degrees; // at most 300 before
-    return hsl;
+    const auto degrees = static_cast<std::int32_t>(difference * 60.0f / divisor + turn);
+    return degrees < 0 ? degrees + 360 : degrees; // at most 300 before
 }
+
+static constexpr std::int32_t lightness(float min, float max) {
+    return static_cast<std::int32_t>(50.0f * (min + max));
+}
+
+static constexpr std::int32_t saturation(float min, float max) {
+    // The lightness is asked after its truncation: a colour may differ from grey and still be so
+    // dark that it counts as unsaturated.
+    const std::int32_t l = lightness(min, max);
+    if (l == 0 || min == max)
+        return 0;
+    const float d = (max - min) * 100.0f;
+    if (l > 49)
+        return static_cast<std::int32_t>(
+            static_cast<double>(d) / (2.0 - static_cast<double>(max) - static_cast<double>(min)));
+    return static_cast<std::int32_t>(d / (min + max));
+}
+
+// Of all channels up to `high` with themselves, and of `low` with `high`.
+static constexpr std::uint32_t pairNumber(std::uint32_t low, std::uint32_t high) {
+    return high * (high + 1) / 2 + low;
+}
+
+static constexpr int bias(int s, int l) {
+    return std::clamp(l / 3, 1, 10) + (l < 11 ? 0 : std::min(s / 4, 10));
+}
+
+int hslBias(HSL hsl) {
+    return bias(hsl.s, hsl.l);
+}
+
+namespace {
+struct ShadeTable {
+    Shade shades[256 * 257 / 2] = {};
+
+    constexpr ShadeTable() {
+        for (unsigned high = 0; high < 256; ++high) {
+            for (unsigned low = 0; low <= high; ++low) {
+                const float min = fraction(static_cast<int>(low));
+                const float max = fraction(static_cast<int>(high));
+                const int s = saturation(min, max);
+                const int l = lightness(min, max);
+                shades[pairNumber(low, high)] = {1, static_cast<std::uint8_t>(s),
+                                                 static_cast<std::uint8_t>(l),
+                                                 static_cast<std::uint8_t>(bias(s, l))};
+            }
+        }
+    }
+};
+} // namespace
+
+static constexpr ShadeTable shadeTable;
+const Shade *const HSLColumns::shades = shadeTable.shades;
 
 HSL RGBToHSL(RGB rgb) {
-    return convert(rgb.r, rgb.g, rgb.b);
+    const float min = fraction(std::min({rgb.r, rgb.g, rgb.b}));
+    const float max = fraction(std::max({rgb.r, rgb.g, rgb.b}));
+    return {hue(rgb.r, rgb.g, rgb.b), saturation(min, max), lightness(min, max)};
 }
 
-void wordsToHSL(const std::uint32_t *words, int count, HSLColumns &out) {
-    for (int i = 0; i < count; ++i) {
+// pairNumber() of the least and the greatest channel of four pixels at once.
+static inline void pairNumbers(const std::uint32_t *words, std::uint32_t *numbers) {
+    using Words = std::uint32_t __attribute__((vector_size(16)));
+    using Halves = std::uint16_t __attribute__((vector_size(16)));
+    using Bytes = std::uint8_t __attribute__((vector_size(16)));
+    Words pixels;
+    std::memcpy(&pixels, words, sizeof pixels);
+    const Bytes blue = Bytes(pixels);
+    const Bytes green = Bytes(pixels >> 8);
+    const Bytes red = Bytes(pixels >> 16);
+    const Bytes least = __builtin_elementwise_min(__builtin_elementwise_min(red, green), blue);
+    const Bytes greatest = __builtin_elementwise_max(__builtin_elementwise_max(red, green), blue);
+    const Words low = Words(least) & 0xff;
+    const Halves high = Halves(Words(greatest) & 0xff);
+    const Words result = Words(high * (high + 1) >> 1) + low; // 255 * 256 fits the half
+    std::memcpy(numbers, &result, sizeof result);
+}
+
+void wordsToHSL(const std::uint32_t (&words)[HSLColumns::capacity], HSLColumns &out) {
+    for (int i = 0; i < HSLColumns::capacity; ++i) {
         const std::uint32_t word = words[i];
-        const HSL hsl = convert(word >> 16 & 0xff, word >> 8 & 0xff, word & 0xff);
-        out.h[i] = hsl.h;
-        out.s[i] = hsl.s;
-        out.l[i] = hsl.l;
+        out.hue[i] = hue(word >> 16 & 0xff, word >> 8 & 0xff, word & 0xff);
     }
+    for (int i = 0; i < HSLColumns::capacity; i += 4)
+        pairNumbers(words + i, out.channelPair + i);
 }
 
 float HueToRGB(float p, float q, float t) {

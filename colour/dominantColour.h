@@ -3,10 +3,6 @@
 
 #include "colour/frame.h"
 
-// The weight of a sample, 1 to 20: lightness gives 1 to 10, saturation 0 to 10 unless the sample
-// is very dark. Bright, saturated pixels have more say than dark, grey ones.
-int hslBias(HSL hsl);
-
 // Finds the heaviest hue among the first `count` - 1 of `count` samples; the last one is left out
 // of the histogram. When no hue carries enough weight, prints "Resorting to averaging" and gives
 // the root mean square of all `count` samples. Mirroring thread; no allocation.

@@ -1,5 +1,6 @@
 #include "colour/palette.h"
 #include "colour/conversion.h"
+#include "colour/hueBucket.h"
 #include "colour/samples.h"
 
 #include <algorithm>
@@ -14,28 +15,27 @@ std::vector<RGB> paletteOf(const Frame &frame, const std::int32_t *samples, int 
     if (size < 0)
         throw std::length_error("negative palette size");
 
-    std::int32_t paletteCount[hueBuckets] = {};
-    std::int32_t paletteSaturation[hueBuckets] = {};
-    std::int32_t paletteLightness[hueBuckets] = {};
-    forEachSample(frame, samples, count - 1, [&](HSL hsl) {
-        const int bucket = hsl.h * 2 / 9; // 80 buckets in 360 degrees
-        paletteCount[bucket] += 1;
-        paletteSaturation[bucket] += hsl.s;
-        paletteLightness[bucket] += hsl.l;
+    HueHistogram<hueBuckets> histogram;
+    forEachSample(frame, samples, count - 1, [&](int number, std::int32_t hue, Shade shade) {
+        const auto index = static_cast<unsigned>(hue) * 2 / 9; // 80 buckets in 360 degrees
+        histogram.bucket(number, index).add(shade);
     });
+    HueBucket(&buckets)[hueBuckets] = histogram.total();
 
     std::vector<RGB> palette;
     palette.reserve(static_cast<std::size_t>(std::min(size, hueBuckets)));
     while (static_cast<int>(palette.size()) < size) {
         // The first of equal counts: the lowest bucket.
-        const auto most = std::max_element(std::begin(paletteCount), std::end(paletteCount));
-        if (*most == 0)
+        HueBucket *most = std::max_element(
+            std::begin(buckets), std::end(buckets),
+            [](const HueBucket &a, const HueBucket &b) { return a.count() < b.count(); });
+        if (most->count() == 0)
             break;
-        const std::int32_t bucket = static_cast<std::int32_t>(most - std::begin(paletteCount));
         palette.push_back(
-            HSLToRGB({bucket, paletteSaturation[bucket] / *most, paletteLightness[bucket] / *most},
+            HSLToRGB({static_cast<std::int32_t>(most - buckets), most->saturation() / most->count(),
+                      most->lightness() / most->count()},
                      hueBuckets));
-        *most = 0;
+        *most = {};
     }
     return palette;
 }

@@ -6,25 +6,37 @@
 
 #include <algorithm>
 
-// Calls `use` with the HSL of each of `count` samples, in order. Works in blocks: while one is
-// used, the pixels of the next are on their way from memory, and the conversion calculates several
-// pixels at once.
+// Calls `use` with a number that is even and odd in turn, the hue and the shade of each of `count`
+// samples, in order. Works in blocks: while one is used, the pixels of the next are on their way
+// from memory, and the conversion calculates several pixels at once.
 template <class Use>
 void forEachSample(const Frame &frame, const std::int32_t *samples, int count, Use use) {
     constexpr int blockSize = HSLColumns::capacity;
-    std::uint32_t words[blockSize];
+    std::uint32_t words[blockSize] = {};
     HSLColumns columns;
     for (int begin = 0; begin < count; begin += blockSize) {
         const int length = std::min(blockSize, count - begin);
         for (int i = 0; i < length; ++i)
             words[i] = frame.word(samples[begin + i]);
-        wordsToHSL(words, length, columns);
+        wordsToHSL(words, columns);
 
         const int fetched = std::min(blockSize, count - begin - length);
-        for (int i = 0; i < length; ++i) {
-            if (i < fetched)
-                frame.fetch(samples[begin + length + i]);
-            use(HSL{columns.h[i], columns.s[i], columns.l[i]});
+        int i = 0;
+        const auto useNext = [&] {
+            use(i, columns.hue[i], columns.shade(i));
+            ++i;
+        };
+        while (i < fetched - 1) {
+            frame.fetch(samples[begin + length + i]);
+            useNext();
+            frame.fetch(samples[begin + length + i]);
+            useNext();
         }
+        while (i < length - 1) {
+            useNext();
+            useNext();
+        }
+        if (i < length)
+            useNext();
     }
 }

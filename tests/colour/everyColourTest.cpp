@@ -31,22 +31,22 @@ TEST(EveryColour, HasTheHueSaturationAndLightnessOfTheRules) {
     EXPECT_EQ(test::complaints(1u << 24, complaintAbout), "");
 }
 
-// Pixel words converted in blocks, of any length and with anything in their fourth bytes, are the
-// same colours.
+// Pixel words converted in blocks, with anything in their fourth bytes, are the same colours.
 std::string complaintAboutBlock(std::uint32_t block) {
     constexpr std::uint32_t capacity = HSLColumns::capacity;
     std::uint32_t words[capacity];
     for (std::uint32_t i = 0; i < capacity; ++i)
         words[i] = (block * 2654435761u & 0xff000000u) | (block * capacity + i);
-    const int length =
-        block % 16 == 0 ? static_cast<int>(block / 16 % capacity) + 1 : static_cast<int>(capacity);
     HSLColumns columns;
-    wordsToHSL(words, length, columns);
-    for (int i = 0; i < length; ++i) {
+    wordsToHSL(words, columns);
+    for (int i = 0; i < HSLColumns::capacity; ++i) {
         const HSL wanted = transcription::hslOf(transcription::unpacked(words[i]));
-        const HSL got{columns.h[i], columns.s[i], columns.l[i]};
+        const Shade shade = columns.shade(i);
+        const HSL got{columns.hue[i], shade.saturation, shade.lightness};
         if (got.h != wanted.h || got.s != wanted.s || got.l != wanted.l)
             return std::to_string(words[i]) + ": " + show(got) + ", not " + show(wanted);
+        if (shade.one != 1 || shade.bias != transcription::weightOf(wanted))
+            return std::to_string(words[i]) + ": weighs " + std::to_string(shade.bias);
     }
     return {};
 }

@@ -1,5 +1,5 @@
 // The weight of a sample, for every saturation and lightness and far outside.
-#include "colour/dominantColour.h"
+#include "colour/conversion.h"
 #include "tests/colour/transcription.h"
 
 #include <gtest/gtest.h>
