@@ -1,29 +1,77 @@
 #include "colour/frame.h"
 
+#include <algorithm>
 #include <cmath>
+#ifdef __SSE2__
+#include <emmintrin.h>
+#endif
 
 namespace {
 
-// The four bytes of a pixel, and room for the sum of the squares of each.
-using Bytes = std::uint8_t __attribute__((vector_size(4)));
-using Sums = std::uint32_t __attribute__((vector_size(16)));
+// The bytes of some pixels: blue, green, red and a fourth, whose sum nobody reads.
+using OnePixel = std::uint8_t __attribute__((vector_size(4)));
+using TwoPixels = std::uint8_t __attribute__((vector_size(8)));
+using Pairs = std::int16_t __attribute__((vector_size(16)));
+using Squares = std::int32_t __attribute__((vector_size(32)));
+using Sums = std::int32_t __attribute__((vector_size(16))); // wraps as unsigned numbers do
+
+OnePixel bytesOf(std::uint32_t word) {
+    OnePixel bytes;
+    std::memcpy(&bytes, &word, sizeof bytes);
+    return bytes;
+}
+
+// The squares of two pixels' bytes, added channel by channel.
+Sums squares(std::uint32_t first, std::uint32_t second) {
+    const TwoPixels pairs =
+        __builtin_shufflevector(bytesOf(first), bytesOf(second), 0, 4, 1, 5, 2, 6, 3, 7);
+    const Pairs wide = __builtin_convertvector(pairs, Pairs);
+#ifdef __SSE2__
+    return Sums(_mm_madd_epi16(__m128i(wide), __m128i(wide))); // what stands below, at once
+#else
+    const Squares squared =
+        __builtin_convertvector(wide, Squares) * __builtin_convertvector(wide, Squares);
+    return __builtin_shufflevector(squared, squared, 0, 2, 4, 6) +
+           __builtin_shufflevector(squared, squared, 1, 3, 5, 7);
+#endif
+}
+
+// `word(i)` is pixel i of `count`.
+template <class Word> RGB meanOf(int count, Word word) {
+    Sums even = {};
+    Sums odd = {};
+    int i = 0;
+    for (; i < count - 3; i += 4) {
+        even += squares(word(i), word(i + 1));
+        odd += squares(word(i + 2), word(i + 3));
+    }
+    for (; i < count; ++i)
+        even += squares(word(i), 0);
+    const Sums sums = even + odd;
+    const auto root = [count](std::int32_t sum) {
+        const std::uint32_t meanSquare =
+            static_cast<std::uint32_t>(sum) / static_cast<std::uint32_t>(count);
+        return static_cast<std::uint8_t>(std::sqrt(static_cast<double>(meanSquare)));
+    };
+    return {root(sums[2]), root(sums[1]), root(sums[0])};
+}
 
 } // namespace
+
+bool Frame::holds(const std::int32_t *indices, int count) const {
+    return bytes != nullptr && std::all_of(indices, indices + std::max(count, 0), [this](auto i) {
+               return static_cast<std::uint64_t>(static_cast<std::int64_t>(i)) < pixelCount;
+           });
+}
 
 RGB rootMeanSquare(const Frame &frame, const std::int32_t *indices, int count) {
     if (count < 1 || frame.bytes == nullptr)
         return {};
-    Sums sums = {}; // blue, green, red and the fourth byte, which nobody reads
-    for (int i = 0; i < count; ++i) {
-        const std::uint32_t word = frame.word(indices[i]);
-        Bytes bytes;
-        std::memcpy(&bytes, &word, sizeof bytes);
-        const Sums channels = __builtin_convertvector(bytes, Sums);
-        sums += channels * channels;
-    }
-    const auto root = [count](std::uint32_t sum) {
-        const std::uint32_t meanSquare = sum / static_cast<std::uint32_t>(count);
-        return static_cast<std::uint8_t>(std::sqrt(static_cast<double>(meanSquare)));
-    };
-    return {root(sums[2]), root(sums[1]), root(sums[0])};
+    return meanOf(count, [&](int i) { return frame.word(indices[i]); });
+}
+
+RGB rootMeanSquareOnFrame(const Frame &frame, const std::int32_t *indices, int count) {
+    if (count < 1)
+        return {};
+    return meanOf(count, [&](int i) { return frame.wordOnFrame(indices[i]); });
 }

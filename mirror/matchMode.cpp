@@ -1,19 +1,34 @@
 // Match mode: each panel shows the colour of the screen behind it, in every cycle.
 #include "mirror/frameLoop.h"
 
+#include <algorithm>
+
 namespace {
+
+// Whether every sample of every panel is on a frame. What decides it does not change while a run
+// lasts, so it is asked once.
+bool onFrame(const Frame &frame, const std::vector<Device> &devices) {
+    return std::all_of(devices.begin(), devices.end(), [&](const Device &device) {
+        return std::all_of(device.panels.begin(), device.panels.end(), [&](const Panel &panel) {
+            return frame.holds(panel.samplePixels, panel.numSamplePixels);
+        });
+    });
+}
 
 struct Match {
     const MirrorManager &manager;
+    const bool allOnFrame = onFrame(manager.currentFrame(), manager.devices);
 
     Cycle next() { return Cycle::send; }
 
     bool light(int, const Device &device, PanelFrame &frame) {
         const Frame screen = manager.currentFrame();
+        const auto mean =
+            allOnFrame && screen.bytes != nullptr ? rootMeanSquareOnFrame : rootMeanSquare;
         return lightEveryPanel(
             device, frame,
             [&](const Panel &panel) {
-                return rootMeanSquare(screen, panel.samplePixels, panel.numSamplePixels);
+                return mean(screen, panel.samplePixels, panel.numSamplePixels);
             },
             [&](const Panel &) { return manager.matchTransitionTime; });
     }

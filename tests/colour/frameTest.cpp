@@ -32,6 +32,18 @@ TEST(Frame, OffTheFrameIsBlack) {
     EXPECT_EQ((Frame{nullptr, 100}.word(5)), 0u);
 }
 
+TEST(Frame, HoldsIndicesFromFirstToLast) {
+    const std::vector<std::uint32_t> words(4);
+    const Frame frame = frameOf(words);
+    for (const std::int32_t off : {-1, 4, std::numeric_limits<std::int32_t>::min()}) {
+        const std::int32_t indices[] = {0, 3, off};
+        EXPECT_TRUE(frame.holds(indices, 2));
+        EXPECT_FALSE(frame.holds(indices, 3)) << off;
+        EXPECT_TRUE(frame.holds(indices, -1));
+        EXPECT_FALSE((Frame{nullptr, 4}.holds(indices, 1)));
+    }
+}
+
 TEST(RootMeanSquare, WeighsBrightPixelsMore) {
     const std::vector<std::uint32_t> words = {0x00000000, 0x00ff0000};
     const std::int32_t both[] = {0, 1};
@@ -58,6 +70,7 @@ TEST(RootMeanSquare, OfNothingIsBlack) {
     const std::int32_t index = 0;
     for (const int count : {0, -1, std::numeric_limits<int>::min()})
         EXPECT_EQ(rootMeanSquare(frameOf(words), &index, count).r, 0);
+    EXPECT_EQ(rootMeanSquareOnFrame(frameOf(words), &index, 0).r, 0);
 }
 
 // Channel by channel in plain integers; the whole screen's 6400 samples among the counts.
@@ -86,9 +99,12 @@ TEST(RootMeanSquare, AgreesWithAPlainTranscription) {
         const auto root = [&](int channel) {
             return static_cast<int>(std::sqrt(sums[channel] / static_cast<std::uint32_t>(count)));
         };
-        ASSERT_EQ(average.b, root(0));
-        ASSERT_EQ(average.g, root(1));
-        ASSERT_EQ(average.r, root(2));
+        const RGB unasked = rootMeanSquareOnFrame(frameOf(words), indices.data(), count);
+        for (const RGB &colour : {average, unasked}) {
+            ASSERT_EQ(colour.b, root(0));
+            ASSERT_EQ(colour.g, root(1));
+            ASSERT_EQ(colour.r, root(2));
+        }
     }
 }
 

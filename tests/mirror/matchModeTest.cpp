@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <thread>
+#include <utility>
 
 namespace {
 
@@ -54,6 +55,28 @@ TEST_F(MatchMode, SendsEachPanelsOwnColour) {
             EXPECT_EQ(lights[3]->next(), (Datagram{0, 0}));
         }
     });
+}
+
+// Samples that were made for a larger screen, of one panel among others.
+TEST_F(MatchMode, SamplesOffTheFrameAreBlackAndChangeNoOtherPanel) {
+    const std::string panels = "[" + panel(1, 10, 10) + "," + panel(2, 30, 30) + "]";
+    ASSERT_EQ(configure(document("[" + device("-", 1, panels) + "]")), 1);
+    std::vector<std::uint32_t> screen(64 * 48, 0x64c832);
+    fake::deliver(kCGDisplayStreamFrameStatusFrameComplete, &screen);
+    aim(1, "127.0.52.9");
+    for (std::int32_t &index : mirrorManager.devices[0].panels[1].samplePixels)
+        index += index % 2 == 0 ? 1 << 30 : -(1 << 30);
+    run(1, [&] {
+        EXPECT_EQ(lights[0]->next(), (Datagram{2, 1, 1, 100, 200, 50, 0, 1, 2, 1, 0, 0, 0, 0, 1}));
+    });
+}
+
+TEST_F(MatchMode, WithoutAFrameBufferEveryPanelIsBlack) {
+    ASSERT_EQ(configure(document("[" + device("-", 1, "[" + panel(1, 10, 10) + "]") + "]")), 1);
+    aim(1, "127.0.52.10");
+    unsigned char *const buffer = std::exchange(mirrorManager.frameBuffer, nullptr);
+    run(1, [&] { EXPECT_EQ(lights[0]->next(), (Datagram{1, 1, 1, 0, 0, 0, 0, 1})); });
+    mirrorManager.frameBuffer = buffer;
 }
 
 TEST_F(MatchMode, TheTransitionTimeIsTheFields) {
