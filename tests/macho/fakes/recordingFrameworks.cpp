@@ -1,0 +1,338 @@
+#include "tests/macho/fakes/recordingFrameworks.h"
+#include "tests/macho/host/frameworkNames.h"
+
+#include <Block.h>
+#include <algorithm>
+#include <cstring>
+#include <thread>
+
+namespace macho::fake {
+
+namespace {
+
+Object *constant() {
+    Object *object = frameworks().objects.make(Kind::constant);
+    object->immortal = true;
+    return object;
+}
+
+template <class Reference> Reference as(const Object *object) {
+    return reinterpret_cast<Reference>(const_cast<Object *>(object));
+}
+
+Objects &objects() {
+    return frameworks().objects;
+}
+
+void record(const std::string &call) {
+    frameworks().record(call);
+}
+
+std::string text(std::size_t number) {
+    return std::to_string(number);
+}
+
+const Display *displayWith(CGDirectDisplayID id) {
+    for (const Display &display : frameworks().script.displays)
+        if (display.id == id)
+            return &display;
+    return nullptr;
+}
+
+const CFAllocatorRef defaultAllocator = nullptr;
+
+const CFBooleanRef &falseBoolean() {
+    static const auto boolean = as<CFBooleanRef>(constant());
+    return boolean;
+}
+
+const CFStringRef &minimumFrameTimeKey() {
+    static const auto key = as<CFStringRef>(constant());
+    return key;
+}
+
+const CFStringRef &showCursorKey() {
+    static const auto key = as<CFStringRef>(constant());
+    return key;
+}
+
+// Displays and images.
+
+CGError getActiveDisplayList(std::uint32_t room, CGDirectDisplayID *list, std::uint32_t *count) {
+    const auto &displays = frameworks().script.displays;
+    const std::size_t told =
+        list == nullptr ? displays.size() : std::min<std::size_t>(room, displays.size());
+    for (std::size_t i = 0; list != nullptr && i < told; ++i)
+        list[i] = displays[i].id;
+    *count = static_cast<std::uint32_t>(told);
+    record("CGGetActiveDisplayList(" + text(room) + ", " + (list == nullptr ? "null" : "list") +
+           ") = " + text(told));
+    return kCGErrorSuccess;
+}
+
+CGImageRef displayCreateImage(CGDirectDisplayID id) {
+    const Display *display = displayWith(id);
+    Object *image = display == nullptr ? nullptr : objects().make(Kind::image);
+    if (image != nullptr)
+        image->value = id;
+    record("CGDisplayCreateImage(" + text(id) + ") = " + nameOf(image));
+    return as<CGImageRef>(image);
+}
+
+// The display of an image; null for a null image.
+const Display *displayOf(const std::string &call, CGImageRef image) {
+    Object *object = image == nullptr ? nullptr : objects().use(call, Kind::image, image);
+    record(call + "(" + nameOf(object) + ")");
+    return object == nullptr ? nullptr : displayWith(static_cast<CGDirectDisplayID>(object->value));
+}
+
+std::size_t imageGetWidth(CGImageRef image) {
+    const Display *display = displayOf("CGImageGetWidth", image);
+    return display == nullptr ? 0 : display->width;
+}
+
+std::size_t imageGetHeight(CGImageRef image) {
+    const Display *display = displayOf("CGImageGetHeight", image);
+    return display == nullptr ? 0 : display->height;
+}
+
+std::size_t imageGetBitsPerPixel(CGImageRef image) {
+    const Display *display = displayOf("CGImageGetBitsPerPixel", image);
+    return display == nullptr ? 0 : display->bitsPerPixel;
+}
+
+CGDataProviderRef imageGetDataProvider(CGImageRef image) {
+    const Display *display = displayOf("CGImageGetDataProvider", image);
+    if (display == nullptr)
+        return nullptr;
+    Object *provider = objects().make(Kind::provider);
+    provider->owner = objects().use("CGImageGetDataProvider", image);
+    provider->bytes = display->bytes;
+    return as<CGDataProviderRef>(provider);
+}
+
+void imageRelease(CGImageRef image) {
+    if (image == nullptr) {
+        record("CGImageRelease(null)");
+        return;
+    }
+    record("CGImageRelease(" + nameOf(objects().use("CGImageRelease", Kind::image, image)) + ")");
+    objects().release("CGImageRelease", image);
+}
+
+CFDataRef dataProviderCopyData(CGDataProviderRef provider) {
+    Object *from = provider == nullptr
+                       ? nullptr
+                       : objects().use("CGDataProviderCopyData", Kind::provider, provider);
+    Object *data = from == nullptr ? nullptr : objects().make(Kind::data);
+    if (data != nullptr)
+        data->bytes = from->bytes;
+    record("CGDataProviderCopyData(" + nameOf(from) + ") = " + nameOf(data));
+    return as<CFDataRef>(data);
+}
+
+// CoreFoundation.
+
+CFNumberRef numberCreate(CFAllocatorRef allocator, CFNumberType type, const void *value) {
+    if (allocator != nullptr || type != kCFNumberDoubleType || value == nullptr) {
+        objects().note("CFNumberCreate with the type " + std::to_string(type));
+        return nullptr;
+    }
+    Object *number = objects().make(Kind::number);
+    std::memcpy(&number->value, value, sizeof number->value);
+    record("CFNumberCreate(" + std::to_string(number->value) + ") = " + nameOf(number));
+    return as<CFNumberRef>(number);
+}
+
+CFDictionaryRef dictionaryCreate(CFAllocatorRef allocator, const void **keys, const void **values,
+                                 CFIndex count, const CFDictionaryKeyCallBacks *keyCallBacks,
+                                 const CFDictionaryValueCallBacks *valueCallBacks) {
+    if (allocator != nullptr || keyCallBacks != nullptr || valueCallBacks != nullptr)
+        objects().note("CFDictionaryCreate with an allocator or callbacks");
+    Object *dictionary = objects().make(Kind::dictionary);
+    for (CFIndex i = 0; i < count; ++i) {
+        objects().use("CFDictionaryCreate", Kind::constant, keys[i]);
+        objects().use("CFDictionaryCreate", values[i]);
+        dictionary->entries.emplace_back(keys[i], values[i]);
+    }
+    record("CFDictionaryCreate(" + text(static_cast<std::size_t>(count)) +
+           ") = " + nameOf(dictionary));
+    return as<CFDictionaryRef>(dictionary);
+}
+
+const UInt8 *dataGetBytePtr(CFDataRef data) {
+    Object *object = objects().use("CFDataGetBytePtr", Kind::data, data);
+    record("CFDataGetBytePtr(" + nameOf(object) + ")");
+    return object == nullptr ? nullptr : object->bytes.data();
+}
+
+void release(CFTypeRef reference) {
+    record("CFRelease(" + nameOf(objects().use("CFRelease", reference)) + ")");
+    objects().release("CFRelease", reference);
+}
+
+// Streams.
+
+dispatch_queue_t queueCreate(const char *label, dispatch_queue_attr_t attributes) {
+    Object *queue = objects().make(Kind::queue);
+    record("dispatch_queue_create(\"" + std::string(label) + "\", " +
+           (attributes == nullptr ? "serial" : "other") + ") = " + nameOf(queue));
+    return as<dispatch_queue_t>(queue);
+}
+
+std::string optionsText(const Object *dictionary) {
+    std::string all;
+    for (const auto &[key, value] : dictionary->entries) {
+        const Object *object = objects().use("a stream's option", value);
+        all += all.empty() ? "" : ", ";
+        if (key == minimumFrameTimeKey() && object != nullptr && object->kind == Kind::number)
+            all += "at least " + std::to_string(object->value) + " s a frame";
+        else if (key == showCursorKey() && value == falseBoolean())
+            all += "no cursor";
+        else
+            objects().note("a stream with an unknown option");
+    }
+    return all;
+}
+
+CGDisplayStreamRef streamCreate(CGDirectDisplayID id, std::size_t width, std::size_t height,
+                                std::int32_t format, CFDictionaryRef options,
+                                dispatch_queue_t queue,
+                                CGDisplayStreamFrameAvailableHandler handler) {
+    const std::string call = "CGDisplayStreamCreateWithDispatchQueue";
+    Object *dictionary = objects().use(call, Kind::dictionary, options);
+    objects().use(call, Kind::queue, queue);
+    const bool refused = frameworks().script.refuseStreams || displayWith(id) == nullptr;
+    Object *stream = refused ? nullptr : objects().make(Kind::stream);
+    char code[5] = {};
+    for (int i = 0; i < 4; ++i)
+        code[i] = static_cast<char>(format >> (24 - 8 * i));
+    record(call + "(" + text(id) + ", " + text(width) + " x " + text(height) + ", " + code + ", {" +
+           (dictionary == nullptr ? "" : optionsText(dictionary)) + "}) = " + nameOf(stream));
+    if (stream != nullptr) {
+        if (frameworks().handler != nullptr)
+            Block_release(frameworks().handler);
+        frameworks().handler = Block_copy(handler);
+    }
+    return as<CGDisplayStreamRef>(stream);
+}
+
+CGError startOrStop(const std::string &call, CGDisplayStreamRef stream, CGError result) {
+    if (stream == nullptr) {
+        record(call + "(null)");
+        return kCGErrorIllegalArgument;
+    }
+    record(call + "(" + nameOf(objects().use(call, Kind::stream, stream)) + ")");
+    return result;
+}
+
+CGError streamStart(CGDisplayStreamRef stream) {
+    return startOrStop("CGDisplayStreamStart", stream, frameworks().script.startResult);
+}
+
+CGError streamStop(CGDisplayStreamRef stream) {
+    return startOrStop("CGDisplayStreamStop", stream, frameworks().script.stopResult);
+}
+
+// Surfaces.
+
+IOReturn surfaceLock(IOSurfaceRef surface, IOSurfaceLockOptions options, std::uint32_t *) {
+    Object *object = objects().use("IOSurfaceLock", Kind::surface, surface);
+    if (options != kIOSurfaceLockReadOnly)
+        objects().note("IOSurfaceLock with the options " + text(options));
+    if (object != nullptr)
+        ++object->locks;
+    record("IOSurfaceLock(" + nameOf(object) + ")");
+    return 0;
+}
+
+IOReturn surfaceUnlock(IOSurfaceRef surface, IOSurfaceLockOptions options, std::uint32_t *) {
+    Object *object = objects().use("IOSurfaceUnlock", Kind::surface, surface);
+    if (options != kIOSurfaceLockReadOnly)
+        objects().note("IOSurfaceUnlock with the options " + text(options));
+    if (object != nullptr && --object->locks < 0)
+        objects().note("IOSurfaceUnlock of " + nameOf(object) + ", which is not locked");
+    record("IOSurfaceUnlock(" + nameOf(object) + ")");
+    return 0;
+}
+
+void *surfaceGetBaseAddress(IOSurfaceRef surface) {
+    Object *object = objects().use("IOSurfaceGetBaseAddress", Kind::surface, surface);
+    if (object != nullptr && object->locks == 0)
+        objects().note("IOSurfaceGetBaseAddress of " + nameOf(object) + ", which is not locked");
+    record("IOSurfaceGetBaseAddress(" + nameOf(object) + ")");
+    return object == nullptr ? nullptr : object->bytes.data();
+}
+
+} // namespace
+
+void Frameworks::record(const std::string &call) {
+    const std::lock_guard lock(mutex);
+    recorded.push_back(call);
+}
+
+std::vector<std::string> Frameworks::calls() const {
+    const std::lock_guard lock(mutex);
+    return recorded;
+}
+
+void Frameworks::forget() {
+    if (handler != nullptr)
+        Block_release(handler);
+    handler = nullptr;
+    objects.forget();
+    const std::lock_guard lock(mutex);
+    recorded = {};
+}
+
+Frameworks &frameworks() {
+    static Frameworks all;
+    return all;
+}
+
+void addRecordingFrameworks(Imports &imports) {
+    imports.add(coreGraphics, "_CGGetActiveDisplayList", getActiveDisplayList);
+    imports.add(coreGraphics, "_CGDisplayCreateImage", displayCreateImage);
+    imports.add(coreGraphics, "_CGImageGetWidth", imageGetWidth);
+    imports.add(coreGraphics, "_CGImageGetHeight", imageGetHeight);
+    imports.add(coreGraphics, "_CGImageGetBitsPerPixel", imageGetBitsPerPixel);
+    imports.add(coreGraphics, "_CGImageGetDataProvider", imageGetDataProvider);
+    imports.add(coreGraphics, "_CGImageRelease", imageRelease);
+    imports.add(coreGraphics, "_CGDataProviderCopyData", dataProviderCopyData);
+    imports.add(coreGraphics, "_CGDisplayStreamCreateWithDispatchQueue", streamCreate);
+    imports.add(coreGraphics, "_CGDisplayStreamStart", streamStart);
+    imports.add(coreGraphics, "_CGDisplayStreamStop", streamStop);
+    imports.add(coreGraphics, "_kCGDisplayStreamMinimumFrameTime", &minimumFrameTimeKey());
+    imports.add(coreGraphics, "_kCGDisplayStreamShowCursor", &showCursorKey());
+    imports.add(coreFoundation, "_CFNumberCreate", numberCreate);
+    imports.add(coreFoundation, "_CFDictionaryCreate", dictionaryCreate);
+    imports.add(coreFoundation, "_CFDataGetBytePtr", dataGetBytePtr);
+    imports.add(coreFoundation, "_CFRelease", release);
+    imports.add(coreFoundation, "_kCFAllocatorDefault", &defaultAllocator);
+    imports.add(coreFoundation, "_kCFBooleanFalse", &falseBoolean());
+    imports.add(ioSurface, "_IOSurfaceLock", surfaceLock);
+    imports.add(ioSurface, "_IOSurfaceUnlock", surfaceUnlock);
+    imports.add(ioSurface, "_IOSurfaceGetBaseAddress", surfaceGetBaseAddress);
+    imports.add(libSystem, "_dispatch_queue_create", queueCreate);
+}
+
+void deliver(CGDisplayStreamFrameStatus status, const std::vector<std::uint32_t> *pixels) {
+    Object *surface = nullptr;
+    if (pixels != nullptr) {
+        surface = objects().make(Kind::surface);
+        surface->bytes.resize(pixels->size() * sizeof(std::uint32_t));
+        std::memcpy(surface->bytes.data(), pixels->data(), surface->bytes.size());
+    }
+    std::thread([status, surface] {
+        frameworks().handler(status, 0, as<IOSurfaceRef>(surface), nullptr);
+    }).join();
+    if (surface == nullptr)
+        return;
+    if (surface->locks != 0)
+        objects().note(nameOf(surface) + " was left locked");
+    if (surface->references != 1)
+        objects().note(nameOf(surface) + " was released by who did not own it");
+    surface->references = 0;
+}
+
+} // namespace macho::fake

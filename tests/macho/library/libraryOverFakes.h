@@ -1,0 +1,48 @@
+// The dylib over the recording frameworks.
+#pragma once
+
+#include "mirror/mirrorInterface.h"
+#include "tests/macho/fakes/recordingFrameworks.h"
+#include "tests/macho/loader/image.h"
+
+#include <gtest/gtest.h>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace macho {
+
+const Imports &recordingImports();
+
+// Loads the library afresh for each test, with one display, and forgets what was recorded at the
+// end, when nothing may be wrong.
+class LibraryOverFakes : public testing::Test {
+protected:
+    LibraryOverFakes();
+    ~LibraryOverFakes() override;
+
+    void load() { image = std::make_unique<Image>(MIRROR_DYLIB, recordingImports()); }
+    void unload() { image.reset(); }
+    // The exported function of this name and of `Function`'s type.
+    template <class Function> Function *find(const char *name) {
+        return image->function<Function>(name);
+    }
+    int configure(std::string text) {
+        return find<decltype(setMirrorConfig)>("setMirrorConfig")(text.data());
+    }
+    int start() { return find<decltype(startMirror)>("startMirror")(); }
+    int stop() { return find<decltype(stopMirror)>("stopMirror")(); }
+
+    // Match mode on display 1 with one narrow light at 127.0.61.1, whose panel 7 lies over the
+    // whole of a screen of 40 x 30.
+    static std::string document();
+    // What that light is to get for a screen of one colour.
+    static std::vector<std::uint8_t> datagramOf(std::uint32_t colour);
+
+    std::unique_ptr<Image> image;
+};
+
+// A screen of 40 x 30 of one colour.
+std::vector<std::uint32_t> plainScreen(std::uint32_t colour);
+
+} // namespace macho
