@@ -15,6 +15,7 @@ using Action = std::function<ExitStatus()>;
 // be done in `chosen`, which must outlive the parsing.
 void addDisplaysCommand(CLI::App &program, Action &chosen);
 void addCheckCommand(CLI::App &program, Action &chosen);
+void addDoctorCommand(CLI::App &program, Action &chosen);
 void addLayoutCommand(CLI::App &program, Action &chosen);
 void addRunCommand(CLI::App &program, Action &chosen);
 void addPaletteCommand(CLI::App &program, Action &chosen);

@@ -10,6 +10,7 @@
 
 #include "tools/config/configDocument.h"
 #include "tools/mirrorctl/frameTally.h"
+#include "tools/mirrorctl/loopbackEar.h"
 
 #include <string>
 
@@ -18,18 +19,14 @@ namespace mirrorctl {
 // One thread.
 class FrameWitness {
 public:
-    // Takes a free loopback address that is none of the document's devices. When there is none,
-    // isThere() is false and reason() says why.
     explicit FrameWitness(const config::Document &document);
-    ~FrameWitness();
-    FrameWitness(const FrameWitness &) = delete;
-    FrameWitness &operator=(const FrameWitness &) = delete;
 
-    bool isThere() const { return fd >= 0; }
-    const std::string &reason() const { return why; }
+    // False when no loopback address was free; reason() says why.
+    bool isThere() const { return ear.isThere(); }
+    const std::string &reason() const { return ear.reason(); }
 
     // Readable when read() has something to do; -1 when it is not there.
-    int descriptor() const { return fd; }
+    int descriptor() const { return ear.descriptor(); }
 
     // The document's text with the witness as its last device. `text` has no faults.
     std::string joined(const std::string &text) const;
@@ -41,11 +38,8 @@ public:
     const FrameTally &tally() const { return frames; }
 
 private:
-    std::string ip;
-    int controlVersion = 0;
-    std::size_t panels = 0;
-    int fd = -1;
-    std::string why;
+    LoopbackEar ear;
+    std::size_t panels;
     FrameTally frames;
 };
 

@@ -22,6 +22,7 @@ int main(int argc, char **argv) {
     mirrorctl::addRunCommand(program, chosen);
     mirrorctl::addPaletteCommand(program, chosen);
     mirrorctl::addSnapshotCommand(program, chosen);
+    mirrorctl::addDoctorCommand(program, chosen);
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError &error) {

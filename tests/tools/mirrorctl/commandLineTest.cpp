@@ -8,14 +8,15 @@ using test::mirrorctl;
 TEST(MirrorctlCommandLine, helpNamesCommandsAndExitStatuses) {
     const Ending ending = mirrorctl({"--help"});
     EXPECT_EQ(ending.status, 0);
-    for (const char *word : {"displays", "check", "run", "palette", "snapshot", "\n     0  ",
-                             "\n    64  ", "\n    65  ", "\n    66  ", "\n    68  ", "\n    69  ",
-                             "\n    70  ", "\n    71  ", "\n    75  ", "\n    77  "})
+    for (const char *word : {"displays", "check", "layout", "doctor", "run", "palette", "snapshot",
+                             "\n     0  ", "\n    64  ", "\n    65  ", "\n    66  ", "\n    68  ",
+                             "\n    69  ", "\n    70  ", "\n    71  ", "\n    75  ", "\n    77  "})
         EXPECT_NE(ending.out.find(word), std::string::npos) << word << " in\n" << ending.out;
 }
 
 TEST(MirrorctlCommandLine, eachCommandHelps) {
-    for (const char *command : {"displays", "check", "run", "palette", "snapshot"}) {
+    for (const char *command :
+         {"displays", "check", "layout", "doctor", "run", "palette", "snapshot"}) {
         const Ending ending = mirrorctl({command, "--help"});
         EXPECT_EQ(ending.status, 0);
         EXPECT_EQ(ending.err, "");
@@ -51,6 +52,8 @@ TEST(MirrorctlCommandLine, refusesWhatItDoesNotUnderstand) {
         {"palette"},
         {"palette", "a.json", "b.json"},
         {"palette", "a.json", "--seconds", "1"},
+        {"doctor", "a.json", "b.json"},
+        {"doctor", "--seconds", "1"},
         {"snapshot"},
         {"snapshot", "a.json", "--seconds", "0"},
     };

@@ -1,0 +1,136 @@
+// mirrorctl doctor
+#include "tools/config/configDocument.h"
+#include "tools/config/textFile.h"
+#include "tools/mirrorctl/captureTrial.h"
+#include "tools/mirrorctl/commands.h"
+#include "tools/mirrorctl/diagnosis.h"
+#include "tools/mirrorctl/displayList.h"
+#include "tools/mirrorctl/libraryTalk.h"
+#include "tools/mirrorctl/reach.h"
+#include "tools/mirrorctl/system.h"
+
+#include <cstdio>
+#include <memory>
+#include <optional>
+
+namespace mirrorctl {
+
+struct DoctorOptions {
+    std::string path;
+    bool unmarked = false;
+    bool json = false;
+};
+
+static std::vector<Display> listed(Ward &ward) {
+    const LibraryTalk talk;
+    const auto displays = listDisplays().displays;
+    if (displays.empty()) {
+        ward.checks.push_back({Verdict::bad, "displays", "there is none to mirror",
+                               "on X11 is the server running, does it let this user in, and has it "
+                               "a monitor? On macOS is a user logged in at the screen?",
+                               ExitStatus::displayMissing});
+        return displays;
+    }
+    for (const auto &display : displays)
+        ward.checks.push_back(
+            {Verdict::good, "display " + std::to_string(display.displayID), describeSize(display)});
+    return displays;
+}
+
+static std::optional<config::Reading> examineDocument(const std::string &path, Ward &ward) {
+    const std::string name = path == "-" ? "standard input" : path;
+    std::string reason;
+    const auto text = config::readTextFile(path, reason);
+    if (!text) {
+        ward.checks.push_back({Verdict::bad, name, "cannot be read: " + reason,
+                               "is it the right path, and may you read it?",
+                               ExitStatus::fileUnreadable});
+        return std::nullopt;
+    }
+    config::Reading reading = config::readText(*text);
+    if (reading.problems.empty()) {
+        ward.checks.push_back({Verdict::good, name, "the library can read it"});
+        return reading;
+    }
+    const std::size_t count = reading.problems.size();
+    ward.checks.push_back(
+        {Verdict::bad, name,
+         std::to_string(count) + (count == 1 ? " error" : " errors") +
+             ", the first: " + config::describe("", reading.problems[0]).substr(2),
+         "mirrorctl check " + name + " tells them all, and how to mend them",
+         ExitStatus::documentFaulty});
+    return std::nullopt;
+}
+
+// Those that the document means, or all.
+static std::vector<Display> chosen(const std::vector<Display> &displays,
+                                   const std::optional<config::Reading> &reading, Ward &ward) {
+    if (!reading)
+        return displays;
+    const auto wanted = static_cast<std::uint32_t>(reading->document.displayID);
+    for (const Display &display : displays)
+        if (display.displayID == wanted)
+            return {display};
+    ward.checks.push_back({Verdict::bad, "display " + std::to_string(wanted),
+                           "the configuration names it, but it is not there",
+                           "name one that is; no other is ever taken in its place",
+                           ExitStatus::displayMissing});
+    return {};
+}
+
+static ExitStatus examine(const DoctorOptions &options) {
+    Ward document{"Configuration", {}};
+    std::optional<config::Reading> reading;
+    if (!options.path.empty())
+        reading = examineDocument(options.path, document);
+    const StopSignals signals;
+    Ward system{"System", {}};
+    Ward displays{"Displays", {}};
+    Ward capture{"Capture", {}};
+    Ward devices{"Devices", {}};
+    const auto there = listed(displays);
+    system.checks = examineSystem();
+    bool interrupted = false;
+    for (const Display &display : chosen(there, reading, capture))
+        if (!interrupted)
+            capture.checks.push_back(tryCapture(display, !options.unmarked, signals, interrupted));
+    if (reading && !interrupted)
+        devices.checks = tryDevices(reading->document.devices);
+    const std::vector<Ward> wards = {system, displays, capture, document, devices};
+    if (options.json)
+        puts(jsonText(wards).c_str());
+    else
+        print(wards);
+    return interrupted ? ExitStatus::nothingSent : statusOf(wards);
+}
+
+void addDoctorCommand(CLI::App &program, Action &chosenAction) {
+    auto *command = program.add_subcommand(
+        "doctor", "Find out why nothing is mirrored, or whether it would be");
+    const auto options = std::make_shared<DoctorOptions>();
+    command->add_option("CONFIG", options->path,
+                        "A document whose display and devices are to be tried; - reads standard "
+                        "input");
+    command->add_flag("--no-mark", options->unmarked, "Draw nothing on the screen");
+    command->add_flag("--json", options->json, "Print for scripts");
+    command->footer(
+        "Looks at the system (on X11 the server, its extensions and the kind of session; on macOS\n"
+        "whether screen recording is permitted), lists the displays, and tries to capture each,\n"
+        "or the document's: mirrors it for a moment onto this program itself.\n"
+        "\n"
+        "A BLACK PICTURE IS NO ANSWER, since a screen may be black, and a screen that is not seen\n"
+        "looks the same. So a mark is drawn: a square of 32 pixels in the top left corner of the\n"
+        "screen, for a fraction of a second. It must come out, and how long that takes is how old\n"
+        "pictures are. --no-mark leaves it out, and then says what cannot be told.\n"
+        "\n"
+        "Devices are sent one datagram about no panel, which changes nothing. Lights do not\n"
+        "answer; what can be told is whether there is a way to them, and whether anybody objects:\n"
+        "nobody with this address, nobody listening, no way, not allowed. That takes 3.5 seconds.\n"
+        "\n"
+        "The exit status is that of the first thing that is bad, 0 if nothing is.\n\n" +
+        exitStatusHelp());
+    command->callback(
+        [&chosenAction, options] { chosenAction = [options] { return examine(*options); }; });
+}
+
+} // namespace mirrorctl
