@@ -65,10 +65,6 @@ size_t CGImageGetBitsPerPixel(CGImageRef image) {
     return image == nullptr ? 0 : 32;
 }
 
-size_t CGImageGetBytesPerRow(CGImageRef image) {
-    return image == nullptr ? 0 : image->width * 4;
-}
-
 CGDataProviderRef CGImageGetDataProvider(CGImageRef image) {
     return image == nullptr ? nullptr : &image->provider;
 }

@@ -38,7 +38,6 @@ CGImageRef CGDisplayCreateImage(CGDirectDisplayID displayID);
 size_t CGImageGetWidth(CGImageRef image);
 size_t CGImageGetHeight(CGImageRef image);
 size_t CGImageGetBitsPerPixel(CGImageRef image);
-size_t CGImageGetBytesPerRow(CGImageRef image);
 CGDataProviderRef CGImageGetDataProvider(CGImageRef image);
 void CGImageRelease(CGImageRef image);
 

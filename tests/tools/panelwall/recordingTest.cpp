@@ -115,8 +115,9 @@ TEST(PanelwallRecording, ForeignFilesAreNamedAsSuch) {
     EXPECT_EQ(troubleOf(newer), "is a recording of version 2; this program reads version 1");
     std::string misspelt = good;
     misspelt.replace(good.find("displayID"), 9, "displayId");
-    EXPECT_EQ(troubleOf(misspelt).substr(0, 55),
-              "holds a configuration that is not valid: /displayID: ex");
+    const std::string invalid = troubleOf(misspelt);
+    EXPECT_EQ(invalid.find("holds a configuration that is not valid: "), 0u) << invalid;
+    EXPECT_NE(invalid.find("displayID"), std::string::npos) << invalid;
 }
 
 namespace {

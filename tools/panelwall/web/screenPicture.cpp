@@ -25,7 +25,6 @@ public:
     std::size_t width() const { return CGImageGetWidth(image); }
     std::size_t height() const { return CGImageGetHeight(image); }
     std::size_t bits() const { return CGImageGetBitsPerPixel(image); }
-    std::size_t bytesPerRow() const { return CGImageGetBytesPerRow(image); }
     CGDataProviderRef provider() const { return CGImageGetDataProvider(image); }
 
 private:
@@ -48,12 +47,12 @@ private:
     CFDataRef data;
 };
 
-// Pixels in memory: B, G, R, X each; a row may be longer than its pixels.
+// Pixels in memory, B, G, R, X each; rows follow each other without a gap, as the library takes
+// them too.
 struct Pixels {
     const UInt8 *bytes;
     std::size_t width;
     std::size_t height;
-    std::size_t bytesPerRow;
 };
 
 // The mean of the `step` x `step` pixels from (left, top) on, as far as there are so many.
@@ -64,7 +63,7 @@ Colour meanOf(const Pixels &pixels, std::size_t left, std::size_t top, std::size
     for (std::size_t y = top; y < bottom; ++y)
         for (std::size_t x = left; x < right; ++x)
             for (std::size_t channel = 0; channel < 3; ++channel)
-                sum[channel] += pixels.bytes[y * pixels.bytesPerRow + x * 4 + channel];
+                sum[channel] += pixels.bytes[(y * pixels.width + x) * 4 + channel];
     const std::size_t count = (right - left) * (bottom - top);
     return {static_cast<std::uint8_t>(sum[2] / count), static_cast<std::uint8_t>(sum[1] / count),
             static_cast<std::uint8_t>(sum[0] / count)};
@@ -79,7 +78,7 @@ std::shared_ptr<const ScreenShot> shoot(std::uint32_t display) {
     const Bytes bytes(CGDataProviderCopyData(image.provider()));
     if (bytes.get() == nullptr)
         return nullptr;
-    const Pixels pixels{bytes.get(), width, height, image.bytesPerRow()};
+    const Pixels pixels{bytes.get(), width, height};
     const std::size_t step = (std::max(width, height) + largestSide - 1) / largestSide;
     Canvas canvas(static_cast<int>((width + step - 1) / step),
                   static_cast<int>((height + step - 1) / step), {});
