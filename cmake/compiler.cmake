@@ -20,6 +20,12 @@ add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fblocks>)
 add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fconstexpr-steps=4000000>)
 include_directories(${CMAKE_SOURCE_DIR})
 
+# Guarded members are held against the locks of a C++ library that tells what they do.
+if(APPLE)
+    add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-Wthread-safety>)
+    add_compile_definitions(_LIBCPP_ENABLE_THREAD_SAFETY_ANNOTATIONS)
+endif()
+
 if(MIRROR_SANITIZER)
     # Hosts in C bring no C++ runtime of the sanitizer, which only these two checks would need.
     add_compile_options(-fsanitize=${MIRROR_SANITIZER} -fno-sanitize=vptr,function

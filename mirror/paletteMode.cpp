@@ -17,11 +17,11 @@ struct Palette {
     Cycle next() {
         // Not waited for: a signal that interrupts getPalette() ends the run on the very thread
         // that holds the lock.
-        const std::unique_lock lock(manager.mutex, std::try_to_lock);
-        if (!lock) {
+        if (!manager.mutex.try_lock()) {
             std::this_thread::yield();
             return Cycle::again;
         }
+        const std::lock_guard lock(manager.mutex, std::adopt_lock);
         colours = manager.getPaletteFromScreen(manager.paletteSize);
         manager.palette = colours;
         return colours.empty() ? Cycle::again : Cycle::send;

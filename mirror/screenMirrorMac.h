@@ -8,6 +8,7 @@
 #include "colour/frame.h"
 #include "device/device.h"
 #include "device/screenGrid.h"
+#include "mirror/guardedBy.h"
 #include "net/udpSocket.h"
 
 #include <CoreFoundation/CoreFoundation.h>
@@ -75,7 +76,7 @@ public:
     std::vector<std::string> streamFrames; // the captured lines, one a device, in device order
     rapidjson::StringBuffer streamFrameJson;
     std::int32_t streamFrameJsonSize = 0; // of the last successful getSizeOfStreamFrameJson()
-    std::vector<RGB> palette;
+    std::vector<RGB> palette MIRROR_GUARDED_BY(mutex);
 
     // The one manager; set while the library is loaded, for entry points that carry no object.
     static MirrorManager *instance;
