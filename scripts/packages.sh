@@ -5,6 +5,7 @@ build_packages="build-essential clang llvm libclang-rt-14-dev cmake ninja-build 
     libbenchmark-dev libxcb1-dev libxcb-randr0-dev libxcb-shm0-dev libxcb-damage0-dev
     libxcb-xfixes0-dev"
 screen_packages="xvfb x11-utils x11-xserver-utils"
+manual_packages="mandoc zsh"
 demo_packages="ffmpeg"
 macos_packages="clang-19 lld-19 llvm-19 googletest"
 

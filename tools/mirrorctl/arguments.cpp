@@ -45,7 +45,7 @@ static std::string checkSize(const std::string &text) {
 }
 
 CLI::Validator sizeArgument() {
-    return CLI::Validator(checkSize, "WxH");
+    return CLI::Validator(checkSize, "");
 }
 
 static std::string checkShape(const std::string &text) {
@@ -62,19 +62,19 @@ static std::string checkAddress(const std::string &text) {
 }
 
 CLI::Validator shapeArgument() {
-    return CLI::Validator(checkShape, "SHAPE");
+    return CLI::Validator(checkShape, "");
 }
 
 CLI::Validator addressArgument() {
-    return CLI::Validator(checkAddress, "ADDRESS");
+    return CLI::Validator(checkAddress, "");
 }
 
 CLI::Validator secondsArgument() {
-    return CLI::Validator(checkSeconds, "SECONDS");
+    return CLI::Validator(checkSeconds, "");
 }
 
 CLI::Validator modeArgument() {
-    return CLI::Validator(checkMode, "MODE");
+    return CLI::Validator(checkMode, "");
 }
 
 } // namespace mirrorctl

@@ -118,11 +118,13 @@ void addCheckCommand(CLI::App &program, Action &chosen) {
     auto *command = program.add_subcommand("check", "Tell all that is wrong with a configuration");
     const auto options = std::make_shared<CheckOptions>();
     command->add_option("CONFIG", options->path, "The document; - reads standard input")
-        ->required();
+        ->required()
+        ->type_name("");
     command
         ->add_option("--screen", options->screen,
                      "The size of the display in pixels, such as 1920x1080: instead of looking "
                      "for the display here")
+        ->type_name("WxH")
         ->check(sizeArgument());
     command->add_flag("--strict", options->strict, "Let warnings count as faults");
     command->add_flag("--json", options->json, "Print for scripts");

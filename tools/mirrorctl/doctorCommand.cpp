@@ -108,9 +108,11 @@ void addDoctorCommand(CLI::App &program, Action &chosenAction) {
     auto *command = program.add_subcommand(
         "doctor", "Find out why nothing is mirrored, or whether it would be");
     const auto options = std::make_shared<DoctorOptions>();
-    command->add_option("CONFIG", options->path,
-                        "A document whose display and devices are to be tried; - reads standard "
-                        "input");
+    command
+        ->add_option("CONFIG", options->path,
+                     "A document whose display and devices are to be tried; - reads standard "
+                     "input")
+        ->type_name("");
     command->add_flag("--no-mark", options->unmarked, "Draw nothing on the screen");
     command->add_flag("--json", options->json, "Print for scripts");
     command->footer(

@@ -15,9 +15,9 @@ std::string exitStatusHelp() {
          "a device's address is neither IPv4 nor IPv6, or (doctor) cannot be reached"},
         {ExitStatus::displayMissing, "there is no such display, or none at all"},
         {ExitStatus::failed, "anything else went wrong"},
-        {ExitStatus::startFailed, "mirroring could not be started"},
+        {ExitStatus::startFailed, "mirroring could not be started, or ended by itself"},
         {ExitStatus::nothingSent,
-         "there is nothing to show: nothing was sent in time, or Ctrl-C came first"},
+         "there is nothing to show: nothing was sent in time, no frame came, or Ctrl-C came first"},
         {ExitStatus::captureRefused, "the display may not be captured"},
     };
     std::string text = "Exit status:\n";

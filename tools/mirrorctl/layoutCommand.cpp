@@ -107,19 +107,23 @@ void addLayoutCommand(CLI::App &program, Action &chosen) {
                      "ROWSxCOLUMNS, such as 4x6, for a grid that fills the screen, or strip:N for "
                      "N panels around its edges")
         ->required()
+        ->type_name("")
         ->check(shapeArgument());
     command->add_option("ADDRESS", options->addresses, "The devices, which share the panels")
         ->required()
+        ->type_name("")
         ->check(addressArgument());
     command
         ->add_option("--display", options->display,
                      "The display, as mirrorctl displays lists it; may be left out when there is "
                      "only one")
-        ->check(CLI::Range(std::int64_t{INT32_MIN}, std::int64_t{UINT32_MAX}));
+        ->type_name("ID")
+        ->check(CLI::Range(std::int64_t{INT32_MIN}, std::int64_t{UINT32_MAX}).description(""));
     command
         ->add_option("--screen", options->screen,
                      "The display's size in pixels, such as 1920x1080; together with --display no "
                      "display is looked for")
+        ->type_name("WxH")
         ->check(sizeArgument());
     command
         ->add_option("--control-version", options->controlVersion,
@@ -127,6 +131,7 @@ void addLayoutCommand(CLI::App &program, Action &chosen) {
                      "(default 2)")
         ->type_name("N");
     command->add_option("--mode", options->mode, "match (default), melt, fade or palette")
+        ->type_name("MODE")
         ->check(modeArgument());
     command->footer(
         "The configuration goes to standard output:\n"

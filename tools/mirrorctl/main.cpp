@@ -14,7 +14,14 @@ int main(int argc, char **argv) {
 
     CLI::App program("Mirrors a display onto networked light devices.", "mirrorctl");
     program.require_subcommand(1);
-    program.footer(mirrorctl::exitStatusHelp());
+    program.footer("From nothing to a mirrored screen:\n"
+                   "    mirrorctl layout 4x6 192.0.2.7 192.0.2.8 > wall.json\n"
+                   "    mirrorctl check wall.json\n"
+                   "    mirrorctl doctor wall.json\n"
+                   "    mirrorctl run wall.json\n"
+                   "\n"
+                   "Each command has a --help of its own: mirrorctl run --help.\n\n" +
+                   mirrorctl::exitStatusHelp());
     mirrorctl::Action chosen;
     mirrorctl::addDisplaysCommand(program, chosen);
     mirrorctl::addCheckCommand(program, chosen);

@@ -60,7 +60,8 @@ void addPaletteCommand(CLI::App &program, Action &chosen) {
     command
         ->add_option("CONFIG", options->path,
                      "The document whose display is meant; - reads standard input")
-        ->required();
+        ->required()
+        ->type_name("");
     command->add_flag("--json", options->json,
                       "Print the library's own text, as is done off a terminal");
     command->footer(

@@ -231,12 +231,15 @@ void addRunCommand(CLI::App &program, Action &chosen) {
     auto *command = program.add_subcommand("run", "Mirror as a configuration document says");
     const auto options = std::make_shared<RunOptions>();
     command->add_option("CONFIG", options->path, "The document; - reads standard input")
-        ->required();
+        ->required()
+        ->type_name("");
     command
         ->add_option("--mode", options->mode,
                      "match, melt, fade or palette, or 0 to 3: instead of the document's mode")
+        ->type_name("MODE")
         ->check(modeArgument());
     command->add_option("--seconds", options->seconds, "Stop by itself after so many seconds")
+        ->type_name("SECONDS")
         ->check(secondsArgument());
     command->add_flag(
         "--json", options->json,

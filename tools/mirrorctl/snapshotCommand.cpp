@@ -144,10 +144,12 @@ void addSnapshotCommand(CLI::App &program, Action &chosen) {
         program.add_subcommand("snapshot", "Mirror for a moment and print what was sent");
     const auto options = std::make_shared<SnapshotOptions>();
     command->add_option("CONFIG", options->path, "The document; - reads standard input")
-        ->required();
+        ->required()
+        ->type_name("");
     command
         ->add_option("--seconds", options->seconds,
                      "How long to wait for something to be sent (default 5)")
+        ->type_name("SECONDS")
         ->check(secondsArgument());
     command->add_flag("--json", options->json, "Print the library's own text");
     command->footer(

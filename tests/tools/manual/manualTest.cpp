@@ -1,0 +1,171 @@
+// The manual pages and the completions against what the programs say of themselves.
+#include <cstdio>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <memory>
+#include <regex>
+#include <set>
+#include <sstream>
+
+namespace {
+
+using Words = std::set<std::string>;
+
+struct Output {
+    std::string text;
+    int status = -1;
+};
+
+Output outputOf(const std::string &command) {
+    Output output;
+    FILE *pipe = popen((command + " 2>&1").c_str(), "r");
+    if (!pipe)
+        return output;
+    char part[4096];
+    while (const std::size_t size = fread(part, 1, sizeof part, pipe))
+        output.text.append(part, size);
+    output.status = pclose(pipe);
+    return output;
+}
+
+std::string fileText(const std::string &path) {
+    std::ifstream file(path);
+    std::stringstream text;
+    text << file.rdbuf();
+    EXPECT_FALSE(text.str().empty()) << path;
+    return text.str();
+}
+
+Words matches(const std::string &text, const std::regex &pattern) {
+    Words found;
+    for (std::sregex_iterator i(text.begin(), text.end(), pattern), end; i != end; ++i)
+        found.insert((*i)[1]);
+    return found;
+}
+
+// What stands between a line that is `from` and the next one that is empty.
+std::string block(const std::string &text, const std::string &from) {
+    const auto begin = text.find(from + "\n");
+    if (begin == std::string::npos)
+        return {};
+    return text.substr(begin, text.find("\n\n", begin) - begin);
+}
+
+// The long options of a program, or of one of its commands.
+Words optionsOf(const std::string &program) {
+    static const std::regex option("\n  (?:-\\w,)?(--[a-z-]+)");
+    return matches(block(outputOf(program + " --help").text, "Options:"), option);
+}
+
+Words commandsOf(const std::string &program) {
+    static const std::regex command("\n  ([a-z]+) ");
+    return matches(block(outputOf(program + " --help").text, "Subcommands:"), command);
+}
+
+// A manual page's source, with its hyphens as they are printed.
+std::string manual(const std::string &name) {
+    return std::regex_replace(fileText(MANUALS + name), std::regex("\\\\-"), "-");
+}
+
+// The options that stand at the head of an entry.
+Words optionsIn(const std::string &source) {
+    return matches(source, std::regex("\n\\.(?:B|BI|BR) (?:-h \", \" )?(--[a-z-]+)"));
+}
+
+std::string section(const std::string &source, const std::string &head) {
+    const auto begin = source.find("\n" + head + "\n");
+    if (begin == std::string::npos)
+        return {};
+    const auto end = source.find("\n.S", begin + 2);
+    return source.substr(begin, end - begin);
+}
+
+// What bash offers to complete the words' last one.
+Words offeredByBash(const std::string &program, const std::string &words) {
+    std::istringstream list(outputOf("bash --norc -c 'source " COMPLETIONS + program +
+                                     ".bash; COMP_WORDS=(" + words +
+                                     "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _" + program +
+                                     "; printf \"%s\\n\" \"${COMPREPLY[@]}\"'")
+                                .text);
+    Words offered;
+    for (std::string line; std::getline(list, line);)
+        if (!line.empty())
+            offered.insert(line);
+    return offered;
+}
+
+// What zsh's function names as options, with the functions that it builds on replaced by ones that
+// print what they are given.
+Words offeredByZsh(const std::string &program, const std::string &words, int current) {
+    const std::string text =
+        outputOf("zsh -fc '_arguments() { print -rl -- \"$@\" }; _describe() { print -rl -- "
+                 "\"describe ${(@P)2}\" }; _files() { }; words=(" +
+                 words + "); CURRENT=" + std::to_string(current) + "; source " COMPLETIONS "_" +
+                 program + "'")
+            .text;
+    return matches("\n" + text, std::regex("\n(?:\\([^\n)]*\\))?(--[a-z-]+)\\["));
+}
+
+} // namespace
+
+TEST(Manual, isSetWithoutComplaint) {
+    for (const char *name : {"mirrorctl.1", "panelwall.1"}) {
+        const Output lint = outputOf("mandoc -T lint " MANUALS + std::string(name));
+        EXPECT_EQ(lint.status, 0) << lint.text;
+        EXPECT_EQ(lint.text, "");
+    }
+}
+
+TEST(Manual, hasEveryOptionOfEveryCommandAndNoOther) {
+    const std::string source = manual("mirrorctl.1");
+    const Words commands = commandsOf(MIRRORCTL);
+    ASSERT_EQ(commands.size(), 7u);
+    for (const std::string &command : commands) {
+        Words options = optionsOf(MIRRORCTL " " + command);
+        EXPECT_EQ(options.erase("--help"), 1u) << command;
+        EXPECT_FALSE(options.empty()) << command;
+        EXPECT_EQ(optionsIn(section(source, ".SS " + command)), options) << command;
+    }
+    EXPECT_EQ(optionsIn(section(manual("panelwall.1"), ".SH OPTIONS")), optionsOf(PANELWALL));
+    EXPECT_GT(optionsOf(PANELWALL).size(), 5u);
+}
+
+TEST(Manual, hasEveryExitStatus) {
+    const auto told = [](const std::string &program) {
+        const std::string text = outputOf(program + " --help").text;
+        return matches(text.substr(text.find("Exit status")), std::regex("\n +([0-9]+)  "));
+    };
+    const auto listed = [](const std::string &name) {
+        return matches(section(manual(name), ".SH EXIT STATUS"), std::regex("\n\\.B ([0-9]+)"));
+    };
+    EXPECT_EQ(told(MIRRORCTL).size(), 10u);
+    EXPECT_EQ(listed("mirrorctl.1"), told(MIRRORCTL));
+    EXPECT_EQ(listed("panelwall.1"), told(PANELWALL));
+}
+
+TEST(Completion, offersEveryCommandAndOptionInBash) {
+    Words commands = commandsOf(MIRRORCTL);
+    for (const std::string &command : commands)
+        EXPECT_EQ(offeredByBash("mirrorctl", "mirrorctl " + command + " --"),
+                  optionsOf(MIRRORCTL " " + command));
+    commands.insert("--help");
+    EXPECT_EQ(offeredByBash("mirrorctl", "mirrorctl \"\""), commands);
+    EXPECT_EQ(offeredByBash("panelwall", "panelwall a.json --"), optionsOf(PANELWALL));
+}
+
+TEST(Completion, offersValuesInBash) {
+    EXPECT_EQ(offeredByBash("mirrorctl", "mirrorctl run a.json --mode \"\""),
+              (Words{"fade", "match", "melt", "palette"}));
+    EXPECT_EQ(offeredByBash("mirrorctl", "mirrorctl run --s"), Words{"--seconds"});
+    EXPECT_TRUE(offeredByBash("mirrorctl", "mirrorctl run " MANUALS "mirr")
+                    .contains(MANUALS "mirrorctl.1"));
+    EXPECT_TRUE(offeredByBash("mirrorctl", "mirrorctl mirror \"\"").empty());
+}
+
+TEST(Completion, offersEveryOptionInZsh) {
+    for (const std::string &command : commandsOf(MIRRORCTL))
+        EXPECT_EQ(offeredByZsh("mirrorctl", "mirrorctl " + command + " --", 3),
+                  optionsOf(MIRRORCTL " " + command))
+            << command;
+    EXPECT_EQ(offeredByZsh("panelwall", "panelwall --", 2), optionsOf(PANELWALL));
+}
