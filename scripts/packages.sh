@@ -7,6 +7,9 @@ build_packages="build-essential clang llvm libclang-rt-14-dev cmake ninja-build 
 screen_packages="xvfb x11-utils x11-xserver-utils"
 manual_packages="mandoc zsh"
 demo_packages="ffmpeg"
+# For the live page's tests. A Node.js that is not Debian's brings its own npm.
+page_packages="chromium"
+command -v npm >/dev/null || page_packages="$page_packages npm"
 macos_packages="clang-19 lld-19 llvm-19 googletest"
 
 # need PACKAGE...: installs those that are missing, without asking anything.

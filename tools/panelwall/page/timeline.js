@@ -6,7 +6,7 @@ const mostStrips = 24;
 const markHeight = 4;
 
 class Strip {
-  constructor(device, index, slots) {
+  constructor(device, index, slots, highest) {
     this.slots = slots;
     this.rows = device.rows;
     this.element = document.createElement("div");
@@ -20,7 +20,7 @@ class Strip {
     this.canvas.setAttribute("role", "img");
     this.canvas.setAttribute("aria-label", `Colours sent to device ${index} in the last minute`);
     this.element.append(label, this.canvas);
-    this.height = Math.min(110, Math.max(18, this.rows.length * 5));
+    this.height = Math.min(highest, Math.max(18, this.rows.length * 5));
 
     // A column a slot, at the slot's number modulo their count, and a row a panel.
     this.ring = document.createElement("canvas");
@@ -105,9 +105,10 @@ export class Timeline {
 
   build(facts) {
     this.slotLength = facts.slotLength;
+    const highest = facts.devices.length <= 4 ? 96 : 56;
     this.strips = facts.devices
       .slice(0, mostStrips)
-      .map((device, index) => new Strip(device, index, facts.slotCount));
+      .map((device, index) => new Strip(device, index, facts.slotCount, highest));
     const more = facts.devices.length - this.strips.length;
     const rest = document.createElement("p");
     rest.className = "explanation";

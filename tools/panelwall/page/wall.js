@@ -191,7 +191,7 @@ export class Wall {
     const shown = this.shownBy(panel, now);
     context.lineWidth = line;
     if (shown < 0) {
-      context.strokeStyle = theme.hollow;
+      context.strokeStyle = this.picture ? "rgb(255 255 255 / 0.95)" : theme.hollow;
       context.setLineDash([4 * line, 3 * line]);
       square(line / 2);
       context.stroke();

@@ -1,0 +1,254 @@
+// What the page's tests share: programs, datagrams, a browser, and pixels.
+import { spawn } from "node:child_process";
+import dgram from "node:dgram";
+import { once } from "node:events";
+import { mkdtempSync, rmSync, writeFileSync } from "node:fs";
+import { createRequire } from "node:module";
+import { tmpdir } from "node:os";
+import { join } from "node:path";
+import { inflateSync } from "node:zlib";
+
+const { chromium } = createRequire(process.env.PAGE_MODULES + "/")("playwright-core");
+
+const patience = 20000;
+
+// A program whose lines can be waited for.
+export class Program {
+  constructor(command, args, environment = {}) {
+    this.out = "";
+    this.errors = "";
+    this.process = spawn(command, args, { env: { ...process.env, ...environment } });
+    this.process.stdout.on("data", (bytes) => (this.out += bytes));
+    this.process.stderr.on("data", (bytes) => (this.errors += bytes));
+    this.ended = once(this.process, "exit").then(([code]) => code);
+  }
+
+  // Waits for output that the pattern matches, and returns the match.
+  async waitFor(pattern) {
+    return until(`${pattern} in the output of ${this.process.spawnfile}`, () => {
+      const match = this.out.match(pattern);
+      if (!match && this.process.exitCode !== null)
+        throw new Error(`${this.process.spawnfile} ended: ${this.out}${this.errors}`);
+      return match;
+    });
+  }
+
+  async end() {
+    this.process.kill("SIGINT");
+    return this.ended;
+  }
+}
+
+// Calls `look` until it returns something true, and returns that.
+export async function until(what, look) {
+  const deadline = Date.now() + patience;
+  for (;;) {
+    const found = await look();
+    if (found) return found;
+    if (Date.now() > deadline) throw new Error(`waited in vain for ${what}`);
+    await new Promise((resolve) => setTimeout(resolve, 20));
+  }
+}
+
+// A screen to be mirrored.
+export class Stage extends Program {
+  constructor(width, height) {
+    super(process.env.STAGE, [String(width), String(height)]);
+  }
+
+  async open() {
+    this.display = (await this.waitFor(/^(:\d+)\n/))[1];
+    const list = new Program(process.env.MIRRORCTL, ["displays", "--json"], this.environment);
+    this.id = Number((await list.waitFor(/"displayID":(\d+)/))[1]);
+    return this;
+  }
+
+  get environment() {
+    return { DISPLAY: this.display };
+  }
+
+  async draw(line) {
+    const before = this.out.length;
+    this.process.stdin.write(line + "\n");
+    await until("the drawing", () => this.out.indexOf("done", before) >= 0);
+  }
+
+  async end() {
+    this.process.stdin.end();
+    return this.ended;
+  }
+}
+
+// One browser for all tests, with a fresh profile.
+let opened;
+export function browser() {
+  opened ??= chromium.launch({
+    executablePath: process.env.CHROMIUM,
+    args: [
+      "--headless",
+      "--no-sandbox",
+      "--disable-gpu",
+      "--disable-quic",
+      "--no-first-run",
+      "--disable-background-networking",
+      "--disable-component-update",
+      "--disable-sync",
+    ],
+  });
+  return opened;
+}
+
+export async function closeBrowser() {
+  await (await opened)?.close();
+}
+
+// A folder for one test, and all that it starts; `end` takes everything away again.
+export class Setting {
+  constructor() {
+    this.folder = mkdtempSync(join(tmpdir(), "panelwall-page-"));
+    this.started = [];
+  }
+
+  write(name, document) {
+    const path = join(this.folder, name);
+    writeFileSync(path, typeof document === "string" ? document : JSON.stringify(document));
+    return path;
+  }
+
+  async stage(width, height) {
+    const stage = new Stage(width, height);
+    this.started.push(stage);
+    return stage.open();
+  }
+
+  // A wall with its page; returns the program, its address in `url`.
+  async wall(document, args = [], environment = { DISPLAY: "" }) {
+    const path = this.write("wall.json", document);
+    const wall = new Program(process.env.PANELWALL, [path, "--web", "0", ...args], environment);
+    this.started.push(wall);
+    wall.url = (await wall.waitFor(/live page: (http:\S+)/))[1];
+    return wall;
+  }
+
+  start(command, args, environment) {
+    const program = new Program(command, args, environment);
+    this.started.push(program);
+    return program;
+  }
+
+  // A page's surroundings of its own: no storage, no cache shared with other tests.
+  async surroundings() {
+    this.context = await (await browser()).newContext();
+    return this.context;
+  }
+
+  async end() {
+    await this.context?.close();
+    for (const program of this.started.reverse()) await program.end();
+    rmSync(this.folder, { recursive: true, force: true });
+  }
+}
+
+export const device = (ip, controlVersion, panels, scaleFactor = 1) => ({
+  ip,
+  controlVersion,
+  shapeType: 0,
+  scaleFactor,
+  panels: panels.map(([panelID, centroidX, centroidY]) => ({ panelID, centroidX, centroidY })),
+});
+
+export const configuration = (devices, mode = 0, displayID = 1) => ({ displayID, mode, devices });
+
+// A wide datagram of [id, 0xRRGGBB, transition time] records.
+export function wide(records) {
+  const bytes = [records.length >> 8, records.length & 255];
+  for (const [id, colour, time] of records)
+    bytes.push(id >> 8, id & 255, colour >> 16, (colour >> 8) & 255, colour & 255, 0,
+      time >> 8, time & 255);
+  return Uint8Array.from(bytes);
+}
+
+export class Sender {
+  constructor() {
+    this.socket = dgram.createSocket("udp4");
+  }
+
+  send(ip, bytes) {
+    return new Promise((resolve, reject) =>
+      this.socket.send(bytes, 60222, ip, (error) => (error ? reject(error) : resolve())),
+    );
+  }
+
+  end() {
+    this.socket.close();
+  }
+}
+
+// The pixels of a PNG with eight bits a channel, as browsers write them.
+export function decodePng(png) {
+  let at = 8;
+  let width;
+  let height;
+  let channels;
+  const parts = [];
+  while (at < png.length) {
+    const length = png.readUInt32BE(at);
+    const type = png.toString("latin1", at + 4, at + 8);
+    const data = png.subarray(at + 8, at + 8 + length);
+    if (type === "IHDR") {
+      width = data.readUInt32BE(0);
+      height = data.readUInt32BE(4);
+      channels = { 2: 3, 6: 4 }[data[9]];
+    } else if (type === "IDAT") {
+      parts.push(data);
+    }
+    at += length + 12;
+  }
+  const raw = inflateSync(Buffer.concat(parts));
+  const stride = width * channels;
+  const pixels = Buffer.alloc(stride * height);
+  for (let y = 0; y < height; ++y) {
+    const filter = raw[y * (stride + 1)];
+    for (let i = 0; i < stride; ++i) {
+      const left = i >= channels ? pixels[y * stride + i - channels] : 0;
+      const up = y > 0 ? pixels[(y - 1) * stride + i] : 0;
+      const corner = y > 0 && i >= channels ? pixels[(y - 1) * stride + i - channels] : 0;
+      const distances = [left, up, corner].map((value) => Math.abs(left + up - corner - value));
+      const nearest =
+        distances[0] <= distances[1] && distances[0] <= distances[2]
+          ? left
+          : distances[1] <= distances[2]
+            ? up
+            : corner;
+      const guess = [0, left, up, (left + up) >> 1, nearest][filter];
+      pixels[y * stride + i] = raw[y * (stride + 1) + 1 + i] + guess;
+    }
+  }
+  return {
+    width,
+    height,
+    at(x, y) {
+      const i = (Math.round(y) * width + Math.round(x)) * channels;
+      return (pixels[i] << 16) | (pixels[i + 1] << 8) | pixels[i + 2];
+    },
+  };
+}
+
+// The page's wall as a picture, with a function from places on the display to pixels of it.
+export async function photograph(page, width, height) {
+  const canvas = page.locator("#wall");
+  const picture = decodePng(await canvas.screenshot());
+  const margin = 0.02 * Math.max(width, height);
+  const scale = Math.min(picture.width / (width + 2 * margin), picture.height / (height + 2 * margin));
+  const left = (picture.width - (width + 2 * margin) * scale) / 2;
+  return {
+    ...picture,
+    scale,
+    place: (x, y) => [left + (x + margin) * scale, (y + margin) * scale],
+    shows(x, y) {
+      return picture.at(...this.place(x, y));
+    },
+  };
+}
+
+export const hex = (colour) => colour.toString(16).padStart(6, "0");

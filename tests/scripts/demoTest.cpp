@@ -1,0 +1,98 @@
+// The demo on a terminal, as a person meets it.
+#include "tests/support/virtualScreen.h"
+#include "tests/tools/panelwall/child.h"
+#include "tests/tools/panelwall/wallSetup.h"
+#include "tests/tools/panelwall/web/httpClient.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <poll.h>
+#include <sstream>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using namespace test;
+
+// What every process of this test's demo has in its environment.
+static std::string mark() {
+    return "DEMO_TEST=" + std::to_string(getpid());
+}
+
+static std::string readAll(const std::filesystem::path &path) {
+    std::ostringstream text;
+    text << std::ifstream(path, std::ios::binary).rdbuf();
+    return text.str();
+}
+
+// The command lines of all processes that the demo has started and that still run.
+static std::vector<std::string> running() {
+    std::vector<std::string> commands;
+    std::error_code gone;
+    for (const auto &process : std::filesystem::directory_iterator("/proc", gone)) {
+        const std::string name = process.path().filename();
+        if (name.find_first_not_of("0123456789") != std::string::npos ||
+            name == std::to_string(getpid()))
+            continue;
+        // Each variable follows on a zero byte, or is the first.
+        const std::string variables = '\0' + readAll(process.path() / "environ");
+        const std::string wanted = '\0' + mark() + '\0';
+        if (variables.find(wanted) != std::string::npos)
+            commands.push_back(readAll(process.path() / "cmdline"));
+    }
+    return commands;
+}
+
+// The port of the page, from what the demo prints.
+static int portIn(const std::string &out) {
+    const std::string before = "The wall in a browser: http://127.0.0.1:";
+    const auto at = out.find(before);
+    return at == std::string::npos ? 0 : std::stoi(out.substr(at + before.size()));
+}
+
+class Demo : public testing::Test {
+protected:
+    void SetUp() override {
+        setenv("DEMO_TEST", std::to_string(getpid()).c_str(), 1);
+        setenv("DEMO_SECONDS", "60", 1);
+        unsetenv("DISPLAY");
+    }
+
+    // Presses Ctrl-C and looks at what is left.
+    static void interrupt(Child &demo) {
+        EXPECT_GE(running().size(), 5u); // screen, player, mirror, photographer, wall
+        demo.type("\x03");
+        EXPECT_EQ(demo.waitExit(), 130);
+        // The system may take a moment to remove what has ended.
+        for (int tries = 0; tries < 500 && !running().empty(); ++tries)
+            poll(nullptr, 0, 10);
+        EXPECT_EQ(running(), std::vector<std::string>());
+    }
+};
+
+TEST_F(Demo, PrintsThePagesAddressAndLeavesNothingRunningOnCtrlC) {
+    Child demo({"/bin/sh", DEMO, "match"}, Child::Output::terminal, 100, 40);
+    ASSERT_TRUE(demo.waitFor("The wall in a browser: http://127.0.0.1:")) << demo.out;
+    ASSERT_TRUE(demo.waitFor("15/15 lit")) << demo.out;
+    EXPECT_EQ(statusOf(get(portIn(demo.out), "/")), 200);
+    interrupt(demo);
+    EXPECT_THROW(HttpClient(portIn(demo.out)), std::runtime_error);
+}
+
+TEST_F(Demo, OpensThePageWhereThereIsADesktop) {
+    const Folder folder;
+    const auto asked = folder.file("asked");
+    chmod(folder.write("xdg-open", "#!/bin/sh\nprintf '%s\\n' \"$1\" >" + asked + "\n").c_str(),
+          0755);
+    setenv("PATH", (folder.file("") + ":" + std::getenv("PATH")).c_str(), 1);
+    const VirtualScreen screen(640, 360);
+    screen.use();
+    Child demo({"/bin/sh", DEMO, "match"}, Child::Output::terminal, 100, 40);
+    ASSERT_TRUE(demo.waitFor("15/15 lit")) << demo.out;
+    for (int tries = 0; tries < 1000 && readAll(asked).empty(); ++tries)
+        poll(nullptr, 0, 10);
+    EXPECT_EQ(readAll(asked), "http://127.0.0.1:" + std::to_string(portIn(demo.out)) + "/\n");
+    demo.type("\x03");
+    EXPECT_EQ(demo.waitExit(), 130);
+}
