@@ -81,3 +81,39 @@ TEST(PanelwallWebProgram, SaysWhatIsNoPort) {
     EXPECT_EQ(wall.waitExit(), 8);
     EXPECT_NE(wall.errors.find("write an address such as 127.0.0.1"), std::string::npos);
 }
+
+TEST(PanelwallWebProgram, ServesAReplayAndStaysAfterItsEnd) {
+    const Folder folder;
+    const auto config =
+        folder.write("wall.json", documentText({deviceText("127.0.71.35", 2, {{1, 100, 100}})}));
+    const auto recording = folder.file("wall.rec");
+    {
+        Child wall({PANELWALL_PROGRAM, config, "--record", recording});
+        ASSERT_TRUE(wall.waitFor("listening:"));
+        sendTo("127.0.71.35", 60222, {0, 1, 0, 1, 10, 20, 30, 0, 0, 0});
+        ASSERT_TRUE(wall.waitFor("total 1\n"));
+        wall.signal(SIGINT);
+        ASSERT_EQ(wall.waitExit(), 0);
+    }
+    Child wall({PANELWALL_PROGRAM, "--replay", recording, "--web", "0"});
+    ASSERT_TRUE(wall.waitFor("1/1 lit")); // a second after the recording's end
+    HttpClient reader(portIn(wall.out));
+    reader.send("GET /events HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n");
+    EXPECT_TRUE(reader.waitFor("\"sent\":\"0a141e\""));
+    EXPECT_NE(reader.answer.find("The recording has a pause here, or has been played to its end."),
+              std::string::npos);
+    wall.signal(SIGINT);
+    EXPECT_EQ(wall.waitExit(), 0);
+}
+
+TEST(PanelwallWebProgram, OnAllAddressesNamesOneToGoTo) {
+    const Folder folder;
+    const auto config =
+        folder.write("wall.json", documentText({deviceText("127.0.71.36", 2, {{1, 1, 1}})}));
+    Child wall({PANELWALL_PROGRAM, config, "--web", "0", "--web-address", "0.0.0.0"});
+    ASSERT_TRUE(wall.waitFor("live page: http://127.0.0.1:"));
+    ASSERT_TRUE(wall.waitFor("/\n", wall.out.find("live page")));
+    EXPECT_EQ(statusOf(get(portIn(wall.out), "/")), 200);
+    wall.signal(SIGINT);
+    EXPECT_EQ(wall.waitExit(), 0);
+}

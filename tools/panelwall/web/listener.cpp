@@ -68,7 +68,11 @@ std::string Listener::open(const std::string &address, int port) {
     if (bind(descriptor, full, endpoint->length) != 0 || listen(descriptor, SOMAXCONN) != 0)
         return describeFailure(address, port, errno);
     getsockname(descriptor, full, &endpoint->length);
-    boundName = nameOf(address, portOf(endpoint->address));
+    // All addresses are no place to go to; the machine's own is one of them.
+    const std::string place = address == "0.0.0.0" ? "127.0.0.1"
+                              : address == "::"    ? "::1"
+                                                   : address;
+    boundName = nameOf(place, portOf(endpoint->address));
     return {};
 }
 

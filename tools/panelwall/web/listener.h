@@ -22,7 +22,7 @@ public:
 
     void stop();
 
-    // "127.0.0.1:8060" or "[::1]:8060".
+    // "127.0.0.1:8060" or "[::1]:8060"; what a browser on this machine is told.
     const std::string &name() const { return boundName; }
     int fd() const { return descriptor; }
 
