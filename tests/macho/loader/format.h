@@ -87,6 +87,7 @@ enum SectionType : std::uint8_t {
     sectionLazyPointers = 0x7,
     sectionStubs = 0x8,
     sectionInitialisers = 0x9,
+    sectionCoalesced = 0xb,
     sectionLiterals16 = 0xe,
     sectionThreadLocalData = 0x11,
     sectionThreadLocalZeroFill = 0x12,

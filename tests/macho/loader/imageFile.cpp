@@ -48,6 +48,7 @@ bool isKnownSectionType(std::uint8_t type) {
     case sectionLazyPointers:
     case sectionStubs:
     case sectionInitialisers:
+    case sectionCoalesced:
     case sectionLiterals16:
     case sectionThreadLocalData:
     case sectionThreadLocalZeroFill:

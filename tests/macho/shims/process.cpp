@@ -7,6 +7,7 @@
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <unwind.h>
 
 extern "C" {
@@ -37,9 +38,24 @@ int shimAtExit(void (*entry)(void *), void *argument, void *header) {
     return 0;
 }
 
-void shimThreadAtExit(void (*entry)(void *), void *argument) {
+// Variables of threads that have not ended and whose destructors are the library's.
+std::atomic<int> destructorsToCome{0};
+
+struct Destruction {
+    void (*destroy)(void *);
+    void *variable;
+};
+
+void runDestruction(void *argument) {
+    const std::unique_ptr<Destruction> destruction(static_cast<Destruction *>(argument));
+    destruction->destroy(destruction->variable);
+    --destructorsToCome;
+}
+
+void shimThreadAtExit(void (*destroy)(void *), void *variable) {
+    ++destructorsToCome;
     // Of this program: the C library knows nothing of images.
-    __cxa_thread_atexit_impl(entry, argument, &__dso_handle);
+    __cxa_thread_atexit_impl(runDestruction, new Destruction{destroy, variable}, &__dso_handle);
 }
 
 [[noreturn]] void shimAssert(const char *function, const char *file, int line,
@@ -74,6 +90,10 @@ void addProcess(Imports &imports) {
     imports.add(libSystem, "dyld_stub_binder", reinterpret_cast<const void *>(&shimStubBinder));
     imports.add(libSystem, "__Unwind_Resume", reinterpret_cast<const void *>(&_Unwind_Resume));
     imports.add(libSystem, "__NSConcreteStackBlock", &_NSConcreteStackBlock);
+    imports.unloadChecks.emplace_back([](const Image &) {
+        if (destructorsToCome != 0)
+            refuse("unload while a thread has variables of the library to destroy");
+    });
 }
 
 } // namespace macho

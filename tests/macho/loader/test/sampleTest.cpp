@@ -1,0 +1,156 @@
+// A small dylib with one of everything: initialisers, pointers, zeros, variables of each thread,
+// exceptions through every kind of frame, at-exit entries.
+#include "tests/macho/loader/image.h"
+#include "tests/macho/shims/cxxRuntime.h"
+#include "tests/macho/shims/refuse.h"
+#include "tests/macho/shims/system.h"
+
+#include <gtest/gtest.h>
+#include <memory>
+#include <thread>
+#include <typeinfo>
+
+namespace macho {
+
+namespace {
+
+std::vector<int> noted;
+
+void note(int number) {
+    noted.push_back(number);
+}
+
+Imports sampleImports() {
+    Imports imports;
+    addSystem(imports);
+    addCxxRuntime(imports);
+    imports.add(libCxx, "__ZTIi", &typeid(int));
+    return imports;
+}
+
+class Sample : public testing::Test {
+protected:
+    Sample() : image(std::make_unique<Image>(SAMPLE, sampleImports())) {
+        noted.clear();
+        image->function<void(void (*)(int))>("setNote")(note);
+    }
+
+    std::unique_ptr<Image> image;
+};
+
+TEST_F(Sample, RunsItsInitialisersInOrder) {
+    auto *at = image->function<int(int)>("noted");
+    EXPECT_EQ(at(0), 1);
+    EXPECT_EQ(at(1), 2);
+    EXPECT_EQ(at(2), 0);
+}
+
+TEST_F(Sample, RunsItsAtExitEntriesBackwardsAtUnload) {
+    image.reset();
+    EXPECT_EQ(noted, (std::vector<int>{-2, -1}));
+}
+
+TEST_F(Sample, RunsItsAtExitEntriesAtTheProcesssEnd) {
+    EXPECT_EXIT(
+        {
+            image->function<void(void (*)(int))>("setNote")([](int number) {
+                // Twice, since ending twice would be as wrong as not at all.
+                static int sum = 0;
+                sum += number;
+                if (sum == -3)
+                    std::fprintf(stderr, "both ended");
+            });
+            image.release();
+            std::exit(5);
+        },
+        testing::ExitedWithCode(5), "both ended");
+}
+
+TEST_F(Sample, PointersIntoItselfMoveWithIt) {
+    auto *word = image->function<const char *(int)>("word");
+    EXPECT_STREQ(word(0), "rebased");
+    EXPECT_STREQ(word(1), "pointers");
+    EXPECT_TRUE(image->contains(word(0)));
+    EXPECT_EQ(image->symbol("setnote"), nullptr);
+    const auto *zeros = static_cast<const int *>(image->symbol("zeroFilled"));
+    EXPECT_EQ(zeros[0] + zeros[999], 0);
+}
+
+TEST_F(Sample, EachThreadHasItsOwnVariables) {
+    auto *count = image->function<int()>("count");
+    EXPECT_EQ(count(), 8001);
+    EXPECT_EQ(count(), 9002);
+    std::thread([count] { EXPECT_EQ(count(), 8001); }).join();
+    EXPECT_EQ(count(), 10003);
+    auto *among = image->function<double(double, double, int, int)>("countAmongOthers");
+    EXPECT_EQ(among(1, 2, 3, 4), 1234011004);
+}
+
+TEST_F(Sample, AThreadsVariablesEndWithIt) {
+    std::thread([this] {
+        image->function<void()>("noteAtThreadEnd")();
+        EXPECT_EQ(noted, std::vector<int>());
+    }).join();
+    EXPECT_EQ(noted, std::vector<int>{101});
+    EXPECT_EXIT(
+        {
+            image->function<void()>("noteAtThreadEnd")();
+            image.reset();
+        },
+        testing::ExitedWithCode(refusalStatus),
+        "refused: unload while a thread has variables of the library to destroy");
+}
+
+TEST_F(Sample, ExceptionsPassThroughEveryKindOfFrame) {
+    using Callback = void(int);
+    using Frame = void(Callback *, long *);
+    using Catches = long(Frame *, Callback *, long *);
+    auto *catches = image->function<Catches>("catches");
+    Callback *fromHere = [](int number) { throw number; };
+    auto *fromThere = image->function<Callback>("throwNumber");
+    for (const char *name :
+         {"plainFrame", "hugeFrame", "growingFrame", "catchingFrame", "oddFrame"})
+        for (Callback *callback : {fromHere, fromThere}) {
+            long values[] = {1, 2, 3, 4, 5, 6, 4096, 0};
+            EXPECT_EQ(catches(image->function<Frame>(name), callback, values), 543217) << name;
+            EXPECT_EQ(values[7], name == std::string("catchingFrame"));
+            EXPECT_EQ(values[0], 1); // what follows the call was not reached
+        }
+    EXPECT_THROW(fromThere(3), int);
+    EXPECT_GT(image->unwindableFunctions(), 8u);
+}
+
+TEST_F(Sample, TwoAtATimeAreTwo) {
+    Image other(SAMPLE, sampleImports());
+    image->function<int()>("count")();
+    EXPECT_EQ(other.function<int()>("count")(), 8001);
+    EXPECT_NE(other.symbol("zeroFilled"), image->symbol("zeroFilled"));
+    EXPECT_EQ(Image::around(other.symbol("count")), &other);
+    EXPECT_EQ(Image::around(image->symbol("count")), image.get());
+    other.function<void(void (*)(int))>("setNote")(note);
+    EXPECT_EQ(Image::around(&noted), nullptr);
+}
+
+TEST(SampleImports, AMissingOneIsNamed) {
+    try {
+        Image image(MISSING, sampleImports());
+        FAIL() << "loaded";
+    } catch (const LoadError &error) {
+        EXPECT_EQ(std::string(error.what()),
+                  std::string(MISSING) + ": nothing here stands for these imports:\n"
+                                         "  _nobodyHasThis from /usr/lib/libSystem.B.dylib");
+    }
+}
+
+TEST(SampleImports, TheSameSymbolOfAnotherLibraryIsNoHelp) {
+    Imports imports = sampleImports();
+    imports.add(libCxx, "_nobodyHasThis", &noted);
+    EXPECT_THROW(Image(MISSING, imports), LoadError);
+    imports.add(
+        libSystem, "_nobodyHasThis", +[] { return 42; });
+    EXPECT_EQ(Image(MISSING, imports).function<int()>("callNobody")(), 42);
+}
+
+} // namespace
+
+} // namespace macho
