@@ -33,3 +33,12 @@ if(MIRROR_SANITIZER)
     add_compile_options(-fsanitize-ignorelist=${CMAKE_SOURCE_DIR}/tests/sanitizers/ignorelist.txt)
     add_link_options(-fsanitize=${MIRROR_SANITIZER})
 endif()
+
+# Every source tells the fuzzer where its inputs led.
+if(MIRROR_FUZZ)
+    add_compile_options(-fsanitize=fuzzer-no-link -O2)
+endif()
+if(MIRROR_COVERAGE)
+    add_compile_options(-fprofile-instr-generate -fcoverage-mapping)
+    add_link_options(-fprofile-instr-generate)
+endif()

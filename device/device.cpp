@@ -48,9 +48,12 @@ int Device::sparseRectSample(int x, int y, double scale, int *out, int maxSample
     const Span columns = squareSpan(*this, x, r, width);
     const Span rows = squareSpan(*this, y, r, height);
 
-    // 64-bit counters, so that a step over the top of the 32-bit range ends the loop.
+    // 64-bit counters, so that a step over the top of the 32-bit range ends the loop. A wrapped
+    // square can have billions of columns, which without a row are not worth going through.
     int written = 0;
-    for (std::int64_t c = columns.first; c <= columns.last && written < maxSamples; c += step)
+    const std::int64_t lastColumn =
+        rows.first <= rows.last ? columns.last : std::numeric_limits<std::int64_t>::min();
+    for (std::int64_t c = columns.first; c <= lastColumn && written < maxSamples; c += step)
         for (std::int64_t w = rows.first; w <= rows.last && written < maxSamples; w += step)
             out[written++] =
                 coordinatesToPixelIndex(static_cast<std::int32_t>(c), static_cast<std::int32_t>(w));

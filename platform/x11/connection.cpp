@@ -1,5 +1,6 @@
 #include "platform/x11/connection.h"
 
+#include "platform/x11/replies.h"
 #include "platform/x11/serverSocket.h"
 
 #include <sys/socket.h>
@@ -19,7 +20,7 @@ std::unique_ptr<Connection> Connection::open() {
     xcb_connection_t *connection = xcb_connect_to_fd(
         server.descriptor.release(), server.authorisationName.empty() ? nullptr : &authorisation);
     const xcb_screen_t *screen = nullptr;
-    if (xcb_connection_has_error(connection) == 0) {
+    if (xcb_connection_has_error(connection) == 0 && isWhole(*xcb_get_setup(connection))) {
         auto screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
         for (int number = server.screen; number > 0 && screens.rem > 0; --number)
             xcb_screen_next(&screens);

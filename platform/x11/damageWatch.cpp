@@ -16,9 +16,14 @@ bool DamageWatch::isPossible(Connection &connection) {
     return damageVersion && fixesVersion && fixesVersion->major_version >= 2;
 }
 
+// XCB no longer knows an extension once the connection has failed.
+static std::uint8_t firstEventOf(Connection &connection) {
+    const auto *data = xcb_get_extension_data(connection.get(), &xcb_damage_id);
+    return data == nullptr ? 0 : data->first_event;
+}
+
 DamageWatch::DamageWatch(Connection &connection)
-    : connection(connection),
-      firstEvent(xcb_get_extension_data(connection.get(), &xcb_damage_id)->first_event),
+    : connection(connection), firstEvent(firstEventOf(connection)),
       damage(xcb_generate_id(connection.get())), region(xcb_generate_id(connection.get())),
       extents(xcb_generate_id(connection.get())) {
     xcb_damage_create(connection.get(), damage, connection.root(),

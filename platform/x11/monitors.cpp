@@ -1,12 +1,16 @@
 #include "platform/x11/monitors.h"
 
 #include "platform/x11/displayIds.h"
+#include "platform/x11/replies.h"
 
 #include <algorithm>
 #include <string>
 #include <xcb/randr.h>
 
 namespace x11 {
+
+// Eight 8K screens in one. What is larger is nonsense, and would take more than a gigabyte.
+static constexpr std::uint32_t mostPixels = 1u << 28;
 
 std::optional<std::vector<Monitor>> listMonitors(Connection &connection) {
     xcb_connection_t *xcb = connection.get();
@@ -18,8 +22,8 @@ std::optional<std::vector<Monitor>> listMonitors(Connection &connection) {
         xcb_randr_query_version_reply(xcb, versionCookie, nullptr));
     const Reply<xcb_randr_get_monitors_reply_t> reply(
         xcb_randr_get_monitors_reply(xcb, monitorsCookie, nullptr));
-    const bool known =
-        version && (version->major_version > 1 || version->minor_version >= 5) && reply;
+    const bool known = version && (version->major_version > 1 || version->minor_version >= 5) &&
+                       reply && isWhole(*reply);
     if (!known)
         return std::nullopt;
 
@@ -28,7 +32,8 @@ std::optional<std::vector<Monitor>> listMonitors(Connection &connection) {
     for (auto each = xcb_randr_get_monitors_monitors_iterator(reply.get()); each.rem > 0;
          xcb_randr_monitor_info_next(&each)) {
         const xcb_randr_monitor_info_t &info = *each.data;
-        if (info.width == 0 || info.height == 0)
+        const std::uint32_t pixels = std::uint32_t{info.width} * info.height;
+        if (pixels == 0 || pixels > mostPixels)
             continue;
         monitors.push_back({0, {info.x, info.y, info.width, info.height}});
         cookies.push_back(xcb_get_atom_name(xcb, info.name));
@@ -37,7 +42,7 @@ std::optional<std::vector<Monitor>> listMonitors(Connection &connection) {
     std::vector<std::string> names;
     for (const auto cookie : cookies) {
         const Reply<xcb_get_atom_name_reply_t> name(xcb_get_atom_name_reply(xcb, cookie, nullptr));
-        if (name)
+        if (name && isWhole(*name))
             names.emplace_back(xcb_get_atom_name_name(name.get()),
                                static_cast<std::size_t>(xcb_get_atom_name_name_length(name.get())));
         else if (connection.failed())

@@ -14,8 +14,8 @@ struct Monitor {
     Rect area; // may reach beyond the root window
 };
 
-// The active monitors in the server's order; nothing when the server did not answer or knows no
-// monitors (RandR before 1.5).
+// The active monitors in the server's order, without those of an absurd size; nothing when the
+// server did not answer or knows no monitors (RandR before 1.5).
 std::optional<std::vector<Monitor>> listMonitors(Connection &connection);
 
 // The monitor of this identifier, or nothing: never another one in its place.

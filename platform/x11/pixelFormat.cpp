@@ -47,7 +47,8 @@ std::optional<PixelFormat> PixelFormat::of(const Connection &connection) {
     const xcb_visualtype_t *visual = rootVisual(screen);
     const xcb_format_t *format = formatOfDepth(setup, screen.root_depth);
     if (visual == nullptr || visual->_class != XCB_VISUAL_CLASS_TRUE_COLOR || format == nullptr ||
-        (format->bits_per_pixel != 16 && format->bits_per_pixel != 32))
+        (format->bits_per_pixel != 16 && format->bits_per_pixel != 32) ||
+        (format->scanline_pad != 8 && format->scanline_pad != 16 && format->scanline_pad != 32))
         return std::nullopt;
 
     PixelFormat pixels;

@@ -2,6 +2,7 @@
 
 #include <Block.h>
 #include <algorithm>
+#include <memory>
 #include <mutex>
 #include <stdexcept>
 #include <thread>
@@ -35,6 +36,7 @@ struct CGDataProvider {};
 
 struct CGDisplayStream {
     CGDisplayStreamFrameAvailableHandler handler;
+    ~CGDisplayStream() { Block_release(handler); }
 };
 
 struct __IOSurface {
@@ -49,6 +51,24 @@ const __CFBoolean falseValue;
 CGDataProvider theProvider;
 CGDisplayStreamRef lastStream = nullptr;
 std::mutex callsMutex;
+
+// What the library asked for and does not release. Outlives the manager.
+struct Created {
+    std::vector<std::unique_ptr<dispatch_queue_s>> queues;
+    std::vector<std::unique_ptr<__CFNumber>> numbers;
+    std::vector<std::unique_ptr<__CFDictionary>> dictionaries;
+    std::vector<std::unique_ptr<CGDisplayStream>> streams;
+};
+
+Created &created() {
+    static Created &only = *new Created;
+    return only;
+}
+
+template <typename T> T *keep(std::vector<std::unique_ptr<T>> &all, T *one) {
+    all.push_back(std::unique_ptr<T>(one)); // owned before the list may have to grow
+    return one;
+}
 
 void record(const char *name) {
     const std::lock_guard lock(callsMutex);
@@ -65,20 +85,21 @@ const CFBooleanRef kCFBooleanFalse = &falseValue;
 const CFAllocatorRef kCFAllocatorDefault = nullptr;
 
 dispatch_queue_t dispatch_queue_create(const char *label, dispatch_queue_attr_t attr) {
-    return new dispatch_queue_s{label, attr == nullptr};
+    return keep(created().queues, new dispatch_queue_s{label, attr == nullptr});
 }
 
 CFNumberRef CFNumberCreate(CFAllocatorRef, CFNumberType type, const void *value) {
     if (type != kCFNumberDoubleType)
         return nullptr;
-    return new __CFNumber{*static_cast<const double *>(value)};
+    return keep(created().numbers, new __CFNumber{*static_cast<const double *>(value)});
 }
 
 CFDictionaryRef CFDictionaryCreate(CFAllocatorRef, const void **keys, const void **values,
                                    CFIndex count, const CFDictionaryKeyCallBacks *,
                                    const CFDictionaryValueCallBacks *) {
-    return new __CFDictionary{std::vector<const void *>(keys, keys + count),
-                              std::vector<const void *>(values, values + count)};
+    return keep(created().dictionaries,
+                new __CFDictionary{std::vector<const void *>(keys, keys + count),
+                                   std::vector<const void *>(values, values + count)});
 }
 
 const UInt8 *CFDataGetBytePtr(CFDataRef data) {
@@ -160,7 +181,7 @@ CGDisplayStreamRef CGDisplayStreamCreateWithDispatchQueue(
         throw std::runtime_error("scripted");
     if (fake::platform().refuseStreams)
         return nullptr;
-    lastStream = new CGDisplayStream{Block_copy(handler)};
+    lastStream = keep(created().streams, new CGDisplayStream{Block_copy(handler)});
     return lastStream;
 }
 
@@ -214,6 +235,11 @@ void forgetCalls() {
 void reset(std::size_t width, std::size_t height) {
     platform() = {};
     platform().displays = {{1, width, height}};
+}
+
+void freeCreated() {
+    created() = {};
+    lastStream = nullptr;
 }
 
 void deliver(CGDisplayStreamFrameStatus status, const std::vector<std::uint32_t> *pixels) {

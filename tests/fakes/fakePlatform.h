@@ -54,6 +54,10 @@ void forgetCalls();
 // Back to one display, 1, of the given size, with nothing recorded.
 void reset(std::size_t width, std::size_t height);
 
+// Frees the streams, queues and dictionaries made so far, which the library never releases. Nothing
+// may use them any more, the display stream of the manager included.
+void freeCreated();
+
 // Calls the handler of the stream made last from a thread of its own and returns when it is done.
 // `pixels` may be null: no surface.
 void deliver(CGDisplayStreamFrameStatus status, const std::vector<std::uint32_t> *pixels);

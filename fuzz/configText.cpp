@@ -1,0 +1,77 @@
+// Any text as a configuration document: the programs find what is wrong with it, and agree with the
+// library on what is right.
+#include "fuzz/require.h"
+#include "fuzz/stage.h"
+#include "mirror/screenMirrorMac.h"
+#include "tools/config/check.h"
+#include "tools/config/configDocument.h"
+#include "tools/config/parse.h"
+
+#include <rapidjson/reader.h>
+
+using fuzz::require;
+
+namespace {
+
+// Whether the text is JSON, by the two ways in which the library's reader can work.
+template <unsigned flags> bool isJson(const std::string &text) {
+    rapidjson::StringStream stream(text.c_str());
+    rapidjson::BaseReaderHandler<> ignore;
+    rapidjson::Reader reader;
+    return !reader.Parse<flags>(stream, ignore).IsError();
+}
+
+void requireSoundPlaces(const config::Reading &reading) {
+    for (const config::Problem &problem : reading.problems) {
+        require(!problem.message.empty(), "a problem says what it is");
+        const std::string line = config::describe("file", problem);
+        require(line.find('\n') == std::string::npos, "a problem is told on one line");
+    }
+}
+
+bool hasErrors(const config::Reading &reading) {
+    for (const config::Problem &problem : reading.problems)
+        if (problem.severity == config::Severity::error)
+            return true;
+    return false;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
+    const std::string text(reinterpret_cast<const char *>(data), size);
+    config::Problem reason;
+    const bool parsed = config::parse(text, reason).has_value();
+    const config::Reading reading = config::readText(text);
+    const config::Reading review = config::reviewText(text, config::ScreenSize{1920, 1080});
+    requireSoundPlaces(reading);
+    requireSoundPlaces(review);
+    require(hasErrors(reading) == hasErrors(review), "a review finds the same errors");
+    if (parsed)
+        require(isJson<rapidjson::kParseDefaultFlags>(text), "what was parsed is JSON");
+
+    const std::string upToNul = text.c_str();
+    const bool json = isJson<rapidjson::kParseIterativeFlag>(upToNul);
+    if (parsed)
+        require(json, "the library's way of parsing accepts what the programs accept");
+    if (json && upToNul.size() < 256) // no deeper than the programs go
+        require(upToNul.size() < text.size() || parsed, "and nothing else");
+
+    // Anything else that is JSON stops the process, which is what the programs spare their users.
+    if (json && hasErrors(reading))
+        return 0;
+    fuzz::setStage(static_cast<unsigned>(reading.document.displayID), 16, 9, 32);
+    mirrorManager.mode = -7;
+    require(fuzz::apply(text) == (json ? 1 : 0), "the library accepts what the programs accept");
+    if (!json) {
+        require(mirrorManager.mode == -7, "what is no JSON changes nothing");
+        return 0;
+    }
+    require(mirrorManager.mode == reading.document.mode, "both read the same mode");
+    require(mirrorManager.devices.size() == reading.document.devices.size(),
+            "both read the same devices");
+    for (std::size_t i = 0; i < mirrorManager.devices.size(); ++i)
+        require(mirrorManager.devices[i].panels.size() == reading.document.devices[i].panels.size(),
+                "both read the same panels");
+    return 0;
+}

@@ -1,0 +1,18 @@
+// Choosing a few inputs for what takes long.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <functional>
+#include <string_view>
+
+namespace fuzz {
+
+// True for one input in `often`, always the same ones, and without the fuzzer being able to seek
+// them: an input that was chosen is not followed by more that are.
+inline bool isSeldom(const std::uint8_t *data, std::size_t size, std::size_t often) {
+    const std::string_view bytes(reinterpret_cast<const char *>(data), size);
+    return std::hash<std::string_view>()(bytes) % often == 0;
+}
+
+} // namespace fuzz

@@ -1,0 +1,23 @@
+#include "fuzz/stage.h"
+
+#include "mirror/screenMirrorMac.h"
+#include "tests/fakes/fakePlatform.h"
+
+namespace fuzz {
+
+void setStage(unsigned displayID, std::size_t width, std::size_t height, std::size_t bitsPerPixel) {
+    mirrorManager.deInitScreen();
+    mirrorManager.devices.clear();
+    mirrorManager.displayStream = nullptr;
+    fake::freeCreated();
+    fake::reset(width, height);
+    fake::platform().displays[0].id = displayID;
+    fake::platform().displays[0].bitsPerPixel = bitsPerPixel;
+}
+
+int apply(const std::string &text) {
+    std::string copy = text; // the interface takes a text that could be written to
+    return mirrorManager.setMirrorConfig(copy.data());
+}
+
+} // namespace fuzz

@@ -1,0 +1,79 @@
+// An X server that is not to be trusted: whatever it answers about its setup, its monitors and its
+// pixels, displays are listed, grabbed and painted within the memory that is there.
+#include "fuzz/fakeServer.h"
+#include "fuzz/require.h"
+#include "platform/x11/damageWatch.h"
+#include "platform/x11/framePainter.h"
+#include "platform/x11/monitors.h"
+
+#include <CoreGraphics/CoreGraphics.h>
+#include <cstring>
+#include <fuzzer/FuzzedDataProvider.h>
+#include <set>
+
+using fuzz::require;
+
+namespace {
+
+void grabDisplays() {
+    std::uint32_t ids[8] = {};
+    std::uint32_t count = 0;
+    if (CGGetActiveDisplayList(8, ids, &count) != kCGErrorSuccess)
+        require(count == 0, "without a list there are no displays");
+    require(count <= 8, "the list is no longer than its room");
+    require(std::set(ids, ids + count).size() == count, "identifiers are all different");
+    const CGImageRef image = CGDisplayCreateImage(count > 0 ? ids[count - 1] : 1);
+    if (image == nullptr)
+        return;
+    const std::size_t size = CGImageGetWidth(image) * CGImageGetHeight(image) * 4;
+    const CFDataRef data = CGDataProviderCopyData(CGImageGetDataProvider(image));
+    CGImageRelease(image);
+    require(data != nullptr, "an image has pixels");
+    unsigned sum = 0;
+    for (std::size_t i = 0; i < size; ++i)
+        sum += CFDataGetBytePtr(data)[i];
+    require(sum <= size * 255, "every pixel can be read");
+    CFRelease(data);
+}
+
+// What a stream does whose monitor goes through all kinds of changes.
+void paintFrames(FuzzedDataProvider &input) {
+    const auto connection = x11::Connection::open();
+    if (!connection)
+        return;
+    auto format = x11::PixelFormat::of(*connection);
+    if (!format || !x11::DamageWatch::isPossible(*connection))
+        return;
+    x11::watchMonitors(*connection);
+    const int width = input.ConsumeIntegralInRange(1, 150);
+    const int height = input.ConsumeIntegralInRange(1, 150);
+    x11::FramePainter painter(*connection, std::move(*format), width, height,
+                              input.ConsumeIntegralInRange(0, 31) == 0
+                                  ? x11::PixelMemory::Sharing::WhenPossible
+                                  : x11::PixelMemory::Sharing::Never);
+    x11::DamageWatch damage(*connection);
+    for (int turn = 0; turn < 8 && !connection->failed(); ++turn) {
+        const auto monitors = x11::listMonitors(*connection);
+        const auto root = connection->rootArea();
+        if (!monitors || monitors->empty() || !root)
+            continue;
+        painter.aimAt(monitors->front().area, *root);
+        painter.paintAll();
+        damage.ask();
+        painter.paint(damage.answer());
+    }
+    std::vector<std::uint8_t> copy(static_cast<std::size_t>(width * height) * 4);
+    std::memcpy(copy.data(), painter.pixels(), copy.size());
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
+    FuzzedDataProvider input(data, size);
+    fuzz::setServer(input);
+    if (input.ConsumeBool())
+        grabDisplays();
+    else
+        paintFrames(input);
+    return 0;
+}
