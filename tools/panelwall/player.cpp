@@ -34,7 +34,9 @@ Clock::time_point Player::momentOf(std::chrono::microseconds time) const {
 Clock::time_point Player::due() const {
     if (!begun)
         return {};
-    return more ? momentOf(upcoming.time) - lastMoment : momentOf(reader.end());
+    if (more)
+        return momentOf(upcoming.time) - lastMoment;
+    return ended() ? Clock::time_point::max() : momentOf(reader.end());
 }
 
 bool Player::ended() const {

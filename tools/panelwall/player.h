@@ -14,7 +14,8 @@ public:
     // outlive the player. A `theSpeed` of 2 takes half the time; it is greater than 0.
     Player(RecordingReader &theReader, double theSpeed, Sender *theSender);
 
-    // When to call playDue(): shortly before the next datagram's time, at the latest.
+    // When to call playDue(): shortly before the next datagram's time, at the latest; when
+    // ended() becomes true, once there is none; never, once it has.
     Clock::time_point due() const;
 
     // Hands over the datagrams whose time has come, some thousand at most; waits for a moment when

@@ -36,6 +36,9 @@ public:
     std::string open(const std::string &address, int port);
     const std::string &name() const { return listener.name(); }
 
+    // A connection's thread.
+    void serve(Connection &connection);
+
 private:
     struct Client {
         std::unique_ptr<Connection> connection;
@@ -48,7 +51,6 @@ private:
     void removeFinished();
 
     // A connection's thread.
-    void serve(Connection &connection);
     void answer(const httplib::Request &request, httplib::Response &response);
     void answerEvents(httplib::Response &response);
     void answerPicture(const httplib::Request &request, httplib::Response &response);
@@ -233,6 +235,11 @@ PageServer::~PageServer() = default;
 
 std::string PageServer::open(const std::string &address, int port) {
     return http->open(address, port);
+}
+
+void PageServer::serve(int descriptor) {
+    Connection connection(descriptor);
+    http->serve(connection);
 }
 
 std::string PageServer::url() const {

@@ -31,6 +31,10 @@ public:
     // what is wrong, in words, or nothing when it listens. Called once.
     std::string open(const std::string &address, int port);
 
+    // Answers one connection on the calling thread, and closes it. What the connections' own
+    // threads do.
+    void serve(int descriptor);
+
     // What to type into a browser.
     std::string url() const;
 

@@ -1,0 +1,78 @@
+// Any bytes to the live page's server: every connection ends, with an answer or without one, and
+// what is told to a stranger is a refusal.
+#include "fuzz/require.h"
+#include "tools/panelwall/web/access.h"
+#include "tools/panelwall/web/pageServer.h"
+
+#include <csignal>
+#include <sys/socket.h>
+#include <unistd.h>
+
+using fuzz::require;
+using namespace panelwall;
+
+namespace {
+
+// A server whose feed has ended, so that a reader of it has nothing to wait for. It never goes
+// away.
+PageServer &server() {
+    static LiveFeed &feed = *new LiveFeed;
+    static ScreenPicture &picture = *new ScreenPicture(1);
+    static PageServer &only = *new PageServer(feed, picture);
+    static const bool prepared = [] {
+        signal(SIGPIPE, SIG_IGN); // as in the program
+        feed.close();
+        return true;
+    }();
+    (void)prepared;
+    return only;
+}
+
+std::string answerTo(const std::string &request) {
+    int ends[2];
+    require(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) == 0, "there are sockets");
+    const int room = 1 << 20;
+    setsockopt(ends[1], SOL_SOCKET, SO_SNDBUF, &room, sizeof room);
+    const ssize_t sent = send(ends[0], request.data(), request.size(), MSG_NOSIGNAL);
+    require(sent == static_cast<ssize_t>(request.size()), "the request fits the socket");
+    shutdown(ends[0], SHUT_WR);
+    server().serve(ends[1]);
+    std::string answer;
+    char part[65536];
+    for (ssize_t size = 0; (size = recv(ends[0], part, sizeof part, 0)) > 0;)
+        answer.append(part, static_cast<std::size_t>(size));
+    close(ends[0]);
+    return answer;
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
+    const std::string request(reinterpret_cast<const char *>(data), size);
+    const std::string answer = answerTo(request);
+    const bool isGood = answer.starts_with("HTTP/1.1 200 ");
+    require(answer.empty() || answer.starts_with("HTTP/1.1 "), "an answer is an answer");
+    if (isGood) {
+        require(request.find("GET ") != std::string::npos, "only GET is answered");
+        require(answer.find("default-src 'none'") != std::string::npos,
+                "every answer tells browsers what it may do");
+    }
+
+    // The same words as the judge of access would be given them, one per line.
+    RequestFacts facts;
+    std::size_t at = 0;
+    for (std::string *fact : {&facts.method, &facts.path, &facts.host, &facts.origin,
+                              &facts.fetchSite, &facts.fetchMode, &facts.fetchDestination}) {
+        const std::size_t end = std::min(request.find('\n', at), request.size());
+        *fact = request.substr(at, end - at);
+        at = std::min(end + 1, request.size());
+    }
+    const Refusal refusal = judge(facts);
+    require(refusal.status == 0 || !refusal.reason.empty(), "a refusal has a reason");
+    if (refusal.status == 0) {
+        require(facts.method == "GET" && namesAnAddress(facts.host), "who passes asked rightly");
+        require(facts.origin.empty() || facts.origin == "http://" + facts.host,
+                "no other site's page passes");
+    }
+    return 0;
+}
