@@ -36,11 +36,7 @@ Clock::time_point Player::due() const {
         return {};
     if (more)
         return momentOf(upcoming.time) - lastMoment;
-    return ended() ? Clock::time_point::max() : momentOf(reader.end());
-}
-
-bool Player::ended() const {
-    return begun && !more && (!reader.trouble().empty() || Clock::now() >= momentOf(reader.end()));
+    return over ? Clock::time_point::max() : momentOf(reader.end());
 }
 
 bool Player::playDue(const Receiver::Handler &handler) {
@@ -62,6 +58,7 @@ bool Player::playDue(const Receiver::Handler &handler) {
         any = true;
         readNext();
     }
+    over = !more && (!reader.trouble().empty() || Clock::now() >= momentOf(reader.end()));
     return any;
 }
 

@@ -22,8 +22,8 @@ public:
     // the next one's time is about to come. True when there was any.
     bool playDue(const Receiver::Handler &handler);
 
-    // Whether the recording is over, up to its last moment or its fault.
-    bool ended() const;
+    // Whether the recording was over, up to its last moment or its fault, when playDue() returned.
+    bool ended() const { return over; }
 
 private:
     // The moment at which what was recorded at `time` is due.
@@ -38,6 +38,7 @@ private:
     Clock::time_point begin;
     RecordedDatagram upcoming;
     bool more = true; // `upcoming` is to be played
+    bool over = false;
 };
 
 } // namespace panelwall
