@@ -106,8 +106,7 @@ std::vector<std::uint8_t> frameRulesOf(const UnwindEntry &entry, const Mapping &
         // The size is in the instruction that makes the frame, `size` bytes into the function.
         if (entry.end - entry.start < size + sizeof(std::uint32_t))
             throw LoadError("the unwind table points outside its function");
-        std::uint32_t subtracted;
-        std::memcpy(&subtracted, mapping.at<std::uint8_t>(entry.start + size), sizeof subtracted);
+        const auto subtracted = mapping.load<std::uint32_t>(entry.start + size);
         return onStack(entry.encoding, std::uint64_t{subtracted} + (entry.encoding >> 13 & 7) * 8);
     }
     default:

@@ -132,7 +132,7 @@ FrameSection::FrameSection(const ImageFile &file, const Mapping &mapping) {
     for (const auto &[personalityPointer, function] : functionsOf(file, mapping)) {
         if (current == nullptr || *current != personalityPointer) {
             writer.beginCommon(
-                personalityPointer == 0 ? 0 : *mapping.at<std::uint64_t>(personalityPointer));
+                personalityPointer == 0 ? 0 : mapping.load<std::uint64_t>(personalityPointer));
             current = &personalityPointer;
         }
         writer.addFunction(inMemory(mapping, function.start), function.size,

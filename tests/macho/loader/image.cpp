@@ -61,18 +61,12 @@ Image::~Image() {
 void Image::load(const Imports &imports) {
     exports = exportsOf(file);
     for (const std::uint64_t address : rebasesOf(file))
-        *mapping->at<std::uint64_t>(address) += reinterpret_cast<std::uintptr_t>(mapping->start());
+        mapping->store(address, mapping->load<std::uint64_t>(address) +
+                                    reinterpret_cast<std::uintptr_t>(mapping->start()));
     bindAll(imports);
     threadLocals.emplace(file, *mapping);
     frames.emplace(file, *mapping);
-    for (const Section &section : file.sectionsOfType(sectionInitialisers))
-        for (std::uint64_t at = 0; at + sizeof(void *) <= section.size; at += sizeof(void *))
-            if (!contains(*mapping->at<void *>(section.address + at)))
-                throw LoadError("an initialiser lies outside the image");
-    for (const Section &section : file.sectionsOfType(sectionInitialiserOffsets))
-        for (std::uint64_t at = 0; at + 4 <= section.size; at += 4)
-            if (*mapping->at<std::uint32_t>(section.address + at) >= file.size())
-                throw LoadError("an initialiser lies outside the image");
+    findInitialisers();
     mapping->protect(file);
 }
 
@@ -88,25 +82,33 @@ void Image::bindAll(const Imports &imports) {
             missing += "\n  " + bind.symbol + " from " +
                        (bind.libraries.front().empty() ? "anywhere" : bind.libraries.front());
         const auto value = reinterpret_cast<std::uintptr_t>(target);
-        *mapping->at<std::uint64_t>(bind.address) =
-            target == nullptr ? 0 : value + static_cast<std::uint64_t>(bind.addend);
+        mapping->store<std::uint64_t>(
+            bind.address, target == nullptr ? 0 : value + static_cast<std::uint64_t>(bind.addend));
     }
     if (!missing.empty())
         throw LoadError("nothing here stands for these imports:" + missing);
 }
 
-// As the system's loader does it, each initialiser with the program's arguments.
+void Image::findInitialisers() {
+    for (const Section &section : file.sectionsOfType(sectionInitialisers))
+        for (std::uint64_t at = 0; at + sizeof(void *) <= section.size; at += sizeof(void *))
+            initialisers.push_back(mapping->load<void *>(section.address + at));
+    for (const Section &section : file.sectionsOfType(sectionInitialiserOffsets))
+        for (std::uint64_t at = 0; at + sizeof(std::uint32_t) <= section.size;
+             at += sizeof(std::uint32_t))
+            initialisers.push_back(
+                mapping->at<void>(mapping->load<std::uint32_t>(section.address + at)));
+    for (const void *initialiser : initialisers)
+        if (!contains(initialiser))
+            throw LoadError("an initialiser lies outside the image");
+}
+
+// As the system's loader does it, each with a program's arguments: here there are none.
 void Image::initialise() noexcept {
     using Initialiser = void (*)(int, const char **, const char **, const char **);
     const char *nothing[] = {nullptr};
-    for (const Section &section : file.sectionsOfType(sectionInitialisers))
-        for (std::uint64_t at = 0; at + sizeof(Initialiser) <= section.size;
-             at += sizeof(Initialiser))
-            (*mapping->at<Initialiser>(section.address + at))(0, nothing, nothing, nothing);
-    for (const Section &section : file.sectionsOfType(sectionInitialiserOffsets))
-        for (std::uint64_t at = 0; at + 4 <= section.size; at += 4)
-            reinterpret_cast<Initialiser>(mapping->at<void>(
-                *mapping->at<std::uint32_t>(section.address + at)))(0, nothing, nothing, nothing);
+    for (void *initialiser : initialisers)
+        reinterpret_cast<Initialiser>(initialiser)(0, nothing, nothing, nothing);
 }
 
 void *Image::symbol(const std::string &name) const {

@@ -59,12 +59,14 @@ private:
     void *exported(const std::string &symbol) const; // with its underscore
     void load(const Imports &imports);
     void bindAll(const Imports &imports);
+    void findInitialisers();
     void initialise() noexcept;
 
     std::vector<std::uint8_t> bytes; // of the file
     ImageFile file;
     std::optional<Mapping> mapping;
     std::map<std::string, std::uint64_t> exports;
+    std::vector<void *> initialisers;
     std::optional<ThreadLocals> threadLocals;
     std::optional<FrameSection> frames;
     std::mutex atExitMutex; // guards atExitEntries

@@ -4,6 +4,7 @@
 #include "tests/macho/loader/imageFile.h"
 
 #include <cstdint>
+#include <cstring>
 #include <string>
 
 namespace macho {
@@ -25,6 +26,15 @@ public:
     // Of an address in the image.
     template <class T> T *at(std::uint64_t address) const {
         return reinterpret_cast<T *>(base + address);
+    }
+    // Numbers there, which a damaged file may have put at any address.
+    template <class T> T load(std::uint64_t address) const {
+        T value;
+        std::memcpy(&value, base + address, sizeof value);
+        return value;
+    }
+    template <class T> void store(std::uint64_t address, T value) const {
+        std::memcpy(base + address, &value, sizeof value);
     }
     bool contains(const void *pointer) const {
         const auto *byte = static_cast<const std::uint8_t *>(pointer);

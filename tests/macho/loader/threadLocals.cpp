@@ -82,6 +82,8 @@ ThreadLocals::ThreadLocals(const ImageFile &file, const Mapping &mapping) {
     if (pthread_key_create(&key, nullptr) != 0)
         throw LoadError("there is no key for the image's thread-local variables");
     for (const Section &section : variables) {
+        if (section.address % alignof(Descriptor) != 0)
+            throw LoadError("the thread-local variables lie at an odd place");
         auto *first = mapping.at<Descriptor>(section.address);
         for (Descriptor *variable = first; variable != first + section.size / sizeof(Descriptor);
              ++variable) {
