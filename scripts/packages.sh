@@ -6,6 +6,7 @@ build_packages="build-essential clang llvm libclang-rt-14-dev cmake ninja-build 
     libxcb-xfixes0-dev"
 screen_packages="xvfb x11-utils x11-xserver-utils"
 manual_packages="mandoc zsh"
+format_packages="clang-format-14 git"
 demo_packages="ffmpeg"
 # For the live page's tests. A Node.js that is not Debian's brings its own npm.
 page_packages="chromium"

@@ -38,11 +38,11 @@ public:
     // Capture thread: returns when the gate is stopped or the server is gone. Tells `news`, on
     // this thread, about each frame and, once each time, about the loss of the monitor.
     //
-    // A frame is painted when something was drawn, and never while the handler reads. It reaches the
-    // handler at the earliest the minimum frame time after the last one; painting begins so much
-    // sooner as it took the last time, so that the reading does not add to that time. Nothing is
-    // queued: what is painted is what the screen shows then. A screen that holds still is not looked at, except
-    // once, a second after its last change, in case a report of damage was lost.
+    // A frame is painted when something was drawn, and never while the handler reads. It reaches
+    // the handler at the earliest the minimum frame time after the last one; painting begins so
+    // much sooner as it took the last time, so that the reading does not add to that time. Nothing
+    // is queued: what is painted is what the screen shows then. A screen that holds still is not
+    // looked at, except once, a second after its last change, in case a report of damage was lost.
     void run(const std::function<void(CaptureNews)> &news);
 
     // Any thread: ends a wait for the server.

@@ -10,8 +10,8 @@
 
 namespace config {
 
-// A document is five levels deep. Whatever walks through its tree calls itself once a level, so that
-// a text of nothing but brackets could end the process.
+// A document is five levels deep. Whatever walks through its tree calls itself once a level, so
+// that a text of nothing but brackets could end the process.
 inline constexpr std::size_t deepestNesting = 256;
 
 // A wall of ten thousand panels has some fifty thousand values. A text of nothing but values needs

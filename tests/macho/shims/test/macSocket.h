@@ -32,9 +32,9 @@ protected:
             test.find<void(void *)>("_ZN9UdpSocketC1Ev")(room);
         }
         Socket(SocketTest &test, const std::string &ip, int port) : test(test) {
-            test.find<void(void *, std::string, int)>("_ZN9UdpSocketC1ENSt3__112basic_stringIcNS0_"
-                                                      "11char_traitsIcEENS0_9allocatorIcEEEEi")(
-                room, ip, port);
+            test.find<void(void *, std::string, int)>(
+                "_ZN9UdpSocketC1ENSt3__112basic_stringIcNS0_"
+                "11char_traitsIcEENS0_9allocatorIcEEEEi")(room, ip, port);
         }
         ~Socket() { test.find<void(void *)>("_ZN9UdpSocketD1Ev")(room); }
         Socket(const Socket &) = delete;
