@@ -1,0 +1,92 @@
+// The devices of a wall under load: a socket each, and what all of them heard.
+//
+// One thread uses it at a time.
+#pragma once
+
+#include "tests/load/histogram.h"
+#include "tests/load/sending.h"
+
+#include <chrono>
+#include <deque>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace load {
+
+struct Ear {
+    int fd = -1;
+    std::uint64_t received = 0;
+    std::uint64_t chain = 0;
+    std::int64_t arrival = 0;        // of the last datagram, nanoseconds, by the kernel's clock
+    std::vector<std::int64_t> steps; // the last of each panel
+};
+
+// How many of the frames, each a datagram for every device, showed one step of the screen, two, or
+// more: a frame is replaced while a mode reads it.
+struct FrameCounts {
+    std::uint64_t whole = 0;
+    std::uint64_t ofTwo = 0;
+    std::uint64_t ofMore = 0;
+};
+
+class Ears {
+public:
+    // Binds; throws std::runtime_error when that fails.
+    Ears(int devices, int panels);
+    ~Ears();
+    Ears(const Ears &) = delete;
+    Ears &operator=(const Ears &) = delete;
+
+    // Begins anew, with nothing heard.
+    void forget();
+
+    // Takes in what has come; waits for `patience` at most when that is nothing.
+    void hear(std::chrono::milliseconds patience);
+
+    // Intervals are kept from here on.
+    void keepIntervals();
+
+    // How many datagrams the device that heard least has heard.
+    std::uint64_t frames() const;
+
+    // Whether every panel's last colour was that of this step.
+    bool allShow(std::int64_t step) const;
+
+    // What the kernel threw away, as it tells itself.
+    std::uint64_t dropped(int device) const;
+
+    const std::vector<Ear> &all() const { return ears; }
+    const Histogram &intervals() const { return between; }
+    const FrameCounts &frameCounts() const { return counts; }
+    std::uint64_t mixtures() const { return mixed; }
+
+    // What was wrong with the first datagram that did not read, or went back; empty: none was.
+    const std::string &fault() const { return firstFault; }
+
+private:
+    struct Span {
+        std::int64_t least = 0;
+        std::int64_t most = 0;
+        int datagrams = 0;
+    };
+
+    void take(std::size_t device, const unsigned char *bytes, std::size_t length,
+              std::int64_t arrival);
+    std::string read(std::size_t device, const unsigned char *bytes, std::size_t length,
+                     Span &span);
+    void add(std::uint64_t frame, const Span &span);
+
+    const int panels;
+    int poller = -1;
+    std::vector<Ear> ears;
+    bool keeping = false;
+    Histogram between;
+    FrameCounts counts;
+    std::uint64_t mixed = 0;
+    std::deque<Span> spans; // of the frames that not every device has heard
+    std::uint64_t firstSpan = 0;
+    std::string firstFault;
+};
+
+} // namespace load

@@ -1,0 +1,44 @@
+// Draws the whole screen in one step's colour after the other.
+#pragma once
+
+#include "bench/measure.h"
+#include "tests/load/stepColour.h"
+#include "tests/support/virtualScreen.h"
+
+#include <atomic>
+#include <thread>
+
+namespace load {
+
+class Painter {
+public:
+    // The screen shows step 0 already; nobody else draws on it meanwhile.
+    Painter(test::VirtualScreen &screen, double drawTime)
+        : thread([this, &screen, drawTime] {
+              while (!done) {
+                  const auto begin = bench::Clock::now();
+                  screen.fill(colourOf(step + 1));
+                  ++step;
+                  bench::sleepUntil(begin + std::chrono::duration_cast<bench::Clock::duration>(
+                                                std::chrono::duration<double>(drawTime)));
+              }
+          }) {}
+    ~Painter() { stop(); }
+    Painter(const Painter &) = delete;
+    Painter &operator=(const Painter &) = delete;
+
+    // The last step; it stays on the screen.
+    std::int64_t stop() {
+        done = true;
+        if (thread.joinable())
+            thread.join();
+        return step;
+    }
+
+private:
+    std::atomic<bool> done = false;
+    std::int64_t step = 0; // the thread's, until it has ended
+    std::thread thread;
+};
+
+} // namespace load

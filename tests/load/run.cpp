@@ -1,0 +1,200 @@
+#include "tests/load/run.h"
+
+#include "bench/measure.h"
+#include "tests/load/painter.h"
+
+#include <map>
+#include <sstream>
+
+namespace load {
+
+using bench::Clock;
+
+// The longest that anything may take that is waited for.
+static constexpr std::chrono::seconds patience{30};
+
+// Some are always in use for other things.
+static constexpr long mostGrowthKiB = 1024;
+
+static double since(Clock::time_point begin) {
+    return std::chrono::duration<double>(Clock::now() - begin).count();
+}
+
+// Hears until `done`; false when that took too long or the sender had something to say.
+template <class Done> static bool hearUntil(Ears &ears, Sender &sender, Done done) {
+    const auto deadline = Clock::now() + patience;
+    auto nextLook = Clock::now();
+    while (!done()) {
+        ears.hear(std::chrono::milliseconds(20));
+        const auto now = Clock::now();
+        if (now < nextLook)
+            continue;
+        nextLook = now + std::chrono::milliseconds(200);
+        if (now > deadline || sender.hasEnded() || !sender.output().empty())
+            return done();
+    }
+    return true;
+}
+
+static std::uint64_t framesTried(const Sending &sending) {
+    return sending.to[sending.devices - 1].tried;
+}
+
+// A line for each different one that the sender has written, with its number.
+static void tellOutput(const Sender &sender, Result &result) {
+    std::istringstream text(sender.output());
+    std::map<std::string, int> lines;
+    for (std::string line; std::getline(text, line);)
+        ++lines[line];
+    for (const auto &[line, count] : lines)
+        result.faults.push_back("it wrote \"" + line + "\", " + std::to_string(count) + " times");
+}
+
+// Every datagram that was tried is accounted for, and what came is what was sent, in its order.
+static void compare(const Sending &sending, const Ears &ears,
+                    const std::vector<std::uint64_t> &droppedBefore, Result &result) {
+    const auto fault = [&](int device, const std::string &text) {
+        if (result.faults.size() < 10)
+            result.faults.push_back(addressOf(device) + ": " + text);
+    };
+    for (int d = 0; d < sending.devices; ++d) {
+        const SentTo &to = sending.to[d];
+        const Ear &ear = ears.all()[static_cast<std::size_t>(d)];
+        const std::uint64_t dropped = ears.dropped(d) - droppedBefore[static_cast<std::size_t>(d)];
+        result.tried += to.tried;
+        result.refused += to.refused;
+        result.received += ear.received;
+        result.dropped += dropped;
+        if (to.tried != sending.to[0].tried)
+            fault(d, "was sent " + std::to_string(to.tried) + " datagrams, the first device " +
+                         std::to_string(sending.to[0].tried));
+        if (to.refused != 0)
+            fault(d, std::to_string(to.refused) + " sends were refused by the system");
+        if (dropped != 0)
+            fault(d, std::to_string(dropped) + " datagrams were dropped by the kernel");
+        if (to.tried - to.refused != ear.received + dropped)
+            fault(d, std::to_string(to.tried - to.refused) + " datagrams were sent, " +
+                         std::to_string(ear.received) + " came");
+        else if (dropped == 0 && to.chain != ear.chain)
+            fault(d, "what came is not what was sent, or not in its order");
+    }
+    if (!ears.fault().empty())
+        result.faults.push_back(ears.fault());
+}
+
+static void checkSamples(Result &result) {
+    if (result.samples.empty())
+        return;
+    const ProcessSample &first = result.samples.front();
+    const ProcessSample &last = result.samples.back();
+    if (last.residentKiB > first.residentKiB + mostGrowthKiB)
+        result.faults.push_back("memory grew from " + std::to_string(first.residentKiB) + " to " +
+                                std::to_string(last.residentKiB) + " KiB");
+    for (const ProcessSample &sample : result.samples)
+        if (sample.descriptors != first.descriptors) {
+            result.faults.push_back("descriptors changed from " +
+                                    std::to_string(first.descriptors) + " to " +
+                                    std::to_string(sample.descriptors));
+            return;
+        }
+}
+
+// Watches a sender that has begun, for so long or so many frames.
+static void watch(const Plan &plan, double seconds, Ears &ears, Sending &sending, Sender &sender,
+                  pid_t server, Result &result) {
+    const auto serverNow = [server] { return server > 0 ? bench::processorSeconds(server) : 0.0; };
+    ears.keepIntervals();
+    const auto begin = Clock::now();
+    const double process = bench::processorSeconds(sender.pid());
+    const double serverTime = serverNow();
+    const std::int64_t threadTime = sending.threadTime;
+    const std::uint64_t frames = framesTried(sending);
+    auto nextSample = begin;
+    bool spoke = false;
+    while (since(begin) < seconds && !spoke &&
+           (plan.frames == 0 || framesTried(sending) < plan.frames)) {
+        ears.hear(std::chrono::milliseconds(20));
+        if (Clock::now() < nextSample)
+            continue;
+        nextSample += std::chrono::seconds(1);
+        result.samples.push_back(sampleOf(sender.pid()));
+        spoke = sender.hasEnded() || !sender.output().empty();
+    }
+    result.samples.push_back(sampleOf(sender.pid()));
+    result.seconds = since(begin);
+    result.frames = framesTried(sending) - frames;
+    const double perFrame = 1e6 / static_cast<double>(std::max<std::uint64_t>(1, result.frames));
+    result.cost.process = (bench::processorSeconds(sender.pid()) - process) * perFrame;
+    result.cost.thread = static_cast<double>(sending.threadTime - threadTime) / 1e9 * perFrame;
+    result.cost.server = (serverNow() - serverTime) * perFrame;
+}
+
+// Ends the sender and hears what it has still sent.
+static void finish(Ears &ears, Sending &sending, Sender &sender,
+                   const std::vector<std::uint64_t> &droppedBefore, Result &result) {
+    sender.stop();
+    const auto deadline = Clock::now() + patience;
+    while (!sender.hasEnded() && Clock::now() < deadline)
+        ears.hear(std::chrono::milliseconds(20));
+    if (!sender.hasEnded())
+        result.faults.push_back("the sender does not end");
+    else if (!sender.succeeded())
+        result.faults.push_back("the sender failed");
+    // On loopback everything that was sent has come.
+    for (std::uint64_t before = ~0ull; before != ears.frames();) {
+        before = ears.frames();
+        for (int i = 0; i < 20; ++i)
+            ears.hear(std::chrono::milliseconds(0));
+    }
+    tellOutput(sender, result);
+    compare(sending, ears, droppedBefore, result);
+    checkSamples(result);
+    result.counts = ears.frameCounts();
+    result.mixtures = ears.mixtures();
+    result.intervals = ears.intervals();
+}
+
+static std::vector<std::uint64_t> allDropped(const Ears &ears, int devices) {
+    std::vector<std::uint64_t> dropped;
+    for (int d = 0; d < devices; ++d)
+        dropped.push_back(ears.dropped(d));
+    return dropped;
+}
+
+Result runLibrary(const Plan &plan, Ears &ears, Sending &sending) {
+    Result result;
+    test::VirtualScreen screen(plan.width, plan.height);
+    screen.use();
+    screen.fill(colourOf(0));
+    ears.forget();
+    const auto droppedBefore = allDropped(ears, plan.devices);
+    Sender sender(sending, plan, [&] { return mirror(sending, plan); });
+    if (!hearUntil(ears, sender, [&] { return ears.frames() >= 2; })) {
+        result.faults.push_back("not every device is sent something");
+    } else {
+        Painter painter(screen, plan.drawTime);
+        // By now every page that is needed has been touched.
+        hearUntil(ears, sender, [&] { return ears.frames() >= 10; });
+        watch(plan, plan.seconds, ears, sending, sender, screen.pid(), result);
+        result.drawings = painter.stop();
+        if (!hearUntil(ears, sender, [&] { return ears.allShow(result.drawings); }))
+            result.faults.push_back("the last drawing is not seen at every panel");
+    }
+    finish(ears, sending, sender, droppedBefore, result);
+    return result;
+}
+
+Result runBare(const Plan &plan, Ears &ears, const Sending &model, std::chrono::nanoseconds period,
+               double seconds) {
+    Result result;
+    Sending &sending = makeSending(plan.devices);
+    ears.forget();
+    const auto droppedBefore = allDropped(ears, plan.devices);
+    Sender sender(sending, plan, [&] { return sendBare(sending, model, period); });
+    if (hearUntil(ears, sender, [&] { return ears.frames() >= 2; }))
+        watch({}, seconds, ears, sending, sender, 0, result);
+    finish(ears, sending, sender, droppedBefore, result);
+    return result;
+}
+
+} // namespace load
