@@ -108,7 +108,8 @@ TEST(PanelwallComparison, ALongerRecordingHasTheRestAlone) {
 
 TEST(PanelwallComparison, NothingInCommonIsAllChanged) {
     std::vector<int> blank(150, 255);
-    const auto &found = compare(shades(countedShades(150)), shades(blank)).devices.at(0).findings;
+    const auto comparison = compare(shades(countedShades(150)), shades(blank));
+    const auto &found = comparison.devices.at(0).findings;
     EXPECT_EQ(found.same, 0u);
     EXPECT_EQ(found.changed, 150u);
 }
