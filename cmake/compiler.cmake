@@ -29,7 +29,7 @@ endif()
 if(MIRROR_SANITIZER)
     # Hosts in C bring no C++ runtime of the sanitizer, which only these two checks would need.
     add_compile_options(-fsanitize=${MIRROR_SANITIZER} -fno-sanitize=vptr,function
-                        -fno-sanitize-recover=undefined -fno-omit-frame-pointer -O1)
+                        -fno-sanitize-recover=undefined -fno-omit-frame-pointer -O1 -g1)
     add_compile_options(-fsanitize-ignorelist=${CMAKE_SOURCE_DIR}/tests/sanitizers/ignorelist.txt)
     add_link_options(-fsanitize=${MIRROR_SANITIZER})
 endif()
