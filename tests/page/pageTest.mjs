@@ -211,12 +211,16 @@ test("silence is told plainly, with what to check, and so is a wall that has end
   await wall.end();
   await page.waitForSelector("#state[data-state=gone]");
   assert.match(await notice.innerText(), /^The wall does not answer\./);
+  // What is old looks old.
+  const faintness = () => page.evaluate(() => getComputedStyle(document.querySelector("main")).opacity);
+  assert.ok((await faintness()) < 0.6);
   // The browser tells in the console what it cannot reach; that is no fault of the page.
   const port = new URL(wall.url).port;
   const again = setting.start(process.env.PANELWALL,
     [setting.write("wall.json", document), "--web", port], { DISPLAY: "" });
   await again.waitFor(/live page/);
   await page.waitForFunction(() => document.getElementById("state").dataset.state !== "gone");
+  assert.equal(await faintness(), "1");
   for (const complaint of complaints.splice(0)) assert.match(complaint, /ERR_CONNECTION_REFUSED|ERR_INCOMPLETE/);
 });
 
@@ -395,6 +399,22 @@ test("without a display the page says why there is no picture", async () => {
     /cannot be seen from panelwall: start it where mirroring runs/.test(
       await page.textContent("#note")));
   for (const complaint of complaints.splice(0)) assert.match(complaint, /404/);
+});
+
+test("a recording is shown as one", async () => {
+  const document = configuration([device("127.0.72.17", 2, [[1, 100, 100]])]);
+  const file = setting.write("run.wall", "");
+  const recorder = await setting.wall(document, ["--record", file]);
+  await sender.send("127.0.72.17", wide([[1, 0x336699, 0]]));
+  await recorder.waitFor(/1\/1 lit/);
+  await recorder.end();
+  const replay = setting.start(process.env.PANELWALL, ["--replay", file, "--web", "0"]);
+  const page = await open((await replay.waitFor(/live page: (http:\S+)/))[1]);
+  await waitForColours(page, [150, 150], [[100, 100, 0x336699]]);
+  await page.waitForSelector("#state[data-state=live]");
+  assert.equal(await page.textContent("#state"), "Replay");
+  await page.waitForSelector("#notice:not([hidden])");
+  assert.match(await page.textContent("#noticeAdvice"), /^The recording has a pause here/);
 });
 
 test("another site's page is told nothing", async () => {

@@ -78,13 +78,13 @@ std::optional<rapidjson::Document> parse(const std::string &text, Problem &probl
     if (const auto zero = text.find('\0'); zero != std::string::npos) {
         problem.place = placeAt(text, zero);
         problem.message = "expected JSON text in UTF-8, found a zero byte, which would end it";
-        problem.remedy = "save the file as UTF-8 text; is it the file that you meant?";
+        problem.remedy = "choose the file that you meant, or save it as UTF-8 text";
         return std::nullopt;
     }
     if (const Excess excess = findExcess(text); excess.offset != std::string::npos) {
         problem.place = placeAt(text, excess.offset);
         problem.message = "expected " + excess.expected;
-        problem.remedy = "is it the file that you meant? A configuration is five levels deep";
+        problem.remedy = "choose the file that you meant; a configuration is five levels deep";
         return std::nullopt;
     }
     rapidjson::Document tree;

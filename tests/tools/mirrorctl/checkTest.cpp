@@ -134,6 +134,19 @@ TEST(MirrorctlCheck, printsNoControlCharacters) {
     EXPECT_EQ(parsed.out.find('\x07'), std::string::npos) << parsed.out;
 }
 
+TEST(MirrorctlCheck, tellsWhatIsNoDocumentInWholeSentences) {
+    const Ending foreign = check(std::string("\177ELF\0", 5));
+    EXPECT_EQ(foreign.status, 65);
+    EXPECT_EQ(foreign.out, "standard input:1:5: error: expected JSON text in UTF-8, found a zero "
+                           "byte, which would end it.\n"
+                           "    To mend it: choose the file that you meant, or save it as UTF-8 "
+                           "text.\n"
+                           "standard input: 1 error, 0 warnings, 0 cautions.\n");
+    EXPECT_TRUE(contains(check(std::string(300, '[')).out,
+                         "To mend it: choose the file that you meant; a configuration is five "
+                         "levels deep.\n"));
+}
+
 TEST(MirrorctlCheck, refusesBombs) {
     EXPECT_TRUE(contains(check(std::string(3000000, '[')).out, "no deeper than 256 levels"));
     std::string objects;

@@ -119,7 +119,8 @@ function showNumbers(now) {
   const silence = state.silence + passed;
   devices.show(state.devices, passed);
   if (silence < facts.tellingSilence) {
-    setState(state.heard ? "live" : "waiting", state.heard ? "Live" : "Waiting");
+    if (state.heard) setState("live", facts.recording ? "Replay" : "Live");
+    else setState("waiting", "Waiting");
     setNotice("", "");
     return;
   }

@@ -144,6 +144,8 @@ std::string wallEvent(const Wall &wall, const WallFacts &facts) {
     json.StartObject();
     string(json, "config", facts.config);
     string(json, "mode", modeName(facts.mode));
+    json.Key("recording");
+    json.Bool(facts.isRecording);
     json.Key("steady"); // whether the mode sends in a steady rhythm, so that gaps mean something
     json.Bool(facts.mode == 0);
     json.Key("width");

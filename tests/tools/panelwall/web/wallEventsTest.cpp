@@ -48,6 +48,7 @@ TEST(PanelwallWallEvents, TellWhereEveryPanelHangs) {
     EXPECT_STREQ(event["config"].GetString(), "my \"wall\"\n.json");
     EXPECT_STREQ(event["mode"].GetString(), "fade");
     EXPECT_FALSE(event["steady"].GetBool());
+    EXPECT_FALSE(event["recording"].GetBool());
     EXPECT_EQ(event["width"].GetInt(), 1280);
     EXPECT_EQ(event["height"].GetInt(), 720);
     EXPECT_EQ(event["unit"].GetInt(), 100);
