@@ -8,6 +8,8 @@ screen_packages="xvfb x11-utils x11-xserver-utils"
 manual_packages="mandoc zsh"
 format_packages="clang-format-14 git"
 demo_packages="ffmpeg"
+# For the example hosts and the package's dependencies. A host in JavaScript runs on the page's Node.js.
+host_packages="python3 file"
 # For the live page's tests. A Node.js that is not Debian's brings its own npm.
 page_packages="chromium"
 command -v npm >/dev/null || page_packages="$page_packages npm"

@@ -1,0 +1,92 @@
+// Mirroring for hosts in C++: the eight functions with strings and exceptions. Copy it and make it
+// yours; it is an example and no part of the library's interface.
+//
+// Threads: as with the functions themselves, from one thread at a time.
+#pragma once
+
+#include "mirror/mirrorInterface.h"
+
+#include <stdexcept>
+#include <string>
+
+namespace screenMirror {
+
+// What went wrong, in one line.
+struct Error : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+// The text of a buffer that may be full; a full one has no terminating zero, and may be cut.
+inline std::string textIn(std::string buffer, const char *ifCut) {
+    const auto end = buffer.find('\0');
+    if (end == std::string::npos)
+        throw Error(ifCut);
+    buffer.resize(end);
+    return buffer;
+}
+
+// The displays, as JSON.
+inline std::string displays() {
+    std::string buffer(4096, '\0');
+    if (getDisplays(buffer.data(), static_cast<int>(buffer.size())) != 1)
+        throw Error("the displays cannot be listed");
+    return textIn(std::move(buffer), "the list of displays is cut");
+}
+
+// The colours on the configured screen now, as JSON.
+inline std::string palette() {
+    std::string buffer(512, '\0');
+    if (getPalette(buffer.data()) != 0)
+        throw Error("the palette could not be made");
+    return textIn(std::move(buffer), "the palette is cut");
+}
+
+// Mirrors from construction to destruction. There can be one at a time in a process.
+class Run {
+public:
+    explicit Run(std::string config) {
+        if (setMirrorConfig(config.data()) != 1)
+            throw Error("the configuration was not applied: the screen cannot be captured");
+        switch (startMirror()) {
+        case 1:
+            return;
+        case 0:
+            throw Error("mirroring was not started: a run exists already or there is no device");
+        default:
+            throw Error("mirroring was not started: no thread could be made");
+        }
+    }
+    ~Run() {
+        if (running)
+            stopMirror();
+    }
+    Run(const Run &) = delete;
+    Run &operator=(const Run &) = delete;
+
+    // For hosts that want to know of a stop that fails, which the destructor cannot tell.
+    void stop() {
+        running = false;
+        if (stopMirror() != 1)
+            throw Error("mirroring could not be stopped");
+    }
+
+    // What is being sent to each device, as JSON. Waits about a second for a frame.
+    std::string sent() const {
+        if (captureCurrentStreamFrames() != 0)
+            throw Error("nothing was sent within a second");
+        const int size = getSizeOfStreamFrameJson();
+        if (size < 0)
+            throw Error("the snapshot could not be made");
+        if (size == 0)
+            throw Error("no frame was captured");
+        std::string text(static_cast<std::size_t>(size), '\0');
+        if (getStreamFrameJson(text.data()) != 0)
+            throw Error("the snapshot could not be fetched");
+        return text;
+    }
+
+private:
+    bool running = true;
+};
+
+} // namespace screenMirror

@@ -1,0 +1,149 @@
+#!/usr/bin/env node
+// A host in JavaScript: lists the displays, mirrors the first one onto a light device for some
+// seconds, and shows what is sent and the colours on the screen.
+//
+//     npm ci
+//     node mirrorScreen.mjs ADDRESS [SECONDS]
+//
+// The library is found where the system looks for libraries, or by its path in the environment
+// variable SCREEN_MIRROR_LIBRARY.
+import { isIP } from "node:net";
+import { setTimeout as sleep } from "node:timers/promises";
+import { promisify } from "node:util";
+import koffi from "koffi";
+
+// What went wrong, in one line.
+class MirrorError extends Error {}
+
+function need(condition, otherwise) {
+  if (!condition) throw new MirrorError(otherwise);
+}
+
+function loadLibrary() {
+  const usual = `libscreenMirrorMac.${process.platform === "darwin" ? "dylib" : "so.1"}`;
+  const name = process.env.SCREEN_MIRROR_LIBRARY ?? usual;
+  try {
+    return koffi.load(name);
+  } catch (error) {
+    throw new MirrorError(`the library cannot be loaded: ${name}: ${error.message}`);
+  }
+}
+
+// The library wants one call at a time. Those that wait are made on another thread, so that the
+// host goes on meanwhile; each is awaited before the next.
+class ScreenMirror {
+  constructor(library) {
+    const waiting = (declaration) => promisify(library.func(declaration).async);
+    this.getDisplays = library.func("int getDisplays(void *buffer, int bufferLength)");
+    this.getPalette = library.func("int getPalette(void *buffer)");
+    this.getSize = library.func("int getSizeOfStreamFrameJson()");
+    this.getStreamFrameJson = library.func("int getStreamFrameJson(void *buffer)");
+    this.setMirrorConfig = library.func("int setMirrorConfig(str json)");
+    this.startMirror = library.func("int startMirror()");
+    this.captureCurrentStreamFrames = waiting("int captureCurrentStreamFrames()");
+    this.stopMirror = waiting("int stopMirror()");
+  }
+
+  displays() {
+    const buffer = Buffer.alloc(4096);
+    need(this.getDisplays(buffer, buffer.length) === 1, "the displays cannot be listed");
+    return JSON.parse(textIn(buffer, "the list of displays is cut")).displays;
+  }
+
+  palette() {
+    const buffer = Buffer.alloc(512);
+    need(this.getPalette(buffer) === 0, "the palette could not be made");
+    return JSON.parse(textIn(buffer, "the palette is cut")).palette;
+  }
+
+  async sent() {
+    const captured = await this.captureCurrentStreamFrames();
+    need(captured === 0, "nothing was sent within a second");
+    const size = this.getSize();
+    need(size >= 0, "the snapshot could not be made");
+    need(size > 0, "no frame was captured");
+    const buffer = Buffer.alloc(size);
+    need(this.getStreamFrameJson(buffer) === 0, "the snapshot could not be fetched");
+    return JSON.parse(buffer.toString()).devices;
+  }
+
+  // Mirrors while `work` runs. There can be one run at a time in a process.
+  async during(document, work) {
+    const applied = this.setMirrorConfig(JSON.stringify(document));
+    need(applied === 1, "the configuration was not applied: the screen cannot be captured");
+    const started = this.startMirror();
+    need(started !== 0, "mirroring was not started: a run exists already or there is no device");
+    need(started === 1, "mirroring was not started: no thread could be made");
+    let stopped;
+    try {
+      await work();
+    } finally {
+      stopped = await this.stopMirror();
+    }
+    need(stopped === 1, "mirroring could not be stopped");
+  }
+}
+
+// A text that fills its buffer is cut and has no terminating zero.
+function textIn(buffer, ifCut) {
+  const end = buffer.indexOf(0);
+  need(end >= 0, ifCut);
+  return buffer.toString("utf8", 0, end);
+}
+
+// The library takes addresses in numbers, without a zone, and says nothing of others.
+const isAddress = (text) => isIP(text) !== 0 && !text.includes("%");
+
+// Four panels in a row across the middle of the display. The document's integers are signed; an
+// identifier has the same 32 bits without a sign.
+const configuration = ({ displayID, width, height }, ip) => ({
+  displayID: displayID | 0,
+  mode: 0,
+  devices: [
+    {
+      ip,
+      controlVersion: 2,
+      shapeType: 0,
+      scaleFactor: 1.0,
+      panels: [0, 1, 2, 3].map((i) => ({
+        panelID: i + 1,
+        centroidX: Math.floor(((2 * i + 1) * width) / 8),
+        centroidY: Math.floor(height / 2),
+      })),
+    },
+  ],
+});
+
+function swatch({ R, G, B }) {
+  const hex = [R, G, B].map((channel) => channel.toString(16).padStart(2, "0")).join("");
+  return (process.stdout.isTTY ? `\x1b[48;2;${R};${G};${B}m  \x1b[0m ` : "") + `#${hex}`;
+}
+
+async function main(address, seconds = "10") {
+  need(isAddress(address), `not an IPv4 or IPv6 address: ${address}`);
+  const mirror = new ScreenMirror(loadLibrary());
+  const displays = mirror.displays();
+  for (const { displayID, width, height } of displays)
+    console.log(`display ${displayID}: ${width} x ${height}`);
+  need(displays.length > 0, "there is no display to mirror; on Linux, DISPLAY names an X server");
+
+  await mirror.during(configuration(displays[0], address), async () => {
+    console.log(`mirroring display ${displays[0].displayID} onto ${address}`);
+    await sleep(Number(seconds) * 1000);
+    for (const { ip, animData } of await mirror.sent()) console.log(`sent to ${ip}: ${animData}`);
+    console.log("palette:", ...mirror.palette().map(swatch));
+  });
+}
+
+const words = process.argv.slice(2);
+if (words.length < 1 || words.length > 2) {
+  console.error("usage: node mirrorScreen.mjs ADDRESS [SECONDS]");
+  process.exit(2);
+}
+try {
+  await main(...words);
+} catch (error) {
+  if (!(error instanceof MirrorError)) throw error;
+  console.error(`mirrorScreen.mjs: ${error.message}`);
+  process.exitCode = 1;
+}

@@ -1,0 +1,180 @@
+// The example hosts as people run them.
+#include "tests/support/panelRecords.h"
+#include "tests/support/virtualScreen.h"
+#include "tests/tools/panelwall/child.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <filesystem>
+#include <gtest/gtest.h>
+
+namespace {
+
+struct Host {
+    const char *name;
+    std::vector<std::string> command;
+    bool linked;         // to the library; otherwise it loads it
+    const char *address; // of its light, so that the hosts can be tested at the same time
+};
+
+void PrintTo(const Host &host, std::ostream *out) {
+    *out << host.command.back();
+}
+
+std::vector<Host> hosts() {
+    std::vector<Host> all{{"C", {HOST_IN_C}, true, "127.0.76.1"},
+                          {"Cxx", {HOST_IN_CXX}, true, "127.0.76.2"}};
+#ifdef PYTHON
+    all.push_back({"Python", {PYTHON, EXAMPLES "/python/mirror_screen.py"}, false, "127.0.76.3"});
+    all.push_back({"JavaScript",
+                   {"/usr/bin/env", "node", NODE_FOLDER "/mirrorScreen.mjs"},
+                   false,
+                   "127.0.76.4"});
+#endif
+    return all;
+}
+
+void useLibrary(const std::string &file) {
+    setenv("LD_LIBRARY_PATH", std::filesystem::path(file).parent_path().c_str(), 1);
+    setenv("SCREEN_MIRROR_LIBRARY", file.c_str(), 1);
+}
+
+class HostTest : public testing::TestWithParam<Host> {
+protected:
+    void SetUp() override {
+        useLibrary(LIBRARY);
+        unsetenv("DISPLAY");
+        if (std::string(GetParam().name) == "JavaScript") {
+            test::Child install({NODE_HOST, EXAMPLES "/node", NODE_FOLDER});
+            const int status = install.waitExit();
+            if (status == 77)
+                GTEST_SKIP() << install.out;
+            ASSERT_EQ(status, 0) << install.out << install.errors;
+        }
+    }
+
+    static test::Child run(std::vector<std::string> arguments,
+                           test::Child::Output output = test::Child::Output::pipes) {
+        std::vector<std::string> command = GetParam().command;
+        command.insert(command.end(), arguments.begin(), arguments.end());
+        return test::Child(command, output);
+    }
+
+    // Runs until the host ends by itself, which has to be with one line on standard error. Returns
+    // what it has printed.
+    static std::string expectOneLine(const std::vector<std::string> &arguments,
+                                     const std::string &line, int status = 1) {
+        test::Child host = run(arguments);
+        EXPECT_EQ(host.waitExit(), status) << host.out;
+        EXPECT_NE(host.errors.find(line), std::string::npos) << host.errors;
+        EXPECT_EQ(std::count(host.errors.begin(), host.errors.end(), '\n'), 1) << host.errors;
+        EXPECT_TRUE(host.errors.ends_with("\n")) << host.errors;
+        return host.out;
+    }
+};
+
+// Red at the left, blue at the right; four panels at a quarter of the width each, and a little more
+// red, so that it comes first.
+constexpr int width = 480;
+constexpr int height = 300;
+
+void drawHalves(test::VirtualScreen &screen) {
+    screen.fill(0xff0000);
+    screen.fillRect(245, 0, width - 245, height, 0x0000ff);
+}
+
+TEST_P(HostTest, MirrorsTheFirstDisplay) {
+    test::VirtualScreen screen(width, height);
+    screen.fill(0x00ff00);
+    screen.use();
+    const std::string address = GetParam().address;
+    test::LightReceiver light(address, 60222);
+    test::Child host = run({address, "2"});
+    ASSERT_TRUE(host.waitFor(" onto " + address + "\n")) << host.out << host.errors;
+    EXPECT_NE(host.out.find(": 480 x 300\n"), std::string::npos) << host.out;
+
+    // The light shows the screen and follows it.
+    const auto shows = [&](std::uint32_t left, std::uint32_t right) {
+        const auto wanted =
+            test::encode(2, {{1, left, 0, 1}, {2, left, 0, 1}, {3, right, 0, 1}, {4, right, 0, 1}});
+        auto got = light.next();
+        while (got && got != wanted)
+            got = light.next();
+        return got.has_value();
+    };
+    EXPECT_TRUE(shows(0x00ff00, 0x00ff00));
+    drawHalves(screen);
+    EXPECT_TRUE(shows(0xff0000, 0x0000ff));
+
+    EXPECT_EQ(host.waitExit(), 0) << host.errors;
+    EXPECT_EQ(host.errors, "");
+    const std::string animData =
+        "4 1 1 255 0 0 0 5 2 1 255 0 0 0 5 3 1 0 0 255 0 5 4 1 0 0 255 0 5";
+    EXPECT_NE(host.out.find(animData), std::string::npos) << host.out;
+    EXPECT_NE(host.out.find("palette: #ff0000 #"), std::string::npos) << host.out;
+}
+
+TEST_P(HostTest, ShowsThePaletteInColourOnATerminal) {
+    test::VirtualScreen screen(width, height);
+    drawHalves(screen);
+    screen.use();
+    test::Child host = run({"::1", "1"}, test::Child::Output::terminal);
+    EXPECT_EQ(host.waitExit(), 0) << host.out;
+    EXPECT_NE(host.out.find("palette: \x1b[48;2;255;0;0m  \x1b[0m #ff0000 \x1b[48;2;"),
+              std::string::npos)
+        << host.out;
+}
+
+TEST_P(HostTest, SaysThatAnAddressDoesNotParse) {
+    for (const char *address : {"lamp.local", "127.0.76", "fe80::1%lo"})
+        expectOneLine({address, "0"}, std::string("not an IPv4 or IPv6 address: ") + address);
+}
+
+TEST_P(HostTest, SaysThatThereIsNoScreen) {
+    expectOneLine({"127.0.0.1", "0"}, "there is no display to mirror");
+}
+
+TEST_P(HostTest, SaysThatTheLibraryIsMissing) {
+    useLibrary("/nonexistent/libscreenMirrorMac.so.1");
+    // A linked host does not come to speak: the system says it.
+    expectOneLine({"127.0.0.1", "0"}, "libscreenMirrorMac.so.1: ", GetParam().linked ? 127 : 1);
+    expectOneLine({"127.0.0.1", "0"}, "cannot open shared object file",
+                  GetParam().linked ? 127 : 1);
+}
+
+TEST_P(HostTest, TellsEachFailureAndStopsWhatItStarted) {
+    useLibrary(FAILING_LIBRARY);
+    struct Failure {
+        const char *function;
+        const char *result;
+        const char *line;
+        bool started;
+    };
+    const Failure failures[] = {
+        {"getDisplays", "-1", "the displays cannot be listed", false},
+        {"getDisplays", "full", "the list of displays is cut", false},
+        {"getDisplays", "none", "there is no display to mirror", false},
+        {"setMirrorConfig", "0", "the configuration was not applied", false},
+        {"startMirror", "0", "a run exists already or there is no device", false},
+        {"startMirror", "-1", "no thread could be made", false},
+        {"captureCurrentStreamFrames", "-1", "nothing was sent within a second", true},
+        {"getSizeOfStreamFrameJson", "0", "no frame was captured", true},
+        {"getSizeOfStreamFrameJson", "-1", "the snapshot could not be made", true},
+        {"getStreamFrameJson", "-1", "the snapshot could not be fetched", true},
+        {"getPalette", "-1", "the palette could not be made", true},
+        {"getPalette", "full", "the palette is cut", true},
+        {"stopMirror", "-1", "mirroring could not be stopped", true},
+    };
+    for (const Failure &failure : failures) {
+        SCOPED_TRACE(std::string(failure.function) + " returns " + failure.result);
+        setenv("FAIL", failure.function, 1);
+        setenv("FAIL_WITH", failure.result, 1);
+        const std::string out = expectOneLine({"127.0.0.1", "0"}, failure.line);
+        EXPECT_EQ(out.find("stopped\n") != std::string::npos, failure.started) << out;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(, HostTest, testing::ValuesIn(hosts()),
+                         [](const testing::TestParamInfo<Host> &info) { return info.param.name; });
+
+} // namespace

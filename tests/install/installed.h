@@ -1,0 +1,37 @@
+// An installation in a folder of its own, moved after it was made.
+#pragma once
+
+#include "tests/tools/panelwall/wallSetup.h"
+
+#include <string>
+#include <vector>
+
+namespace test {
+
+struct Result {
+    int status = -1;
+    std::string out; // with standard error
+};
+
+// Runs a shell's command.
+Result shell(const std::string &command);
+
+// The files and links below a folder, sorted, by their names from there.
+std::vector<std::string> filesBelow(const std::string &folder);
+
+class Installed {
+public:
+    // Throws std::runtime_error when it cannot be installed.
+    Installed();
+
+    // A path below the prefix, as it is after the move.
+    std::string at(const std::string &name) const { return folder.file("moved/" + name); }
+    // One beside it.
+    std::string beside(const std::string &name) const { return folder.file(name); }
+    std::string examples() const { return at("share/doc/screenMirrorMac/examples"); }
+
+private:
+    Folder folder;
+};
+
+} // namespace test
