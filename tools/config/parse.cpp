@@ -68,6 +68,16 @@ static const char *remedyOf(rapidjson::ParseErrorCode error) {
         return "write a backslash as two";
     case rapidjson::kParseErrorStringInvalidEncoding:
         return "save the file as UTF-8, with line breaks in texts as \\n";
+    case rapidjson::kParseErrorStringUnicodeEscapeInvalidHex:
+        return "write four hexadecimal digits after \\u, or the character itself";
+    case rapidjson::kParseErrorStringUnicodeSurrogateInvalid:
+        return "write both halves of the character, or the character itself";
+    case rapidjson::kParseErrorNumberTooBig:
+        return "write a smaller number";
+    case rapidjson::kParseErrorNumberMissFraction:
+        return "write a digit after the point, or take the point away";
+    case rapidjson::kParseErrorNumberMissExponent:
+        return "write a digit after the e, or take the e away";
     default:
         return "";
     }

@@ -147,6 +147,17 @@ TEST(MirrorctlCheck, tellsWhatIsNoDocumentInWholeSentences) {
                          "levels deep.\n"));
 }
 
+TEST(MirrorctlCheck, tellsHowToMendWhateverDoesNotParse) {
+    for (const char *text :
+         {"", "{}{}", "{\"a\":tru}", "{\"a\":1,}", "{\"a\" 1}", "{\"a\":1 \"b\":2}", "[1 2]",
+          "{\"a\":\"\\q\"}", "{\"a\":\"\\u12x4\"}", "{\"a\":\"\\ud800\"}", "{\"a\":\"x",
+          "{\"a\":\"\xff\"}", "{\"a\":1.}", "{\"a\":1e}", "{\"a\":1e999}"}) {
+        const Ending ending = check(text);
+        EXPECT_EQ(ending.status, 65) << text;
+        EXPECT_TRUE(contains(ending.out, "    To mend it: ")) << text << ": " << ending.out;
+    }
+}
+
 TEST(MirrorctlCheck, refusesBombs) {
     EXPECT_TRUE(contains(check(std::string(3000000, '[')).out, "no deeper than 256 levels"));
     std::string objects;
