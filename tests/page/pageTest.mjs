@@ -58,6 +58,23 @@ const waitForColours = (page, size, colours) =>
     return colours.every(([x, y, colour]) => picture.shows(x, y) === colour) && picture;
   });
 
+test("a wall that flashes is warned of, and the warning goes", async () => {
+  const document = configuration([device("127.0.72.19", 2, [[1, 100, 100]])]);
+  const wall = await setting.wall(document, ["--size", "400x300"]);
+  const page = await open(wall.url);
+  const notice = page.locator("#notice");
+  for (let i = 0; i < 12; ++i)
+    await sender.send("127.0.72.19", wide([[1, i % 2 ? 0 : 0xffffff, 0]]));
+  await notice.waitFor({ state: "visible" });
+  assert.match(await notice.innerText(), /^The whole wall flashes, up to 5\.5 times within a second/);
+  const rest = setInterval(() => sender.send("127.0.72.19", wide([[1, 0, 0]])), 300);
+  try {
+    await notice.waitFor({ state: "hidden" });
+  } finally {
+    clearInterval(rest);
+  }
+});
+
 test("panels have the colours that the library sends, at their true places", async () => {
   const size = [800, 600];
   const stage = await setting.stage(...size);

@@ -177,7 +177,7 @@ void Session::show() {
                     modeName(document.mode) + "  " + std::to_string(screen.width) + " x " +
                     std::to_string(screen.height) + "  Ctrl-C ends";
     content.devices = deviceLines(wall, now, ReasonPlace::nextLine);
-    content.message = now < noticeEnd ? notice : silence(now);
+    content.message = message(now);
     if (!live.draw(wall, screen, content, now))
         outputGone = true;
 }
@@ -192,12 +192,22 @@ void Session::showLines() {
     if (!text.empty() && !silenceTold)
         print(text);
     silenceTold = !text.empty();
+    const std::string warning = describeFlashes(wall, now);
+    if (!warning.empty() && !flashesTold)
+        print(warning);
+    flashesTold = !warning.empty();
 }
 
 std::string Session::silence(Clock::time_point now) const {
     if (source.isRecording())
         return {};
     return describeSilence(wall, document.mode, start, now);
+}
+
+std::string Session::message(Clock::time_point now) const {
+    const std::string warning = describeFlashes(wall, now);
+    const std::string other = now < noticeEnd ? notice : silence(now);
+    return warning + (warning.empty() || other.empty() ? "" : " ") + other;
 }
 
 bool Session::saveSnapshot() {

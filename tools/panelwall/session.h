@@ -41,6 +41,9 @@ private:
     // What to say about datagrams that do not come; nothing in a replay, which is as it was.
     std::string silence(Clock::time_point now) const;
 
+    // What the terminal says below the wall.
+    std::string message(Clock::time_point now) const;
+
     // The next moment at which something is to be done without a datagram or signal.
     Clock::time_point nextDue() const;
 
@@ -70,6 +73,7 @@ private:
     Clock::time_point nextLines; // when the next lines are due, off a terminal
     bool changed = false;        // the wall since it was last drawn, or it will
     bool silenceTold = false;
+    bool flashesTold = false;
     bool recordingTroubleTold = false;
     bool ended = false;
     bool outputGone = false;

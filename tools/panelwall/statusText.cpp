@@ -7,6 +7,8 @@
 
 namespace panelwall {
 
+static constexpr std::chrono::seconds warningTime{5};
+
 static std::string describeAge(Clock::duration age) {
     const double seconds = std::chrono::duration<double>(age).count();
     char text[40];
@@ -96,6 +98,19 @@ std::string describeSilence(const Wall &wall, std::int32_t mode, Clock::time_poi
         return {};
     return std::string(last ? "Nothing has arrived for " : "Nothing has arrived at all in ") +
            describeAge(silence) + ". " + adviseOnSilence(mode);
+}
+
+std::string describeFlashes(const Wall &wall, Clock::time_point now) {
+    const FlashMeter &flashes = wall.flashes();
+    if (!flashes.lastExcess() || now - *flashes.lastExcess() >= warningTime)
+        return {};
+    char text[160];
+    std::snprintf(
+        text, sizeof text,
+        "The whole wall flashes, up to %.1f times within a second: more than 3 can set off "
+        "seizures in some people.",
+        flashes.most());
+    return text;
 }
 
 std::vector<std::string> describeSharedIds(const Wall &wall) {

@@ -30,6 +30,10 @@ std::string describeSilence(const Wall &wall, std::int32_t mode, Clock::time_poi
 // What silence means in a mirror mode, and what to check; one line.
 std::string adviseOnSilence(std::int32_t mode);
 
+// A warning while the wall flashes more than three times a second, and for some seconds after it
+// did, so that it can be read; else empty. One line.
+std::string describeFlashes(const Wall &wall, Clock::time_point now);
+
 // One line per pair of panels of a device that datagrams cannot tell apart, a few at most.
 std::vector<std::string> describeSharedIds(const Wall &wall);
 

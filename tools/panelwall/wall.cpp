@@ -36,6 +36,8 @@ Wall::Wall(const config::Document &document, std::chrono::milliseconds transitio
     : unit(transitionUnit) {
     for (const config::DeviceEntry &entry : document.devices)
         allDevices.push_back(makeDevice(entry));
+    for (const WallDevice &device : allDevices)
+        panelCount += device.panels.size();
 }
 
 void Wall::hear(std::size_t index, std::span<const std::uint8_t> bytes, Clock::time_point now) {
@@ -62,10 +64,14 @@ void Wall::hear(std::size_t index, std::span<const std::uint8_t> bytes, Clock::t
         if (found == newest.end())
             continue;
         const Record &record = *found->second;
+        luminanceSum -= relativeLuminance(panel.colour.value_or(Colour{}));
         panel.colour = Colour{record.red, record.green, record.blue};
+        luminanceSum += relativeLuminance(*panel.colour);
         panel.transitionTime = record.transitionTime;
         panel.transition.moveTo(*panel.colour, unit * record.transitionTime, now);
     }
+    if (panelCount > 0)
+        flashMeter.note(luminanceSum / static_cast<double>(panelCount), now);
     if (device.history)
         device.history->note(now, [&](std::size_t panel) { return device.panels[panel].colour; });
 }

@@ -9,6 +9,7 @@
 #include "tools/panelwall/colour.h"
 #include "tools/panelwall/colourHistory.h"
 #include "tools/panelwall/datagram.h"
+#include "tools/panelwall/flashMeter.h"
 #include "tools/panelwall/rateMeter.h"
 #include "tools/panelwall/transition.h"
 
@@ -78,12 +79,19 @@ public:
     // Whether any panel is on its way to another colour.
     bool isMoving(Clock::time_point now) const;
 
+    // How often the wall flashes: the brightness of the colours that were sent, on average over all
+    // panels; those without a colour are dark.
+    const FlashMeter &flashes() const { return flashMeter; }
+
     // When the last datagram came, whichever device it was for.
     std::optional<Clock::time_point> lastArrival() const;
 
 private:
     std::vector<WallDevice> allDevices;
     std::chrono::milliseconds unit;
+    FlashMeter flashMeter;
+    double luminanceSum = 0.0; // of all panels
+    std::size_t panelCount = 0;
 };
 
 // Half the side of the square of screen that colours a panel: a third of the panel's size, which is

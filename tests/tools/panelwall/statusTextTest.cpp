@@ -51,6 +51,41 @@ TEST(PanelwallStatusText, SilenceIsToldAfterThreeSecondsAndEndsWithADatagram) {
         0u);
 }
 
+TEST(PanelwallStatusText, AWallThatFlashesIsWarnedOf) {
+    Wall wall(twoDevices());
+    auto now = start;
+    const auto light = [&](std::uint8_t level) {
+        wall.hear(0, std::vector<std::uint8_t>{1, 44, 1, level, level, level, 0, 1}, now);
+        wall.hear(1, std::vector<std::uint8_t>{0, 1, 0, 44, level, level, level, 0, 0, 1}, now);
+        now += milliseconds(100);
+    };
+    for (int i = 0; i < 7; ++i) {
+        EXPECT_EQ(describeFlashes(wall, now), "") << i;
+        light(i % 2 == 0 ? 255 : 0);
+    }
+    EXPECT_EQ(describeFlashes(wall, now),
+              "The whole wall flashes, up to 3.5 times within a second: more than 3 can set off "
+              "seizures in some people.");
+    EXPECT_NE(describeFlashes(wall, now + milliseconds(4800)), "");
+    EXPECT_EQ(describeFlashes(wall, now + milliseconds(4900)), "");
+}
+
+// A wall whose panels take turns is as bright as before.
+TEST(PanelwallStatusText, AFewPanelsAreNotTheWall) {
+    auto document = twoDevices();
+    document.devices.resize(1);
+    document.devices[0].panels.clear();
+    for (int id = 0; id < 20; ++id)
+        document.devices[0].panels.push_back({id, 0, 0});
+    Wall wall(document);
+    for (int i = 0; i < 50; ++i) {
+        const std::uint8_t level = i % 2 == 0 ? 255 : 0;
+        wall.hear(0, std::vector<std::uint8_t>{1, 7, 1, level, level, level, 0, 1},
+                  start + milliseconds(40 * i));
+    }
+    EXPECT_EQ(wall.flashes().most(), 0.0);
+}
+
 TEST(PanelwallStatusText, SilenceMeansSomethingElseInEachMode) {
     const Wall wall(twoDevices());
     const auto later = start + seconds(9);

@@ -52,6 +52,23 @@ TEST(PanelwallTerminal, DrawsColoursInPlaceAndRestoresTheTerminal) {
               std::string::npos);
 }
 
+TEST(PanelwallTerminal, WarnsWhileTheWallFlashes) {
+    const Folder folder;
+    for (const auto output : {Child::Output::terminal, Child::Output::pipes}) {
+        const auto config = folder.write(
+            "wall.json", documentText({deviceText("127.0.58.66", 2, {{1, 300, 200}})}));
+        Child wall({PANELWALL_PROGRAM, config}, output, 200, 24);
+        ASSERT_TRUE(wall.waitFor(output == Child::Output::terminal ? "0/1 lit" : "listening"));
+        for (int i = 0; i < 12; ++i) {
+            const auto level = static_cast<std::uint8_t>(i % 2 == 0 ? 255 : 0);
+            sendTo("127.0.58.66", 60222, {0, 1, 0, 1, level, level, level, 0, 0, 0});
+        }
+        EXPECT_TRUE(wall.waitFor("The whole wall flashes, up to 5.5 times within a second"));
+        wall.signal(SIGINT);
+        EXPECT_EQ(wall.waitExit(), 0);
+    }
+}
+
 // The only panel of the wall goes from black to (200, 100, 0); whatever is seen of it meanwhile
 // lies on the straight line between them.
 TEST(PanelwallTerminal, PanelsMoveToTheirColour) {

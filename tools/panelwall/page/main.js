@@ -10,6 +10,9 @@ const numbersTime = 250; // numbers that change faster cannot be read
 const timelineTime = 100;
 const pictureTime = 1000;
 
+const flashAdvice =
+  "Palette mode holds each panel's colour for a second or more; see the README on flashing pictures.";
+
 const get = (id) => document.getElementById(id);
 const wall = new Wall(get("wall"));
 const devices = new Devices(get("devices"));
@@ -121,7 +124,8 @@ function showNumbers(now) {
   if (silence < facts.tellingSilence) {
     if (state.heard) setState("live", facts.recording ? "Replay" : "Live");
     else setState("waiting", "Waiting");
-    setNotice("", "");
+    if (state.warning) setNotice(state.warning, flashAdvice);
+    else setNotice("", "");
     return;
   }
   setState("silent", "Silent");

@@ -201,6 +201,7 @@ std::string nowEvent(const Wall &wall, const WallFacts &facts,
     json.Key("slot");
     json.Int64(ColourHistory::slotOf(now));
     number(json, "silence", millisecondsOf(now - wall.lastArrival().value_or(facts.start)));
+    string(json, "warning", describeFlashes(wall, now));
     json.Key("heard");
     json.Bool(wall.lastArrival().has_value());
     json.Key("devices");

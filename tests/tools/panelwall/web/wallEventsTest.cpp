@@ -86,6 +86,19 @@ TEST(PanelwallWallEvents, TellWhatPanelsShowAndWhereTheyAreGoing) {
     EXPECT_TRUE(event["heard"].GetBool());
 }
 
+TEST(PanelwallWallEvents, WarnOfFlashes) {
+    Wall wall(twoDevices());
+    EXPECT_STREQ(dataOf(nowEvent(wall, {}, {}, start), "now")["warning"].GetString(), "");
+    for (int i = 0; i < 8; ++i) {
+        const std::uint8_t level = i % 2 == 0 ? 255 : 0;
+        wall.hear(0, std::vector<std::uint8_t>{1, 7, 1, level, level, level, 0, 1},
+                  start + milliseconds(50 * i));
+    }
+    const std::string warning =
+        dataOf(nowEvent(wall, {}, {}, start + milliseconds(400)), "now")["warning"].GetString();
+    EXPECT_NE(warning.find("up to 3.5 times"), std::string::npos) << warning;
+}
+
 TEST(PanelwallWallEvents, TellTheReasonOfMalformedOnes) {
     Wall wall(twoDevices());
     wall.hear(0, std::vector<std::uint8_t>{}, start);
