@@ -1,4 +1,5 @@
-# A Debian package with everything that is installed: `cpack -G DEB` in the build folder.
+# A Debian package with everything that is installed: `cpack` in the build folder.
+set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME screen-mirror)
 set(CPACK_PACKAGE_VENDOR "Screen mirror")
 set(CPACK_PACKAGE_CONTACT "Screen mirror <screen-mirror@example.invalid>")
