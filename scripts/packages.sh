@@ -5,7 +5,7 @@ build_packages="build-essential clang llvm libclang-rt-14-dev cmake ninja-build 
     libbenchmark-dev libxcb1-dev libxcb-randr0-dev libxcb-shm0-dev libxcb-damage0-dev
     libxcb-xfixes0-dev"
 screen_packages="xvfb x11-utils x11-xserver-utils"
-manual_packages="mandoc zsh"
+manual_packages="mandoc zsh doxygen"
 format_packages="clang-format-14 git"
 demo_packages="ffmpeg"
 # For the example hosts and the package's dependencies. A host in JavaScript runs on the page's Node.js.

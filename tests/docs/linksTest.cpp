@@ -1,0 +1,88 @@
+// Links between the documents, and from them into the tree.
+#include "tests/docs/markdown.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <regex>
+
+namespace fs = std::filesystem;
+using test::Page;
+
+namespace {
+
+bool leadsOutside(const std::string &target) {
+    return std::regex_search(target, std::regex("^[a-z]+:"));
+}
+
+// The page that a link leads to, or null when it leads to another kind of file.
+const Page *pageAt(const std::vector<Page> &pages, const std::string &path) {
+    const auto found = std::find_if(pages.begin(), pages.end(),
+                                    [&](const Page &page) { return page.path == path; });
+    return found == pages.end() ? nullptr : &*found;
+}
+
+// What is wrong with a page's links, a line each.
+std::string brokenLinks(const std::vector<Page> &pages, const Page &page) {
+    std::string broken;
+    for (const test::Link &link : page.links) {
+        if (leadsOutside(link.target))
+            continue;
+        const auto hash = link.target.find('#');
+        const std::string file = link.target.substr(0, hash);
+        const fs::path path =
+            file.empty() ? fs::path(page.path) : fs::path(page.path).parent_path() / file;
+        const Page *there = pageAt(pages, path.lexically_normal());
+        const bool isMissing = !there && (!fs::exists(TREE / path) || hash != std::string::npos);
+        if (isMissing ||
+            (hash != std::string::npos && !there->anchors.count(link.target.substr(hash + 1))))
+            broken += test::place(page, link.line) + ": " + link.target + '\n';
+    }
+    return broken;
+}
+
+TEST(Links, LeadSomewhere) {
+    const std::vector<Page> pages = test::pagesOf(TREE);
+    ASSERT_FALSE(pages.empty());
+    std::size_t links = 0;
+    for (const Page &page : pages) {
+        EXPECT_EQ(brokenLinks(pages, page), "");
+        links += page.links.size();
+    }
+    EXPECT_GT(links, 20u);
+}
+
+TEST(Links, ThatLeadNowhereAreTold) {
+    const auto broken = [](const std::string &text) {
+        const std::vector<Page> pages = {
+            test::readPage("docs/x.md", "# One `two`, three\n" + text)};
+        return brokenLinks(pages, pages[0]);
+    };
+    EXPECT_EQ(broken("[a](#one-two-three) [b](https://example.org/) [c](../README.md)"), "");
+    EXPECT_EQ(broken("[a](#one-two)"), "docs/x.md:2: #one-two\n");
+    EXPECT_EQ(broken("![a](missing.png)"), "docs/x.md:2: missing.png\n");
+    EXPECT_EQ(broken("[a](../README.md#nothing)"), "docs/x.md:2: ../README.md#nothing\n");
+    EXPECT_EQ(broken("`[a](code)`\n\n    [a](code)\n\n```c\n[a](code)\n```\n"), "");
+}
+
+// A page that no other leads to is found by nobody.
+TEST(Links, ReachEveryPageFromTheReadme) {
+    const std::vector<Page> pages = test::pagesOf(TREE);
+    std::set<std::string> reached;
+    std::vector<std::string> next = {"README.md"};
+    while (!next.empty()) {
+        const std::string path = next.back();
+        next.pop_back();
+        const Page *page = pageAt(pages, path);
+        if (!page || !reached.insert(path).second)
+            continue;
+        for (const test::Link &link : page->links)
+            next.push_back(
+                (fs::path(path).parent_path() / link.target.substr(0, link.target.find('#')))
+                    .lexically_normal());
+    }
+    for (const Page &page : pages)
+        EXPECT_EQ(reached.count(page.path), 1u) << page.path;
+}
+
+} // namespace

@@ -1,0 +1,192 @@
+// The documents' snippets: programs compile, configurations pass the check, commands exist, and
+// blocks of shell commands run.
+#include "tests/docs/markdown.h"
+#include "tests/support/virtualScreen.h"
+
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <map>
+#include <regex>
+#include <sstream>
+
+namespace fs = std::filesystem;
+using test::CodeBlock;
+using test::Page;
+
+namespace {
+
+struct Output {
+    std::string text;
+    int status = -1;
+};
+
+Output outputOf(const std::string &command) {
+    Output output;
+    FILE *pipe = popen(("{ " + command + "\n} 2>&1").c_str(), "r");
+    if (!pipe)
+        return output;
+    char part[4096];
+    while (const std::size_t size = fread(part, 1, sizeof part, pipe))
+        output.text.append(part, size);
+    output.status = pclose(pipe);
+    return output;
+}
+
+// A folder that looks like a tree which was built by the release preset.
+class Snippets : public testing::Test {
+protected:
+    Snippets() {
+        std::string name = (fs::temp_directory_path() / "snippetsXXXXXX").string();
+        folder = mkdtemp(name.data());
+        fs::create_directory(folder / "build");
+        fs::create_directory_symlink(BUILD, folder / "build/release");
+        for (const char *room : {"docs", "examples", "mirror", "scripts", "tests", "tools"})
+            fs::create_directory_symlink(fs::path(TREE) / room, folder / room);
+    }
+    ~Snippets() override { fs::remove_all(folder); }
+
+    std::string write(const std::string &name, const std::string &text) {
+        std::ofstream(folder / name) << text;
+        return folder / name;
+    }
+
+    // Calls `use` with each block in that language and its place; there must be some.
+    template <class Use> void forEachBlock(const std::string &language, Use use) {
+        int count = 0;
+        for (const Page &page : test::pagesOf(TREE))
+            for (const CodeBlock &block : page.code)
+                if (block.isFenced && block.language == language) {
+                    use(block, test::place(page, block.line));
+                    ++count;
+                }
+        EXPECT_GT(count, 0) << language;
+    }
+
+    fs::path folder;
+};
+
+// "cpp" is for the pages whose steps a test of their own follows.
+TEST_F(Snippets, AreInLanguagesThatATestReads) {
+    for (const Page &page : test::pagesOf(TREE))
+        for (const CodeBlock &block : page.code)
+            if (block.isFenced) {
+                const bool isRead =
+                    block.language == "c" || block.language == "json" || block.language == "sh" ||
+                    (block.language == "cpp" && page.path == "docs/adding-a-mode.md");
+                EXPECT_TRUE(isRead) << test::place(page, block.line) << ": " << block.language;
+            }
+}
+
+TEST_F(Snippets, InCCompile) {
+    forEachBlock("c", [&](const CodeBlock &block, const std::string &place) {
+        const Output output =
+            outputOf(CC " -std=gnu99 -Wall -Wextra -Werror -fsyntax-only -I " TREE " " +
+                     write("snippet.c", block.text));
+        EXPECT_EQ(output.status, 0) << place << '\n' << output.text;
+    });
+}
+
+TEST_F(Snippets, InJsonAreConfigurations) {
+    forEachBlock("json", [&](const CodeBlock &block, const std::string &place) {
+        const Output output = outputOf(BUILD "/mirrorctl check --screen 1920x1080 " +
+                                       write("config.json", block.text));
+        EXPECT_EQ(output.status, 0) << place << '\n' << output.text;
+    });
+}
+
+TEST_F(Snippets, OfTheShellRun) {
+    const test::VirtualScreen screen(1280, 720);
+    forEachBlock("sh", [&](const CodeBlock &block, const std::string &place) {
+        const Output output = outputOf("cd " + folder.string() + "; DISPLAY=" + screen.display() +
+                                       " sh -eu " + write("snippet.sh", block.text));
+        EXPECT_EQ(output.status, 0) << place << '\n' << output.text;
+    });
+}
+
+// Commands that take too long to run here, or need a desktop, at least exist, with all that follows
+// them: scripts, presets, targets, options.
+class Commands : public Snippets {
+protected:
+    // What is wrong with a command line, or nothing.
+    std::string faultOf(const std::string &line) {
+        static const std::regex script("^(scripts/[a-z-]+|tests/[A-Za-z/]+)\\b");
+        static const std::regex preset("--preset ([A-Za-z0-9_-]+)");
+        static const std::regex program("(?:^|[ /])(mirrorctl|panelwall) +([a-z]*)");
+        std::smatch found;
+        if (std::regex_search(line, found, script) && !fs::exists(TREE / fs::path(found[1].str())))
+            return "there is no " + found[1].str();
+        if (std::regex_search(line, found, preset) &&
+            test::fileText(TREE "/CMakePresets.json").find('"' + found[1].str() + '"') ==
+                std::string::npos)
+            return "there is no preset " + found[1].str();
+        if (std::regex_search(line, found, program))
+            return faultOfOptions(line, found[1], found[2]);
+        return "";
+    }
+
+    std::string faultOfOptions(const std::string &line, const std::string &program,
+                               const std::string &command) {
+        static const std::regex option(" (--[a-z-]+)");
+        const std::string help = helpOf(program, program == "mirrorctl" ? command : "");
+        for (std::sregex_iterator i(line.begin(), line.end(), option), end; i != end; ++i)
+            if (!std::regex_search(help, std::regex((*i)[1].str() + "\\b")))
+                return program + ' ' + command + " has no " + (*i)[1].str();
+        return "";
+    }
+
+    const std::string &helpOf(const std::string &program, const std::string &command) {
+        std::string &help = known[program + ' ' + command];
+        if (help.empty())
+            help = outputOf(BUILD "/" + program + ' ' + command + " --help").text;
+        return help;
+    }
+
+    // Calls `use` with each line of shell, joined with those that it goes on in.
+    template <class Use> void forEachLine(const CodeBlock &block, Use use) {
+        static const std::regex continuation("\\\\\n *");
+        static const std::regex comment(" +# .*$");
+        std::istringstream lines(std::regex_replace(block.text, continuation, ""));
+        for (std::string line; std::getline(lines, line);)
+            use(std::regex_replace(line, comment, ""));
+    }
+
+    std::map<std::string, std::string> known;
+};
+
+TEST_F(Commands, Exist) {
+    int count = 0;
+    for (const Page &page : test::pagesOf(TREE))
+        for (const CodeBlock &block : page.code)
+            if (!block.isFenced || block.language == "sh")
+                forEachLine(block, [&](const std::string &line) {
+                    EXPECT_EQ(faultOf(line), "") << test::place(page, block.line);
+                    ++count;
+                });
+    EXPECT_GT(count, 20);
+}
+
+TEST_F(Commands, ThatDoNotExistAreTold) {
+    EXPECT_EQ(faultOf("scripts/test asan"), "");
+    EXPECT_EQ(faultOf("scripts/tset"), "there is no scripts/tset");
+    EXPECT_EQ(faultOf("cmake --preset realease"), "there is no preset realease");
+    EXPECT_EQ(faultOf("build/release/mirrorctl run c.json --fast"), "mirrorctl run has no --fast");
+    EXPECT_EQ(faultOf("panelwall c.json --web --quiet"), "panelwall c has no --quiet");
+}
+
+// A picture that nobody can make again grows old unnoticed.
+TEST_F(Snippets, PicturesNameTheCommandThatMakesThem) {
+    static const std::regex command("`(scripts/[a-z-]+)");
+    for (const Page &page : test::pagesOf(TREE)) {
+        const std::string text = test::fileText(TREE "/" + page.path);
+        for (const test::Link &link : page.links)
+            if (link.isImage && fs::path(link.target).extension() == ".png") {
+                std::smatch found;
+                EXPECT_TRUE(std::regex_search(text, found, command) &&
+                            fs::exists(TREE / fs::path(found[1].str())))
+                    << test::place(page, link.line) << ": " << link.target;
+            }
+    }
+}
+
+} // namespace
