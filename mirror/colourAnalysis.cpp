@@ -2,11 +2,11 @@
 #include "colour/dominantColour.h"
 #include "colour/palette.h"
 #include "mirror/frameLease.h"
+#include "mirror/jsonMemory.h"
 #include "mirror/screenMirrorMac.h"
 
 #include <cstdio>
 #include <cstring>
-#include <rapidjson/writer.h>
 
 void MirrorManager::setScreenSamplePixels() {
     fillScreenGrid(screenWidth, screenHeight, samplePixels);
@@ -42,7 +42,8 @@ int MirrorManager::getPalette(char *buffer) {
     constexpr std::size_t bufferSize = 512;
     try {
         streamFrameJson.Clear();
-        rapidjson::Writer<rapidjson::StringBuffer> writer(streamFrameJson);
+        JsonText text;
+        JsonWriter writer(text);
         writer.StartObject();
         writer.Key("palette");
         writer.StartArray();
@@ -63,7 +64,8 @@ int MirrorManager::getPalette(char *buffer) {
         }
         writer.EndArray();
         writer.EndObject();
-        std::strncpy(buffer, streamFrameJson.GetString(), bufferSize);
+        keep(text, streamFrameJson);
+        std::strncpy(buffer, terminated(streamFrameJson), bufferSize);
         return 0;
     } catch (...) {
         return -1;

@@ -1,4 +1,5 @@
 // Applying a configuration document.
+#include "mirror/jsonMemory.h"
 #include "mirror/screenMirrorMac.h"
 
 #include <cstdio>
@@ -12,7 +13,9 @@
 
 namespace {
 
-using Value = rapidjson::Value;
+using Pool = rapidjson::MemoryPoolAllocator<JsonMemory>;
+using Document = rapidjson::GenericDocument<rapidjson::UTF8<>, Pool, JsonMemory>;
+using Value = Document::ValueType;
 
 std::vector<Panel> readPanels(const Value &entries) {
     std::vector<Panel> panels;
@@ -45,7 +48,7 @@ Device readDevice(const Value &entry, const MirrorManager &manager) {
 int MirrorManager::setMirrorConfig(char *json) {
     stopMirror();
     try {
-        rapidjson::Document document;
+        Document document;
         rapidjson::StringStream text(json);
         // The other way calls itself once a level, so that a text could use up the host's stack.
         document.ParseStream<rapidjson::kParseIterativeFlag>(text);

@@ -1,9 +1,9 @@
 // The list of displays that a host may mirror.
+#include "mirror/jsonMemory.h"
 #include "mirror/screenMirrorMac.h"
 
 #include <cstdio>
 #include <cstring>
-#include <rapidjson/writer.h>
 
 namespace {
 constexpr std::uint32_t maxDisplays = 10;
@@ -17,8 +17,8 @@ int MirrorManager::getDisplays(char *buffer, int bufferLength) {
         std::vector<CGDirectDisplayID> displays(maxDisplays);
         CGGetActiveDisplayList(maxDisplays, displays.data(), &displayCount);
 
-        rapidjson::StringBuffer text;
-        rapidjson::Writer<rapidjson::StringBuffer> writer(text);
+        JsonText text;
+        JsonWriter writer(text);
         writer.StartObject();
         writer.Key("numDisplays");
         writer.Uint(displayCount);

@@ -1,11 +1,11 @@
 // The snapshot of what was sent: asking for it, and handing it out as JSON.
+#include "mirror/jsonMemory.h"
 #include "mirror/screenMirrorMac.h"
 #include "mirror/sharedFlag.h"
 
 #include <chrono>
 #include <cstdio>
 #include <cstring>
-#include <rapidjson/writer.h>
 
 // Host thread.
 int MirrorManager::captureCurrentStreamFrames() {
@@ -28,7 +28,8 @@ int MirrorManager::getSizeOfStreamFrameJson() {
         streamFrameJson.Clear();
         if (streamFrames.empty())
             return 0;
-        rapidjson::Writer<rapidjson::StringBuffer> writer(streamFrameJson);
+        JsonText text;
+        JsonWriter writer(text);
         writer.StartObject();
         writer.Key("numDevices");
         writer.Uint(static_cast<unsigned>(devices.size()));
@@ -45,6 +46,7 @@ int MirrorManager::getSizeOfStreamFrameJson() {
         }
         writer.EndArray();
         writer.EndObject();
+        keep(text, streamFrameJson);
         streamFrameJsonSize = static_cast<std::int32_t>(streamFrameJson.GetSize());
         return streamFrameJsonSize;
     } catch (...) {
@@ -56,7 +58,7 @@ int MirrorManager::getSizeOfStreamFrameJson() {
 // Host thread.
 int MirrorManager::getStreamFrameJson(char *buffer) {
     try {
-        std::strncpy(buffer, streamFrameJson.GetString(),
+        std::strncpy(buffer, terminated(streamFrameJson),
                      static_cast<std::size_t>(streamFrameJsonSize));
         return 0;
     } catch (...) {

@@ -29,8 +29,11 @@ constexpr const char *sameHere[] = {
     "__ZNSt12length_errorD1Ev",
     "__ZNSt20bad_array_new_lengthC1Ev",
     "__ZNSt20bad_array_new_lengthD1Ev",
+    "__ZNSt9bad_allocC1Ev",
+    "__ZNSt9bad_allocD1Ev",
     "__ZTISt12length_error",
     "__ZTISt20bad_array_new_length",
+    "__ZTISt9bad_alloc",
     "__ZTVSt12length_error",
     // Memory.
     "__Znwm",
