@@ -1,10 +1,13 @@
 #include "platform/x11/pixelMemory.h"
 
+#include "platform/x11/signals.h"
+
 #include <algorithm>
 #include <cstring>
 #include <fcntl.h>
 #include <new>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 
 namespace x11 {
@@ -16,6 +19,18 @@ constexpr std::uint32_t allPlanes = 0xffffffff;
 // How much of the screen is asked for at once when it travels over the connection.
 constexpr std::size_t chunkBytes = std::size_t{1} << 20;
 
+// A file that outgrows what the process may make costs it a signal.
+bool mayBeFile(std::size_t bytes) {
+    rlimit limit{};
+    return getrlimit(RLIMIT_FSIZE, &limit) == 0 && bytes <= limit.rlim_cur;
+}
+
+// Large ones take a while, and any signal meanwhile would undo all of it.
+bool fill(int file, std::size_t bytes) {
+    const QuietSignals quiet;
+    return posix_fallocate(file, 0, static_cast<off_t>(bytes)) == 0;
+}
+
 } // namespace
 
 PixelMemory::PixelMemory(Connection &connection, std::size_t bytes, Sharing sharing)
@@ -23,10 +38,10 @@ PixelMemory::PixelMemory(Connection &connection, std::size_t bytes, Sharing shar
     if (bytes == 0)
         return;
     int flags = MAP_PRIVATE | MAP_ANONYMOUS | MAP_POPULATE;
-    if (sharing == Sharing::WhenPossible && connection.isLocal()) {
+    if (sharing == Sharing::WhenPossible && connection.isLocal() && mayBeFile(bytes)) {
         Descriptor candidate(memfd_create("screen pixels", MFD_CLOEXEC));
         if (candidate.valid() && fchmod(candidate.get(), S_IRUSR | S_IWUSR) == 0 &&
-            posix_fallocate(candidate.get(), 0, static_cast<off_t>(bytes)) == 0) {
+            fill(candidate.get(), bytes)) {
             file = std::move(candidate);
             flags = MAP_SHARED | MAP_POPULATE;
         }
