@@ -16,6 +16,8 @@ constexpr int widePort = 60222;
 
 // Host thread.
 int MirrorManager::startMirror() {
+    if (!isOwnRun())
+        joinMirror(mirrorThread);
     if (mirrorThread.joinable()) {
         std::puts("Mirroring already running.");
         return 0;
@@ -25,6 +27,7 @@ int MirrorManager::startMirror() {
         return 0;
     }
     try {
+        claimRun();
         runPhase = RunPhase::starting;
         mirrorThread = std::thread(static_runMirror);
     } catch (...) {

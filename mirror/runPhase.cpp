@@ -2,10 +2,28 @@
 
 #include <cstdio>
 #include <new>
+#include <unistd.h>
 
 constinit std::atomic<RunPhase> runPhase{RunPhase::idle};
 
+namespace {
+constinit std::atomic<pid_t> owner{0}; // 0: nobody has started a run yet
+}
+
+void claimRun() {
+    owner = getpid();
+}
+
+bool isOwnRun() {
+    const pid_t process = owner;
+    return process == 0 || process == getpid();
+}
+
 bool joinMirror(std::thread &thread) {
+    if (thread.joinable() && !isOwnRun()) {
+        letGo(thread);
+        return true;
+    }
     try {
         if (thread.joinable())
             thread.join();

@@ -14,8 +14,15 @@ enum class RunPhase {
 // Set by startMirror and by the mirroring thread.
 extern std::atomic<RunPhase> runPhase;
 
-// Joins the mirroring thread if it can be joined. False when joining failed, with "Error stopping
-// mirror" on standard output.
+// Tells that the run which is about to start is this process's.
+void claimRun();
+
+// False in a child of fork(): it has its parent's memory but none of its threads, so that the run
+// which it finds there is not one that it could end or wait for.
+bool isOwnRun();
+
+// Joins the mirroring thread if it can be joined, and lets go of another process's. False when
+// joining failed, with "Error stopping mirror" on standard output.
 bool joinMirror(std::thread &thread);
 
 // Forgets a thread without joining it: for one that cannot be joined, since it is the caller or

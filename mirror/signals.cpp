@@ -65,7 +65,7 @@ void MirrorManager::static_signalHandler(int signum) {
 // Any thread. It does what a signal handler may not do by the book: the process is ending.
 void MirrorManager::signalHandler(int signum) {
     const bool elsewhere = std::this_thread::get_id() != mirrorThread.get_id();
-    const bool runExists = mirrorThread.joinable();
+    const bool runExists = mirrorThread.joinable() && isOwnRun();
     // A stop before the run has begun would be lost.
     if (runExists && elsewhere)
         awaitRun([](RunPhase phase) { return phase != RunPhase::starting; });

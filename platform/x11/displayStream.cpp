@@ -15,6 +15,7 @@
 #include <Block.h>
 #include <CoreGraphics/CoreGraphics.h>
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstddef>
 #include <mutex>
@@ -45,12 +46,15 @@ constexpr double longestFrameTime = 86400;
 // All of these outlive every destructor of the library, so that a run can be stopped at any time.
 constinit std::mutex runningMutex;
 constinit CGDisplayStream *firstRunning = nullptr;
-constinit pid_t runningProcess = 0;
+constinit std::atomic<pid_t> runningProcess = 0;
 
+// What a child of fork() finds in the list are its parent's streams.
 void list(CGDisplayStream *stream) {
+    if (runningProcess != getpid())
+        firstRunning = nullptr;
+    runningProcess = getpid();
     stream->nextRunning = firstRunning;
     firstRunning = stream;
-    runningProcess = getpid();
 }
 
 void unlist(CGDisplayStream *stream) {
@@ -72,14 +76,14 @@ x11::Clock::duration minimumFrameTimeOf(CFDictionaryRef properties) {
 
 // The end of a process or of the library while a stream runs, which nobody will stop any more. Runs
 // after the destructors of all static objects: until then somebody might still. A child of fork()
-// has none of the threads and leaves its parent's server alone.
+// has none of the threads and leaves its parent's server alone; nor does it touch the mutex, which
+// a thread of its parent's may have held.
 __attribute__((destructor(101))) void stopRunningStreams() {
-    for (;;) {
+    while (runningProcess == getpid()) {
         CGDisplayStream *stream = nullptr;
         {
             const std::lock_guard lock(runningMutex);
-            if (runningProcess == getpid())
-                stream = firstRunning;
+            stream = firstRunning;
         }
         if (stream == nullptr)
             return;

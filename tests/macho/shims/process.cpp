@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
+#include <unistd.h>
 #include <unwind.h>
 
 extern "C" {
@@ -81,6 +82,7 @@ bool libraryIsExiting() {
 
 void addProcess(Imports &imports) {
     imports.add(libSystem, "_exit", reinterpret_cast<const void *>(&shimExit));
+    imports.add(libSystem, "_getpid", reinterpret_cast<const void *>(getpid));
     imports.add(libSystem, "___cxa_atexit", shimAtExit);
     imports.add(libSystem, "__tlv_atexit", shimThreadAtExit);
     imports.add(libSystem, "__tlv_bootstrap", ThreadLocals::bootstrap);
