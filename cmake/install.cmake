@@ -33,6 +33,10 @@ install(TARGETS screenMirrorMac EXPORT screenMirrorMac
 install(FILES mirror/mirrorInterface.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/mirror)
 install(FILES docs/mirror-config.schema.json
         DESTINATION ${CMAKE_INSTALL_DATADIR}/screenMirrorMac)
+# The pages that the header refers to.
+install(FILES docs/configuration.md docs/datagrams.md docs/modes.md docs/mirror-config.schema.json
+        DESTINATION ${CMAKE_INSTALL_DOCDIR})
+install(DIRECTORY docs/modes DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples
         PATTERN CMakeLists.txt EXCLUDE
         PATTERN readmeExample EXCLUDE
