@@ -7,6 +7,7 @@ build_packages="build-essential clang llvm libclang-rt-14-dev cmake ninja-build 
 screen_packages="xvfb x11-utils x11-xserver-utils"
 manual_packages="mandoc zsh doxygen"
 format_packages="clang-format-14 git"
+fault_packages="iproute2 locales"
 demo_packages="ffmpeg"
 # For the example hosts and the package's dependencies. A host in JavaScript runs on the page's Node.js.
 host_packages="python3 file"

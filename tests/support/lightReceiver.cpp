@@ -1,5 +1,6 @@
 #include "tests/support/lightReceiver.h"
 
+#include <algorithm>
 #include <arpa/inet.h>
 #include <cerrno>
 #include <cstring>
@@ -42,9 +43,15 @@ LightReceiver::~LightReceiver() {
 }
 
 std::optional<Datagram> LightReceiver::next(std::chrono::milliseconds patience) {
+    using Clock = std::chrono::steady_clock;
+    const auto deadline = Clock::now() + patience;
     pollfd waiting{fd, POLLIN, 0};
-    if (poll(&waiting, 1, static_cast<int>(patience.count())) <= 0)
-        return std::nullopt;
+    for (int ready = 0; ready <= 0;) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
+        ready = poll(&waiting, 1, static_cast<int>(std::max<long long>(0, left.count())));
+        if (ready == 0 || (ready < 0 && errno != EINTR))
+            return std::nullopt;
+    }
     Datagram datagram(65536);
     const ssize_t got = recv(fd, datagram.data(), datagram.size(), 0);
     if (got < 0)

@@ -208,8 +208,26 @@ void roundTrip(xcb_connection_t *connection) {
 } // namespace
 
 VirtualScreen::VirtualScreen(int width_, int height_, int depth_,
-                             const std::vector<std::string> &extraArguments)
-    : width(width_), height(height_), depth(depth_) {
+                             const std::vector<std::string> &extraArguments_)
+    : extraArguments(extraArguments_), width(width_), height(height_), depth(depth_) {
+    try {
+        launch("");
+    } catch (...) {
+        // No destructor runs for an object that was never finished.
+        kill();
+        if (nameKeeper >= 0)
+            close(nameKeeper);
+        throw;
+    }
+}
+
+void VirtualScreen::restart() {
+    close(nameKeeper);
+    nameKeeper = -1;
+    launch(name);
+}
+
+void VirtualScreen::launch(const std::string &wantedName) {
     std::vector<std::string> command = {"Xvfb",
                                         "-displayfd",
                                         "3",
@@ -221,34 +239,28 @@ VirtualScreen::VirtualScreen(int width_, int height_, int depth_,
                                         std::to_string(width) + "x" + std::to_string(height) + "x" +
                                             std::to_string(depth)};
     command.insert(command.end(), extraArguments.begin(), extraArguments.end());
+    if (!wantedName.empty())
+        command.insert(command.begin() + 1, wantedName);
 
     const auto deadline = Clock::now() + patience;
-    try {
-        Pipe pipe;
-        server = spawn(command, "", pipe.writeEnd(), false);
-        pipe.closeWriteEnd();
-        std::string number;
-        readText(pipe.readEnd(), number, true, deadline);
-        const std::size_t end = number.find('\n');
-        if (end == std::string::npos)
-            throw std::runtime_error("Xvfb did not come up");
-        name = ":" + number.substr(0, end);
+    Pipe pipe;
+    server = spawn(command, "", pipe.writeEnd(), false);
+    pipe.closeWriteEnd();
+    std::string number;
+    readText(pipe.readEnd(), number, true, deadline);
+    const std::size_t end = number.find('\n');
+    if (end == std::string::npos)
+        throw std::runtime_error("Xvfb did not come up");
+    name = ":" + number.substr(0, end);
 
-        connection = xcb_connect(name.c_str(), nullptr);
-        const xcb_screen_t *screen = screenOf(connection);
-        root = screen->root;
-        brush = xcb_generate_id(connection);
-        const std::uint32_t values[] = {XCB_SUBWINDOW_MODE_INCLUDE_INFERIORS, 0};
-        xcb_create_gc(connection, brush, root, XCB_GC_SUBWINDOW_MODE | XCB_GC_GRAPHICS_EXPOSURES,
-                      values);
-        roundTrip(connection);
-    } catch (...) {
-        // No destructor runs for an object that was never finished.
-        kill();
-        if (nameKeeper >= 0)
-            close(nameKeeper);
-        throw;
-    }
+    connection = xcb_connect(name.c_str(), nullptr);
+    const xcb_screen_t *screen = screenOf(connection);
+    root = screen->root;
+    brush = xcb_generate_id(connection);
+    const std::uint32_t values[] = {XCB_SUBWINDOW_MODE_INCLUDE_INFERIORS, 0};
+    xcb_create_gc(connection, brush, root, XCB_GC_SUBWINDOW_MODE | XCB_GC_GRAPHICS_EXPOSURES,
+                  values);
+    roundTrip(connection);
 }
 
 VirtualScreen::~VirtualScreen() {

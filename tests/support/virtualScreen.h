@@ -42,7 +42,13 @@ public:
     // destructor, so that a test that goes on using the name meets no server at all.
     void kill();
 
+    // After kill(): another server under the same name. Throws as the constructor does.
+    void restart();
+
 private:
+    void launch(const std::string &wantedName);
+
+    std::vector<std::string> extraArguments;
     std::string name;
     pid_t server = -1;
     int nameKeeper = -1;

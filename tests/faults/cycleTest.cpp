@@ -1,0 +1,90 @@
+// The same again and again, and nothing grows.
+#include "tests/faults/faultRun.h"
+#include "tests/platform/processUsage.h"
+
+#include <cstdlib>
+
+namespace {
+
+constexpr std::size_t pageSlack = std::size_t{1} << 20; // of a heap that has settled
+
+std::string kib(std::size_t bytes) {
+    return std::to_string(bytes / 1024) + " KiB";
+}
+
+std::string told(const test::Holdings &holdings) {
+    return std::to_string(holdings.descriptors) + " descriptors, " +
+           std::to_string(holdings.threads) + " threads, " + kib(holdings.heapBytes) +
+           " of heap, " + kib(holdings.residentBytes) + " resident";
+}
+
+class Cycle : public test::FaultRun {
+protected:
+    void SetUp() override {
+        screen.use();
+        screen.fill(0x00ff00);
+    }
+
+    // Runs `once` often and expects that the process holds the same from the first tenth on, but
+    // for `kept` bytes each time.
+    template <class Once>
+    static void expectNoGrowth(const std::string &what, int rounds, std::size_t kept, Once once) {
+        const std::size_t threads = test::threads();
+        test::Holdings early{};
+        for (int round = 0; round < rounds; ++round) {
+            once();
+            if (testing::Test::HasFailure())
+                return;
+            if (round == rounds / 10)
+                early = test::holdings();
+        }
+        EXPECT_TRUE(test::threadsBecome(threads));
+        const test::Holdings late = test::holdings();
+        test::tellFigure(what + ", round " + std::to_string(rounds / 10 + 1) + ": " + told(early));
+        test::tellFigure(what + ", round " + std::to_string(rounds) + ": " + told(late));
+        const std::size_t keptInAll = kept * static_cast<std::size_t>(rounds);
+        EXPECT_EQ(late.descriptors, early.descriptors);
+        EXPECT_LE(late.heapBytes, early.heapBytes + keptInAll + 4096);
+        EXPECT_LE(late.residentBytes, early.residentBytes + keptInAll + pageSlack);
+    }
+
+    test::VirtualScreen screen{200, 100};
+};
+
+TEST_F(Cycle, StartAndStop) {
+    ASSERT_EQ(configure(document()), 1);
+    expectNoGrowth("start and stop", test::fullFaults() ? 10000 : 100, 0, [] {
+        EXPECT_EQ(startMirror(), 1);
+        EXPECT_EQ(stopMirror(), 1);
+    });
+    start();
+    EXPECT_TRUE(showsPlain(0x00ff00));
+}
+
+// A configuration keeps its stream, the stream's options and its queue by design, and the frame
+// buffer only when no run takes it over.
+TEST_F(Cycle, ConfigureStartAndStop) {
+    const std::string text = document();
+    constexpr std::size_t named = 1024;
+    expectNoGrowth("configure, start, stop", test::fullFaults() ? 10000 : 60, named, [&] {
+        EXPECT_EQ(configure(text), 1);
+        EXPECT_EQ(startMirror(), 1);
+        EXPECT_EQ(stopMirror(), 1);
+    });
+}
+
+// What the host asks in between.
+TEST_F(Cycle, Questions) {
+    start();
+    ASSERT_TRUE(showsPlain(0x00ff00));
+    expectNoGrowth("displays, capture, its text, palette", test::fullFaults() ? 2000 : 30, 0, [] {
+        char text[1024] = "";
+        EXPECT_EQ(getDisplays(text, sizeof text), 1);
+        EXPECT_EQ(captureCurrentStreamFrames(), 0);
+        EXPECT_GT(getSizeOfStreamFrameJson(), 0);
+        EXPECT_EQ(getStreamFrameJson(text), 0);
+        EXPECT_EQ(getPalette(text), 0);
+    });
+}
+
+} // namespace

@@ -1,0 +1,46 @@
+// The X server killed in mid-run, and back again under the same name.
+#include "tests/faults/faultRun.h"
+
+namespace {
+
+class Server : public test::FaultRun {
+protected:
+    static constexpr int sides[] = {200, 100};
+    test::VirtualScreen screen{sides[0], sides[1]};
+};
+
+TEST_F(Server, BackUnderItsNameServesANewConfiguration) {
+    screen.use();
+    screen.fill(0xff0000);
+    start();
+    ASSERT_TRUE(showsPlain(0xff0000));
+    for (const std::uint32_t colour : {0x00ff00u, 0x0000ffu, 0xffffffu}) {
+        screen.kill();
+        receiver.drain();
+        EXPECT_TRUE(receiver.next()); // the last frame stays
+        EXPECT_TRUE(test::displayIDs().empty());
+        screen.restart();
+        screen.fill(colour);
+        start(); // the configuration ends the run over the lost server
+        EXPECT_TRUE(showsPlain(colour));
+    }
+}
+
+// Who misses the loss altogether only starts anew.
+TEST_F(Server, ARunThatOutlivesItsServerEndsAndTheNextOneNeedsOnlyTheConfiguration) {
+    screen.use();
+    screen.fill(0xff0000);
+    start();
+    ASSERT_TRUE(showsPlain(0xff0000));
+    screen.kill();
+    screen.restart();
+    screen.fill(0x00ff00);
+    receiver.drain();
+    for (int i = 0; i < 5; ++i) // a stream ends with its server
+        EXPECT_EQ(receiver.next(), plainDatagram(0xff0000));
+    EXPECT_EQ(stopMirror(), 1);
+    start();
+    EXPECT_TRUE(showsPlain(0x00ff00));
+}
+
+} // namespace
