@@ -40,6 +40,10 @@ TEST_F(PanelwallPageServer, ServesThePageWithNothingFromElsewhere) {
     EXPECT_NE(page.find("<title>panelwall</title>"), std::string::npos);
     EXPECT_NE(page.find("Content-Security-Policy: default-src 'none'; script-src 'self';"),
               std::string::npos);
+    for (const char *wanted : {"frame-ancestors 'none'", "X-Frame-Options: DENY",
+                               "Cross-Origin-Resource-Policy: same-origin"})
+        EXPECT_NE(page.find(wanted), std::string::npos) << wanted;
+    EXPECT_EQ(page.find("Access-Control-"), std::string::npos);
     EXPECT_EQ(page.find("://", page.find("\r\n\r\n")), std::string::npos);
     EXPECT_NE(get(port, "/main.js").find("Content-Type: text/javascript"), std::string::npos);
     EXPECT_NE(get(port, "/style.css").find("Content-Type: text/css"), std::string::npos);
