@@ -422,16 +422,17 @@ test("a recording is shown as one", async () => {
   const document = configuration([device("127.0.72.17", 2, [[1, 100, 100]])]);
   const file = setting.write("run.wall", "");
   const recorder = await setting.wall(document, ["--record", file]);
-  await sender.send("127.0.72.17", wide([[1, 0x336699, 0]]));
-  await recorder.waitFor(/1\/1 lit/);
+  for (let i = 0; i < 20; ++i) {
+    await sender.send("127.0.72.17", wide([[1, 0x336699, 0]]));
+    await new Promise((resolve) => setTimeout(resolve, 100));
+  }
   await recorder.end();
-  const replay = setting.start(process.env.PANELWALL, ["--replay", file, "--web", "0"]);
+  // Slow enough to go on while the page is looked at.
+  const replay = setting.start(process.env.PANELWALL,
+    ["--replay", file, "--speed", "0.05", "--web", "0"]);
   const page = await open((await replay.waitFor(/live page: (http:\S+)/))[1]);
   await waitForColours(page, [150, 150], [[100, 100, 0x336699]]);
-  await page.waitForSelector("#state[data-state=live]");
-  assert.equal(await page.textContent("#state"), "Replay");
-  await page.waitForSelector("#notice:not([hidden])");
-  assert.match(await page.textContent("#noticeAdvice"), /^The recording has a pause here/);
+  await page.waitForFunction(() => document.getElementById("state").textContent === "Replay");
 });
 
 test("another site's page is told nothing", async () => {
