@@ -1,4 +1,5 @@
 #include "tools/panelwall/statusText.h"
+#include "tools/config/modes.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -60,10 +61,8 @@ std::vector<std::string> deviceLines(const Wall &wall, Clock::time_point now, Re
 }
 
 std::string modeName(std::int32_t mode) {
-    static const char *const names[] = {"match", "melt", "fade", "palette"};
-    if (mode >= 0 && mode <= 3)
-        return names[mode];
-    return "unknown mode " + std::to_string(mode);
+    const char *name = config::modeName(mode);
+    return name ? name : "unknown mode " + std::to_string(mode);
 }
 
 static std::string adviseOnMode(std::int32_t mode) {
