@@ -36,6 +36,8 @@ struct Frame {
 
     // Starts to fetch that pixel from memory, for a word() to come. Any index will do.
     void fetch(std::int32_t index) const {
+        // Not pointer arithmetic: the index may lie outside the frame.
+        // NOLINTNEXTLINE(performance-no-int-to-ptr)
         __builtin_prefetch(reinterpret_cast<const void *>(reinterpret_cast<std::intptr_t>(bytes) +
                                                           std::intptr_t{index} * 4));
     }

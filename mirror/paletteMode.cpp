@@ -57,6 +57,7 @@ void MirrorManager::mirrorModePalette(int deviceCount, UdpSocket *sockets) {
     setScreenSamplePixels();
     std::srand(static_cast<unsigned>(std::time(nullptr)));
     std::vector<std::vector<std::int32_t>> holdTicks;
+    holdTicks.reserve(devices.size());
     for (int d = 0; d < deviceCount; ++d)
         holdTicks.emplace_back(
             static_cast<std::size_t>(devices[static_cast<std::size_t>(d)].numPanels));

@@ -80,7 +80,7 @@ void MirrorManager::signalHandler(int signum) {
         letGo(mirrorThread);
     exiting = true;
     try {
-        std::exit(signum);
+        std::exit(signum); // NOLINT(concurrency-mt-unsafe): the documented end
     } catch (...) {
         std::puts("De-init failed");
     }

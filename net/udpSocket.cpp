@@ -81,6 +81,7 @@ int UdpSocket::bindTo(std::string ip, int port_) {
     localAddr = {};
     writeAddress(localAddr, ip, port_);
     if (bind(socketFd, generic(localAddr), addressLength(remoteAddr)) != 0) {
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
         std::printf("cannot bind socket : %s\n", std::strerror(errno));
         return -1;
     }
@@ -118,7 +119,7 @@ int UdpSocket::receive(char *buffer, int length) {
 
 int UdpSocket::setTimeout(int milliseconds) {
     timeout.tv_sec = milliseconds / 1000;
-    timeout.tv_usec = milliseconds % 1000 * 1000;
+    timeout.tv_usec = suseconds_t{milliseconds % 1000} * 1000;
     setsockopt(socketFd, SOL_SOCKET, SO_RCVTIMEO, &timeout, sizeof timeout);
     return 0;
 }

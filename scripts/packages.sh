@@ -8,6 +8,8 @@ screen_packages="xvfb x11-utils x11-xserver-utils"
 manual_packages="mandoc zsh doxygen"
 format_packages="clang-format-14 git"
 fault_packages="iproute2 locales"
+analysis_packages="clang-tidy-14 cppcheck"
+valgrind_packages="valgrind"
 demo_packages="ffmpeg"
 # For the example hosts and the package's dependencies. A host in JavaScript runs on the page's Node.js.
 host_packages="python3 file"

@@ -31,7 +31,7 @@ StreamRun::~StreamRun() {
 
 std::shared_ptr<StreamRun> StreamRun::start(const CaptureSettings &settings, dispatch_queue_t queue,
                                             CGDisplayStreamFrameAvailableHandler handler) {
-    const std::shared_ptr<StreamRun> run(new StreamRun(queue, handler));
+    std::shared_ptr<StreamRun> run(new StreamRun(queue, handler));
     run->capture = Capture::open(settings, run->gate);
     if (!run->capture)
         return nullptr;

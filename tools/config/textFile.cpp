@@ -37,7 +37,7 @@ static bool awaitInput(int fd, std::chrono::milliseconds patience, std::string &
             continue;
         reason = ready == 0 ? "nobody wrote into it for " +
                                   std::to_string(patience.count() / 1000) + " seconds"
-                            : std::strerror(errno);
+                            : std::strerror(errno); // NOLINT(concurrency-mt-unsafe): as below
         return false;
     }
 }
@@ -55,6 +55,7 @@ static std::optional<std::string> readDescriptor(int fd, std::chrono::millisecon
         if (size < 0 && (errno == EINTR || errno == EAGAIN))
             continue;
         if (size < 0) {
+            // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
             reason = std::strerror(errno);
             return std::nullopt;
         }
@@ -72,6 +73,7 @@ std::optional<std::string> readTextFile(const std::string &path, std::string &re
         return readDescriptor(STDIN_FILENO, std::chrono::milliseconds(-1), reason);
     const File file(path);
     if (file.fd < 0) {
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
         reason = std::strerror(errno);
         return std::nullopt;
     }

@@ -65,6 +65,7 @@ LoopbackEar::LoopbackEar(const config::Document &document) {
             version = place.controlVersion;
             return;
         }
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
         why = std::strerror(errno);
     }
 }

@@ -154,6 +154,7 @@ Check Attempt::outcome() const {
         check.remedy = "it is a broadcast address, or the firewall is against it";
         break;
     default:
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
         check.words = std::strerror(error);
     }
     return check;

@@ -39,12 +39,14 @@ std::string writePng(const Canvas &canvas, const std::string &path) {
     const std::string draft = path + ".part-" + std::to_string(getpid());
     std::FILE *file = std::fopen(draft.c_str(), "wb");
     if (!file)
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
         return std::strerror(errno);
     errno = 0;
     const bool encoded = encode(canvas, file);
     const bool closed = std::fclose(file) == 0;
     if (encoded && closed && std::rename(draft.c_str(), path.c_str()) == 0)
         return {};
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
     const std::string reason = errno != 0 ? std::strerror(errno) : "the picture is not encoded";
     std::remove(draft.c_str());
     return reason;
@@ -57,6 +59,7 @@ std::string findObstacle(const std::string &path) {
     if (stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode))
         return "it is a folder";
     if (access(folder.c_str(), W_OK | X_OK) != 0)
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
         return "folder " + folder + ": " + std::strerror(errno);
     return {};
 }

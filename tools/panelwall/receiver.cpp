@@ -17,6 +17,7 @@ static constexpr std::size_t largestDatagram = 65536;
 static constexpr int datagramsPerTurn = 4096;
 
 static std::string adviseOn(int error) {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
     const std::string reason = std::strerror(error);
     switch (error) {
     case EADDRINUSE:

@@ -16,6 +16,7 @@ bool RecordingFile::open() {
     errno = 0;
     stream.open(path, std::ios::binary);
     if (!stream) {
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
         obstacle = "cannot be read: " + std::string(std::strerror(errno));
         return false;
     }

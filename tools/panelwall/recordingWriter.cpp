@@ -67,6 +67,7 @@ std::string RecordingWriter::open(const std::string &path, const config::Documen
         return "the configuration is too large for a recording";
     file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
     if (file < 0)
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
         return std::strerror(errno);
     begin = start;
     const auto sinceStart = Clock::now() - start;
@@ -116,6 +117,7 @@ void RecordingWriter::finish(Clock::time_point end) {
     appendNumber(record, writtenDatagrams);
     write(record);
     if (file >= 0 && close(file) != 0 && failure.empty())
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
         failure = std::strerror(errno);
     file = -1;
 }
@@ -138,6 +140,7 @@ void RecordingWriter::write(const std::string &text) {
             rest.remove_prefix(static_cast<std::size_t>(size));
             writtenBytes += static_cast<std::uint64_t>(size);
         } else if (errno != EINTR) {
+            // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
             failure = std::strerror(errno);
         }
     }

@@ -24,6 +24,7 @@ std::string Sender::open(std::vector<Endpoint> theEndpoints) {
             continue;
         const int fd = socket(endpoint.address.ss_family, SOCK_DGRAM, 0);
         if (fd < 0)
+            // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
             return std::strerror(errno);
         fcntl(fd, F_SETFD, FD_CLOEXEC);
         (endpoint.address.ss_family == AF_INET ? four : six) = fd;
@@ -43,6 +44,7 @@ void Sender::send(std::size_t device, std::span<const std::uint8_t> bytes) {
         return;
     }
     ++failedCount;
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
     failure = std::strerror(errno);
 }
 

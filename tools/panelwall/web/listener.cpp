@@ -48,6 +48,7 @@ static std::string describeFailure(const std::string &address, int port, int err
                " is reserved for the system; choose one from 1024 on";
     if (error == EADDRNOTAVAIL)
         return place + "this machine has no such address; 127.0.0.1 is its own, 0.0.0.0 means all";
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
     return place + std::strerror(error);
 }
 
