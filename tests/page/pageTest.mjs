@@ -354,6 +354,9 @@ test("the page fits a phone, in light and dark", async () => {
     );
     const box = await page.locator("#wall").boundingBox();
     assert.ok(box.width > 320 && box.width <= 360, `the wall is ${box.width} wide`);
+    // A long path takes a line of its own instead of many short ones.
+    const subject = await page.locator("#subject").boundingBox();
+    assert.ok(subject.width > 300, `what is shown has ${subject.width} pixels`);
     // Every text can be read: a contrast of 4.5 to what lies behind it.
     const pairs = await page.evaluate(() => {
       const groundOf = (element) => {
