@@ -15,6 +15,7 @@
 #include <array>
 #include <atomic>
 #include <cstdio>
+#include <numeric>
 #include <thread>
 
 namespace {
@@ -29,19 +30,18 @@ struct Flashes {
     double panel = 0; // of the panel that flashed most
 };
 
-// What a light is told, panel by panel.
+// What a light shows, panel by panel. A datagram need not speak of all of them.
 class Meters {
 public:
     void note(const test::Datagram &datagram) {
         const auto now = bench::Clock::now();
-        double sum = 0;
-        for (std::size_t p = 0; p < panel.size(); ++p) {
-            const std::uint8_t *at = datagram.data() + 2 + 8 * p;
-            const double luminance = panelwall::relativeLuminance({at[2], at[3], at[4]});
-            panel[p].note(luminance, now);
-            sum += luminance;
+        for (std::size_t at = 2; at + 8 <= datagram.size(); at += 8) {
+            const std::size_t p = datagram[at] * 256u + datagram[at + 1] - 1; // identifiers from 1
+            shown.at(p) = panelwall::relativeLuminance(
+                {datagram[at + 2], datagram[at + 3], datagram[at + 4]});
+            panel[p].note(shown[p], now);
         }
-        wall.note(sum / static_cast<double>(panel.size()), now);
+        wall.note(std::accumulate(shown.begin(), shown.end(), 0.0) / panels, now);
     }
 
     Flashes most() const {
@@ -54,6 +54,7 @@ public:
 private:
     panelwall::FlashMeter wall;
     std::array<panelwall::FlashMeter, panels> panel;
+    std::array<double, panels> shown{};
 };
 
 // Draws black and white in turns, as long as it lives.
@@ -96,8 +97,7 @@ Flashes mostFlashes(int mode, double flashesPerSecond, double seconds) {
         const auto begin = bench::Clock::now();
         while (bench::Clock::now() - begin < std::chrono::duration<double>(seconds))
             if (const auto datagram = light.next(std::chrono::milliseconds(50)))
-                if (datagram->size() == 2 + 8 * panels)
-                    meters.note(*datagram);
+                meters.note(*datagram);
     }
     stopMirror();
     return meters.most();
