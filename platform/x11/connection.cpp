@@ -7,6 +7,14 @@
 
 namespace x11 {
 
+namespace {
+
+struct Disconnect {
+    void operator()(xcb_connection_t *connection) const { xcb_disconnect(connection); }
+};
+
+} // namespace
+
 std::unique_ptr<Connection> Connection::open() {
     ServerSocket server = openServerSocket(Clock::now() + serverPatience);
     if (!server.descriptor.valid())
@@ -17,21 +25,22 @@ std::unique_ptr<Connection> Connection::open() {
         static_cast<int>(server.authorisationName.size()), server.authorisationName.data(),
         static_cast<int>(server.authorisationData.size()), server.authorisationData.data()};
     // From here on the descriptor is XCB's, also when this fails.
-    xcb_connection_t *connection = xcb_connect_to_fd(
-        server.descriptor.release(), server.authorisationName.empty() ? nullptr : &authorisation);
+    std::unique_ptr<xcb_connection_t, Disconnect> connection(xcb_connect_to_fd(
+        server.descriptor.release(), server.authorisationName.empty() ? nullptr : &authorisation));
     const xcb_screen_t *screen = nullptr;
-    if (xcb_connection_has_error(connection) == 0 && isWhole(*xcb_get_setup(connection))) {
-        auto screens = xcb_setup_roots_iterator(xcb_get_setup(connection));
+    if (xcb_connection_has_error(connection.get()) == 0 &&
+        isWhole(*xcb_get_setup(connection.get()))) {
+        auto screens = xcb_setup_roots_iterator(xcb_get_setup(connection.get()));
         for (int number = server.screen; number > 0 && screens.rem > 0; --number)
             xcb_screen_next(&screens);
         screen = screens.rem > 0 ? screens.data : nullptr;
     }
-    if (screen == nullptr) {
-        xcb_disconnect(connection);
+    if (screen == nullptr)
         return nullptr;
-    }
-    return std::unique_ptr<Connection>(
-        new Connection(connection, screen, server.local, std::move(watchdog)));
+    std::unique_ptr<Connection> opened(
+        new Connection(connection.get(), screen, server.local, std::move(watchdog)));
+    connection.release();
+    return opened;
 }
 
 Connection::Connection(xcb_connection_t *connection, const xcb_screen_t *screen, bool local,

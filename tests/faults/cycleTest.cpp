@@ -3,6 +3,9 @@
 #include "tests/platform/processUsage.h"
 
 #include <cstdlib>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
@@ -85,6 +88,35 @@ TEST_F(Cycle, Questions) {
         EXPECT_EQ(getStreamFrameJson(text), 0);
         EXPECT_EQ(getPalette(text), 0);
     });
+}
+
+// A host that loads the library, has it mirror and unloads it in mid-run. It looks after
+// descriptors and threads itself; what is left is the most memory that it ever had, in KiB.
+long mostMemoryOfLoads(const std::string &config, int rounds) {
+    const std::string number = std::to_string(rounds);
+    const pid_t host = fork();
+    if (host == 0) {
+        execl(UNLOADHOST, UNLOADHOST, MIRROR_LIBRARY, config.c_str(), number.c_str(), "60221",
+              nullptr);
+        _exit(127);
+    }
+    int status = -1;
+    rusage usage{};
+    EXPECT_EQ(wait4(host, &status, 0, &usage), host);
+    EXPECT_EQ(status, 0);
+    return usage.ru_maxrss;
+}
+
+TEST_F(Cycle, LoadRunAndUnload) {
+    light.ip = "127.0.56.1"; // the host's
+    const int rounds = test::fullFaults() ? 1000 : 20;
+    const long few = mostMemoryOfLoads(document(), rounds / 10);
+    const long many = mostMemoryOfLoads(document(), rounds);
+    test::tellFigure("load, run, unload: " + std::to_string(few) + " KiB after " +
+                     std::to_string(rounds / 10) + " rounds, " + std::to_string(many) +
+                     " KiB after " + std::to_string(rounds));
+    // A round may keep what a configuration keeps, and what the loader does.
+    EXPECT_LE(many, few + 2048 + 4 * rounds);
 }
 
 } // namespace

@@ -1,0 +1,221 @@
+// Memory refused at every request that a call makes, one after the other, once and for good.
+#include "tests/faults/faultRun.h"
+#include "tests/faults/refusedMemory.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <functional>
+#include <set>
+
+using test::RefusedMemory;
+using testing::internal::CaptureStdout;
+using testing::internal::GetCapturedStdout;
+
+namespace {
+
+struct Answer {
+    int result;
+    std::string said;
+    auto operator<=>(const Answer &) const = default;
+};
+
+// What to prove of a call.
+struct Trial {
+    std::string name;
+    std::function<int()> call;
+    int success;
+    std::set<Answer> possible; // to a refusal; each of them must come
+    long named = 0;            // pieces of memory that the call may keep for good
+    std::function<void()> prepare = [] {};
+    bool asksTheServer = false;
+};
+
+class Memory : public test::FaultRun {
+protected:
+    void SetUp() override {
+        screen.use();
+        screen.fill(0x00ff00);
+        text = document();
+        std::puts(""); // standard output keeps the memory of its first use
+        std::fflush(stdout);
+    }
+
+    static void refuseInTurn(const Trial &trial) {
+        refuseInTurn(trial, false);
+        // Without any memory every question to the server is one that ends at its deadline.
+        if (!trial.asksTheServer || test::fullFaults())
+            refuseInTurn(trial, true);
+    }
+
+    void capture() {
+        start();
+        ASSERT_TRUE(showsPlain(0x00ff00));
+        ASSERT_EQ(captureCurrentStreamFrames(), 0);
+        ASSERT_EQ(stopMirror(), 1);
+    }
+
+    test::VirtualScreen screen{200, 100};
+    std::string text;
+    char buffer[4096] = "";
+
+private:
+    static void refuseInTurn(const Trial &trial, bool forGood) {
+        std::set<Answer> seen;
+        long most = 0;
+        int requests = 0;
+        trial.prepare();
+        ASSERT_EQ(trial.call(), trial.success);
+        for (bool refused = true; refused; ++requests) {
+            ASSERT_LT(requests, 2000);
+            trial.prepare();
+            CaptureStdout();
+            Answer answer;
+            const long before = test::piecesOut();
+            {
+                const RefusedMemory memory(RefusedMemory::Who::ThisThread, requests + 1, forGood);
+                answer.result = trial.call();
+                refused = RefusedMemory::happened();
+            }
+            most = std::max(most, test::piecesOut() - before);
+            answer.said = GetCapturedStdout();
+            if (refused)
+                seen.insert(answer);
+            EXPECT_TRUE(!refused || trial.possible.contains(answer))
+                << trial.name << " answers " << answer.result << " and says \"" << answer.said
+                << "\" to refusal " << requests + 1;
+            trial.prepare();
+            EXPECT_EQ(trial.call(), trial.success)
+                << trial.name << " after refusal " << requests + 1;
+        }
+        EXPECT_EQ(seen.size(), trial.possible.size()) << trial.name;
+        EXPECT_LE(most, trial.named) << trial.name;
+        test::tellFigure(trial.name + ": " + std::to_string(requests - 1) + " requests refused " +
+                         (forGood ? "for good" : "once") + ", at most " + std::to_string(most) +
+                         " pieces kept");
+    }
+};
+
+TEST_F(Memory, OfTheDisplayList) {
+    ASSERT_EQ(getDisplays(buffer, sizeof buffer), 1);
+    const std::string whole = buffer;
+    const auto call = [&] {
+        std::memset(buffer, '#', sizeof buffer);
+        const int result = getDisplays(buffer, sizeof buffer);
+        // Nothing, all, no display, or one that could not be measured.
+        const std::string_view all(buffer, sizeof buffer);
+        if (result == -1)
+            EXPECT_EQ(all.find_first_not_of('#'), std::string_view::npos);
+        else if (whole != buffer)
+            EXPECT_TRUE(all.starts_with(R"({"numDisplays":0,"displays":[]})") ||
+                        all.find(R"("width":0,"height":0)") != std::string_view::npos)
+                << buffer;
+        return result;
+    };
+    constexpr long ofTheXLibrary = 2; // which loses them when it gives a connection up
+    refuseInTurn({"getDisplays",
+                  call,
+                  1,
+                  {{-1, "Error getting displays\n"}, {1, ""}},
+                  ofTheXLibrary,
+                  [] {},
+                  true});
+}
+
+TEST_F(Memory, OfAConfiguration) {
+    // The stream with its handler, its options with their number, its queue, and the frame buffer.
+    constexpr long named = 10;
+    refuseInTurn({"setMirrorConfig",
+                  [&] { return setMirrorConfig(text.data()); },
+                  1,
+                  {{0, "Bad config!\n"}, {0, "Screen Recording not allowed!\n"}, {1, ""}},
+                  named,
+                  [] {},
+                  true});
+    start();
+    EXPECT_TRUE(showsPlain(0x00ff00));
+}
+
+TEST_F(Memory, OfAStart) {
+    ASSERT_EQ(configure(text), 1);
+    // The run itself, once it is there, asks for memory as well: it is not counted here.
+    constexpr long whatTheRunHas = 1000;
+    refuseInTurn(
+        {"startMirror", startMirror, 1, {{-1, "Error starting mirroring\n"}}, whatTheRunHas, [] {
+             stopMirror();
+         }});
+    start();
+    EXPECT_TRUE(showsPlain(0x00ff00));
+}
+
+TEST_F(Memory, OfAStop) {
+    ASSERT_EQ(configure(text), 1);
+    refuseInTurn({"stopMirror", stopMirror, 1, {}, 0, [] { startMirror(); }});
+}
+
+TEST_F(Memory, OfThePalette) {
+    start();
+    ASSERT_TRUE(showsPlain(0x00ff00));
+    const auto call = [&] {
+        std::memset(buffer, '#', sizeof buffer);
+        const int result = getPalette(buffer);
+        if (result == -1)
+            EXPECT_EQ(std::string_view(buffer, sizeof buffer).find_first_not_of('#'),
+                      std::string_view::npos);
+        return result;
+    };
+    refuseInTurn({"getPalette", call, 0, {{-1, ""}}, 1});
+}
+
+TEST_F(Memory, OfACapture) {
+    start();
+    ASSERT_TRUE(showsPlain(0x00ff00));
+    refuseInTurn({"captureCurrentStreamFrames", captureCurrentStreamFrames, 0, {}, 2});
+}
+
+TEST_F(Memory, OfACapturesText) {
+    capture();
+    const int size = getSizeOfStreamFrameJson();
+    ASSERT_GT(size, 0);
+    refuseInTurn({"getSizeOfStreamFrameJson",
+                  getSizeOfStreamFrameJson,
+                  size,
+                  {{-1, "Error writing stream frame(s) to json"}},
+                  2});
+    refuseInTurn({"getStreamFrameJson", [&] { return getStreamFrameJson(buffer); }, 0, {}});
+}
+
+// What the run itself asks for, on its own thread and on the stream's: the run may end over it, and
+// says so, but the host's next configuration and start make another.
+TEST_F(Memory, OfTheRun) {
+    const std::set<std::string> possible = {"", "Error during runMirror\n",
+                                            "Stream start failed!\n"};
+    std::set<std::string> seen;
+    const int step = test::fullFaults() ? 1 : 9;
+    int requests = 0;
+    for (bool refused = true; refused; requests += step) {
+        ASSERT_LT(requests, 500);
+        ASSERT_EQ(configure(text), 1);
+        receiver.drain();
+        CaptureStdout();
+        {
+            const RefusedMemory memory(RefusedMemory::Who::OtherThreads, requests + 1, false);
+            EXPECT_EQ(startMirror(), 1);
+            for (int i = 0; i < 2; ++i)
+                receiver.next(std::chrono::milliseconds(100));
+            EXPECT_EQ(stopMirror(), 1);
+            refused = RefusedMemory::happened();
+        }
+        const std::string said = GetCapturedStdout();
+        EXPECT_TRUE(possible.contains(said)) << said << requests + 1;
+        seen.insert(said);
+    }
+    EXPECT_TRUE(seen.contains("Error during runMirror\n"));
+    EXPECT_TRUE(seen.contains("Stream start failed!\n"));
+    receiver.drain();
+    start();
+    EXPECT_TRUE(showsPlain(0x00ff00));
+    test::tellFigure("a run: " + std::to_string(requests / step - 1) + " requests refused");
+}
+
+} // namespace
