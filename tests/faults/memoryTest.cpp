@@ -63,10 +63,12 @@ private:
     static void refuseInTurn(const Trial &trial, bool forGood) {
         std::set<Answer> seen;
         long most = 0;
+        // A reply that was lost for want of memory is waited for until its deadline.
+        const int step = trial.asksTheServer && !test::fullFaults() ? 13 : 1;
         int requests = 0;
         trial.prepare();
         ASSERT_EQ(trial.call(), trial.success);
-        for (bool refused = true; refused; ++requests) {
+        for (bool refused = true; refused; requests += step) {
             ASSERT_LT(requests, 2000);
             trial.prepare();
             CaptureStdout();
@@ -88,11 +90,12 @@ private:
             EXPECT_EQ(trial.call(), trial.success)
                 << trial.name << " after refusal " << requests + 1;
         }
-        EXPECT_EQ(seen.size(), trial.possible.size()) << trial.name;
+        if (step == 1)
+            EXPECT_EQ(seen.size(), trial.possible.size()) << trial.name;
         EXPECT_LE(most, trial.named) << trial.name;
-        test::tellFigure(trial.name + ": " + std::to_string(requests - 1) + " requests refused " +
-                         (forGood ? "for good" : "once") + ", at most " + std::to_string(most) +
-                         " pieces kept");
+        test::tellFigure(trial.name + ": " + std::to_string(requests / step - 1) +
+                         " requests refused " + (forGood ? "for good" : "once") + ", at most " +
+                         std::to_string(most) + " pieces kept");
     }
 };
 
