@@ -1,6 +1,7 @@
 // The documents' snippets: programs compile, configurations pass the check, commands exist, and
 // blocks of shell commands run.
 #include "tests/docs/markdown.h"
+#include "tests/support/shell.h"
 #include "tests/support/virtualScreen.h"
 
 #include <filesystem>
@@ -12,26 +13,11 @@
 
 namespace fs = std::filesystem;
 using test::CodeBlock;
+using test::Output;
+using test::outputOf;
 using test::Page;
 
 namespace {
-
-struct Output {
-    std::string text;
-    int status = -1;
-};
-
-Output outputOf(const std::string &command) {
-    Output output;
-    FILE *pipe = popen(("{ " + command + "\n} 2>&1").c_str(), "r");
-    if (!pipe)
-        return output;
-    char part[4096];
-    while (const std::size_t size = fread(part, 1, sizeof part, pipe))
-        output.text.append(part, size);
-    output.status = pclose(pipe);
-    return output;
-}
 
 // A folder that looks like a tree which was built by the release preset.
 class Snippets : public testing::Test {

@@ -8,14 +8,14 @@ namespace {
 class DebianPackage : public testing::Test {
 protected:
     void SetUp() override {
-        const test::Result made =
-            test::shell("cd " BUILD " && " CPACK " -G DEB -B " + folder.file("made") + " && cd " +
-                        folder.file("made") + " && mv *.deb package.deb");
-        ASSERT_EQ(made.status, 0) << made.out;
+        const test::Output made =
+            test::outputOf("cd " BUILD " && " CPACK " -G DEB -B " + folder.file("made") +
+                           " && cd " + folder.file("made") + " && mv *.deb package.deb");
+        ASSERT_EQ(made.status, 0) << made.text;
     }
 
     std::string field(const std::string &name) const {
-        return test::shell("dpkg-deb -f " + package() + " " + name).out;
+        return test::outputOf("dpkg-deb -f " + package() + " " + name).text;
     }
     std::string package() const { return folder.file("made/package.deb"); }
 
@@ -31,7 +31,7 @@ TEST_F(DebianPackage, HoldsWhatIsInstalledAndAsksForWhatItLoads) {
         EXPECT_NE(depends.find(" " + std::string(library)), std::string::npos) << depends;
 
     const std::string root = folder.file("root");
-    ASSERT_EQ(test::shell("dpkg-deb -x " + package() + " " + root).status, 0);
+    ASSERT_EQ(test::outputOf("dpkg-deb -x " + package() + " " + root).status, 0);
     // All below /usr, zsh's completions where Debian's zsh looks.
     std::vector<std::string> wanted = test::filesBelow(test::Installed().at(""));
     for (std::string &file : wanted) {
@@ -42,10 +42,11 @@ TEST_F(DebianPackage, HoldsWhatIsInstalledAndAsksForWhatItLoads) {
     EXPECT_EQ(test::filesBelow(root), wanted);
 
     const std::string libraries = root + "/usr/" LIBDIR;
-    const test::Result run = test::shell("env -i " + root + "/usr/bin/mirrorctl --help");
-    EXPECT_EQ(run.status, 0) << run.out;
-    EXPECT_NE(test::shell("file -L " + libraries + "/libscreenMirrorMac.so").out.find("stripped"),
-              std::string::npos);
+    const test::Output run = test::outputOf("env -i " + root + "/usr/bin/mirrorctl --help");
+    EXPECT_EQ(run.status, 0) << run.text;
+    EXPECT_NE(
+        test::outputOf("file -L " + libraries + "/libscreenMirrorMac.so").text.find("stripped"),
+        std::string::npos);
 }
 
 } // namespace

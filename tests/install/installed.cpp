@@ -1,19 +1,10 @@
 #include "tests/install/installed.h"
-#include "tests/tools/panelwall/child.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <stdexcept>
 
 namespace test {
-
-Result shell(const std::string &command) {
-    Child child({"/bin/sh", "-c", "exec 2>&1\n" + command});
-    Result result;
-    result.status = child.waitExit();
-    result.out = child.out;
-    return result;
-}
 
 std::vector<std::string> filesBelow(const std::string &folder) {
     std::vector<std::string> files;
@@ -26,10 +17,10 @@ std::vector<std::string> filesBelow(const std::string &folder) {
 }
 
 Installed::Installed() {
-    const Result result = shell(CMAKE " --install " BUILD " --prefix " + folder.file("first") +
-                                " && mv " + folder.file("first") + " " + folder.file("moved"));
+    const Output result = outputOf(CMAKE " --install " BUILD " --prefix " + folder.file("first") +
+                                   " && mv " + folder.file("first") + " " + folder.file("moved"));
     if (result.status != 0)
-        throw std::runtime_error(result.out);
+        throw std::runtime_error(result.text);
 }
 
 } // namespace test

@@ -1,20 +1,13 @@
 // An installation in a folder of its own, moved after it was made.
 #pragma once
 
+#include "tests/support/shell.h"
 #include "tests/tools/panelwall/wallSetup.h"
 
 #include <string>
 #include <vector>
 
 namespace test {
-
-struct Result {
-    int status = -1;
-    std::string out; // with standard error
-};
-
-// Runs a shell's command.
-Result shell(const std::string &command);
 
 // The files and links below a folder, sorted, by their names from there.
 std::vector<std::string> filesBelow(const std::string &folder);

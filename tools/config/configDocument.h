@@ -2,6 +2,8 @@
 // it, since the library stops the process on a member that is missing or mistyped.
 #pragma once
 
+#include "tools/config/screenSize.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -63,11 +65,6 @@ struct Reading {
     std::string text;
     Document document;
     std::vector<Problem> problems;
-};
-
-struct ScreenSize {
-    std::uint32_t width = 0; // pixels
-    std::uint32_t height = 0;
 };
 
 // Parses `text` and checks it against the schema; finds all errors, not only the first, and nothing

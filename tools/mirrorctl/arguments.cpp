@@ -4,8 +4,6 @@
 #include "tools/mirrorctl/layoutPlan.h"
 #include "tools/mirrorctl/suitability.h"
 
-#include <charconv>
-
 namespace mirrorctl {
 
 // The timer's range everywhere; above all no "nan", which no comparison refuses.
@@ -24,18 +22,7 @@ static std::string checkMode(const std::string &text) {
 }
 
 std::optional<config::ScreenSize> parseSize(const std::string &text) {
-    constexpr std::uint32_t largest = 65536; // per side
-    config::ScreenSize size;
-    const char *end = text.data() + text.size();
-    const auto width = std::from_chars(text.data(), end, size.width);
-    if (width.ec != std::errc() || width.ptr == end || *width.ptr != 'x')
-        return std::nullopt;
-    const auto height = std::from_chars(width.ptr + 1, end, size.height);
-    if (height.ec != std::errc() || height.ptr != end)
-        return std::nullopt;
-    if (size.width < 1 || size.height < 1 || size.width > largest || size.height > largest)
-        return std::nullopt;
-    return size;
+    return config::parseScreenSize(text, 65536);
 }
 
 static std::string checkSize(const std::string &text) {

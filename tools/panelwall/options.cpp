@@ -1,5 +1,6 @@
 #include "tools/panelwall/options.h"
 
+#include "tools/config/screenSize.h"
 #include "tools/panelwall/numberRange.h"
 #include "tools/panelwall/recordingOptions.h"
 
@@ -59,18 +60,10 @@ static const char footer[] =
     "  8  the live page cannot be served at the address and port";
 
 static std::optional<Size> parseSize(const std::string &text) {
-    constexpr int largest = 32768;
-    Size size;
-    const char *end = text.data() + text.size();
-    const auto width = std::from_chars(text.data(), end, size.width);
-    if (width.ec != std::errc() || width.ptr == end || *width.ptr != 'x')
+    const auto size = config::parseScreenSize(text, 32768);
+    if (!size)
         return std::nullopt;
-    const auto height = std::from_chars(width.ptr + 1, end, size.height);
-    if (height.ec != std::errc() || height.ptr != end)
-        return std::nullopt;
-    if (size.width < 1 || size.height < 1 || size.width > largest || size.height > largest)
-        return std::nullopt;
-    return size;
+    return Size{static_cast<int>(size->width), static_cast<int>(size->height)};
 }
 
 static std::optional<int> parsePort(const std::string &text) {

@@ -2,8 +2,6 @@
 
 #include <atomic>
 #include <cerrno>
-#include <fcntl.h>
-#include <system_error>
 #include <unistd.h>
 
 namespace panelwall {
@@ -24,16 +22,7 @@ static void enqueue(int signal) {
 }
 
 Signals::Signals() {
-    int both[2];
-    if (pipe(both) != 0)
-        throw std::system_error(errno, std::generic_category(), "pipe");
-    readEnd = both[0];
-    writeEnd = both[1];
-    for (const int fd : both) {
-        fcntl(fd, F_SETFD, FD_CLOEXEC);
-        fcntl(fd, F_SETFL, O_NONBLOCK);
-    }
-    pipeForHandler = writeEnd;
+    pipeForHandler = queue.writeEnd();
     for (const int signal : {SIGINT, SIGTERM, SIGHUP, SIGUSR1, SIGWINCH, SIGTSTP})
         take(signal, enqueue);
     take(SIGPIPE, SIG_IGN);
@@ -43,8 +32,6 @@ Signals::~Signals() {
     for (const Saved &one : saved)
         sigaction(one.signal, &one.action, nullptr);
     pipeForHandler = -1;
-    close(readEnd);
-    close(writeEnd);
 }
 
 void Signals::take(int signal, void (*handler)(int)) {
@@ -62,7 +49,7 @@ void Signals::take(int signal, void (*handler)(int)) {
 
 std::optional<int> Signals::next() {
     unsigned char byte;
-    if (read(readEnd, &byte, 1) != 1)
+    if (read(queue.readEnd(), &byte, 1) != 1)
         return std::nullopt;
     return byte;
 }

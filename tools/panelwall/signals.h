@@ -1,6 +1,8 @@
 // Signals as something to poll for.
 #pragma once
 
+#include "tools/panelwall/pipe.h"
+
 #include <csignal>
 #include <optional>
 #include <vector>
@@ -19,7 +21,7 @@ public:
     Signals &operator=(const Signals &) = delete;
 
     // Readable while a signal waits in next().
-    int fd() const { return readEnd; }
+    int fd() const { return queue.readEnd(); }
 
     // The oldest signal that has come and was not returned before; never waits.
     std::optional<int> next();
@@ -35,8 +37,7 @@ private:
 
     void take(int signal, void (*handler)(int));
 
-    int readEnd = -1;
-    int writeEnd = -1;
+    Pipe queue;
     std::vector<Saved> saved;
 };
 

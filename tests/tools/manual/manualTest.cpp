@@ -1,5 +1,6 @@
 // The manual pages and the completions against what the programs say of themselves.
-#include <cstdio>
+#include "tests/support/shell.h"
+
 #include <fstream>
 #include <gtest/gtest.h>
 #include <memory>
@@ -7,26 +8,12 @@
 #include <set>
 #include <sstream>
 
+using test::Output;
+using test::outputOf;
+
 namespace {
 
 using Words = std::set<std::string>;
-
-struct Output {
-    std::string text;
-    int status = -1;
-};
-
-Output outputOf(const std::string &command) {
-    Output output;
-    FILE *pipe = popen((command + " 2>&1").c_str(), "r");
-    if (!pipe)
-        return output;
-    char part[4096];
-    while (const std::size_t size = fread(part, 1, sizeof part, pipe))
-        output.text.append(part, size);
-    output.status = pclose(pipe);
-    return output;
-}
 
 std::string fileText(const std::string &path) {
     std::ifstream file(path);

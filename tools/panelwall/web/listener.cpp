@@ -9,25 +9,13 @@
 #include <netinet/in.h>
 #include <poll.h>
 #include <sys/socket.h>
-#include <system_error>
 #include <unistd.h>
 
 namespace panelwall {
 
-Listener::Listener() {
-    int both[2];
-    if (pipe(both) != 0)
-        throw std::system_error(errno, std::generic_category(), "pipe");
-    stopRead = both[0];
-    stopWrite = both[1];
-    for (const int end : both)
-        fcntl(end, F_SETFD, FD_CLOEXEC);
-}
-
 Listener::~Listener() {
-    for (const int fd : {descriptor, stopRead, stopWrite})
-        if (fd >= 0)
-            close(fd);
+    if (descriptor >= 0)
+        close(descriptor);
 }
 
 static std::string nameOf(const std::string &address, int port) {
@@ -79,7 +67,7 @@ std::string Listener::open(const std::string &address, int port) {
 
 int Listener::accept() {
     for (;;) {
-        pollfd waiting[2] = {{descriptor, POLLIN, 0}, {stopRead, POLLIN, 0}};
+        pollfd waiting[2] = {{descriptor, POLLIN, 0}, {stopping.readEnd(), POLLIN, 0}};
         if (poll(waiting, 2, -1) < 0)
             continue;
         if (waiting[1].revents != 0)
@@ -89,15 +77,14 @@ int Listener::accept() {
             return fd;
         // Without descriptors to spare the connection goes on waiting; so does this loop, a moment.
         if (errno == EMFILE || errno == ENFILE || errno == ENOBUFS || errno == ENOMEM) {
-            pollfd stopping{stopRead, POLLIN, 0};
-            poll(&stopping, 1, 100);
+            poll(&waiting[1], 1, 100);
         }
     }
 }
 
 void Listener::stop() {
     const char byte = 0;
-    [[maybe_unused]] const ssize_t written = write(stopWrite, &byte, 1);
+    [[maybe_unused]] const ssize_t written = write(stopping.writeEnd(), &byte, 1);
 }
 
 } // namespace panelwall

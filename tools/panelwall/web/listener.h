@@ -1,6 +1,8 @@
 // A listening TCP socket.
 #pragma once
 
+#include "tools/panelwall/pipe.h"
+
 #include <string>
 
 namespace panelwall {
@@ -9,7 +11,8 @@ namespace panelwall {
 // to any.
 class Listener {
 public:
-    Listener();
+    // Throws std::system_error when no pipe can be made.
+    Listener() = default;
     ~Listener();
     Listener(const Listener &) = delete;
     Listener &operator=(const Listener &) = delete;
@@ -28,8 +31,7 @@ public:
 
 private:
     int descriptor = -1;
-    int stopRead = -1;
-    int stopWrite = -1;
+    Pipe stopping;
     std::string boundName;
 };
 

@@ -1,33 +1,13 @@
 #include "tools/panelwall/web/liveFeed.h"
 
-#include <cerrno>
-#include <fcntl.h>
-#include <system_error>
 #include <unistd.h>
 
 namespace panelwall {
 
-LiveFeed::LiveFeed() {
-    int both[2];
-    if (pipe(both) != 0)
-        throw std::system_error(errno, std::generic_category(), "pipe");
-    readEnd = both[0];
-    writeEnd = both[1];
-    for (const int fd : both) {
-        fcntl(fd, F_SETFD, FD_CLOEXEC);
-        fcntl(fd, F_SETFL, O_NONBLOCK);
-    }
-}
-
-LiveFeed::~LiveFeed() {
-    ::close(readEnd);
-    ::close(writeEnd);
-}
-
 bool LiveFeed::takeNewcomers() {
     char scrap[256];
     bool any = false;
-    while (read(readEnd, scrap, sizeof scrap) > 0)
+    while (read(newcomers.readEnd(), scrap, sizeof scrap) > 0)
         any = true;
     return any;
 }
@@ -62,7 +42,7 @@ LiveFeed::Reader::Reader(LiveFeed &theFeed) : feed(theFeed) {
     ++feed.readerCount;
     // A full pipe wakes the wall just as well.
     const char byte = 0;
-    [[maybe_unused]] const ssize_t written = write(feed.writeEnd, &byte, 1);
+    [[maybe_unused]] const ssize_t written = write(feed.newcomers.writeEnd(), &byte, 1);
 }
 
 LiveFeed::Reader::~Reader() {

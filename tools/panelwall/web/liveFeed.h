@@ -1,6 +1,8 @@
 // From the wall's thread to the readers of the live page: the newest state, and nothing older.
 #pragma once
 
+#include "tools/panelwall/pipe.h"
+
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
@@ -17,15 +19,14 @@ public:
     using Text = std::shared_ptr<const std::string>;
 
     // Throws std::system_error when no pipe can be made.
-    LiveFeed();
-    ~LiveFeed();
+    LiveFeed() = default;
     LiveFeed(const LiveFeed &) = delete;
     LiveFeed &operator=(const LiveFeed &) = delete;
 
     // For the wall's thread.
 
     // Readable while a new reader waits for its greeting.
-    int fd() const { return readEnd; }
+    int fd() const { return newcomers.readEnd(); }
 
     // Whether readers have come since the last call; they wait for greet().
     bool takeNewcomers();
@@ -60,8 +61,7 @@ public:
     };
 
 private:
-    int readEnd = -1;
-    int writeEnd = -1;
+    Pipe newcomers;
     std::atomic<int> readerCount{0};
 
     std::mutex mutex;
