@@ -1,7 +1,6 @@
 // Warnings, cautions and the places of everything.
 #include "tests/tools/config/goodDocument.h"
 #include "tools/config/configDocument.h"
-#include "tools/config/flashes.h"
 
 #include <gtest/gtest.h>
 
@@ -157,10 +156,6 @@ TEST(ConfigReview, cautionsWhereTheWallCanFlash) {
         EXPECT_EQ(problem.pointer, "/mode");
         EXPECT_NE(problem.message.find("seizures"), std::string::npos);
     }
-    EXPECT_NEAR(config::mostFlashes(0), 11.9, 0.01);
-    EXPECT_NEAR(config::mostFlashes(1), 5.05, 0.01);
-    EXPECT_NEAR(config::mostFlashes(2), 3.36, 0.01);
-    EXPECT_EQ(config::mostFlashes(3), 0.0);
 }
 
 TEST(ConfigReview, drawsNoConclusionsFromWhatIsWrong) {

@@ -1,0 +1,18 @@
+// The programs know only the host's interface, so they reckon with delays of their own.
+#include "tools/config/flashes.h"
+
+#include "mirror/screenMirrorMac.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+TEST(ConfigFlashes, areReckonedFromTheLibrarysDelays) {
+    const MirrorManager fresh;
+    EXPECT_DOUBLE_EQ(config::mostFlashes(0), 500.0 / fresh.matchFrameDelay);
+    EXPECT_DOUBLE_EQ(config::mostFlashes(1), 500.0 / fresh.meltFrameDelay);
+    EXPECT_DOUBLE_EQ(config::mostFlashes(2), 500.0 / fresh.fadeFrameDelay);
+    EXPECT_EQ(config::mostFlashes(3), 0.0);
+}
+
+} // namespace
