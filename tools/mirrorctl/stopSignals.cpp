@@ -68,6 +68,9 @@ int StopSignals::waitForInput(std::initializer_list<int> descriptors,
         sigaction(signum, &action, nullptr);
         sigdelset(&during, signum);
     }
+    // Held back until now; but a tool that delivers signals by itself may have done so in between.
+    if (caught != 0)
+        return caught;
     fd_set readable;
     FD_ZERO(&readable);
     int most = -1;

@@ -166,7 +166,7 @@ TEST(MirrorctlDoctor, doesNotWaitForEverOnASilentServer) {
     kill(screen.pid(), SIGSTOP);
     const Ending ending = doctor(screen);
     kill(screen.pid(), SIGCONT);
-    EXPECT_EQ(ending.status, 69);
+    EXPECT_EQ(ending.status, 69) << ending.err;
     EXPECT_TRUE(contains(ending.out, "\"" + screen.display() + "\" does not answer")) << ending.out;
 }
 
