@@ -44,11 +44,7 @@ TEST(MirrorctlDisplays, saysThatDisplayIsNotSet) {
 }
 
 TEST(MirrorctlDisplays, namesAServerThatDoesNotAnswer) {
-    std::string name;
-    {
-        const test::VirtualScreen screen(640, 480);
-        name = screen.display();
-    }
+    const std::string name = ":59000"; // servers of tests that run meanwhile take the lowest
     const Ending ending = mirrorctl({"displays", "--json"}, {{"DISPLAY", name}});
     EXPECT_EQ(ending.status, 69);
     EXPECT_EQ(ending.out, "{\"numDisplays\":0,\"displays\":[]}\n");

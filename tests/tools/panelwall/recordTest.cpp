@@ -88,7 +88,8 @@ TEST(PanelwallRecord, KeepsTheTimesOfArrivalWhileTheProgramIsHeldUp) {
     ASSERT_EQ(read.datagrams.size(), 2u);
     const auto interval = read.datagrams[1].time - read.datagrams[0].time;
     EXPECT_GE(interval, std::chrono::milliseconds(299));
-    EXPECT_LE(interval, passed);
+    // Datagrams are stamped by the system's other clock, which may be being set right.
+    EXPECT_LE(interval, passed + std::chrono::milliseconds(5));
 }
 
 TEST(PanelwallReplay, ShowsTheRecordingOnTheWall) {
