@@ -52,6 +52,7 @@ void MirrorManager::static_runMirror() {
 
 // Mirroring thread.
 void MirrorManager::runMirror() {
+    const MirroringThread thisOne;
     installSignals(static_signalHandler);
     writeFlag(running, true);
     runPhase = RunPhase::begun;

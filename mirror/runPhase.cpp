@@ -8,7 +8,8 @@ constinit std::atomic<RunPhase> runPhase{RunPhase::idle};
 
 namespace {
 constinit std::atomic<pid_t> owner{0}; // 0: nobody has started a run yet
-}
+std::atomic<std::thread::id> mirroringThread; // nobody's without a run
+} // namespace
 
 void claimRun() {
     owner = getpid();
@@ -17,6 +18,18 @@ void claimRun() {
 bool isOwnRun() {
     const pid_t process = owner;
     return process == 0 || process == getpid();
+}
+
+MirroringThread::MirroringThread() {
+    mirroringThread = std::this_thread::get_id();
+}
+
+MirroringThread::~MirroringThread() {
+    mirroringThread = std::thread::id();
+}
+
+bool isMirroringThread() {
+    return mirroringThread.load() == std::this_thread::get_id();
 }
 
 bool joinMirror(std::thread &thread) {

@@ -21,10 +21,22 @@ void claimRun();
 // which it finds there is not one that it could end or wait for.
 bool isOwnRun();
 
+// Tells that the caller is the mirroring thread, from here to the end of the guard's life.
+class MirroringThread {
+public:
+    MirroringThread();
+    ~MirroringThread();
+    MirroringThread(const MirroringThread &) = delete;
+    MirroringThread &operator=(const MirroringThread &) = delete;
+};
+
+// Whether the caller is the mirroring thread. To be asked from a signal handler, too: the thread
+// may be there before whoever starts it has its handle.
+bool isMirroringThread();
+
 // Joins the mirroring thread if it can be joined, and lets go of another process's. False when
 // joining failed, with "Error stopping mirror" on standard output.
 bool joinMirror(std::thread &thread);
 
-// Forgets a thread without joining it: for one that cannot be joined, since it is the caller or
-// since another join is under way, while the process is about to end.
+// Forgets a thread without joining it: another process's, or one that could not be joined.
 void letGo(std::thread &thread);

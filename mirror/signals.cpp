@@ -47,9 +47,11 @@ void installSignals(void (*handler)(int)) {
     }
 }
 
+bool endsBySignal() {
+    return exiting;
+}
+
 void restoreSignals() {
-    if (exiting)
-        return;
     for (const HandledSignal &handled : handledSignals) {
         struct sigaction now;
         sigaction(handled.number, nullptr, &now);
@@ -64,20 +66,18 @@ void MirrorManager::static_signalHandler(int signum) {
 
 // Any thread. It does what a signal handler may not do by the book: the process is ending.
 void MirrorManager::signalHandler(int signum) {
-    const bool elsewhere = std::this_thread::get_id() != mirrorThread.get_id();
-    const bool runExists = mirrorThread.joinable() && isOwnRun();
+    // The mirroring thread cannot join itself, and its handle may not even be there yet.
+    const bool onRun = isMirroringThread();
+    const bool runExists = !onRun && mirrorThread.joinable() && isOwnRun();
     // A stop before the run has begun would be lost.
-    if (runExists && elsewhere)
+    if (runExists)
         awaitRun([](RunPhase phase) { return phase != RunPhase::starting; });
     writeFlag(running, false);
     // A join would be for ever if the run waits for what this thread holds.
-    if (runExists && elsewhere &&
-        !awaitRun([](RunPhase phase) { return phase == RunPhase::ended; }))
+    if (onRun || (runExists && !awaitRun([](RunPhase phase) { return phase == RunPhase::ended; })))
         std::puts("Error stopping mirror");
     else
-        joinMirror(mirrorThread); // fails on the mirroring thread itself, or inside another join
-    if (mirrorThread.joinable())
-        letGo(mirrorThread);
+        joinMirror(mirrorThread); // fails inside another join
     exiting = true;
     try {
         std::exit(signum); // NOLINT(concurrency-mt-unsafe): the documented end

@@ -7,6 +7,7 @@
  *       "cycle"  prints "ready" and then starts and stops without end
  *       "after"  prints "ready" after a run has been stopped and waits
  *       "ask"    prints "ready" and then asks for the palette without end
+ *       "elsewhere"  does the same and has signals come to the library's threads alone
  *       "again"  is interrupted in its second start, just before the thread is made
  */
 #define _GNU_SOURCE
@@ -73,10 +74,16 @@ int main(int argc, char **argv) {
         start();
         return 104;
     }
+    if (strcmp(argv[3], "elsewhere") == 0) {
+        sigset_t interrupt;
+        sigemptyset(&interrupt);
+        sigaddset(&interrupt, SIGINT);
+        pthread_sigmask(SIG_BLOCK, &interrupt, NULL);
+    }
     /* Not through stdio: the exit in a signal handler would flush a half-flushed buffer again. */
     if (write(STDOUT_FILENO, "ready\n", 6) != 6)
         return 103;
-    if (strcmp(argv[3], "ask") == 0) {
+    if (strcmp(argv[3], "ask") == 0 || strcmp(argv[3], "elsewhere") == 0) {
         int (*ask)(char *) = (int (*)(char *))dlsym(handle, "getPalette");
         char palette[512];
         for (;;)
