@@ -7,7 +7,7 @@
 constinit std::atomic<RunPhase> runPhase{RunPhase::idle};
 
 namespace {
-constinit std::atomic<pid_t> owner{0}; // 0: nobody has started a run yet
+constinit std::atomic<pid_t> owner{0};        // 0: nobody has started a run yet
 std::atomic<std::thread::id> mirroringThread; // nobody's without a run
 } // namespace
 
