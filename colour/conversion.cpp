@@ -1,7 +1,8 @@
 #include "colour/conversion.h"
+#include "colour/bias.h"
+#include "colour/processor.h"
 
 #include <algorithm>
-#include <cstring>
 
 static constexpr float least(float a, float b, float c) {
     const float m = b < a ? b : a;
@@ -26,18 +27,24 @@ static constexpr float fraction(int channel) {
     return c * 0x1.01p-8f + c * 0x1.010102p-24f;
 }
 
+namespace {
+// Of one colour, as fractions, with their extremes.
+struct Channels {
+    Channels(std::uint32_t red, std::uint32_t green, std::uint32_t blue)
+        : r(fraction(static_cast<int>(red))), g(fraction(static_cast<int>(green))),
+          b(fraction(static_cast<int>(blue))), min(least(r, g, b)), max(greatest(r, g, b)) {}
+    float r, g, b, min, max;
+};
+} // namespace
+
 // In whole degrees, without a branch, so that the compiler can convert several colours at once.
-static inline std::int32_t hue(int red, int green, int blue) {
-    const float r = fraction(red);
-    const float g = fraction(green);
-    const float b = fraction(blue);
-    const float max = greatest(r, g, b);
-    const float spread = max - least(r, g, b);
+static inline std::int32_t hue(const Channels &c) {
+    const float spread = c.max - c.min;
     // Of a grey the difference is 0 as well; any divisor but 0 will do, and this is less than the
     // spread of any other colour.
     const float divisor = spread > 1.0f / 1024.0f ? spread : 1.0f / 1024.0f;
-    const float difference = r == max ? g - b : g == max ? b - r : r - g;
-    const float turn = r == max ? 0.0f : g == max ? 120.0f : 240.0f;
+    const float difference = c.r == c.max ? c.g - c.b : c.g == c.max ? c.b - c.r : c.r - c.g;
+    const float turn = c.r == c.max ? 0.0f : c.g == c.max ? 120.0f : 240.0f;
     const auto degrees = static_cast<std::int32_t>(difference * 60.0f / divisor + turn);
     return degrees < 0 ? degrees + 360 : degrees; // at most 300 before
 }
@@ -64,68 +71,77 @@ static constexpr std::uint32_t pairNumber(std::uint32_t low, std::uint32_t high)
     return high * (high + 1) / 2 + low;
 }
 
-static constexpr int bias(int s, int l) {
-    return std::clamp(l / 3, 1, 10) + (l < 11 ? 0 : std::min(s / 4, 10));
-}
-
 int hslBias(HSL hsl) {
     return bias(hsl.s, hsl.l);
 }
 
 namespace {
-struct ShadeTable {
-    Shade shades[256 * 257 / 2] = {};
+// Divisions take long, and there are few enough pairs of channels. A byte each, since a processor's
+// nearest cache should hold them all.
+struct SaturationTable {
+    std::uint8_t percent[256 * 257 / 2] = {};
 
-    constexpr ShadeTable() {
-        for (unsigned high = 0; high < 256; ++high) {
-            for (unsigned low = 0; low <= high; ++low) {
-                const float min = fraction(static_cast<int>(low));
-                const float max = fraction(static_cast<int>(high));
-                const int s = saturation(min, max);
-                const int l = lightness(min, max);
-                shades[pairNumber(low, high)] = {1, static_cast<std::uint8_t>(s),
-                                                 static_cast<std::uint8_t>(l),
-                                                 static_cast<std::uint8_t>(bias(s, l))};
-            }
-        }
+    constexpr SaturationTable() {
+        for (unsigned high = 0; high < 256; ++high)
+            for (unsigned low = 0; low <= high; ++low)
+                percent[pairNumber(low, high)] = static_cast<std::uint8_t>(
+                    saturation(fraction(static_cast<int>(low)), fraction(static_cast<int>(high))));
     }
 };
 } // namespace
 
-static constexpr ShadeTable shadeTable;
-const Shade *const HSLColumns::shades = shadeTable.shades;
+static constexpr SaturationTable saturationTable;
 
 HSL RGBToHSL(RGB rgb) {
-    const float min = fraction(std::min({rgb.r, rgb.g, rgb.b}));
-    const float max = fraction(std::max({rgb.r, rgb.g, rgb.b}));
-    return {hue(rgb.r, rgb.g, rgb.b), saturation(min, max), lightness(min, max)};
+    const Channels channels(rgb.r, rgb.g, rgb.b);
+    return {hue(channels), saturation(channels.min, channels.max),
+            lightness(channels.min, channels.max)};
 }
 
-// pairNumber() of the least and the greatest channel of four pixels at once.
-static inline void pairNumbers(const std::uint32_t *words, std::uint32_t *numbers) {
-    using Words = std::uint32_t __attribute__((vector_size(16)));
-    using Halves = std::uint16_t __attribute__((vector_size(16)));
-    using Bytes = std::uint8_t __attribute__((vector_size(16)));
-    Words pixels;
-    std::memcpy(&pixels, words, sizeof pixels);
-    const Bytes blue = Bytes(pixels);
-    const Bytes green = Bytes(pixels >> 8);
-    const Bytes red = Bytes(pixels >> 16);
-    const Bytes least = __builtin_elementwise_min(__builtin_elementwise_min(red, green), blue);
-    const Bytes greatest = __builtin_elementwise_max(__builtin_elementwise_max(red, green), blue);
-    const Words low = Words(least) & 0xff;
-    const Halves high = Halves(Words(greatest) & 0xff);
-    const Words result = Words(high * (high + 1) >> 1) + low; // 255 * 256 fits the half
-    std::memcpy(numbers, &result, sizeof result);
-}
-
-void wordsToHSL(const std::uint32_t (&words)[HSLColumns::capacity], HSLColumns &out) {
+// Plain loops, each of which the compiler turns into instructions for several colours at once;
+// which ones it may use is up to the caller that this becomes a part of.
+__attribute__((always_inline)) static inline void
+convert(const std::uint32_t (&__restrict words)[HSLColumns::capacity], HSLColumns &__restrict out) {
+    std::uint16_t pairs[HSLColumns::capacity];
     for (int i = 0; i < HSLColumns::capacity; ++i) {
         const std::uint32_t word = words[i];
-        out.hue[i] = hue(word >> 16 & 0xff, word >> 8 & 0xff, word & 0xff);
+        const auto red = static_cast<std::uint8_t>(word >> 16);
+        const auto green = static_cast<std::uint8_t>(word >> 8);
+        const auto blue = static_cast<std::uint8_t>(word);
+        const std::uint16_t low = std::min({red, green, blue});
+        const std::uint16_t high = std::max({red, green, blue});
+        pairs[i] = static_cast<std::uint16_t>(pairNumber(low, high));
     }
-    for (int i = 0; i < HSLColumns::capacity; i += 4)
-        pairNumbers(words + i, out.channelPair + i);
+    for (int i = 0; i < HSLColumns::capacity; ++i) {
+        const std::uint32_t word = words[i];
+        const Channels channels(word >> 16 & 0xff, word >> 8 & 0xff, word & 0xff);
+        out.hue[i] = static_cast<std::uint16_t>(hue(channels));
+        out.lightness[i] = static_cast<std::uint16_t>(lightness(channels.min, channels.max));
+    }
+    for (int i = 0; i < HSLColumns::capacity; ++i)
+        out.saturation[i] = saturationTable.percent[pairs[i]];
+}
+
+static void convertAnywhere(const std::uint32_t (&words)[HSLColumns::capacity], HSLColumns &out) {
+    convert(words, out);
+}
+
+#ifdef __x86_64__
+__attribute__((target("avx2"))) static void
+convertWide(const std::uint32_t (&words)[HSLColumns::capacity], HSLColumns &out) {
+    convert(words, out);
+}
+#endif
+
+std::span<const WordsToHSL> conversions() {
+#ifdef __x86_64__
+    static constexpr WordsToHSL all[] = {convertAnywhere, convertWide};
+    static const std::size_t known = hasAVX2() ? 2 : 1;
+#else
+    static constexpr WordsToHSL all[] = {convertAnywhere};
+    constexpr std::size_t known = 1;
+#endif
+    return std::span(all).first(known);
 }
 
 float HueToRGB(float p, float q, float t) {

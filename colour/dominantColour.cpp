@@ -1,4 +1,5 @@
 #include "colour/dominantColour.h"
+#include "colour/bias.h"
 #include "colour/conversion.h"
 #include "colour/hueBucket.h"
 #include "colour/samples.h"
@@ -36,8 +37,8 @@ void updateLeaders(Leader (&leaders)[3], std::int32_t weight, std::int32_t bucke
 }
 
 // Of a hue in degrees.
-unsigned bucketOf(std::int32_t hue) {
-    return static_cast<unsigned>(hue) * 8 / 9;
+unsigned bucketOf(unsigned hue) {
+    return hue * 8 / 9;
 }
 
 // A leader's hue and averages, for the weight that it had when it took its slot.
@@ -54,9 +55,10 @@ bool canStay(const Leader &heaviest, HSL itsAverage) {
 // heaviest bucket, if no other weighs the same and it can stay. Nothing otherwise.
 std::optional<HSL> clearLeader(const Frame &frame, const std::int32_t *samples, int count) {
     HueHistogram<hueBuckets> histogram;
-    forEachSample(frame, samples, count, [&](int number, std::int32_t hue, Shade shade) {
-        histogram.bucket(number, bucketOf(hue)).addBiased(shade);
-    });
+    forEachSample(frame, samples, count, mostBias,
+                  [&](int number, unsigned hue, const Share &share) {
+                      histogram.bucket(number, bucketOf(hue)).add(share);
+                  });
     const Buckets &buckets = histogram.total();
     Leader heaviest;
     for (std::int32_t i = 0; i < hueBuckets; ++i)
@@ -79,9 +81,9 @@ RGB dominantColour(const Frame &frame, const std::int32_t *samples, int count) {
 
     Buckets buckets;
     Leader leaders[3];
-    forEachSample(frame, samples, count - 1, [&](int, std::int32_t hue, Shade shade) {
+    forEachSample(frame, samples, count - 1, mostBias, [&](int, unsigned hue, const Share &share) {
         const unsigned index = bucketOf(hue);
-        buckets[index].addBiased(shade);
+        buckets[index].add(share);
         updateLeaders(leaders, buckets[index].count(), static_cast<std::int32_t>(index));
     });
     const HSL heaviest = average(buckets, leaders[0]);

@@ -5,33 +5,36 @@
 
 #include <cstring>
 
-// Adds up the parts of a shade side by side, so that a colour costs one addition.
+// What one colour adds to its bucket.
+struct Share {
+    std::uint16_t count;      // how often the colour counts
+    std::uint16_t saturation; // percent, that often
+    std::uint16_t lightness;  // percent, that often
+    std::uint16_t none;       // 0
+};
+
+// Each colour counts as often as its bias says and at most `most` times; at most once makes all of
+// them count alike.
+void share(const HSLColumns &columns, std::uint16_t most, Share (&shares)[HSLColumns::capacity]);
+
+// Adds up the parts of shares side by side, so that a colour costs one addition.
 class HueBucket {
 public:
-    void add(Shade shade) { sums += widened(shade); }
-
-    // Everything times the shade's bias.
-    void addBiased(Shade shade) {
-        const Parts parts = __builtin_convertvector(widened(shade), Parts);
-        sums += __builtin_convertvector(parts * parts[3], Sums);
+    void add(const Share &share) {
+        Parts parts;
+        std::memcpy(&parts, &share, sizeof parts);
+        sums += __builtin_convertvector(parts, Sums);
     }
     void operator+=(const HueBucket &other) { sums += other.sums; }
 
-    // Of the shades added; each counts as often as its bias says if it was added so.
+    // Of the shares added.
     std::int32_t count() const { return static_cast<std::int32_t>(sums[0]); }
     std::int32_t saturation() const { return static_cast<std::int32_t>(sums[1]); }
     std::int32_t lightness() const { return static_cast<std::int32_t>(sums[2]); }
 
 private:
-    using Bytes = std::uint8_t __attribute__((vector_size(4)));
     using Parts = std::uint16_t __attribute__((vector_size(8)));
     using Sums = std::uint32_t __attribute__((vector_size(16)));
-
-    static Sums widened(Shade shade) {
-        Bytes bytes;
-        std::memcpy(&bytes, &shade, sizeof bytes);
-        return __builtin_convertvector(bytes, Sums);
-    }
 
     Sums sums = {};
 };

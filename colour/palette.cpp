@@ -16,9 +16,9 @@ std::vector<RGB> paletteOf(const Frame &frame, const std::int32_t *samples, int 
         throw std::length_error("negative palette size");
 
     HueHistogram<hueBuckets> histogram;
-    forEachSample(frame, samples, count - 1, [&](int number, std::int32_t hue, Shade shade) {
-        const auto index = static_cast<unsigned>(hue) * 2 / 9; // 80 buckets in 360 degrees
-        histogram.bucket(number, index).add(shade);
+    forEachSample(frame, samples, count - 1, 1, [&](int number, unsigned hue, const Share &share) {
+        const unsigned index = hue * 2 / 9; // 80 buckets in 360 degrees
+        histogram.bucket(number, index).add(share);
     });
     HueBucket(&buckets)[hueBuckets] = histogram.total();
 

@@ -3,27 +3,33 @@
 
 #include "colour/conversion.h"
 #include "colour/frame.h"
+#include "colour/hueBucket.h"
 
 #include <algorithm>
 
-// Calls `use` with a number that is even and odd in turn, the hue and the shade of each of `count`
-// samples, in order. Works in blocks: while one is used, the pixels of the next are on their way
-// from memory, and the conversion calculates several pixels at once.
+// Calls `use` with a number that is even and odd in turn, the hue and the share of each of `count`
+// samples, in order, which is at most `mostShare`. Works in blocks: while one is
+// used, the pixels of the next are on their way from memory, and the conversion calculates several
+// pixels at once.
 template <class Use>
-void forEachSample(const Frame &frame, const std::int32_t *samples, int count, Use use) {
+void forEachSample(const Frame &frame, const std::int32_t *samples, int count,
+                   std::uint16_t mostShare, Use use) {
     constexpr int blockSize = HSLColumns::capacity;
     std::uint32_t words[blockSize] = {};
     HSLColumns columns;
+    Share shares[blockSize];
+    const WordsToHSL wordsToHSL = conversions().back();
     for (int begin = 0; begin < count; begin += blockSize) {
         const int length = std::min(blockSize, count - begin);
         for (int i = 0; i < length; ++i)
             words[i] = frame.word(samples[begin + i]);
         wordsToHSL(words, columns);
+        share(columns, mostShare, shares);
 
         const int fetched = std::min(blockSize, count - begin - length);
         int i = 0;
         const auto useNext = [&] {
-            use(i, columns.hue[i], columns.shade(i));
+            use(i, columns.hue[i], shares[i]);
             ++i;
         };
         while (i < fetched - 1) {

@@ -1,5 +1,7 @@
 // Every colour there is, through RGBToHSL.
+#include "colour/bias.h"
 #include "colour/conversion.h"
+#include "colour/hueBucket.h"
 #include "tests/colour/parallel.h"
 #include "tests/colour/transcription.h"
 
@@ -37,16 +39,22 @@ std::string complaintAboutBlock(std::uint32_t block) {
     std::uint32_t words[capacity];
     for (std::uint32_t i = 0; i < capacity; ++i)
         words[i] = (block * 2654435761u & 0xff000000u) | (block * capacity + i);
-    HSLColumns columns;
-    wordsToHSL(words, columns);
-    for (int i = 0; i < HSLColumns::capacity; ++i) {
-        const HSL wanted = transcription::hslOf(transcription::unpacked(words[i]));
-        const Shade shade = columns.shade(i);
-        const HSL got{columns.hue[i], shade.saturation, shade.lightness};
-        if (got.h != wanted.h || got.s != wanted.s || got.l != wanted.l)
-            return std::to_string(words[i]) + ": " + show(got) + ", not " + show(wanted);
-        if (shade.one != 1 || shade.bias != transcription::weightOf(wanted))
-            return std::to_string(words[i]) + ": weighs " + std::to_string(shade.bias);
+    for (const WordsToHSL wordsToHSL : conversions()) {
+        HSLColumns columns;
+        wordsToHSL(words, columns);
+        Share shares[capacity];
+        share(columns, mostBias, shares);
+        for (int i = 0; i < HSLColumns::capacity; ++i) {
+            const HSL wanted = transcription::hslOf(transcription::unpacked(words[i]));
+            const HSL got{columns.hue[i], columns.saturation[i], columns.lightness[i]};
+            if (got.h != wanted.h || got.s != wanted.s || got.l != wanted.l)
+                return std::to_string(words[i]) + ": " + show(got) + ", not " + show(wanted);
+            const Share &counted = shares[i];
+            const int weight = transcription::weightOf(wanted);
+            if (counted.count != weight || counted.saturation != weight * wanted.s ||
+                counted.lightness != weight * wanted.l || counted.none != 0)
+                return std::to_string(words[i]) + ": counts " + std::to_string(counted.count);
+        }
     }
     return {};
 }

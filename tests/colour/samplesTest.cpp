@@ -20,16 +20,18 @@ TEST(Samples, EachIsUsedOnceAndInOrderWhateverTheirCount) {
     for (int count = -1; count <= static_cast<int>(samples.size()); ++count) {
         int used = 0;
         int lastNumber = -1;
-        forEachSample(frame, samples.data(), count, [&](int number, int hue, Shade shade) {
-            ASSERT_LT(used, count);
-            const HSL wanted = RGBToHSL(frame.colour(samples[static_cast<std::size_t>(used)]));
-            ASSERT_EQ(hue, wanted.h) << used << " of " << count;
-            ASSERT_EQ(shade.saturation, wanted.s);
-            ASSERT_EQ(shade.lightness, wanted.l);
-            ASSERT_NE(number % 2, lastNumber % 2); // what takes turns relies on it
-            lastNumber = number;
-            ++used;
-        });
+        forEachSample(
+            frame, samples.data(), count, 1, [&](int number, int hue, const Share &share) {
+                ASSERT_LT(used, count);
+                const HSL wanted = RGBToHSL(frame.colour(samples[static_cast<std::size_t>(used)]));
+                ASSERT_EQ(hue, wanted.h) << used << " of " << count;
+                ASSERT_EQ(share.count, 1);
+                ASSERT_EQ(share.saturation, wanted.s);
+                ASSERT_EQ(share.lightness, wanted.l);
+                ASSERT_NE(number % 2, lastNumber % 2); // what takes turns relies on it
+                lastNumber = number;
+                ++used;
+            });
         ASSERT_EQ(used, std::max(count, 0));
     }
 }
