@@ -131,17 +131,16 @@ __attribute__((target("avx2"))) static void
 convertWide(const std::uint32_t (&words)[HSLColumns::capacity], HSLColumns &out) {
     convert(words, out);
 }
+
+static constexpr WordsToHSL ways[] = {convertAnywhere, convertWide};
+static const std::size_t knownWays = hasAVX2() ? 2 : 1; // asked once, while the library is loaded
+#else
+static constexpr WordsToHSL ways[] = {convertAnywhere};
+static constexpr std::size_t knownWays = 1;
 #endif
 
 std::span<const WordsToHSL> conversions() {
-#ifdef __x86_64__
-    static constexpr WordsToHSL all[] = {convertAnywhere, convertWide};
-    static const std::size_t known = hasAVX2() ? 2 : 1;
-#else
-    static constexpr WordsToHSL all[] = {convertAnywhere};
-    constexpr std::size_t known = 1;
-#endif
-    return std::span(all).first(known);
+    return std::span(ways).first(knownWays);
 }
 
 float HueToRGB(float p, float q, float t) {
