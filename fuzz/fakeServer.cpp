@@ -34,9 +34,9 @@ constexpr std::size_t replyHead = 32;
 constexpr std::size_t setupHead = 8;
 constexpr int randrGetMonitors = XCB_RANDR_GET_MONITORS;
 
-// A monitor's memory is taken before its pixels are asked for; sizes between those of a quick run
-// and those that make no sense are left out.
-constexpr unsigned longestSide = 200;
+// Memory for a monitor, or for its part on the root window, is taken before its pixels are asked for;
+// sizes between those of a quick run and those that make no sense are left out.
+constexpr unsigned longestSide = 80;
 constexpr std::uint16_t nonsensicalSide = 60'000;
 
 template <typename T> void append(std::vector<std::uint8_t> &bytes, const T &value) {
@@ -52,12 +52,24 @@ void finishReply(std::vector<std::uint8_t> &reply) {
     std::memcpy(&reply[4], &words, sizeof words);
 }
 
+void temperSize(std::uint16_t &width, std::uint16_t &height) {
+    if (unsigned{width} * height > longestSide * longestSide)
+        width = height = nonsensicalSide;
+}
+
+void temperRoot(std::vector<std::uint8_t> &reply) {
+    xcb_get_geometry_reply_t geometry;
+    static_assert(sizeof geometry <= replyHead);
+    std::memcpy(&geometry, reply.data(), sizeof geometry);
+    temperSize(geometry.width, geometry.height);
+    std::memcpy(reply.data(), &geometry, sizeof geometry);
+}
+
 void temperMonitors(std::vector<std::uint8_t> &reply) {
     for (std::size_t at = replyHead; at + sizeof(xcb_randr_monitor_info_t) <= reply.size();) {
         xcb_randr_monitor_info_t info;
         std::memcpy(&info, &reply[at], sizeof info);
-        if (unsigned{info.width} * info.height > longestSide * longestSide)
-            info.width = info.height = nonsensicalSide;
+        temperSize(info.width, info.height);
         std::memcpy(&reply[at], &info, sizeof info);
         at += sizeof info + std::size_t{info.nOutput} * 4;
     }
@@ -93,9 +105,12 @@ std::vector<std::uint8_t> anyReply(const Request &request) {
     }
     auto reply = input->ConsumeBytes<std::uint8_t>(
         replyHead + input->ConsumeIntegralInRange<std::size_t>(0, 160));
-    reply.resize(std::max(reply.size(), replyHead));
+    finishReply(reply);
+    constexpr int getGeometry = XCB_GET_GEOMETRY;
     if (isMonitors)
         temperMonitors(reply);
+    else if (request.extension == nullptr && request.opcode == getGeometry)
+        temperRoot(reply);
     return reply;
 }
 
