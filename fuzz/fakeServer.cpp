@@ -34,8 +34,8 @@ constexpr std::size_t replyHead = 32;
 constexpr std::size_t setupHead = 8;
 constexpr int randrGetMonitors = XCB_RANDR_GET_MONITORS;
 
-// Memory for a monitor, or for its part on the root window, is taken before its pixels are asked for;
-// sizes between those of a quick run and those that make no sense are left out.
+// Memory for a monitor, or for its part on the root window, is taken before its pixels are asked
+// for; sizes between those of a quick run and those that make no sense are left out.
 constexpr unsigned longestSide = 80;
 constexpr std::uint16_t nonsensicalSide = 60'000;
 

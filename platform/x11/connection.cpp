@@ -39,7 +39,7 @@ std::unique_ptr<Connection> Connection::open() {
         return nullptr;
     std::unique_ptr<Connection> opened(
         new Connection(connection.get(), screen, server.local, std::move(watchdog)));
-    connection.release();
+    static_cast<void>(connection.release()); // the new owner has it
     return opened;
 }
 
