@@ -41,7 +41,8 @@ bool hasErrors(const config::Reading &reading) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
     const std::string text(reinterpret_cast<const char *>(data), size);
     config::Problem reason;
-    const bool parsed = config::parse(text, reason).has_value();
+    rapidjson::Document tree;
+    const bool parsed = config::parse(text, tree, reason);
     const config::Reading reading = config::readText(text);
     const config::Reading review = config::reviewText(text, config::ScreenSize{1920, 1080});
     requireSoundPlaces(reading);

@@ -14,10 +14,11 @@ namespace config {
 Reading readText(const std::string &text) {
     Reading reading;
     reading.text = text;
+    rapidjson::Document tree;
     Problem problem;
-    if (const auto tree = parse(text, problem)) {
-        reading.problems = check(*tree);
-        reading.document = readDocument(*tree);
+    if (parse(text, tree, problem)) {
+        reading.problems = check(tree);
+        reading.document = readDocument(tree);
         locate(text, reading.problems);
     } else {
         reading.problems.push_back(problem);
@@ -25,26 +26,31 @@ Reading readText(const std::string &text) {
     return reading;
 }
 
-Reading reviewText(const std::string &text, const std::optional<ScreenSize> &screen) {
-    Reading reading;
-    reading.text = text;
-    Problem problem;
-    const auto tree = parse(text, problem);
-    if (!tree) {
-        reading.problems.push_back(problem);
-        return reading;
-    }
-    reading.problems = check(*tree);
-    reading.document = readDocument(*tree);
+// All that is wrong or doubtful with a document that could be parsed.
+static void review(const rapidjson::Value &tree, const std::optional<ScreenSize> &screen,
+                   Reading &reading) {
+    reading.problems = check(tree);
+    reading.document = readDocument(tree);
     const Unsound unsound(reading.problems);
     const auto append = [&](std::vector<Problem> more) {
         for (auto &one : more)
             if (reading.problems.size() <= mostProblems)
                 reading.problems.push_back(std::move(one));
     };
-    append(surplusMembers(*tree));
+    append(surplusMembers(tree));
     append(advise(reading.document, screen, unsound));
-    locate(text, reading.problems);
+    locate(reading.text, reading.problems);
+}
+
+Reading reviewText(const std::string &text, const std::optional<ScreenSize> &screen) {
+    Reading reading;
+    reading.text = text;
+    rapidjson::Document tree;
+    Problem problem;
+    if (parse(text, tree, problem))
+        review(tree, screen, reading);
+    else
+        reading.problems.push_back(problem);
     return reading;
 }
 

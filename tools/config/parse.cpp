@@ -83,21 +83,20 @@ static const char *remedyOf(rapidjson::ParseErrorCode error) {
     }
 }
 
-std::optional<rapidjson::Document> parse(const std::string &text, Problem &problem) {
+bool parse(const std::string &text, rapidjson::Document &tree, Problem &problem) {
     problem = {};
     if (const auto zero = text.find('\0'); zero != std::string::npos) {
         problem.place = placeAt(text, zero);
         problem.message = "expected JSON text in UTF-8, found a zero byte, which would end it";
         problem.remedy = "choose the file that you meant, or save it as UTF-8 text";
-        return std::nullopt;
+        return false;
     }
     if (const Excess excess = findExcess(text); excess.offset != std::string::npos) {
         problem.place = placeAt(text, excess.offset);
         problem.message = "expected " + excess.expected;
         problem.remedy = "choose the file that you meant; a configuration is five levels deep";
-        return std::nullopt;
+        return false;
     }
-    rapidjson::Document tree;
     tree.Parse(text.c_str());
     if (tree.HasParseError()) {
         problem.place = placeAt(text, tree.GetErrorOffset());
@@ -106,9 +105,9 @@ std::optional<rapidjson::Document> parse(const std::string &text, Problem &probl
             problem.remedy = "the text begins with a byte order mark; save it without one";
         else
             problem.remedy = remedyOf(tree.GetParseError());
-        return std::nullopt;
+        return false;
     }
-    return tree;
+    return true;
 }
 
 } // namespace config

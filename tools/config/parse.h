@@ -4,7 +4,6 @@
 #include "tools/config/configDocument.h"
 
 #include <cstddef>
-#include <optional>
 #include <rapidjson/document.h>
 #include <string>
 
@@ -18,10 +17,10 @@ inline constexpr std::size_t deepestNesting = 256;
 // many times its size in memory.
 inline constexpr std::size_t mostValues = 4'000'000;
 
-// Parses `text` in just the way the library does. Nothing when that fails, with the place and the
-// reason in `problem`. Beyond what the library's parser refuses, this refuses a zero byte, at
-// which the library would take the text to end, nesting deeper than `deepestNesting`, and more
-// values than `mostValues`.
-std::optional<rapidjson::Document> parse(const std::string &text, Problem &problem);
+// Parses `text` into `tree`, in just the way the library does. False when that fails, with the
+// place and the reason in `problem`. Beyond what the library's parser refuses, this refuses a zero
+// byte, at which the library would take the text to end, nesting deeper than `deepestNesting`, and
+// more values than `mostValues`.
+bool parse(const std::string &text, rapidjson::Document &tree, Problem &problem);
 
 } // namespace config

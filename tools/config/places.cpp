@@ -163,6 +163,7 @@ void locate(const std::string &text, std::vector<Problem> &problems) {
     rapidjson::Reader().Parse(stream, noter);
 
     std::vector<std::pair<std::size_t, Problem *>> offsets;
+    offsets.reserve(problems.size());
     for (auto &problem : problems)
         offsets.emplace_back(offsetOf(root, problem), &problem);
     std::sort(offsets.begin(), offsets.end());

@@ -23,7 +23,7 @@ struct DoctorOptions {
 
 static std::vector<Display> listed(Ward &ward) {
     const LibraryTalk talk;
-    const auto displays = listDisplays().displays;
+    auto displays = listDisplays().displays;
     if (displays.empty()) {
         ward.checks.push_back({Verdict::bad, "displays", "there is none to mirror",
                                "on X11 is the server running, does it let this user in, and has it "

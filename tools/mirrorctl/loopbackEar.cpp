@@ -75,6 +75,7 @@ LoopbackEar::~LoopbackEar() {
         close(fd);
 }
 
+// NOLINTNEXTLINE(readability-non-const-parameter): recvmsg writes there
 bool LoopbackEar::next(unsigned char *bytes, std::size_t room, std::size_t &size, double &time) {
     for (;;) {
         alignas(cmsghdr) char control[CMSG_SPACE(sizeof(timeval))];

@@ -8,6 +8,7 @@
 
 using mirrorctl::ExitStatus;
 
+// NOLINTNEXTLINE(bugprone-exception-escape): without memory for its options it may end like this
 int main(int argc, char **argv) {
     // Whoever reads along, also through a pipe, sees each line when it happens.
     setvbuf(stdout, nullptr, _IOLBF, 0);

@@ -170,6 +170,7 @@ ExitStatus Run::mirror(const StopSignals &signals) {
     if (telling == Telling::live)
         tell("", true);
     if (signum != 0 && !isJson)
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): a known signal has a constant name
         fprintf(out, "Stopping: %s.\n", strsignal(signum));
     if (const auto status = stop(); status != ExitStatus::done)
         return status;

@@ -59,6 +59,7 @@ ExitStatus awaitPalette(const StopSignals &signals, ScreenPalette &palette) {
                 break;
         }
         if (const int signum = signals.take()) {
+            // NOLINTNEXTLINE(concurrency-mt-unsafe): a known signal has a constant name
             fprintf(stderr, "No palette: %s.\n", strsignal(signum));
             return ExitStatus::nothingSent;
         }

@@ -93,6 +93,7 @@ static std::optional<Snapshot> await(const config::Document &document,
             return whole ? whole : snapshot;
         }
         if (const int signum = signals.take()) {
+            // NOLINTNEXTLINE(concurrency-mt-unsafe): a known signal has a constant name
             fprintf(stderr, "No snapshot: %s.\n", strsignal(signum));
             return std::nullopt;
         }

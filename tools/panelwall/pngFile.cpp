@@ -47,7 +47,7 @@ std::string writePng(const Canvas &canvas, const std::string &path) {
     if (encoded && closed && std::rename(draft.c_str(), path.c_str()) == 0)
         return {};
     // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
-    const std::string reason = errno != 0 ? std::strerror(errno) : "the picture is not encoded";
+    std::string reason = errno != 0 ? std::strerror(errno) : "the picture is not encoded";
     std::remove(draft.c_str());
     return reason;
 }

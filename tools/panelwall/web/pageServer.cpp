@@ -77,8 +77,8 @@ PageServer::Http::Http(LiveFeed &theFeed, ScreenPicture &thePicture)
         answer(request, response);
         return HandlerResponse::Handled;
     });
-    // NOLINTNEXTLINE(performance-unnecessary-value-param): the server hands over a copy
     set_exception_handler(
+        // NOLINTNEXTLINE(performance-unnecessary-value-param): the server hands over a copy
         [](const httplib::Request &, httplib::Response &response, std::exception_ptr) {
             refuse(response, 500, "The wall could not make an answer.");
         });
