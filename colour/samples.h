@@ -8,9 +8,9 @@
 #include <algorithm>
 
 // Calls `use` with a number that is even and odd in turn, the hue and the share of each of `count`
-// samples, in order, which is at most `mostShare`. Works in blocks: while one is
-// used, the pixels of the next are on their way from memory, and the conversion calculates several
-// pixels at once.
+// samples, in order; a colour counts at most `mostShare` times. Works in blocks: while one is used,
+// the pixels of the next are on their way from memory, and the conversion calculates several pixels
+// at once.
 template <class Use>
 void forEachSample(const Frame &frame, const std::int32_t *samples, int count,
                    std::uint16_t mostShare, Use use) {

@@ -99,6 +99,16 @@ protected:
                                 {{"127.0.56.1", 1, 0, 0.2, {{1, 40, 40}}}});
     }
 
+    // What such a host has said by its end.
+    static std::string interruptInPaletteMode(const char *what, int round) {
+        Child host({SIGNALHOST, MIRROR_LIBRARY, inPaletteMode(), what});
+        EXPECT_TRUE(host.says("ready\n")) << host.said;
+        usleep(static_cast<useconds_t>(round * 7919)); // spreads the moments; nothing is awaited
+        host.signal(SIGINT);
+        EXPECT_EQ(host.end(), exitStatusOf(SIGINT)) << host.said;
+        return host.said;
+    }
+
     std::string config;
 };
 
@@ -172,25 +182,15 @@ TEST_F(ChildTest, InterruptAtAnyMoment) {
 
 // The interrupted thread may hold the lock that the mode wants.
 TEST_F(ChildTest, InterruptWhileAskingForThePalette) {
-    for (int round = 0; round < 20; ++round) {
-        Child host({SIGNALHOST, MIRROR_LIBRARY, inPaletteMode(), "ask"});
-        ASSERT_TRUE(host.says("ready\n")) << host.said;
-        usleep(static_cast<useconds_t>(round * 7919)); // spreads the moments; nothing is awaited
-        host.signal(SIGINT);
-        ASSERT_EQ(host.end(), exitStatusOf(SIGINT)) << host.said;
-    }
+    for (int round = 0; round < 20; ++round)
+        interruptInPaletteMode("ask", round);
 }
 
 // The process ends on one thread while another is inside the library.
 TEST_F(ChildTest, InterruptOnTheMirroringThreadWhileAskingForThePalette) {
-    for (int round = 0; round < 10; ++round) {
-        Child host({SIGNALHOST, MIRROR_LIBRARY, inPaletteMode(), "elsewhere"});
-        ASSERT_TRUE(host.says("ready\n")) << host.said;
-        usleep(static_cast<useconds_t>(round * 7919)); // spreads the moments; nothing is awaited
-        host.signal(SIGINT);
-        ASSERT_EQ(host.end(), exitStatusOf(SIGINT)) << host.said;
-        ASSERT_NE(host.said.find("Error stopping mirror"), std::string::npos) << host.said;
-    }
+    for (int round = 0; round < 10; ++round)
+        EXPECT_NE(interruptInPaletteMode("elsewhere", round).find("Error stopping mirror"),
+                  std::string::npos);
 }
 
 TEST_F(ChildTest, InterruptBeforeTheThreadIsMade) {
