@@ -59,6 +59,12 @@ protected:
         unsetenv("DISPLAY");
     }
 
+    // Has the demo find this shell script under the name of a program.
+    static void findFirst(const Folder &folder, const std::string &name, const std::string &lines) {
+        chmod(folder.write(name, "#!/bin/sh\n" + lines + "\n").c_str(), 0755);
+        setenv("PATH", (folder.file("") + ":" + std::getenv("PATH")).c_str(), 1);
+    }
+
     // Presses Ctrl-C and looks at what is left.
     static void interrupt(Child &demo) {
         EXPECT_GE(running().size(), 5u); // screen, player, mirror, photographer, wall
@@ -83,9 +89,7 @@ TEST_F(Demo, PrintsThePagesAddressAndLeavesNothingRunningOnCtrlC) {
 TEST_F(Demo, OpensThePageWhereThereIsADesktop) {
     const Folder folder;
     const auto asked = folder.file("asked");
-    chmod(folder.write("xdg-open", "#!/bin/sh\nprintf '%s\\n' \"$1\" >" + asked + "\n").c_str(),
-          0755);
-    setenv("PATH", (folder.file("") + ":" + std::getenv("PATH")).c_str(), 1);
+    findFirst(folder, "xdg-open", "printf '%s\\n' \"$1\" >" + asked);
     const VirtualScreen screen(640, 360);
     screen.use();
     Child demo({"/bin/sh", DEMO, "match"}, Child::Output::terminal, 100, 40);
@@ -95,4 +99,13 @@ TEST_F(Demo, OpensThePageWhereThereIsADesktop) {
     EXPECT_EQ(readAll(asked), "http://127.0.0.1:" + std::to_string(portIn(demo.out)) + "/\n");
     demo.type("\x03");
     EXPECT_EQ(demo.waitExit(), 130);
+}
+
+// A player that is told to end while it draws may deadlock.
+TEST_F(Demo, EndsEvenIfItsPlayerDoesNotWhenAsked) {
+    const Folder folder;
+    findFirst(folder, "ffplay", "trap '' TERM INT\nexec sleep 1000");
+    Child demo({"/bin/sh", DEMO, "match"}, Child::Output::terminal, 100, 40);
+    ASSERT_TRUE(demo.waitFor("15/15 lit")) << demo.out;
+    interrupt(demo);
 }
