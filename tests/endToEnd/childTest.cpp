@@ -86,9 +86,7 @@ protected:
         screen.use();
         // What an unloaded library leaves behind by design cannot be named any more, and an exit
         // inside a handler leaves everything.
-        const char *options = getenv("ASAN_OPTIONS");
-        setenv("ASAN_OPTIONS", (std::string(options ? options : "") + ":detect_leaks=0").c_str(),
-               1);
+        addOption("ASAN_OPTIONS", "detect_leaks=0");
         config = test::documentOf(test::displayIDs().at(0), 0,
                                   {{"127.0.56.1", 1, 0, 0.2, {{1, 40, 40}}}});
     }
@@ -99,8 +97,17 @@ protected:
                                 {{"127.0.56.1", 1, 0, 0.2, {{1, 40, 40}}}});
     }
 
+    static void addOption(const char *variable, const char *option) {
+        const char *options = getenv(variable);
+        setenv(variable, (std::string(options ? options : "") + ":" + option).c_str(), 1);
+    }
+
+    // The exit may come between the end of a thread and its join.
+    static void expectUnjoinedThreads() { addOption("TSAN_OPTIONS", "report_thread_leaks=0"); }
+
     // What such a host has said by its end.
     static std::string interruptInPaletteMode(const char *what, int round) {
+        expectUnjoinedThreads();
         Child host({SIGNALHOST, MIRROR_LIBRARY, inPaletteMode(), what});
         EXPECT_TRUE(host.says("ready\n")) << host.said;
         usleep(static_cast<useconds_t>(round * 7919)); // spreads the moments; nothing is awaited
@@ -119,13 +126,14 @@ TEST_F(ChildTest, UnloadInMidRun) {
 
 class SignalTest : public ChildTest, public testing::WithParamInterface<int> {
 protected:
-#if __has_feature(thread_sanitizer)
     void SetUp() override {
+#if __has_feature(thread_sanitizer)
         if (GetParam() != SIGINT && GetParam() != SIGTERM)
             GTEST_SKIP() << "the thread sanitizer takes this one for a fault of the thread's own";
-        ChildTest::SetUp();
-    }
 #endif
+        ChildTest::SetUp();
+        expectUnjoinedThreads();
+    }
 };
 
 TEST_P(SignalTest, EndsTheRunAndExitsWithItsNumber) {
