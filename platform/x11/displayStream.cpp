@@ -48,6 +48,12 @@ constinit std::mutex runningMutex;
 constinit CGDisplayStream *firstRunning = nullptr;
 constinit std::atomic<pid_t> runningProcess = 0;
 
+// Nobody is interrupted while holding it, since an exit in a signal handler takes it as well.
+class RunningLock {
+    const x11::QuietSignals quiet;
+    const std::lock_guard<std::mutex> lock{runningMutex};
+};
+
 // What a child of fork() finds in the list are its parent's streams.
 void list(CGDisplayStream *stream) {
     if (runningProcess != getpid())
@@ -82,7 +88,7 @@ __attribute__((destructor(101))) void stopRunningStreams() {
     while (runningProcess == getpid()) {
         CGDisplayStream *stream = nullptr;
         {
-            const std::lock_guard lock(runningMutex);
+            const RunningLock lock;
             stream = firstRunning;
         }
         if (stream == nullptr)
@@ -128,7 +134,7 @@ CGError CGDisplayStreamStart(CGDisplayStreamRef displayStream) {
     if (displayStream == nullptr)
         return kCGErrorIllegalArgument;
     {
-        const std::lock_guard lock(runningMutex);
+        const RunningLock lock;
         if (displayStream->run || displayStream->starting)
             return kCGErrorInvalidOperation;
         displayStream->starting = true;
@@ -141,12 +147,13 @@ CGError CGDisplayStreamStart(CGDisplayStreamRef displayStream) {
     } catch (...) {
         // Out of memory, descriptors or threads: as if the display could not be captured.
     }
-    const std::lock_guard lock(runningMutex);
+    const RunningLock lock;
     displayStream->starting = false;
     if (!run)
         return kCGErrorFailure;
     displayStream->run = std::move(run);
     list(displayStream);
+    displayStream->run->begin();
     return kCGErrorSuccess;
 }
 
@@ -157,7 +164,7 @@ CGError CGDisplayStreamStop(CGDisplayStreamRef displayStream) {
     const x11::SigpipeGuard guard;
     std::shared_ptr<x11::StreamRun> run;
     {
-        const std::lock_guard lock(runningMutex);
+        const RunningLock lock;
         run = std::move(displayStream->run);
         if (!run)
             return kCGErrorInvalidOperation;

@@ -46,8 +46,19 @@ std::shared_ptr<StreamRun> StreamRun::start(const CaptureSettings &settings, dis
     return run;
 }
 
+void StreamRun::begin() {
+    const std::lock_guard lock(mutex);
+    begun = true;
+    changed.notifyAll();
+}
+
 // Capture thread.
 void StreamRun::captureThread() {
+    {
+        std::unique_lock lock(mutex);
+        while (!begun)
+            changed.wait(lock);
+    }
     try {
         capture->run([this](CaptureNews news) { tell(news); });
     } catch (...) {

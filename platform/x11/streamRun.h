@@ -18,13 +18,18 @@ namespace x11 {
 
 class StreamRun : public std::enable_shared_from_this<StreamRun> {
 public:
-    // Null when the display cannot be captured now. Host's thread, under a SigpipeGuard; bounded in
-    // time. Throws std::bad_alloc and std::system_error. The handler is retained.
+    // Null when the display cannot be captured now. The handler is retained, and not called before
+    // begin(). Host's thread, under a SigpipeGuard; bounded in time. Throws std::bad_alloc and
+    // std::system_error.
     static std::shared_ptr<StreamRun> start(const CaptureSettings &settings, dispatch_queue_t queue,
                                             CGDisplayStreamFrameAvailableHandler handler);
     ~StreamRun();
     StreamRun(const StreamRun &) = delete;
     StreamRun &operator=(const StreamRun &) = delete;
+
+    // To be called once, as soon as the handler may find its stream running, since its first call
+    // may be the one that stops it. Host's thread.
+    void begin();
 
     // Once, on any thread. Ends the capture, has the handler called with the stopped status as its
     // last call, and returns when that call has, and all threads of the run have ended. False when
@@ -54,7 +59,8 @@ private:
     std::thread thread; // starting and stopping thread
     std::mutex mutex;
     MonotonicCondition changed;
-    bool captureEnded = false; // under the mutex
+    bool begun = false; // under the mutex, as is the next
+    bool captureEnded = false;
 };
 
 } // namespace x11

@@ -1,0 +1,64 @@
+// The moment between the making of a stream's threads and the return of the start.
+#include "tests/platform/streamProbe.h"
+#include "tests/support/virtualScreen.h"
+
+#include <atomic>
+#include <csignal>
+#include <gtest/gtest.h>
+
+using test::StreamProbe;
+using test::VirtualScreen;
+using namespace std::chrono_literals;
+
+namespace {
+
+constexpr auto complete = kCGDisplayStreamFrameStatusFrameComplete;
+constexpr auto stopped = kCGDisplayStreamFrameStatusStopped;
+
+std::atomic<bool> isSlow = false;
+std::thread::id slowThread;
+std::mutex mutex;
+x11::MonotonicCondition changed;
+bool handlerIsOver = false; // under the mutex
+
+// Long enough for a first frame, on a machine on which little goes on.
+void waitForHandler() {
+    std::unique_lock lock(mutex);
+    changed.waitUntil(lock, x11::Clock::now() + 300ms, [] { return handlerIsOver; });
+}
+
+} // namespace
+
+// Every thread is made with its signals blocked, so that a starting thread comes by here once each.
+extern "C" {
+int __real_pthread_sigmask(int how, const sigset_t *set, sigset_t *before);
+int __wrap_pthread_sigmask(int how, const sigset_t *set, sigset_t *before);
+
+int __wrap_pthread_sigmask(int how, const sigset_t *set, sigset_t *before) {
+    const int result = __real_pthread_sigmask(how, set, before);
+    if (how == SIG_SETMASK && isSlow && std::this_thread::get_id() == slowThread)
+        waitForHandler();
+    return result;
+}
+}
+
+TEST(StreamStart, TheFirstCallOfTheHandlerMayStopTheStream) {
+    const VirtualScreen screen(64, 48);
+    screen.use();
+    StreamProbe stream(test::onlyDisplay(), 64, 48);
+    std::atomic<CGError> result = kCGErrorFailure;
+    stream.onCall = [&](const test::HandlerCall &call) {
+        if (call.status != complete)
+            return;
+        result = stream.stop();
+        const std::lock_guard lock(mutex);
+        handlerIsOver = true;
+        changed.notifyAll();
+    };
+    slowThread = std::this_thread::get_id();
+    isSlow = true;
+    EXPECT_EQ(stream.start(), kCGErrorSuccess);
+    isSlow = false;
+    EXPECT_TRUE(stream.waitForCount(stopped, 1, 5s));
+    EXPECT_EQ(result, kCGErrorSuccess);
+}
