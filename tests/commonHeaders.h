@@ -1,4 +1,4 @@
-// What most tests read, parsed once for all of them in builds under sanitizers.
+// What most tests read, parsed once for all of them where cmake/commonHeaders.cmake is used.
 #pragma once
 
 #include <algorithm>
