@@ -1,4 +1,5 @@
 // The frame buffer and the display stream that keeps it current.
+#include "mirror/firstFrame.h"
 #include "mirror/frameLease.h"
 #include "mirror/screenMirrorMac.h"
 
@@ -32,9 +33,11 @@ void takeFrame(const MirrorManager &manager, FrameSize size, CGDisplayStreamFram
         return;
     const FrameLease lease; // a stop need not wait for this queue
     IOSurfaceLock(surface, kIOSurfaceLockReadOnly, nullptr);
-    if (unsigned char *buffer = __atomic_load_n(&manager.frameBuffer, __ATOMIC_SEQ_CST))
+    if (unsigned char *buffer = __atomic_load_n(&manager.frameBuffer, __ATOMIC_SEQ_CST)) {
+        const FrameArrival arrival;
         std::memcpy(buffer, IOSurfaceGetBaseAddress(surface),
                     size.width * size.height * std::min(manager.bytesPerPixel, pixelBytes));
+    }
     IOSurfaceUnlock(surface, kIOSurfaceLockReadOnly, nullptr);
 }
 
@@ -60,6 +63,7 @@ void *MirrorManager::initScreen() {
     // Forgotten before the new one is made: should that fail, no frame of the new size may be
     // copied into a buffer of the old size.
     frameBuffer = nullptr;
+    firstFrame = FirstFrame::awaited;
     frameBuffer = new unsigned char[frameSize(screenWidth, screenHeight)]();
     return frameBuffer;
 }

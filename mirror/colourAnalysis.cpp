@@ -1,6 +1,7 @@
 // The colour functions over the manager's own frame and sample grid.
 #include "colour/dominantColour.h"
 #include "colour/palette.h"
+#include "mirror/firstFrame.h"
 #include "mirror/frameLease.h"
 #include "mirror/jsonMemory.h"
 #include "mirror/screenMirrorMac.h"
@@ -26,7 +27,9 @@ int MirrorManager::computeHSLBias(HSL hsl) {
 
 RGB MirrorManager::getDominantScreenColour() {
     try {
-        return dominantColour(currentFrame(), samplePixels, screenSampleCount);
+        return readWholeFrame(running, [this] {
+            return dominantColour(currentFrame(), samplePixels, screenSampleCount);
+        });
     } catch (...) {
         std::puts("Error during dominant colour calculation");
         return {};
@@ -34,7 +37,9 @@ RGB MirrorManager::getDominantScreenColour() {
 }
 
 std::vector<RGB> MirrorManager::getPaletteFromScreen(int size) {
-    return paletteOf(currentFrame(), samplePixels, screenSampleCount, size);
+    return readWholeFrame(running, [this, size] {
+        return paletteOf(currentFrame(), samplePixels, screenSampleCount, size);
+    });
 }
 
 // Host thread.

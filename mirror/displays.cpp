@@ -2,6 +2,7 @@
 #include "mirror/jsonMemory.h"
 #include "mirror/screenMirrorMac.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 
@@ -15,7 +16,11 @@ int MirrorManager::getDisplays(char *buffer, int bufferLength) {
         CGGetActiveDisplayList(maxDisplays, nullptr, &displayCount);
         // Room for as many as the second call may write: a display can appear between the two.
         std::vector<CGDirectDisplayID> displays(maxDisplays);
-        CGGetActiveDisplayList(maxDisplays, displays.data(), &displayCount);
+        // The first count may be of more displays than are ever listed. If the second call fails,
+        // no identifier is known.
+        if (CGGetActiveDisplayList(maxDisplays, displays.data(), &displayCount) != kCGErrorSuccess)
+            displayCount = 0;
+        displayCount = std::min(displayCount, maxDisplays);
 
         JsonText text;
         JsonWriter writer(text);

@@ -1,5 +1,7 @@
 #include "mirror/frameLease.h"
 
+#include "mirror/signals.h"
+
 #include <atomic>
 #include <chrono>
 #include <thread>
@@ -19,7 +21,8 @@ FrameLease::~FrameLease() {
 bool FrameLease::awaitNone() {
     constexpr int patience = 1000; // milliseconds
     for (int waited = 0; leases != 0; ++waited) {
-        if (waited == patience)
+        // A signal may have interrupted the reader, which then reads no further.
+        if (waited == patience || endsBySignal())
             return false;
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }

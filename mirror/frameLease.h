@@ -12,6 +12,6 @@ public:
     FrameLease &operator=(const FrameLease &) = delete;
 
     // Waits until nobody reads a buffer that is no longer handed out. False when somebody still
-    // does after a second: the buffer must then not be freed.
+    // does after a second, or a signal is ending the process: the buffer must then not be freed.
     static bool awaitNone();
 };

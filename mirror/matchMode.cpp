@@ -1,4 +1,5 @@
 // Match mode: each panel shows the colour of the screen behind it, in every cycle.
+#include "mirror/firstFrame.h"
 #include "mirror/frameLoop.h"
 
 #include <algorithm>
@@ -19,7 +20,11 @@ struct Match {
     const MirrorManager &manager;
     const bool allOnFrame = onFrame(manager.currentFrame(), manager.devices);
 
-    Cycle next() { return Cycle::send; }
+    // A frame half-way is made good by the next cycle, unless it is still half-way then.
+    Cycle next() {
+        awaitFirstFrame(manager.running);
+        return Cycle::send;
+    }
 
     bool light(int, const Device &device, PanelFrame &frame) {
         const Frame screen = manager.currentFrame();

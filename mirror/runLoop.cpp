@@ -29,7 +29,7 @@ int MirrorManager::startMirror() {
     try {
         claimRun();
         runPhase = RunPhase::starting;
-        mirrorThread = std::thread(static_runMirror);
+        startMirroringThread(mirrorThread, static_runMirror);
     } catch (...) {
         runPhase = RunPhase::idle;
         std::puts("Error starting mirroring");
@@ -52,7 +52,6 @@ void MirrorManager::static_runMirror() {
 
 // Mirroring thread.
 void MirrorManager::runMirror() {
-    const MirroringThread thisOne;
     installSignals(static_signalHandler);
     writeFlag(running, true);
     runPhase = RunPhase::begun;

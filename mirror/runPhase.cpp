@@ -1,7 +1,10 @@
 #include "mirror/runPhase.h"
 
+#include "mirror/signals.h"
+
 #include <cstdio>
 #include <new>
+#include <pthread.h>
 #include <unistd.h>
 
 constinit std::atomic<RunPhase> runPhase{RunPhase::idle};
@@ -9,6 +12,7 @@ constinit std::atomic<RunPhase> runPhase{RunPhase::idle};
 namespace {
 constinit std::atomic<pid_t> owner{0};        // 0: nobody has started a run yet
 std::atomic<std::thread::id> mirroringThread; // nobody's without a run
+
 } // namespace
 
 void claimRun() {
@@ -20,12 +24,14 @@ bool isOwnRun() {
     return process == 0 || process == getpid();
 }
 
-MirroringThread::MirroringThread() {
-    mirroringThread = std::this_thread::get_id();
-}
-
-MirroringThread::~MirroringThread() {
-    mirroringThread = std::thread::id();
+void startMirroringThread(std::thread &thread, void (*run)()) {
+    const HeldSignals held;
+    thread = std::thread([run, mask = held.maskBefore()] {
+        mirroringThread = std::this_thread::get_id();
+        pthread_sigmask(SIG_SETMASK, &mask, nullptr);
+        run();
+        mirroringThread = std::thread::id();
+    });
 }
 
 bool isMirroringThread() {

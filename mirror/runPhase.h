@@ -21,17 +21,11 @@ void claimRun();
 // which it finds there is not one that it could end or wait for.
 bool isOwnRun();
 
-// Tells that the caller is the mirroring thread, from here to the end of the guard's life.
-class MirroringThread {
-public:
-    MirroringThread();
-    ~MirroringThread();
-    MirroringThread(const MirroringThread &) = delete;
-    MirroringThread &operator=(const MirroringThread &) = delete;
-};
+// Starts the mirroring thread. Signals are held back until the thread is known as such and `thread`
+// is its handle: a handler on either thread then finds both. Throws std::system_error.
+void startMirroringThread(std::thread &thread, void (*run)());
 
-// Whether the caller is the mirroring thread. To be asked from a signal handler, too: the thread
-// may be there before whoever starts it has its handle.
+// Whether the caller is the mirroring thread. To be asked from a signal handler, too.
 bool isMirroringThread();
 
 // Joins the mirroring thread if it can be joined, and lets go of another process's. False when

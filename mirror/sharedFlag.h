@@ -2,12 +2,16 @@
 // another polls between sleeps. Seeing a change one cycle late is harmless, so they need no lock;
 // all accesses that may meet another thread's go through here, where the thread sanitizer is told
 // to look away.
+//
+// They are volatile accesses: a loop that polls a flag and calls nothing must read it each time.
 #pragma once
 
 inline bool readFlag(const bool &flag) {
-    return flag;
+    const volatile bool &now = flag; // a cast would do, but some compilers lose it
+    return now;
 }
 
 inline void writeFlag(bool &flag, bool value) {
-    flag = value;
+    volatile bool &now = flag;
+    now = value;
 }

@@ -3,10 +3,11 @@
 #include "mirror/screenMirrorMac.h"
 #include "mirror/sharedFlag.h"
 
+#include <atomic>
 #include <chrono>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <pthread.h>
 
 namespace {
 
@@ -19,12 +20,13 @@ struct HandledSignal {
 HandledSignal handledSignals[] = {{SIGINT}, {SIGABRT}, {SIGTERM}, {SIGBUS},
                                   {SIGFPE}, {SIGPIPE}, {SIGSEGV}};
 
-bool exiting = false;
+std::atomic<bool> exiting = false;
 
-// Waits for the run to come to a phase, but not for ever: it may need what the thread that this
-// handler has interrupted holds.
+// Waits for the run to come to a phase, as a join would, but not for ever: it may need what the
+// thread that this handler has interrupted holds, such as the lock of the C library's memory.
 template <class Predicate> bool awaitRun(Predicate isThere) {
-    constexpr int patience = 5000; // milliseconds; a stream's stop takes up to three seconds
+    constexpr int patience =
+        30000; // milliseconds; the system may take its time over a stream's stop
     for (int waited = 0; !isThere(runPhase.load()); ++waited) {
         if (waited == patience)
             return false;
@@ -47,6 +49,18 @@ void installSignals(void (*handler)(int)) {
     }
 }
 
+HeldSignals::HeldSignals() {
+    sigset_t held;
+    sigemptyset(&held);
+    for (const HandledSignal &handled : handledSignals)
+        sigaddset(&held, handled.number);
+    pthread_sigmask(SIG_BLOCK, &held, &before);
+}
+
+HeldSignals::~HeldSignals() {
+    pthread_sigmask(SIG_SETMASK, &before, nullptr);
+}
+
 bool endsBySignal() {
     return exiting;
 }
@@ -66,6 +80,7 @@ void MirrorManager::static_signalHandler(int signum) {
 
 // Any thread. It does what a signal handler may not do by the book: the process is ending.
 void MirrorManager::signalHandler(int signum) {
+    exiting = true;
     // The mirroring thread cannot join itself, and its handle may not even be there yet.
     const bool onRun = isMirroringThread();
     const bool runExists = !onRun && mirrorThread.joinable() && isOwnRun();
@@ -78,7 +93,6 @@ void MirrorManager::signalHandler(int signum) {
         std::puts("Error stopping mirror");
     else
         joinMirror(mirrorThread); // fails inside another join
-    exiting = true;
     try {
         std::exit(signum); // NOLINT(concurrency-mt-unsafe): the documented end
     } catch (...) {

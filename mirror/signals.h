@@ -1,6 +1,8 @@
 // The process signals that end a run.
 #pragma once
 
+#include <csignal>
+
 // Installs `handler` for SIGINT, SIGABRT, SIGTERM, SIGBUS, SIGFPE, SIGPIPE and SIGSEGV, and
 // remembers what the host had there. Mirroring thread.
 void installSignals(void (*handler)(int));
@@ -10,5 +12,19 @@ void installSignals(void (*handler)(int));
 // nothing.
 void restoreSignals();
 
-// Whether the process is exiting because of one of them. Asked while it exits.
+// While it lives, none of them reaches the calling thread, nor a thread that it starts.
+class HeldSignals {
+public:
+    HeldSignals();
+    ~HeldSignals();
+    HeldSignals(const HeldSignals &) = delete;
+    HeldSignals &operator=(const HeldSignals &) = delete;
+
+    const sigset_t &maskBefore() const { return before; }
+
+private:
+    sigset_t before;
+};
+
+// Whether one of them is ending the process, from its arrival on. Any thread.
 bool endsBySignal();

@@ -209,4 +209,14 @@ TEST_F(ChildTest, InterruptBeforeTheThreadIsMade) {
     EXPECT_EQ(host.end(), exitStatusOf(SIGINT)) << host.said;
 }
 
+// A thread that has not yet noted that it is the mirroring thread is spared until it has.
+TEST_F(ChildTest, InterruptOnTheThreadThatIsJustMade) {
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+    GTEST_SKIP() << "the sanitizers have a pthread_create of their own";
+#endif
+    Child host({SIGNALHOST, MIRROR_LIBRARY, config, "newborn"});
+    EXPECT_EQ(host.end(), exitStatusOf(SIGINT)) << host.said;
+    EXPECT_EQ(host.said, "Error stopping mirror\n"); // it cannot join itself
+}
+
 } // namespace

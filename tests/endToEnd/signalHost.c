@@ -9,6 +9,7 @@
  *       "ask"    prints "ready" and then asks for the palette without end
  *       "elsewhere"  does the same and has signals come to the library's threads alone
  *       "again"  is interrupted in its second start, just before the thread is made
+ *       "newborn"  is interrupted in its second start, on the new thread before it does anything
  */
 #define _GNU_SOURCE
 #include "mirror/mirrorInterface.h"
@@ -17,6 +18,7 @@
 #include <pthread.h>
 #include <signal.h>
 #include <stdio.h>
+#include <stdlib.h>
 #include <string.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -39,6 +41,19 @@ ssize_t sendto(int fd, const void *bytes, size_t length, int flags, const struct
 
 #if !__has_feature(address_sanitizer) && !__has_feature(thread_sanitizer)
 static int interrupted = 0;
+static int newborn = 0;
+
+struct Birth {
+    void *(*run)(void *);
+    void *argument;
+};
+
+static void *interruptAndRun(void *birth) {
+    const struct Birth born = *(struct Birth *)birth;
+    free(birth);
+    raise(SIGINT);
+    return born.run(born.argument);
+}
 
 /* Stands before the C library's own. */
 int pthread_create(pthread_t *thread, const pthread_attr_t *attributes, void *(*run)(void *),
@@ -48,10 +63,17 @@ int pthread_create(pthread_t *thread, const pthread_attr_t *attributes, void *(*
             RTLD_NEXT, "pthread_create");
     if (interrupted)
         raise(SIGINT);
+    if (newborn) {
+        newborn = 0;
+        struct Birth *birth = malloc(sizeof *birth);
+        *birth = (struct Birth){run, argument};
+        return real(thread, attributes, interruptAndRun, birth);
+    }
     return real(thread, attributes, run, argument);
 }
 #else
 static int interrupted = 0; /* the sanitizers have a pthread_create of their own */
+static int newborn = 0;
 #endif
 
 int main(int argc, char **argv) {
@@ -73,6 +95,14 @@ int main(int argc, char **argv) {
         interrupted = 1;
         start();
         return 104;
+    }
+    if (strcmp(argv[3], "newborn") == 0) {
+        stop();
+        newborn = 1;
+        alarm(5); /* a handler that waits for its own thread waits longer */
+        start();
+        for (;;)
+            pause();
     }
     if (strcmp(argv[3], "elsewhere") == 0) {
         sigset_t interrupt;

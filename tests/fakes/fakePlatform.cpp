@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <memory>
 #include <mutex>
+#include <poll.h>
 #include <stdexcept>
 #include <thread>
 
@@ -112,9 +113,13 @@ void CFRelease(CFTypeRef data) {
 
 CGError CGGetActiveDisplayList(uint32_t capacity, CGDirectDisplayID *list, uint32_t *count) {
     const auto &displays = fake::platform().displays;
-    *count = static_cast<uint32_t>(displays.size());
-    if (list == nullptr)
+    if (list == nullptr) {
+        *count = static_cast<uint32_t>(displays.size());
         return kCGErrorSuccess;
+    }
+    if (fake::platform().refuseListing)
+        return kCGErrorFailure;
+    *count = static_cast<uint32_t>(displays.size());
     *count = std::min(*count, capacity);
     for (uint32_t i = 0; i < *count; ++i)
         list[i] = displays[i].id;
@@ -194,6 +199,7 @@ CGError CGDisplayStreamStart(CGDisplayStreamRef stream) {
 
 CGError CGDisplayStreamStop(CGDisplayStreamRef) {
     record("CGDisplayStreamStop");
+    poll(nullptr, 0, static_cast<int>(fake::platform().stopTime.count()));
     return fake::platform().stopResult;
 }
 

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <CoreGraphics/CoreGraphics.h>
+#include <chrono>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -31,12 +32,14 @@ struct StreamRequest {
 
 struct Platform {
     std::vector<Display> displays;
+    bool refuseListing = false; // of the identifiers; their count is told
     bool refuseStreams = false;
     bool throwOnCreate = false;
     bool throwOnStart = false;
     CGError startResult = kCGErrorSuccess;
     CGError stopResult = kCGErrorSuccess;
-    std::vector<std::uint8_t> imageBytes; // what CGDataProviderCopyData hands out
+    std::chrono::milliseconds stopTime{0}; // that a stop takes
+    std::vector<std::uint8_t> imageBytes;  // what CGDataProviderCopyData hands out
 
     // Recorded.
     StreamRequest request;

@@ -7,6 +7,15 @@
 using test::Pixels;
 using transcription::packed;
 
+static bool averagingFails = false; // it says a line first, and that throws
+
+// Stands before the C library's own.
+extern "C" int puts(const char *text) {
+    if (averagingFails && std::strcmp(text, "Resorting to averaging") == 0)
+        throw std::runtime_error("scripted");
+    return std::fputs(text, stdout) < 0 || std::fputc('\n', stdout) < 0 ? EOF : 1;
+}
+
 namespace {
 
 class Analysis : public ModeSteps {
@@ -110,6 +119,15 @@ TEST_F(Analysis, AveragingIsSaid) {
     testing::internal::CaptureStdout();
     EXPECT_EQ(packed(mirrorManager.getDominantScreenColour()), 0x040404u);
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "Resorting to averaging\n");
+}
+
+TEST_F(Analysis, AnExceptionOnTheWayIsSaidAndTheColourBlack) {
+    show(test::averagingTo({4, 4, 4}));
+    testing::internal::CaptureStdout();
+    averagingFails = true;
+    EXPECT_EQ(packed(mirrorManager.getDominantScreenColour()), 0u);
+    averagingFails = false;
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "Error during dominant colour calculation\n");
 }
 
 TEST_F(Analysis, WithoutAFrameTheScreenIsBlack) {

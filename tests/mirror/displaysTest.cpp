@@ -1,6 +1,10 @@
 #include "tests/mirror/manager.h"
 
+#include <algorithm>
+#include <csignal>
 #include <cstring>
+#include <sys/mman.h>
+#include <unistd.h>
 
 namespace {
 
@@ -26,6 +30,15 @@ TEST_F(Displays, AtMostTen) {
     EXPECT_EQ(text.find("{\"numDisplays\":10,"), 0u);
     EXPECT_NE(text.find("\"displayID\":10,"), std::string::npos);
     EXPECT_EQ(text.find("\"displayID\":11,"), std::string::npos);
+}
+
+// The count alone says more than is ever listed.
+TEST_F(Displays, NoneWhereTheSecondCallFails) {
+    fake::platform().displays.assign(40, {1, 1, 1});
+    fake::platform().refuseListing = true;
+    char buffer[64];
+    EXPECT_EQ(mirrorManager.getDisplays(buffer, sizeof buffer), 1);
+    EXPECT_STREQ(buffer, R"({"numDisplays":0,"displays":[]})");
 }
 
 TEST_F(Displays, None) {
@@ -55,6 +68,35 @@ TEST_F(Displays, NoLengthWritesNothing) {
     char buffer = '#';
     EXPECT_EQ(mirrorManager.getDisplays(&buffer, 0), 1);
     EXPECT_EQ(buffer, '#');
+}
+
+// It becomes an enormous bound, and the padding goes on to where memory ends.
+TEST_F(Displays, ANegativeLengthPadsFarBeyondTheBuffer) {
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+    GTEST_SKIP() << "the sanitizers refuse such a length";
+#endif
+    const auto page = static_cast<std::size_t>(getpagesize());
+    void *const memory =
+        mmap(nullptr, 3 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(memory, MAP_FAILED);
+    static char *text; // for the handler
+    text = static_cast<char *>(memory);
+    static char *end;
+    end = text + 2 * page;
+    ASSERT_EQ(mprotect(end, page, PROT_NONE), 0);
+    std::memset(text, '#', 2 * page);
+    const auto atTheEnd = [](int) {
+        const bool padded = std::strncmp(text, "{\"numDisplays\":1,", 17) == 0 &&
+                            std::all_of(text + std::strlen(text), end, [](char c) { return !c; });
+        _exit(padded ? 9 : 1);
+    };
+    EXPECT_EXIT(
+        {
+            std::signal(SIGSEGV, atTheEnd);
+            mirrorManager.getDisplays(text, -1);
+        },
+        testing::ExitedWithCode(9), "");
+    munmap(memory, 3 * page);
 }
 
 } // namespace

@@ -1,10 +1,29 @@
+#include "mirror/sharedFlag.h"
 #include "tests/mirror/manager.h"
 
 #include <csignal>
+#include <cstdlib>
+#include <unistd.h>
 
 namespace {
 
 constexpr int handledSignals[] = {SIGINT, SIGABRT, SIGTERM, SIGBUS, SIGFPE, SIGPIPE, SIGSEGV};
+
+std::vector<int> *installed = nullptr; // the calls of signal(), where somebody wants to know
+
+} // namespace
+
+// Stands before the C library's own.
+extern "C" sighandler_t signal(int number, sighandler_t handler) noexcept {
+    if (installed)
+        installed->push_back(number);
+    struct sigaction action = {}, before = {};
+    action.sa_handler = handler;
+    action.sa_flags = SA_RESTART;
+    return sigaction(number, &action, &before) == 0 ? before.sa_handler : SIG_ERR;
+}
+
+namespace {
 
 // Gives the process its own handlers back.
 class Handlers : public ManagerTest {
@@ -41,6 +60,56 @@ TEST_F(Handlers, AreInstalledAtEveryRunAndStayAfterIt) {
         ASSERT_EQ(mirrorManager.stopMirror(), 1);
         expectOurs();
     }
+}
+
+TEST_F(Handlers, AreInstalledInOrder) {
+    ASSERT_EQ(configure(document("[" + device("127.0.59.3", 1, "[]") + "]")), 1);
+    std::vector<int> numbers;
+    installed = &numbers;
+    EXPECT_EQ(mirrorManager.startMirror(), 1);
+    installed = nullptr;
+    EXPECT_EQ(numbers, std::vector<int>(std::begin(handledSignals), std::end(handledSignals)));
+}
+
+// What an exit status stands for in a child that a signal has ended during a run.
+constexpr int outOfOrder = 99;
+
+// Ends the process by a signal in mid-run; whoever runs at its exit finds the run over.
+[[noreturn]] void endInMidRun(int number) {
+    mirrorManager.startMirror();
+    std::atexit([] {
+        const auto &calls = fake::platform().calls;
+        const bool stopped = !readFlag(mirrorManager.running) &&
+                             !mirrorManager.mirrorThread.joinable() && !calls.empty() &&
+                             calls.back() == "CGDisplayStreamStop";
+        if (!stopped)
+            _exit(outOfOrder);
+    });
+    dup2(STDERR_FILENO, STDOUT_FILENO); // where a death test looks
+    raise(number);
+    _exit(outOfOrder);
+}
+
+class HandlersDeathTest : public Handlers {
+protected:
+    void SetUp() override {
+#if __has_feature(thread_sanitizer)
+        GTEST_SKIP() << "the thread sanitizer knows no threads in a child of a fork";
+#endif
+        ASSERT_EQ(configure(document("[" + device("127.0.59.3", 1, "[]") + "]")), 1);
+    }
+};
+
+// First the flag, then the join, then the exit.
+TEST_F(HandlersDeathTest, EndTheRunBeforeTheProcess) {
+    for (const int number : handledSignals)
+        EXPECT_EXIT(endInMidRun(number), testing::ExitedWithCode(number), "^$") << number;
+}
+
+// As a join would, however long the system takes.
+TEST_F(HandlersDeathTest, WaitForAStreamThatIsSlowToStop) {
+    fake::platform().stopTime = std::chrono::seconds(8);
+    EXPECT_EXIT(endInMidRun(SIGTERM), testing::ExitedWithCode(SIGTERM), "^$");
 }
 
 } // namespace

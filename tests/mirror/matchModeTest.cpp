@@ -1,5 +1,6 @@
 #include "mirror/sharedFlag.h"
 #include "tests/mirror/manager.h"
+#include "tests/mirror/scriptedSystem.h"
 #include "tests/support/lightReceiver.h"
 
 #include <memory>
@@ -144,6 +145,16 @@ TEST_F(MatchMode, ACaptureTakesOneFrameOfEveryDevice) {
         EXPECT_FALSE(readFlag(mirrorManager.captureRequested));
     });
     EXPECT_EQ(mirrorManager.streamFrames, (std::vector<std::string>{"1 5 1 0 0 0 0 5", "0 "}));
+}
+
+TEST_F(MatchMode, WithoutDevicesItKeepsItsPace) {
+    ASSERT_EQ(configure(document("[]")), 1);
+    test::ScriptedSystem system;
+    system.atSleep = [&] { writeFlag(mirrorManager.running, system.sleeps.size() < 20); };
+    mirrorManager.running = true;
+    mirrorManager.mirrorModeMatch(0, sockets);
+    EXPECT_EQ(system.sleeps,
+              std::vector<std::chrono::nanoseconds>(20, std::chrono::milliseconds(42)));
 }
 
 TEST_F(MatchMode, WithoutDevicesACaptureIsStillConsumed) {

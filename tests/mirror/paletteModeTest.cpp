@@ -2,6 +2,8 @@
 
 #include <ctime>
 #include <deque>
+#include <future>
+#include <poll.h>
 #include <random>
 #include <stdexcept>
 
@@ -351,6 +353,46 @@ TEST_F(PaletteMode, SeedsOnceWithTheTimeEvenWhenAlreadyStopped) {
     EXPECT_EQ(mirrorManager.samplePixels[6399], 89 * 100 + 89);
 }
 
+// Somebody else has the lock: nothing is sent, the tick is not given up, and no core is kept busy.
+TEST_F(PaletteMode, WaitsForTheMutex) {
+    lights({{1, {7}}});
+    show(test::plainScreen(0xff0000));
+    std::promise<void> locked, enough;
+    std::thread holder([&] {
+        const std::lock_guard lock(mirrorManager.mutex);
+        locked.set_value();
+        enough.get_future().wait();
+    });
+    locked.get_future().wait();
+    run(palette, [&](int sleep) {
+        if (sleep == 3) {
+            EXPECT_TRUE(arrived(0).empty());
+            enough.set_value();
+            holder.join();
+        }
+        return sleep <= 3; // the next one is the tick's own
+    });
+    EXPECT_TRUE(only(0));
+    EXPECT_EQ(system.sleeps.back(), std::chrono::milliseconds(99));
+    EXPECT_EQ(system.sleeps.size(), 5u);
+}
+
+TEST_F(PaletteMode, AStopEndsTheWaitForTheMutex) {
+    lights({{1, {7}}});
+    show(test::plainScreen(0xff0000));
+    std::promise<void> locked, enough;
+    std::thread holder([&] {
+        const std::lock_guard lock(mirrorManager.mutex);
+        locked.set_value();
+        enough.get_future().wait();
+    });
+    locked.get_future().wait();
+    run(palette, [](int) { return false; });
+    EXPECT_TRUE(arrived(0).empty());
+    enough.set_value();
+    holder.join();
+}
+
 // Without colours it spins: no sending, no sleep, no end but the stop.
 TEST_F(PaletteMode, WithoutColoursItSpinsUntilStopped) {
     lights({{1, {1}}});
@@ -361,6 +403,7 @@ TEST_F(PaletteMode, WithoutColoursItSpinsUntilStopped) {
     mirrorManager.running = true;
     std::thread mode([&] { mirrorManager.mirrorModePalette(1, sockets.get()); });
     for (bool emptied = false; !emptied;) {
+        poll(nullptr, 0, 1); // the mode has the mutex most of the time, and is not to wait for it
         const std::lock_guard lock(mirrorManager.mutex);
         emptied = mirrorManager.palette.empty();
     }

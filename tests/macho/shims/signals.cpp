@@ -118,6 +118,18 @@ Handler shimSignal(int number, Handler handler) {
     return shimAction(number, &wanted, &before) == 0 ? before.handler : SIG_ERR;
 }
 
+int shimMask(int how, const std::uint32_t *wanted, std::uint32_t *before) {
+    constexpr int ways[] = {SIG_BLOCK, SIG_UNBLOCK, SIG_SETMASK}; // 1 to 3 on macOS
+    if (how < 1 || how > 3)
+        refuse("a change of the signal mask of the kind " + std::to_string(how));
+    const sigset_t here = signalSetHere(wanted == nullptr ? 0 : *wanted);
+    sigset_t old;
+    const int error = pthread_sigmask(ways[how - 1], wanted == nullptr ? nullptr : &here, &old);
+    if (error == 0 && before != nullptr)
+        *before = darwinSignalSet(old);
+    return error;
+}
+
 void checkHandlersAreGone(const Image &image) {
     for (int signal = 1; signal < signalCount; ++signal) {
         struct sigaction now = {};
@@ -135,6 +147,7 @@ void checkHandlersAreGone(const Image &image) {
 void addSignals(Imports &imports) {
     imports.add(libSystem, "_signal", shimSignal);
     imports.add(libSystem, "_sigaction", shimAction);
+    imports.add(libSystem, "_pthread_sigmask", shimMask);
     imports.unloadChecks.emplace_back(checkHandlersAreGone);
 }
 

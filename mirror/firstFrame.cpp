@@ -1,0 +1,30 @@
+#include "mirror/firstFrame.h"
+
+#include "mirror/sharedFlag.h"
+
+#include <chrono>
+#include <thread>
+
+constinit std::atomic<FirstFrame> firstFrame{FirstFrame::awaited};
+
+FrameArrival::FrameArrival() {
+    FirstFrame awaited = FirstFrame::awaited;
+    firstFrame.compare_exchange_strong(awaited, FirstFrame::arriving);
+    std::atomic_thread_fence(std::memory_order_seq_cst);
+}
+
+FrameArrival::~FrameArrival() {
+    FirstFrame arriving = FirstFrame::arriving;
+    firstFrame.compare_exchange_strong(arriving, FirstFrame::whole);
+}
+
+FirstFrame awaitFirstFrame(const bool &running) {
+    constexpr int patience = 1000; // milliseconds
+    for (int waited = 0; waited < patience; ++waited) {
+        const FirstFrame now = firstFrame;
+        if (now != FirstFrame::arriving || !readFlag(running))
+            return now;
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    return FirstFrame::arriving;
+}

@@ -1,0 +1,147 @@
+// The first frame of a configuration, met half-way: whoever reads it gets all of it or nothing.
+#include "mirror/sharedFlag.h"
+#include "tests/mirror/heldMemory.h"
+#include "tests/mirror/manager.h"
+#include "tests/mirror/scriptedSystem.h"
+#include "tests/support/lightReceiver.h"
+
+#include <algorithm>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+namespace {
+
+constexpr int side = 256;
+// Of the whole frame the lower colour has the most, of its first half the upper one.
+constexpr std::uint32_t upper = 0x6432c8;
+constexpr std::uint32_t lower = 0x28b450;
+
+std::vector<std::uint32_t> picture() {
+    std::vector<std::uint32_t> pixels(side * side, lower);
+    std::fill_n(pixels.begin(), side * side * 2 / 5, upper);
+    return pixels;
+}
+
+// The frame buffer's second half is memory that holds up whoever touches it.
+class FirstFrameTest : public ManagerTest {
+protected:
+    FirstFrameTest() {
+        fake::reset(side, side);
+        EXPECT_EQ(configure(document("[" + device("-", 1, "[" + panel(1, 200, 200) + "]") + "]")),
+                  1);
+        mirrorManager.setScreenSamplePixels();
+        own = std::exchange(mirrorManager.frameBuffer, memory.bytes());
+    }
+    ~FirstFrameTest() override {
+        if (stream.joinable())
+            stream.join();
+        writeFlag(mirrorManager.running, false);
+        mirrorManager.frameBuffer = own;
+    }
+
+    // The first frame, up to its middle.
+    void deliverHalf() {
+        memory.holdWriters();
+        stream = std::thread([this] { deliver(); });
+        memory.awaitSomebody();
+    }
+
+    void deliverTheRest() {
+        memory.letGo();
+        if (stream.joinable())
+            stream.join();
+    }
+
+    void deliver() const { fake::deliver(kCGDisplayStreamFrameStatusFrameComplete, &screen); }
+
+    const std::vector<std::uint32_t> screen = picture();
+    test::HeldMemory memory{side * side * 4};
+    unsigned char *own = nullptr;
+    std::thread stream;
+};
+
+std::string paletteText() {
+    char buffer[512 + 1] = {};
+    EXPECT_EQ(mirrorManager.getPalette(buffer), 0);
+    return buffer;
+}
+
+std::string dominantText() {
+    const RGB dominant = mirrorManager.getDominantScreenColour();
+    return std::to_string(dominant.r) + " " + std::to_string(dominant.g) + " " +
+           std::to_string(dominant.b);
+}
+
+class FirstFrameReading : public FirstFrameTest,
+                          public testing::WithParamInterface<std::string (*)()> {
+protected:
+    std::string whole() {
+        deliver();
+        return GetParam()();
+    }
+};
+
+TEST_P(FirstFrameReading, WaitsForTheRest) {
+    mirrorManager.running = true;
+    deliverHalf();
+    std::string text;
+    {
+        test::ScriptedSystem system;
+        system.atSleep = [this] { deliverTheRest(); };
+        text = GetParam()();
+    }
+    deliverTheRest(); // if nobody has waited for it
+    EXPECT_EQ(text, whole());
+}
+
+TEST_P(FirstFrameReading, BeginsAgainWhenItCameMeanwhile) {
+    mirrorManager.running = true;
+    memory.holdReaders();
+    stream = std::thread([this] {
+        memory.awaitSomebody();
+        memory.open();
+        deliver();
+        memory.letGo();
+    });
+    const std::string text = GetParam()();
+    stream.join();
+    EXPECT_EQ(text, whole());
+}
+
+// Somebody who ends the run may be what holds the stream's queue up.
+TEST_P(FirstFrameReading, IsNotWaitedForInARunThatIsStopped) {
+    mirrorManager.running = false;
+    deliverHalf();
+    {
+        test::ScriptedSystem system;
+        GetParam()();
+        EXPECT_TRUE(system.sleeps.empty());
+    }
+    deliverTheRest();
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, FirstFrameReading, testing::Values(paletteText, dominantText),
+                         [](const auto &info) {
+                             return info.index == 0 ? "ThePalette" : "TheDominantColour";
+                         });
+
+TEST_F(FirstFrameTest, AFrameOfMatchModeWaitsForTheRest) {
+    UdpSocket socket;
+    test::LightReceiver light("127.0.57.2", 0);
+    socket.setRemote("127.0.57.2", light.port());
+    mirrorManager.running = true;
+    deliverHalf();
+    {
+        test::ScriptedSystem system;
+        system.atSleep = [&] {
+            deliverTheRest();
+            writeFlag(mirrorManager.running, system.sleeps.size() < 2);
+        };
+        mirrorManager.mirrorModeMatch(1, &socket);
+    }
+    EXPECT_EQ(light.next(), (test::Datagram{1, 1, 1, 0x28, 0xb4, 0x50, 0, 1}));
+}
+
+} // namespace

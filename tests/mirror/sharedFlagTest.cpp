@@ -1,0 +1,28 @@
+// Built with every optimisation, whatever the rest is built with.
+#include "mirror/sharedFlag.h"
+
+#include <atomic>
+#include <gtest/gtest.h>
+#include <thread>
+
+namespace {
+
+// A loop in which nothing is called that might change the flag.
+TEST(SharedFlag, IsReadInEveryTurnOfALoop) {
+    bool flag = true;
+    std::atomic<bool> begun = false;
+    std::thread loop([&] {
+        volatile int turns = 0; // for the optimiser: something is done, not to the flag
+        begun = true;
+        while (readFlag(flag))
+            turns = turns + 1;
+    });
+    while (!begun)
+        std::this_thread::yield();
+    for (int i = 0; i < 1000; ++i)
+        std::this_thread::yield();
+    writeFlag(flag, false);
+    loop.join();
+}
+
+} // namespace
