@@ -25,8 +25,7 @@ std::atomic<bool> exiting = false;
 // Waits for the run to come to a phase, as a join would, but not for ever: it may need what the
 // thread that this handler has interrupted holds, such as the lock of the C library's memory.
 template <class Predicate> bool awaitRun(Predicate isThere) {
-    constexpr int patience =
-        30000; // milliseconds; the system may take its time over a stream's stop
+    constexpr int patience = 30000; // milliseconds; a stream may take its time to stop
     for (int waited = 0; !isThere(runPhase.load()); ++waited) {
         if (waited == patience)
             return false;
