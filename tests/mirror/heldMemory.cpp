@@ -22,8 +22,8 @@ void HeldMemory::hold(int) {
 }
 
 HeldMemory::HeldMemory(std::size_t bytes)
-    : base(static_cast<unsigned char *>(mmap(nullptr, bytes, PROT_READ | PROT_WRITE,
-                                             MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))),
+    : base(static_cast<unsigned char *>(
+          mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))),
       size(bytes) {
     if (base == MAP_FAILED)
         std::abort();
