@@ -99,6 +99,9 @@ TEST_F(Queue, ThatIsFullCostsItsOwnFramesOnly) {
 class Network : public test::FaultRun {
 protected:
     void SetUp() override {
+        // In this namespace, since a server sees only the others of its own: one with the number of
+        // a server elsewhere would take that one's socket from it, which is a file for all.
+        screen.emplace(200, 100);
         home = namespaceOfThisThread();
         if (unshare(CLONE_NEWNET) != 0)
             GTEST_SKIP() << "**** SKIPPED: THE NETWORK CANNOT BE TAKEN AWAY WITHOUT ROOT ****";
@@ -106,7 +109,6 @@ protected:
         ASSERT_EQ(unshare(CLONE_NEWNET), 0);
         there = namespaceOfThisThread();
         ASSERT_EQ(setns(here, CLONE_NEWNET), 0);
-        screen.emplace(200, 100);
         screen->use();
         screen->run({"ip", "link", "add", "mirror0", "type", "veth", "peer", "name", "light0",
                      "netns",
