@@ -3,6 +3,8 @@
 #include <cerrno>
 #include <ctime>
 #include <pthread.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 namespace x11 {
 
@@ -20,6 +22,13 @@ QuietSignals::~QuietSignals() {
 
 namespace {
 
+sigset_t onlySigpipe() {
+    sigset_t set;
+    sigemptyset(&set);
+    sigaddset(&set, SIGPIPE);
+    return set;
+}
+
 bool sigpipePending() {
     sigset_t pending;
     sigemptyset(&pending);
@@ -27,25 +36,41 @@ bool sigpipePending() {
     return sigismember(&pending, SIGPIPE) == 1;
 }
 
+// Takes the SIGPIPE that waits for this thread if a write of its own has raised it, and none that
+// somebody sent to the thread or to the process.
+//
+// Of each signal at most one waits for a thread and one for the process, and the thread's is taken
+// first. So the mark is dropped if one waits for the thread already, and otherwise is what comes
+// back; the one that waits for the process is never taken.
+void takeOwnSigpipe() {
+    sigval mark{};
+    mark.sival_ptr = &mark;
+    pthread_sigqueue(pthread_self(), SIGPIPE, mark);
+    const sigset_t sigpipe = onlySigpipe();
+    const timespec atOnce{};
+    siginfo_t info{};
+    // The C library's own call makes one that was sent to a thread look like that of a write.
+    while (syscall(SYS_rt_sigtimedwait, &sigpipe, &info, &atOnce, _NSIG / 8) < 0 &&
+           errno == EINTR) {
+    }
+    const bool isMark = info.si_code == SI_QUEUE && info.si_value.sival_ptr == mark.sival_ptr;
+    const bool isOfWrite = info.si_code == SI_USER; // as nothing else that is sent to a thread
+    if (!isMark && !isOfWrite)
+        pthread_kill(pthread_self(), SIGPIPE);
+}
+
 } // namespace
 
-SigpipeGuard::SigpipeGuard() : wasPending(sigpipePending()) {
-    sigset_t sigpipe;
-    sigemptyset(&sigpipe);
-    sigaddset(&sigpipe, SIGPIPE);
+SigpipeGuard::SigpipeGuard() {
+    const sigset_t sigpipe = onlySigpipe();
     pthread_sigmask(SIG_BLOCK, &sigpipe, &before);
+    wasPending = sigismember(&before, SIGPIPE) == 1 && sigpipePending();
 }
 
 SigpipeGuard::~SigpipeGuard() {
     const int savedErrno = errno;
-    if (!wasPending && sigpipePending()) {
-        sigset_t sigpipe;
-        sigemptyset(&sigpipe);
-        sigaddset(&sigpipe, SIGPIPE);
-        const timespec atOnce{};
-        while (sigtimedwait(&sigpipe, nullptr, &atOnce) < 0 && errno == EINTR) {
-        }
-    }
+    if (!wasPending && sigpipePending())
+        takeOwnSigpipe();
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
     errno = savedErrno;
 }

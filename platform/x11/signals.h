@@ -22,7 +22,8 @@ private:
 };
 
 // Put around calls that may write to the server from a thread of the host: holds SIGPIPE back, and
-// swallows one that such a write raised.
+// swallows one that such a write raised. One that somebody sent meanwhile reaches the host in the
+// end.
 class SigpipeGuard {
 public:
     SigpipeGuard();

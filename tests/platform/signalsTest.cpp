@@ -7,6 +7,7 @@
 #include <atomic>
 #include <csignal>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 namespace {
@@ -36,6 +37,17 @@ public:
 private:
     int writeEnd = -1;
 };
+
+// Another process sends this one a SIGPIPE. It is on its way when this returns.
+void sendFromElsewhere() {
+    const pid_t parent = getpid();
+    const pid_t child = fork();
+    if (child == 0)
+        _exit(kill(parent, SIGPIPE) == 0 ? 0 : 1);
+    int status = -1;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    ASSERT_EQ(status, 0);
+}
 
 bool isBlocked(int signal) {
     sigset_t mask;
@@ -86,6 +98,47 @@ TEST_F(Signals, AGuardLeavesAPendingSigpipeToItsOwner) {
     EXPECT_EQ(received, 1);
 }
 
+TEST_F(Signals, AGuardLeavesWhatAnotherProcessSends) {
+    for (int round = 1; round <= 20; ++round) {
+        {
+            const x11::SigpipeGuard guard;
+            sendFromElsewhere();
+            EXPECT_EQ(received, round - 1);
+        }
+        EXPECT_EQ(received, round);
+    }
+    EXPECT_FALSE(isBlocked(SIGPIPE));
+}
+
+TEST_F(Signals, AGuardTellsAWritesSigpipeFromOneThatIsSent) {
+    const BrokenPipe broken;
+    for (const bool sentFirst : {false, true}) {
+        received = 0;
+        {
+            const x11::SigpipeGuard guard;
+            if (sentFirst)
+                sendFromElsewhere();
+            broken.writeTo();
+            if (!sentFirst)
+                sendFromElsewhere();
+        }
+        EXPECT_EQ(received, 1) << (sentFirst ? "sent first" : "written first");
+    }
+}
+
+TEST_F(Signals, AGuardLeavesWhatTheHostSendsItself) {
+    {
+        const x11::SigpipeGuard guard;
+        kill(getpid(), SIGPIPE);
+    }
+    EXPECT_EQ(received, 1);
+    {
+        const x11::SigpipeGuard guard;
+        pthread_kill(pthread_self(), SIGPIPE);
+    }
+    EXPECT_EQ(received, 2);
+}
+
 TEST_F(Signals, GuardsNest) {
     const BrokenPipe broken;
     {
@@ -97,6 +150,16 @@ TEST_F(Signals, GuardsNest) {
         EXPECT_TRUE(isBlocked(SIGPIPE));
     }
     EXPECT_EQ(received, 0);
+    {
+        const x11::SigpipeGuard outer;
+        {
+            const x11::SigpipeGuard inner;
+            broken.writeTo();
+            sendFromElsewhere();
+        }
+        EXPECT_EQ(received, 0);
+    }
+    EXPECT_EQ(received, 1);
 }
 
 TEST_F(Signals, OurThreadsTakeNoneButFaults) {
