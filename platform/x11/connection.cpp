@@ -1,5 +1,6 @@
 #include "platform/x11/connection.h"
 
+#include "platform/x11/handshake.h"
 #include "platform/x11/replies.h"
 #include "platform/x11/serverSocket.h"
 
@@ -13,34 +14,55 @@ struct Disconnect {
     void operator()(xcb_connection_t *connection) const { xcb_disconnect(connection); }
 };
 
-} // namespace
+using XcbConnection = std::unique_ptr<xcb_connection_t, Disconnect>;
 
-std::unique_ptr<Connection> Connection::open() {
-    ServerSocket server = openServerSocket(Clock::now() + serverPatience);
-    if (!server.descriptor.valid())
-        return nullptr;
-    auto watchdog = std::make_unique<Watchdog>(server.descriptor.get());
-
+XcbConnection shakeHands(ServerSocket &server) {
     xcb_auth_info_t authorisation{
         static_cast<int>(server.authorisationName.size()), server.authorisationName.data(),
         static_cast<int>(server.authorisationData.size()), server.authorisationData.data()};
     // From here on the descriptor is XCB's, also when this fails.
-    std::unique_ptr<xcb_connection_t, Disconnect> connection(xcb_connect_to_fd(
+    return XcbConnection(xcb_connect_to_fd(
         server.descriptor.release(), server.authorisationName.empty() ? nullptr : &authorisation));
-    const xcb_screen_t *screen = nullptr;
-    if (xcb_connection_has_error(connection.get()) == 0 &&
-        isWhole(*xcb_get_setup(connection.get()))) {
-        auto screens = xcb_setup_roots_iterator(xcb_get_setup(connection.get()));
-        for (int number = server.screen; number > 0 && screens.rem > 0; --number)
-            xcb_screen_next(&screens);
-        screen = screens.rem > 0 ? screens.data : nullptr;
-    }
-    if (screen == nullptr)
+}
+
+// The screen of this number; null when there is none.
+const xcb_screen_t *screenOf(const xcb_setup_t &setup, int number) {
+    if (!isWhole(setup))
         return nullptr;
-    std::unique_ptr<Connection> opened(
-        new Connection(connection.get(), screen, server.local, std::move(watchdog)));
-    static_cast<void>(connection.release()); // the new owner has it
-    return opened;
+    auto screens = xcb_setup_roots_iterator(&setup);
+    for (; number > 0 && screens.rem > 0; --number)
+        xcb_screen_next(&screens);
+    return screens.rem > 0 ? screens.data : nullptr;
+}
+
+} // namespace
+
+std::unique_ptr<Connection> Connection::open() {
+    const Clock::time_point deadline = Clock::now() + serverPatience;
+    // XCB does not tell a server that hangs up from one that refuses, and with a refusal a second
+    // try is in vain. So a client of our own asks, and stays until XCB is in as well.
+    Descriptor otherClient;
+    for (;;) {
+        ServerSocket server = openServerSocket(deadline);
+        if (!server.descriptor.valid())
+            return nullptr;
+        auto watchdog = std::make_unique<Watchdog>(server.descriptor.get());
+        XcbConnection connection = shakeHands(server);
+        if (xcb_connection_has_error(connection.get()) == 0) {
+            const xcb_screen_t *screen = screenOf(*xcb_get_setup(connection.get()), server.screen);
+            if (screen == nullptr)
+                return nullptr;
+            std::unique_ptr<Connection> opened(
+                new Connection(connection.get(), screen, server.local, std::move(watchdog)));
+            static_cast<void>(connection.release()); // the new owner has it
+            return opened;
+        }
+        if (otherClient.valid())
+            return nullptr;
+        otherClient = becomeClient(deadline);
+        if (!otherClient.valid())
+            return nullptr;
+    }
 }
 
 Connection::Connection(xcb_connection_t *connection, const xcb_screen_t *screen, bool local,

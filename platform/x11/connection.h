@@ -23,9 +23,10 @@ template <typename T> using Reply = std::unique_ptr<T, FreeDeleter>;
 
 class Connection {
 public:
-    // Null when there is no server or it does not let us in. While the watch is kept, each step
-    // of the server's has serverPatience; then the connection fails. Throws std::system_error when
-    // the process is out of threads or descriptors.
+    // Null when there is no server or it does not let us in; one that hangs up, as in a reset, is
+    // tried again for as long as serverPatience. While the watch is kept, each step of the server's
+    // has serverPatience; then the connection fails. Throws std::system_error when the process is
+    // out of threads or descriptors.
     static std::unique_ptr<Connection> open();
     ~Connection();
     Connection(const Connection &) = delete;

@@ -28,9 +28,7 @@ bool connectUntil(int fd, const sockaddr *address, socklen_t length, Clock::time
         return true;
     if (errno != EINPROGRESS)
         return false;
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
-    pollfd waiting{fd, POLLOUT, 0};
-    if (poll(&waiting, 1, static_cast<int>(std::max<long long>(0, left.count()))) <= 0)
+    if (!waitUntilReady(fd, POLLOUT, deadline))
         return false;
     int error = 0;
     socklen_t errorLength = sizeof error;
@@ -118,6 +116,16 @@ void findAuthorisation(ServerSocket &server, int display) {
 }
 
 } // namespace
+
+bool waitUntilReady(int fd, short events, Clock::time_point deadline) {
+    pollfd waiting{fd, events, 0};
+    for (;;) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
+        const int ready = poll(&waiting, 1, static_cast<int>(std::max<long long>(0, left.count())));
+        if (ready >= 0 || errno != EINTR)
+            return ready > 0;
+    }
+}
 
 ServerSocket openServerSocket(Clock::time_point deadline) {
     ServerSocket server;

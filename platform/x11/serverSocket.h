@@ -21,4 +21,8 @@ struct ServerSocket {
 // host's name up has the resolver's own time limit).
 ServerSocket openServerSocket(Clock::time_point deadline);
 
+// Waits for one of poll()'s events, however often a signal interrupts; false when the deadline
+// passed first.
+bool waitUntilReady(int fd, short events, Clock::time_point deadline);
+
 } // namespace x11

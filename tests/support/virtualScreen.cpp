@@ -264,9 +264,7 @@ void VirtualScreen::launch(const std::string &wantedName) {
 }
 
 VirtualScreen::~VirtualScreen() {
-    if (connection != nullptr)
-        xcb_disconnect(connection);
-    connection = nullptr;
+    disconnect();
     if (server > 0) {
         ::kill(server, SIGCONT);
         ::kill(server, SIGTERM);
@@ -279,10 +277,14 @@ VirtualScreen::~VirtualScreen() {
         close(nameKeeper);
 }
 
-void VirtualScreen::kill() {
+void VirtualScreen::disconnect() {
     if (connection != nullptr)
         xcb_disconnect(connection);
     connection = nullptr;
+}
+
+void VirtualScreen::kill() {
+    disconnect();
     if (server <= 0)
         return;
     ::kill(server, SIGKILL);

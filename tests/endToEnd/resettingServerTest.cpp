@@ -1,0 +1,53 @@
+// A server that resets when its last client leaves, as servers do unless they are told otherwise.
+// The library is its only client, so that nearly every call meets a reset.
+//
+// MIRROR_RESET_ROUNDS in the environment says how many rounds it has to hold.
+#include "mirror/mirrorInterface.h"
+#include "tests/endToEnd/lightSetup.h"
+#include "tests/platform/processUsage.h"
+#include "tests/support/virtualScreen.h"
+
+#include <cstdlib>
+
+namespace {
+
+int rounds() {
+    const char *wanted = std::getenv("MIRROR_RESET_ROUNDS");
+    return wanted != nullptr ? std::atoi(wanted) : 10;
+}
+
+class ResettingServer : public testing::Test {
+protected:
+    void SetUp() override {
+        screen.disconnect();
+        screen.use();
+    }
+    void TearDown() override { stopMirror(); }
+
+    // White after every reset; the library's own frame begins black.
+    test::VirtualScreen screen{200, 100, 24, {"-reset", "-wr"}};
+    const test::LightSetup light{"127.0.55.2", 1, 0, 0.2, {{1, 40, 40}}};
+    test::LightReceiver receiver{light.ip, light.port()};
+    const test::Datagram black = test::matchDatagram(light, test::plain(200, 100, 0));
+    const test::Datagram white = test::matchDatagram(light, test::plain(200, 100, 0xffffff));
+};
+
+TEST_F(ResettingServer, EveryRoundOfCallsIsServed) {
+    const std::size_t descriptors = test::openDescriptors();
+    const std::size_t threads = test::threads();
+    for (int round = 1; round <= rounds(); ++round) {
+        SCOPED_TRACE("round " + std::to_string(round));
+        const auto displays = test::displayIDs();
+        ASSERT_EQ(displays.size(), 1u);
+        std::string document = test::documentOf(displays.at(0), 0, {light});
+        ASSERT_EQ(setMirrorConfig(document.data()), 1);
+        receiver.drain();
+        ASSERT_EQ(startMirror(), 1);
+        ASSERT_TRUE(test::arrives(receiver, white, black));
+        ASSERT_EQ(stopMirror(), 1);
+    }
+    EXPECT_TRUE(test::threadsBecome(threads));
+    EXPECT_EQ(test::openDescriptors(), descriptors);
+}
+
+} // namespace

@@ -1,0 +1,160 @@
+// Servers that let a client in at the second attempt, or not at all, however they are reached.
+#include "platform/x11/connection.h"
+
+#include "tests/platform/processUsage.h"
+#include "tests/support/virtualScreen.h"
+
+#include <arpa/inet.h>
+#include <atomic>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <functional>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/socket.h>
+#include <thread>
+#include <unistd.h>
+
+using namespace std::chrono_literals;
+using test::VirtualScreen;
+using x11::Connection;
+using x11::Descriptor;
+
+namespace {
+
+// Sets a variable of this process until the end of its life.
+class Variable {
+public:
+    Variable(const char *name, const std::string &value) : name(name) {
+        setenv(name, value.c_str(), 1);
+    }
+    ~Variable() { unsetenv(name); }
+    Variable(const Variable &) = delete;
+    Variable &operator=(const Variable &) = delete;
+
+private:
+    const char *name;
+};
+
+// An authority file with one cookie, for every server.
+class AuthorityFile {
+public:
+    AuthorityFile() {
+        std::ofstream file(path, std::ios::binary);
+        const auto append = [&file](const std::string &text) {
+            file.put(static_cast<char>(text.size() >> 8)).put(static_cast<char>(text.size()));
+            file << text;
+        };
+        file << "\xff\xff"; // any family
+        append("");         // any address
+        append("");         // any display
+        append("MIT-MAGIC-COOKIE-1");
+        append("sixteen letters.");
+    }
+    ~AuthorityFile() { std::remove(path.c_str()); }
+    AuthorityFile(const AuthorityFile &) = delete;
+    AuthorityFile &operator=(const AuthorityFile &) = delete;
+
+    const std::string path =
+        testing::TempDir() + "connectionTest." + std::to_string(getpid()) + ".authority";
+};
+
+// Takes connections on a port of its own and does with each what it was told to.
+class Listener {
+public:
+    explicit Listener(std::function<void(Descriptor)> onConnection) {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        inet_pton(AF_INET, "127.0.0.1", &address.sin_addr);
+        socklen_t length = sizeof address;
+        if (bind(fd.get(), reinterpret_cast<sockaddr *>(&address), length) != 0 ||
+            listen(fd.get(), 16) != 0 ||
+            getsockname(fd.get(), reinterpret_cast<sockaddr *>(&address), &length) != 0)
+            ADD_FAILURE() << "no port";
+        display = "127.0.0.1:" + std::to_string(ntohs(address.sin_port) - 6000);
+        thread = std::thread([this, onConnection] {
+            for (;;) {
+                Descriptor connection(accept(fd.get(), nullptr, nullptr));
+                if (!connection.valid())
+                    return;
+                onConnection(std::move(connection));
+            }
+        });
+    }
+    ~Listener() {
+        shutdown(fd.get(), SHUT_RDWR);
+        thread.join();
+    }
+    Listener(const Listener &) = delete;
+    Listener &operator=(const Listener &) = delete;
+
+    std::string display;
+
+private:
+    Descriptor fd{socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0)};
+    std::thread thread;
+};
+
+// In front of the server's name.
+class Reached : public testing::TestWithParam<const char *> {};
+
+} // namespace
+
+// Each connection is the only one, so that the server resets whenever one has been closed.
+TEST_P(Reached, AServerThatResetsLetsEveryClientIn) {
+    const AuthorityFile authority;
+    const Variable cookie("XAUTHORITY", authority.path);
+    VirtualScreen screen(64, 48, 24, {"-reset", "-listen", "tcp", "-auth", authority.path});
+    screen.disconnect();
+    const Variable display("DISPLAY", GetParam() + screen.display());
+    const std::size_t descriptors = test::openDescriptors();
+    const std::size_t threads = test::threads();
+    for (int round = 0; round < 50; ++round) {
+        const auto connection = Connection::open();
+        ASSERT_TRUE(connection) << "round " << round;
+        EXPECT_TRUE(connection->rootArea()) << "round " << round;
+    }
+    EXPECT_TRUE(test::threadsBecome(threads));
+    EXPECT_EQ(test::openDescriptors(), descriptors);
+}
+
+INSTANTIATE_TEST_SUITE_P(Connection, Reached, testing::Values("", "127.0.0.1"),
+                         [](const testing::TestParamInfo<const char *> &info) {
+                             return *info.param == '\0' ? "Locally" : "OverTcp";
+                         });
+
+TEST(Connection, ARefusalIsNotWaitedFor) {
+    const AuthorityFile authority;
+    for (const char *reset : {"-noreset", "-reset"}) {
+        VirtualScreen screen = [&] {
+            const Variable cookie("XAUTHORITY", authority.path);
+            return VirtualScreen(64, 48, 24, {reset, "-auth", authority.path});
+        }();
+        screen.disconnect();
+        screen.use();
+        const Variable noCookie("XAUTHORITY", "/dev/null");
+        const auto before = x11::Clock::now();
+        EXPECT_FALSE(Connection::open());
+        EXPECT_LT(x11::Clock::now() - before, x11::serverPatience);
+    }
+}
+
+TEST(Connection, AServerThatAlwaysHangsUpCostsSecondsAndLittleWork) {
+    std::atomic<int> attempts = 0;
+    const Listener server([&attempts](Descriptor) { ++attempts; });
+    const Variable display("DISPLAY", server.display);
+    const std::size_t descriptors = test::openDescriptors();
+    const auto before = x11::Clock::now();
+    EXPECT_FALSE(Connection::open());
+    EXPECT_LT(x11::Clock::now() - before, 2 * x11::serverPatience);
+    EXPECT_GT(attempts, 2);
+    EXPECT_LE(attempts, 2 + x11::serverPatience / 10ms);
+    EXPECT_EQ(test::openDescriptors(), descriptors);
+}
+
+TEST(Connection, AScreenThatTheServerLacksIsRefused) {
+    const VirtualScreen screen(64, 48);
+    const Variable display("DISPLAY", screen.display() + ".1");
+    EXPECT_FALSE(Connection::open());
+}
