@@ -115,6 +115,12 @@ void findAuthorisation(ServerSocket &server, int display) {
     XauDisposeAuth(found);
 }
 
+// An IPv6 address may stand in brackets.
+std::string withoutBrackets(const std::string &host) {
+    const bool bracketed = host.size() > 2 && host.front() == '[' && host.back() == ']';
+    return bracketed ? host.substr(1, host.size() - 2) : host;
+}
+
 } // namespace
 
 bool waitUntilReady(int fd, short events, Clock::time_point deadline) {
@@ -137,7 +143,8 @@ ServerSocket openServerSocket(Clock::time_point deadline) {
     std::free(host);
 
     server.local = hostName.empty() || hostName == "unix";
-    server.descriptor = server.local ? openLocal(display) : openRemote(hostName, display, deadline);
+    server.descriptor = server.local ? openLocal(display)
+                                     : openRemote(withoutBrackets(hostName), display, deadline);
     if (server.descriptor.valid())
         findAuthorisation(server, display);
     return server;

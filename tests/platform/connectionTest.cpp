@@ -96,6 +96,15 @@ private:
     std::thread thread;
 };
 
+bool hasIpv6Loopback() {
+    sockaddr_in6 address{};
+    address.sin6_family = AF_INET6;
+    address.sin6_addr = in6addr_loopback;
+    const Descriptor fd(socket(AF_INET6, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    return fd.valid() &&
+           bind(fd.get(), reinterpret_cast<sockaddr *>(&address), sizeof address) == 0;
+}
+
 // In front of the server's name.
 class Reached : public testing::TestWithParam<const char *> {};
 
@@ -151,6 +160,16 @@ TEST(Connection, AServerThatAlwaysHangsUpCostsSecondsAndLittleWork) {
     EXPECT_GT(attempts, 2);
     EXPECT_LE(attempts, 2 + x11::serverPatience / 10ms);
     EXPECT_EQ(test::openDescriptors(), descriptors);
+}
+
+TEST(Connection, AnAddressMayStandInBrackets) {
+    if (!hasIpv6Loopback())
+        GTEST_SKIP() << "this machine has no ::1";
+    const VirtualScreen screen(64, 48, 24, {"-listen", "tcp"});
+    for (const char *host : {"[::1]", "::1", "localhost"}) {
+        const Variable display("DISPLAY", host + screen.display());
+        EXPECT_TRUE(Connection::open()) << host;
+    }
 }
 
 TEST(Connection, AScreenThatTheServerLacksIsRefused) {
