@@ -53,7 +53,7 @@ std::unique_ptr<Connection> Connection::open() {
             if (screen == nullptr)
                 return nullptr;
             std::unique_ptr<Connection> opened(
-                new Connection(connection.get(), screen, server.local, std::move(watchdog)));
+                new Connection(connection.get(), screen, server, std::move(watchdog)));
             static_cast<void>(connection.release()); // the new owner has it
             return opened;
         }
@@ -65,9 +65,10 @@ std::unique_ptr<Connection> Connection::open() {
     }
 }
 
-Connection::Connection(xcb_connection_t *connection, const xcb_screen_t *screen, bool local,
-                       std::unique_ptr<Watchdog> watchdog)
-    : connection(connection), wantedScreen(screen), local(local), watchdog(std::move(watchdog)) {}
+Connection::Connection(xcb_connection_t *connection, const xcb_screen_t *screen,
+                       const ServerSocket &server, std::unique_ptr<Watchdog> watchdog)
+    : connection(connection), wantedScreen(screen), wantedNumber(server.screen),
+      local(server.local), watchdog(std::move(watchdog)) {}
 
 Connection::~Connection() {
     watchdog.reset();

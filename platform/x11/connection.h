@@ -14,6 +14,8 @@
 
 namespace x11 {
 
+struct ServerSocket;
+
 struct FreeDeleter {
     void operator()(void *memory) const { std::free(memory); }
 };
@@ -35,6 +37,8 @@ public:
     xcb_connection_t *get() const { return connection; }
     const xcb_screen_t &screen() const { return *wantedScreen; }
     xcb_window_t root() const { return wantedScreen->root; }
+    // Of the screens of the server, the one that DISPLAY names, counted from 0.
+    int screenNumber() const { return wantedNumber; }
     int descriptor() const { return xcb_get_file_descriptor(connection); }
     bool failed() const { return xcb_connection_has_error(connection) != 0; }
     // Descriptors can be passed to the server.
@@ -52,11 +56,12 @@ public:
     void breakOff() const;
 
 private:
-    Connection(xcb_connection_t *connection, const xcb_screen_t *screen, bool local,
+    Connection(xcb_connection_t *connection, const xcb_screen_t *screen, const ServerSocket &server,
                std::unique_ptr<Watchdog> watchdog);
 
     xcb_connection_t *connection;
     const xcb_screen_t *wantedScreen;
+    int wantedNumber;
     bool local;
     std::unique_ptr<Watchdog> watchdog;
 };

@@ -50,6 +50,11 @@ std::optional<std::vector<Monitor>> listMonitors(Connection &connection) {
         else
             names.emplace_back();
     }
+    // The screens of a server often have monitors of the same name. A zero separates the number,
+    // since no name holds one.
+    if (connection.screenNumber() > 0)
+        for (std::string &name : names)
+            name += '\0' + std::to_string(connection.screenNumber());
     const std::vector<std::uint32_t> ids = displayIdsOf(names);
     for (std::size_t i = 0; i < monitors.size(); ++i)
         monitors[i].id = ids[i];
