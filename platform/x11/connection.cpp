@@ -55,6 +55,7 @@ std::unique_ptr<Connection> Connection::open() {
             std::unique_ptr<Connection> opened(
                 new Connection(connection.get(), screen, server, std::move(watchdog)));
             static_cast<void>(connection.release()); // the new owner has it
+            opened->extendWatch(); // the handshake may have had to wait for a reset
             return opened;
         }
         if (otherClient.valid())

@@ -119,7 +119,7 @@ TEST_P(Reached, AServerThatResetsLetsEveryClientIn) {
     const Variable display("DISPLAY", GetParam() + screen.display());
     const std::size_t descriptors = test::openDescriptors();
     const std::size_t threads = test::threads();
-    for (int round = 0; round < 50; ++round) {
+    for (int round = 0; round < 30; ++round) {
         const auto connection = Connection::open();
         ASSERT_TRUE(connection) << "round " << round;
         EXPECT_TRUE(connection->rootArea()) << "round " << round;
