@@ -151,6 +151,46 @@ test("panels go from colour to colour within their time", async () => {
   for (const complaint of complaints.splice(0)) assert.match(complaint, /willReadFrequently/);
 });
 
+test("what comes late turns no panel back", async () => {
+  const wall = await setting.wall(configuration([device("127.0.72.20", 2, [[1, 200, 100]])]));
+  const page = await open(wall.url);
+  const reds = await page.evaluate(async () => {
+    const { WallClock } = await import("/clock.js");
+    const { Wall } = await import("/wall.js");
+    const clock = new WallClock();
+    const wall = new Wall(document.createElement("canvas"));
+    document.createElement("div").append(wall.canvas);
+    wall.build({ width: 400, height: 200, devices: [{ panels: [[1, 200, 100]], side: 100 }] });
+    // The wall's clock is 50000 ahead of the page's. The panel takes 1500 ms from black to red, and
+    // of every ten events five are 300 ms late.
+    const red = (time) => Math.round(time * 0.1333).toString(16).padStart(2, "0") + "0000";
+    const events = [];
+    for (let time = 0; time <= 1500; time += 33)
+      events.push({
+        at: time + (events.length % 10 < 5 ? 2 : 300),
+        time: 50000 + time,
+        devices: [{ sent: "c80000", shown: red(time), left: [1500 - time], times: [15] }],
+      });
+    events.sort((one, other) => one.at - other.at);
+    const seen = [];
+    for (let at = 2; at < 1500; at += 8) {
+      while (events.length > 0 && events[0].at <= at) {
+        const event = events.shift();
+        clock.hear(event.time, event.at);
+        wall.update(event);
+      }
+      seen.push([wall.shownBy(wall.panels[0], clock.at(at)) >> 16, (at - 2) * (200 / 1500)]);
+    }
+    return seen;
+  });
+  let last = 0;
+  for (const [red, due] of reds) {
+    assert.ok(red >= last, `${last} before ${red}`);
+    assert.ok(Math.abs(red - due) <= 1, `${red}, not ${due}`);
+    last = red;
+  }
+});
+
 test("hovering, tapping and keys show what a panel is", async () => {
   const document = configuration([
     device("127.0.72.4", 2, [[7, 100, 100], [300, 300, 100]]),

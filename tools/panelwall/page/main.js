@@ -1,4 +1,5 @@
 // The page: listens to the wall, and paints at most sixty times a second whatever comes.
+import { WallClock } from "/clock.js";
 import { age, Devices } from "/devices.js";
 import { Details, sentenceOf } from "/details.js";
 import { listen } from "/feed.js";
@@ -14,6 +15,7 @@ const flashAdvice =
   "Palette mode holds each panel's colour for a second or more; see the README on flashing pictures.";
 
 const get = (id) => document.getElementById(id);
+const clock = new WallClock();
 const wall = new Wall(get("wall"));
 const devices = new Devices(get("devices"));
 const timeline = new Timeline(get("timeline"));
@@ -69,13 +71,14 @@ function frame(time) {
     return;
   }
   const now = performance.now();
-  const moving = wall.isMoving(now);
+  const wallNow = clock.at(now);
+  const moving = wall.isMoving(wallNow);
   const numbers = now >= nextNumbers;
   const strips = now >= nextTimeline;
   if (dirty || moving || numbers || strips) {
     nextPaint = Math.max(nextPaint, time) + frameTime;
     ++counts.paints;
-    if (dirty || moving) wall.draw(now, theme);
+    if (dirty || moving) wall.draw(wallNow, theme);
     dirty = false;
     if (strips) {
       timeline.draw(now, theme);
@@ -85,9 +88,9 @@ function frame(time) {
       showNumbers(now);
       nextNumbers = now + numbersTime;
     }
-    details.draw(now);
+    details.draw(wallNow);
   }
-  if (wall.isMoving(now)) ask();
+  if (moving) ask();
 }
 
 setInterval(ask, timelineTime);
@@ -161,6 +164,7 @@ function showNote() {
 listen({
   wall(event) {
     lost = false;
+    clock.forget(); // it may be another wall
     const same = facts && JSON.stringify(event) === JSON.stringify(facts);
     facts = event;
     if (!same) {
@@ -178,7 +182,8 @@ listen({
     ++counts.events;
     state = event;
     stateAt = performance.now();
-    wall.update(event.devices, stateAt);
+    clock.hear(event.time, stateAt);
+    wall.update(event);
     timeline.update(event, stateAt);
     repaint();
   },
@@ -194,7 +199,8 @@ listen({
 function select(panel, spoken) {
   if (wall.selected === panel) return;
   wall.selected = panel;
-  get("spoken").textContent = panel && spoken ? sentenceOf(wall, panel, performance.now()) : "";
+  get("spoken").textContent =
+    panel && spoken ? sentenceOf(wall, panel, clock.at(performance.now())) : "";
   repaint();
 }
 

@@ -27,8 +27,8 @@ export class Wall {
         side: device.side,
         colour: -1, // what it was sent
         from: -1, // what it showed when that was told
-        begun: 0,
-        length: 0,
+        begun: 0, // when that was, and when it shows what it was sent: by the wall's clock
+        ends: 0,
         time: 0, // the transition time that came with the colour
       })),
     );
@@ -37,30 +37,32 @@ export class Wall {
     this.resize();
   }
 
-  // The state of a `now` event that came at `at` (milliseconds of the page's clock).
-  update(devices, at) {
+  // The state of a `now` event. All times here are the wall's.
+  update({ time, devices }) {
     devices.forEach((device, deviceIndex) => {
       const sent = readColours(device.sent);
       const shown = readColours(device.shown);
       this.perDevice[deviceIndex].forEach((panel, i) => {
+        const ends = time + device.left[i];
+        panel.time = device.times[i];
+        // Still on the same way, which is known better from its beginning.
+        if (sent[i] === panel.colour && ends === panel.ends) return;
         panel.colour = sent[i];
         panel.from = shown[i];
-        panel.begun = at;
-        panel.length = device.left[i];
-        panel.time = device.times[i];
+        panel.begun = time;
+        panel.ends = ends;
       });
     });
   }
 
   isMoving(now) {
-    return this.panels.some((panel) => panel.length > 0 && now - panel.begun < panel.length);
+    return this.panels.some((panel) => now < panel.ends);
   }
 
   // What a panel shows, on its straight way from one colour to the next; -1 before the first.
   shownBy(panel, now) {
-    const passed = now - panel.begun;
-    if (panel.colour < 0 || passed >= panel.length) return panel.colour;
-    const share = Math.max(0, passed / panel.length);
+    if (panel.colour < 0 || now >= panel.ends) return panel.colour;
+    const share = Math.max(0, (now - panel.begun) / (panel.ends - panel.begun));
     const mix = (shift) => {
       const from = (panel.from >> shift) & 255;
       const to = (panel.colour >> shift) & 255;

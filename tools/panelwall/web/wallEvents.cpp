@@ -29,6 +29,11 @@ void number(Json &json, const char *key, double value) {
     json.Double(std::round(value * 10) / 10);
 }
 
+// Whole milliseconds of the wall's clock, the same in every event that tells of one moment.
+std::int64_t timeOf(Clock::time_point moment) {
+    return std::chrono::ceil<std::chrono::milliseconds>(moment.time_since_epoch()).count();
+}
+
 double millisecondsOf(Clock::duration duration) {
     return std::chrono::duration<double, std::milli>(duration).count();
 }
@@ -125,8 +130,7 @@ void writeState(Json &json, const WallDevice &device, const std::optional<std::u
     json.Key("left");
     json.StartArray();
     for (const WallPanel &panel : device.panels)
-        json.Int64(
-            std::chrono::ceil<std::chrono::milliseconds>(panel.transition.left(now)).count());
+        json.Int64(timeOf(now + panel.transition.left(now)) - timeOf(now));
     json.EndArray();
     json.Key("times");
     json.StartArray();
@@ -198,6 +202,8 @@ std::string nowEvent(const Wall &wall, const WallFacts &facts,
     rapidjson::StringBuffer buffer;
     Json json(buffer);
     json.StartObject();
+    json.Key("time");
+    json.Int64(timeOf(now));
     json.Key("slot");
     json.Int64(ColourHistory::slotOf(now));
     number(json, "silence", millisecondsOf(now - wall.lastArrival().value_or(facts.start)));

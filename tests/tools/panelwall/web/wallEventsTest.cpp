@@ -86,6 +86,22 @@ TEST(PanelwallWallEvents, TellWhatPanelsShowAndWhereTheyAreGoing) {
     EXPECT_TRUE(event["heard"].GetBool());
 }
 
+// Pages tell by it whether a panel is still on the same way.
+TEST(PanelwallWallEvents, TellOneTimeOfArrivalWheneverTheyAreMade) {
+    Wall wall(twoDevices(), milliseconds(100));
+    const auto begin = start + std::chrono::microseconds(300);
+    wall.hear(0, std::vector<std::uint8_t>{1, 8, 1, 200, 100, 0, 0, 10}, begin);
+    for (int microseconds = 0; microseconds < 1'000'000; microseconds += 33'333) {
+        const auto now = begin + std::chrono::microseconds(microseconds);
+        const auto event = dataOf(nowEvent(wall, {}, {}, now), "now");
+        const auto time = milliseconds(event["time"].GetInt64());
+        EXPECT_GE(time, now.time_since_epoch());
+        EXPECT_LT(time, now.time_since_epoch() + milliseconds(1));
+        EXPECT_EQ(time + milliseconds(event["devices"][0]["left"][1].GetInt64()),
+                  start.time_since_epoch() + milliseconds(1001));
+    }
+}
+
 TEST(PanelwallWallEvents, WarnOfFlashes) {
     Wall wall(twoDevices());
     EXPECT_STREQ(dataOf(nowEvent(wall, {}, {}, start), "now")["warning"].GetString(), "");
