@@ -1,5 +1,7 @@
 #include "tests/support/virtualScreen.h"
 
+#include "tests/support/xServer.h"
+
 #include <algorithm>
 #include <bit>
 #include <cerrno>
@@ -228,17 +230,9 @@ void VirtualScreen::restart() {
 }
 
 void VirtualScreen::launch(const std::string &wantedName) {
-    std::vector<std::string> command = {"Xvfb",
-                                        "-displayfd",
-                                        "3",
-                                        "-nolisten",
-                                        "tcp",
-                                        "-noreset",
-                                        "-screen",
-                                        "0",
-                                        std::to_string(width) + "x" + std::to_string(height) + "x" +
-                                            std::to_string(depth)};
-    command.insert(command.end(), extraArguments.begin(), extraArguments.end());
+    const ServerKind kind = serverKind();
+    const ServerWish wish{width, height, depth, extraArguments};
+    std::vector<std::string> command = serverCommand(kind, wish);
     if (!wantedName.empty())
         command.insert(command.begin() + 1, wantedName);
 
@@ -250,8 +244,10 @@ void VirtualScreen::launch(const std::string &wantedName) {
     readText(pipe.readEnd(), number, true, deadline);
     const std::size_t end = number.find('\n');
     if (end == std::string::npos)
-        throw std::runtime_error("Xvfb did not come up");
+        throw std::runtime_error(command.at(0) + " did not come up");
     name = ":" + number.substr(0, end);
+    for (const std::vector<std::string> &size : commandsForSize(kind, wish))
+        run(size);
 
     connection = xcb_connect(name.c_str(), nullptr);
     const xcb_screen_t *screen = screenOf(connection);
@@ -349,7 +345,16 @@ void VirtualScreen::putPixels(int x, int y, int blockWidth, int blockHeight,
     roundTrip(connection);
 }
 
-void VirtualScreen::run(const std::vector<std::string> &command) const {
+std::string VirtualScreen::output() const {
+    const std::string all = run({"xrandr"});
+    const std::size_t end = all.find(" connected");
+    if (end == std::string::npos)
+        throw std::runtime_error("no output is connected: " + all);
+    const std::size_t lineEnd = all.rfind('\n', end);
+    return all.substr(lineEnd + 1, end - lineEnd - 1);
+}
+
+std::string VirtualScreen::run(const std::vector<std::string> &command) const {
     Pipe pipe;
     const auto deadline = Clock::now() + patience;
     const pid_t child = spawn(command, name, pipe.writeEnd(), true);
@@ -365,6 +370,7 @@ void VirtualScreen::run(const std::vector<std::string> &command) const {
         throw std::runtime_error(command.at(0) + " did not end: " + text);
     if (!WIFEXITED(status) || WEXITSTATUS(status) != 0)
         throw std::runtime_error(command.at(0) + " failed: " + text);
+    return text;
 }
 
 } // namespace test

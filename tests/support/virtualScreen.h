@@ -1,4 +1,4 @@
-// A private X server for one test: Xvfb on a free display number, and a brush.
+// A private X server for one test on a free display number, and a brush.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,8 @@ namespace test {
 // the test's process dies. Nothing here touches the DISPLAY variable unless use() is called.
 class VirtualScreen {
 public:
-    // Throws std::runtime_error when Xvfb cannot be started or does not answer in time.
+    // Throws std::runtime_error when the server cannot be started or does not answer in time.
+    // Which server that is, and what it cannot do, stands in xServer.h.
     VirtualScreen(int width, int height, int depth = 24,
                   const std::vector<std::string> &extraArguments = {});
     ~VirtualScreen();
@@ -34,9 +35,12 @@ public:
     void fillRect(int x, int y, int width, int height, std::uint32_t colour);
     void putPixels(int x, int y, int width, int height, const std::uint32_t *colours);
 
-    // Runs a program with DISPLAY set and waits for it; throws std::runtime_error with its output
-    // unless it exits with 0.
-    void run(const std::vector<std::string> &command) const;
+    // The name of the output that shows the screen, which xrandr takes.
+    std::string output() const;
+
+    // Runs a program with DISPLAY set and waits for it. Returns its output; throws
+    // std::runtime_error with it unless the program exits with 0.
+    std::string run(const std::vector<std::string> &command) const;
 
     // Closes the connection of this object's own, so that the server has no client but those under
     // test. Nothing can be drawn from here on.

@@ -1,0 +1,106 @@
+#include "tests/support/xServer.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <stdexcept>
+#include <unistd.h>
+
+namespace test {
+
+namespace {
+
+// ctest knows a test that was skipped by these words. It runs one test a process, so there is no
+// other one that the end of this process would take along.
+[[noreturn]] void skipTest(const std::string &reason) {
+    std::printf("[  SKIPPED ] THIS SERVER CANNOT BE TESTED ON: %s\n", reason.c_str());
+    std::fflush(stdout);
+    _exit(0);
+}
+
+bool isOneOf(int value, std::initializer_list<int> values) {
+    for (const int each : values)
+        if (value == each)
+            return true;
+    return false;
+}
+
+bool has(const std::vector<std::string> &words, const std::string &word) {
+    for (const std::string &each : words)
+        if (each == word)
+            return true;
+    return false;
+}
+
+std::string bySize(const ServerWish &wish) {
+    return std::to_string(wish.width) + "x" + std::to_string(wish.height);
+}
+
+std::vector<std::string> xvnc(const ServerWish &wish) {
+    if (!isOneOf(wish.depth, {16, 24}))
+        skipTest("Xvnc has no depth of " + std::to_string(wish.depth));
+    return {"Xvnc",           "-geometry", bySize(wish), "-depth", std::to_string(wish.depth),
+            "-rfbport",       "-1", // nobody is to look at it
+            "-SecurityTypes", "None"};
+}
+
+std::vector<std::string> xorg(const ServerWish &wish) {
+    if (!isOneOf(wish.depth, {16, 24, 30}))
+        skipTest("Xorg's dummy driver has no depth of " + std::to_string(wish.depth));
+    if (wish.width < 64 || wish.height < 64)
+        skipTest("Xorg's dummy driver has no screen of " + bySize(wish));
+    if (has(wish.extraArguments, "RANDR"))
+        skipTest("without RANDR Xorg's screen keeps the size that it has at first");
+    return {"Xorg",
+            "-config",
+            XORG_CONFIG,
+            "-logfile",
+            "/dev/null",
+            "-depth",
+            std::to_string(wish.depth),
+            "-novtswitch",
+            "-sharevts"};
+}
+
+} // namespace
+
+ServerKind serverKind() {
+    const char *const variable = std::getenv("MIRROR_TEST_SERVER");
+    const std::string name = variable == nullptr ? "" : variable;
+    if (name.empty() || name == "xvfb")
+        return ServerKind::xvfb;
+    if (name == "xvnc")
+        return ServerKind::xvnc;
+    if (name == "xorg")
+        return ServerKind::xorg;
+    throw std::runtime_error("MIRROR_TEST_SERVER is xvfb, xvnc or xorg, not " + name);
+}
+
+std::vector<std::string> serverCommand(ServerKind kind, const ServerWish &wish) {
+    if (kind != ServerKind::xvfb && has(wish.extraArguments, "-screen"))
+        skipTest("it has one screen");
+    std::vector<std::string> command;
+    if (kind == ServerKind::xvfb)
+        command = {"Xvfb", "-screen", "0", bySize(wish) + "x" + std::to_string(wish.depth)};
+    else
+        command = kind == ServerKind::xvnc ? xvnc(wish) : xorg(wish);
+    for (const char *word : {"-displayfd", "3", "-nolisten", "tcp", "-noreset"})
+        command.emplace_back(word);
+    command.insert(command.end(), wish.extraArguments.begin(), wish.extraArguments.end());
+    return command;
+}
+
+std::vector<std::vector<std::string>> commandsForSize(ServerKind kind, const ServerWish &wish) {
+    if (kind != ServerKind::xorg)
+        return {};
+    const std::string mode = "test" + bySize(wish);
+    // A mode's clock, then begin and end of its synchronisation and its total, both ways.
+    std::vector<std::string> newMode = {"xrandr", "--newmode", mode, "100"};
+    for (const int length : {wish.width, wish.height})
+        for (const int more : {0, 1, 2, 3})
+            newMode.push_back(std::to_string(length + more));
+    return {newMode,
+            {"xrandr", "--addmode", "DUMMY0", mode},
+            {"xrandr", "--output", "DUMMY0", "--mode", mode}};
+}
+
+} // namespace test
