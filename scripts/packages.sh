@@ -5,6 +5,9 @@ build_packages="build-essential clang llvm libclang-rt-14-dev cmake ninja-build 
     libbenchmark-dev libxcb1-dev libxcb-randr0-dev libxcb-shm0-dev libxcb-damage0-dev
     libxcb-xfixes0-dev"
 screen_packages="xvfb x11-utils x11-xserver-utils"
+# For test runs on other servers than Xvfb.
+xvnc_packages="tigervnc-standalone-server"
+xorg_packages="xserver-xorg-core xserver-xorg-video-dummy"
 manual_packages="mandoc zsh doxygen"
 format_packages="clang-format-14 git"
 fault_packages="iproute2 locales"
@@ -18,21 +21,28 @@ page_packages="chromium"
 command -v npm >/dev/null || page_packages="$page_packages npm"
 macos_packages="clang-19 lld-19 llvm-19 googletest"
 
-# need PACKAGE...: installs those that are missing, without asking anything.
-need() {
-    missing=
+# missing PACKAGE...: prints those that are not installed.
+missing() {
     for package in "$@"; do
         case $(dpkg-query -W -f='${Status}' "$package" 2>/dev/null) in
         *' installed') ;;
-        *) missing="$missing $package" ;;
+        *) printf ' %s' "$package" ;;
         esac
     done
-    [ -n "$missing" ] || return 0
+}
+
+# need PACKAGE...: installs those that are missing, without asking anything but sudo's password.
+updated=
+need() {
+    wanted=$(missing "$@")
+    [ -n "$wanted" ] || return 0
     as_root=
     [ "$(id -u)" -eq 0 ] || as_root=sudo
-    echo "Installing:$missing"
-    $as_root env DEBIAN_FRONTEND=noninteractive apt-get update -qq
+    echo "Installing:$wanted"
+    [ -n "$updated" ] || $as_root env DEBIAN_FRONTEND=noninteractive apt-get update -qq
+    updated=yes
+    # Another script may be installing at the moment.
     # shellcheck disable=SC2086
     $as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends \
-        $missing >/dev/null
+        -o DPkg::Lock::Timeout=300 $wanted >/dev/null
 }
