@@ -30,6 +30,8 @@ LightReceiver::LightReceiver(const std::string &ip, int port) : boundPort(port) 
     fd = socket(six ? AF_INET6 : AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
     if (fd < 0 || bind(fd, reinterpret_cast<sockaddr *>(&address), length) != 0)
         throw std::runtime_error("bind " + ip + ": " + std::strerror(errno));
+    const int yes = 1;
+    setsockopt(fd, SOL_SOCKET, SO_TIMESTAMPNS, &yes, sizeof yes);
     if (port == 0) {
         getsockname(fd, reinterpret_cast<sockaddr *>(&address), &length);
         boundPort = ntohs(six ? reinterpret_cast<sockaddr_in6 *>(&address)->sin6_port
@@ -53,9 +55,22 @@ std::optional<Datagram> LightReceiver::next(std::chrono::milliseconds patience) 
             return std::nullopt;
     }
     Datagram datagram(65536);
-    const ssize_t got = recv(fd, datagram.data(), datagram.size(), 0);
+    iovec part{datagram.data(), datagram.size()};
+    alignas(cmsghdr) char control[CMSG_SPACE(sizeof(timespec))];
+    msghdr message{};
+    message.msg_iov = &part;
+    message.msg_iovlen = 1;
+    message.msg_control = control;
+    message.msg_controllen = sizeof control;
+    const ssize_t got = recvmsg(fd, &message, 0);
     if (got < 0)
         return std::nullopt;
+    if (const cmsghdr *header = CMSG_FIRSTHDR(&message)) {
+        timespec stamp;
+        std::memcpy(&stamp, CMSG_DATA(header), sizeof stamp);
+        lastArrival =
+            Arrival(std::chrono::seconds(stamp.tv_sec)) + std::chrono::nanoseconds(stamp.tv_nsec);
+    }
     datagram.resize(static_cast<std::size_t>(got));
     return datagram;
 }

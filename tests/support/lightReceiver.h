@@ -22,6 +22,11 @@ public:
     // The next datagram, or nothing when none came within `patience`.
     std::optional<Datagram> next(std::chrono::milliseconds patience = std::chrono::seconds(10));
 
+    // When the last one that next() gave reached the socket, whenever that was read. By the
+    // system's own clock, which may be set meanwhile.
+    using Arrival = std::chrono::system_clock::time_point;
+    Arrival arrival() const { return lastArrival; }
+
     // Throws away everything that has arrived.
     void drain();
 
@@ -31,6 +36,7 @@ public:
 private:
     int fd = -1;
     int boundPort = 0;
+    Arrival lastArrival;
 };
 
 } // namespace test
