@@ -5,9 +5,18 @@ build_packages="build-essential clang llvm libclang-rt-14-dev cmake ninja-build 
     libbenchmark-dev libxcb1-dev libxcb-randr0-dev libxcb-shm0-dev libxcb-damage0-dev
     libxcb-xfixes0-dev"
 screen_packages="xvfb x11-utils x11-xserver-utils"
-# For test runs on other servers than Xvfb.
-xvnc_packages="tigervnc-standalone-server"
-xorg_packages="xserver-xorg-core xserver-xorg-video-dummy"
+# server_packages: prints those of the X server that MIRROR_TEST_SERVER names for tests.
+server_packages() {
+    case ${MIRROR_TEST_SERVER:-xvfb} in
+    xvfb) ;;
+    xvnc) echo tigervnc-standalone-server ;;
+    xorg) echo xserver-xorg-core xserver-xorg-video-dummy ;;
+    *)
+        echo "The server for tests is xvfb, xvnc or xorg, not $MIRROR_TEST_SERVER." >&2
+        return 64
+        ;;
+    esac
+}
 manual_packages="mandoc zsh doxygen"
 format_packages="clang-format-14 git"
 fault_packages="iproute2 locales"

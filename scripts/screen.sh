@@ -1,0 +1,33 @@
+# shellcheck shell=sh
+# Sourced after packages.sh and children.sh.
+
+# screen WIDTH HEIGHT FOLDER: a virtual screen, which becomes $DISPLAY and ends with the script. The
+# server is the one that MIRROR_TEST_SERVER names, as for tests; what it writes goes to FOLDER.
+screen() {
+    server=$(server_packages)
+    # shellcheck disable=SC2086
+    need $screen_packages $server
+    rm -f "$3/display"
+    mkfifo "$3/display"
+    case ${MIRROR_TEST_SERVER:-xvfb} in
+    xvfb) set -- "$@" Xvfb -screen 0 "$1x$2x24" ;;
+    xvnc) set -- "$@" Xvnc -geometry "$1x$2" -depth 24 -rfbport -1 -SecurityTypes None ;;
+    xorg) set -- "$@" Xorg -config "$PWD/tests/support/xorg.conf" -logfile /dev/null \
+        -novtswitch -sharevts ;;
+    esac
+    screen_size=$1x$2
+    screen_folder=$3
+    screen_mode="100 $1 $(($1 + 1)) $(($1 + 2)) $(($1 + 3)) $2 $(($2 + 1)) $(($2 + 2)) $(($2 + 3))"
+    shift 3
+    "$@" -displayfd 3 -nolisten tcp -noreset 3>"$screen_folder/display" 2>"$screen_folder/server.log" &
+    started="$started $!"
+    read -r number <"$screen_folder/display"
+    DISPLAY=:$number
+    export DISPLAY
+    if [ "${MIRROR_TEST_SERVER:-}" = xorg ]; then
+        # shellcheck disable=SC2086
+        xrandr --newmode "$screen_size" $screen_mode
+        xrandr --addmode DUMMY0 "$screen_size"
+        xrandr --output DUMMY0 --mode "$screen_size"
+    fi
+}
