@@ -2,7 +2,9 @@
 #include "tests/faults/faultRun.h"
 #include "tests/platform/processUsage.h"
 
+#include <csignal>
 #include <cstdlib>
+#include <sys/prctl.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -96,6 +98,7 @@ long mostMemoryOfLoads(const std::string &config, int rounds) {
     const std::string number = std::to_string(rounds);
     const pid_t host = fork();
     if (host == 0) {
+        prctl(PR_SET_PDEATHSIG, SIGKILL);
         execl(UNLOADHOST, UNLOADHOST, MIRROR_LIBRARY, config.c_str(), number.c_str(), "60221",
               nullptr);
         _exit(127);

@@ -15,9 +15,13 @@ const patience = 20000;
 // A program whose lines can be waited for.
 export class Program {
   constructor(command, args, environment = {}) {
+    this.command = command;
     this.out = "";
     this.errors = "";
-    this.process = spawn(command, args, { env: { ...process.env, ...environment } });
+    // The kernel ends it too when this process dies.
+    this.process = spawn("setpriv", ["--pdeathsig", "KILL", command, ...args], {
+      env: { ...process.env, ...environment },
+    });
     this.process.stdout.on("data", (bytes) => (this.out += bytes));
     this.process.stderr.on("data", (bytes) => (this.errors += bytes));
     this.ended = once(this.process, "exit").then(([code]) => code);
@@ -25,10 +29,10 @@ export class Program {
 
   // Waits for output that the pattern matches, and returns the match.
   async waitFor(pattern) {
-    return until(`${pattern} in the output of ${this.process.spawnfile}`, () => {
+    return until(`${pattern} in the output of ${this.command}`, () => {
       const match = this.out.match(pattern);
       if (!match && this.process.exitCode !== null)
-        throw new Error(`${this.process.spawnfile} ended: ${this.out}${this.errors}`);
+        throw new Error(`${this.command} ended: ${this.out}${this.errors}`);
       return match;
     });
   }
