@@ -88,7 +88,7 @@ TEST_F(Fault, ServerKilledInMidRun) {
 TEST_F(Fault, MonitorGoneInMidRun) {
     test::VirtualScreen screen(400, 200);
     screen.use();
-    screen.run({"xrandr", "--setmonitor", "first", "200/100x200/100+0+0", "screen"});
+    screen.run({"xrandr", "--setmonitor", "first", "200/100x200/100+0+0", screen.output()});
     screen.run({"xrandr", "--setmonitor", "second", "200/100x200/100+200+0", "none"});
     screen.fill(0x0000ff);
     ASSERT_EQ(configure(test::documentOf(test::displayIDs().at(1), 0, oneLight)), 1);

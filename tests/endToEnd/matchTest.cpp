@@ -107,7 +107,7 @@ TEST_F(Match, FollowsPlainColours) {
 TEST_F(Match, TheChosenMonitorAndNoOther) {
     test::VirtualScreen screen(900, 400);
     screen.use();
-    screen.run({"xrandr", "--setmonitor", "left", "401/100x400/100+0+0", "screen"});
+    screen.run({"xrandr", "--setmonitor", "left", "401/100x400/100+0+0", screen.output()});
     screen.run({"xrandr", "--setmonitor", "right", "333/100x200/100+500+123", "none"});
     const auto ids = test::displayIDs();
     ASSERT_EQ(ids.size(), 2u);
@@ -162,7 +162,7 @@ TEST_F(Match, ThePointerIsNotDrawn) {
 TEST_F(Match, DisplaysAreListedWithTheirSizes) {
     test::VirtualScreen screen(640, 480);
     screen.use();
-    screen.run({"xrandr", "--setmonitor", "one", "200/100x100/100+0+0", "screen"});
+    screen.run({"xrandr", "--setmonitor", "one", "200/100x100/100+0+0", screen.output()});
     screen.run({"xrandr", "--setmonitor", "two", "300/100x50/100+200+0", "none"});
     char text[512];
     ASSERT_EQ(getDisplays(text, sizeof text), 1);

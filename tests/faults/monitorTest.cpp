@@ -17,7 +17,7 @@ protected:
     }
 
     void place(const std::string &geometry) {
-        screen.run({"xrandr", "--setmonitor", "watched", geometry, "screen"});
+        screen.run({"xrandr", "--setmonitor", "watched", geometry, screen.output()});
     }
     void move(const std::string &geometry) {
         takeAway();

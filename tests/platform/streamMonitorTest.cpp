@@ -110,19 +110,19 @@ TEST_F(MonitorChange, ScaledFramesFollowSmallChanges) {
 TEST_F(MonitorChange, AShrinkingScreenIsSurvived) {
     screen.run({"xrandr", "--newmode", "small", "30", "240", "248", "260", "280", "180", "190",
                 "192", "200"});
-    screen.run({"xrandr", "--addmode", "screen", "small"});
+    screen.run({"xrandr", "--addmode", screen.output(), "small"});
     deleteMonitor();
     setMonitor("400/10x300/10+0+0");
     StreamProbe stream(id, 400, 300, 0.01);
     ASSERT_EQ(stream.start(), kCGErrorSuccess);
     ASSERT_TRUE(stream.waitForCount(complete, 1));
-    screen.run({"xrandr", "--output", "screen", "--mode", "small"});
+    screen.run({"xrandr", "--output", screen.output(), "--mode", "small"});
     // Beyond the smaller root window there is nothing any more.
     EXPECT_TRUE(stream.waitForPixel(399, 299, 0));
     screen.fillRect(0, 0, 240, 180, 0x31415f);
     EXPECT_TRUE(stream.waitForPixel(239, 179, 0x31415f));
     EXPECT_EQ(stream.latestFrame().at(240, 179), 0u);
-    screen.run({"xrandr", "--output", "screen", "--mode", "400x300"});
+    screen.run({"xrandr", "--output", screen.output(), "--mode", "400x300"});
     screen.fillRect(0, 0, 400, 300, 0x27182a);
     EXPECT_TRUE(stream.waitForPixel(399, 299, 0x27182a));
 }
@@ -132,11 +132,11 @@ TEST_F(MonitorChange, TheModeOfARealOutputIsFollowed) {
     const CGDirectDisplayID output = test::onlyDisplay();
     screen.run({"xrandr", "--newmode", "small", "30", "200", "208", "220", "240", "150", "160",
                 "162", "170"});
-    screen.run({"xrandr", "--addmode", "screen", "small"});
+    screen.run({"xrandr", "--addmode", screen.output(), "small"});
     StreamProbe stream(output, 400, 300, 0.01);
     ASSERT_EQ(stream.start(), kCGErrorSuccess);
     ASSERT_TRUE(stream.waitForCount(complete, 1));
-    screen.run({"xrandr", "--output", "screen", "--mode", "small"});
+    screen.run({"xrandr", "--output", screen.output(), "--mode", "small"});
     screen.fillRect(0, 0, 200, 150, 0x101010);
     screen.fillRect(199, 149, 1, 1, 0xffeedd);
     // The one pixel in the corner has become four.

@@ -9,7 +9,7 @@ using test::mirrorctl;
 
 TEST(MirrorctlDisplays, listsTwoMonitors) {
     const test::VirtualScreen screen(1440, 600);
-    screen.run({"xrandr", "--setmonitor", "LEFT", "800/200x600/150+0+0", "screen"});
+    screen.run({"xrandr", "--setmonitor", "LEFT", "800/200x600/150+0+0", screen.output()});
     screen.run({"xrandr", "--setmonitor", "RIGHT", "640/160x480/120+800+0", "none"});
 
     const Ending json = mirrorctl({"displays", "--json"}, {{"DISPLAY", screen.display()}});

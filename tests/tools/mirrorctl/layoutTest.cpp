@@ -161,7 +161,7 @@ TEST(MirrorctlLayout, guessesNoDisplay) {
     EXPECT_EQ(none.status, 69);
     EXPECT_TRUE(contains(none.err, "There is no display here.")) << none.err;
     const test::VirtualScreen screen(1440, 600);
-    screen.run({"xrandr", "--setmonitor", "LEFT", "800/200x600/150+0+0", "screen"});
+    screen.run({"xrandr", "--setmonitor", "LEFT", "800/200x600/150+0+0", screen.output()});
     screen.run({"xrandr", "--setmonitor", "RIGHT", "640/160x480/120+800+0", "none"});
     const Ending two = layout({"4x6", "127.0.58.61"}, screen.display());
     EXPECT_EQ(two.status, 69);
