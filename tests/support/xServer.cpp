@@ -100,7 +100,9 @@ std::vector<std::vector<std::string>> commandsForSize(ServerKind kind, const Ser
             newMode.push_back(std::to_string(length + more));
     return {newMode,
             {"xrandr", "--addmode", "DUMMY0", mode},
-            {"xrandr", "--output", "DUMMY0", "--mode", mode}};
+            {"xrandr", "--output", "DUMMY0", "--mode", mode},
+            // As on the other servers, so that monitors have the order in which they are made.
+            {"xrandr", "--noprimary"}};
 }
 
 } // namespace test
