@@ -17,6 +17,8 @@ server_packages() {
         ;;
     esac
 }
+# A Wayland session with an X server in it, and keys for X servers.
+session_packages="cage xwayland xauth"
 manual_packages="mandoc zsh doxygen"
 format_packages="clang-format-14 git"
 fault_packages="iproute2 locales"

@@ -9,6 +9,7 @@
 #include "tools/mirrorctl/reach.h"
 #include "tools/mirrorctl/system.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <memory>
 #include <optional>
@@ -21,19 +22,47 @@ struct DoctorOptions {
     bool json = false;
 };
 
-static std::vector<Display> listed(Ward &ward) {
+static bool hasPicture(const Display &display) {
+    return display.width != 0 && display.height != 0;
+}
+
+static bool isMeantBy(const Display &display, const config::Document &document) {
+    return display.displayID == static_cast<std::uint32_t>(document.displayID);
+}
+
+// What is bad of the system explains what is bad afterwards better than any guess.
+static std::string remedyAfter(const Ward &system, const std::string &guess) {
+    const auto isBad = [](const Check &check) { return check.verdict == Verdict::bad; };
+    return std::any_of(system.checks.begin(), system.checks.end(), isBad)
+               ? "first mend what is bad under System"
+               : guess;
+}
+
+// A display without a picture is bad unless the document, if there is one, means another.
+static std::vector<Display> listed(const std::optional<config::Reading> &reading,
+                                   const Ward &system, Ward &ward) {
     const LibraryTalk talk;
     auto displays = listDisplays().displays;
     if (displays.empty()) {
-        ward.checks.push_back({Verdict::bad, "displays", "there is none to mirror",
-                               "on X11 is the server running, does it let this user in, and has it "
-                               "a monitor? On macOS is a user logged in at the screen?",
-                               ExitStatus::displayMissing});
+        ward.checks.push_back(
+            {Verdict::bad, "displays", "there is none to mirror",
+             remedyAfter(system, "on X11 has the server a monitor? On macOS is a user logged in at "
+                                 "the screen?"),
+             ExitStatus::displayMissing});
         return displays;
     }
-    for (const auto &display : displays)
-        ward.checks.push_back(
-            {Verdict::good, "display " + std::to_string(display.displayID), describeSize(display)});
+    for (const auto &display : displays) {
+        Check check{Verdict::good, "display " + std::to_string(display.displayID),
+                    describeSize(display)};
+        if (!hasPicture(display)) {
+            const bool isMeant = !reading || isMeantBy(display, reading->document);
+            check.verdict = isMeant ? Verdict::bad : Verdict::unsure;
+            check.status = ExitStatus::captureRefused;
+            check.remedy =
+                remedyAfter(system, "is it switched on, and may this program record the screen?");
+        }
+        ward.checks.push_back(check);
+    }
     return displays;
 }
 
@@ -67,10 +96,10 @@ static std::vector<Display> chosen(const std::vector<Display> &displays,
                                    const std::optional<config::Reading> &reading, Ward &ward) {
     if (!reading)
         return displays;
-    const auto wanted = static_cast<std::uint32_t>(reading->document.displayID);
     for (const Display &display : displays)
-        if (display.displayID == wanted)
+        if (isMeantBy(display, reading->document))
             return {display};
+    const auto wanted = static_cast<std::uint32_t>(reading->document.displayID);
     ward.checks.push_back({Verdict::bad, "display " + std::to_string(wanted),
                            "the configuration names it, but it is not there",
                            "name one that is; no other is ever taken in its place",
@@ -84,16 +113,21 @@ static ExitStatus examine(const DoctorOptions &options) {
     if (!options.path.empty())
         reading = examineDocument(options.path, document);
     const StopSignals signals;
-    Ward system{"System", {}};
+    const System thisSystem;
+    const Ward system{"System", thisSystem.examine()};
     Ward displays{"Displays", {}};
     Ward capture{"Capture", {}};
     Ward devices{"Devices", {}};
-    const auto there = listed(displays);
-    system.checks = examineSystem();
+    const auto there = listed(reading, system, displays);
     bool interrupted = false;
-    for (const Display &display : chosen(there, reading, capture))
-        if (!interrupted)
-            capture.checks.push_back(tryCapture(display, !options.unmarked, signals, interrupted));
+    for (const Display &display : chosen(there, reading, capture)) {
+        if (interrupted || !hasPicture(display))
+            continue;
+        Check check = tryCapture(display, !options.unmarked, signals, interrupted);
+        if (check.status == ExitStatus::captureRefused)
+            check.remedy = remedyAfter(system, check.remedy);
+        capture.checks.push_back(std::move(check));
+    }
     if (reading && !interrupted)
         devices.checks = tryDevices(reading->document.devices);
     const std::vector<Ward> wards = {system, displays, capture, document, devices};

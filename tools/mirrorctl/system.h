@@ -10,8 +10,21 @@
 
 namespace mirrorctl {
 
-// Whether this process may capture screens, and what the system brings for it.
-std::vector<Check> examineSystem();
+// Whether this process may capture screens, and what the system brings for it. An X server that
+// resets when its last client leaves does not do so while this lives.
+class System {
+public:
+    System();
+    ~System();
+    System(const System &) = delete;
+    System &operator=(const System &) = delete;
+
+    std::vector<Check> examine() const;
+
+private:
+    struct Server;
+    std::unique_ptr<Server> server;
+};
 
 // Has the socket told of everything that the network says about its datagrams.
 void askForNetworkErrors(int fd, int family);

@@ -4,7 +4,12 @@
 
 namespace mirrorctl {
 
-std::vector<Check> examineSystem() {
+struct System::Server {};
+
+System::System() = default;
+System::~System() = default;
+
+std::vector<Check> System::examine() const {
     if (CGPreflightScreenCaptureAccess())
         return {{Verdict::good, "screen recording", "permitted"}};
     return {{Verdict::bad, "screen recording",

@@ -1,102 +1,103 @@
 #include "tools/mirrorctl/system.h"
+#include "tools/mirrorctl/xChecks.h"
+#include "tools/mirrorctl/xGreeting.h"
 #include "tools/mirrorctl/xServer.h"
 
 #include <cstdlib>
 #include <netinet/in.h>
 #include <sys/socket.h>
-#include <xcb/randr.h>
 
 namespace mirrorctl {
 
-static std::string variable(const char *name) {
-    const char *value = std::getenv(name);
+static std::string displayVariable() {
+    const char *value = std::getenv("DISPLAY");
     return value ? value : "";
 }
 
-static Check examineServer(const XServer &server) {
-    Check check{Verdict::good, "X server", ""};
-    if (!server.isThere()) {
-        check.verdict = Verdict::bad;
-        check.status = ExitStatus::displayMissing;
-        const std::string name = variable("DISPLAY");
-        check.words = server.isSilent() ? "\"" + name + "\" does not answer"
-                      : name.empty()    ? "the variable DISPLAY is not set, so there is none to ask"
-                                        : "the server that DISPLAY names, \"" + name +
-                                           "\", is not there or does not let this user in";
-        check.remedy = "run this in the desktop session, or set DISPLAY to its server's name, such "
-                       "as :0, and XAUTHORITY to its key file";
-        return check;
+static Check missing(const std::string &words, const std::string &remedy) {
+    return {Verdict::bad, "X server", words, remedy, ExitStatus::displayMissing};
+}
+
+static Check missingName() {
+    if (isWaylandSession())
+        return missing("the variable DISPLAY is not set: this is a Wayland session without an X "
+                       "server, and its screen cannot be mirrored",
+                       "log out, and choose an X11 session where you log in");
+    return missing("the variable DISPLAY is not set, so there is none to ask",
+                   "run this in the desktop session, or set DISPLAY to its server's name, such as "
+                   ":0, and XAUTHORITY to its key file");
+}
+
+static Check refusal(const std::string &name, const XGreeting &greeting) {
+    const std::string words = name + " does not let this user in" +
+                              (greeting.reason().empty() ? "" : ", and says: " + greeting.reason());
+    if (greeting.reason().starts_with("Maximum number of clients"))
+        return missing(words, "close some of the programs that use it");
+    return missing(words, greeting.hadKey()
+                              ? "the key file has an old or another server's key for it; set "
+                                "XAUTHORITY to the key file of the session that it belongs to"
+                              : "the key file has no key for it; run this as the user whose "
+                                "session it is, or set XAUTHORITY to that session's key file");
+}
+
+// Why there is no server to ask.
+static Check explain(const XGreeting &greeting) {
+    if (displayVariable().empty())
+        return missingName();
+    const std::string name = "\"" + displayVariable() + "\"";
+    switch (greeting.answer()) {
+    case XGreeting::Answer::misnamed:
+        return missing(name + ", the value of DISPLAY, is not a server's name",
+                       "set DISPLAY to the name of the session's server, such as :0");
+    case XGreeting::Answer::nobody:
+        return missing("the server that DISPLAY names, " + name + ", is not there",
+                       "run this in the desktop session, or set DISPLAY to its server's name, "
+                       "such as :0");
+    case XGreeting::Answer::silence:
+        return missing(name + " does not answer",
+                       "the server hangs, or the way to it is cut: look at its log, or log out and "
+                       "in again");
+    case XGreeting::Answer::hangUp:
+        return missing(name + " takes the connection and ends it without a word",
+                       "if DISPLAY was set by ssh, log in with it again, from a session whose "
+                       "screen is still there; otherwise look at the server's log");
+    case XGreeting::Answer::refusal:
+        return refusal(name, greeting);
+    default:
+        return missing(name + " answered once, and then no more",
+                       "is the server still running? Its log tells what became of it");
     }
+}
+
+static Check describe(const XServer &server) {
     const xcb_setup_t *setup = xcb_get_setup(server.get());
-    check.words = "\"" + variable("DISPLAY") + "\", " +
-                  std::string(xcb_setup_vendor(setup),
-                              static_cast<std::size_t>(xcb_setup_vendor_length(setup))) +
-                  ", release " + std::to_string(setup->release_number) + ", root " +
-                  std::to_string(server.root().width_in_pixels) + " x " +
-                  std::to_string(server.root().height_in_pixels) + ", depth " +
-                  std::to_string(server.root().root_depth);
-    return check;
+    return {Verdict::good, "X server",
+            "\"" + displayVariable() + "\", " +
+                std::string(xcb_setup_vendor(setup),
+                            static_cast<std::size_t>(xcb_setup_vendor_length(setup))) +
+                ", release " + std::to_string(setup->release_number) + ", root " +
+                std::to_string(server.root().width_in_pixels) + " x " +
+                std::to_string(server.root().height_in_pixels) + ", depth " +
+                std::to_string(server.root().root_depth)};
 }
 
-// An X server inside another display system shows its own windows and black for all others.
-static Check examineSession() {
-    Check check{Verdict::good, "session", "a session of the X server's own"};
-    if (variable("WAYLAND_DISPLAY").empty() && variable("XDG_SESSION_TYPE") != "wayland")
-        return check;
-    check.verdict = Verdict::unsure;
-    check.words = "this is a Wayland session; its X server shows X programs only, and black where "
-                  "other windows are";
-    check.remedy = "log in to an X11 session to mirror all that is on the screen";
-    return check;
-}
+struct System::Server {
+    XGreeting greeting;
+};
 
-static bool hasExtension(const XServer &server, const std::string &name) {
-    const XReply<xcb_query_extension_reply_t> reply(xcb_query_extension_reply(
-        server.get(),
-        xcb_query_extension(server.get(), static_cast<std::uint16_t>(name.size()), name.c_str()),
-        nullptr));
-    return reply && reply->present;
-}
+System::System() : server(std::make_unique<Server>()) {}
+System::~System() = default;
 
-static Check examineRandr(const XServer &server) {
-    Check check{Verdict::good, "RANDR", "lists the displays"};
-    if (!hasExtension(server, "RANDR"))
-        return {Verdict::bad, "RANDR", "missing; without it there are no displays to name",
-                "use an X server with RANDR 1.5 or later", ExitStatus::displayMissing};
-    const XReply<xcb_randr_query_version_reply_t> version(xcb_randr_query_version_reply(
-        server.get(), xcb_randr_query_version(server.get(), 1, 5), nullptr));
-    if (version && (version->major_version > 1 || version->minor_version >= 5))
-        return check;
-    return {Verdict::bad, "RANDR", "older than 1.5, which lists monitors",
-            "use an X server with RANDR 1.5 or later", ExitStatus::displayMissing};
-}
-
-std::vector<Check> examineSystem() {
-    const XServer server;
-    std::vector<Check> checks = {examineServer(server)};
-    if (!server.isThere())
-        return checks;
-    checks.push_back(examineSession());
-    checks.push_back(examineRandr(server));
-    const struct {
-        const char *name;
-        const char *use;
-        const char *loss;
-    } others[] = {
-        {"MIT-SHM", "the screen is read through shared memory",
-         "missing; the screen is read through the connection, at several times the cost"},
-        {"DAMAGE", "a screen that holds still costs nothing",
-         "missing; the screen is read again and again, also when nothing changes"},
-        {"XFIXES", "changed regions are told apart",
-         "missing; changed regions cannot be told apart"},
-    };
-    for (const auto &other : others) {
-        const bool isThere = hasExtension(server, other.name);
-        checks.push_back(
-            {isThere ? Verdict::good : Verdict::unsure, other.name,
-             isThere ? other.use : other.loss,
-             isThere ? "" : "switch the extension on in the X server's configuration"});
-    }
+std::vector<Check> System::examine() const {
+    const XGreeting &greeting = server->greeting;
+    if (greeting.answer() != XGreeting::Answer::welcome)
+        return {explain(greeting)};
+    const XServer connection;
+    if (!connection.isThere())
+        return {explain(greeting)};
+    std::vector<Check> checks = {describe(connection)};
+    for (Check &check : examineX(connection, greeting.isLocal()))
+        checks.push_back(std::move(check));
     return checks;
 }
 

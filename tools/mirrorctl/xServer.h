@@ -26,7 +26,6 @@ public:
     XServer &operator=(const XServer &) = delete;
 
     bool isThere() const { return screen != nullptr; }
-    bool isSilent() const { return connection == nullptr; } // not even refused
     xcb_connection_t *get() const { return connection; }
     const xcb_screen_t &root() const { return *screen; }
 

@@ -1,5 +1,6 @@
 // Stands in for the library where a test needs a failure that the real one cannot be brought to.
-// The function that the variable REFUSE names answers its failure value. One display, number 5.
+// The function that the variable REFUSE names answers its failure value. One display, number 5;
+// refusing a picture, also one that has none, number 6.
 #include "mirror/mirrorInterface.h"
 
 #include <csignal>
@@ -26,6 +27,14 @@ static bool isSeen() {
 int getDisplays(char *buffer, int bufferLength) {
     if (refuses("getDisplays"))
         return -1;
+    if (refuses("picture")) {
+        std::strncpy(buffer,
+                     "{\"numDisplays\":2,\"displays\":"
+                     "[{\"displayID\":5,\"width\":640,\"height\":480},"
+                     "{\"displayID\":6,\"width\":0,\"height\":0}]}",
+                     static_cast<std::size_t>(bufferLength));
+        return 1;
+    }
     std::strncpy(buffer,
                  refuses("sense") ? "{\"displays\":[{\"displayID\":\"5\"}]}"
                                   : "{\"numDisplays\":1,\"displays\":"

@@ -1,0 +1,68 @@
+// The page about the doctor's findings against what the program can say.
+#include <fstream>
+#include <gtest/gtest.h>
+#include <regex>
+#include <sstream>
+
+namespace {
+
+std::string fileText(const std::string &path) {
+    std::ifstream file(path);
+    std::stringstream text;
+    text << file.rdbuf();
+    EXPECT_FALSE(text.str().empty()) << path;
+    return text.str();
+}
+
+// What the doctor is made of, with literals that are spread over several lines put together.
+std::string program() {
+    std::string text;
+    for (const char *name : {"captureTrial", "doctorCommand", "displayList", "reach", "systemMac",
+                             "systemX11", "xChecks"})
+        text += fileText(TREE "/tools/mirrorctl/" + std::string(name) + ".cpp");
+    text = std::regex_replace(text, std::regex("\"\\s+\""), "");
+    return std::regex_replace(text, std::regex("\\\\\""), "\"");
+}
+
+// The cells of a row, without spaces around them.
+std::vector<std::string> cellsOf(const std::string &row) {
+    static const std::regex cell("\\| *([^|]*?) *(?=\\|)");
+    std::vector<std::string> cells;
+    for (std::sregex_iterator i(row.begin(), row.end(), cell), end; i != end; ++i)
+        cells.push_back((*i)[1]);
+    return cells;
+}
+
+// The clauses, which the program puts together, without the ellipses that stand for what differs.
+std::vector<std::string> piecesOf(const std::string &cell) {
+    static const std::regex between(" *(?:…|;|,|:)+ *");
+    std::vector<std::string> pieces;
+    for (std::sregex_token_iterator i(cell.begin(), cell.end(), between, -1), end; i != end; ++i)
+        if (i->length() > 0)
+            pieces.push_back(*i);
+    return pieces;
+}
+
+} // namespace
+
+TEST(DoctorPage, saysWhatTheDoctorSays) {
+    const std::string said = program();
+    std::istringstream page(fileText(TREE "/docs/doctor.md"));
+    std::size_t rows = 0;
+    for (std::string line; std::getline(page, line);) {
+        const std::vector<std::string> cells = cellsOf(line);
+        if (cells.empty() || line.starts_with("|---") || line.find("| to mend it |") < line.size())
+            continue;
+        ++rows;
+        // With a column for what was examined, or without.
+        const std::size_t first = cells.size() == 4 ? 1 : 0;
+        for (std::size_t i = first; i < first + 2; ++i) {
+            if (cells[i].starts_with("the same, ") || cells[i].starts_with("either of the two") ||
+                cells[i] == "as above")
+                continue;
+            for (const std::string &piece : piecesOf(cells[i]))
+                EXPECT_NE(said.find(piece), std::string::npos) << piece << "\nof " << line;
+        }
+    }
+    EXPECT_GT(rows, 40u);
+}

@@ -1,0 +1,29 @@
+// A Wayland session of its own for one test, without a screen, with a real X server in it.
+#pragma once
+
+#include <string>
+#include <sys/types.h>
+
+namespace test {
+
+// Ends with the destructor, and with the test's process.
+class WaylandSession {
+public:
+    // Throws std::runtime_error with what the session said when it does not come up.
+    WaylandSession();
+    ~WaylandSession();
+    WaylandSession(const WaylandSession &) = delete;
+    WaylandSession &operator=(const WaylandSession &) = delete;
+
+    // The name of the X server in it, which shows the windows of X programs only.
+    const std::string &display() const { return name; }
+
+private:
+    void end();
+
+    pid_t shell = -1;
+    int keeper = -1; // closed to end the session
+    std::string name;
+};
+
+} // namespace test
