@@ -28,6 +28,10 @@ struct Seen {
 struct Picture {
     std::vector<Seen> panels;
     double time = 0.0; // of its arrival, wall clock in seconds
+    bool isLit() const {
+        return std::any_of(panels.begin(), panels.end(),
+                           [](const Seen &seen) { return seen.isLit(); });
+    }
 };
 
 class Trial {
@@ -47,6 +51,8 @@ private:
                                  const std::function<bool(const Picture &)> &isWanted);
     Check look();
     Check lookForMark(const std::optional<Picture> &lit);
+    // How long a mark took to come out; nothing when it did not, or was not drawn for the reason.
+    std::optional<double> timeMark(std::uint32_t colour, std::string &reason);
     Check lookWithoutMark(const std::optional<Picture> &lit, const std::string &reason) const;
 
     Check result(Verdict verdict, const std::string &found, const std::string &remedy = {},
@@ -142,21 +148,35 @@ Check Trial::lookWithoutMark(const std::optional<Picture> &lit, const std::strin
         "show something on the screen and try again");
 }
 
-Check Trial::lookForMark(const std::optional<Picture> &lit) {
-    // A colour that is not there already.
-    const std::uint32_t colour =
-        last && isNear(last->panels[markPanel], 0xFF00FF, 64) ? 0x00FF00 : 0xFF00FF;
+std::optional<double> Trial::timeMark(std::uint32_t colour, std::string &reason) {
     const ScreenMark mark(display.width, display.height, colour);
+    reason = mark.reason();
     if (!mark.isShown())
-        return lookWithoutMark(lit, mark.reason());
+        return std::nullopt;
     constexpr int mostAway = 12; // a screen of few colours rounds
     const auto marked = await(patience, [&](const Picture &picture) {
         return isNear(picture.panels[markPanel], colour, mostAway);
     });
-    if (marked)
+    if (!marked)
+        return std::nullopt;
+    return marked->time - mark.shownAt();
+}
+
+Check Trial::lookForMark(const std::optional<Picture> &lit) {
+    // The screen may show the first colour there anyway, and until a frame is whole it is not known
+    // what it shows. The second cannot be mistaken: a moment ago the first was there.
+    std::string reason;
+    auto delay = timeMark(0xFF00FF, reason);
+    if (delay)
+        delay = timeMark(0x00FF00, reason);
+    if (interrupted)
+        return result(Verdict::unsure, "interrupted");
+    if (!reason.empty())
+        return lookWithoutMark(lit, reason);
+    if (delay)
         return result(Verdict::good, "frames arrive; a mark drawn on the screen came out " +
-                                         milliseconds(marked->time - mark.shownAt()) + " later");
-    if (lit)
+                                         milliseconds(*delay) + " later");
+    if (lit || (last && last->isLit()))
         return result(Verdict::bad,
                       "a picture arrives, but not the mark that was drawn on the screen: the "
                       "picture is older than 2 s, or something covers the mark",
@@ -169,10 +189,8 @@ Check Trial::lookForMark(const std::optional<Picture> &lit) {
 }
 
 Check Trial::look() {
-    const auto lit = await(mayMark ? briefPatience : patience, [](const Picture &picture) {
-        return std::any_of(picture.panels.begin(), picture.panels.end(),
-                           [](const Seen &seen) { return seen.isLit(); });
-    });
+    const auto lit = await(mayMark ? briefPatience : patience,
+                           [](const Picture &picture) { return picture.isLit(); });
     if (interrupted)
         return result(Verdict::unsure, "interrupted");
     if (!last)

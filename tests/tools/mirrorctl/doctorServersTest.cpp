@@ -224,3 +224,12 @@ TEST(MirrorctlDoctorServers, keepsServersFromResetting) {
     for (int i = 0; i < 5; ++i)
         expectWords(doctorOn(screen.display()), 0, {"9 good, 0 unsure, 0 bad."});
 }
+
+// The mark must not be taken for something that the screen shows anyway.
+TEST(MirrorctlDoctorServers, knowsNothingOfTheScreenBeforeAFrameIsWhole) {
+    VirtualScreen screen(640, 480);
+    screen.fill(0xFF00FF);
+    const Ending ending = doctorOn(
+        screen.display(), {{"LD_PRELOAD", std::string(UNMAPPED_WINDOWS) + ":" + LATE_FRAMES}});
+    expectWords(ending, 75, {"a picture arrives, but not the mark that was drawn"});
+}
