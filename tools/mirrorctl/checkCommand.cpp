@@ -6,6 +6,7 @@
 #include "tools/mirrorctl/commands.h"
 #include "tools/mirrorctl/findings.h"
 #include "tools/mirrorctl/libraryTalk.h"
+#include "tools/mirrorctl/server.h"
 #include "tools/mirrorctl/suitability.h"
 
 #include <algorithm>
@@ -23,10 +24,10 @@ struct CheckOptions {
 };
 
 // The displays that are there; none also when the library cannot tell.
-static std::vector<Display> displaysHere() {
+static DisplayList displaysHere() {
     const LibraryTalk talk;
     try {
-        return listDisplays().displays;
+        return listDisplays();
     } catch (const std::exception &) {
         return {};
     }
@@ -49,12 +50,15 @@ static Surroundings lookAround(const CheckOptions &options, const std::string &t
     const config::Document &document = reading.document;
     const auto displays = displaysHere();
     const auto wanted = static_cast<std::uint32_t>(document.displayID);
-    for (const Display &display : displays)
+    for (const Display &display : displays.displays)
         if (display.displayID == wanted && display.width > 0 && display.height > 0)
             around.screen = config::ScreenSize{display.width, display.height};
     if (config::Unsound(reading.problems).covers("/devices"))
         return around; // there are no panels to compare
-    if (displays.empty())
+    if (displays.displays.empty() && isServerSilent())
+        around.remark = "There is no display to compare the panels' places with, since " +
+                        serverName() + " does not answer; --screen names its size.";
+    else if (displays.displays.empty())
         around.remark = "There is no display here to compare the panels' places with; --screen "
                         "names its size.";
     else if (!config::Unsound(reading.problems).covers("/displayID"))

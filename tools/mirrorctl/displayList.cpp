@@ -1,7 +1,9 @@
 #include "tools/mirrorctl/displayList.h"
 
 #include "mirror/mirrorInterface.h"
+#include "tools/mirrorctl/server.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <rapidjson/document.h>
 #include <stdexcept>
@@ -33,7 +35,16 @@ DisplayList listDisplays() {
         list.displays.push_back(
             {member(entry, "displayID"), member(entry, "width"), member(entry, "height")});
     }
+    constexpr std::size_t mostListed = 10;
+    list.total = list.displays.size();
+    if (list.displays.size() >= mostListed)
+        list.total = std::max(list.total, countDisplays().value_or(0));
     return list;
+}
+
+std::string describeCut(const DisplayList &list) {
+    return std::to_string(list.displays.size()) + " of the " + std::to_string(list.total) +
+           " displays";
 }
 
 std::string describeSize(const Display &display) {

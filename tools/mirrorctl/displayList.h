@@ -16,10 +16,16 @@ struct Display {
 struct DisplayList {
     std::string text; // the library's own
     std::vector<Display> displays;
+    std::size_t total = 0; // how many there are: the library lists ten at most
+    bool isCut() const { return total > displays.size(); }
 };
 
-// Asks the library. Throws std::runtime_error when it has no answer.
+// Asks the library, and the system if the list is as long as it can be. Throws std::runtime_error
+// when it has no answer.
 DisplayList listDisplays();
+
+// "10 of the 12 displays", of a list that is cut.
+std::string describeCut(const DisplayList &list);
 
 // "1920 x 1080", or words for a display without a picture.
 std::string describeSize(const Display &display);

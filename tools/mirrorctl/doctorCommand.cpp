@@ -5,6 +5,7 @@
 #include "tools/mirrorctl/commands.h"
 #include "tools/mirrorctl/diagnosis.h"
 #include "tools/mirrorctl/displayList.h"
+#include "tools/mirrorctl/libraryCall.h"
 #include "tools/mirrorctl/libraryTalk.h"
 #include "tools/mirrorctl/reach.h"
 #include "tools/mirrorctl/system.h"
@@ -42,7 +43,8 @@ static std::string remedyAfter(const Ward &system, const std::string &guess) {
 static std::vector<Display> listed(const std::optional<config::Reading> &reading,
                                    const Ward &system, Ward &ward) {
     const LibraryTalk talk;
-    auto displays = listDisplays().displays;
+    const DisplayList list = listDisplays();
+    const auto &displays = list.displays;
     if (displays.empty()) {
         ward.checks.push_back(
             {Verdict::bad, "displays", "there is none to mirror",
@@ -63,6 +65,10 @@ static std::vector<Display> listed(const std::optional<config::Reading> &reading
         }
         ward.checks.push_back(check);
     }
+    if (list.isCut())
+        ward.checks.push_back({Verdict::unsure, "displays",
+                               "the library lists only " + describeCut(list) + " that there are",
+                               "switch off those that need not be mirrored"});
     return displays;
 }
 
@@ -107,12 +113,9 @@ static std::vector<Display> chosen(const std::vector<Display> &displays,
     return {};
 }
 
-static ExitStatus examine(const DoctorOptions &options) {
-    Ward document{"Configuration", {}};
-    std::optional<config::Reading> reading;
-    if (!options.path.empty())
-        reading = examineDocument(options.path, document);
-    const StopSignals signals;
+static ExitStatus examineRest(const DoctorOptions &options, const Ward &document,
+                              const std::optional<config::Reading> &reading,
+                              const StopSignals &signals) {
     const System thisSystem;
     const Ward system{"System", thisSystem.examine()};
     Ward displays{"Displays", {}};
@@ -136,6 +139,16 @@ static ExitStatus examine(const DoctorOptions &options) {
     else
         print(wards);
     return interrupted ? ExitStatus::nothingSent : statusOf(wards);
+}
+
+static ExitStatus examine(const DoctorOptions &options) {
+    Ward document{"Configuration", {}};
+    std::optional<config::Reading> reading;
+    if (!options.path.empty())
+        reading = examineDocument(options.path, document);
+    const StopSignals signals;
+    return untilSignal(signals, "Not examined to the end",
+                       [&] { return examineRest(options, document, reading, signals); });
 }
 
 void addDoctorCommand(CLI::App &program, Action &chosenAction) {

@@ -16,6 +16,7 @@ enum class ExitStatus {
     displayMissing = 69,
     failed = 70,
     startFailed = 71,
+    serverGone = 74,
     nothingSent = 75,
     captureRefused = 77,
 };

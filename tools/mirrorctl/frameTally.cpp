@@ -19,13 +19,15 @@ std::optional<FrameTally::Pace> FrameTally::Sums::pace() const {
 
 void FrameTally::add(double time) {
     constexpr std::size_t mostRecent = 50; // two seconds of match mode
-    if (count++ > 0) {
+    ++count;
+    if (!isFirst) {
         const double interval = time - last;
         whole.add(interval);
         recent.push_back(interval);
         if (recent.size() > mostRecent)
             recent.pop_front();
     }
+    isFirst = false;
     last = time;
 }
 

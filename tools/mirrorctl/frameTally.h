@@ -13,7 +13,13 @@ class FrameTally {
 public:
     void add(double time);
 
+    // Frames are held up from here until the next one: that interval says nothing of their pace.
+    void pause() { isFirst = true; }
+
     std::size_t frames() const { return count; }
+
+    // The time of the last one; 0 before the first.
+    double lastTime() const { return last; }
 
     // Of the frames within the last seconds, or of all: frames a second, and the standard deviation
     // of the intervals between them in seconds. Nothing with fewer than three frames.
@@ -35,6 +41,7 @@ private:
     };
 
     std::size_t count = 0;
+    bool isFirst = true; // the next frame is the first, or the first after a pause
     double last = 0.0;
     Sums whole;
     std::deque<double> recent; // the last intervals

@@ -25,14 +25,14 @@ public:
     bool isThere() const { return ear.isThere(); }
     const std::string &reason() const { return ear.reason(); }
 
-    // Readable when read() has something to do; -1 when it is not there.
-    int descriptor() const { return ear.descriptor(); }
-
     // The document's text with the witness as its last device. `text` has no faults.
     std::string joined(const std::string &text) const;
 
     // Takes in what has arrived, without waiting.
     void read();
+
+    // The run has been stopped, and another may follow.
+    void pause() { frames.pause(); }
 
     // By the time at which the kernel received each datagram.
     const FrameTally &tally() const { return frames; }

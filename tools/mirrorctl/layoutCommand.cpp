@@ -6,6 +6,7 @@
 #include "tools/mirrorctl/displayList.h"
 #include "tools/mirrorctl/layoutPlan.h"
 #include "tools/mirrorctl/libraryTalk.h"
+#include "tools/mirrorctl/server.h"
 
 #include <cstdio>
 #include <memory>
@@ -31,10 +32,15 @@ static std::string listed(const std::vector<Display> &displays) {
 
 // The display that is meant: the one that is named, or the only one. None is ever guessed.
 static ExitStatus findDisplay(const LayoutOptions &options, Display &found) {
-    const auto displays = [] {
+    const auto list = [] {
         const LibraryTalk talk;
-        return listDisplays().displays;
+        return listDisplays();
     }();
+    const auto &displays = list.displays;
+    if (displays.empty() && tellServerSilence()) {
+        fputs("Name a display with --display and its size with --screen.\n", stderr);
+        return ExitStatus::displayMissing;
+    }
     if (displays.empty()) {
         fprintf(stderr,
                 "There is no display here. Name one with --display and its size with --screen.\n%s",
@@ -57,7 +63,11 @@ static ExitStatus findDisplay(const LayoutOptions &options, Display &found) {
                     display.displayID);
             return ExitStatus::displayMissing;
         }
-    fprintf(stderr, "There is no such display here. There are:\n%s", listed(displays).c_str());
+    if (list.isCut())
+        fprintf(stderr, "The library does not list this display. It lists only %s:\n%s",
+                describeCut(list).c_str(), listed(displays).c_str());
+    else
+        fprintf(stderr, "There is no such display here. There are:\n%s", listed(displays).c_str());
     return ExitStatus::displayMissing;
 }
 

@@ -33,8 +33,9 @@ public:
     const std::string &last() const { return line; } // empty: nothing was said
     std::size_t lines() const { return count; }
 
-    // Whether this line was among them.
+    // Whether this line was among them since the beginning, or since forget().
     bool haveHeard(const std::string &words) const;
+    void forget() { heard.clear(); }
 
 private:
     void take(const std::string &words, bool echoes);

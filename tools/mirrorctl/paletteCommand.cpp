@@ -1,5 +1,6 @@
 // mirrorctl palette
 #include "tools/mirrorctl/commands.h"
+#include "tools/mirrorctl/libraryCall.h"
 #include "tools/mirrorctl/libraryTalk.h"
 #include "tools/mirrorctl/lightlessDocument.h"
 #include "tools/mirrorctl/screenPalette.h"
@@ -24,11 +25,8 @@ static void printTable(const ScreenPalette &palette) {
                hexText(colour).c_str(), colour.red, colour.green, colour.blue);
 }
 
-static ExitStatus measure(const PaletteOptions &options, ScreenPalette &palette) {
-    config::Reading reading;
-    if (const auto status = load(options.path, std::nullopt, reading); status != ExitStatus::done)
-        return status;
-    const StopSignals signals;
+static ExitStatus measure(const PaletteOptions &options, const config::Reading &reading,
+                          const StopSignals &signals, ScreenPalette &palette) {
     const LibraryTalk talk;
     const config::Document &document = reading.document;
     if (const auto status = checkDisplay(options.path, reading); status != ExitStatus::done)
@@ -44,8 +42,13 @@ static ExitStatus measure(const PaletteOptions &options, ScreenPalette &palette)
 }
 
 static ExitStatus showPalette(const PaletteOptions &options) {
+    config::Reading reading;
+    if (const auto status = load(options.path, std::nullopt, reading); status != ExitStatus::done)
+        return status;
+    const StopSignals signals;
     ScreenPalette palette;
-    if (const auto status = measure(options, palette); status != ExitStatus::done)
+    const auto work = [&] { return measure(options, reading, signals, palette); };
+    if (const auto status = untilSignal(signals, noPalette, work); status != ExitStatus::done)
         return status;
     if (options.json || !isTerminal(STDOUT_FILENO))
         puts(palette.text.c_str());

@@ -52,6 +52,17 @@ static std::string activity(const RunState &state) {
     return text;
 }
 
+static const char *serverName(ServerState server) {
+    switch (server) {
+    case ServerState::answering:
+        return "answering";
+    case ServerState::silent:
+        return "silent";
+    default:
+        return "gone";
+    }
+}
+
 std::string liveLine(const RunState &state, std::size_t columns) {
     std::string text;
     if (state.planned)
@@ -59,7 +70,12 @@ std::string liveLine(const RunState &state, std::size_t columns) {
                format("  %.0f of %.0f s", state.elapsed, *state.planned);
     else
         text = format("%.0f s", state.elapsed);
-    text += "  " + activity(state);
+    if (state.server == ServerState::gone)
+        text += format("  DISPLAY SERVER GONE for %.0f s, waiting for it", state.outage);
+    else if (state.server == ServerState::silent)
+        text += format("  DISPLAY SERVER SILENT for %.0f s", state.outage);
+    if (state.server != ServerState::gone)
+        text += "  " + activity(state);
     text += state.errors == 0
                 ? "  no error"
                 : "  " + counted(state.errors, "error") + ", last: " + state.lastError;
@@ -78,6 +94,8 @@ std::string summary(const RunState &state) {
                              state.pace->jitter * 1e3)
                     : std::string()) +
                ".\n";
+    if (state.wholeOutage > 0.0)
+        text += format("The display server was gone for %.1f s of this.\n", state.wholeOutage);
     if (state.errors > 0)
         text += "The library reported " + counted(state.errors, "error") +
                 ", the last: " + state.lastError + "\n";
@@ -110,6 +128,8 @@ std::string jsonLine(const char *event, const RunState &state) {
     number("rate", isPaced, isPaced ? state.pace->rate : 0.0);
     number("jitterMs", isPaced, isPaced ? state.pace->jitter * 1e3 : 0.0);
     number("silence", state.isCounted, state.silence);
+    writer.Key("server");
+    writer.String(serverName(state.server));
     writer.Key("errors");
     writer.Uint64(state.errors);
     writer.Key("lastError");

@@ -9,6 +9,9 @@
 
 namespace mirrorctl {
 
+// What is known of the display server.
+enum class ServerState { answering, silent, gone };
+
 // A moment of a run.
 struct RunState {
     std::int32_t mode = 0;
@@ -20,6 +23,9 @@ struct RunState {
     std::optional<FrameTally::Pace> pace;
     std::size_t errors = 0; // lines that the library said
     std::string lastError;
+    ServerState server = ServerState::answering;
+    double outage = 0.0;      // seconds for which it has been silent or gone
+    double wholeOutage = 0.0; // seconds of the run for which it was gone
 };
 
 // One line without a line break, at most `columns` wide, with a bar of the part that is done when

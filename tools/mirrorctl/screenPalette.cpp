@@ -1,12 +1,13 @@
 #include "tools/mirrorctl/screenPalette.h"
 
 #include "mirror/mirrorInterface.h"
+#include "tools/mirrorctl/libraryCall.h"
+#include "tools/mirrorctl/server.h"
 #include "tools/mirrorctl/steps.h"
 
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <cstring>
 #include <rapidjson/document.h>
 #include <stdexcept>
 
@@ -59,20 +60,22 @@ ExitStatus awaitPalette(const StopSignals &signals, ScreenPalette &palette) {
                 break;
         }
         if (const int signum = signals.take()) {
-            // NOLINTNEXTLINE(concurrency-mt-unsafe): a known signal has a constant name
-            fprintf(stderr, "No palette: %s.\n", strsignal(signum));
+            sayInterrupted(noPalette, signum);
             return ExitStatus::nothingSent;
         }
         if (Clock::now() < deadline)
             continue;
+        // A server that hangs has shown no frame either.
+        if (tellServerSilence())
+            return ExitStatus::nothingSent;
         if (isCycling)
             return ExitStatus::done;
         fputs("No palette: mirroring ended by itself, or is stuck.\n", stderr);
         return ExitStatus::nothingSent;
     }
     // That frame may have been read while it was still arriving; a cycle later it is there whole.
-    if (captureCurrentStreamFrames() == 0)
-        palette = fetch();
+    captureCurrentStreamFrames();
+    palette = fetch();
     return ExitStatus::done;
 }
 

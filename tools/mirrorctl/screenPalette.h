@@ -15,6 +15,9 @@ struct ScreenPalette {
     std::vector<Colour> colours;
 };
 
+// How an interruption is told.
+inline constexpr char noPalette[] = "No palette";
+
 // The palette of the first frame of a run that has just been started in palette mode. A palette
 // other than pure black proves that a frame has come; a screen that is black is believed after
 // `darknessSeconds`. Says what went wrong unless it is done. Throws std::runtime_error when the

@@ -4,7 +4,9 @@
 #include "tools/mirrorctl/arguments.h"
 #include "tools/mirrorctl/commands.h"
 #include "tools/mirrorctl/frameShares.h"
+#include "tools/mirrorctl/libraryCall.h"
 #include "tools/mirrorctl/libraryTalk.h"
+#include "tools/mirrorctl/server.h"
 #include "tools/mirrorctl/snapshotTable.h"
 #include "tools/mirrorctl/steps.h"
 #include "tools/mirrorctl/stopSignals.h"
@@ -12,7 +14,6 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <cstring>
 #include <memory>
 #include <stdexcept>
 
@@ -31,6 +32,7 @@ struct Snapshot {
     std::vector<std::size_t> shares; // the device of each frame
 };
 
+static constexpr char noSnapshot[] = "No snapshot";
 static constexpr std::int32_t matchMode = 0;
 static constexpr std::int32_t paletteMode = 3;
 
@@ -89,33 +91,32 @@ static std::optional<Snapshot> await(const config::Document &document,
             dark = std::move(snapshot);
         } else if (snapshot) {
             // The first picture may have been read while it was still arriving.
-            auto whole = document.mode == matchMode ? capture(document, options.json) : snapshot;
-            return whole ? whole : snapshot;
+            if (document.mode == matchMode)
+                snapshot = capture(document, options.json);
+            if (snapshot)
+                return snapshot;
         }
         if (const int signum = signals.take()) {
-            // NOLINTNEXTLINE(concurrency-mt-unsafe): a known signal has a constant name
-            fprintf(stderr, "No snapshot: %s.\n", strsignal(signum));
+            sayInterrupted(noSnapshot, signum);
             return std::nullopt;
         }
         const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - begin;
+        // Black is no answer of a server that hangs.
         if (dark && passed.count() >= std::min(options.seconds, darknessSeconds))
-            return dark;
+            return tellServerSilence() ? std::nullopt : dark;
         if (passed.count() >= options.seconds) {
             fprintf(stderr, "No snapshot: nothing was sent in %s mode within %.1f s.\n%s\n",
                     config::modeName(document.mode), passed.count(),
                     reasonForNothing(document.mode));
+            tellServerSilence();
             return std::nullopt;
         }
     }
 }
 
-static ExitStatus take(const SnapshotOptions &options, config::Document &document,
-                       std::optional<Snapshot> &snapshot) {
-    config::Reading reading;
-    if (const auto status = load(options.path, std::nullopt, reading); status != ExitStatus::done)
-        return status;
-    document = reading.document;
-    const StopSignals signals;
+static ExitStatus take(const SnapshotOptions &options, const config::Reading &reading,
+                       const StopSignals &signals, std::optional<Snapshot> &snapshot) {
+    const config::Document &document = reading.document;
     const LibraryTalk talk;
     if (const auto status = checkSurroundings(options.path, reading); status != ExitStatus::done)
         return status;
@@ -129,14 +130,18 @@ static ExitStatus take(const SnapshotOptions &options, config::Document &documen
 }
 
 static ExitStatus showSnapshot(const SnapshotOptions &options) {
-    config::Document document;
+    config::Reading reading;
+    if (const auto status = load(options.path, std::nullopt, reading); status != ExitStatus::done)
+        return status;
+    const StopSignals signals;
     std::optional<Snapshot> snapshot;
-    if (const auto status = take(options, document, snapshot); status != ExitStatus::done)
+    const auto work = [&] { return take(options, reading, signals, snapshot); };
+    if (const auto status = untilSignal(signals, noSnapshot, work); status != ExitStatus::done)
         return status;
     if (options.json)
         puts(snapshot->text.c_str());
     else
-        printSnapshot(snapshot->frames, snapshot->shares, document.devices);
+        printSnapshot(snapshot->frames, snapshot->shares, reading.document.devices);
     return ExitStatus::done;
 }
 

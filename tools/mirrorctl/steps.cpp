@@ -3,6 +3,7 @@
 #include "mirror/mirrorInterface.h"
 #include "tools/config/places.h"
 #include "tools/config/textFile.h"
+#include "tools/mirrorctl/server.h"
 #include "tools/mirrorctl/suitability.h"
 
 #include <cstdio>
@@ -45,7 +46,9 @@ ExitStatus load(const std::string &path, std::optional<std::int32_t> mode,
 
 ExitStatus checkDisplay(const std::string &path, const config::Reading &reading) {
     const auto list = listDisplays();
-    auto displays = displayProblems(reading.document, list.displays);
+    if (list.displays.empty() && tellServerSilence())
+        return ExitStatus::displayMissing;
+    auto displays = displayProblems(reading.document, list);
     config::locate(reading.text, displays);
     print(path, displays);
     if (list.displays.empty())
@@ -64,6 +67,8 @@ ExitStatus checkSurroundings(const std::string &path, const config::Reading &rea
 ExitStatus apply(std::string text, std::int32_t displayID) {
     if (setMirrorConfig(text.data()) == 1)
         return ExitStatus::done;
+    if (tellServerSilence())
+        return ExitStatus::displayMissing;
     fprintf(stderr,
             "Capturing display %u was refused.\n"
             "  On macOS: allow screen recording for this program (or its terminal) in the privacy\n"

@@ -40,22 +40,29 @@ std::vector<config::Problem> addressProblems(const config::Document &document) {
 }
 
 std::vector<config::Problem> displayProblems(const config::Document &document,
-                                             const std::vector<Display> &displays) {
+                                             const DisplayList &list) {
     // The library keeps identifiers unsigned.
     const auto wanted = static_cast<std::uint32_t>(document.displayID);
     const auto isWanted = [&](const Display &display) { return display.displayID == wanted; };
-    if (std::any_of(displays.begin(), displays.end(), isWanted))
+    if (std::any_of(list.displays.begin(), list.displays.end(), isWanted))
         return {};
     std::string there;
-    for (const auto &display : displays) {
+    for (const auto &display : list.displays) {
         there += there.empty() ? "" : ", ";
         there += std::to_string(display.displayID) + " (" + describeSize(display) + ")";
     }
-    const std::string expected = displays.empty() ? "a display, but there is none at all"
-                                                  : "one of the displays there are: " + there;
-    return {{"/displayID", "expected " + expected + "; found " + std::to_string(document.displayID),
-             displays.empty() ? "mirrorctl doctor tells why there may be none"
-                              : "choose one of them; no other is ever taken in its place"}};
+    const std::string found = "; found " + std::to_string(document.displayID);
+    if (list.displays.empty())
+        return {{"/displayID", "expected a display, but there is none at all" + found,
+                 "mirrorctl doctor tells why there may be none"}};
+    if (list.isCut())
+        return {{"/displayID",
+                 "expected one of the displays that the library lists: " + there + found +
+                     ", which may be there all the same, since the library lists only " +
+                     describeCut(list),
+                 "choose one that is listed, or switch others off until this one is"}};
+    return {{"/displayID", "expected one of the displays there are: " + there + found,
+             "choose one of them; no other is ever taken in its place"}};
 }
 
 } // namespace mirrorctl

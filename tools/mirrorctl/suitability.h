@@ -16,8 +16,8 @@ bool isAddress(const std::string &text);
 // must be four decimal numbers without leading zeros, since elsewhere 010 may mean 8.
 std::vector<config::Problem> addressProblems(const config::Document &document);
 
-// The display must be one that is there. No other is ever taken in its place.
+// The display must be one that the library lists. No other is ever taken in its place.
 std::vector<config::Problem> displayProblems(const config::Document &document,
-                                             const std::vector<Display> &displays);
+                                             const DisplayList &list);
 
 } // namespace mirrorctl

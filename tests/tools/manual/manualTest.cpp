@@ -125,7 +125,7 @@ TEST(Manual, hasEveryExitStatus) {
     const auto listed = [](const std::string &name) {
         return matches(section(manual(name), ".SH EXIT STATUS"), std::regex("\n\\.B ([0-9]+)"));
     };
-    EXPECT_EQ(told(MIRRORCTL).size(), 10u);
+    EXPECT_EQ(told(MIRRORCTL).size(), 11u);
     EXPECT_EQ(listed("mirrorctl.1"), told(MIRRORCTL));
     EXPECT_EQ(listed("panelwall.1"), told(PANELWALL));
 }

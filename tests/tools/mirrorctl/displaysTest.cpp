@@ -1,6 +1,8 @@
 #include "tests/support/virtualScreen.h"
+#include "tests/tools/mirrorctl/lightsFile.h"
 #include "tests/tools/mirrorctl/program.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 #include <rapidjson/document.h>
 
@@ -34,6 +36,32 @@ TEST(MirrorctlDisplays, listsTwoMonitors) {
     EXPECT_NE(table.find("  800 x 600\n"), std::string::npos) << table;
     EXPECT_NE(table.find("  640 x 480\n"), std::string::npos) << table;
     EXPECT_EQ(plain.err, "");
+}
+
+// The library lists ten at most.
+TEST(MirrorctlDisplays, saysThatTheListIsCut) {
+    const test::VirtualScreen screen(1200, 100);
+    for (int i = 0; i < 12; ++i)
+        screen.run({"xrandr", "--setmonitor", "M" + std::to_string(i),
+                    "100/25x100/25+" + std::to_string(i * 100) + "+0", i == 0 ? "screen" : "none"});
+    const test::Program::Variables variables = {{"DISPLAY", screen.display()}};
+    const Ending list = mirrorctl({"displays"}, variables);
+    EXPECT_EQ(list.status, 0);
+    EXPECT_EQ(list.err, "The library lists only 10 of the 12 displays that there are.\n");
+    EXPECT_EQ(std::count(list.out.begin(), list.out.end(), '\n'), 11) << list.out;
+
+    const std::string missing = "the library lists only 10 of the 12 displays";
+    for (const char *command : {"run", "palette", "snapshot", "check"}) {
+        const Ending ending =
+            mirrorctl({command, "-"}, variables, test::lightsText(5, "127.0.58.8"));
+        EXPECT_EQ(ending.status, std::string(command) == "check" ? 0 : 69) << command;
+        EXPECT_NE((ending.out + ending.err).find(missing), std::string::npos)
+            << command << ending.out << ending.err;
+    }
+    const Ending layout = mirrorctl({"layout", "1x1", "127.0.58.8", "--display", "5"}, variables);
+    EXPECT_EQ(layout.status, 69);
+    EXPECT_NE(layout.err.find("It lists only 10 of the 12 displays:\n"), std::string::npos)
+        << layout.err;
 }
 
 TEST(MirrorctlDisplays, saysThatDisplayIsNotSet) {

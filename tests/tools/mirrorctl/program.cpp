@@ -4,6 +4,7 @@
 #include <chrono>
 #include <csignal>
 #include <fcntl.h>
+#include <fstream>
 #include <poll.h>
 #include <spawn.h>
 #include <stdexcept>
@@ -157,6 +158,25 @@ void Program::waitFor(const std::string &text) {
     while (ending.out.find(text) == std::string::npos)
         if (!readMore())
             throw std::runtime_error("mirrorctl ended after\n" + ending.out + ending.err);
+}
+
+void Program::waitForError(const std::string &text) {
+    while (ending.err.find(text) == std::string::npos)
+        if (!readMore())
+            throw std::runtime_error("mirrorctl ended after\n" + ending.out + ending.err);
+}
+
+void Program::waitForSignals() const {
+    const auto deadline = std::chrono::steady_clock::now() + patience;
+    while (std::chrono::steady_clock::now() < deadline) {
+        std::ifstream file("/proc/" + std::to_string(child) + "/status");
+        for (std::string line; std::getline(file, line);)
+            if (line.starts_with("SigBlk:") &&
+                (std::stoull(line.substr(7), nullptr, 16) >> (SIGINT - 1) & 1) != 0)
+                return;
+        poll(nullptr, 0, 2);
+    }
+    throw std::runtime_error("mirrorctl holds no signal back");
 }
 
 void Program::signal(int signum) const {

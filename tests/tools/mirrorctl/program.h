@@ -35,6 +35,13 @@ public:
     // with all of its output when it ends or half a minute passes before.
     void waitFor(const std::string &text);
 
+    // The same with standard error.
+    void waitForError(const std::string &text);
+
+    // Waits until the program holds signals back, with the same deadline: from then on a signal
+    // does not end it by itself.
+    void waitForSignals() const;
+
     void signal(int signum) const;
 
     // Waits for the end, at most half a minute, after which it throws std::runtime_error.

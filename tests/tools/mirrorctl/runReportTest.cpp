@@ -42,6 +42,19 @@ TEST(MirrorctlFrameTally, forgetsWhatIsLongAgoInTheRecentPace) {
     EXPECT_EQ(tally.frames(), 61u);
 }
 
+TEST(MirrorctlFrameTally, leavesPausesOut) {
+    FrameTally tally;
+    for (int i = 0; i < 3; ++i)
+        tally.add(i * 0.1);
+    tally.pause();
+    for (int i = 0; i < 3; ++i)
+        tally.add(60.0 + i * 0.1);
+    EXPECT_EQ(tally.frames(), 6u);
+    EXPECT_NEAR(tally.wholePace()->rate, 10.0, 1e-6);
+    EXPECT_NEAR(tally.recentPace()->jitter, 0.0, 1e-6);
+    EXPECT_NEAR(tally.lastTime(), 60.2, 1e-9);
+}
+
 TEST(MirrorctlRunReport, tellsFramesRateAndJitter) {
     EXPECT_EQ(liveLine(matchState(), 200), "12 s  291 frames  23.7/s  jitter 0.4 ms  no error");
     EXPECT_EQ(liveLine(matchState(), 9), "12 s  291");
@@ -66,6 +79,19 @@ TEST(MirrorctlRunReport, tellsSilenceAndErrors) {
                               "The library reported 2 errors, the last: socket not connected\n");
 }
 
+TEST(MirrorctlRunReport, tellsOfTheDisplayServer) {
+    RunState state = matchState();
+    state.server = ServerState::silent;
+    state.outage = 3.2;
+    EXPECT_EQ(liveLine(state, 200), "12 s  DISPLAY SERVER SILENT for 3 s  291 frames  23.7/s  "
+                                    "jitter 0.4 ms  no error");
+    state.server = ServerState::gone;
+    state.wholeOutage = 3.2;
+    EXPECT_EQ(liveLine(state, 200), "12 s  DISPLAY SERVER GONE for 3 s, waiting for it  no error");
+    EXPECT_EQ(summary(state), "Sent 291 frames to every device, 23.7 a second, jitter 0.44 ms.\n"
+                              "The display server was gone for 3.2 s of this.\n");
+}
+
 TEST(MirrorctlRunReport, knowsTheModesThatSendNowAndThen) {
     RunState state = matchState();
     state.silence = 5.0;
@@ -83,15 +109,18 @@ TEST(MirrorctlRunReport, knowsTheModesThatSendNowAndThen) {
 
 TEST(MirrorctlRunReport, printsForScripts) {
     RunState state = matchState();
-    EXPECT_EQ(jsonLine("running", state),
-              R"({"event":"running","mode":"match","seconds":12.4,"frames":291,"rate":23.71,)"
-              R"("jitterMs":0.44,"silence":0.02,"errors":0,"lastError":null})");
+    EXPECT_EQ(
+        jsonLine("running", state),
+        R"({"event":"running","mode":"match","seconds":12.4,"frames":291,"rate":23.71,)"
+        R"("jitterMs":0.44,"silence":0.02,"server":"answering","errors":0,"lastError":null})");
     state.isCounted = false;
     state.pace.reset();
     state.mode = 3;
     state.errors = 1;
     state.lastError = "a \"word\"";
-    EXPECT_EQ(jsonLine("stopped", state),
-              R"({"event":"stopped","mode":"palette","seconds":12.4,"signsOfLife":null,)"
-              R"("rate":null,"jitterMs":null,"silence":null,"errors":1,"lastError":"a \"word\""})");
+    state.server = ServerState::gone;
+    EXPECT_EQ(
+        jsonLine("stopped", state),
+        R"({"event":"stopped","mode":"palette","seconds":12.4,"signsOfLife":null,)"
+        R"("rate":null,"jitterMs":null,"silence":null,"server":"gone","errors":1,"lastError":"a \"word\""})");
 }

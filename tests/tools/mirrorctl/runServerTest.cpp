@@ -1,0 +1,159 @@
+// Runs of mirrorctl whose X server hangs, dies and comes back.
+#include "tests/support/lightReceiver.h"
+#include "tests/support/virtualScreen.h"
+#include "tests/tools/mirrorctl/lightsFile.h"
+#include "tests/tools/mirrorctl/program.h"
+
+#include <chrono>
+#include <csignal>
+#include <fstream>
+#include <gtest/gtest.h>
+
+using test::Ending;
+using test::LightReceiver;
+using test::lightsText;
+using test::Program;
+
+namespace {
+
+const test::Datagram redPanel = {0, 1, 0, 17, 255, 0, 0, 0, 0, 1};
+const test::Datagram greenPanel = {0, 1, 0, 17, 0, 255, 0, 0, 0, 1};
+
+bool contains(const std::string &text, const std::string &part) {
+    return text.find(part) != std::string::npos;
+}
+
+bool receives(LightReceiver &light, const test::Datagram &wanted) {
+    for (int i = 0; i < 500; ++i) {
+        const auto datagram = light.next();
+        if (!datagram || *datagram == wanted)
+            return datagram.has_value();
+    }
+    return false;
+}
+
+// A run in match mode that has sent the screen's red.
+class MirrorctlRunServer : public testing::Test {
+protected:
+    void begin(const std::string &ip, std::vector<std::string> options) {
+        screen.fill(0xFF0000);
+        light.emplace(ip, 60222);
+        options.insert(options.begin(), {"run", "-"});
+        program.emplace(options, Program::Variables{{"DISPLAY", screen.display()}},
+                        lightsText(test::onlyDisplay(screen.display()), ip));
+        ASSERT_TRUE(receives(*light, redPanel));
+        // The program has seen the server answer.
+        program->waitFor(options[2] == "--json" ? "\"running\"" : "Mirroring display");
+    }
+
+    std::string server(const char *predicate) const {
+        return "The X server \"" + screen.display() + "\" " + predicate;
+    }
+
+    test::VirtualScreen screen{640, 480};
+    std::optional<LightReceiver> light;
+    std::optional<Program> program;
+};
+
+} // namespace
+
+TEST_F(MirrorctlRunServer, goesOnWhenTheServerIsBack) {
+    begin("127.0.58.91", {"--json"});
+    for (int i = 0; i < 2; ++i) {
+        const auto death = std::chrono::steady_clock::now();
+        screen.kill();
+        program->waitFor("{\"event\":\"serverGone\"");
+        const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - death;
+        EXPECT_LT(taken.count(), 2.0);
+        screen.restart();
+        screen.fill(i == 0 ? 0x00FF00 : 0xFF0000);
+        EXPECT_TRUE(receives(*light, i == 0 ? greenPanel : redPanel));
+        program->waitFor("{\"event\":\"resumed\"");
+    }
+    program->signal(SIGINT);
+    const Ending ending = program->finish();
+    EXPECT_EQ(ending.status, 0) << ending.err;
+    EXPECT_TRUE(contains(ending.out, "{\"event\":\"stopped\"")) << ending.out;
+}
+
+TEST_F(MirrorctlRunServer, saysThatTheServerHasGone) {
+    begin("127.0.58.92", {"--seconds", "60"});
+    screen.kill();
+    program->waitForError(server("has gone; the lights keep their last colours until it is back."));
+    screen.restart();
+    program->waitForError(server("is back; display "));
+    program->signal(SIGTERM);
+    const Ending ending = program->finish();
+    EXPECT_EQ(ending.status, 0) << ending.err;
+    EXPECT_TRUE(contains(ending.out, "The display server was gone for ")) << ending.out;
+}
+
+TEST_F(MirrorctlRunServer, isStoppedWhileTheServerIsAway) {
+    begin("127.0.58.93", {"--seconds", "60"});
+    screen.kill();
+    program->waitForError("has gone");
+    program->signal(SIGINT);
+    const Ending ending = program->finish();
+    EXPECT_EQ(ending.status, 0) << ending.err;
+    EXPECT_TRUE(contains(ending.out, "Stopping: Interrupt.\nMirrored display ")) << ending.out;
+}
+
+TEST_F(MirrorctlRunServer, endsInTimeWhileTheServerIsAway) {
+    begin("127.0.58.94", {"--seconds", "2"});
+    screen.kill();
+    EXPECT_EQ(program->finish().status, 0);
+}
+
+TEST_F(MirrorctlRunServer, endsWithTheServerWhenTold) {
+    begin("127.0.58.95", {"--once"});
+    screen.kill();
+    const Ending ending = program->finish();
+    EXPECT_EQ(ending.status, 74);
+    EXPECT_TRUE(contains(ending.err,
+                         "Mirroring ended: the X server \"" + screen.display() + "\" has gone.\n"))
+        << ending.err;
+}
+
+TEST_F(MirrorctlRunServer, tellsAHungServerFromADeadOne) {
+    begin("127.0.58.96", {"--json"});
+    kill(screen.pid(), SIGSTOP);
+    program->waitFor("{\"event\":\"serverSilent\"");
+    kill(screen.pid(), SIGCONT);
+    program->waitFor("{\"event\":\"serverAnswers\"");
+    screen.fill(0x00FF00);
+    EXPECT_TRUE(receives(*light, greenPanel));
+    program->signal(SIGINT);
+    const Ending ending = program->finish();
+    EXPECT_EQ(ending.status, 0) << ending.err;
+    EXPECT_FALSE(contains(ending.out, "serverGone")) << ending.out;
+}
+
+TEST_F(MirrorctlRunServer, isStoppedWhileTheServerHangs) {
+    begin("127.0.58.97", {"--seconds", "60"});
+    kill(screen.pid(), SIGSTOP);
+    program->waitForError(server("does not answer."));
+    const auto sent = std::chrono::steady_clock::now();
+    program->signal(SIGINT);
+    const Ending ending = program->finish();
+    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - sent;
+    EXPECT_LT(taken.count(), 1.5); // 0.3 on a machine that is not busy
+    EXPECT_EQ(ending.status, 0) << ending.err;
+    EXPECT_TRUE(contains(ending.out, "Mirrored display ")) << ending.out;
+}
+
+// Frames are counted by their time of arrival, so that nobody has to wake for each.
+TEST_F(MirrorctlRunServer, sleepsBetweenItsReports) {
+    begin("127.0.58.98", {"--json"});
+    const auto switches = [&] {
+        const std::string task = std::to_string(program->pid());
+        std::ifstream file("/proc/" + task + "/task/" + task + "/status");
+        for (std::string line; std::getline(file, line);)
+            if (line.starts_with("voluntary_ctxt_switches:"))
+                return std::stol(line.substr(line.find(':') + 1));
+        return -1L;
+    };
+    const long before = switches();
+    program->waitFor("\"seconds\":3.");
+    EXPECT_GE(before, 0);
+    EXPECT_LT(switches() - before, 20); // it sends 24 frames a second
+}

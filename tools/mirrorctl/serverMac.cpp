@@ -1,0 +1,39 @@
+#include "tools/mirrorctl/server.h"
+
+#include <CoreGraphics/CoreGraphics.h>
+
+namespace mirrorctl {
+
+std::string serverName() {
+    return "the window server";
+}
+
+std::optional<std::size_t> countDisplays() {
+    std::uint32_t count = 0;
+    if (CGGetActiveDisplayList(0, nullptr, &count) != kCGErrorSuccess)
+        return std::nullopt;
+    return count;
+}
+
+// A program that loses the window server ends with the user's session.
+struct ServerWatch::Shared {};
+
+ServerWatch::ServerWatch() = default;
+
+ServerWatch::~ServerWatch() = default;
+
+ServerWatch::State ServerWatch::state() const {
+    return State::answering;
+}
+
+int ServerWatch::descriptor() const {
+    return -1;
+}
+
+void ServerWatch::ask() {}
+
+bool ServerWatch::owesAnswer() const {
+    return false;
+}
+
+} // namespace mirrorctl
