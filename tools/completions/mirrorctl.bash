@@ -25,7 +25,7 @@ _mirrorctl() {
     displays) options="--json" ;;
     check) options="--screen --strict --json" ;;
     layout) options="--display --screen --control-version --mode" ;;
-    run) options="--mode --seconds --json --no-count" ;;
+    run) options="--mode --seconds --once --json --no-count" ;;
     palette) options="--json" ;;
     snapshot) options="--seconds --json" ;;
     doctor) options="--no-mark --json" ;;

@@ -19,7 +19,8 @@ std::string exitStatusHelp() {
         {ExitStatus::startFailed, "mirroring could not be started, or ended by itself"},
         {ExitStatus::serverGone, "run --once: the display server went away"},
         {ExitStatus::nothingSent,
-         "there is nothing to show: nothing was sent in time, no frame came, or Ctrl-C came first"},
+         "there is nothing to show: nothing was sent in time, no frame came, or Ctrl-C came first\n"
+         "      (for run: before anything was mirrored)"},
         {ExitStatus::captureRefused, "the display may not be captured"},
     };
     std::string text = "Exit status:\n";
