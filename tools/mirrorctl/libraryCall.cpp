@@ -5,11 +5,12 @@
 
 #include <atomic>
 #include <cerrno>
-#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <fcntl.h>
-#include <future>
+#include <optional>
+#include <stdexcept>
+#include <string>
 #include <system_error>
 #include <thread>
 #include <unistd.h>
@@ -17,8 +18,10 @@
 namespace mirrorctl {
 
 struct LibraryCall::Shared {
-    std::packaged_task<ExitStatus()> task;
-    std::future<ExitStatus> outcome;
+    // Written by the call's thread until it is done, and by nobody afterwards.
+    ExitStatus outcome = ExitStatus::done;
+    std::optional<std::string> failure; // what was thrown
+    std::atomic<bool> isDone = false;
     int ends[2] = {-1, -1}; // of a pipe that can be read once the task is done
 
     Shared() = default;
@@ -32,29 +35,36 @@ struct LibraryCall::Shared {
 };
 
 LibraryCall::LibraryCall(std::function<ExitStatus()> work) : shared(std::make_shared<Shared>()) {
-    shared->task = std::packaged_task<ExitStatus()>(std::move(work));
-    shared->outcome = shared->task.get_future();
     if (pipe(shared->ends) != 0)
         throw std::system_error(errno, std::generic_category(), "pipe");
     for (const int fd : shared->ends)
         fcntl(fd, F_SETFD, FD_CLOEXEC);
-    std::thread([call = shared] {
-        call->task();
+    std::thread([call = shared, work = std::move(work)] {
+        try {
+            call->outcome = work();
+        } catch (const std::exception &error) {
+            call->failure = error.what();
+        }
+        call->isDone = true;
         while (write(call->ends[1], "", 1) < 0 && errno == EINTR) {
         }
     }).detach();
 }
 
 bool LibraryCall::isDone() const {
-    return shared->outcome.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+    return shared->isDone;
 }
 
 int LibraryCall::descriptor() const {
     return shared->ends[0];
 }
 
-ExitStatus LibraryCall::result() {
-    return shared->outcome.get();
+ExitStatus LibraryCall::result() const {
+    while (!isDone())
+        awaitReadable({descriptor()}, std::nullopt);
+    if (shared->failure)
+        throw std::runtime_error(*shared->failure);
+    return shared->outcome;
 }
 
 void sayInterrupted(const char *nothing, int signum) {

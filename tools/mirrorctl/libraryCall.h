@@ -24,8 +24,9 @@ public:
     // Readable once it is done.
     int descriptor() const;
 
-    // What came of the work, once: waits for its end, and throws what it threw.
-    ExitStatus result();
+    // What came of the work: waits for its end. What that threw is thrown here, with the same words
+    // as a std::runtime_error.
+    ExitStatus result() const;
 
 private:
     struct Shared;

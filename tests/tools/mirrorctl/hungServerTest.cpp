@@ -58,8 +58,9 @@ TEST(MirrorctlHungServer, isLeftAtOnceOnASignal) {
         program.signal(one.signum);
         const Ending ending = program.finish();
         const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - sent;
-        // A quarter of a second on a machine that is not busy; a step of the library's takes 2 s.
-        EXPECT_LT(taken.count(), 1.5) << one.words;
+        // A quarter of a second on a machine that is not busy, and one more under the thread
+        // sanitizer, which sleeps at the end; the library itself gives up after four.
+        EXPECT_LT(taken.count(), 2.5) << one.words;
         EXPECT_EQ(ending.status, 75) << one.words;
         EXPECT_EQ(ending.err, one.words + server.silence() + ". Is it stopped or overloaded?\n");
     }

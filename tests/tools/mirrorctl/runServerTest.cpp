@@ -136,7 +136,7 @@ TEST_F(MirrorctlRunServer, isStoppedWhileTheServerHangs) {
     program->signal(SIGINT);
     const Ending ending = program->finish();
     const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - sent;
-    EXPECT_LT(taken.count(), 1.5); // 0.3 on a machine that is not busy
+    EXPECT_LT(taken.count(), 2.5); // see isLeftAtOnceOnASignal
     EXPECT_EQ(ending.status, 0) << ending.err;
     EXPECT_TRUE(contains(ending.out, "Mirrored display ")) << ending.out;
 }
