@@ -38,7 +38,8 @@ public:
         gone,      // hung up after it had answered; for good
     };
 
-    // Begins to connect. Throws std::system_error when there is no thread or descriptor to be had.
+    // Begins to connect. The first one in a process is made before any thread that calls the
+    // library. Throws std::system_error when there is no thread or descriptor to be had.
     ServerWatch();
     ~ServerWatch();
     ServerWatch(const ServerWatch &) = delete;

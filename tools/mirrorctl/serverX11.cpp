@@ -135,7 +135,20 @@ void ServerWatch::Shared::follow(xcb_connection_t *connection) {
     }
 }
 
+// Several threads connect, the library's among them, and what reads the authority file keeps the
+// name that it makes of HOME in one buffer for all. A name in the environment is taken as it is.
+static void nameAuthorityFile() {
+    // NOLINTBEGIN(concurrency-mt-unsafe): the first watch is made before any of these threads
+    static const bool isNamed = [] {
+        const char *home = std::getenv("HOME");
+        return !home || setenv("XAUTHORITY", (std::string(home) + "/.Xauthority").c_str(), 0) == 0;
+    }();
+    // NOLINTEND(concurrency-mt-unsafe)
+    static_cast<void>(isNamed);
+}
+
 ServerWatch::ServerWatch() : shared(std::make_shared<Shared>()) {
+    nameAuthorityFile();
     std::thread([own = shared] {
         // What is written to a server that has gone must not end the process.
         sigset_t all;
