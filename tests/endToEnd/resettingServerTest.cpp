@@ -37,6 +37,10 @@ TEST_F(ResettingServer, EveryRoundOfCallsIsServed) {
     const std::size_t threads = test::threads();
     for (int round = 1; round <= rounds(); ++round) {
         SCOPED_TRACE("round " + std::to_string(round));
+        char list[256];
+        ASSERT_EQ(getDisplays(list, sizeof list), 1);
+        ASSERT_NE(std::string(list).find("\"width\":200,\"height\":100}"), std::string::npos)
+            << list;
         const auto displays = test::displayIDs();
         ASSERT_EQ(displays.size(), 1u);
         std::string document = test::documentOf(displays.at(0), 0, {light});

@@ -46,10 +46,6 @@ public:
     // test. Nothing can be drawn from here on.
     void disconnect();
 
-    // Closes the connection of this object's own, so that the server has no client but those under
-    // test. Nothing can be drawn from here on.
-    void disconnect();
-
     // Ends the server now (SIGKILL) and waits for it. Nobody else's server gets its name before the
     // destructor, so that a test that goes on using the name meets no server at all.
     void kill();
