@@ -99,9 +99,10 @@ TEST_F(Queue, ThatIsFullCostsItsOwnFramesOnly) {
 class Network : public test::FaultRun {
 protected:
     void SetUp() override {
-        // In this namespace, since a server sees only the others of its own: one with the number of
-        // a server elsewhere would take that one's socket from it, which is a file for all.
+        // Before the namespaces: a server looks for a free display number in its own only, and
+        // would take the place of one that another test has started.
         screen.emplace(200, 100);
+        screen->use();
         home = namespaceOfThisThread();
         if (unshare(CLONE_NEWNET) != 0)
             GTEST_SKIP() << "**** SKIPPED: THE NETWORK CANNOT BE TAKEN AWAY WITHOUT ROOT ****";
@@ -109,7 +110,6 @@ protected:
         ASSERT_EQ(unshare(CLONE_NEWNET), 0);
         there = namespaceOfThisThread();
         ASSERT_EQ(setns(here, CLONE_NEWNET), 0);
-        screen->use();
         screen->run({"ip", "link", "add", "mirror0", "type", "veth", "peer", "name", "light0",
                      "netns",
                      "/proc/" + std::to_string(getpid()) + "/fd/" + std::to_string(there)});
@@ -165,8 +165,11 @@ TEST_F(Network, GoneAndBackLosesNoFrameAfterItsReturn) {
         EXPECT_FALSE(far->next(0ms));
         switchLink(hereControl, "mirror0", true);
         const auto back = Clock::now();
+        const auto backByStamp = std::chrono::system_clock::now();
         EXPECT_EQ(far->next(), test::matchDatagram(light, test::plain(100, 100, colour)));
-        delays.push_back(std::chrono::duration<double, std::milli>(Clock::now() - back).count());
+        // Whenever this thread got to read it.
+        delays.push_back(
+            std::chrono::duration<double, std::milli>(far->arrival() - backByStamp).count());
 
         // From the first attempt on, all have arrived.
         ASSERT_TRUE(awaitAttempts(3));
