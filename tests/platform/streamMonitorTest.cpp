@@ -108,6 +108,7 @@ TEST_F(MonitorChange, ScaledFramesFollowSmallChanges) {
 }
 
 TEST_F(MonitorChange, AShrinkingScreenIsSurvived) {
+    const std::string whole = screen.mode();
     screen.run({"xrandr", "--newmode", "small", "30", "240", "248", "260", "280", "180", "190",
                 "192", "200"});
     screen.run({"xrandr", "--addmode", screen.output(), "small"});
@@ -122,7 +123,7 @@ TEST_F(MonitorChange, AShrinkingScreenIsSurvived) {
     screen.fillRect(0, 0, 240, 180, 0x31415f);
     EXPECT_TRUE(stream.waitForPixel(239, 179, 0x31415f));
     EXPECT_EQ(stream.latestFrame().at(240, 179), 0u);
-    screen.run({"xrandr", "--output", screen.output(), "--mode", "400x300"});
+    screen.run({"xrandr", "--output", screen.output(), "--mode", whole});
     screen.fillRect(0, 0, 400, 300, 0x27182a);
     EXPECT_TRUE(stream.waitForPixel(399, 299, 0x27182a));
 }

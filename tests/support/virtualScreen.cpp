@@ -354,6 +354,14 @@ std::string VirtualScreen::output() const {
     return all.substr(lineEnd + 1, end - lineEnd - 1);
 }
 
+std::string VirtualScreen::mode() const {
+    const std::string all = run({"xrandr"});
+    const std::size_t begin = all.find_first_not_of(' ', all.rfind('\n', all.find('*')) + 1);
+    if (begin == std::string::npos)
+        throw std::runtime_error("no mode is set: " + all);
+    return all.substr(begin, all.find(' ', begin) - begin);
+}
+
 std::string VirtualScreen::run(const std::vector<std::string> &command) const {
     Pipe pipe;
     const auto deadline = Clock::now() + patience;

@@ -38,6 +38,9 @@ public:
     // The name of the output that shows the screen, which xrandr takes.
     std::string output() const;
 
+    // The name of its mode at present.
+    std::string mode() const;
+
     // Runs a program with DISPLAY set and waits for it. Returns its output; throws
     // std::runtime_error with it unless the program exits with 0.
     std::string run(const std::vector<std::string> &command) const;
