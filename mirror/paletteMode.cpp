@@ -15,27 +15,25 @@ struct Palette {
     // The manager's palette is the host's to read; this tick's colours stay here, where no
     // getPalette() replaces them half-way.
     Cycle next() {
-        const std::unique_lock lock = lockWhileRunning();
-        if (!lock.owns_lock())
-            return Cycle::again;
+        // The lock is waited for only while the run goes on: a signal that interrupts getPalette()
+        // ends the run on the very thread that holds it.
+        for (int tries = 0; !manager.mutex.try_lock(); ++tries) {
+            if (!readFlag(manager.running))
+                return Cycle::again;
+            waitBriefly(tries);
+        }
+        const std::lock_guard lock(manager.mutex, std::adopt_lock);
         colours = manager.getPaletteFromScreen(manager.paletteSize);
         manager.palette = colours;
         return colours.empty() ? Cycle::again : Cycle::send;
     }
 
-    // The manager's mutex. It is waited for only while the run goes on: a signal that interrupts
-    // getPalette() ends the run on the very thread that holds it.
-    std::unique_lock<std::mutex> lockWhileRunning() {
-        constexpr int briefly = 1000; // tries; a palette is made in less
-        std::unique_lock lock(manager.mutex, std::try_to_lock);
-        for (int tries = 0; !lock.owns_lock() && readFlag(manager.running); ++tries) {
-            if (tries < briefly)
-                std::this_thread::yield();
-            else
-                std::this_thread::sleep_for(std::chrono::milliseconds(1));
-            static_cast<void>(lock.try_lock());
-        }
-        return lock;
+    // Between two tries; a palette is made within the first thousand.
+    static void waitBriefly(int tries) {
+        if (tries < 1000)
+            std::this_thread::yield();
+        else
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
 
     // Only the panels whose time has run out get a record.
