@@ -33,7 +33,7 @@ protected:
 };
 
 TEST_F(ResettingServer, EveryRoundOfCallsIsServed) {
-    const std::size_t descriptors = test::openDescriptors();
+    [[maybe_unused]] const std::size_t descriptors = test::openDescriptors();
     const std::size_t threads = test::threads();
     for (int round = 1; round <= rounds(); ++round) {
         SCOPED_TRACE("round " + std::to_string(round));
@@ -51,7 +51,9 @@ TEST_F(ResettingServer, EveryRoundOfCallsIsServed) {
         ASSERT_EQ(stopMirror(), 1);
     }
     EXPECT_TRUE(test::threadsBecome(threads));
+#if !__has_feature(thread_sanitizer) // it starts a program of its own that looks names up
     EXPECT_EQ(test::openDescriptors(), descriptors);
+#endif
 }
 
 } // namespace
