@@ -38,6 +38,21 @@ bool becomes(const std::function<bool()> &condition) {
     return true;
 }
 
+// The kernel lists a thread for a moment after it has been joined, marked as one that is exiting.
+bool isAlive(const std::filesystem::path &task) {
+    constexpr unsigned exiting = 4; // PF_EXITING
+    std::ifstream file(task / "stat");
+    std::string text;
+    std::getline(file, text);
+    std::istringstream fields(text.substr(text.rfind(')') + 1)); // behind the thread's name
+    std::string skipped;
+    for (int field = 0; field < 6; ++field)
+        fields >> skipped;
+    unsigned flags = exiting; // of one that has gone meanwhile
+    fields >> flags;
+    return (flags & exiting) == 0;
+}
+
 } // namespace
 
 std::size_t openDescriptors() {
@@ -83,7 +98,8 @@ std::set<int> threadIds() {
     }();
     std::set<int> ids;
     for (const auto &task : std::filesystem::directory_iterator("/proc/self/task"))
-        ids.insert(std::stoi(task.path().filename()));
+        if (isAlive(task.path()))
+            ids.insert(std::stoi(task.path().filename()));
     return ids;
 }
 

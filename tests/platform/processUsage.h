@@ -11,8 +11,7 @@ std::size_t threads();
 std::size_t systemSharedSegments(); // System V ones, made by this process
 std::size_t mappings();
 
-// Wait until it is so; false when it was not in time. A thread that has been joined, for one, may
-// still be listed for a moment.
+// Wait until it is so; false when it was not in time.
 bool openDescriptorsBecome(std::size_t number);
 bool threadsBecome(std::size_t number);
 
