@@ -68,8 +68,8 @@ std::optional<Datagram> LightReceiver::next(std::chrono::milliseconds patience) 
     if (const cmsghdr *header = CMSG_FIRSTHDR(&message)) {
         timespec stamp;
         std::memcpy(&stamp, CMSG_DATA(header), sizeof stamp);
-        lastArrival =
-            Arrival(std::chrono::seconds(stamp.tv_sec)) + std::chrono::nanoseconds(stamp.tv_nsec);
+        lastArrival = Arrival(std::chrono::duration_cast<Arrival::duration>(
+            std::chrono::seconds(stamp.tv_sec) + std::chrono::nanoseconds(stamp.tv_nsec)));
     }
     datagram.resize(static_cast<std::size_t>(got));
     return datagram;
