@@ -1,6 +1,7 @@
 #include "fuzz/fakeServer.h"
 
 #include "platform/x11/coreFoundation.h"
+#include "platform/x11/handshake.h"
 #include "platform/x11/serverSocket.h"
 #include "platform/x11/watchdog.h"
 
@@ -194,6 +195,11 @@ ServerSocket openServerSocket(Clock::time_point) {
     socket.descriptor = Descriptor(dup(STDERR_FILENO));
     socket.screen = input->ConsumeIntegralInRange(0, 2);
     return socket;
+}
+
+// A server that hangs up does so for good.
+Descriptor becomeClient(Clock::time_point) {
+    return Descriptor();
 }
 
 Watchdog::Watchdog(int) {}
