@@ -196,6 +196,9 @@ TEST_F(ChildTest, InterruptWhileAskingForThePalette) {
 
 // The process ends on one thread while another is inside the library.
 TEST_F(ChildTest, InterruptOnTheMirroringThreadWhileAskingForThePalette) {
+#if __has_feature(thread_sanitizer)
+    GTEST_SKIP() << "the thread sanitizer keeps the signal to itself now and then";
+#endif
     for (int round = 0; round < 10; ++round)
         EXPECT_NE(interruptInPaletteMode("elsewhere", round).find("Error stopping mirror"),
                   std::string::npos);
