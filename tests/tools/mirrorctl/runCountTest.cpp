@@ -133,6 +133,9 @@ TEST(MirrorctlRunCount, isLiveOnATerminal) {
     EXPECT_TRUE(child.waitFor("  no error"));
     child.type("\x03");
     EXPECT_EQ(child.waitExit(), 0) << child.out;
+    // The terminal echoes the key somewhere in what the program says then.
+    if (const auto echo = child.out.find("^C"); echo != std::string::npos)
+        child.out.erase(echo, 2);
     EXPECT_TRUE(contains(child.out, "Stopping: Interrupt.\r\nMirrored display ")) << child.out;
     EXPECT_TRUE(contains(child.out, " frames to every device, ")) << child.out;
 }
