@@ -353,22 +353,33 @@ TEST_F(PaletteMode, SeedsOnceWithTheTimeEvenWhenAlreadyStopped) {
     EXPECT_EQ(mirrorManager.samplePixels[6399], 89 * 100 + 89);
 }
 
+// Another thread that has the manager's mutex, from its construction until letGo().
+class MutexHolder {
+public:
+    MutexHolder() { locked.get_future().wait(); }
+    void letGo() {
+        enough.set_value();
+        thread.join();
+    }
+
+private:
+    std::promise<void> locked, enough;
+    std::thread thread{[this] {
+        const std::lock_guard lock(mirrorManager.mutex);
+        locked.set_value();
+        enough.get_future().wait();
+    }};
+};
+
 // Somebody else has the lock: nothing is sent, the tick is not given up, and no core is kept busy.
 TEST_F(PaletteMode, WaitsForTheMutex) {
     lights({{1, {7}}});
     show(test::plainScreen(0xff0000));
-    std::promise<void> locked, enough;
-    std::thread holder([&] {
-        const std::lock_guard lock(mirrorManager.mutex);
-        locked.set_value();
-        enough.get_future().wait();
-    });
-    locked.get_future().wait();
+    MutexHolder holder;
     run(palette, [&](int sleep) {
         if (sleep == 3) {
             EXPECT_TRUE(arrived(0).empty());
-            enough.set_value();
-            holder.join();
+            holder.letGo();
         }
         return sleep <= 3; // the next one is the tick's own
     });
@@ -380,17 +391,10 @@ TEST_F(PaletteMode, WaitsForTheMutex) {
 TEST_F(PaletteMode, AStopEndsTheWaitForTheMutex) {
     lights({{1, {7}}});
     show(test::plainScreen(0xff0000));
-    std::promise<void> locked, enough;
-    std::thread holder([&] {
-        const std::lock_guard lock(mirrorManager.mutex);
-        locked.set_value();
-        enough.get_future().wait();
-    });
-    locked.get_future().wait();
+    MutexHolder holder;
     run(palette, [](int) { return false; });
     EXPECT_TRUE(arrived(0).empty());
-    enough.set_value();
-    holder.join();
+    holder.letGo();
 }
 
 // Without colours it spins: no sending, no sleep, no end but the stop.
