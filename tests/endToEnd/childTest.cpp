@@ -141,8 +141,11 @@ TEST_P(SignalTest, EndsTheRunAndExitsWithItsNumber) {
     ASSERT_TRUE(host.says("ready\n")) << host.said;
     host.signal(GetParam());
     EXPECT_EQ(host.end(), exitStatusOf(GetParam()));
-    // The system may hand the signal to the mirroring thread, which cannot join itself.
-    EXPECT_TRUE(host.said == "ready\n" || host.said == "ready\nError stopping mirror\n")
+    // The system may hand the signal to the mirroring thread, which cannot join itself, and one that
+    // faults raise to a thread of the stream, which the stop then waits for in vain.
+    const bool isFault = GetParam() != SIGINT && GetParam() != SIGTERM && GetParam() != SIGPIPE;
+    EXPECT_TRUE(host.said == "ready\n" || host.said == "ready\nError stopping mirror\n" ||
+                (isFault && host.said == "ready\nStream stop failed!\n"))
         << host.said;
 }
 
