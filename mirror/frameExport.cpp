@@ -1,11 +1,16 @@
 // The snapshot of what was sent: asking for it, and handing it out as JSON.
 #include "mirror/jsonMemory.h"
+#include "mirror/panelFrame.h"
 #include "mirror/screenMirrorMac.h"
 #include "mirror/sharedFlag.h"
 
 #include <chrono>
 #include <cstdio>
 #include <cstring>
+
+void MirrorManager::getAnimDataFromFrame(unsigned char *frame, int numPanels, int controlVersion) {
+    streamFrames.push_back(animDataLine(frame, numPanels, numPanels, controlVersion));
+}
 
 // Host thread.
 int MirrorManager::captureCurrentStreamFrames() {

@@ -1,31 +1,12 @@
 #include "mirror/panelFrame.h"
-#include "mirror/screenMirrorMac.h"
 
 void PanelFrame::begin(int controlVersion, int panelCount) {
-    bytes.clear();
+    used = 0;
     records = 0;
     narrow = controlVersion == 1;
     if (!narrow)
-        append(panelCount >> 8);
-    append(panelCount);
-}
-
-void PanelFrame::add(int panelID, RGB colour, int transitionTime) {
-    if (narrow) {
-        append(panelID);
-        append(1); // frame count
-    } else {
-        append(panelID >> 8);
-        append(panelID);
-    }
-    append(colour.r);
-    append(colour.g);
-    append(colour.b);
-    append(0); // white
-    if (!narrow)
-        append(transitionTime >> 8);
-    append(transitionTime);
-    ++records;
+        bytes[used++] = static_cast<unsigned char>(panelCount >> 8);
+    bytes[used++] = static_cast<unsigned char>(panelCount);
 }
 
 std::string animDataLine(const unsigned char *frame, int recordCount, int numPanels,
@@ -43,8 +24,4 @@ std::string animDataLine(const unsigned char *frame, int recordCount, int numPan
         line += " 5";
     }
     return line;
-}
-
-void MirrorManager::getAnimDataFromFrame(unsigned char *frame, int numPanels, int controlVersion) {
-    streamFrames.push_back(animDataLine(frame, numPanels, numPanels, controlVersion));
 }

@@ -3,6 +3,7 @@
 
 #include "colour/colour.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -16,16 +17,33 @@ public:
     void begin(int controlVersion, int panelCount);
 
     // Appends one panel's record.
-    void add(int panelID, RGB colour, int transitionTime);
+    void add(int panelID, RGB colour, int transitionTime) {
+        constexpr auto byte = [](int value) { return static_cast<unsigned char>(value); };
+        if (bytes.size() - used < recordRoom)
+            bytes.resize(2 * bytes.size());
+        unsigned char *record = bytes.data() + used;
+        used += narrow ? 7 : 8;
+        record[0] = narrow ? byte(panelID) : byte(panelID >> 8);
+        record[1] = narrow ? byte(1) : byte(panelID); // 1: frame count
+        record[2] = colour.r;
+        record[3] = colour.g;
+        record[4] = colour.b;
+        record[5] = 0; // white
+        record[6] = narrow ? byte(transitionTime) : byte(transitionTime >> 8);
+        record[7] = byte(transitionTime); // wide only; else the next record takes its place
+        ++records;
+    }
 
     unsigned char *data() { return bytes.data(); }
-    int length() const { return static_cast<int>(bytes.size()); }
+    int length() const { return static_cast<int>(used); }
     int recordCount() const { return records; }
 
 private:
-    void append(int value) { bytes.push_back(static_cast<unsigned char>(value)); }
+    static constexpr std::size_t recordRoom = 8;
 
-    std::vector<unsigned char> bytes;
+    std::vector<unsigned char> bytes =
+        std::vector<unsigned char>(1024); // `used` of them are the datagram
+    std::size_t used = 0;
     bool narrow = false;
     int records = 0;
 };

@@ -40,6 +40,19 @@ TEST(PanelFrame, WideLayoutForEveryOtherVersion) {
     }
 }
 
+TEST(PanelFrame, HoldsAsManyRecordsAsAreAdded) {
+    PanelFrame frame;
+    frame.begin(2, 1);
+    Bytes expected{0, 1};
+    for (int p = 0; p < 3000; ++p) {
+        frame.add(p, {1, 2, 3}, 7);
+        for (const int byte : {p >> 8, p, 1, 2, 3, 0, 0, 7})
+            expected.push_back(static_cast<unsigned char>(byte));
+    }
+    EXPECT_EQ(bytesOf(frame), expected);
+    EXPECT_EQ(frame.recordCount(), 3000);
+}
+
 TEST(PanelFrame, WithoutPanelsIsTheHeaderAlone) {
     PanelFrame frame;
     frame.begin(1, 0);
