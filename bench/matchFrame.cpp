@@ -16,7 +16,7 @@ void readAndSend(bench::Loopback &loopback, const bench::Datagrams &sent) {
             for (const std::int32_t index : panel.samplePixels)
                 sum += pixels[index];
         bench::escape(sum);
-        loopback.send(sent[d]);
+        loopback.send(d, sent[d]);
     }
 }
 

@@ -23,9 +23,10 @@ extern "C" int __wrap_nanosleep(const timespec *, timespec *) {
 
 namespace bench {
 
-Loopback::Loopback()
-    : receiver(socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)),
-      sender(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0)) {
+Loopback::Loopback(int devices)
+    : receiver(socket(AF_INET, SOCK_DGRAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)) {
+    for (int d = 0; d < devices; ++d)
+        senders.push_back(socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
     const int room = 4 << 20;
     setsockopt(receiver, SOL_SOCKET, SO_RCVBUF, &room, sizeof room);
     sockaddr_in address{};
@@ -39,7 +40,8 @@ Loopback::Loopback()
 
 Loopback::~Loopback() {
     close(receiver);
-    close(sender);
+    for (const int sender : senders)
+        close(sender);
 }
 
 Datagrams Loopback::receiveAll() {
@@ -53,12 +55,12 @@ Datagrams Loopback::receiveAll() {
     }
 }
 
-void Loopback::send(const Datagram &datagram) {
+void Loopback::send(std::size_t device, const Datagram &datagram) {
     sockaddr_in address{};
     address.sin_family = AF_INET;
     address.sin_port = htons(static_cast<std::uint16_t>(receiverPort));
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    sendto(sender, datagram.data(), datagram.size(), 0,
+    sendto(senders[device], datagram.data(), datagram.size(), 0,
            reinterpret_cast<const sockaddr *>(&address), sizeof address);
 }
 
@@ -69,7 +71,7 @@ CycleTimes measureCycles(const ScreenSize &size, const CycleTask &task) {
         configuration(standInDisplay, size, task.mode, task.panels, task.devices);
     mirrorManager.setMirrorConfig(document.data());
 
-    Loopback loopback;
+    Loopback loopback(task.devices);
     const auto sockets = std::make_unique<UdpSocket[]>(mirrorManager.devices.size());
     for (int d = 0; d < task.devices; ++d)
         sockets[static_cast<std::size_t>(d)].setRemote("127.0.0.1", loopback.port());

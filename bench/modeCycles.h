@@ -15,22 +15,23 @@ namespace bench {
 using Datagram = std::vector<char>;
 using Datagrams = std::vector<Datagram>;
 
-// The far end of all devices: keeps what a cycle sent, and can send the same once more, bare.
+// The far end of all devices: keeps what a cycle sent, and can send the same once more, bare, from
+// a socket a device, as the mode does.
 class Loopback {
 public:
-    Loopback();
+    explicit Loopback(int devices);
     ~Loopback();
     Loopback(const Loopback &) = delete;
     Loopback &operator=(const Loopback &) = delete;
 
     int port() const { return receiverPort; }
     Datagrams receiveAll();
-    void send(const Datagram &datagram);
+    void send(std::size_t device, const Datagram &datagram);
 
 private:
     int receiver = -1;
-    int sender = -1;
     int receiverPort = 0;
+    std::vector<int> senders;
 };
 
 struct CycleTask {
