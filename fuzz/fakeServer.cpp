@@ -1,9 +1,9 @@
 #include "fuzz/fakeServer.h"
 
-#include "platform/x11/coreFoundation.h"
+#include "platform/objects/coreFoundation.h"
+#include "platform/objects/watchdog.h"
 #include "platform/x11/handshake.h"
 #include "platform/x11/serverSocket.h"
-#include "platform/x11/watchdog.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -188,6 +188,8 @@ void setServer(FuzzedDataProvider &theInput) {
 
 } // namespace fuzz
 
+namespace platform {
+
 namespace x11 {
 
 ServerSocket openServerSocket(Clock::time_point) {
@@ -202,6 +204,8 @@ Descriptor becomeClient(Clock::time_point) {
     return Descriptor();
 }
 
+} // namespace x11
+
 Watchdog::Watchdog(int) {}
 Watchdog::~Watchdog() {}
 void Watchdog::extend() {}
@@ -209,7 +213,7 @@ void Watchdog::extend() {}
 // There are no streams here.
 void destroyDisplayStream(ObjectHeader *) {}
 
-} // namespace x11
+} // namespace platform
 
 extern "C" {
 

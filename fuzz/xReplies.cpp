@@ -13,6 +13,7 @@
 #include <vector>
 
 using fuzz::require;
+namespace x11 = platform::x11;
 
 namespace {
 

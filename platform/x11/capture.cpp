@@ -1,11 +1,11 @@
 #include "platform/x11/capture.h"
 
+#include "platform/objects/signals.h"
 #include "platform/x11/monitors.h"
-#include "platform/x11/signals.h"
 
 #include <utility>
 
-namespace x11 {
+namespace platform::x11 {
 
 namespace {
 
@@ -185,4 +185,4 @@ void Capture::look(const std::function<void(CaptureNews)> &news) {
     news(CaptureNews::Frame);
 }
 
-} // namespace x11
+} // namespace platform::x11

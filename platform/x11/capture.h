@@ -1,9 +1,9 @@
 // The X side of a running display stream: watches one monitor and paints frames of it.
 #pragma once
 
+#include "platform/objects/source.h"
 #include "platform/x11/connection.h"
 #include "platform/x11/damageWatch.h"
-#include "platform/x11/frameGate.h"
 #include "platform/x11/framePainter.h"
 
 #include <cstdint>
@@ -11,37 +11,16 @@
 #include <memory>
 #include <optional>
 
-namespace x11 {
-
-struct CaptureSettings {
-    std::uint32_t display = 0;
-    int width = 0; // of the frames
-    int height = 0;
-    Clock::duration minimumFrameTime{};
-};
-
-enum class CaptureNews {
-    Frame, // the frame has been painted and handed over
-    Blank, // the monitor is gone
-};
+namespace platform::x11 {
 
 class Capture {
 public:
-    // True when a capture of this display can be started: the server, the monitor, a usable pixel
-    // format and the extensions are there. Host's thread; takes nothing that outlasts the call.
+    // As canCapture() and openCapture() of the source.
     static bool isPossible(std::uint32_t display);
-
-    // Null when it cannot be started. Host's thread, under a SigpipeGuard; bounded in time. Throws
-    // std::bad_alloc and std::system_error.
     static std::unique_ptr<Capture> open(const CaptureSettings &settings, FrameGate &gate);
 
-    // Capture thread: returns when the gate is stopped or the server is gone. Tells `news`, on
-    // this thread, about each frame and, once each time, about the loss of the monitor.
-    //
-    // A frame is painted when something was drawn, and never while the handler reads. It reaches
-    // the handler at the earliest the minimum frame time after the last one; painting begins so
-    // much sooner as it took the last time, so that the reading does not add to that time. Nothing
-    // is queued: what is painted is what the screen shows then. A screen that holds still is not
+    // Capture thread; see the source's. Painting begins so much sooner as it took the last time, so
+    // that the reading does not add to the minimum frame time. A screen that holds still is not
     // looked at, except once, a second after its last change, in case a report of damage was lost.
     void run(const std::function<void(CaptureNews)> &news);
 
@@ -83,4 +62,4 @@ private:
     std::optional<Clock::time_point> afterthought; // when to look for damage never reported
 };
 
-} // namespace x11
+} // namespace platform::x11

@@ -6,7 +6,7 @@
 
 #include <sys/socket.h>
 
-namespace x11 {
+namespace platform::x11 {
 
 namespace {
 
@@ -98,4 +98,4 @@ void Connection::breakOff() const {
     shutdown(descriptor(), SHUT_RDWR);
 }
 
-} // namespace x11
+} // namespace platform::x11

@@ -4,15 +4,15 @@
 // included, stands under a SigpipeGuard.
 #pragma once
 
+#include "platform/objects/watchdog.h"
 #include "platform/x11/rect.h"
-#include "platform/x11/watchdog.h"
 
 #include <cstdlib>
 #include <memory>
 #include <optional>
 #include <xcb/xcb.h>
 
-namespace x11 {
+namespace platform::x11 {
 
 struct ServerSocket;
 
@@ -66,4 +66,4 @@ private:
     std::unique_ptr<Watchdog> watchdog;
 };
 
-} // namespace x11
+} // namespace platform::x11

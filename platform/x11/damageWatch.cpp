@@ -1,6 +1,6 @@
 #include "platform/x11/damageWatch.h"
 
-namespace x11 {
+namespace platform::x11 {
 
 bool DamageWatch::isPossible(Connection &connection) {
     xcb_connection_t *xcb = connection.get();
@@ -52,4 +52,4 @@ Rect DamageWatch::answer() {
     return {reply->extents.x, reply->extents.y, reply->extents.width, reply->extents.height};
 }
 
-} // namespace x11
+} // namespace platform::x11

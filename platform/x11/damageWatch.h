@@ -6,7 +6,7 @@
 #include <xcb/damage.h>
 #include <xcb/xfixes.h>
 
-namespace x11 {
+namespace platform::x11 {
 
 class DamageWatch {
 public:
@@ -38,4 +38,4 @@ private:
     xcb_xfixes_fetch_region_cookie_t asked{};
 };
 
-} // namespace x11
+} // namespace platform::x11

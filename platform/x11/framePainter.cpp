@@ -3,7 +3,7 @@
 #include <cstring>
 #include <utility>
 
-namespace x11 {
+namespace platform::x11 {
 
 namespace {
 
@@ -94,4 +94,4 @@ void FramePainter::composeRow(const std::uint8_t *source, std::uint8_t *target) 
     }
 }
 
-} // namespace x11
+} // namespace platform::x11

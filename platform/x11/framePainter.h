@@ -10,7 +10,7 @@
 #include <memory>
 #include <vector>
 
-namespace x11 {
+namespace platform::x11 {
 
 class FramePainter {
 public:
@@ -57,4 +57,4 @@ private:
                                          // that was read, or -1 for black
 };
 
-} // namespace x11
+} // namespace platform::x11

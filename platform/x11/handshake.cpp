@@ -11,7 +11,7 @@
 #include <vector>
 #include <xcb/xcb.h>
 
-namespace x11 {
+namespace platform::x11 {
 
 namespace {
 
@@ -71,4 +71,4 @@ Descriptor becomeClient(Clock::time_point deadline) {
     return Descriptor();
 }
 
-} // namespace x11
+} // namespace platform::x11

@@ -1,10 +1,10 @@
 // The handshake with an X server, for nothing but to be one of its clients.
 #pragma once
 
-#include "platform/x11/clock.h"
-#include "platform/x11/descriptor.h"
+#include "platform/objects/clock.h"
+#include "platform/objects/descriptor.h"
 
-namespace x11 {
+namespace platform::x11 {
 
 // Becomes a client of the server that DISPLAY names. Most servers reset when their last client
 // leaves, and hang up on whoever is in the middle of the handshake then; as long as this client
@@ -13,4 +13,4 @@ namespace x11 {
 // thread.
 Descriptor becomeClient(Clock::time_point deadline);
 
-} // namespace x11
+} // namespace platform::x11

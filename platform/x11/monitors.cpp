@@ -1,13 +1,13 @@
 #include "platform/x11/monitors.h"
 
-#include "platform/x11/displayIds.h"
+#include "platform/objects/displayIds.h"
 #include "platform/x11/replies.h"
 
 #include <algorithm>
 #include <string>
 #include <xcb/randr.h>
 
-namespace x11 {
+namespace platform::x11 {
 
 // Eight 8K screens in one. What is larger is nonsense, and would take more than a gigabyte.
 static constexpr std::uint32_t mostPixels = 1u << 28;
@@ -75,4 +75,4 @@ void watchMonitors(Connection &connection) {
                                XCB_RANDR_NOTIFY_MASK_OUTPUT_CHANGE);
 }
 
-} // namespace x11
+} // namespace platform::x11

@@ -7,7 +7,7 @@
 #include <optional>
 #include <vector>
 
-namespace x11 {
+namespace platform::x11 {
 
 struct Monitor {
     std::uint32_t id = 0;
@@ -25,4 +25,4 @@ std::optional<Monitor> findMonitor(const std::vector<Monitor> &monitors, std::ui
 // user defines are announced only by a ConfigureNotify of the root, modes by RandR's own events.
 void watchMonitors(Connection &connection);
 
-} // namespace x11
+} // namespace platform::x11

@@ -2,7 +2,7 @@
 
 #include <bit>
 
-namespace x11 {
+namespace platform::x11 {
 
 namespace {
 
@@ -74,4 +74,4 @@ std::size_t PixelFormat::rowBytes(int width) const {
     return (row + rowPadding - 1) / rowPadding * rowPadding;
 }
 
-} // namespace x11
+} // namespace platform::x11

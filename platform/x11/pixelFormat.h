@@ -9,7 +9,7 @@
 #include <optional>
 #include <vector>
 
-namespace x11 {
+namespace platform::x11 {
 
 class PixelFormat {
 public:
@@ -50,4 +50,4 @@ private:
     bool bgrx = false;
 };
 
-} // namespace x11
+} // namespace platform::x11

@@ -1,6 +1,6 @@
 #include "platform/x11/pixelMemory.h"
 
-#include "platform/x11/signals.h"
+#include "platform/objects/signals.h"
 
 #include <algorithm>
 #include <cstring>
@@ -10,7 +10,7 @@
 #include <sys/resource.h>
 #include <sys/stat.h>
 
-namespace x11 {
+namespace platform::x11 {
 
 namespace {
 
@@ -148,4 +148,4 @@ ReadOutcome PixelMemory::readOverConnection(const Rect &area, const PixelFormat 
     return ReadOutcome::Done;
 }
 
-} // namespace x11
+} // namespace platform::x11

@@ -12,7 +12,7 @@
 #include <cstdint>
 #include <xcb/shm.h>
 
-namespace x11 {
+namespace platform::x11 {
 
 enum class ReadOutcome {
     Done,
@@ -51,4 +51,4 @@ private:
     xcb_shm_seg_t segment = 0;
 };
 
-} // namespace x11
+} // namespace platform::x11

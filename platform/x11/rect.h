@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-namespace x11 {
+namespace platform::x11 {
 
 struct Rect {
     int x = 0;
@@ -24,4 +24,4 @@ inline Rect intersect(const Rect &a, const Rect &b) {
     return common.empty() ? Rect{} : common;
 }
 
-} // namespace x11
+} // namespace platform::x11

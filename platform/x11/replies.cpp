@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <cstring>
 
-namespace x11 {
+namespace platform::x11 {
 
 namespace {
 
@@ -72,4 +72,4 @@ bool isWhole(const xcb_get_atom_name_reply_t &reply) {
     return reply.name_len <= word * reply.length;
 }
 
-} // namespace x11
+} // namespace platform::x11

@@ -8,7 +8,7 @@
 #include <xcb/randr.h>
 #include <xcb/xcb.h>
 
-namespace x11 {
+namespace platform::x11 {
 
 // The pixmap formats, and the screens with all their depths and visuals.
 bool isWhole(const xcb_setup_t &setup);
@@ -19,4 +19,4 @@ bool isWhole(const xcb_randr_get_monitors_reply_t &reply);
 // The name.
 bool isWhole(const xcb_get_atom_name_reply_t &reply);
 
-} // namespace x11
+} // namespace platform::x11

@@ -19,7 +19,7 @@
 #include <unistd.h>
 #include <xcb/xcb.h>
 
-namespace x11 {
+namespace platform::x11 {
 
 namespace {
 
@@ -150,4 +150,4 @@ ServerSocket openServerSocket(Clock::time_point deadline) {
     return server;
 }
 
-} // namespace x11
+} // namespace platform::x11

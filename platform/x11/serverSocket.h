@@ -1,12 +1,12 @@
 // Opens the socket to the X server that DISPLAY names.
 #pragma once
 
-#include "platform/x11/clock.h"
-#include "platform/x11/descriptor.h"
+#include "platform/objects/clock.h"
+#include "platform/objects/descriptor.h"
 
 #include <string>
 
-namespace x11 {
+namespace platform::x11 {
 
 struct ServerSocket {
     Descriptor descriptor; // invalid when there is no server
@@ -25,4 +25,4 @@ ServerSocket openServerSocket(Clock::time_point deadline);
 // passed first.
 bool waitUntilReady(int fd, short events, Clock::time_point deadline);
 
-} // namespace x11
+} // namespace platform::x11

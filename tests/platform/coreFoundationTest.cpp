@@ -1,4 +1,4 @@
-#include "platform/x11/coreFoundation.h"
+#include "platform/objects/coreFoundation.h"
 
 #include <CoreFoundation/CoreFoundation.h>
 #include <CoreGraphics/CoreGraphics.h>
@@ -39,10 +39,10 @@ TEST(CoreFoundation, DictionariesFindKeysByAddress) {
     const void *values[] = {number, kCFBooleanFalse};
     CFDictionaryRef dictionary =
         CFDictionaryCreate(kCFAllocatorDefault, keys, values, 2, nullptr, nullptr);
-    EXPECT_EQ(x11::numberOf(dictionary, kCGDisplayStreamMinimumFrameTime), 0.03);
-    EXPECT_EQ(x11::numberOf(dictionary, kCGDisplayStreamShowCursor), std::nullopt);
-    EXPECT_EQ(x11::numberOf(dictionary, &seconds), std::nullopt);
-    EXPECT_EQ(x11::numberOf(nullptr, kCGDisplayStreamMinimumFrameTime), std::nullopt);
+    EXPECT_EQ(platform::numberOf(dictionary, kCGDisplayStreamMinimumFrameTime), 0.03);
+    EXPECT_EQ(platform::numberOf(dictionary, kCGDisplayStreamShowCursor), std::nullopt);
+    EXPECT_EQ(platform::numberOf(dictionary, &seconds), std::nullopt);
+    EXPECT_EQ(platform::numberOf(nullptr, kCGDisplayStreamMinimumFrameTime), std::nullopt);
     CFRelease(dictionary);
     // Without callbacks the dictionary has not taken part in its values' lives.
     EXPECT_EQ(number->header.references.load(), 1);

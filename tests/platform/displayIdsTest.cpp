@@ -1,9 +1,9 @@
-#include "platform/x11/displayIds.h"
+#include "platform/objects/displayIds.h"
 
 #include <gtest/gtest.h>
 #include <map>
 
-using x11::displayIdsOf;
+using platform::displayIdsOf;
 
 namespace {
 

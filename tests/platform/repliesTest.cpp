@@ -4,7 +4,7 @@
 #include <gtest/gtest.h>
 #include <vector>
 
-using x11::isWhole;
+using platform::x11::isWhole;
 
 namespace {
 

@@ -1,5 +1,5 @@
 // A server with two screens, which have monitors of the same name.
-#include "platform/x11/displayIds.h"
+#include "platform/objects/displayIds.h"
 #include "tests/platform/streamProbe.h"
 #include "tests/support/virtualScreen.h"
 
@@ -33,7 +33,7 @@ TEST_F(ServerScreens, HaveDisplaysOfDifferentIdentifiers) {
     EXPECT_NE(second, 0u);
     EXPECT_NE(first, second);
     // Configurations hold the first one's.
-    EXPECT_EQ(first, x11::displayIdsOf({"screen"}).at(0));
+    EXPECT_EQ(first, platform::displayIdsOf({"screen"}).at(0));
     setenv("DISPLAY", server.display().c_str(), 1);
     EXPECT_EQ(test::onlyDisplay(), first);
 }

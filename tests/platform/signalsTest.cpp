@@ -1,4 +1,4 @@
-#include "platform/x11/signals.h"
+#include "platform/objects/signals.h"
 
 #include "tests/platform/streamProbe.h"
 #include "tests/support/virtualScreen.h"
@@ -71,7 +71,7 @@ protected:
 TEST_F(Signals, AGuardSwallowsTheSigpipeOfItsTime) {
     const BrokenPipe broken;
     {
-        const x11::SigpipeGuard guard;
+        const platform::SigpipeGuard guard;
         broken.writeTo();
     }
     EXPECT_EQ(received, 0);
@@ -89,7 +89,7 @@ TEST_F(Signals, AGuardLeavesAPendingSigpipeToItsOwner) {
     pthread_sigmask(SIG_BLOCK, &sigpipe, nullptr);
     broken.writeTo();
     {
-        const x11::SigpipeGuard guard;
+        const platform::SigpipeGuard guard;
         broken.writeTo();
     }
     EXPECT_TRUE(isBlocked(SIGPIPE));
@@ -101,7 +101,7 @@ TEST_F(Signals, AGuardLeavesAPendingSigpipeToItsOwner) {
 TEST_F(Signals, AGuardLeavesWhatAnotherProcessSends) {
     for (int round = 1; round <= 20; ++round) {
         {
-            const x11::SigpipeGuard guard;
+            const platform::SigpipeGuard guard;
             sendFromElsewhere();
             EXPECT_EQ(received, round - 1);
         }
@@ -115,7 +115,7 @@ TEST_F(Signals, AGuardTellsAWritesSigpipeFromOneThatIsSent) {
     for (const bool sentFirst : {false, true}) {
         received = 0;
         {
-            const x11::SigpipeGuard guard;
+            const platform::SigpipeGuard guard;
             if (sentFirst)
                 sendFromElsewhere();
             broken.writeTo();
@@ -128,12 +128,12 @@ TEST_F(Signals, AGuardTellsAWritesSigpipeFromOneThatIsSent) {
 
 TEST_F(Signals, AGuardLeavesWhatTheHostSendsItself) {
     {
-        const x11::SigpipeGuard guard;
+        const platform::SigpipeGuard guard;
         kill(getpid(), SIGPIPE);
     }
     EXPECT_EQ(received, 1);
     {
-        const x11::SigpipeGuard guard;
+        const platform::SigpipeGuard guard;
         pthread_kill(pthread_self(), SIGPIPE);
     }
     EXPECT_EQ(received, 2);
@@ -142,18 +142,18 @@ TEST_F(Signals, AGuardLeavesWhatTheHostSendsItself) {
 TEST_F(Signals, GuardsNest) {
     const BrokenPipe broken;
     {
-        const x11::SigpipeGuard outer;
+        const platform::SigpipeGuard outer;
         {
-            const x11::SigpipeGuard inner;
+            const platform::SigpipeGuard inner;
             broken.writeTo();
         }
         EXPECT_TRUE(isBlocked(SIGPIPE));
     }
     EXPECT_EQ(received, 0);
     {
-        const x11::SigpipeGuard outer;
+        const platform::SigpipeGuard outer;
         {
-            const x11::SigpipeGuard inner;
+            const platform::SigpipeGuard inner;
             broken.writeTo();
             sendFromElsewhere();
         }
@@ -165,7 +165,7 @@ TEST_F(Signals, GuardsNest) {
 TEST_F(Signals, OurThreadsTakeNoneButFaults) {
     bool asynchronous = true;
     bool faults = false;
-    std::thread thread = x11::startThread([&] {
+    std::thread thread = platform::startThread([&] {
         for (const int each : {SIGINT, SIGTERM, SIGPIPE, SIGHUP, SIGUSR1, SIGALRM, SIGCHLD})
             asynchronous = asynchronous && isBlocked(each);
         for (const int each : {SIGSEGV, SIGBUS, SIGFPE, SIGABRT, SIGILL, SIGTRAP})

@@ -15,12 +15,12 @@ TEST(StreamPace, MinimumFrameTimeIsKeptUnderConstantDrawing) {
     screen.use();
     StreamProbe stream(test::onlyDisplay(), 320, 200, 0.03);
     ASSERT_EQ(stream.start(), kCGErrorSuccess);
-    const auto begin = x11::Clock::now();
+    const auto begin = platform::Clock::now();
     std::uint32_t colour = 0;
-    while (stream.calls().size() < 40 && x11::Clock::now() < begin + 20s)
+    while (stream.calls().size() < 40 && platform::Clock::now() < begin + 20s)
         screen.fill(++colour);
     const auto calls = stream.calls();
-    const double seconds = std::chrono::duration<double>(x11::Clock::now() - begin).count();
+    const double seconds = std::chrono::duration<double>(platform::Clock::now() - begin).count();
     ASSERT_GE(calls.size(), 40u);
     EXPECT_LE(static_cast<double>(calls.size()), seconds / 0.03 + 2);
     for (std::size_t i = 1; i < calls.size(); ++i)
@@ -36,10 +36,10 @@ TEST(StreamPace, AfterAPauseAFrameGoesOutAtOnce) {
     ASSERT_EQ(stream.start(), kCGErrorSuccess);
     ASSERT_TRUE(stream.waitForCalls(1));
     EXPECT_FALSE(stream.waitForCalls(2, 1100ms));
-    const auto before = x11::Clock::now();
+    const auto before = platform::Clock::now();
     screen.fill(0x112233);
     ASSERT_TRUE(stream.waitForCalls(2));
-    EXPECT_LT(x11::Clock::now() - before, 500ms);
+    EXPECT_LT(platform::Clock::now() - before, 500ms);
     EXPECT_EQ(stream.latestFrame().at(1, 1), 0x112233u);
 }
 

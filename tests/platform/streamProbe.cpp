@@ -93,21 +93,21 @@ std::size_t StreamProbe::count(CGDisplayStreamFrameStatus status) const {
 
 bool StreamProbe::waitForCalls(std::size_t number, std::chrono::milliseconds limit) {
     std::unique_lock lock(mutex);
-    return changed.waitUntil(lock, x11::Clock::now() + limit,
+    return changed.waitUntil(lock, platform::Clock::now() + limit,
                              [&] { return received.size() >= number; });
 }
 
 bool StreamProbe::waitForCount(CGDisplayStreamFrameStatus status, std::size_t number,
                                std::chrono::milliseconds limit) {
     std::unique_lock lock(mutex);
-    return changed.waitUntil(lock, x11::Clock::now() + limit,
+    return changed.waitUntil(lock, platform::Clock::now() + limit,
                              [&] { return countLocked(status) >= number; });
 }
 
 bool StreamProbe::waitForFrame(const std::function<bool(const Frame &)> &condition,
                                std::chrono::milliseconds limit) {
     std::unique_lock lock(mutex);
-    return changed.waitUntil(lock, x11::Clock::now() + limit,
+    return changed.waitUntil(lock, platform::Clock::now() + limit,
                              [&] { return latest.width != 0 && condition(latest); });
 }
 

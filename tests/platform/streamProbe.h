@@ -1,7 +1,7 @@
 // A display stream under test, and everything that its handler was told.
 #pragma once
 
-#include "platform/x11/monotonicCondition.h"
+#include "platform/objects/monotonicCondition.h"
 
 #include <CoreGraphics/CoreGraphics.h>
 #include <chrono>
@@ -79,7 +79,7 @@ private:
     CGDisplayStreamRef stream = nullptr;
 
     mutable std::mutex mutex;
-    x11::MonotonicCondition changed;
+    platform::MonotonicCondition changed;
     std::vector<HandlerCall> received;
     Frame latest;
 };

@@ -82,9 +82,9 @@ TEST(StreamServer, GoneInMidRunEndsNothingButTheFrames) {
     EXPECT_FALSE(stream.waitForCount(complete, 2, 500ms));
     EXPECT_LT(test::processorSeconds() - processor, 0.02);
 
-    const auto before = x11::Clock::now();
+    const auto before = platform::Clock::now();
     EXPECT_EQ(stream.stop(), kCGErrorSuccess);
-    EXPECT_LT(x11::Clock::now() - before, 400ms);
+    EXPECT_LT(platform::Clock::now() - before, 400ms);
     EXPECT_EQ(stream.count(stopped), 1u);
     EXPECT_NE(stream.start(), kCGErrorSuccess);
     EXPECT_TRUE(test::threadsBecome(threads));
@@ -114,15 +114,15 @@ TEST(StreamServer, HungInMidRunTheStopIsBounded) {
     ASSERT_EQ(stream.start(), kCGErrorSuccess);
     ASSERT_TRUE(stream.waitForCount(complete, 1));
     kill(screen.pid(), SIGSTOP);
-    const auto before = x11::Clock::now();
+    const auto before = platform::Clock::now();
     EXPECT_EQ(stream.stop(), kCGErrorSuccess);
-    EXPECT_LT(x11::Clock::now() - before, 3s);
+    EXPECT_LT(platform::Clock::now() - before, 3s);
     EXPECT_EQ(stream.calls().back().status, stopped);
     EXPECT_TRUE(test::threadsBecome(threads));
 
-    const auto beforeStart = x11::Clock::now();
+    const auto beforeStart = platform::Clock::now();
     EXPECT_NE(stream.start(), kCGErrorSuccess);
-    EXPECT_LT(x11::Clock::now() - beforeStart, 5s);
+    EXPECT_LT(platform::Clock::now() - beforeStart, 5s);
     EXPECT_TRUE(test::threadsBecome(threads));
 }
 
@@ -143,9 +143,9 @@ TEST(StreamServer, HungWhileAReadIsUnderWayTheStopIsBounded) {
         ASSERT_EQ(stream.start(), kCGErrorSuccess);
         ASSERT_TRUE(stream.waitForCount(complete, 1));
         EXPECT_FALSE(stream.waitForCount(complete, 2, 300ms));
-        const auto before = x11::Clock::now();
+        const auto before = platform::Clock::now();
         EXPECT_EQ(stream.stop(), kCGErrorSuccess);
-        EXPECT_LT(x11::Clock::now() - before, 3s);
+        EXPECT_LT(platform::Clock::now() - before, 3s);
         EXPECT_EQ(stream.calls().back().status, stopped);
     }
 }

@@ -19,13 +19,13 @@ constexpr auto stopped = kCGDisplayStreamFrameStatusStopped;
 std::atomic<bool> isSlow = false;
 std::thread::id slowThread;
 std::mutex mutex;
-x11::MonotonicCondition changed;
+platform::MonotonicCondition changed;
 bool handlerIsOver = false; // under the mutex
 
 // Long enough for a first frame, on a machine on which little goes on.
 void waitForHandler() {
     std::unique_lock lock(mutex);
-    changed.waitUntil(lock, x11::Clock::now() + 300ms, [] { return handlerIsOver; });
+    changed.waitUntil(lock, platform::Clock::now() + 300ms, [] { return handlerIsOver; });
 }
 
 } // namespace

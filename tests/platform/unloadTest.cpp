@@ -40,8 +40,8 @@ void runAndUnload(const VirtualScreen &screen, ModuleRun &run) {
     auto *start = reinterpret_cast<StartInModule *>(dlsym(module, "startInModule"));
     ASSERT_NE(start, nullptr);
     ASSERT_EQ(start(test::onlyDisplay(), &run), kCGErrorSuccess);
-    const auto deadline = x11::Clock::now() + std::chrono::seconds(20);
-    while (run.frames == 0 && x11::Clock::now() < deadline)
+    const auto deadline = platform::Clock::now() + std::chrono::seconds(20);
+    while (run.frames == 0 && platform::Clock::now() < deadline)
         std::this_thread::yield();
     EXPECT_GT(run.frames, 0);
     ASSERT_EQ(dlclose(module), 0);

@@ -1,12 +1,12 @@
 // Ends another thread's wait on descriptors.
 #pragma once
 
-#include "platform/x11/clock.h"
-#include "platform/x11/descriptor.h"
+#include "platform/objects/clock.h"
+#include "platform/objects/descriptor.h"
 
 #include <optional>
 
-namespace x11 {
+namespace platform {
 
 class WakeUp {
 public:
@@ -24,4 +24,4 @@ private:
     Descriptor event;
 };
 
-} // namespace x11
+} // namespace platform

@@ -3,11 +3,11 @@
 
 #include <chrono>
 
-namespace x11 {
+namespace platform {
 
 using Clock = std::chrono::steady_clock;
 
 // How long the server may take over any single step before it counts as hung.
 constexpr Clock::duration serverPatience = std::chrono::seconds(2);
 
-} // namespace x11
+} // namespace platform

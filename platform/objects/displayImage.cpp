@@ -1,9 +1,8 @@
 // Images of displays: the pixels as they were at the call, tightly packed, in the image's own
 // memory.
-#include "platform/x11/coreFoundation.h"
-#include "platform/x11/framePainter.h"
-#include "platform/x11/monitors.h"
-#include "platform/x11/signals.h"
+#include "platform/objects/coreFoundation.h"
+#include "platform/objects/signals.h"
+#include "platform/objects/source.h"
 
 #include <CoreGraphics/CoreGraphics.h>
 #include <memory>
@@ -22,31 +21,15 @@ struct CGImage {
 };
 
 CGImageRef CGDisplayCreateImage(CGDirectDisplayID displayID) {
-    const x11::SigpipeGuard guard;
+    const platform::SigpipeGuard guard;
     try {
-        const auto connection = x11::Connection::open();
-        if (!connection)
-            return nullptr;
-        const auto monitors = x11::listMonitors(*connection);
-        const auto root = connection->rootArea();
-        auto format = x11::PixelFormat::of(*connection);
-        if (!monitors || !root || !format)
-            return nullptr;
-        const auto monitor = x11::findMonitor(*monitors, displayID);
-        if (!monitor)
-            return nullptr;
-
-        const x11::Rect &area = monitor->area;
-        x11::FramePainter painter(*connection, std::move(*format), area.width, area.height,
-                                  x11::PixelMemory::Sharing::Never);
-        painter.aimAt(area, *root);
-        if (painter.paintAll() != x11::ReadOutcome::Done)
+        std::optional<platform::Picture> picture = platform::pictureOf(displayID);
+        if (!picture)
             return nullptr;
         auto image = std::make_unique<CGImage>();
-        image->width = static_cast<std::size_t>(area.width);
-        image->height = static_cast<std::size_t>(area.height);
-        image->provider.bytes.assign(painter.pixels(),
-                                     painter.pixels() + image->width * image->height * 4);
+        image->width = picture->width;
+        image->height = picture->height;
+        image->provider.bytes = std::move(picture->bytes);
         return image.release();
     } catch (...) {
         return nullptr;
@@ -77,7 +60,7 @@ CFDataRef CGDataProviderCopyData(CGDataProviderRef provider) {
     if (provider == nullptr)
         return nullptr;
     try {
-        return x11::createData(provider->bytes.data(), provider->bytes.size());
+        return platform::createData(provider->bytes.data(), provider->bytes.size());
     } catch (...) {
         return nullptr;
     }

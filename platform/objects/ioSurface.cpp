@@ -1,4 +1,4 @@
-#include "platform/x11/ioSurface.h"
+#include "platform/objects/ioSurface.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "platform/x11/signals.h"
+#include "platform/objects/signals.h"
 
 #include <cerrno>
 #include <ctime>
@@ -6,7 +6,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-namespace x11 {
+namespace platform {
 
 QuietSignals::QuietSignals() {
     sigset_t quiet;
@@ -75,4 +75,4 @@ SigpipeGuard::~SigpipeGuard() {
     errno = savedErrno;
 }
 
-} // namespace x11
+} // namespace platform

@@ -4,7 +4,7 @@
 #include <unistd.h>
 #include <utility>
 
-namespace x11 {
+namespace platform {
 
 class Descriptor {
 public:
@@ -32,4 +32,4 @@ private:
     int fd;
 };
 
-} // namespace x11
+} // namespace platform

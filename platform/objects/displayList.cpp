@@ -1,5 +1,5 @@
-#include "platform/x11/monitors.h"
-#include "platform/x11/signals.h"
+#include "platform/objects/signals.h"
+#include "platform/objects/source.h"
 
 #include <CoreGraphics/CoreGraphics.h>
 #include <algorithm>
@@ -11,20 +11,17 @@ CGError CGGetActiveDisplayList(uint32_t maxDisplays, CGDirectDisplayID *activeDi
     if (displayCount == nullptr)
         return kCGErrorIllegalArgument;
     *displayCount = 0;
-    const x11::SigpipeGuard guard;
+    const platform::SigpipeGuard guard;
     try {
-        const auto connection = x11::Connection::open();
-        if (!connection)
-            return kCGErrorFailure;
-        const auto monitors = x11::listMonitors(*connection);
-        if (!monitors)
+        const auto displays = platform::listDisplays();
+        if (!displays)
             return kCGErrorFailure;
         const std::size_t room = activeDisplays == nullptr
                                      ? std::numeric_limits<std::uint32_t>::max()
                                      : std::size_t{maxDisplays};
-        const std::size_t count = std::min(room, monitors->size());
+        const std::size_t count = std::min(room, displays->size());
         for (std::size_t i = 0; activeDisplays != nullptr && i < count; ++i)
-            activeDisplays[i] = (*monitors)[i].id;
+            activeDisplays[i] = (*displays)[i];
         *displayCount = static_cast<uint32_t>(count);
         return kCGErrorSuccess;
     } catch (...) {

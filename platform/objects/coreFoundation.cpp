@@ -1,18 +1,18 @@
-#include "platform/x11/coreFoundation.h"
+#include "platform/objects/coreFoundation.h"
 
 #include <algorithm>
 #include <memory>
 
 namespace {
 
-constinit __CFBoolean falseObject{x11::ObjectHeader(x11::ObjectType::Boolean, true)};
+constinit __CFBoolean falseObject{platform::ObjectHeader(platform::ObjectType::Boolean, true)};
 
 } // namespace
 
 constinit const CFAllocatorRef kCFAllocatorDefault = nullptr;
 constinit const CFBooleanRef kCFBooleanFalse = &falseObject;
 
-namespace x11 {
+namespace platform {
 
 namespace {
 
@@ -50,7 +50,7 @@ std::optional<double> numberOf(CFDictionaryRef dictionary, const void *key) {
     return static_cast<const __CFNumber *>(entry->value)->value;
 }
 
-} // namespace x11
+} // namespace platform
 
 // Null unless the type is a double: the only numbers there are here.
 CFNumberRef CFNumberCreate(CFAllocatorRef, CFNumberType theType, const void *valuePtr) {
@@ -76,7 +76,7 @@ CFDictionaryRef CFDictionaryCreate(CFAllocatorRef allocator, const void **keys, 
         auto dictionary = std::make_unique<__CFDictionary>();
         dictionary->entries.reserve(static_cast<std::size_t>(numValues));
         for (CFIndex i = 0; i < numValues; ++i) {
-            if (x11::find(*dictionary, keys[i]) != nullptr)
+            if (platform::find(*dictionary, keys[i]) != nullptr)
                 continue;
             __CFDictionary::Entry entry{keys[i], values[i]};
             if (keyCallBacks != nullptr && keyCallBacks->retain != nullptr)
@@ -101,24 +101,24 @@ const UInt8 *CFDataGetBytePtr(CFDataRef theData) {
 
 // A null reference is ignored.
 void CFRelease(CFTypeRef cf) {
-    auto *header = static_cast<x11::ObjectHeader *>(const_cast<void *>(cf));
+    auto *header = static_cast<platform::ObjectHeader *>(const_cast<void *>(cf));
     if (header == nullptr || header->immortal || header->references.fetch_sub(1) > 1)
         return;
     switch (header->type) {
-    case x11::ObjectType::String:
-    case x11::ObjectType::Boolean:
+    case platform::ObjectType::String:
+    case platform::ObjectType::Boolean:
         break; // always constants
-    case x11::ObjectType::Number:
+    case platform::ObjectType::Number:
         delete static_cast<const __CFNumber *>(cf);
         break;
-    case x11::ObjectType::Dictionary:
-        x11::destroyDictionary(static_cast<const __CFDictionary *>(cf));
+    case platform::ObjectType::Dictionary:
+        platform::destroyDictionary(static_cast<const __CFDictionary *>(cf));
         break;
-    case x11::ObjectType::Data:
+    case platform::ObjectType::Data:
         delete static_cast<const __CFData *>(cf);
         break;
-    case x11::ObjectType::DisplayStream:
-        x11::destroyDisplayStream(header);
+    case platform::ObjectType::DisplayStream:
+        platform::destroyDisplayStream(header);
         break;
     }
 }

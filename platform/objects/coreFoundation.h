@@ -8,7 +8,7 @@
 #include <optional>
 #include <vector>
 
-namespace x11 {
+namespace platform {
 
 enum class ObjectType { String, Boolean, Number, Dictionary, Data, DisplayStream };
 
@@ -32,23 +32,23 @@ std::optional<double> numberOf(CFDictionaryRef dictionary, const void *key);
 // Gives back an object that is no longer referenced; its type is DisplayStream.
 void destroyDisplayStream(ObjectHeader *stream);
 
-} // namespace x11
+} // namespace platform
 
 struct __CFString {
-    x11::ObjectHeader header;
+    platform::ObjectHeader header;
 };
 
 struct __CFBoolean {
-    x11::ObjectHeader header;
+    platform::ObjectHeader header;
 };
 
 struct __CFNumber {
-    x11::ObjectHeader header{x11::ObjectType::Number};
+    platform::ObjectHeader header{platform::ObjectType::Number};
     double value = 0;
 };
 
 struct __CFDictionary {
-    x11::ObjectHeader header{x11::ObjectType::Dictionary};
+    platform::ObjectHeader header{platform::ObjectType::Dictionary};
     struct Entry {
         const void *key;
         const void *value;
@@ -59,6 +59,6 @@ struct __CFDictionary {
 };
 
 struct __CFData {
-    x11::ObjectHeader header{x11::ObjectType::Data};
+    platform::ObjectHeader header{platform::ObjectType::Data};
     std::vector<std::uint8_t> bytes;
 };

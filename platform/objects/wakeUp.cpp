@@ -1,4 +1,4 @@
-#include "platform/x11/wakeUp.h"
+#include "platform/objects/wakeUp.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -8,7 +8,7 @@
 #include <sys/eventfd.h>
 #include <system_error>
 
-namespace x11 {
+namespace platform {
 
 WakeUp::WakeUp() : event(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
     if (!event.valid())
@@ -36,4 +36,4 @@ bool WakeUp::wait(int fd, std::optional<Clock::time_point> deadline) {
     return read(event.get(), &count, sizeof count) == sizeof count;
 }
 
-} // namespace x11
+} // namespace platform

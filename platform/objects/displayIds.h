@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace x11 {
+namespace platform {
 
 // One identifier for each name, in the order of the names: positive, 31 bits, never 0, all
 // different. It is a hash of the name alone, so that a monitor keeps its identifier when the server
@@ -13,4 +13,4 @@ namespace x11 {
 // the others move on to the next free number.
 std::vector<std::uint32_t> displayIdsOf(const std::vector<std::string> &names);
 
-} // namespace x11
+} // namespace platform

@@ -5,12 +5,12 @@
 // user has left.
 #pragma once
 
-#include "platform/x11/clock.h"
+#include "platform/objects/clock.h"
 
 #include <dispatch/dispatch.h>
 #include <memory>
 
-namespace x11 {
+namespace platform {
 
 // What runs on a queue: `call` with `context`, which is let go of before the next one runs.
 struct QueueItem {
@@ -33,4 +33,4 @@ bool leaveQueue(dispatch_queue_t queue, QueueItem last, Clock::time_point deadli
 // Whether the caller runs on the queue.
 bool isOnQueue(dispatch_queue_t queue);
 
-} // namespace x11
+} // namespace platform

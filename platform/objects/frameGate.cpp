@@ -1,6 +1,6 @@
-#include "platform/x11/frameGate.h"
+#include "platform/objects/frameGate.h"
 
-namespace x11 {
+namespace platform {
 
 bool FrameGate::isFree() {
     if (!taken.load())
@@ -26,4 +26,4 @@ void FrameGate::stop() {
     wakeUp.signal();
 }
 
-} // namespace x11
+} // namespace platform

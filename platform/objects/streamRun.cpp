@@ -1,11 +1,11 @@
-#include "platform/x11/streamRun.h"
+#include "platform/objects/streamRun.h"
 
-#include "platform/x11/dispatchQueue.h"
-#include "platform/x11/signals.h"
+#include "platform/objects/dispatchQueue.h"
+#include "platform/objects/signals.h"
 
 #include <Block.h>
 
-namespace x11 {
+namespace platform {
 
 namespace {
 
@@ -32,10 +32,10 @@ StreamRun::~StreamRun() {
 std::shared_ptr<StreamRun> StreamRun::start(const CaptureSettings &settings, dispatch_queue_t queue,
                                             CGDisplayStreamFrameAvailableHandler handler) {
     std::shared_ptr<StreamRun> run(new StreamRun(queue, handler));
-    run->capture = Capture::open(settings, run->gate);
+    run->capture = openCapture(settings, run->gate);
     if (!run->capture)
         return nullptr;
-    run->surface.base = run->capture->pixels();
+    run->surface.base = run->capture->pixels;
     enterQueue(queue);
     try {
         run->thread = startThread([run] { run->captureThread(); });
@@ -131,4 +131,4 @@ bool StreamRun::stop() {
     return captureIsOver && handlerIsOver;
 }
 
-} // namespace x11
+} // namespace platform

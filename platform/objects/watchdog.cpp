@@ -1,13 +1,13 @@
-#include "platform/x11/watchdog.h"
+#include "platform/objects/watchdog.h"
 
-#include "platform/x11/signals.h"
+#include "platform/objects/signals.h"
 
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <system_error>
 
-namespace x11 {
+namespace platform {
 
 Watchdog::Watchdog(int fd)
     : socket(fcntl(fd, F_DUPFD_CLOEXEC, 0)), deadline(Clock::now() + serverPatience) {
@@ -34,4 +34,4 @@ void Watchdog::watch() {
     }
 }
 
-} // namespace x11
+} // namespace platform

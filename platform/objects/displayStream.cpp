@@ -8,9 +8,9 @@
 //     blank      once when the monitor goes away; complete frames resume when it returns
 //     stopped    as the last call of a run
 // Idle notifications are not sent: a screen that holds still costs nothing at all.
-#include "platform/x11/coreFoundation.h"
-#include "platform/x11/signals.h"
-#include "platform/x11/streamRun.h"
+#include "platform/objects/coreFoundation.h"
+#include "platform/objects/signals.h"
+#include "platform/objects/streamRun.h"
 
 #include <Block.h>
 #include <CoreGraphics/CoreGraphics.h>
@@ -22,21 +22,22 @@
 #include <unistd.h>
 
 struct CGDisplayStream {
-    x11::ObjectHeader header{x11::ObjectType::DisplayStream};
-    x11::CaptureSettings settings;
+    platform::ObjectHeader header{platform::ObjectType::DisplayStream};
+    platform::CaptureSettings settings;
     dispatch_queue_t queue = nullptr;
     CGDisplayStreamFrameAvailableHandler handler = nullptr;
 
     // Under the mutex of the running streams.
-    std::shared_ptr<x11::StreamRun> run;
+    std::shared_ptr<platform::StreamRun> run;
     bool starting = false;
     CGDisplayStream *nextRunning = nullptr;
 };
 
 namespace {
 
-constinit __CFString minimumFrameTimeKey{x11::ObjectHeader(x11::ObjectType::String, true)};
-constinit __CFString showCursorKey{x11::ObjectHeader(x11::ObjectType::String, true)};
+constinit __CFString minimumFrameTimeKey{
+    platform::ObjectHeader(platform::ObjectType::String, true)};
+constinit __CFString showCursorKey{platform::ObjectHeader(platform::ObjectType::String, true)};
 
 constexpr std::int32_t formatBgra = 0x42475241;
 constexpr std::size_t largestSide = 65535;
@@ -50,7 +51,7 @@ constinit std::atomic<pid_t> runningProcess = 0;
 
 // Nobody is interrupted while holding it, since an exit in a signal handler takes it as well.
 class RunningLock {
-    const x11::QuietSignals quiet;
+    const platform::QuietSignals quiet;
     const std::lock_guard<std::mutex> lock{runningMutex};
 };
 
@@ -71,12 +72,12 @@ void unlist(CGDisplayStream *stream) {
         }
 }
 
-x11::Clock::duration minimumFrameTimeOf(CFDictionaryRef properties) {
+platform::Clock::duration minimumFrameTimeOf(CFDictionaryRef properties) {
     const double seconds =
-        x11::numberOf(properties, kCGDisplayStreamMinimumFrameTime).value_or(0.0);
+        platform::numberOf(properties, kCGDisplayStreamMinimumFrameTime).value_or(0.0);
     if (!(seconds > 0))
-        return x11::Clock::duration::zero();
-    return std::chrono::duration_cast<x11::Clock::duration>(
+        return platform::Clock::duration::zero();
+    return std::chrono::duration_cast<platform::Clock::duration>(
         std::chrono::duration<double>(std::min(seconds, longestFrameTime)));
 }
 
@@ -114,9 +115,9 @@ CGDisplayStreamCreateWithDispatchQueue(CGDirectDisplayID display, size_t outputW
     if (outputWidth == 0 || outputHeight == 0 || outputWidth > largestSide ||
         outputHeight > largestSide || outputWidth * outputHeight * 4 > largestFrameBytes)
         return nullptr;
-    const x11::SigpipeGuard guard;
+    const platform::SigpipeGuard guard;
     try {
-        if (!x11::Capture::isPossible(display))
+        if (!platform::canCapture(display))
             return nullptr;
         auto stream = std::make_unique<CGDisplayStream>();
         stream->settings = {display, static_cast<int>(outputWidth), static_cast<int>(outputHeight),
@@ -139,11 +140,11 @@ CGError CGDisplayStreamStart(CGDisplayStreamRef displayStream) {
             return kCGErrorInvalidOperation;
         displayStream->starting = true;
     }
-    const x11::SigpipeGuard guard;
-    std::shared_ptr<x11::StreamRun> run;
+    const platform::SigpipeGuard guard;
+    std::shared_ptr<platform::StreamRun> run;
     try {
-        run = x11::StreamRun::start(displayStream->settings, displayStream->queue,
-                                    displayStream->handler);
+        run = platform::StreamRun::start(displayStream->settings, displayStream->queue,
+                                         displayStream->handler);
     } catch (...) {
         // Out of memory, descriptors or threads: as if the display could not be captured.
     }
@@ -161,8 +162,8 @@ CGError CGDisplayStreamStart(CGDisplayStreamRef displayStream) {
 CGError CGDisplayStreamStop(CGDisplayStreamRef displayStream) {
     if (displayStream == nullptr)
         return kCGErrorIllegalArgument;
-    const x11::SigpipeGuard guard;
-    std::shared_ptr<x11::StreamRun> run;
+    const platform::SigpipeGuard guard;
+    std::shared_ptr<platform::StreamRun> run;
     {
         const RunningLock lock;
         run = std::move(displayStream->run);
@@ -178,7 +179,7 @@ CGError CGDisplayStreamStop(CGDisplayStreamRef displayStream) {
 }
 
 // A stream that still runs is stopped first.
-void x11::destroyDisplayStream(ObjectHeader *header) {
+void platform::destroyDisplayStream(ObjectHeader *header) {
     auto *stream = reinterpret_cast<CGDisplayStream *>(header);
     CGDisplayStreamStop(stream);
     Block_release(stream->handler);

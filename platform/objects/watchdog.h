@@ -4,14 +4,14 @@
 // are waited for without limit. A socket that is shut down ends all of these waits at once.
 #pragma once
 
-#include "platform/x11/clock.h"
-#include "platform/x11/descriptor.h"
-#include "platform/x11/wakeUp.h"
+#include "platform/objects/clock.h"
+#include "platform/objects/descriptor.h"
+#include "platform/objects/wakeUp.h"
 
 #include <atomic>
 #include <thread>
 
-namespace x11 {
+namespace platform {
 
 class Watchdog {
 public:
@@ -35,4 +35,4 @@ private:
     std::thread thread;
 };
 
-} // namespace x11
+} // namespace platform

@@ -5,16 +5,16 @@
 // a stop had to give up on it.
 #pragma once
 
-#include "platform/x11/capture.h"
-#include "platform/x11/ioSurface.h"
-#include "platform/x11/monotonicCondition.h"
+#include "platform/objects/ioSurface.h"
+#include "platform/objects/monotonicCondition.h"
+#include "platform/objects/source.h"
 
 #include <CoreGraphics/CoreGraphics.h>
 #include <memory>
 #include <mutex>
 #include <thread>
 
-namespace x11 {
+namespace platform {
 
 class StreamRun : public std::enable_shared_from_this<StreamRun> {
 public:
@@ -52,7 +52,7 @@ private:
     const dispatch_queue_t queue;
     const CGDisplayStreamFrameAvailableHandler handler;
     FrameGate gate;
-    std::unique_ptr<Capture> capture;
+    std::optional<Capture> capture;
     __IOSurface surface;
     std::atomic<bool> silent = false; // the handler is not called any more
 
@@ -63,4 +63,4 @@ private:
     bool captureEnded = false;
 };
 
-} // namespace x11
+} // namespace platform

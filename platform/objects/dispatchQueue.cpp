@@ -1,7 +1,7 @@
-#include "platform/x11/dispatchQueue.h"
+#include "platform/objects/dispatchQueue.h"
 
-#include "platform/x11/monotonicCondition.h"
-#include "platform/x11/signals.h"
+#include "platform/objects/monotonicCondition.h"
+#include "platform/objects/signals.h"
 
 #include <cstdint>
 #include <string>
@@ -18,7 +18,7 @@ struct Worker {
 };
 
 struct PostedItem {
-    x11::QueueItem item;
+    platform::QueueItem item;
     bool isLast = false; // of one user
 };
 
@@ -29,7 +29,7 @@ struct dispatch_queue_s {
 
     const std::string label;
     std::mutex mutex;
-    x11::MonotonicCondition changed;
+    platform::MonotonicCondition changed;
 
     // Under the mutex.
     std::vector<PostedItem> pending;
@@ -39,7 +39,7 @@ struct dispatch_queue_s {
     std::shared_ptr<Worker> worker; // present exactly while there are users
 };
 
-namespace x11 {
+namespace platform {
 
 namespace {
 
@@ -121,7 +121,7 @@ bool isOnQueue(dispatch_queue_t queue) {
     return queue->worker && isOn(*queue->worker);
 }
 
-} // namespace x11
+} // namespace platform
 
 // Attributes ask for other than serial queues, of which there are none here.
 dispatch_queue_t dispatch_queue_create(const char *label, dispatch_queue_attr_t attr) {

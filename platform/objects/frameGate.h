@@ -2,13 +2,13 @@
 // the handler reads it; and carries the wish to stop.
 #pragma once
 
-#include "platform/x11/clock.h"
-#include "platform/x11/wakeUp.h"
+#include "platform/objects/clock.h"
+#include "platform/objects/wakeUp.h"
 
 #include <atomic>
 #include <optional>
 
-namespace x11 {
+namespace platform {
 
 class FrameGate {
 public:
@@ -41,4 +41,4 @@ private:
     WakeUp wakeUp;
 };
 
-} // namespace x11
+} // namespace platform

@@ -1,11 +1,11 @@
-#include "platform/x11/displayIds.h"
+#include "platform/objects/displayIds.h"
 
 #include <algorithm>
 #include <cstddef>
 #include <numeric>
 #include <set>
 
-namespace x11 {
+namespace platform {
 
 namespace {
 
@@ -38,4 +38,4 @@ std::vector<std::uint32_t> displayIdsOf(const std::vector<std::string> &names) {
     return ids;
 }
 
-} // namespace x11
+} // namespace platform

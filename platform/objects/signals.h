@@ -6,7 +6,7 @@
 #include <thread>
 #include <utility>
 
-namespace x11 {
+namespace platform {
 
 // While it lives, the calling thread can neither be interrupted nor be chosen for a signal, except
 // for those that a faulty instruction raises.
@@ -42,4 +42,4 @@ template <typename Function> std::thread startThread(Function &&function) {
     return std::thread(std::forward<Function>(function));
 }
 
-} // namespace x11
+} // namespace platform

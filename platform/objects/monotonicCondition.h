@@ -3,14 +3,14 @@
 // The standard one offers the same, but over a call that the thread sanitizer does not know.
 #pragma once
 
-#include "platform/x11/clock.h"
+#include "platform/objects/clock.h"
 
 #include <cstdint>
 #include <ctime>
 #include <mutex>
 #include <pthread.h>
 
-namespace x11 {
+namespace platform {
 
 class MonotonicCondition {
 public:
@@ -50,4 +50,4 @@ private:
     pthread_cond_t condition;
 };
 
-} // namespace x11
+} // namespace platform
