@@ -5,18 +5,14 @@
 #include "platform/objects/source.h"
 
 #include <CoreGraphics/CoreGraphics.h>
-#include <memory>
 #include <utility>
-#include <vector>
 
 // The provider is a part of its image and ends with it.
 struct CGDataProvider {
-    std::vector<std::uint8_t> bytes;
+    platform::Picture picture;
 };
 
 struct CGImage {
-    std::size_t width = 0;
-    std::size_t height = 0;
     CGDataProvider provider;
 };
 
@@ -26,22 +22,18 @@ CGImageRef CGDisplayCreateImage(CGDirectDisplayID displayID) {
         std::optional<platform::Picture> picture = platform::pictureOf(displayID);
         if (!picture)
             return nullptr;
-        auto image = std::make_unique<CGImage>();
-        image->width = picture->width;
-        image->height = picture->height;
-        image->provider.bytes = std::move(picture->bytes);
-        return image.release();
+        return new CGImage{{std::move(*picture)}};
     } catch (...) {
         return nullptr;
     }
 }
 
 size_t CGImageGetWidth(CGImageRef image) {
-    return image == nullptr ? 0 : image->width;
+    return image == nullptr ? 0 : image->provider.picture.width;
 }
 
 size_t CGImageGetHeight(CGImageRef image) {
-    return image == nullptr ? 0 : image->height;
+    return image == nullptr ? 0 : image->provider.picture.height;
 }
 
 size_t CGImageGetBitsPerPixel(CGImageRef image) {
@@ -60,7 +52,8 @@ CFDataRef CGDataProviderCopyData(CGDataProviderRef provider) {
     if (provider == nullptr)
         return nullptr;
     try {
-        return platform::createData(provider->bytes.data(), provider->bytes.size());
+        const platform::Picture &picture = provider->picture;
+        return platform::createData(picture.pixels.get(), picture.width * picture.height * 4);
     } catch (...) {
         return nullptr;
     }

@@ -25,7 +25,7 @@ std::optional<std::vector<std::uint32_t>> listDisplays();
 struct Picture {
     std::size_t width = 0;
     std::size_t height = 0;
-    std::vector<std::uint8_t> bytes;
+    std::shared_ptr<const std::uint8_t> pixels;
 };
 
 // What the display shows at the call; nothing when it is not there or may not be read.

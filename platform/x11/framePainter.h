@@ -21,6 +21,9 @@ public:
     // The frame's first byte, the same for the painter's whole life.
     std::uint8_t *pixels() const { return frame.data(); }
 
+    // Hands the frame's memory over; nothing is painted any more.
+    std::shared_ptr<const std::uint8_t> takePixels() { return frame.take(); }
+
     // Sets what to show: a monitor's area, in a root window of this area. The frame is as before
     // until the next paint() of everything.
     void aimAt(const Rect &monitor, const Rect &root);

@@ -9,6 +9,7 @@
 #include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <utility>
 
 namespace platform::x11 {
 
@@ -37,7 +38,7 @@ PixelMemory::PixelMemory(Connection &connection, std::size_t bytes, Sharing shar
     : connection(connection), bytes(bytes) {
     if (bytes == 0)
         return;
-    int flags = MAP_PRIVATE | MAP_ANONYMOUS | MAP_POPULATE;
+    int flags = MAP_PRIVATE | MAP_ANONYMOUS;
     if (sharing == Sharing::WhenPossible && connection.isLocal() && mayBeFile(bytes)) {
         Descriptor candidate(memfd_create("screen pixels", MFD_CLOEXEC));
         if (candidate.valid() && fchmod(candidate.get(), S_IRUSR | S_IWUSR) == 0 &&
@@ -49,15 +50,29 @@ PixelMemory::PixelMemory(Connection &connection, std::size_t bytes, Sharing shar
     base = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, flags, file.get(), 0);
     if (base == MAP_FAILED)
         throw std::bad_alloc();
-    if (file.valid())
+    if (file.valid()) {
         share();
-    file.reset();
+        file.reset();
+    } else { // in few large pages where the system has them: what costs is their number
+        madvise(base, bytes, MADV_HUGEPAGE);
+        madvise(base, bytes, MADV_POPULATE_WRITE);
+    }
 }
 
 PixelMemory::~PixelMemory() {
     unshare();
     if (bytes != 0)
         munmap(base, bytes);
+}
+
+std::shared_ptr<const std::uint8_t> PixelMemory::take() {
+    unshare();
+    const std::size_t size = std::exchange(bytes, 0);
+    return {static_cast<const std::uint8_t *>(std::exchange(base, nullptr)),
+            [size](const std::uint8_t *pixels) {
+                if (size != 0)
+                    munmap(const_cast<std::uint8_t *>(pixels), size);
+            }};
 }
 
 void PixelMemory::share() {

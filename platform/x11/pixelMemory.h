@@ -10,6 +10,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <xcb/shm.h>
 
 namespace platform::x11 {
@@ -34,6 +35,9 @@ public:
     std::uint8_t *data() const { return static_cast<std::uint8_t *>(base); }
     std::size_t size() const { return bytes; }
     bool isShared() const { return segment != 0; }
+
+    // Hands the memory over, unshared; nothing is left here.
+    std::shared_ptr<const std::uint8_t> take();
 
     // Reads `area` of the root window, row after row as `format` lays them out, to `offset`.
     ReadOutcome read(const Rect &area, const PixelFormat &format, std::size_t offset);

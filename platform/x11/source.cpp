@@ -39,10 +39,8 @@ std::optional<Picture> pictureOf(std::uint32_t display) {
     painter.aimAt(area, *root);
     if (painter.paintAll() != x11::ReadOutcome::Done)
         return std::nullopt;
-    Picture picture{
-        static_cast<std::size_t>(area.width), static_cast<std::size_t>(area.height), {}};
-    picture.bytes.assign(painter.pixels(), painter.pixels() + picture.width * picture.height * 4);
-    return picture;
+    return Picture{static_cast<std::size_t>(area.width), static_cast<std::size_t>(area.height),
+                   painter.takePixels()};
 }
 
 bool canCapture(std::uint32_t display) {
