@@ -6,8 +6,8 @@ _mirrorctl() {
     local command=${COMP_WORDS[1]} options=
     COMPREPLY=()
     if [ "$COMP_CWORD" -eq 1 ]; then
-        COMPREPLY=($(compgen -W "displays check layout run palette snapshot doctor --help" \
-            -- "$current"))
+        COMPREPLY=($(compgen -W "displays check layout run palette snapshot doctor --help
+            --version" -- "$current"))
         return
     fi
     case $previous in

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <numeric>
 
 namespace config {
 
@@ -9,18 +10,24 @@ static char lower(char c) {
     return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
 }
 
-// How many letters have to be put in, left out or replaced to make one of the other.
+// How many edits make one of the other: a letter inserted, removed or replaced, or two neighbours
+// swapped.
 static std::size_t distance(std::string_view a, std::string_view b) {
     std::vector<std::size_t> row(b.size() + 1);
-    for (std::size_t j = 0; j <= b.size(); ++j)
-        row[j] = j;
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    std::vector<std::size_t> above = row;
+    std::vector<std::size_t> second; // the one above that
     for (std::size_t i = 1; i <= a.size(); ++i) {
-        std::size_t diagonal = row[0];
-        row[0] = i;
+        second.swap(above);
+        above.swap(row);
+        row.assign(b.size() + 1, i);
         for (std::size_t j = 1; j <= b.size(); ++j) {
-            const std::size_t replaced = diagonal + (lower(a[i - 1]) != lower(b[j - 1]) ? 1 : 0);
-            diagonal = row[j];
-            row[j] = std::min({replaced, row[j] + 1, row[j - 1] + 1});
+            const char one = lower(a[i - 1]);
+            const char other = lower(b[j - 1]);
+            row[j] =
+                std::min({above[j - 1] + (one != other ? 1 : 0), above[j] + 1, row[j - 1] + 1});
+            if (i > 1 && j > 1 && one == lower(b[j - 2]) && other == lower(a[i - 2]))
+                row[j] = std::min(row[j], second[j - 2] + 1);
         }
     }
     return row[b.size()];

@@ -8,8 +8,9 @@
 
 namespace config {
 
-// The one of `candidates` that is `name` but for upper and lower case or at most two letters that
-// are wrong, missing or too many; the nearest, if there are several.
+// The one of `candidates` that is nearest to `name`, without regard to case: at most two edits away
+// (one for a name of fewer than six letters), where an edit is a letter that is wrong, missing or
+// extra, or two neighbours that are swapped.
 std::optional<std::string> nearestName(std::string_view name,
                                        const std::vector<std::string> &candidates);
 

@@ -78,6 +78,7 @@ static std::optional<int> parsePort(const std::string &text) {
 std::optional<int> parseOptions(int argc, char **argv, Options &options) {
     CLI::App app(about, "panelwall");
     app.footer(std::string(recordingHelp) + "\n\n" + footer);
+    app.set_version_flag("--version", "panelwall " MIRROR_VERSION);
     app.add_option("CONFIG", options.configPath, "The configuration document; - is standard input");
     addRecordingOptions(app, options);
     double seconds = 0.0;

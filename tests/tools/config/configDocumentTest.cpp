@@ -206,6 +206,8 @@ TEST(ConfigDocument, pointsToNamesThatWereMeant) {
               "rename \"displayId\" to \"displayID\"");
     EXPECT_EQ(remedyIn(R"({"displayID": 1, "mod": 0, "devices": []})"),
               "rename \"mod\" to \"mode\"");
+    EXPECT_EQ(remedyIn(R"({"displayID": 1, "moed": 0, "devices": []})"),
+              "rename \"moed\" to \"mode\"");
     EXPECT_EQ(remedyIn(R"({"displayID": 1, "made of": 0, "devices": []})"),
               "add it, such as \"mode\": 0 (0 match, 1 melt, 2 fade, 3 palette)");
 }
@@ -264,7 +266,8 @@ TEST(ConfigDocument, placesWhatCannotBeParsed) {
     EXPECT_EQ(problemsIn("{} {}"),
               "1:4: The document root must not be followed by other values.\n");
     EXPECT_EQ(problemsIn("{\"a\": 1,}"), "1:9: Missing a name for object member.\n");
-    EXPECT_EQ(problemsIn("// no\n{}"), "1:1: Invalid value.\n");
+    EXPECT_EQ(problemsIn("// no\n{}"), "1:1: found a comment; JSON has no comments\n");
+    EXPECT_EQ(problemsIn("{\"a\": /1}"), "1:7: Invalid value.\n");
 }
 
 TEST(ConfigDocument, countsColumnsInCharacters) {

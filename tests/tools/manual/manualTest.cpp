@@ -113,6 +113,9 @@ TEST(Manual, hasEveryOptionOfEveryCommandAndNoOther) {
         EXPECT_FALSE(options.empty()) << command;
         EXPECT_EQ(optionsIn(section(source, ".SS " + command)), options) << command;
     }
+    EXPECT_EQ(optionsOf(MIRRORCTL), (Words{"--help", "--version"}));
+    for (const std::string &option : optionsOf(MIRRORCTL))
+        EXPECT_NE(section(source, ".SH DESCRIPTION").find(".BR " + option), std::string::npos);
     EXPECT_EQ(optionsIn(section(manual("panelwall.1"), ".SH OPTIONS")), optionsOf(PANELWALL));
     EXPECT_GT(optionsOf(PANELWALL).size(), 5u);
 }
@@ -135,7 +138,7 @@ TEST(Completion, offersEveryCommandAndOptionInBash) {
     for (const std::string &command : commands)
         EXPECT_EQ(offeredByBash("mirrorctl", "mirrorctl " + command + " --"),
                   optionsOf(MIRRORCTL " " + command));
-    commands.insert("--help");
+    commands.insert({"--help", "--version"});
     EXPECT_EQ(offeredByBash("mirrorctl", "mirrorctl \"\""), commands);
     EXPECT_EQ(offeredByBash("panelwall", "panelwall a.json --"), optionsOf(PANELWALL));
 }
@@ -154,5 +157,6 @@ TEST(Completion, offersEveryOptionInZsh) {
         EXPECT_EQ(offeredByZsh("mirrorctl", "mirrorctl " + command + " --", 3),
                   optionsOf(MIRRORCTL " " + command))
             << command;
+    EXPECT_EQ(offeredByZsh("mirrorctl", "mirrorctl --", 2), optionsOf(MIRRORCTL));
     EXPECT_EQ(offeredByZsh("panelwall", "panelwall --", 2), optionsOf(PANELWALL));
 }

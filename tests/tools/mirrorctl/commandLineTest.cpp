@@ -65,6 +65,32 @@ TEST(MirrorctlCommandLine, refusesWhatItDoesNotUnderstand) {
     }
 }
 
+TEST(MirrorctlCommandLine, namesTheVersion) {
+    const Ending ending = mirrorctl({"--version"});
+    EXPECT_EQ(ending.status, 0);
+    EXPECT_EQ(ending.out, "mirrorctl " PROJECT_VERSION "\n");
+    EXPECT_EQ(ending.err, "");
+}
+
+TEST(MirrorctlCommandLine, suggestsTheCommandThatWasMeant) {
+    const std::pair<const char *, const char *> meant[] = {
+        {"rnu", "run"},           {"Run", "run"},        {"chek", "check"},
+        {"dispalys", "displays"}, {"lay-out", "layout"}, {"docter", "doctor"}};
+    for (const auto &[word, command] : meant) {
+        const Ending ending = mirrorctl({word, "wall.json", "--json"});
+        EXPECT_EQ(ending.status, 64) << word;
+        EXPECT_EQ(ending.out, "");
+        EXPECT_EQ(ending.err, "mirrorctl has no command \"" + std::string(word) +
+                                  "\". Did you mean \"" + command +
+                                  "\"?\nRun with --help for the list of commands.\n");
+    }
+    EXPECT_EQ(mirrorctl({"mirror"}).err, "mirrorctl has no command \"mirror\".\n"
+                                         "Run with --help for the list of commands.\n");
+    // One line, without control characters.
+    EXPECT_EQ(mirrorctl({"\x1b[2J\n"}).err, "mirrorctl has no command \"\\u001B[2J\\n\".\n"
+                                            "Run with --help for the list of commands.\n");
+}
+
 TEST(MirrorctlCommandLine, helpSaysWhatBecomesOfTheLights) {
     EXPECT_NE(mirrorctl({"palette", "--help"}).out.find("The lights are left alone"),
               std::string::npos);

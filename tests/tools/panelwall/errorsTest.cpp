@@ -39,6 +39,13 @@ TEST(PanelwallErrors, Help) {
         EXPECT_NE(wall.out.find(text), std::string::npos) << text;
 }
 
+TEST(PanelwallErrors, Version) {
+    Child wall({PANELWALL_PROGRAM, "--version"});
+    EXPECT_EQ(wall.waitExit(), 0);
+    EXPECT_EQ(wall.out, "panelwall " PROJECT_VERSION "\n");
+    EXPECT_EQ(wall.errors, "");
+}
+
 TEST(PanelwallErrors, Files) {
     const Folder folder;
     const auto missing = folder.file("missing.json");
