@@ -10,20 +10,20 @@ _mirrorctl() {
             --version" -- "$current"))
         return
     fi
-    case $previous in
-    --mode)
+    case $command:$previous in
+    *:--mode)
         COMPREPLY=($(compgen -W "match melt fade palette" -- "$current"))
         return ;;
-    --display)
+    layout:--display)
         COMPREPLY=($(compgen -W "$("${COMP_WORDS[0]}" displays 2>/dev/null |
             sed -n 's/^ *\([0-9][0-9]*\) .*/\1/p')" -- "$current"))
         return ;;
-    --screen | --seconds | --control-version)
+    *:--screen | *:--seconds | *:--control-version)
         return ;;
     esac
     case $command in
     displays) options="--json" ;;
-    check) options="--screen --strict --json" ;;
+    check) options="--screen --display --no-display --strict --json" ;;
     layout) options="--display --screen --control-version --mode" ;;
     run) options="--mode --seconds --once --json --no-count" ;;
     palette) options="--json" ;;

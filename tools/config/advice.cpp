@@ -44,7 +44,6 @@ public:
     std::vector<Problem> problems;
 
     void adviseOnAll() {
-        adviseOnMode();
         adviseOnFlashes();
         if (document.devices.empty())
             warn("/devices", "found no devices, without which nothing can be mirrored",
@@ -54,7 +53,6 @@ public:
     }
 
 private:
-    void adviseOnMode();
     void adviseOnFlashes();
     void adviseOnDevice(const DeviceEntry &device, const std::string &pointer);
     void adviseOnAddress(const DeviceEntry &device, const std::string &pointer);
@@ -77,14 +75,6 @@ private:
 };
 
 } // namespace
-
-void Adviser::adviseOnMode() {
-    if (!modeName(document.mode))
-        warn("/mode",
-             "expected 0 (match), 1 (melt), 2 (fade) or 3 (palette), found " +
-                 std::to_string(document.mode) + "; a run in such a mode ends at once",
-             "choose one of the four; mirrorctl run refuses any other");
-}
 
 void Adviser::adviseOnFlashes() {
     const double flashes = mostFlashes(document.mode);
@@ -118,6 +108,12 @@ void Adviser::adviseOnAddress(const DeviceEntry &device, const std::string &poin
         endpoint.first[0] = 6;
         std::copy_n(reinterpret_cast<const unsigned char *>(&v6), sizeof v6,
                     endpoint.first.begin() + 1);
+        if (IN6_IS_ADDR_LINKLOCAL(&v6))
+            warn(pointer + "/ip",
+                 "found the link-local address " + device.ip +
+                     ", which does not say on which network interface the light is; it may be "
+                     "looked for on another one",
+                 "write the light's IPv4 address, or another of its IPv6 addresses");
     } else {
         return; // an error, and told as one
     }
@@ -131,14 +127,21 @@ void Adviser::adviseOnAddress(const DeviceEntry &device, const std::string &poin
              "give each device its own address, or join their panels in one device");
 }
 
+static std::string shown(double number) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%g", number);
+    return text;
+}
+
 void Adviser::adviseOnSize(const DeviceEntry &device, const std::string &pointer) {
     const double half = halfSide(device);
     if (unsound.covers(pointer + "/shapeType"))
         return;
     if (half < 1.0)
         warn(pointer + "/scaleFactor",
-             "expected a number above 0, so that panels take their colour from an area; with this "
-             "one they take it from a single pixel",
+             "expected " + shown(3.0 / baseSize(device)) + " or more for this shapeType, found " +
+                 shown(device.scaleFactor) +
+                 ", with which the panels take their colour from a single pixel",
              "1 makes the area 100 pixels wide for shapeType 0, and 66 for any other");
     else if (screen && (2.0 * half > screen->width || 2.0 * half > screen->height))
         warn(pointer + "/scaleFactor",

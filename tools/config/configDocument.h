@@ -50,7 +50,7 @@ enum class Severity {
 struct Problem {
     std::string pointer;     // JSON pointer (RFC 6901); empty for the whole document
     std::string message;     // what was expected and what was found, one line
-    std::string remedy = {}; // how to mend it, one line; empty when the message says all
+    std::string remedy = {}; // how to fix it, one line; empty when the message says all
     Place place = {}; // of the member's name or the array's element; of a missing member: where
                       // the object begins that lacks it
     Severity severity = Severity::error;

@@ -2,6 +2,7 @@
 
 #include "tools/config/places.h"
 
+#include <cstring>
 #include <rapidjson/error/en.h>
 
 namespace config {
@@ -45,6 +46,14 @@ static Excess findExcess(const std::string &text) {
     return {};
 }
 
+// Whether a comment begins there, in one of the ways that other formats know.
+static bool isComment(const std::string &text, std::size_t offset) {
+    const auto begins = [&](const char *mark) {
+        return text.compare(offset, std::strlen(mark), mark) == 0;
+    };
+    return offset < text.size() && (begins("//") || begins("/*") || begins("#"));
+}
+
 static const char *remedyOf(rapidjson::ParseErrorCode error) {
     switch (error) {
     case rapidjson::kParseErrorDocumentEmpty:
@@ -52,8 +61,7 @@ static const char *remedyOf(rapidjson::ParseErrorCode error) {
     case rapidjson::kParseErrorDocumentRootNotSingular:
         return "take away what follows the closing brace";
     case rapidjson::kParseErrorValueInvalid:
-        return "a value is a number, a text in \"quotes\", [...], {...}, true, false or null; JSON "
-               "knows no comments";
+        return "a value is a number, a text in \"quotes\", [...], {...}, true, false or null";
     case rapidjson::kParseErrorObjectMissName:
         return "names stand in \"quotes\"; take away a comma before the closing brace, or close it";
     case rapidjson::kParseErrorObjectMissColon:
@@ -100,6 +108,11 @@ bool parse(const std::string &text, rapidjson::Document &tree, Problem &problem)
     tree.Parse(text.c_str());
     if (tree.HasParseError()) {
         problem.place = placeAt(text, tree.GetErrorOffset());
+        if (isComment(text, tree.GetErrorOffset())) {
+            problem.message = "found a comment; JSON has no comments";
+            problem.remedy = "remove the comments";
+            return false;
+        }
         problem.message = rapidjson::GetParseError_En(tree.GetParseError());
         if (text.starts_with("\xEF\xBB\xBF"))
             problem.remedy = "the text begins with a byte order mark; save it without one";

@@ -1,4 +1,4 @@
-// What is wrong with one value, and how to mend it, in words.
+// What is wrong with one value, and how to fix it, in words.
 #pragma once
 
 #include "tools/config/configDocument.h"

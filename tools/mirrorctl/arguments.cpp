@@ -1,8 +1,8 @@
 #include "tools/mirrorctl/arguments.h"
 
+#include "tools/config/deviceAddress.h"
 #include "tools/config/modes.h"
 #include "tools/mirrorctl/layoutPlan.h"
-#include "tools/mirrorctl/suitability.h"
 
 namespace mirrorctl {
 
@@ -43,9 +43,8 @@ static std::string checkShape(const std::string &text) {
 }
 
 static std::string checkAddress(const std::string &text) {
-    if (isAddress(text))
-        return {};
-    return "expected an IPv4 or IPv6 address in numbers, found " + text;
+    const auto problem = config::addressProblem(text);
+    return problem ? problem->message + "; " + problem->remedy : std::string();
 }
 
 CLI::Validator shapeArgument() {

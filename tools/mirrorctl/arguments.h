@@ -21,7 +21,7 @@ CLI::Validator sizeArgument();
 // A layout's shape; parseShape() reads it.
 CLI::Validator shapeArgument();
 
-// An IPv4 or IPv6 address in numbers.
+// The address of a light, in numbers.
 CLI::Validator addressArgument();
 
 // Two positive numbers with an x between them, such as 1920x1080; nothing when it is not that.

@@ -19,52 +19,74 @@ namespace mirrorctl {
 struct CheckOptions {
     std::string path;
     std::string screen;
+    bool needsDisplay = false;
+    bool ignoresDisplays = false;
     bool strict = false;
     bool json = false;
+
+    bool looksForDisplay() const { return needsDisplay || (!ignoresDisplays && screen.empty()); }
 };
 
-// The displays that are there; none also when the library cannot tell.
-static DisplayList displaysHere() {
-    const LibraryTalk talk;
-    try {
-        return listDisplays();
-    } catch (const std::exception &) {
-        return {};
-    }
-}
-
-// The size to compare with, and what to say if there is none or another.
+// What was found around the document: the size to compare its panels' places with, and whether its
+// display is there.
 struct Surroundings {
     std::optional<config::ScreenSize> screen;
-    std::vector<config::Problem> problems;
+    std::vector<config::Problem> problems; // of the display, without places
     std::string remark;
 };
 
-static Surroundings lookAround(const CheckOptions &options, const std::string &text) {
-    Surroundings around;
-    if (!options.screen.empty()) {
-        around.screen = parseSize(options.screen);
-        return around;
+static DisplayList askLibrary() {
+    const LibraryTalk talk;
+    return listDisplays();
+}
+
+// Looks for the document's display. That there is no server to ask, or that it hangs, is no finding
+// unless the display is needed.
+static void lookForDisplay(const config::Document &document, bool isNeeded, Surroundings &around) {
+    // Its connection lasts while the library asks: servers may reset when their last client leaves.
+    const ServerWatch watch;
+    if (isServerSilent(watch)) {
+        const std::string words = serverName() + " does not answer";
+        around.remark = "The displays are not known, since " + words + ".";
+        if (isNeeded)
+            around.problems = {{"/displayID", "cannot be looked for, since " + words,
+                                "is it stopped or overloaded? mirrorctl doctor says more"}};
+        return;
     }
-    const auto reading = config::readText(text);
-    const config::Document &document = reading.document;
-    const auto displays = displaysHere();
+    DisplayList list;
+    try {
+        list = askLibrary();
+    } catch (const std::exception &error) {
+        if (isNeeded)
+            throw;
+        around.remark = "The displays are not known: " + std::string(error.what()) + ".";
+        return;
+    }
+    if (list.displays.empty() && !isNeeded && watch.state() != ServerWatch::State::answering) {
+        around.remark = "There is no display here to look at.";
+        return;
+    }
+    around.problems = displayProblems(document, list);
     const auto wanted = static_cast<std::uint32_t>(document.displayID);
-    for (const Display &display : displays.displays)
+    for (const Display &display : list.displays)
         if (display.displayID == wanted && display.width > 0 && display.height > 0)
             around.screen = config::ScreenSize{display.width, display.height};
-    if (config::Unsound(reading.problems).covers("/devices"))
-        return around; // there are no panels to compare
-    if (displays.displays.empty() && isServerSilent())
-        around.remark = "There is no display to compare the panels' places with, since " +
-                        serverName() + " does not answer; --screen names its size.";
-    else if (displays.displays.empty())
-        around.remark = "There is no display here to compare the panels' places with; --screen "
-                        "names its size.";
-    else if (!config::Unsound(reading.problems).covers("/displayID"))
-        around.problems = displayProblems(document, displays);
-    for (auto &problem : around.problems)
-        problem.severity = config::Severity::warning;
+        else if (display.displayID == wanted)
+            around.remark = "The display gives no picture, so its size is not known.";
+}
+
+static Surroundings lookAround(const CheckOptions &options, const config::Reading &reading) {
+    Surroundings around;
+    const config::Unsound unsound(reading.problems);
+    if (options.looksForDisplay() && !unsound.covers("/displayID"))
+        lookForDisplay(reading.document, options.needsDisplay, around);
+    if (!options.screen.empty())
+        around.screen = parseSize(options.screen);
+    if (around.screen || unsound.covers("/devices"))
+        around.remark.clear(); // nothing was left out
+    else
+        around.remark += std::string(around.remark.empty() ? "" : " ") +
+                         "The panels' places were not checked; --screen names the display's size.";
     return around;
 }
 
@@ -73,30 +95,45 @@ static void append(std::vector<config::Problem> &problems, std::vector<config::P
                     std::make_move_iterator(more.end()));
 }
 
-static Findings review(const CheckOptions &options, const std::string &text) {
-    Surroundings around = lookAround(options, text);
-    config::Reading reading = config::reviewText(text, around.screen);
-    Findings findings;
-    findings.remark = around.remark;
+// The status of a run, which would be refused for the same reasons in the same order.
+static ExitStatus statusOf(const std::vector<config::Problem> &document,
+                           const std::vector<config::Problem> &modes,
+                           const std::vector<config::Problem> &addresses,
+                           const std::vector<config::Problem> &displays) {
+    if (!modes.empty() || std::any_of(document.begin(), document.end(), isError))
+        return ExitStatus::documentFaulty;
+    if (!addresses.empty())
+        return ExitStatus::addressFaulty;
+    return displays.empty() ? ExitStatus::done : ExitStatus::displayMissing;
+}
+
+static ExitStatus review(const CheckOptions &options, const std::string &text, Findings &findings) {
+    config::Reading reading = config::readText(text);
+    const Surroundings around = lookAround(options, reading);
     const config::Unsound unsound(reading.problems);
-    findings.onlyAddresses =
-        std::none_of(reading.problems.begin(), reading.problems.end(), isError);
-    // Places can be found only in what parses.
-    if (!unsound.covers("/devices")) {
-        auto addresses = addressProblems(reading.document);
-        std::erase_if(addresses, [&](const auto &one) { return unsound.covers(one.pointer); });
-        append(around.problems, addresses);
-    }
-    if (!around.problems.empty())
-        config::locate(text, around.problems);
-    append(reading.problems, around.problems);
+    const auto isUnsound = [&](const auto &problem) { return unsound.covers(problem.pointer); };
+    reading = config::reviewText(text, around.screen);
+    auto modes = modeProblems(reading.document);
+    std::erase_if(modes, isUnsound);
+    auto addresses = addressProblems(reading.document);
+    std::erase_if(addresses, isUnsound);
+    const ExitStatus status = statusOf(reading.problems, modes, addresses, around.problems);
+
+    std::vector<config::Problem> placeless = std::move(modes);
+    append(placeless, std::move(addresses));
+    append(placeless, around.problems);
+    if (!placeless.empty()) // otherwise the text may not even parse
+        config::locate(text, placeless);
     findings.problems = std::move(reading.problems);
+    append(findings.problems, std::move(placeless));
     std::stable_sort(findings.problems.begin(), findings.problems.end(),
                      [](const auto &a, const auto &b) {
                          return std::pair(a.place.line, a.place.column) <
                                 std::pair(b.place.line, b.place.column);
                      });
-    return findings;
+    findings.remark = around.remark;
+    findings.screenKnown = around.screen.has_value();
+    return status;
 }
 
 static ExitStatus checkDocument(const CheckOptions &options) {
@@ -107,46 +144,56 @@ static ExitStatus checkDocument(const CheckOptions &options) {
         fprintf(stderr, "%s: cannot be read: %s\n", name.c_str(), reason.c_str());
         return ExitStatus::fileUnreadable;
     }
-    const Findings findings = review(options, *text);
+    Findings findings;
+    const ExitStatus status = review(options, *text, findings);
     if (options.json)
         puts(jsonText(name, findings).c_str());
     else
         print(name, findings);
-    if (count(findings, config::Severity::error) > 0)
-        return findings.onlyAddresses ? ExitStatus::addressFaulty : ExitStatus::documentFaulty;
     const bool isFlawed = options.strict && count(findings, config::Severity::warning) > 0;
-    return isFlawed ? ExitStatus::documentFaulty : ExitStatus::done;
+    return status == ExitStatus::done && isFlawed ? ExitStatus::documentFaulty : status;
 }
 
 void addCheckCommand(CLI::App &program, Action &chosen) {
-    auto *command = program.add_subcommand("check", "Tell all that is wrong with a configuration");
+    auto *command =
+        program.add_subcommand("check", "Report everything that is wrong with a configuration");
     const auto options = std::make_shared<CheckOptions>();
     command->add_option("CONFIG", options->path, "The document; - reads standard input")
         ->required()
         ->type_name("");
     command
         ->add_option("--screen", options->screen,
-                     "The size of the display in pixels, such as 1920x1080: instead of looking "
-                     "for the display here")
+                     "The display's size in pixels, such as 1920x1080, instead of looking for the "
+                     "display")
         ->type_name("WxH")
         ->check(sizeArgument());
+    auto *display = command->add_flag("--display", options->needsDisplay,
+                                      "Report it also when there is no display server to ask");
+    command->add_flag("--no-display", options->ignoresDisplays, "Look for no display")
+        ->excludes(display);
     command->add_flag("--strict", options->strict, "Let warnings count as faults");
     command->add_flag("--json", options->json, "Print for scripts");
     command->footer(
-        "Tells everything at once: for each finding the line and column, the JSON pointer, what\n"
-        "was expected and found, and how to mend it.\n"
+        "Reports everything at once: for each finding the line and column, the JSON pointer, what\n"
+        "was expected and found, and how to fix it. A document without errors and warnings is\n"
+        "fine; cautions follow after that word.\n"
         "\n"
-        "  error     the library would stop its process, or a light would stay dark\n"
-        "  warning   readable, but hardly meant: panels off the screen, an address or an\n"
-        "            identifier twice, members that nobody reads, a mode or a display that does\n"
-        "            not exist, values too large for the datagrams\n"
-        "  caution   to be known: a mode in which the whole wall can flash more than three times\n"
-        "            a second, which can set off seizures in some people\n"
+        "  error     mirrorctl run refuses it: members missing or of the wrong type, a mode or a\n"
+        "            display that does not exist, an address that no light can have\n"
+        "  warning   accepted, but probably a mistake: panels off the screen, an address or an\n"
+        "            identifier twice, members that the library does not read, values too large\n"
+        "            for the datagrams\n"
+        "  caution   good to know: in most modes the whole wall can flash more than three times a\n"
+        "            second, which can set off seizures in some people\n"
         "\n"
-        "The errors are those of the schema that comes with this program\n"
-        "(mirror-config.schema.json), which editors can use as well, and addresses that are none.\n"
-        "Nothing is sent and nothing captured. With warnings and cautions alone the exit status\n"
-        "is 0, with --strict and a warning 65.\n\n" +
+        "The display is looked for if a display server answers. A server that is missing or hangs\n"
+        "is no finding, except with --display. With --no-display or --screen alone no display is\n"
+        "looked for, as for a document that another machine will use.\n"
+        "\n"
+        "The schema of documents comes with this program (mirror-config.schema.json); editors can\n"
+        "use it as well. Nothing is sent and nothing captured. The exit status is the one that\n"
+        "mirrorctl run would end with: 65, 68 or 69 for errors. With warnings and cautions alone\n"
+        "it is 0, with --strict and a warning 65.\n\n" +
         exitStatusHelp());
     command->callback(
         [&chosen, options] { chosen = [options] { return checkDocument(*options); }; });

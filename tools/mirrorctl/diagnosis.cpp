@@ -41,7 +41,7 @@ void print(const std::vector<Ward> &wards) {
             printf("  %-6s  %s: %s\n", verdictName(check.verdict), check.subject.c_str(),
                    sentence(check.words).c_str());
             if (!check.remedy.empty())
-                printf("          To mend it: %s\n", sentence(check.remedy).c_str());
+                printf("          To fix it: %s\n", sentence(check.remedy).c_str());
         }
     }
     printf("%zu good, %zu unsure, %zu bad.\n", counts[0], counts[1], counts[2]);

@@ -35,7 +35,7 @@ static bool isMeantBy(const Display &display, const config::Document &document) 
 static std::string remedyAfter(const Ward &system, const std::string &guess) {
     const auto isBad = [](const Check &check) { return check.verdict == Verdict::bad; };
     return std::any_of(system.checks.begin(), system.checks.end(), isBad)
-               ? "first mend what is bad under System"
+               ? "first fix what is bad under System"
                : guess;
 }
 
@@ -92,7 +92,7 @@ static std::optional<config::Reading> examineDocument(const std::string &path, W
         {Verdict::bad, name,
          std::to_string(count) + (count == 1 ? " error" : " errors") +
              ", the first: " + config::describe("", reading.problems[0]).substr(2),
-         "mirrorctl check " + name + " tells them all, and how to mend them",
+         "mirrorctl check " + name + " tells them all, and how to fix them",
          ExitStatus::documentFaulty});
     return std::nullopt;
 }

@@ -12,7 +12,7 @@ std::string exitStatusHelp() {
         {ExitStatus::documentFaulty, "the configuration document has faults"},
         {ExitStatus::fileUnreadable, "the configuration file is missing or cannot be read"},
         {ExitStatus::addressFaulty,
-         "a device's address is neither IPv4 nor IPv6, or (doctor) cannot be reached"},
+         "a device's address is not that of a light, or (doctor) cannot be reached"},
         {ExitStatus::displayMissing,
          "there is no such display, or none at all, or the display server does not answer"},
         {ExitStatus::failed, "anything else went wrong"},

@@ -30,25 +30,33 @@ static std::string counted(std::size_t number, const std::string &thing) {
     return std::to_string(number) + " " + thing + (number == 1 ? "" : "s");
 }
 
+static void print(const std::string &name, const config::Problem &problem) {
+    const bool isCaution = problem.severity == config::Severity::caution;
+    printf("%s:%zu:%zu: %s: ", name.c_str(), problem.place.line, problem.place.column,
+           severityName(problem.severity));
+    if (!problem.pointer.empty())
+        printf("%s: ", config::shownPointer(problem.pointer).c_str());
+    printf("%s%s\n", problem.message.c_str(), problem.message.ends_with('.') ? "" : ".");
+    if (!problem.remedy.empty())
+        printf("    %s: %s.\n", isCaution ? "What to do" : "To fix it", problem.remedy.c_str());
+}
+
 void print(const std::string &name, const Findings &findings) {
-    for (const auto &problem : findings.problems) {
-        printf("%s:%zu:%zu: %s: ", name.c_str(), problem.place.line, problem.place.column,
-               severityName(problem.severity));
-        if (!problem.pointer.empty())
-            printf("%s: ", config::shownPointer(problem.pointer).c_str());
-        printf("%s%s\n", problem.message.c_str(), problem.message.ends_with('.') ? "" : ".");
-        if (!problem.remedy.empty())
-            printf("    To mend it: %s.\n", problem.remedy.c_str());
-    }
+    for (const auto &problem : findings.problems)
+        if (problem.severity != config::Severity::caution)
+            print(name, problem);
+    const std::size_t errors = count(findings, config::Severity::error);
+    const std::size_t warnings = count(findings, config::Severity::warning);
+    if (errors + warnings == 0)
+        printf("%s: fine.\n", name.c_str());
+    else
+        printf("%s: %s, %s.\n", name.c_str(), counted(errors, "error").c_str(),
+               counted(warnings, "warning").c_str());
     if (!findings.remark.empty())
         printf("%s\n", findings.remark.c_str());
-    if (findings.problems.empty())
-        printf("%s: no faults found.\n", name.c_str());
-    else
-        printf("%s: %s, %s, %s.\n", name.c_str(),
-               counted(count(findings, config::Severity::error), "error").c_str(),
-               counted(count(findings, config::Severity::warning), "warning").c_str(),
-               counted(count(findings, config::Severity::caution), "caution").c_str());
+    for (const auto &problem : findings.problems)
+        if (problem.severity == config::Severity::caution)
+            print(name, problem);
 }
 
 std::string jsonText(const std::string &name, const Findings &findings) {
@@ -70,7 +78,7 @@ std::string jsonText(const std::string &name, const Findings &findings) {
     number("warnings", count(findings, config::Severity::warning));
     number("cautions", count(findings, config::Severity::caution));
     writer.Key("screenKnown");
-    writer.Bool(findings.remark.empty());
+    writer.Bool(findings.screenKnown);
     writer.Key("problems");
     writer.StartArray();
     for (const auto &problem : findings.problems) {

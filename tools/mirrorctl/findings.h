@@ -12,8 +12,8 @@ namespace mirrorctl {
 
 struct Findings {
     std::vector<config::Problem> problems;
-    bool onlyAddresses = false; // all errors are addresses that are none
-    std::string remark;         // one line on what could not be looked at, or empty
+    std::string remark;       // one line on what could not be looked at, or empty
+    bool screenKnown = false; // the display's size, which the panels' places were compared with
 };
 
 inline bool isError(const config::Problem &problem) {
@@ -22,8 +22,9 @@ inline bool isError(const config::Problem &problem) {
 
 std::size_t count(const Findings &findings, config::Severity severity);
 
-// For readers, on standard output: "NAME:LINE:COLUMN: error: POINTER: MESSAGE", a line on how to
-// mend it, and at the end a line that counts.
+// For readers, on standard output: "NAME:LINE:COLUMN: error: POINTER: MESSAGE" and a line on how to
+// fix it for each error and warning, the verdict ("NAME: fine." without any), and then the
+// cautions.
 void print(const std::string &name, const Findings &findings);
 
 // For scripts: one object on one line.

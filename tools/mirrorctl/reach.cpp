@@ -1,5 +1,6 @@
 #include "tools/mirrorctl/reach.h"
 
+#include "tools/config/deviceAddress.h"
 #include "tools/config/quote.h"
 #include "tools/mirrorctl/system.h"
 
@@ -10,6 +11,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <netinet/in.h>
+#include <optional>
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -33,8 +35,8 @@ public:
             close(fd);
     }
     Attempt(Attempt &&other) noexcept
-        : device(other.device), fd(std::exchange(other.fd, -1)), error(other.error),
-          isLoopback(other.isLoopback), from(std::move(other.from)) {}
+        : device(other.device), problem(std::move(other.problem)), fd(std::exchange(other.fd, -1)),
+          error(other.error), isLoopback(other.isLoopback), from(std::move(other.from)) {}
     Attempt(const Attempt &) = delete;
     Attempt &operator=(const Attempt &) = delete;
 
@@ -45,6 +47,7 @@ public:
     bool isOpen() const { return fd >= 0 && error == 0; }
 
     const config::DeviceEntry &device;
+    std::optional<config::Problem> problem; // of the address, which is then not tried
     int fd = -1;
     int error = 0;
     bool isLoopback = true;
@@ -62,7 +65,7 @@ static std::string textOf(const Address &address) {
     return text;
 }
 
-// The address and its size; 0 when the text is none.
+// The address and its size; 0 when the text is not an address.
 static socklen_t read(const config::DeviceEntry &device, Address &address) {
     address = {};
     const auto port = htons(static_cast<std::uint16_t>(device.port()));
@@ -80,12 +83,11 @@ static socklen_t read(const config::DeviceEntry &device, Address &address) {
 }
 
 void Attempt::begin() {
+    problem = config::addressProblem(device.ip);
+    if (problem)
+        return;
     Address to;
     const socklen_t size = read(device, to);
-    if (size == 0) {
-        error = EINVAL;
-        return;
-    }
     isLoopback = to.any.sa_family == AF_INET6 ? IN6_IS_ADDR_LOOPBACK(&to.v6.sin6_addr)
                                               : ntohl(to.v4.sin_addr.s_addr) >> 24 == 127;
     fd = socket(to.any.sa_family, SOCK_DGRAM, 0);
@@ -122,15 +124,20 @@ Check Attempt::outcome() const {
     const std::string shown = config::quote(device.ip.data(), device.ip.size());
     const std::string plain = shown.substr(1, shown.size() - 2);
     check.subject = (isV6 ? "[" + plain + "]" : plain) + ":" + std::to_string(device.port());
-    check.verdict = error == 0 ? Verdict::good : Verdict::bad;
+    check.verdict = error == 0 && !problem ? Verdict::good : Verdict::bad;
     check.status = ExitStatus::addressFaulty;
+    if (problem) {
+        check.words = problem->message;
+        check.remedy = problem->remedy;
+        return check;
+    }
     switch (error) {
     case 0:
         check.words = "sent to from " + from + ", and nobody objected";
         break;
     case EINVAL:
-        check.words = "no IPv4 or IPv6 address in numbers";
-        check.remedy = "write the device's address in numbers, such as 192.0.2.7";
+        check.words = "a link-local address, which does not say on which network interface";
+        check.remedy = "write the light's IPv4 address, or another of its IPv6 addresses";
         break;
     case ECONNREFUSED:
         check.words = "somebody is there, but nothing listens at this port";

@@ -8,8 +8,11 @@
 namespace mirrorctl {
 
 bool isServerSilent() {
+    return isServerSilent(ServerWatch());
+}
+
+bool isServerSilent(const ServerWatch &watch) {
     constexpr double patience = 1.0;
-    const ServerWatch watch;
     if (watch.descriptor() >= 0)
         awaitReadable({watch.descriptor()}, patience);
     return watch.state() == ServerWatch::State::opening;

@@ -12,8 +12,12 @@ namespace mirrorctl {
 // What this system's server is called in a sentence, such as: the X server ":7".
 std::string serverName();
 
-// Whether there is a server that can be reached but does not answer within a second.
+class ServerWatch;
+
+// Whether there is a server that can be reached but does not answer within a second. Asks over a
+// connection of its own, or that of a watch which has just begun.
 bool isServerSilent();
+bool isServerSilent(const ServerWatch &watch);
 
 // A sentence about the server, such as: The X server ":7" has gone.
 std::string aboutServer(const std::string &predicate);

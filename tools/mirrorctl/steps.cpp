@@ -15,7 +15,7 @@ static void print(const std::string &path, const std::vector<config::Problem> &p
     for (const auto &problem : problems) {
         fprintf(stderr, "%s\n", config::describe(name, problem).c_str());
         if (!problem.remedy.empty())
-            fprintf(stderr, "    To mend it: %s.\n", problem.remedy.c_str());
+            fprintf(stderr, "    To fix it: %s.\n", problem.remedy.c_str());
     }
 }
 

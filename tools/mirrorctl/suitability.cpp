@@ -1,11 +1,9 @@
 #include "tools/mirrorctl/suitability.h"
 
+#include "tools/config/deviceAddress.h"
 #include "tools/config/modes.h"
-#include "tools/config/pointer.h"
-#include "tools/config/quote.h"
 
 #include <algorithm>
-#include <arpa/inet.h>
 
 namespace mirrorctl {
 
@@ -14,28 +12,17 @@ std::vector<config::Problem> modeProblems(const config::Document &document) {
         return {};
     return {{"/mode",
              "expected 0 (match), 1 (melt), 2 (fade) or 3 (palette), found " +
-                 std::to_string(document.mode),
+                 std::to_string(document.mode) + "; a run in any other mode ends at once",
              "choose one of these four"}};
-}
-
-bool isAddress(const std::string &text) {
-    in_addr v4;
-    in6_addr v6;
-    return inet_pton(AF_INET, text.c_str(), &v4) == 1 ||
-           inet_pton(AF_INET6, text.c_str(), &v6) == 1;
 }
 
 std::vector<config::Problem> addressProblems(const config::Document &document) {
     std::vector<config::Problem> problems;
-    for (std::size_t i = 0; i < document.devices.size(); ++i) {
-        const std::string &ip = document.devices[i].ip;
-        if (!isAddress(ip))
-            problems.push_back({"/devices/" + std::to_string(i) + "/ip",
-                                "expected an IPv4 or IPv6 address in numbers, such as 192.0.2.7 "
-                                "or 2001:db8::7, found " +
-                                    config::quote(ip.data(), ip.size()),
-                                "write the device's address in numbers; names are not looked up"});
-    }
+    for (std::size_t i = 0; i < document.devices.size(); ++i)
+        if (auto problem = config::addressProblem(document.devices[i].ip)) {
+            problem->pointer = "/devices/" + std::to_string(i) + "/ip";
+            problems.push_back(std::move(*problem));
+        }
     return problems;
 }
 

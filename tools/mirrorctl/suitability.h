@@ -9,11 +9,7 @@ namespace mirrorctl {
 // With a mode that does not exist, the library's run ends as soon as it has begun.
 std::vector<config::Problem> modeProblems(const config::Document &document);
 
-// Whether it is an IPv4 or IPv6 address in numbers.
-bool isAddress(const std::string &text);
-
-// The library does not report addresses that cannot be parsed; such devices just stay dark. IPv4
-// must be four decimal numbers without leading zeros, since elsewhere 010 may mean 8.
+// Each device must have the address of one light (addressProblem()).
 std::vector<config::Problem> addressProblems(const config::Document &document);
 
 // The display must be one that the library lists. No other is ever taken in its place.

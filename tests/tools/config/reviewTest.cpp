@@ -127,6 +127,15 @@ TEST(ConfigReview, warnsOfSizesThatMakeNoSense) {
     };
     for (const char *scale : {"0", "-1", "0.001", "1e300"})
         EXPECT_EQ(only(sized(scale)).pointer, "/devices/0/scaleFactor") << scale;
+    EXPECT_EQ(only(sized("0.0199")).message,
+              "expected 0.02 or more for this shapeType, found 0.0199, with which the panels take "
+              "their colour from a single pixel");
+    EXPECT_EQ(outline(sized("0.02")), "");
+    std::string other = sized("0.02");
+    other.replace(other.find("shapeType\": 0") + 12, 1, "7");
+    EXPECT_EQ(only(other).message.find("expected 0.03 or more"), 0u);
+    other.replace(other.find("0.02"), 4, "0.03");
+    EXPECT_EQ(outline(other), "");
     EXPECT_EQ(outline(sized("4.8")), "");
     EXPECT_EQ(only(sized("4.9")).pointer, "/devices/0/scaleFactor");
 }
@@ -134,8 +143,6 @@ TEST(ConfigReview, warnsOfSizesThatMakeNoSense) {
 TEST(ConfigReview, warnsOfWhatStaysDark) {
     EXPECT_EQ(only(R"({"displayID": 1, "mode": 0, "devices": []})").pointer, "/devices");
     EXPECT_EQ(only(document("", "")).pointer, "/devices/0/panels");
-    EXPECT_EQ(only(document("", panel, 4)).pointer, "/mode");
-    EXPECT_EQ(only(document("", panel, -1)).pointer, "/mode");
 }
 
 TEST(ConfigReview, warnsOfDatagramsThatCannotBeSent) {

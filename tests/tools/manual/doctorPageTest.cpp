@@ -17,9 +17,10 @@ std::string fileText(const std::string &path) {
 // What the doctor is made of, with literals that are spread over several lines put together.
 std::string program() {
     std::string text;
-    for (const char *name : {"captureTrial", "doctorCommand", "displayList", "reach", "systemMac",
-                             "systemX11", "xChecks"})
-        text += fileText(TREE "/tools/mirrorctl/" + std::string(name) + ".cpp");
+    for (const char *name : {"config/deviceAddress", "mirrorctl/captureTrial",
+                             "mirrorctl/doctorCommand", "mirrorctl/displayList", "mirrorctl/reach",
+                             "mirrorctl/systemMac", "mirrorctl/systemX11", "mirrorctl/xChecks"})
+        text += fileText(TREE "/tools/" + std::string(name) + ".cpp");
     text = std::regex_replace(text, std::regex("\"\\s+\""), "");
     return std::regex_replace(text, std::regex("\\\\\""), "\"");
 }
@@ -51,7 +52,7 @@ TEST(DoctorPage, saysWhatTheDoctorSays) {
     std::size_t rows = 0;
     for (std::string line; std::getline(page, line);) {
         const std::vector<std::string> cells = cellsOf(line);
-        if (cells.empty() || line.starts_with("|---") || line.find("| to mend it |") < line.size())
+        if (cells.empty() || line.starts_with("|---") || line.find("| to fix it |") < line.size())
             continue;
         ++rows;
         // With a column for what was examined, or without.

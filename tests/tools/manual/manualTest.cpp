@@ -147,6 +147,8 @@ TEST(Completion, offersValuesInBash) {
     EXPECT_EQ(offeredByBash("mirrorctl", "mirrorctl run a.json --mode \"\""),
               (Words{"fade", "match", "melt", "palette"}));
     EXPECT_EQ(offeredByBash("mirrorctl", "mirrorctl run --s"), Words{"--seconds"});
+    EXPECT_TRUE(offeredByBash("mirrorctl", "mirrorctl check --display " MANUALS "mirr")
+                    .contains(MANUALS "mirrorctl.1"));
     EXPECT_TRUE(offeredByBash("mirrorctl", "mirrorctl run " MANUALS "mirr")
                     .contains(MANUALS "mirrorctl.1"));
     EXPECT_TRUE(offeredByBash("mirrorctl", "mirrorctl mirror \"\"").empty());

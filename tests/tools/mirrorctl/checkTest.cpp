@@ -42,23 +42,23 @@ TEST(MirrorctlCheck, tellsEverythingAtOnce) {
         ending.out,
         "standard input:1:1: error: /displayID: expected an integer that fits 32 bits, found no "
         "member of this name.\n"
-        "    To mend it: rename \"displayId\" to \"displayID\".\n"
+        "    To fix it: rename \"displayId\" to \"displayID\".\n"
         "standard input:2:3: warning: /displayId: found a member that the library does not read.\n"
-        "    To mend it: rename it to \"displayID\".\n"
+        "    To fix it: rename it to \"displayID\".\n"
         "standard input:5:6: error: /devices/0/ip: expected an IPv4 or IPv6 address in numbers, "
         "such as 192.0.2.7 or 2001:db8::7, found \"lamp\".\n"
-        "    To mend it: write the device's address in numbers; names are not looked up.\n"
+        "    To fix it: write the device's address in numbers; names are not looked up.\n"
         "standard input:5:20: error: /devices/0/controlVersion: expected an integer that fits 32 "
         "bits, found the string \"2\".\n"
-        "    To mend it: write 2 without quotes.\n"
+        "    To fix it: write 2 without quotes.\n"
         "standard input:6:22: warning: /devices/0/panels/0/centroidX: expected a place on the "
         "screen, 0 to 639, found 700; the panel takes its colour from the screen's edge.\n"
-        "    To mend it: put the panel's centre on the screen (640 x 480).\n"
-        "standard input: 3 errors, 2 warnings, 0 cautions.\n");
+        "    To fix it: put the panel's centre on the screen (640 x 480).\n"
+        "standard input: 3 errors, 2 warnings.\n");
 }
 
 TEST(MirrorctlCheck, printsForScripts) {
-    const LightsFile file(lightsText(5, "127.0.58.60", 7));
+    const LightsFile file(lightsText(5, "fe80::58:60", 3));
     const Ending ending = mirrorctl({"check", file.path(), "--json"}, {{"DISPLAY", ""}});
     EXPECT_EQ(ending.status, 0);
     rapidjson::Document tree;
@@ -72,24 +72,158 @@ TEST(MirrorctlCheck, printsForScripts) {
     ASSERT_EQ(tree["problems"].Size(), 1u);
     const auto &problem = tree["problems"][0];
     EXPECT_STREQ(problem["severity"].GetString(), "warning");
-    EXPECT_STREQ(problem["pointer"].GetString(), "/mode");
+    EXPECT_STREQ(problem["pointer"].GetString(), "/devices/0/ip");
     EXPECT_EQ(problem["line"].GetUint(), 1u);
-    EXPECT_EQ(problem["column"].GetUint(), 18u);
+    EXPECT_EQ(problem["column"].GetUint(), 42u);
     EXPECT_TRUE(problem["message"].IsString() && problem["remedy"].IsString());
 }
 
 TEST(MirrorctlCheck, countsWarningsAsFaultsOnlyWhenTold) {
-    const std::string odd = lightsText(5, "127.0.58.60", 4);
+    const std::string odd = lightsText(5, "fe80::58:60", 3);
     EXPECT_EQ(check(odd, {"--screen", "640x480"}).status, 0);
     EXPECT_EQ(check(odd, {"--screen", "640x480", "--strict"}).status, 65);
     // A caution is no fault.
     const Ending match =
         check(lightsText(5, "127.0.58.60", 0), {"--screen", "640x480", "--strict"});
     EXPECT_EQ(match.status, 0);
-    EXPECT_TRUE(contains(match.out, "caution: /mode: match mode")) << match.out;
     const Ending good = check(lightsText(5, "127.0.58.60", 3), {"--screen", "640x480"});
     EXPECT_EQ(good.status, 0);
-    EXPECT_EQ(good.out, "standard input: no faults found.\n");
+    EXPECT_EQ(good.out, "standard input: fine.\n");
+}
+
+TEST(MirrorctlCheck, saysFineBeforeAnyCaution) {
+    const Ending ending = check(lightsText(5, "127.0.58.60", 0), {"--screen", "640x480"});
+    EXPECT_EQ(ending.status, 0);
+    EXPECT_TRUE(ending.out.starts_with("standard input: fine.\n"
+                                       "standard input:1:18: caution: /mode: match mode lets the "
+                                       "whole wall flash up to 11.9 times a second"))
+        << ending.out;
+    EXPECT_TRUE(contains(ending.out, "\n    What to do: ")) << ending.out;
+    const Ending faulty = check(lightsText(5, "lamp", 0), {"--screen", "640x480"});
+    EXPECT_TRUE(contains(faulty.out, "standard input: 1 error, 0 warnings.\n"
+                                     "standard input:1:18: caution: "))
+        << faulty.out;
+}
+
+// What a run refuses is an error, with the status that the run would end with.
+TEST(MirrorctlCheck, refusesModesThatDoNotExist) {
+    for (const int mode : {-1, 4}) {
+        const Ending ending = check(lightsText(5, "127.0.58.60", mode), {"--screen", "640x480"});
+        EXPECT_EQ(ending.status, 65);
+        EXPECT_EQ(ending.out,
+                  "standard input:1:18: error: /mode: expected 0 (match), 1 (melt), 2 (fade) or 3 "
+                  "(palette), found " +
+                      std::to_string(mode) +
+                      "; a run in any other mode ends at once.\n"
+                      "    To fix it: choose one of these four.\n"
+                      "standard input: 1 error, 0 warnings.\n");
+    }
+}
+
+TEST(MirrorctlCheck, looksForTheDisplayWhereThereIsAServer) {
+    const test::VirtualScreen screen(640, 480);
+    const auto there = test::onlyDisplay(screen.display());
+    const auto look = [&](std::uint32_t wanted, const std::vector<std::string> &arguments) {
+        std::vector<std::string> words = {"check", "-"};
+        words.insert(words.end(), arguments.begin(), arguments.end());
+        return mirrorctl(words, {{"DISPLAY", screen.display()}},
+                         lightsText(wanted, "127.0.58.60", 3));
+    };
+    const std::string missing =
+        "standard input:1:2: error: /displayID: expected one of the displays there are: " +
+        std::to_string(there) + " (640 x 480); found " + std::to_string(there + 1) +
+        ".\n"
+        "    To fix it: choose one of them; no other is ever taken in its place.\n";
+    EXPECT_EQ(look(there, {}).out, "standard input: fine.\n");
+    EXPECT_EQ(look(there, {"--display"}).out, "standard input: fine.\n");
+    const Ending other = look(there + 1, {});
+    EXPECT_EQ(other.status, 69);
+    EXPECT_EQ(other.out, missing + "standard input: 1 error, 0 warnings.\n"
+                                   "The panels' places were not checked; --screen names the "
+                                   "display's size.\n");
+    EXPECT_EQ(look(there + 1, {"--no-display"}).status, 0);
+    EXPECT_EQ(look(there + 1, {"--screen", "640x480"}).out, "standard input: fine.\n");
+    EXPECT_EQ(look(there + 1, {"--screen", "640x480", "--display"}).out,
+              missing + "standard input: 1 error, 0 warnings.\n");
+    EXPECT_EQ(look(there, {"--display", "--no-display"}).status, 64);
+}
+
+TEST(MirrorctlCheck, needsADisplayOnlyWhenTold) {
+    const std::string good = lightsText(5, "127.0.58.60", 3);
+    EXPECT_EQ(check(good, {"--no-display"}).status, 0);
+    const Ending needed = check(good, {"--display"});
+    EXPECT_EQ(needed.status, 69);
+    EXPECT_TRUE(contains(needed.out, "standard input:1:2: error: /displayID: expected a display, "
+                                     "but there is none at all; found 5.\n"))
+        << needed.out;
+    // Nobody is at this address of a server.
+    const Ending absent = mirrorctl({"check", "-"}, {{"DISPLAY", "/nonexistent/words:0"}}, good);
+    EXPECT_EQ(absent.status, 0);
+}
+
+TEST(MirrorctlCheck, endsWithTheStatusOfARun) {
+    const std::string address = lightsText(5, "lamp", 3);
+    EXPECT_EQ(check(address, {"--display"}).status, 68);
+    EXPECT_EQ(check(lightsText(5, "lamp", 4), {"--display"}).status, 65);
+}
+
+TEST(MirrorctlCheck, tellsAddressesThatNoLightCanHave) {
+    const struct {
+        const char *ip;
+        const char *words;
+        const char *remedy;
+    } cases[] = {
+        {"0.0.0.0", "which stands for no address", "write the light's own address"},
+        {"::", "which stands for no address", "write the light's own address"},
+        {"255.255.255.255", "which is the broadcast address", "write the light's own address"},
+        {"224.0.0.1", "which is a multicast address", "write the light's own address"},
+        {"239.255.255.255", "which is a multicast address", "write the light's own address"},
+        {"ff02::1", "which is a multicast address", "write the light's own address"},
+        {"192.0.2.7:60221", "expected an address without brackets and port",
+         "write \"192.0.2.7\"; the port follows from controlVersion (1: 60221, any other: 60222)"},
+        {"[::1]:60222", "expected an address without brackets and port", "write \"::1\"; the port"},
+        {"[2001:db8::7]", "expected an address without brackets and port",
+         "write \"2001:db8::7\"; the port"},
+        {"fe80::1%eth0", "expected an address without a zone", "write the light's IPv4 address"},
+        {"lamp:60221", "expected an IPv4 or IPv6 address in numbers", "names are not looked up"},
+        {"[lamp]:60221", "expected an IPv4 or IPv6 address in numbers", "names are not looked up"},
+        {"[", "expected an IPv4 or IPv6 address in numbers", "names are not looked up"},
+        {"[::1]x:1", "expected an IPv4 or IPv6 address in numbers", "names are not looked up"},
+    };
+    for (const auto &one : cases) {
+        const Ending ending = check(lightsText(5, one.ip, 3), {"--screen", "640x480"});
+        EXPECT_EQ(ending.status, 68) << one.ip;
+        EXPECT_TRUE(contains(ending.out, "error: /devices/0/ip: ")) << ending.out;
+        EXPECT_TRUE(contains(ending.out, one.words)) << ending.out;
+        EXPECT_TRUE(contains(ending.out, one.remedy)) << ending.out;
+        EXPECT_TRUE(contains(ending.out, "found \"" + std::string(one.ip) + "\"")) << ending.out;
+    }
+    for (const char *ip : {"223.255.255.255", "240.0.0.1", "192.168.1.255", "fd00::1", "fe00::1"})
+        EXPECT_EQ(check(lightsText(5, ip, 3), {"--screen", "640x480"}).out,
+                  "standard input: fine.\n");
+    EXPECT_TRUE(contains(check(lightsText(5, "fe80::1", 3)).out,
+                         "warning: /devices/0/ip: found the link-local address fe80::1, which does "
+                         "not say on which network interface the light is"));
+}
+
+TEST(MirrorctlCheck, namesComments) {
+    const std::string good = lightsText(5, "127.0.58.60", 3);
+    const auto with = [&](const std::string &before, const std::string &comment) {
+        std::string text = good;
+        return text.insert(text.find(before), comment);
+    };
+    for (const std::string &text :
+         {"// a comment\n" + good, with("\"displayID", "/* a */ "), with("5", "// a\n"),
+          with(", \"mode", " # a\n"), with("{\"panelID", "// a\n"), with("}]}]}", " // a\n"),
+          with("]}]}", " // a\n"), good + " // a", with(":", "/**/")}) {
+        const Ending ending = check(text);
+        EXPECT_EQ(ending.status, 65);
+        EXPECT_TRUE(contains(ending.out, "error: found a comment; JSON has no comments.\n"
+                                         "    To fix it: remove the comments.\n"))
+            << text << '\n'
+            << ending.out;
+    }
+    EXPECT_FALSE(contains(check("{\"a\":/1}").out, "comment"));
 }
 
 TEST(MirrorctlCheck, tellsAddressesThatAreNone) {
@@ -105,22 +239,16 @@ TEST(MirrorctlCheck, comparesWithTheDisplayThatIsThere) {
         return mirrorctl({"check", "-"}, {{"DISPLAY", screen.display()}}, text);
     };
     std::string text = lightsText(there, "127.0.58.60", 3);
-    EXPECT_EQ(look(text).out, "standard input: no faults found.\n");
+    EXPECT_EQ(look(text).out, "standard input: fine.\n");
     text.replace(text.find("\"centroidX\": 100"), 16, "\"centroidX\": 640");
     EXPECT_TRUE(contains(look(text).out, "0 to 639, found 640")) << look(text).out;
-    const Ending other = look(lightsText(there + 1, "127.0.58.60", 3));
-    EXPECT_EQ(other.status, 0);
-    EXPECT_TRUE(
-        contains(other.out, "warning: /displayID: expected one of the displays there are: " +
-                                std::to_string(there) + " (640 x 480)"))
-        << other.out;
 }
 
 TEST(MirrorctlCheck, saysWhatItCouldNotCompare) {
     const Ending ending = check(lightsText(5, "127.0.58.60", 3));
-    EXPECT_EQ(ending.out, "There is no display here to compare the panels' places with; --screen "
-                          "names its size.\n"
-                          "standard input: no faults found.\n");
+    EXPECT_EQ(ending.out, "standard input: fine.\n"
+                          "There is no display here to look at. The panels' places were not "
+                          "checked; --screen names the display's size.\n");
 }
 
 TEST(MirrorctlCheck, printsNoControlCharacters) {
@@ -139,11 +267,11 @@ TEST(MirrorctlCheck, tellsWhatIsNoDocumentInWholeSentences) {
     EXPECT_EQ(foreign.status, 65);
     EXPECT_EQ(foreign.out, "standard input:1:5: error: expected JSON text in UTF-8, found a zero "
                            "byte, which would end it.\n"
-                           "    To mend it: choose the file that you meant, or save it as UTF-8 "
+                           "    To fix it: choose the file that you meant, or save it as UTF-8 "
                            "text.\n"
-                           "standard input: 1 error, 0 warnings, 0 cautions.\n");
+                           "standard input: 1 error, 0 warnings.\n");
     EXPECT_TRUE(contains(check(std::string(300, '[')).out,
-                         "To mend it: choose the file that you meant; a configuration is five "
+                         "To fix it: choose the file that you meant; a configuration is five "
                          "levels deep.\n"));
 }
 
@@ -154,7 +282,7 @@ TEST(MirrorctlCheck, tellsHowToMendWhateverDoesNotParse) {
           "{\"a\":\"\xff\"}", "{\"a\":1.}", "{\"a\":1e}", "{\"a\":1e999}"}) {
         const Ending ending = check(text);
         EXPECT_EQ(ending.status, 65) << text;
-        EXPECT_TRUE(contains(ending.out, "    To mend it: ")) << text << ": " << ending.out;
+        EXPECT_TRUE(contains(ending.out, "    To fix it: ")) << text << ": " << ending.out;
     }
 }
 

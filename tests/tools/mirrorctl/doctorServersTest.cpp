@@ -67,7 +67,7 @@ TEST(MirrorctlDoctorServers, saysThatPixelsTravelOverTheNetwork) {
     expectWords(doctorOn("localhost" + screen.display()), 0,
                 {"unsure  MIT-SHM: of no use, since DISPLAY names a server over the network; the "
                  "screen is read through the connection, at several times the cost.\n"
-                 "          To mend it: run this on the machine that the screen belongs to",
+                 "          To fix it: run this on the machine that the screen belongs to",
                  "frames arrive", "8 good, 1 unsure, 0 bad."});
     expectWords(doctorOn("unix" + screen.display()), 0, {"good    MIT-SHM: the screen is read"});
 }
@@ -78,7 +78,7 @@ TEST(MirrorctlDoctorServers, triesToShareMemory) {
     expectWords(doctorOn(proxy.display()), 0,
                 {"unsure  MIT-SHM: there, but memory cannot be shared, as when a proxy stands "
                  "between this program and the server; the screen is read through the connection, "
-                 "at several times the cost.\n          To mend it: set DISPLAY to the name of "
+                 "at several times the cost.\n          To fix it: set DISPLAY to the name of "
                  "the server itself",
                  "frames arrive", "8 good, 1 unsure, 0 bad."});
 }
@@ -93,15 +93,15 @@ TEST(MirrorctlDoctorServers, findsServersBadThatDoNotTellOfChanges) {
     const VirtualScreen withoutDamage(640, 480, 24, {"-extension", "DAMAGE"});
     expectWords(doctorOn(withoutDamage.display()), 77,
                 {"bad     DAMAGE: missing; without DAMAGE and XFIXES, which tell of changes, "
-                 "nothing is captured.\n          To mend it: switch the extension on",
+                 "nothing is captured.\n          To fix it: switch the extension on",
                  "capturing it was refused; the library said: Screen Recording not allowed!\n"
-                 "          To mend it: first mend what is bad under System.\n",
+                 "          To fix it: first fix what is bad under System.\n",
                  "7 good, 0 unsure, 2 bad."});
     // This server crashes when the first of several clients leaves, so that nothing more is seen.
     const VirtualScreen withoutFixes(640, 480, 24, {"-extension", "XFIXES"});
     expectWords(doctorOn(withoutFixes.display()), 77,
                 {"bad     XFIXES: missing; without DAMAGE and XFIXES, which tell of changes, "
-                 "nothing is captured.\n          To mend it: switch the extension on"});
+                 "nothing is captured.\n          To fix it: switch the extension on"});
 }
 
 TEST(MirrorctlDoctorServers, findsServersBadThatListNoDisplays) {
@@ -109,7 +109,7 @@ TEST(MirrorctlDoctorServers, findsServersBadThatListNoDisplays) {
     expectWords(doctorOn(screen.display()), 69,
                 {"bad     RANDR: missing; without it there are no displays to name.",
                  "bad     displays: there is none to mirror.\n"
-                 "          To mend it: first mend what is bad under System.\n"});
+                 "          To fix it: first fix what is bad under System.\n"});
 }
 
 TEST(MirrorctlDoctorServers, findsColourTablesBad) {
@@ -117,9 +117,9 @@ TEST(MirrorctlDoctorServers, findsColourTablesBad) {
     expectWords(doctorOn(screen.display()), 77,
                 {"bad     screen: 8 bits a pixel, looked up in a table of colours; the library "
                  "reads 16 or 32 bits of red, green and blue.\n"
-                 "          To mend it: give the screen a depth of 16 or 24: ",
+                 "          To fix it: give the screen a depth of 16 or 24: ",
                  ": no picture to be had.\n"
-                 "          To mend it: first mend what is bad under System.\n",
+                 "          To fix it: first fix what is bad under System.\n",
                  " good, 0 unsure, 2 bad."});
 }
 
@@ -133,7 +133,7 @@ TEST(MirrorctlDoctorServers, knowsUntrustedConnections) {
     const Ending ending = doctorOn(screen.display(), {{"XAUTHORITY", file}});
     expectWords(ending, 77,
                 {"bad     screen: the X server does not trust this connection",
-                 "To mend it: use ssh -Y in place of ssh -X, or run this in the session itself"});
+                 "To fix it: use ssh -Y in place of ssh -X, or run this in the session itself"});
     // These are hidden and not missing.
     for (const char *extension : {"RANDR", "MIT-SHM", "DAMAGE", "XFIXES"})
         EXPECT_EQ(ending.out.find(extension), std::string::npos) << ending.out;
@@ -145,7 +145,7 @@ TEST(MirrorctlDoctorServers, knowsWaylandSessionsWithoutAnXServer) {
         expectWords(doctorOn("", {{name, value}}), 69,
                     {"bad     X server: the variable DISPLAY is not set: this is a Wayland session "
                      "without an X server, and its screen cannot be mirrored.\n"
-                     "          To mend it: log out, and choose an X11 session where you log in."});
+                     "          To fix it: log out, and choose an X11 session where you log in."});
 }
 
 TEST(MirrorctlDoctorServers, knowsXServersInWaylandSessions) {
@@ -154,16 +154,16 @@ TEST(MirrorctlDoctorServers, knowsXServersInWaylandSessions) {
     expectWords(within, 77,
                 {"bad     session: this is a Wayland session; the X server has no picture of the "
                  "screen, only of the windows of X programs.\n"
-                 "          To mend it: log out, and choose an X11 session where you log in",
+                 "          To fix it: log out, and choose an X11 session where you log in",
                  ": no picture to be had.\n"
-                 "          To mend it: first mend what is bad under System.\n",
+                 "          To fix it: first fix what is bad under System.\n",
                  " good, 0 unsure, 2 bad."});
     const Ending fromAfar = doctorOn(session.display());
     expectWords(
         fromAfar, 77,
         {"bad     session: the X server belongs to a Wayland session on the machine that "
          "it runs on, as its output XWAYLAND0 shows; the X server has no picture of the screen",
-         "To mend it: choose an X11 session when you log in at that machine's screen"});
+         "To fix it: choose an X11 session when you log in at that machine's screen"});
 }
 
 TEST(MirrorctlDoctorServers, doesNotTakeAnotherXServerForTheSessions) {
@@ -184,13 +184,13 @@ TEST(MirrorctlDoctorServers, tellsWhyNobodyIsLetIn) {
     expectWords(doctorOn(screen.display(), {{"XAUTHORITY", keys.write("wrong", 'b')}}), 69,
                 {"bad     X server: " + name +
                  " does not let this user in, and says: Invalid "
-                 "MIT-MAGIC-COOKIE-1 key.\n          To mend it: the key file has an old or "
+                 "MIT-MAGIC-COOKIE-1 key.\n          To fix it: the key file has an old or "
                  "another server's key for it"});
     expectWords(doctorOn(screen.display(), {{"XAUTHORITY", keys.path("none")}}), 69,
                 {"bad     X server: " + name +
                  " does not let this user in, and says: "
                  "Authorization required, but no authorization protocol specified.\n"
-                 "          To mend it: the key file has no key for it"});
+                 "          To fix it: the key file has no key for it"});
 }
 
 TEST(MirrorctlDoctorServers, tellsServersApartThatCannotBeAsked) {
@@ -202,17 +202,17 @@ TEST(MirrorctlDoctorServers, tellsServersApartThatCannotBeAsked) {
     expectWords(hung, 69,
                 {"bad     X server: " + name +
                  " does not answer.\n"
-                 "          To mend it: the server hangs, or the way to it is cut"});
+                 "          To fix it: the server hangs, or the way to it is cut"});
     screen.kill();
     expectWords(doctorOn(screen.display()), 69,
                 {"bad     X server: the server that DISPLAY names, " + name +
                  ", is not there.\n"
-                 "          To mend it: run this in the desktop session, or set DISPLAY"});
+                 "          To fix it: run this in the desktop session, or set DISPLAY"});
     const PlainProxy proxy(screen.display());
     expectWords(doctorOn(proxy.display()), 69,
                 {"bad     X server: \"" + proxy.display() +
                  "\" takes the connection and ends it without a word.\n"
-                 "          To mend it: if DISPLAY was set by ssh, log in with it again"});
+                 "          To fix it: if DISPLAY was set by ssh, log in with it again"});
     expectWords(doctorOn("screen"), 69,
                 {"bad     X server: \"screen\", the value of DISPLAY, is not a server's name.\n"});
 }

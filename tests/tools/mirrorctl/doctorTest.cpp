@@ -116,7 +116,7 @@ TEST(MirrorctlDoctor, findsADisplayWithoutAPictureBadUnlessAnotherIsMeant) {
                                               {"REFUSE", "picture"}};
     const Ending all = doctor(screen, {"--no-mark"}, library);
     EXPECT_TRUE(contains(all.out, "  bad     display 6: no picture to be had.\n"
-                                  "          To mend it: is it switched on, and may this program "
+                                  "          To fix it: is it switched on, and may this program "
                                   "record the screen?\n"))
         << all.out;
     EXPECT_EQ(all.status, 77);
@@ -142,7 +142,7 @@ TEST(MirrorctlDoctor, tellsWhatTheNetworkSaysOfDevices) {
     EXPECT_TRUE(contains(bad.out, "  bad     127.0.58.92:60222: somebody is there, but nothing "
                                   "listens at this port.\n"))
         << bad.out;
-    EXPECT_TRUE(contains(bad.out, "  bad     a\\u001Blamp:60222: no IPv4 or IPv6 address"))
+    EXPECT_TRUE(contains(bad.out, "  bad     a\\u001Blamp:60222: expected an IPv4 or IPv6 address"))
         << bad.out;
 }
 

@@ -77,3 +77,17 @@ TEST(MirrorctlHungServer, isNamed) {
         EXPECT_FALSE(contains(ending.err, "no display")) << ending.err;
     }
 }
+
+TEST(MirrorctlHungServer, isNoFindingOfACheckUnlessADisplayIsNeeded) {
+    const HungServer server;
+    const Ending ending = server.start({"check", "-"}).finish();
+    EXPECT_EQ(ending.status, 0) << ending.out;
+    const std::string silence = server.silence().substr(1); // "he X server ..."
+    EXPECT_TRUE(contains(ending.out, "standard input: fine.\nThe displays are not known, since t" +
+                                         silence + "."))
+        << ending.out;
+    const Ending needed = server.start({"check", "-", "--display"}).finish();
+    EXPECT_EQ(needed.status, 69) << needed.out;
+    EXPECT_TRUE(contains(needed.out, "error: /displayID: cannot be looked for, since t" + silence))
+        << needed.out;
+}

@@ -130,7 +130,7 @@ TEST(MirrorctlLayout, makesWhatCheckAccepts) {
         const Ending checked =
             test::mirrorctl({"check", "-", "--strict"}, {{"DISPLAY", screen.display()}}, made.out);
         EXPECT_EQ(checked.status, 0);
-        EXPECT_EQ(checked.out, "standard input: no faults found.\n");
+        EXPECT_EQ(checked.out, "standard input: fine.\n");
     }
 }
 

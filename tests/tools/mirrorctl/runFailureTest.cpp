@@ -40,9 +40,9 @@ TEST(MirrorctlRunFailure, printsEveryFaultOfTheDocument) {
     EXPECT_EQ(ending.out, "");
     const std::string expected[] = {
         "column 2: /displayID: expected an integer that fits 32 bits, found 2.5\n"
-        "    To mend it: round it, to 3.\n",
+        "    To fix it: round it, to 3.\n",
         "column 43: /devices/0/panels: expected an array, found no member of this name\n"
-        "    To mend it: add it, such as \"panels\": [] (the device's panels, in the order in "
+        "    To fix it: add it, such as \"panels\": [] (the device's panels, in the order in "
         "which "
         "they are sent).\n",
         "/devices/0/scaleFactor: expected a number, found no member of this name\n",
@@ -63,10 +63,9 @@ TEST(MirrorctlRunFailure, printsEveryFaultOfTheDocument) {
 TEST(MirrorctlRunFailure, placesSyntaxErrors) {
     const Ending ending = mirrorctl({"run", "-"}, {}, "{\n  \"mode\": }");
     EXPECT_EQ(ending.status, 65);
-    EXPECT_EQ(ending.err,
-              "standard input: line 2, column 11: Invalid value.\n"
-              "    To mend it: a value is a number, a text in \"quotes\", [...], {...}, "
-              "true, false or null; JSON knows no comments.\n");
+    EXPECT_EQ(ending.err, "standard input: line 2, column 11: Invalid value.\n"
+                          "    To fix it: a value is a number, a text in \"quotes\", [...], {...}, "
+                          "true, false or null.\n");
 }
 
 TEST(MirrorctlRunFailure, refusesModesThatDoNotExist) {
@@ -78,17 +77,23 @@ TEST(MirrorctlRunFailure, refusesModesThatDoNotExist) {
                                   ": line 1, column 18: /mode: expected 0 (match), 1 (melt), 2 "
                                   "(fade) or 3 (palette), found " +
                                   std::to_string(mode) +
-                                  "\n    To mend it: choose one of these four.\n");
+                                  "; a run in any other mode ends at once"
+                                  "\n    To fix it: choose one of these four.\n");
     }
 }
 
 TEST(MirrorctlRunFailure, refusesWhatIsNoAddress) {
     for (const char *ip : {"", "lights.example", "127.0.0", "127.0.0.01", "127.0.0.256", "0x7f.1",
-                           " 127.0.0.1", "fe80::1%lo", "::g", "127.0.0.1:60222"}) {
+                           " 127.0.0.1", "::g"}) {
         const Ending ending = runRefused(lightsText(5, ip), "nothing");
         EXPECT_EQ(ending.status, 68) << ip;
         EXPECT_TRUE(contains(ending.err, "/devices/0/ip: expected an IPv4 or IPv6 address")) << ip;
         EXPECT_TRUE(contains(ending.err, "found \"" + std::string(ip) + "\"\n")) << ending.err;
+    }
+    for (const char *ip : {"fe80::1%lo", "127.0.0.1:60222", "0.0.0.0", "224.0.0.1"}) {
+        const Ending ending = runRefused(lightsText(5, ip), "nothing");
+        EXPECT_EQ(ending.status, 68) << ip;
+        EXPECT_TRUE(contains(ending.err, "/devices/0/ip: expected ")) << ending.err;
     }
     EXPECT_TRUE(contains(runRefused(lightsText(5, "a\\n\\u001bb"), "nothing").err,
                          "found \"a\\n\\u001Bb\"\n"));
@@ -108,7 +113,7 @@ TEST(MirrorctlRunFailure, listsTheDisplaysThatAreThere) {
                                   "there are: " +
                                   std::to_string(there) + " (640 x 480); found " +
                                   std::to_string(wanted) +
-                                  "\n    To mend it: choose one of them; no other is ever taken in "
+                                  "\n    To fix it: choose one of them; no other is ever taken in "
                                   "its place.\n");
     }
 }
