@@ -5,35 +5,36 @@
 #include <string.h>
 #include <unistd.h>
 
+static int fail(const char *why) {
+    fprintf(stderr, "host: %s\n", why);
+    return 1;
+}
+
 int main(int argc, char **argv) {
-    /* Ask which displays there are, and take the first. */
-    char displays[4096] = "";
-    if (argc != 2 || getDisplays(displays, sizeof displays - 1) != 1)
-        return 1;
+    if (argc != 2)
+        return fail("name the address of a light, such as 192.0.2.7");
+
+    /* The first display. A document has its identifier as a signed integer. */
+    char displays[1025] = "";
+    if (getDisplays(displays, sizeof displays - 1) != 1)
+        return fail("the displays cannot be listed");
     const char *first = strstr(displays, "\"displayID\":");
     if (first == NULL)
-        return 1;
+        return fail("there is no display to mirror");
+    const int display = (int)strtoul(first + strlen("\"displayID\":"), NULL, 10);
 
-    /* Configure: one device with two panels. */
+    /* One device with two panels. */
     char config[1024];
     snprintf(config, sizeof config,
-             "{\"displayID\": %lu, \"mode\": 0, \"devices\": [{"
+             "{\"displayID\": %d, \"mode\": 0, \"devices\": [{"
              "\"ip\": \"%s\", \"controlVersion\": 2, \"shapeType\": 0, \"scaleFactor\": 1.0,"
              "\"panels\": [{\"panelID\": 1, \"centroidX\": 100, \"centroidY\": 100},"
              "             {\"panelID\": 2, \"centroidX\": 300, \"centroidY\": 100}]}]}",
-             strtoul(first + strlen("\"displayID\":"), NULL, 10), argv[1]);
-    if (setMirrorConfig(config) != 1 || startMirror() != 1)
-        return 1;
-
-    /* Ask what is being sent. */
-    if (captureCurrentStreamFrames() == 0) {
-        const int size = getSizeOfStreamFrameJson();
-        char *sent = size > 0 ? calloc((size_t)size + 1, 1) : NULL;
-        if (sent != NULL && getStreamFrameJson(sent) == 0)
-            puts(sent);
-        free(sent);
-    }
-
+             display, argv[1]);
+    if (setMirrorConfig(config) != 1)
+        return fail("the configuration was not applied; may this program record the screen?");
+    if (startMirror() != 1)
+        return fail("mirroring could not be started");
     sleep(10);
-    return stopMirror() == 1 ? 0 : 1;
+    return stopMirror() == 1 ? 0 : fail("mirroring could not be stopped");
 }

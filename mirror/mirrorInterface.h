@@ -3,17 +3,27 @@
  * @brief Screen mirroring: all that a host needs, in plain C.
  *
  * The library mirrors what one display shows onto networked light devices. Hand it a configuration,
- * start it, stop it. A whole host, which mirrors the display 1 onto one panel for a minute:
+ * start it, stop it. A whole host, which mirrors the first display onto one panel for a minute:
  *
  * @code{.c}
  * #include "mirror/mirrorInterface.h"
+ * #include <stdio.h>
+ * #include <stdlib.h>
+ * #include <string.h>
  * #include <unistd.h>
  *
  * int main(void) {
- *     char config[] = "{\"displayID\": 1, \"mode\": 0, \"devices\": [{"
- *                     "\"ip\": \"192.0.2.7\", \"controlVersion\": 2, \"shapeType\": 0,"
- *                     "\"scaleFactor\": 1.5, \"panels\": ["
- *                     "{\"panelID\": 101, \"centroidX\": 640, \"centroidY\": 360}]}]}";
+ *     char displays[1025] = "", config[512];
+ *     getDisplays(displays, 1024);
+ *     const char *first = strstr(displays, "\"displayID\":");
+ *     if (first == NULL)
+ *         return 1;
+ *     snprintf(config, sizeof config,
+ *              "{\"displayID\": %d, \"mode\": 0, \"devices\": [{"
+ *              "\"ip\": \"192.0.2.7\", \"controlVersion\": 2, \"shapeType\": 0,"
+ *              "\"scaleFactor\": 1.5, \"panels\": ["
+ *              "{\"panelID\": 101, \"centroidX\": 640, \"centroidY\": 360}]}]}",
+ *              (int)strtoul(first + strlen("\"displayID\":"), NULL, 10));
  *     if (setMirrorConfig(config) != 1 || startMirror() != 1)
  *         return 1;
  *     sleep(60);

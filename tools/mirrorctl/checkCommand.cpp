@@ -168,7 +168,7 @@ void addCheckCommand(CLI::App &program, Action &chosen) {
         ->type_name("WxH")
         ->check(sizeArgument());
     auto *display = command->add_flag("--display", options->needsDisplay,
-                                      "Report it also when there is no display server to ask");
+                                      "Fail when no display server answers");
     command->add_flag("--no-display", options->ignoresDisplays, "Look for no display")
         ->excludes(display);
     command->add_flag("--strict", options->strict, "Let warnings count as faults");
