@@ -45,7 +45,8 @@ static DisplayList askLibrary() {
 static void lookForDisplay(const config::Document &document, bool isNeeded, Surroundings &around) {
     // Its connection lasts while the library asks: servers may reset when their last client leaves.
     const ServerWatch watch;
-    if (isServerSilent(watch)) {
+    constexpr double patience = 3.0; // a server that is only busy should not be taken for hung
+    if (isServerSilent(watch, patience)) {
         const std::string words = serverName() + " does not answer";
         around.remark = "The displays are not known, since " + words + ".";
         if (isNeeded)

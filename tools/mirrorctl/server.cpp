@@ -8,11 +8,10 @@
 namespace mirrorctl {
 
 bool isServerSilent() {
-    return isServerSilent(ServerWatch());
+    return isServerSilent(ServerWatch(), 1.0);
 }
 
-bool isServerSilent(const ServerWatch &watch) {
-    constexpr double patience = 1.0;
+bool isServerSilent(const ServerWatch &watch, double patience) {
     if (watch.descriptor() >= 0)
         awaitReadable({watch.descriptor()}, patience);
     return watch.state() == ServerWatch::State::opening;

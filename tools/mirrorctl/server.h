@@ -14,10 +14,11 @@ std::string serverName();
 
 class ServerWatch;
 
-// Whether there is a server that can be reached but does not answer within a second. Asks over a
-// connection of its own, or that of a watch which has just begun.
+// Whether there is a server that can be reached but does not answer within a second.
 bool isServerSilent();
-bool isServerSilent(const ServerWatch &watch);
+
+// The same within so many seconds, over the connection of a watch that has just begun.
+bool isServerSilent(const ServerWatch &watch, double patience);
 
 // A sentence about the server, such as: The X server ":7" has gone.
 std::string aboutServer(const std::string &predicate);
