@@ -48,10 +48,11 @@ static void lookForDisplay(const config::Document &document, bool isNeeded, Surr
     constexpr double patience = 3.0; // a server that is only busy should not be taken for hung
     if (isServerSilent(watch, patience)) {
         const std::string words = serverName() + " does not answer";
-        around.remark = "The displays are not known, since " + words + ".";
         if (isNeeded)
             around.problems = {{"/displayID", "cannot be looked for, since " + words,
                                 "is it stopped or overloaded? mirrorctl doctor says more"}};
+        else
+            around.remark = "The displays are not known, since " + words + ".";
         return;
     }
     DisplayList list;
@@ -83,9 +84,7 @@ static Surroundings lookAround(const CheckOptions &options, const config::Readin
         lookForDisplay(reading.document, options.needsDisplay, around);
     if (!options.screen.empty())
         around.screen = parseSize(options.screen);
-    if (around.screen || unsound.covers("/devices"))
-        around.remark.clear(); // nothing was left out
-    else
+    if (!around.screen && !unsound.covers("/devices"))
         around.remark += std::string(around.remark.empty() ? "" : " ") +
                          "The panels' places were not checked; --screen names the display's size.";
     return around;
