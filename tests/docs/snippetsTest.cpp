@@ -83,7 +83,8 @@ TEST_F(Snippets, InJsonAreConfigurations) {
 TEST_F(Snippets, OfTheShellRunWithoutADesktop) {
     forEachBlock("sh", [&](const CodeBlock &block, const std::string &place) {
         const Output output =
-            outputOf("cd " + folder.string() + "; unset DISPLAY XAUTHORITY; sh -eu " +
+            outputOf("cd " + folder.string() +
+                     "; unset DISPLAY XAUTHORITY; PATH=\"" BUILD ":$PATH\" sh -eu " +
                      write("snippet.sh", block.text));
         EXPECT_EQ(output.status, 0) << place << '\n' << output.text;
     });

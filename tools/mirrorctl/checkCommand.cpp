@@ -190,8 +190,10 @@ void addCheckCommand(CLI::App &program, Action &chosen) {
         "is no finding, except with --display. With --no-display or --screen alone no display is\n"
         "looked for, as for a document that another machine will use.\n"
         "\n"
-        "The schema of documents comes with this program (mirror-config.schema.json); editors can\n"
-        "use it as well. Nothing is sent and nothing captured. The exit status is the one that\n"
+        "The schema of documents comes with this program (docs/mirror-config.schema.json); "
+        "editors\n"
+        "can use it as well. Nothing is sent and nothing captured. The exit status is the one "
+        "that\n"
         "mirrorctl run would end with: 65, 68 or 69 for errors. With warnings and cautions alone\n"
         "it is 0, with --strict and a warning 65.\n\n" +
         exitStatusHelp());
