@@ -52,10 +52,13 @@ public:
 
     void signal(int number) const { ::kill(pid, number); }
 
-    // Waits for the end. The exit status, or minus the signal that killed it.
+    // Waits for the end. The exit status, or minus the signal that killed it: one that takes too
+    // long is killed.
     int end() {
         while (read()) {
         }
+        if (silent)
+            ::kill(pid, SIGKILL);
         int status = 0;
         waitpid(pid, &status, 0);
         pid = -1;
@@ -67,7 +70,8 @@ public:
 private:
     bool read() {
         pollfd waiting{output, POLLIN, 0};
-        if (poll(&waiting, 1, 30000) != 1)
+        silent = poll(&waiting, 1, 30000) != 1;
+        if (silent)
             return false;
         char bytes[4096];
         const ssize_t got = ::read(output, bytes, sizeof bytes);
@@ -78,6 +82,7 @@ private:
 
     pid_t pid = -1;
     int output = -1;
+    bool silent = false; // for 30 seconds
 };
 
 class ChildTest : public testing::Test {

@@ -7,7 +7,9 @@
  *       "cycle"  prints "ready" and then starts and stops without end
  *       "after"  prints "ready" after a run has been stopped and waits
  *       "ask"    prints "ready" and then asks for the palette without end
- *       "elsewhere"  does the same and has signals come to the library's threads alone
+ *       "elsewhere"  does the same and has signals come to the library's threads alone; "ready" once
+ *                    something has been sent, since the thread sanitizer loses a signal that comes
+ *                    amid a thread's first call that may block
  *       "again"  is interrupted in its second start, just before the thread is made
  *       "newborn"  is interrupted in its second start, on the new thread before it does anything
  */
@@ -25,6 +27,7 @@
 
 static int faulting = 0;
 static volatile int *nowhere = NULL;
+static int sent = 0; /* since the start; atomic */
 
 /* Stands before the C library's own. */
 ssize_t sendto(int fd, const void *bytes, size_t length, int flags, const struct sockaddr *to,
@@ -36,6 +39,7 @@ ssize_t sendto(int fd, const void *bytes, size_t length, int flags, const struct
                                    .msg_iovlen = 1};
     if (faulting)
         *nowhere = 1;
+    __atomic_store_n(&sent, 1, __ATOMIC_RELEASE);
     return sendmsg(fd, &message, flags);
 }
 
@@ -109,6 +113,8 @@ int main(int argc, char **argv) {
         sigemptyset(&interrupt);
         sigaddset(&interrupt, SIGINT);
         pthread_sigmask(SIG_BLOCK, &interrupt, NULL);
+        while (!__atomic_load_n(&sent, __ATOMIC_ACQUIRE))
+            usleep(1000);
     }
     /* Not through stdio: the exit in a signal handler would flush a half-flushed buffer again. */
     if (write(STDOUT_FILENO, "ready\n", 6) != 6)
