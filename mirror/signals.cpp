@@ -34,6 +34,17 @@ template <class Predicate> bool awaitRun(Predicate isThere) {
     return true;
 }
 
+// Hosts with a runtime of their own run threads on stacks that have no room for a handler, and give
+// these threads an alternate one. signal() alone leaves that unused.
+void useAlternateStack(int number, void (*handler)(int)) {
+    struct sigaction now;
+    sigaction(number, nullptr, &now);
+    if (now.sa_handler != handler)
+        return;
+    now.sa_flags |= SA_ONSTACK;
+    sigaction(number, &now, nullptr);
+}
+
 } // namespace
 
 void installSignals(void (*handler)(int)) {
@@ -45,6 +56,7 @@ void installSignals(void (*handler)(int)) {
             handled.installed = true;
         }
         std::signal(handled.number, handler);
+        useAlternateStack(handled.number, handler);
     }
 }
 

@@ -4,7 +4,8 @@
 #include <csignal>
 
 // Installs `handler` for SIGINT, SIGABRT, SIGTERM, SIGBUS, SIGFPE, SIGPIPE and SIGSEGV, and
-// remembers what the host had there. Mirroring thread.
+// remembers what the host had there. It runs on a thread's alternate stack if the thread has one,
+// and interrupted system calls are restarted. Mirroring thread.
 void installSignals(void (*handler)(int));
 
 // Gives each of these signals back to what the host had before the first run, unless somebody has

@@ -182,6 +182,15 @@ TEST_F(ChildTest, FaultOnTheMirroringThreadItself) {
     EXPECT_EQ(host.said.find(message, at + 1), std::string::npos) << host.said;
 }
 
+TEST_F(ChildTest, FaultOnAStackWithoutRoomForAHandler) {
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
+    GTEST_SKIP() << "the sanitizers need more stack than the host gives";
+#endif
+    Child host({SIGNALHOST, MIRROR_LIBRARY, config, "overflow"});
+    EXPECT_EQ(host.end(), exitStatusOf(SIGSEGV));
+    EXPECT_EQ(host.said, "");
+}
+
 // The signal may arrive while the host is inside a start, a stop or a configuration.
 TEST_F(ChildTest, InterruptAtAnyMoment) {
 #if __has_feature(thread_sanitizer)

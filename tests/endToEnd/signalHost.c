@@ -4,6 +4,7 @@
  *
  * WHAT: "wait"   prints "ready" once a run is under way and waits
  *       "fault"  the first send faults on the mirroring thread
+ *       "overflow"  the stack of a thread with an alternate one for signals overflows
  *       "cycle"  prints "ready" and then starts and stops without end
  *       "after"  prints "ready" after a run has been stopped and waits
  *       "ask"    prints "ready" and then asks for the palette without end
@@ -22,6 +23,7 @@
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
+#include <sys/mman.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -80,6 +82,22 @@ static int interrupted = 0; /* the sanitizers have a pthread_create of their own
 static int newborn = 0;
 #endif
 
+/* As small as runtimes make it, and a fault when a handler needs more. */
+static int useSmallSignalStack(void) {
+    const size_t page = (size_t)sysconf(_SC_PAGESIZE);
+    const size_t size = ((size_t)sysconf(_SC_MINSIGSTKSZ) + 4096 + page - 1) / page * page;
+    char *memory = mmap(NULL, page + size, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    const stack_t stack = {.ss_sp = memory + page, .ss_size = size};
+    return memory != MAP_FAILED && mprotect(memory + page, size, PROT_READ | PROT_WRITE) == 0 &&
+           sigaltstack(&stack, NULL) == 0;
+}
+
+static int overflow(volatile char *caller) {
+    volatile char here[1024];
+    here[0] = caller[0];
+    return here[0] == 0 ? overflow(here) + here[0] : 0;
+}
+
 int main(int argc, char **argv) {
     if (argc != 4)
         return 100;
@@ -115,6 +133,10 @@ int main(int argc, char **argv) {
         pthread_sigmask(SIG_BLOCK, &interrupt, NULL);
         while (!__atomic_load_n(&sent, __ATOMIC_ACQUIRE))
             usleep(1000);
+    }
+    if (strcmp(argv[3], "overflow") == 0) {
+        volatile char first = 0;
+        return useSmallSignalStack() ? overflow(&first) : 105;
     }
     /* Not through stdio: the exit in a signal handler would flush a half-flushed buffer again. */
     if (write(STDOUT_FILENO, "ready\n", 6) != 6)

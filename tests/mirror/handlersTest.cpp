@@ -71,6 +71,22 @@ TEST_F(Handlers, AreInstalledInOrder) {
     EXPECT_EQ(numbers, std::vector<int>(std::begin(handledSignals), std::end(handledSignals)));
 }
 
+// A runtime may give its threads stacks of their own to run handlers on, because what the thread
+// ran on has no room for one.
+TEST_F(Handlers, RunOnTheAlternateStackAndRestartCalls) {
+    ASSERT_EQ(configure(document("[" + device("127.0.59.3", 1, "[]") + "]")), 1);
+    for (int run = 0; run < 2; ++run) {
+        ASSERT_EQ(mirrorManager.startMirror(), 1);
+        for (const int number : handledSignals) {
+            struct sigaction now;
+            sigaction(number, nullptr, &now);
+            EXPECT_TRUE(now.sa_flags & SA_ONSTACK) << number;
+            EXPECT_TRUE(now.sa_flags & SA_RESTART) << number;
+        }
+        ASSERT_EQ(mirrorManager.stopMirror(), 1);
+    }
+}
+
 // What an exit status stands for in a child that a signal has ended during a run.
 constexpr int outOfOrder = 99;
 
