@@ -36,8 +36,12 @@ StopSignals::StopSignals() : come(std::make_shared<Come>()) {
     bool isAnyAwaited = false;
     for (const int signum : {SIGINT, SIGTERM, SIGHUP}) {
         sigaddset(&held, signum);
-        if (isIgnored(signum))
-            continue;
+        if (isIgnored(signum)) {
+            if (signum != SIGINT)
+                continue;
+            // An ignored signal need not reach somebody who waits for it.
+            signal(signum, SIG_DFL);
+        }
         sigaddset(&awaited, signum);
         isAnyAwaited = true;
     }

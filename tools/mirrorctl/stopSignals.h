@@ -12,7 +12,8 @@ namespace mirrorctl {
 // the library's would end the process with the signal's number. Construct it before the library
 // starts a thread; it lasts for the process. Any thread may ask it.
 //
-// A signal that was being ignored, as SIGHUP is under nohup, goes on being of no effect.
+// A SIGHUP or SIGTERM that was ignored before stays ignored, as SIGHUP is under nohup. An ignored
+// SIGINT is taken all the same: shells set it so for what a script starts in the background.
 class StopSignals {
 public:
     // Throws std::system_error when there is no thread or pipe to be had.

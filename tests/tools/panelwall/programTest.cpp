@@ -32,6 +32,20 @@ TEST(PanelwallProgram, CountsAndColoursWhatArrives) {
     EXPECT_EQ(wall.errors, "");
 }
 
+// A script starts what it puts into the background with SIGINT ignored.
+TEST(PanelwallProgram, EndsOnControlCThoughItWasIgnored) {
+    const Folder folder;
+    const auto config =
+        folder.write("wall.json", documentText({deviceText("127.0.41.11", 1, {{3, 100, 100}})}));
+    std::signal(SIGINT, SIG_IGN);
+    Child wall(panelwall({config}));
+    std::signal(SIGINT, SIG_DFL);
+    ASSERT_TRUE(wall.waitFor("listening:"));
+    wall.signal(SIGINT);
+    EXPECT_EQ(wall.waitExit(), 0);
+    EXPECT_NE(wall.out.find("ended: "), std::string::npos) << wall.out;
+}
+
 TEST(PanelwallProgram, MalformedDatagramsAreNamedWithTheirReason) {
     const Folder folder;
     const auto config =
