@@ -27,6 +27,11 @@ valgrind_packages="valgrind"
 demo_packages="ffmpeg"
 # For the example hosts and the package's dependencies. A host in JavaScript runs on the page's Node.js.
 host_packages="python3 file"
+# For the example hosts in other compiled languages; what is there already need not be Debian's.
+language_packages="libjna-java"
+command -v go >/dev/null || language_packages="$language_packages golang-go"
+command -v rustc >/dev/null || language_packages="$language_packages rustc"
+command -v javac >/dev/null || language_packages="$language_packages default-jdk-headless"
 # For the live page's tests. A Node.js that is not Debian's brings its own npm.
 page_packages="chromium"
 command -v npm >/dev/null || page_packages="$page_packages npm"

@@ -6,6 +6,7 @@
 #include "mirror/mirrorInterface.h"
 
 #include <arpa/inet.h>
+#include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
 #include <string.h>
@@ -63,8 +64,22 @@ static const char *configure(const struct display *display, const char *address)
                : "the configuration was not applied: the screen cannot be captured";
 }
 
+/* Starting a run replaces the handlers of these signals by the library's, which end the process.
+ * They are in place when startMirror() returns; from then on the host has its own again. */
+static int startWithOwnSignals(void) {
+    static const int replaced[] = {SIGINT, SIGABRT, SIGTERM, SIGBUS, SIGFPE, SIGPIPE, SIGSEGV};
+    enum { count = sizeof replaced / sizeof *replaced };
+    struct sigaction own[count];
+    for (int i = 0; i < count; ++i)
+        sigaction(replaced[i], NULL, &own[i]);
+    const int result = startMirror();
+    for (int i = 0; i < count; ++i)
+        sigaction(replaced[i], &own[i], NULL);
+    return result;
+}
+
 static const char *start(void) {
-    switch (startMirror()) {
+    switch (startWithOwnSignals()) {
     case 1:
         return NULL;
     case 0:
@@ -125,6 +140,9 @@ int main(int argc, char **argv) {
         return 1;
     }
 
+    /* A write to a closed pipe is to fail, not to end the process. */
+    signal(SIGPIPE, SIG_IGN);
+
     struct display display = {0, 0, 0};
     const char *trouble = listDisplays(&display);
     if (trouble == NULL)
@@ -138,6 +156,8 @@ int main(int argc, char **argv) {
         trouble = showSent();
         if (trouble == NULL)
             trouble = showPalette();
+        if (trouble == NULL && (fflush(stdout) != 0 || ferror(stdout)))
+            trouble = "standard output cannot be written";
         /* Whatever happened, a run that was started is stopped. */
         if (stopMirror() != 1 && trouble == NULL)
             trouble = "mirroring could not be stopped";

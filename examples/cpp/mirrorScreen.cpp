@@ -6,6 +6,7 @@
 
 #include <arpa/inet.h>
 #include <chrono>
+#include <csignal>
 #include <cstdint>
 #include <cstdio>
 #include <iostream>
@@ -88,6 +89,8 @@ int main(int argc, char **argv) {
         const std::string address = argv[1];
         if (!isAddress(argv[1]))
             throw screenMirror::Error("not an IPv4 or IPv6 address: " + address);
+        // A write to a closed pipe is to fail, not to end the process.
+        std::signal(SIGPIPE, SIG_IGN);
         const Display display = firstDisplay();
 
         screenMirror::Run run(configuration(display, address));
@@ -95,6 +98,8 @@ int main(int argc, char **argv) {
         std::this_thread::sleep_for(std::chrono::seconds(argc > 2 ? std::atoi(argv[2]) : 10));
         std::cout << "sent: " << run.sent() << "\n";
         showPalette();
+        if (!std::cout.flush())
+            throw screenMirror::Error("standard output cannot be written");
         run.stop();
         return 0;
     } catch (const screenMirror::Error &error) {

@@ -6,6 +6,7 @@
 
 #include "mirror/mirrorInterface.h"
 
+#include <csignal>
 #include <stdexcept>
 #include <string>
 
@@ -41,12 +42,35 @@ inline std::string palette() {
     return textIn(std::move(buffer), "the palette is cut");
 }
 
+// Keeps the process's handlers of the signals for which starting a run installs the library's,
+// which end the process. They are in place when startMirror() returns; the destructor puts back the
+// host's.
+class OwnSignals {
+public:
+    OwnSignals() {
+        for (int i = 0; i < count; ++i)
+            sigaction(replaced[i], nullptr, &own[i]);
+    }
+    ~OwnSignals() {
+        for (int i = 0; i < count; ++i)
+            sigaction(replaced[i], &own[i], nullptr);
+    }
+    OwnSignals(const OwnSignals &) = delete;
+    OwnSignals &operator=(const OwnSignals &) = delete;
+
+private:
+    static constexpr int replaced[] = {SIGINT, SIGABRT, SIGTERM, SIGBUS, SIGFPE, SIGPIPE, SIGSEGV};
+    static constexpr int count = sizeof replaced / sizeof *replaced;
+    struct sigaction own[count];
+};
+
 // Mirrors from construction to destruction. There can be one at a time in a process.
 class Run {
 public:
     explicit Run(std::string config) {
         if (setMirrorConfig(config.data()) != 1)
             throw Error("the configuration was not applied: the screen cannot be captured");
+        const OwnSignals own;
         switch (startMirror()) {
         case 1:
             return;

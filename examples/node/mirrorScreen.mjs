@@ -8,6 +8,7 @@
 // The library is found where the system looks for libraries, or by its path in the environment
 // variable SCREEN_MIRROR_LIBRARY.
 import { isIP } from "node:net";
+import { constants } from "node:os";
 import { setTimeout as sleep } from "node:timers/promises";
 import { promisify } from "node:util";
 import koffi from "koffi";
@@ -27,6 +28,22 @@ function loadLibrary() {
   } catch (error) {
     throw new MirrorError(`the library cannot be loaded: ${name}: ${error.message}`);
   }
+}
+
+// Starting a run replaces the process's handlers of these signals by the library's, which end the
+// process. They are in place when startMirror() returns; from then on Node.js has its own again. What
+// the C library's function fills in is larger than 200 bytes nowhere.
+const replaced = ["SIGINT", "SIGABRT", "SIGTERM", "SIGBUS", "SIGFPE", "SIGPIPE", "SIGSEGV"];
+
+function withOwnSignals(start) {
+  const sigaction = koffi
+    .load(null)
+    .func("int sigaction(int signal, const void *wanted, void *before)");
+  const own = replaced.map((name) => [constants.signals[name], Buffer.alloc(256)]);
+  for (const [signal, action] of own) sigaction(signal, null, action);
+  const result = start();
+  for (const [signal, action] of own) sigaction(signal, action, null);
+  return result;
 }
 
 // The library wants one call at a time. Those that wait are made on another thread, so that the
@@ -71,7 +88,7 @@ class ScreenMirror {
   async during(document, work) {
     const applied = this.setMirrorConfig(JSON.stringify(document));
     need(applied === 1, "the configuration was not applied: the screen cannot be captured");
-    const started = this.startMirror();
+    const started = withOwnSignals(this.startMirror);
     need(started !== 0, "mirroring was not started: a run exists already or there is no device");
     need(started === 1, "mirroring was not started: no thread could be made");
     let stopped;
@@ -120,6 +137,8 @@ function swatch({ R, G, B }) {
 }
 
 async function main(address, seconds = "10") {
+  let isWritten = true;
+  process.stdout.on("error", () => (isWritten = false));
   need(isAddress(address), `not an IPv4 or IPv6 address: ${address}`);
   const mirror = new ScreenMirror(loadLibrary());
   const displays = mirror.displays();
@@ -133,6 +152,7 @@ async function main(address, seconds = "10") {
     for (const { ip, animData } of await mirror.sent()) console.log(`sent to ${ip}: ${animData}`);
     console.log("palette:", ...mirror.palette().map(swatch));
   });
+  need(isWritten, "standard output cannot be written");
 }
 
 const words = process.argv.slice(2);

@@ -10,6 +10,7 @@ variable SCREEN_MIRROR_LIBRARY.
 import ctypes
 import json
 import os
+import signal
 import socket
 import sys
 import time
@@ -31,6 +32,27 @@ def load_library():
     for function in (library.getPalette, library.getStreamFrameJson, library.setMirrorConfig):
         function.argtypes = [c_char_p]
     return library
+
+
+class OwnSignals:
+    """Keeps the process's handlers of the signals for which starting a run installs the library's.
+
+    Those would end the process. The module `signal` knows only of handlers that were set with it, so
+    that the C library is asked; what its function fills in is larger than 200 bytes nowhere.
+    """
+
+    replaced = (signal.SIGINT, signal.SIGABRT, signal.SIGTERM, signal.SIGBUS, signal.SIGFPE,
+                signal.SIGPIPE, signal.SIGSEGV)
+    sigaction = ctypes.CDLL(None).sigaction
+
+    def __enter__(self):
+        self.own = {number: ctypes.create_string_buffer(256) for number in self.replaced}
+        for number, action in self.own.items():
+            self.sigaction(number, None, action)
+
+    def __exit__(self, kind, error, trace):
+        for number, action in self.own.items():
+            self.sigaction(number, action, None)
 
 
 class ScreenMirror:
@@ -74,8 +96,8 @@ class ScreenMirror:
             raise MirrorError("the configuration was not applied: the screen cannot be captured")
 
     def __enter__(self):
-        # From here on SIGINT ends the run and the process: the library's handlers replace Python's.
-        started = self.library.startMirror()
+        with OwnSignals():
+            started = self.library.startMirror()
         if started == 0:
             raise MirrorError(
                 "mirroring was not started: a run exists already or there is no device")
@@ -135,7 +157,7 @@ def main(address, seconds=10):
         time.sleep(float(seconds))
         for device in mirror.sent():
             print(f"sent to {device['ip']}: {device['animData']}")
-        print("palette:", *map(swatch, mirror.palette()))
+        print("palette:", *map(swatch, mirror.palette()), flush=True)
 
 
 if __name__ == "__main__":
@@ -146,3 +168,9 @@ if __name__ == "__main__":
         main(*sys.argv[1:])
     except MirrorError as problem:
         sys.exit(f"{program}: {problem}")
+    except KeyboardInterrupt:
+        sys.exit(f"{program}: interrupted")
+    except OSError:
+        # What is still to be written would fail once more at the exit.
+        os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
+        sys.exit(f"{program}: standard output cannot be written")

@@ -4,9 +4,13 @@
 #include "tests/tools/panelwall/child.h"
 
 #include <algorithm>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <regex>
+#include <thread>
 
 namespace {
 
@@ -15,6 +19,8 @@ struct Host {
     std::vector<std::string> command;
     bool linked;         // to the library; otherwise it loads it
     const char *address; // of its light, so that the hosts can be tested at the same time
+    int interrupted;     // its exit status, or minus the signal that ended it
+    std::vector<std::string> make = {}; // what makes it ready to run, if anything does
 };
 
 void PrintTo(const Host &host, std::ostream *out) {
@@ -22,14 +28,25 @@ void PrintTo(const Host &host, std::ostream *out) {
 }
 
 std::vector<Host> hosts() {
-    std::vector<Host> all{{"C", {HOST_IN_C}, true, "127.0.76.1"},
-                          {"Cxx", {HOST_IN_CXX}, true, "127.0.76.2"}};
+    std::vector<Host> all{{"C", {HOST_IN_C}, true, "127.0.76.1", -SIGINT},
+                          {"Cxx", {HOST_IN_CXX}, true, "127.0.76.2", -SIGINT}};
 #ifdef PYTHON
-    all.push_back({"Python", {PYTHON, EXAMPLES "/python/mirror_screen.py"}, false, "127.0.76.3"});
+    const std::string made = MADE_HOSTS;
+    const auto making = [&](const std::string &language) -> std::vector<std::string> {
+        return {MAKE_HOST, language, EXAMPLES "/" + language, made + "/" + language, LIBRARY};
+    };
+    all.push_back(
+        {"Python", {PYTHON, EXAMPLES "/python/mirror_screen.py"}, false, "127.0.76.3", 1});
     all.push_back({"JavaScript",
-                   {"/usr/bin/env", "node", NODE_FOLDER "/mirrorScreen.mjs"},
+                   {"/usr/bin/env", "node", made + "/node/mirrorScreen.mjs"},
                    false,
-                   "127.0.76.4"});
+                   "127.0.76.4",
+                   -SIGINT,
+                   making("node")});
+    all.push_back({"Go", {made + "/go/mirrorScreen"}, true, "127.0.76.5", -SIGINT, making("go")});
+    all.push_back(
+        {"Rust", {made + "/rust/mirror_screen"}, true, "127.0.76.6", -SIGINT, making("rust")});
+    all.push_back({"Java", {made + "/java/run"}, false, "127.0.76.7", 130, making("java")});
 #endif
     return all;
 }
@@ -44,12 +61,12 @@ protected:
     void SetUp() override {
         useLibrary(LIBRARY);
         unsetenv("DISPLAY");
-        if (std::string(GetParam().name) == "JavaScript") {
-            test::Child install({NODE_HOST, EXAMPLES "/node", NODE_FOLDER});
-            const int status = install.waitExit();
+        if (!GetParam().make.empty()) {
+            test::Child make(GetParam().make);
+            const int status = make.waitExit();
             if (status == 77)
-                GTEST_SKIP() << install.out;
-            ASSERT_EQ(status, 0) << install.out << install.errors;
+                GTEST_SKIP() << make.out;
+            ASSERT_EQ(status, 0) << make.out << make.errors;
         }
     }
 
@@ -58,6 +75,25 @@ protected:
         std::vector<std::string> command = GetParam().command;
         command.insert(command.end(), arguments.begin(), arguments.end());
         return test::Child(command, output);
+    }
+
+    // What it has printed on standard error. Java's libjsig complains of whoever calls signal().
+    static std::string errorsOf(const test::Child &host) {
+        return std::regex_replace(host.errors, std::regex("OpenJDK VM warning: .*\n"), "");
+    }
+
+    // A signal that comes just before Python's sleep does not end the sleep. False past the
+    // deadline.
+    static bool awaitSleep(const test::Child &host) {
+        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+        while (std::chrono::steady_clock::now() < deadline) {
+            std::ifstream file("/proc/" + std::to_string(host.pid()) + "/status");
+            for (std::string line; std::getline(file, line);)
+                if (line.starts_with("State:\tS"))
+                    return true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        }
+        return false;
     }
 
     // Runs until the host ends by itself, which has to be with one line on standard error. Returns
@@ -107,11 +143,37 @@ TEST_P(HostTest, MirrorsTheFirstDisplay) {
     EXPECT_TRUE(shows(0xff0000, 0x0000ff));
 
     EXPECT_EQ(host.waitExit(), 0) << host.errors;
-    EXPECT_EQ(host.errors, "");
+    EXPECT_EQ(errorsOf(host), "");
     const std::string animData =
         "4 1 1 255 0 0 0 5 2 1 255 0 0 0 5 3 1 0 0 255 0 5 4 1 0 0 255 0 5";
     EXPECT_NE(host.out.find(animData), std::string::npos) << host.out;
     EXPECT_NE(host.out.find("palette: #ff0000 #"), std::string::npos) << host.out;
+}
+
+// The library's handler of SIGPIPE would end it.
+TEST_P(HostTest, GoesOnWhenAPipeBreaksInMidRun) {
+    test::VirtualScreen screen(width, height);
+    screen.use();
+    const std::string address = GetParam().address;
+    test::LightReceiver light(address, 60222);
+    test::Child host = run({address, "1"});
+    ASSERT_TRUE(host.waitFor(" onto " + address + "\n")) << host.out << host.errors;
+    host.closeOutput();
+    EXPECT_EQ(host.waitExit(), 1);
+    const std::string errors = errorsOf(host);
+    EXPECT_TRUE(errors.ends_with(": standard output cannot be written\n")) << errors;
+    EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 1) << errors;
+}
+
+// As without the library, whose handlers are gone.
+TEST_P(HostTest, EndsOnAnInterruptInItsOwnWay) {
+    test::VirtualScreen screen(width, height);
+    screen.use();
+    test::Child host = run({GetParam().address, "600"});
+    ASSERT_TRUE(host.waitFor(" onto ")) << host.out << host.errors;
+    ASSERT_TRUE(awaitSleep(host));
+    host.signal(SIGINT);
+    EXPECT_EQ(host.waitExit(), GetParam().interrupted) << host.errors;
 }
 
 TEST_P(HostTest, ShowsThePaletteInColourOnATerminal) {

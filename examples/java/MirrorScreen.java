@@ -1,0 +1,231 @@
+import com.sun.jna.Library;
+import com.sun.jna.Memory;
+import com.sun.jna.Native;
+import com.sun.jna.Platform;
+import com.sun.jna.Pointer;
+import java.nio.charset.StandardCharsets;
+import java.util.ArrayList;
+import java.util.HashMap;
+import java.util.List;
+import java.util.Map;
+import java.util.regex.Pattern;
+
+/**
+ * A host in Java, over JNA: lists the displays, mirrors the first one onto a light device for some
+ * seconds, and shows what is sent and the colours on the screen.
+ *
+ * <pre>
+ * export LD_PRELOAD=$JAVA_HOME/lib/libjsig.so
+ * java -cp /usr/share/java/jna.jar MirrorScreen.java ADDRESS [SECONDS]
+ * </pre>
+ *
+ * The library is found where the system looks for libraries, or by its path in the environment
+ * variable SCREEN_MIRROR_LIBRARY. Java's runtime lives by signals at every moment; its libjsig has to
+ * be there from the start to keep them.
+ */
+public final class MirrorScreen {
+    /** The eight functions. The library wants one call at a time, from any thread. */
+    public interface Mirror extends Library {
+        int getDisplays(byte[] buffer, int bufferLength);
+
+        int getSizeOfStreamFrameJson();
+
+        int getStreamFrameJson(byte[] buffer);
+
+        int captureCurrentStreamFrames();
+
+        int getPalette(byte[] buffer);
+
+        int setMirrorConfig(byte[] json);
+
+        int startMirror();
+
+        int stopMirror();
+    }
+
+    /** What the process itself finds: with libjsig, its sigaction(), not the C library's. */
+    public interface Process extends Library {
+        int sigaction(int signal, Pointer wanted, Pointer before);
+
+        int inet_pton(int family, String text, byte[] address);
+
+        int isatty(int descriptor);
+    }
+
+    /** What went wrong, in one line. */
+    private static final class MirrorException extends Exception {
+        private static final long serialVersionUID = 1;
+
+        MirrorException(String message) {
+            super(message);
+        }
+    }
+
+    private record Display(long id, long width, long height) {}
+
+    private final Process process = Native.load(null, Process.class);
+    private final Mirror mirror = loadLibrary();
+
+    private MirrorScreen() throws MirrorException {}
+
+    private static void need(boolean condition, String otherwise) throws MirrorException {
+        if (!condition) throw new MirrorException(otherwise);
+    }
+
+    private static Mirror loadLibrary() throws MirrorException {
+        final String usual =
+                Platform.isMac() ? "libscreenMirrorMac.dylib" : "libscreenMirrorMac.so.1";
+        final String name = System.getenv().getOrDefault("SCREEN_MIRROR_LIBRARY", usual);
+        try {
+            return Native.load(name, Mirror.class);
+        } catch (UnsatisfiedLinkError error) {
+            final String all = error.getMessage(); // the system's words begin in its second line
+            final String reason = all.lines().skip(1).findFirst().orElse(all);
+            throw new MirrorException("the library cannot be loaded: " + reason);
+        }
+    }
+
+    /** A text that fills its buffer is cut and has no terminating zero. */
+    private static String textIn(byte[] buffer, String ifCut) throws MirrorException {
+        int end = 0;
+        while (end < buffer.length && buffer[end] != 0) ++end;
+        need(end < buffer.length, ifCut);
+        return new String(buffer, 0, end, StandardCharsets.UTF_8);
+    }
+
+    /** The numbers of each object with these three members. A real host has a JSON parser. */
+    private static List<long[]> numbersIn(String json, String first, String second, String third) {
+        final String form = "\\{\"%s\":(\\d+),\"%s\":(\\d+),\"%s\":(\\d+)\\}";
+        final var all = new ArrayList<long[]>();
+        final var matcher = Pattern.compile(form.formatted(first, second, third)).matcher(json);
+        while (matcher.find())
+            all.add(
+                    new long[] {
+                        Long.parseLong(matcher.group(1)),
+                        Long.parseLong(matcher.group(2)),
+                        Long.parseLong(matcher.group(3))
+                    });
+        return all;
+    }
+
+    /** The library takes addresses in numbers, and says nothing of others. */
+    private boolean isAddress(String text) {
+        final int version4 = 2;
+        final int version6 = Platform.isMac() ? 30 : 10;
+        final byte[] address = new byte[16];
+        return process.inet_pton(version4, text, address) == 1
+                || process.inet_pton(version6, text, address) == 1;
+    }
+
+    private Display firstDisplay() throws MirrorException {
+        final byte[] buffer = new byte[4096];
+        need(mirror.getDisplays(buffer, buffer.length) == 1, "the displays cannot be listed");
+        final String list = textIn(buffer, "the list of displays is cut");
+        final var displays = new ArrayList<Display>();
+        for (long[] one : numbersIn(list, "displayID", "width", "height")) {
+            displays.add(new Display(one[0], one[1], one[2]));
+            System.out.printf("display %d: %d x %d%n", one[0], one[1], one[2]);
+        }
+        need(
+                !displays.isEmpty(),
+                "there is no display to mirror; on Linux, DISPLAY names an X server");
+        return displays.get(0);
+    }
+
+    /** Four panels in a row across the middle of the display, as text that ends in a zero. */
+    private static byte[] configuration(Display display, String address) {
+        final var panels = new ArrayList<String>();
+        for (int i = 0; i < 4; ++i)
+            panels.add(
+                    "{\"panelID\": %d, \"centroidX\": %d, \"centroidY\": %d}"
+                            .formatted(
+                                    i + 1, (2 * i + 1) * display.width / 8, display.height / 2));
+        // The document's integers are signed; an identifier has the same 32 bits without a sign.
+        final String document =
+                """
+                {"displayID": %d, "mode": 0, "devices": [{"ip": "%s", "controlVersion": 2,
+                 "shapeType": 0, "scaleFactor": 1.0, "panels": [%s]}]}
+                """
+                        .formatted((int) display.id, address, String.join(", ", panels));
+        return (document + "\0").getBytes(StandardCharsets.UTF_8);
+    }
+
+    /**
+     * Starting a run replaces the process's handlers of these signals by the library's, which end
+     * the process. They are in place when startMirror() returns; from then on Java has its own
+     * again. What sigaction() fills in is larger than 200 bytes nowhere.
+     */
+    private int startWithOwnSignals() {
+        final int bus = Platform.isMac() ? 10 : 7;
+        // SIGINT, SIGABRT, SIGTERM, SIGBUS, SIGFPE, SIGPIPE, SIGSEGV
+        final Map<Integer, Memory> own = new HashMap<>();
+        for (int signal : new int[] {2, 6, 15, bus, 8, 13, 11}) {
+            own.put(signal, new Memory(256));
+            process.sigaction(signal, null, own.get(signal));
+        }
+        final int result = mirror.startMirror();
+        own.forEach((signal, action) -> process.sigaction(signal, action, null));
+        return result;
+    }
+
+    private void showSent() throws MirrorException {
+        need(mirror.captureCurrentStreamFrames() == 0, "nothing was sent within a second");
+        final int size = mirror.getSizeOfStreamFrameJson();
+        need(size >= 0, "the snapshot could not be made");
+        need(size > 0, "no frame was captured");
+        final byte[] buffer = new byte[size];
+        need(mirror.getStreamFrameJson(buffer) == 0, "the snapshot could not be fetched");
+        System.out.println("sent: " + new String(buffer, StandardCharsets.UTF_8));
+    }
+
+    private void showPalette() throws MirrorException {
+        final byte[] buffer = new byte[512];
+        need(mirror.getPalette(buffer) == 0, "the palette could not be made");
+        final String palette = textIn(buffer, "the palette is cut");
+        final boolean hasColours = process.isatty(1) == 1;
+        final var line = new StringBuilder("palette:");
+        for (long[] one : numbersIn(palette, "R", "G", "B")) {
+            if (hasColours)
+                line.append(" \033[48;2;%d;%d;%dm  \033[0m".formatted(one[0], one[1], one[2]));
+            line.append(" #%02x%02x%02x".formatted(one[0], one[1], one[2]));
+        }
+        System.out.println(line);
+        need(!System.out.checkError(), "standard output cannot be written");
+    }
+
+    private void run(String address, double seconds) throws MirrorException, InterruptedException {
+        need(isAddress(address), "not an IPv4 or IPv6 address: " + address);
+        final Display display = firstDisplay();
+        need(
+                mirror.setMirrorConfig(configuration(display, address)) == 1,
+                "the configuration was not applied: the screen cannot be captured");
+        final int started = startWithOwnSignals();
+        need(
+                started != 0,
+                "mirroring was not started: a run exists already or there is no device");
+        need(started == 1, "mirroring was not started: no thread could be made");
+        int stopped;
+        try {
+            System.out.printf("mirroring display %d onto %s%n", display.id, address);
+            Thread.sleep((long) (seconds * 1000));
+            showSent();
+            showPalette();
+        } finally {
+            stopped = mirror.stopMirror();
+        }
+        need(stopped == 1, "mirroring could not be stopped");
+    }
+
+    public static void main(String[] words) throws InterruptedException {
+        if (words.length < 1 || words.length > 2) {
+            System.err.println("usage: MirrorScreen ADDRESS [SECONDS]");
+            System.exit(2);
+        }
+        try {
+            new MirrorScreen().run(words[0], words.length > 1 ? Double.parseDouble(words[1]) : 10);
+        } catch (MirrorException problem) {
+            System.err.println("MirrorScreen: " + problem.getMessage());
+            System.exit(1);
+        }
+    }
+}
