@@ -35,6 +35,7 @@ install(FILES docs/mirror-config.schema.json
         DESTINATION ${CMAKE_INSTALL_DATADIR}/screenMirrorMac)
 # The pages that the header refers to.
 install(FILES docs/configuration.md docs/datagrams.md docs/modes.md docs/mirror-config.schema.json
+        docs/other-languages.md
         DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY docs/modes DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples

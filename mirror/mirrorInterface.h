@@ -57,9 +57,22 @@
  *    the wrong type, stops the process by assertion. Check documents that you did not write
  *    yourself.
  * 7. **Signals.** Starting a run installs handlers for SIGINT, SIGABRT, SIGTERM, SIGBUS, SIGFPE,
- *    SIGPIPE and SIGSEGV which end the run and exit the process with the signal's number. They stay
- *    installed after the run; unloading gives back what the host had. A host that wants its own
- *    installs them after startMirror(), each time.
+ *    SIGPIPE and SIGSEGV which end the run and exit the process with the signal's number. They are
+ *    in place when startMirror() has returned 1, stay after the run, and are installed anew by
+ *    every start; unloading gives back what the host had. They run on the alternate stack of a
+ *    thread that has one. A host that handles signals itself, ignores SIGPIPE, or has a runtime
+ *    that does (Python, Node.js, Java, Go, .NET) puts back what it had, at every start:
+ *
+ *        static const int replaced[] = {SIGINT,  SIGABRT, SIGTERM, SIGBUS,
+ *                                       SIGFPE,  SIGPIPE, SIGSEGV};
+ *        struct sigaction own[7];
+ *        for (int i = 0; i < 7; ++i)
+ *            sigaction(replaced[i], NULL, &own[i]);
+ *        int started = startMirror();
+ *        for (int i = 0; i < 7; ++i)
+ *            sigaction(replaced[i], &own[i], NULL);
+ *
+ *    docs/other-languages.md says what each language needs beyond that.
  * 8. **Units.** Positions and sizes are pixels of the mirrored display, x to the right, y
  *    downwards, from the top left. Colours are red, green and blue, 0 to 255 each. Transition times
  *    have no unit.
@@ -162,11 +175,14 @@ int setMirrorConfig(char *json);
 /**
  * @brief Starts mirroring. Returns once the run has begun.
  *
+ * Call setMirrorConfig() before every start: a second start without it returns 1 as well, but turns
+ * the lights black.
+ *
  * A device that is not there, or whose address is none, is no failure: it receives nothing. A run
  * that ends by itself ("Stream start failed!", "Error during runMirror", an unknown mode) still
  * has to be stopped.
  *
- * @retval 1   A run was started.
+ * @retval 1   A run was started, and the signal handlers are installed.
  * @retval 0   "Mirroring already running.": a run exists that has not been stopped. "No devices.":
  *             none is configured.
  * @retval -1  "Error starting mirroring": no thread could be made.
