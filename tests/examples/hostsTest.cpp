@@ -119,6 +119,16 @@ void drawHalves(test::VirtualScreen &screen) {
     screen.fillRect(245, 0, width - 245, height, 0x0000ff);
 }
 
+// Waits until the light is told these colours for the left and the right half.
+bool shows(test::LightReceiver &light, std::uint32_t left, std::uint32_t right) {
+    const auto wanted =
+        test::encode(2, {{1, left, 0, 1}, {2, left, 0, 1}, {3, right, 0, 1}, {4, right, 0, 1}});
+    auto got = light.next();
+    while (got && got != wanted)
+        got = light.next();
+    return got.has_value();
+}
+
 TEST_P(HostTest, MirrorsTheFirstDisplay) {
     test::VirtualScreen screen(width, height);
     screen.fill(0x00ff00);
@@ -130,17 +140,9 @@ TEST_P(HostTest, MirrorsTheFirstDisplay) {
     EXPECT_NE(host.out.find(": 480 x 300\n"), std::string::npos) << host.out;
 
     // The light shows the screen and follows it.
-    const auto shows = [&](std::uint32_t left, std::uint32_t right) {
-        const auto wanted =
-            test::encode(2, {{1, left, 0, 1}, {2, left, 0, 1}, {3, right, 0, 1}, {4, right, 0, 1}});
-        auto got = light.next();
-        while (got && got != wanted)
-            got = light.next();
-        return got.has_value();
-    };
-    EXPECT_TRUE(shows(0x00ff00, 0x00ff00));
+    EXPECT_TRUE(shows(light, 0x00ff00, 0x00ff00));
     drawHalves(screen);
-    EXPECT_TRUE(shows(0xff0000, 0x0000ff));
+    EXPECT_TRUE(shows(light, 0xff0000, 0x0000ff));
 
     EXPECT_EQ(host.waitExit(), 0) << host.errors;
     EXPECT_EQ(errorsOf(host), "");
@@ -159,6 +161,8 @@ TEST_P(HostTest, GoesOnWhenAPipeBreaksInMidRun) {
     test::Child host = run({address, "1"});
     ASSERT_TRUE(host.waitFor(" onto " + address + "\n")) << host.out << host.errors;
     host.closeOutput();
+    drawHalves(screen);
+    EXPECT_TRUE(shows(light, 0xff0000, 0x0000ff));
     EXPECT_EQ(host.waitExit(), 1);
     const std::string errors = errorsOf(host);
     EXPECT_TRUE(errors.ends_with(": standard output cannot be written\n")) << errors;
