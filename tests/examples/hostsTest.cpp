@@ -17,9 +17,9 @@ namespace {
 struct Host {
     const char *name;
     std::vector<std::string> command;
-    bool linked;         // to the library; otherwise it loads it
-    const char *address; // of its light, so that the hosts can be tested at the same time
-    int interrupted;     // its exit status, or minus the signal that ended it
+    bool linked;                        // to the library; otherwise it loads it
+    int light;                          // the last digit of its lights' addresses
+    int interrupted;                    // its exit status, or minus the signal that ended it
     std::vector<std::string> make = {}; // what makes it ready to run, if anything does
 };
 
@@ -28,25 +28,23 @@ void PrintTo(const Host &host, std::ostream *out) {
 }
 
 std::vector<Host> hosts() {
-    std::vector<Host> all{{"C", {HOST_IN_C}, true, "127.0.76.1", -SIGINT},
-                          {"Cxx", {HOST_IN_CXX}, true, "127.0.76.2", -SIGINT}};
+    std::vector<Host> all{{"C", {HOST_IN_C}, true, 1, -SIGINT},
+                          {"Cxx", {HOST_IN_CXX}, true, 2, -SIGINT}};
 #ifdef PYTHON
     const std::string made = MADE_HOSTS;
     const auto making = [&](const std::string &language) -> std::vector<std::string> {
         return {MAKE_HOST, language, EXAMPLES "/" + language, made + "/" + language, LIBRARY};
     };
-    all.push_back(
-        {"Python", {PYTHON, EXAMPLES "/python/mirror_screen.py"}, false, "127.0.76.3", 1});
+    all.push_back({"Python", {PYTHON, EXAMPLES "/python/mirror_screen.py"}, false, 3, 1});
     all.push_back({"JavaScript",
                    {"/usr/bin/env", "node", made + "/node/mirrorScreen.mjs"},
                    false,
-                   "127.0.76.4",
+                   4,
                    -SIGINT,
                    making("node")});
-    all.push_back({"Go", {made + "/go/mirrorScreen"}, true, "127.0.76.5", -SIGINT, making("go")});
-    all.push_back(
-        {"Rust", {made + "/rust/mirror_screen"}, true, "127.0.76.6", -SIGINT, making("rust")});
-    all.push_back({"Java", {made + "/java/run"}, false, "127.0.76.7", 130, making("java")});
+    all.push_back({"Go", {made + "/go/mirrorScreen"}, true, 5, -SIGINT, making("go")});
+    all.push_back({"Rust", {made + "/rust/mirror_screen"}, true, 6, -SIGINT, making("rust")});
+    all.push_back({"Java", {made + "/java/run"}, false, 7, 130, making("java")});
 #endif
     return all;
 }
@@ -68,6 +66,11 @@ protected:
                 GTEST_SKIP() << make.out;
             ASSERT_EQ(status, 0) << make.out << make.errors;
         }
+    }
+
+    // A light of one test's own, since several run at once.
+    static std::string lightOf(const char *beginning) {
+        return beginning + std::to_string(GetParam().light);
     }
 
     static test::Child run(std::vector<std::string> arguments,
@@ -133,7 +136,7 @@ TEST_P(HostTest, MirrorsTheFirstDisplay) {
     test::VirtualScreen screen(width, height);
     screen.fill(0x00ff00);
     screen.use();
-    const std::string address = GetParam().address;
+    const std::string address = lightOf("127.0.76.");
     test::LightReceiver light(address, 60222);
     test::Child host = run({address, "2"});
     ASSERT_TRUE(host.waitFor(" onto " + address + "\n")) << host.out << host.errors;
@@ -156,7 +159,7 @@ TEST_P(HostTest, MirrorsTheFirstDisplay) {
 TEST_P(HostTest, GoesOnWhenAPipeBreaksInMidRun) {
     test::VirtualScreen screen(width, height);
     screen.use();
-    const std::string address = GetParam().address;
+    const std::string address = lightOf("127.0.76.1");
     test::LightReceiver light(address, 60222);
     test::Child host = run({address, "1"});
     ASSERT_TRUE(host.waitFor(" onto " + address + "\n")) << host.out << host.errors;
@@ -173,7 +176,7 @@ TEST_P(HostTest, GoesOnWhenAPipeBreaksInMidRun) {
 TEST_P(HostTest, EndsOnAnInterruptInItsOwnWay) {
     test::VirtualScreen screen(width, height);
     screen.use();
-    test::Child host = run({GetParam().address, "600"});
+    test::Child host = run({lightOf("127.0.76.2"), "600"});
     ASSERT_TRUE(host.waitFor(" onto ")) << host.out << host.errors;
     ASSERT_TRUE(awaitSleep(host));
     host.signal(SIGINT);

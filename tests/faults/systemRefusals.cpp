@@ -71,7 +71,8 @@ int posix_fallocate(int fd, off_t offset, off_t length) {
 
 void *mmap(void *wanted, std::size_t length, int protection, int flags, int fd,
            off_t offset) noexcept {
-    if ((flags & MAP_POPULATE) != 0 && isRefused(test::Refusal::MapFrame)) {
+    const bool isFrame = length >= std::size_t{640} * 480 * 4;
+    if (isFrame && isRefused(test::Refusal::MapFrame)) {
         errno = ENOMEM;
         return MAP_FAILED;
     }

@@ -9,7 +9,7 @@ enum class Refusal {
     ProtectFile, // fchmod
     FillFile,    // posix_fallocate
     FillInPeace, // posix_fallocate on a thread that an alarm can interrupt, as a long one would be
-    MapFrame,    // mmap of memory that is faulted in at once
+    MapFrame,    // mmap of as much memory as a frame of 640 x 480 takes
 };
 
 // One kind of call fails while one of these exists; one at a time.
