@@ -3,7 +3,7 @@
 function(common_headers name gtest)
     file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/${name}.cpp "")
     add_library(${name} OBJECT ${CMAKE_CURRENT_BINARY_DIR}/${name}.cpp)
-    target_precompile_headers(${name} PRIVATE ${CMAKE_SOURCE_DIR}/tests/commonHeaders.h)
+    target_precompile_headers(${name} PRIVATE ${PROJECT_SOURCE_DIR}/tests/commonHeaders.h)
     target_link_libraries(${name} PRIVATE ${gtest})
     # As programs are compiled.
     set_target_properties(${name} PROPERTIES POSITION_INDEPENDENT_CODE OFF)

@@ -1,24 +1,41 @@
-# What every target is compiled with.
+# What every target here is compiled with. All of it ends with this folder: a project that this one
+# is a part of keeps its own.
+include(CheckCXXCompilerFlag)
+check_cxx_compiler_flag(-fblocks MIRROR_HAS_BLOCKS)
+if(NOT MIRROR_HAS_BLOCKS)
+    message(FATAL_ERROR "${CMAKE_CXX_COMPILER} has no blocks (-fblocks), which these sources use; "
+        "install clang (Debian: apt-get install clang) and type:\n"
+        "  cmake --fresh -S \"${CMAKE_HOME_DIRECTORY}\" -B \"${CMAKE_BINARY_DIR}\" "
+        "-DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++\n")
+endif()
+
 set(CMAKE_C_STANDARD 11)
 set(CMAKE_CXX_STANDARD 20)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 
-# The JSON library's assertions belong to the product, so release builds define no NDEBUG.
-set(CMAKE_C_FLAGS_RELEASE "-O2 -g1")
-set(CMAKE_CXX_FLAGS_RELEASE "-O2 -g1")
-
-if(NOT CMAKE_BUILD_TYPE)
-    set(CMAKE_BUILD_TYPE Release)
+if(PROJECT_IS_TOP_LEVEL)
+    get_property(isMultiConfig GLOBAL PROPERTY GENERATOR_IS_MULTI_CONFIG)
+    if(NOT CMAKE_BUILD_TYPE AND NOT isMultiConfig)
+        set(CMAKE_BUILD_TYPE Release)
+    endif()
+    # Unless the user has other wishes than CMake.
+    foreach(language C CXX)
+        if(CMAKE_${language}_FLAGS_RELEASE STREQUAL "-O3 -DNDEBUG")
+            set(CMAKE_${language}_FLAGS_RELEASE "-O2 -g1")
+        endif()
+    endforeach()
 endif()
 
+# The JSON library's assertions belong to the product, whatever the build type defines.
+add_compile_options(-UNDEBUG)
 # Panels see exact integers: the compiler may not fuse a multiplication with an addition.
 add_compile_options(-ffp-contract=off -Wall -Wextra -Wshadow)
 add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fblocks>)
 # A table of all pairs of channels is calculated while compiling.
 add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fconstexpr-steps=4000000>)
-include_directories(${CMAKE_SOURCE_DIR})
+include_directories(${PROJECT_SOURCE_DIR})
 
 # Guarded members are held against the locks of a C++ library that tells what they do.
 if(APPLE)
@@ -30,7 +47,7 @@ if(MIRROR_SANITIZER)
     # Hosts in C bring no C++ runtime of the sanitizer, which only these two checks would need.
     add_compile_options(-fsanitize=${MIRROR_SANITIZER} -fno-sanitize=vptr,function
                         -fno-sanitize-recover=undefined -fno-omit-frame-pointer -O1 -g1)
-    add_compile_options(-fsanitize-ignorelist=${CMAKE_SOURCE_DIR}/tests/sanitizers/ignorelist.txt)
+    add_compile_options(-fsanitize-ignorelist=${PROJECT_SOURCE_DIR}/tests/sanitizers/ignorelist.txt)
     add_link_options(-fsanitize=${MIRROR_SANITIZER})
 endif()
 

@@ -1,6 +1,7 @@
 # What `cmake --install` puts where. The tree may be moved afterwards: nothing in it names the place
-# where it was built or installed.
-include(GNUInstallDirs)
+# where it was built or installed. Its components are Runtime (what a host loads), Development (what
+# one is built with), Programs and Manual.
+
 include(CMakePackageConfigHelpers)
 
 if(MIRROR_TOOLS)
@@ -11,46 +12,54 @@ if(MIRROR_TOOLS)
         string(PREPEND there $<IF:$<PLATFORM_ID:Darwin>,@loader_path,$ORIGIN>/)
     endif()
     set_target_properties(mirrorctl PROPERTIES INSTALL_RPATH ${there})
-    install(TARGETS mirrorctl panelwall)
+    install(TARGETS mirrorctl panelwall COMPONENT Programs)
     install(FILES docs/man/mirrorctl.1 docs/man/panelwall.1
-            DESTINATION ${CMAKE_INSTALL_MANDIR}/man1)
+            DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT Programs)
     # Debian's zsh looks elsewhere for what packages bring.
     install(CODE [[
         set(zshFolder site-functions)
         if(CMAKE_INSTALL_PREFIX STREQUAL "/usr" AND EXISTS "/etc/debian_version")
             set(zshFolder vendor-completions)
-        endif()]])
+        endif()]] COMPONENT Programs)
     install(FILES tools/completions/_mirrorctl tools/completions/_panelwall
-            DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/\${zshFolder}")
+            DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/\${zshFolder}" COMPONENT Programs)
     foreach(program mirrorctl panelwall)
         install(FILES tools/completions/${program}.bash RENAME ${program}
-                DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
+                DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
+                COMPONENT Programs)
     endforeach()
 endif()
 
 install(TARGETS screenMirrorMac EXPORT screenMirrorMac
+        LIBRARY COMPONENT Runtime NAMELINK_COMPONENT Development
         INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-install(FILES mirror/mirrorInterface.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/mirror)
+install(FILES mirror/mirrorInterface.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/mirror
+        COMPONENT Development)
 install(FILES docs/mirror-config.schema.json
-        DESTINATION ${CMAKE_INSTALL_DATADIR}/screenMirrorMac)
-# The pages that the header refers to.
-install(FILES docs/configuration.md docs/datagrams.md docs/modes.md docs/mirror-config.schema.json
-        docs/other-languages.md
-        DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(DIRECTORY docs/modes DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(DIRECTORY examples/ DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples
+        DESTINATION ${CMAKE_INSTALL_DATADIR}/screenMirrorMac COMPONENT Programs)
+
+# The manual lies as it does in the sources, so that its pages find each other.
+install(FILES LICENSE copyright DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT Runtime)
+install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT Manual
+        FILES_MATCHING PATTERN "*.png" PATTERN "*.svg" PATTERN "*.json" PATTERN man EXCLUDE)
+install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT Manual
         PATTERN CMakeLists.txt EXCLUDE
         PATTERN readmeExample EXCLUDE
         PATTERN node_modules EXCLUDE
         PATTERN __pycache__ EXCLUDE)
+install(CODE "
+    set(SOURCE [==[${PROJECT_SOURCE_DIR}]==])
+    set(DOCDIR [==[${CMAKE_INSTALL_DOCDIR}]==])" COMPONENT Manual)
+install(SCRIPT cmake/installPages.cmake COMPONENT Manual)
 
 # find_package(screenMirrorMac) brings the target screenMirrorMac::screenMirrorMac.
 set(packageFolder ${CMAKE_INSTALL_LIBDIR}/cmake/screenMirrorMac)
-write_basic_package_version_file(${CMAKE_BINARY_DIR}/screenMirrorMacConfigVersion.cmake
+write_basic_package_version_file(${PROJECT_BINARY_DIR}/screenMirrorMacConfigVersion.cmake
     COMPATIBILITY SameMajorVersion)
 install(EXPORT screenMirrorMac FILE screenMirrorMacConfig.cmake NAMESPACE screenMirrorMac::
-        DESTINATION ${packageFolder})
-install(FILES ${CMAKE_BINARY_DIR}/screenMirrorMacConfigVersion.cmake DESTINATION ${packageFolder})
+        DESTINATION ${packageFolder} COMPONENT Development)
+install(FILES ${PROJECT_BINARY_DIR}/screenMirrorMacConfigVersion.cmake DESTINATION ${packageFolder}
+        COMPONENT Development)
 
 # A folder that is absolute stays so; any other lies below the prefix, wherever that is.
 set(pcLibdir "\${prefix}")
@@ -63,4 +72,11 @@ if(NOT IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR})
     string(REGEX REPLACE "/$" "" pcPrefix "\${pcfiledir}/${pcPrefix}")
 endif()
 configure_file(cmake/screenMirrorMac.pc.in screenMirrorMac.pc @ONLY)
-install(FILES ${CMAKE_BINARY_DIR}/screenMirrorMac.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+install(FILES ${PROJECT_BINARY_DIR}/screenMirrorMac.pc
+        DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT Development)
+
+if(PROJECT_IS_TOP_LEVEL)
+    add_custom_target(uninstall VERBATIM
+        COMMAND ${CMAKE_COMMAND} "-DBUILD=${PROJECT_BINARY_DIR}"
+                -P ${PROJECT_SOURCE_DIR}/cmake/uninstall.cmake)
+endif()

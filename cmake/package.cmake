@@ -1,22 +1,70 @@
-# A Debian package with everything that is installed: `cpack` in the build folder.
+# Debian packages of what is installed: `cpack` in the build folder. One holds the library, one what
+# hosts are built with, one the programs and one the manual, as a distribution would part them.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME screen-mirror)
-set(CPACK_PACKAGE_VENDOR "Screen mirror")
-set(CPACK_PACKAGE_CONTACT "Screen mirror <screen-mirror@example.invalid>")
-set(CPACK_PACKAGE_DESCRIPTION_SUMMARY ${PROJECT_DESCRIPTION})
+set(CPACK_PACKAGE_VENDOR "the screen mirror authors")
+set(CPACK_PACKAGE_CONTACT "The screen mirror authors <screen-mirror@example.invalid>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_NAME} built using CMake") # each has its own
 set(CPACK_PACKAGE_CHECKSUM SHA256)
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
+set(CPACK_COMPONENTS_ALL Runtime Development Manual)
+if(MIRROR_TOOLS)
+    list(APPEND CPACK_COMPONENTS_ALL Programs)
+endif()
 
+# As in cmake/debian/changelog. A distribution's own revisions begin with 1, and are newer.
+set(CPACK_DEBIAN_PACKAGE_VERSION ${PROJECT_VERSION}-0.1)
+set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-set(CPACK_DEBIAN_PACKAGE_SECTION utils)
-set(CPACK_DEBIAN_PACKAGE_DESCRIPTION
-"A library for host applications, in plain C, and two programs: mirrorctl
-mirrors a display from the command line, panelwall is light devices in
-software, shown in the terminal or in a browser.")
-# What the programs and the library load, as Debian's own packages name it; the library tells the
-# same to packages built against it, and is made known to the loader.
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
-set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
-set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_BINARY_DIR})
+# Files are compressed, and copyright and changelog put beside them, as Debian's policy wants it.
+set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/debian/finish.cmake)
+set(CPACK_MIRROR_SOURCE ${PROJECT_SOURCE_DIR})
+set(CPACK_MIRROR_LIBDIR ${CMAKE_INSTALL_LIBDIR})
+
+# debian_package(COMPONENT NAME SECTION SUMMARY DESCRIPTION): sets what describes one.
+macro(debian_package component name section summary description)
+    set(CPACK_DEBIAN_${component}_PACKAGE_NAME ${name})
+    set(CPACK_DEBIAN_${component}_PACKAGE_SECTION ${section})
+    set(CPACK_DEBIAN_${component}_DESCRIPTION "${summary}\n${description}")
+endmacro()
+
+string(TOLOWER ${PROJECT_NAME} libraryPackage)
+set(thisLibrary lib${libraryPackage}${PROJECT_VERSION_MAJOR})
+debian_package(RUNTIME ${thisLibrary} libs
+    "mirrors a display onto networked lights (library)"
+"The library receives frames from an X server, derives a colour for every
+panel of every light device in its configuration, and sends each device a
+datagram a frame.")
+debian_package(DEVELOPMENT lib${libraryPackage}-dev libdevel
+    "mirrors a display onto networked lights (development files)"
+"The library receives frames from an X server, derives a colour for every
+panel of every light device in its configuration, and sends each device a
+datagram a frame.
+.
+This package has its header, and what CMake and pkg-config know it by.")
+debian_package(PROGRAMS screen-mirror utils
+    "mirrors a display onto networked lights (programs)"
+"mirrorctl mirrors a display from the command line, makes and checks
+configurations, and finds out why nothing is mirrored. panelwall is light
+devices in software, shown in the terminal or in a browser.")
+debian_package(MANUAL screen-mirror-doc doc
+    "mirrors a display onto networked lights (manual)"
+"The manual of the screen mirroring library and of its programs mirrorctl and
+panelwall: configurations, modes, datagrams, recordings, performance and
+security; and whole hosts to start from in C, C++, Python and JavaScript.")
+
+# The library tells packages built against it what to depend on, and is made known to the loader.
+file(WRITE ${PROJECT_BINARY_DIR}/debian/shlibs
+     "lib${PROJECT_NAME} ${PROJECT_VERSION_MAJOR} ${thisLibrary} (>= ${PROJECT_VERSION})\n")
+file(WRITE ${PROJECT_BINARY_DIR}/debian/triggers "activate-noawait ldconfig\n")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA
+    ${PROJECT_BINARY_DIR}/debian/shlibs ${PROJECT_BINARY_DIR}/debian/triggers)
+
+# finish.cmake adds what is loaded.
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${thisLibrary} (= ${CPACK_DEBIAN_PACKAGE_VERSION})")
+set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS screen-mirror-doc)
+set(CPACK_DEBIAN_PROGRAMS_PACKAGE_DEPENDS "${thisLibrary} (= ${CPACK_DEBIAN_PACKAGE_VERSION})")
+set(CPACK_DEBIAN_PROGRAMS_PACKAGE_SUGGESTS screen-mirror-doc)
+set(CPACK_DEBIAN_MANUAL_PACKAGE_ARCHITECTURE all)
 include(CPack)

@@ -1,52 +1,116 @@
-// The Debian package: what it holds and what it asks for.
+// The Debian packages: what they hold, what they ask for, and that Debian's own check has nothing
+// against them.
 #include "tests/install/installed.h"
 
+#include <algorithm>
 #include <gtest/gtest.h>
 
 namespace {
 
-class DebianPackage : public testing::Test {
+const std::string library = "libscreenmirrormac1";
+const std::string development = "libscreenmirrormac-dev";
+const std::string programs = "screen-mirror";
+const std::string manual = "screen-mirror-doc";
+
+class DebianPackages : public testing::Test {
 protected:
     void SetUp() override {
         const test::Output made =
-            test::outputOf("cd " BUILD " && " CPACK " -G DEB -B " + folder.file("made") +
-                           " && cd " + folder.file("made") + " && mv *.deb package.deb");
+            test::outputOf("cd " BUILD " && " CPACK " -G DEB -B " + folder.file("made"));
         ASSERT_EQ(made.status, 0) << made.text;
     }
 
-    std::string field(const std::string &name) const {
-        return test::outputOf("dpkg-deb -f " + package() + " " + name).text;
+    std::string package(const std::string &name) const {
+        return folder.file("made/" + name + "_*.deb");
     }
-    std::string package() const { return folder.file("made/package.deb"); }
+    std::string field(const std::string &name, const std::string &field) const {
+        return test::outputOf("dpkg-deb -f " + package(name) + " " + field).text;
+    }
+    std::string unpacked(const std::string &name) const {
+        const std::string root = folder.file(name);
+        const test::Output done = test::outputOf("dpkg-deb -x " + package(name) + " " + root);
+        EXPECT_EQ(done.status, 0) << done.text;
+        return root;
+    }
 
     test::Folder folder;
 };
 
-TEST_F(DebianPackage, HoldsWhatIsInstalledAndAsksForWhatItLoads) {
-    EXPECT_EQ(field("Package"), "screen-mirror\n");
-    EXPECT_EQ(field("Version"), VERSION "\n");
-    const std::string depends = " " + field("Depends");
-    for (const char *library : {"libc6", "libstdc++6", "libblocksruntime0", "libxcb1",
-                                "libxcb-damage0", "libxcb-randr0", "libxcb-shm0", "libxcb-xfixes0"})
-        EXPECT_NE(depends.find(" " + std::string(library)), std::string::npos) << depends;
+// What Debian has in other places or forms than the rest of the world.
+std::string inDebian(std::string file) {
+    if (const auto at = file.find("site-functions"); at != std::string::npos)
+        file.replace(at, std::string("site-functions").size(), "vendor-completions");
+    if (file.starts_with("share/man/"))
+        file += ".gz";
+    return "usr/" + file;
+}
 
-    const std::string root = folder.file("root");
-    ASSERT_EQ(test::outputOf("dpkg-deb -x " + package() + " " + root).status, 0);
-    // All below /usr, zsh's completions where Debian's zsh looks.
-    std::vector<std::string> wanted = test::filesBelow(test::Installed().at(""));
-    for (std::string &file : wanted) {
-        if (const auto at = file.find("site-functions"); at != std::string::npos)
-            file.replace(at, std::string("site-functions").size(), "vendor-completions");
-        file = "usr/" + file;
+// Adds all but what each package has of its own.
+void addFiles(std::vector<std::string> &files, const std::string &root,
+              const std::string &package) {
+    const std::string own = "usr/share/doc/" + package + "/";
+    int papers = 0;
+    for (const std::string &file : test::filesBelow(root))
+        if (file == own + "copyright" || file == own + "changelog.gz" ||
+            file == own + "changelog.Debian.gz")
+            ++papers;
+        else
+            files.push_back(file);
+    EXPECT_EQ(papers, 3) << package;
+}
+
+TEST_F(DebianPackages, HoldWhatIsInstalledAndAskForWhatTheyLoad) {
+    std::vector<std::string> held;
+    for (const std::string &package : {library, development, programs, manual}) {
+        const std::string root = unpacked(package);
+        addFiles(held, root, package);
+        EXPECT_EQ(field(package, "Version"), VERSION "-0.1\n");
+        EXPECT_EQ(test::outputOf("zgrep -c '(" VERSION "-0.1)' " + root + "/usr/share/doc/" +
+                                 package + "/changelog.Debian.gz")
+                      .text,
+                  "1\n");
     }
-    EXPECT_EQ(test::filesBelow(root), wanted);
+    std::sort(held.begin(), held.end());
 
-    const std::string libraries = root + "/usr/" LIBDIR;
-    const test::Output run = test::outputOf("env -i " + root + "/usr/bin/mirrorctl --help");
-    EXPECT_EQ(run.status, 0) << run.text;
-    EXPECT_NE(
-        test::outputOf("file -L " + libraries + "/libscreenMirrorMac.so").text.find("stripped"),
-        std::string::npos);
+    std::vector<std::string> wanted;
+    for (const std::string &file : test::filesBelow(test::Installed().at("")))
+        if (!file.ends_with("/LICENSE") && !file.ends_with("/copyright"))
+            wanted.push_back(inDebian(file));
+    std::sort(wanted.begin(), wanted.end());
+    EXPECT_EQ(held, wanted);
+
+    // A host that is there needs no more than the first.
+    const std::string place = "usr/" LIBDIR "/libscreenMirrorMac.so";
+    std::vector<std::string> files;
+    addFiles(files, folder.file(library), library);
+    EXPECT_EQ(files, (std::vector<std::string>{place + ".1", place + "." VERSION}));
+
+    const std::string loads = " " + field(library, "Depends");
+    for (const char *package : {"libc6", "libstdc++6", "libblocksruntime0", "libxau6", "libxcb1",
+                                "libxcb-damage0", "libxcb-randr0", "libxcb-shm0", "libxcb-xfixes0"})
+        EXPECT_NE(loads.find(" " + std::string(package)), std::string::npos) << loads;
+    const std::string same = library + " (= " VERSION "-0.1)";
+    EXPECT_EQ(field(development, "Depends"), same + "\n");
+    const std::string programsLoad = field(programs, "Depends");
+    for (const std::string &package :
+         {same, std::string("libcpp-httplib0"), std::string("libpng16-16"), std::string("libxcb1")})
+        EXPECT_NE(programsLoad.find(package), std::string::npos) << programsLoad;
+    EXPECT_EQ(field(manual, "Depends"), "\n");
+
+    const std::string run = "env -i LD_LIBRARY_PATH=" + folder.file(library) + "/usr/" LIBDIR " " +
+                            folder.file(programs) + "/usr/bin/mirrorctl --help";
+    EXPECT_EQ(test::outputOf(run).status, 0) << run;
+    // The loader knows the place.
+    EXPECT_EQ(
+        test::outputOf("readelf -d " + folder.file(programs) + "/usr/bin/* | grep -c RUNPATH").text,
+        "0\n");
+}
+
+TEST_F(DebianPackages, PassDebiansOwnCheck) {
+    const test::Output checked =
+        test::outputOf("lintian --allow-root --fail-on error,warning " + folder.file("made/*.deb"));
+    EXPECT_EQ(checked.status, 0) << checked.text;
+    EXPECT_EQ(checked.text, "");
 }
 
 } // namespace

@@ -21,7 +21,8 @@ public:
     std::string at(const std::string &name) const { return folder.file("moved/" + name); }
     // One beside it.
     std::string beside(const std::string &name) const { return folder.file(name); }
-    std::string examples() const { return at("share/doc/screenMirrorMac/examples"); }
+    std::string manual() const { return at("share/doc/screen-mirror"); }
+    std::string examples() const { return manual() + "/examples"; }
 
 private:
     Folder folder;

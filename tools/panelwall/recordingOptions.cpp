@@ -12,7 +12,8 @@ const char recordingHelp[] =
     "--compare matches devices by address and port, tells for each where the datagrams differ, "
     "and\n"
     "apart from that how their timing does; it ends with 0 when all devices were sent the same,\n"
-    "1 when they were not, and 2 when that cannot be said. docs/recordings.md has the form.";
+    "1 when they were not, and 2 when that cannot be said. The manual's docs/recordings.md\n"
+    "has the form.";
 
 void addRecordingOptions(CLI::App &app, Options &options) {
     auto *record = app.add_option("--record", options.recordPath,

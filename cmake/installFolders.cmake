@@ -1,0 +1,9 @@
+# The folders that things are installed in, below the prefix.
+#
+# Libraries lie where Debian's own do, whatever the prefix.
+if(PROJECT_IS_TOP_LEVEL AND EXISTS /etc/debian_version AND CMAKE_LIBRARY_ARCHITECTURE
+   AND NOT CMAKE_CROSSCOMPILING)
+    set(CMAKE_INSTALL_LIBDIR lib/${CMAKE_LIBRARY_ARCHITECTURE} CACHE PATH "Libraries")
+endif()
+set(CMAKE_INSTALL_DOCDIR share/doc/screen-mirror CACHE PATH "The manual")
+include(GNUInstallDirs)

@@ -1,0 +1,41 @@
+# Run while the manual is installed: its pages, of which links that lead to what is not installed, such
+# as sources, become plain words. From install.cmake come SOURCE, the tree, and DOCDIR.
+file(GLOB pages RELATIVE ${SOURCE} ${SOURCE}/docs/*.md)
+list(APPEND pages CHANGELOG.md README.md)
+# Where the links of a page may lead.
+set(installed "^(CHANGELOG\\.md|README\\.md|docs(/[a-zA-Z0-9.-]+\\.(md|png|svg|json))?|examples|(docs/modes|examples)/.*)$")
+
+# In a list of CMake's brackets and semicolons have a meaning, so these stand for them.
+string(ASCII 1 semicolon)
+string(ASCII 2 opening)
+string(ASCII 3 closing)
+
+cmake_path(ABSOLUTE_PATH DOCDIR BASE_DIRECTORY ${CMAKE_INSTALL_PREFIX})
+foreach(page IN LISTS pages)
+    file(READ ${SOURCE}/${page} text)
+    string(REPLACE ";" "${semicolon}" text "${text}")
+    string(REPLACE "[" "${opening}" text "${text}")
+    string(REPLACE "]" "${closing}" text "${text}")
+    string(REGEX MATCHALL "${closing}\\([^)#: ]+(#[^)]*)?\\)" links "${text}")
+    list(REMOVE_DUPLICATES links)
+    foreach(link IN LISTS links)
+        string(REGEX REPLACE "^${closing}\\(([^)#]+).*" "\\1" target "${link}")
+        cmake_path(SET path NORMALIZE "/${page}")
+        cmake_path(REPLACE_FILENAME path ${target})
+        cmake_path(NORMAL_PATH path)
+        string(SUBSTRING "${path}" 1 -1 path)
+        string(REGEX REPLACE "/$" "" path "${path}")
+        if(NOT path MATCHES "${installed}")
+            string(REGEX REPLACE "([][+.*()^\\\\$?])" "\\\\\\1" pattern "${link}")
+            string(REGEX REPLACE "${opening}([^${opening}${closing}]*)${pattern}" "\\1" text "${text}")
+        endif()
+    endforeach()
+    string(REPLACE "${closing}" "]" text "${text}")
+    string(REPLACE "${opening}" "[" text "${text}")
+    string(REPLACE "${semicolon}" ";" text "${text}")
+    message(STATUS "Installing: $ENV{DESTDIR}${DOCDIR}/${page}")
+    file(WRITE $ENV{DESTDIR}${DOCDIR}/${page} "${text}")
+    file(CHMOD $ENV{DESTDIR}${DOCDIR}/${page}
+         PERMISSIONS OWNER_READ OWNER_WRITE GROUP_READ WORLD_READ)
+    list(APPEND CMAKE_INSTALL_MANIFEST_FILES ${DOCDIR}/${page})
+endforeach()

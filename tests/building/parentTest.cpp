@@ -1,0 +1,43 @@
+// The library as a part of a larger project.
+#include "tests/building/treeCopy.h"
+
+#include <fstream>
+#include <gtest/gtest.h>
+
+namespace {
+
+// With make, in a build type that CMake gives NDEBUG to; without optimisation, which takes time,
+// and one source after the other, since other tests run beside this one.
+TEST(Parent, BuildsTheLibraryAndKeepsItsOwnFlags) {
+    const test::TreeCopy copy;
+    const test::Output made = test::outputOf(
+        std::string(test::TreeCopy::plain) + "sh -c 'cp -R " PARENT " " + copy.at("parent") +
+        " && " CMAKE " -S " + copy.at("parent") + " -B " + copy.at("build") +
+        " -G \"Unix Makefiles\" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DSCREEN_MIRROR=" +
+        copy.at("tree") +
+        " -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="
+        "\"-O0 -DNDEBUG\" && " CMAKE " --build " +
+        copy.at("build") + "'");
+    ASSERT_EQ(made.status, 0) << made.text;
+
+    // Without a member that it needs, a document stops the process by assertion.
+    const test::Output run = test::outputOf("ulimit -c 0; " + copy.at("build/host") + "; exit $?");
+    EXPECT_NE(run.text.find("Assertion"), std::string::npos) << run.text;
+    EXPECT_EQ(run.status, 134) << run.text;
+
+    std::ifstream database(copy.path("build/compile_commands.json"));
+    int own = 0;
+    for (std::string line; std::getline(database, line);) {
+        EXPECT_EQ(line.find("/tests/"), std::string::npos) << line;
+        EXPECT_EQ(line.find("/tools/"), std::string::npos) << line;
+        if (line.find("\"command\":") == std::string::npos ||
+            line.find("host.c\\\"") == std::string::npos)
+            continue;
+        ++own;
+        for (const char *flag : {"-fblocks", "-UNDEBUG", "-ffp-contract", "-Wall", "tree\\\""})
+            EXPECT_EQ(line.find(flag), std::string::npos) << line;
+    }
+    EXPECT_EQ(own, 1);
+}
+
+} // namespace

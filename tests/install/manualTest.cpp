@@ -1,0 +1,57 @@
+// The manual as it is installed.
+#include "tests/docs/links.h"
+#include "tests/install/installed.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <regex>
+
+namespace {
+
+using test::outputOf;
+
+// The documents that a text names and that are not in the folder.
+std::string missing(const std::string &text, const std::string &folder) {
+    static const std::regex document("[A-Za-z/-]*[a-z-]+\\.(md|schema\\.json)");
+    std::string names;
+    for (std::sregex_iterator i(text.begin(), text.end(), document), end; i != end; ++i)
+        if (!std::filesystem::exists(folder + "/" + i->str()))
+            names += i->str() + "\n";
+    return names;
+}
+
+TEST(InstalledManual, HasPagesWhoseLinksLeadSomewhere) {
+    const test::Installed installed;
+    const std::vector<test::Page> pages = test::pagesOf(installed.manual());
+    EXPECT_GT(pages.size(), 15u);
+    for (const test::Page &page : pages) {
+        EXPECT_EQ(test::brokenLinks(installed.manual(), pages, page), "");
+        // What leads nowhere is still said.
+        if (page.path == "README.md") {
+            const std::string text = test::fileText(installed.manual() + "/README.md");
+            EXPECT_NE(text.find("zsh in tools/completions."), std::string::npos);
+            EXPECT_NE(text.find("[docs/x11.md](docs/x11.md)"), std::string::npos);
+        }
+    }
+}
+
+TEST(InstalledManual, HasEveryDocumentThatProgramsAndTheHeaderName) {
+    const test::Installed installed;
+    const std::string mirrorctl = installed.at("bin/mirrorctl");
+    std::string texts = test::fileText(installed.at("include/mirror/mirrorInterface.h"));
+    for (const char *page : {"mirrorctl.1", "panelwall.1"})
+        texts += outputOf("mandoc -T utf8 " + installed.at("share/man/man1/") + page +
+                          " | sed 's/.\b//g'")
+                     .text;
+    texts += outputOf(installed.at("bin/panelwall") + " --help").text;
+    texts += outputOf(mirrorctl +
+                      " --help; for command in displays layout check run palette snapshot "
+                      "doctor; do " +
+                      mirrorctl + " $command --help; done")
+                 .text;
+    EXPECT_NE(texts.find("docs/recordings.md"), std::string::npos);
+    EXPECT_EQ(missing(texts, installed.manual()), "");
+    EXPECT_EQ(missing("see docs/nothing.md", installed.manual()), "docs/nothing.md\n");
+}
+
+} // namespace
