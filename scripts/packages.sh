@@ -25,8 +25,10 @@ fault_packages="iproute2 locales"
 analysis_packages="clang-tidy-14 cppcheck"
 valgrind_packages="valgrind"
 demo_packages="ffmpeg"
-# For the example hosts and the package's dependencies. A host in JavaScript runs on the page's Node.js.
-host_packages="python3 file"
+# For the example hosts. One in JavaScript runs on the page's Node.js.
+host_packages="python3"
+# For the tests of our own Debian packages.
+packaging_packages="lintian"
 # For the example hosts in other compiled languages; what is there already need not be Debian's.
 language_packages="libjna-java"
 command -v go >/dev/null || language_packages="$language_packages golang-go"
