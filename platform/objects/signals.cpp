@@ -11,7 +11,7 @@ namespace platform {
 QuietSignals::QuietSignals() {
     sigset_t quiet;
     sigfillset(&quiet);
-    for (int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGABRT, SIGILL, SIGTRAP})
+    for (int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP}) // abort() lets its own through
         sigdelset(&quiet, fault);
     pthread_sigmask(SIG_BLOCK, &quiet, &before);
 }
