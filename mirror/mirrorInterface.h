@@ -31,12 +31,12 @@
  * }
  * @endcode
  *
- * The members of the document, and what becomes of unusual values, stand in docs/configuration.md;
+ * docs/configuration.md describes the members of the document and how unusual values are treated;
  * docs/mirror-config.schema.json is its JSON schema.
  *
  * ## Conventions
  *
- * 1. **One manager.** There is one mirror a process; the functions below are its only entrance. It
+ * 1. **One manager.** There is one mirror per process, used through the functions below only. It
  *    exists from the moment the library is loaded until it is unloaded, and unloading stops a
  *    running mirror first.
  * 2. **Threads.** Call the functions from one thread at a time, any thread; the library does not
@@ -51,7 +51,7 @@
  *    and not changed. Texts handed out are bounded copies: a text that fills its bound arrives
  *    WITHOUT a terminating zero, a shorter one is padded with zeros up to the bound. Give a buffer
  *    of one byte more than the bound, zeroed, and every text that fits ends in a zero.
- * 6. **Failure.** No exception leaves the library and errno is not used. Each function answers only
+ * 6. **Failure.** No exception leaves the library and errno is not used. Each function returns only
  *    the values listed with it. What it prints is one line on standard output, in quotes below. One
  *    thing is fatal: a configuration document that is valid JSON but lacks a member, or has one of
  *    the wrong type, stops the process by assertion. Check documents that you did not write
@@ -91,9 +91,9 @@ extern "C" {
  *
  *     {"numDisplays":1,"displays":[{"displayID":1,"width":2880,"height":1800}]}
  *
- * Where the system tells of no display, as without a desktop session, the list is empty. A display
- * that may not be captured, or has gone meanwhile, has width and height 0. Works at any time, also
- * while a mirror runs.
+ * If the system reports no display, as without a desktop session, the list is empty. A display that
+ * may not be captured, or has gone meanwhile, has width and height 0. Works at any time, also while
+ * a mirror runs.
  *
  * @param[out] buffer    receives at most `bufferLength` bytes; a longer text arrives cut and
  *                       unterminated
@@ -134,14 +134,14 @@ int getSizeOfStreamFrameJson(void);
 int getStreamFrameJson(char *buffer);
 
 /**
- * @brief Has the running mirror keep a copy of the next frame that it sends, and waits for it for
- *        about a second.
+ * @brief Asks the running mirror to keep a copy of the next frame that it sends, and waits for it
+ *        for about a second.
  *
- * In melt and fade mode a frame is sent only when the screen's colour changes, so a screen that
- * holds still gives none. The frames captured before are dropped either way.
+ * In melt and fade mode a frame is sent only when the screen's colour changes, so a still
+ * screen gives none. The frames captured before are dropped either way.
  *
  * @retval 0   A frame was captured.
- * @retval -1  The wait ran out: nothing was sent, or nothing runs.
+ * @retval -1  The wait timed out: nothing was sent, or nothing runs.
  */
 int captureCurrentStreamFrames(void);
 
@@ -185,12 +185,12 @@ int setMirrorConfig(char *json);
  * @retval 1   A run was started, and the signal handlers are installed.
  * @retval 0   "Mirroring already running.": a run exists that has not been stopped. "No devices.":
  *             none is configured.
- * @retval -1  "Error starting mirroring": no thread could be made.
+ * @retval -1  "Error starting mirroring": no thread could be created.
  */
 int startMirror(void);
 
 /**
- * @brief Stops mirroring: waits for the frame in hand to be sent and for the mode's delay, a
+ * @brief Stops mirroring: waits for the current frame to be sent and for the mode's delay, a
  *        fraction of a second.
  *
  * @retval 1   The run was stopped, or none existed.

@@ -133,14 +133,14 @@ Check Attempt::outcome() const {
     }
     switch (error) {
     case 0:
-        check.words = "sent to from " + from + ", and nobody objected";
+        check.words = "sent from " + from + "; no error reported";
         break;
     case EINVAL:
         check.words = "a link-local address, which does not say on which network interface";
         check.remedy = "write the light's IPv4 address, or another of its IPv6 addresses";
         break;
     case ECONNREFUSED:
-        check.words = "somebody is there, but nothing listens at this port";
+        check.words = "the address is in use, but nothing listens on this port";
         check.remedy = "is it the light's address, and its control version (1 is port 60221, any "
                        "other 60222)? On this machine, panelwall plays the lights";
         break;
@@ -152,13 +152,13 @@ Check Attempt::outcome() const {
         break;
     case ENETUNREACH:
     case EADDRNOTAVAIL:
-        check.words = "there is no way to this address from here";
+        check.words = "there is no route to this address";
         check.remedy = "connect this machine to the lights' network";
         break;
     case EACCES:
     case EPERM:
-        check.words = "this machine does not let datagrams go there";
-        check.remedy = "it is a broadcast address, or the firewall is against it";
+        check.words = "this machine does not allow sending to it";
+        check.remedy = "it is a broadcast address, or blocked by the firewall";
         break;
     default:
         // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own

@@ -222,7 +222,7 @@ std::vector<Check> examineX(const XServer &server, bool isLocal) {
         return checks;
     checks.push_back(examineRandr(server));
     checks.push_back(examineSharing(server, isLocal));
-    checks.push_back(examineNeeded(server, "DAMAGE", "a screen that holds still costs nothing"));
+    checks.push_back(examineNeeded(server, "DAMAGE", "a still screen costs nothing"));
     checks.push_back(examineNeeded(server, "XFIXES", "changed regions are told apart"));
     return checks;
 }

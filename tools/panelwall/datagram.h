@@ -43,7 +43,7 @@ Decoding decode(Layout layout, std::span<const std::uint8_t> bytes);
 using KnownIds = std::map<std::uint16_t, std::size_t>;
 
 // Why these records cannot be meant for a device with these panels: an identifier that no panel
-// bears, or one that comes more often than panels bear it. Empty when they can be. Records for
+// bears, or one that occurs more often than panels have it. Empty when they can be. Records for
 // only some of the panels are fine.
 std::string findForeignRecord(const std::vector<Record> &records, const KnownIds &knownIds);
 

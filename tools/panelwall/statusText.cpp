@@ -72,8 +72,8 @@ static std::string adviseOnMode(std::int32_t mode) {
     case 1:
     case 2:
         return "In " + modeName(mode) +
-               " mode that is right while the screen's dominant colour holds still: change what "
-               "the screen shows.";
+               " mode that is normal while the screen's dominant colour does not change: show "
+               "something else on the screen.";
     case 3:
         return "Palette mode sends something at least every second and a half as long as mirroring "
                "runs.";

@@ -132,15 +132,15 @@ TEST(MirrorctlDoctor, tellsWhatTheNetworkSaysOfDevices) {
     const auto display = test::onlyDisplay(screen.display());
     const Ending good = doctor(screen, {"-", "--no-mark"}, {}, devices(display, {"127.0.58.91"}));
     EXPECT_EQ(good.status, 0) << good.out;
-    EXPECT_TRUE(contains(good.out, "  good    127.0.58.91:60222: sent to from 127.")) << good.out;
+    EXPECT_TRUE(contains(good.out, "  good    127.0.58.91:60222: sent from 127.")) << good.out;
     EXPECT_EQ(light.next(), (test::Datagram{0, 0}));
     EXPECT_FALSE(light.next(std::chrono::milliseconds(0)));
 
     const Ending bad = doctor(screen, {"-", "--no-mark"}, {},
                               devices(display, {"127.0.58.91", "127.0.58.92", "a\\u001blamp"}));
     EXPECT_EQ(bad.status, 68) << bad.out;
-    EXPECT_TRUE(contains(bad.out, "  bad     127.0.58.92:60222: somebody is there, but nothing "
-                                  "listens at this port.\n"))
+    EXPECT_TRUE(contains(bad.out, "  bad     127.0.58.92:60222: the address is in use, but "
+                                  "nothing listens on this port.\n"))
         << bad.out;
     EXPECT_TRUE(contains(bad.out, "  bad     a\\u001Blamp:60222: expected an IPv4 or IPv6 address"))
         << bad.out;

@@ -59,7 +59,7 @@ TEST(PanelwallProgram, MalformedDatagramsAreNamedWithTheirReason) {
         {{1, 3, 1, 1, 2, 3, 255, 5}, "record 0: white 255, not 0"},
         {{1, 4, 1, 1, 2, 3, 0, 5}, "record 0: panel id 4 is unknown to this device"},
         {{2, 3, 1, 1, 2, 3, 0, 5, 3, 1, 1, 2, 3, 0, 5},
-         "record 1: panel id 3 comes more often than panels bear it"},
+         "record 1: panel id 3 occurs more often than panels have it"},
         {std::vector<std::uint8_t>(65507, 0xff),
          "65507 bytes, but a panel count of 255 needs 1786"},
     };
@@ -178,7 +178,7 @@ TEST(PanelwallProgram, SilenceIsToldWithWhatToCheck) {
     Child wall(panelwall({config}));
     EXPECT_TRUE(wall.waitFor("Nothing has arrived at all in 3"));
     EXPECT_TRUE(
-        wall.waitFor("In fade mode that is right while the screen's dominant colour holds"));
+        wall.waitFor("In fade mode that is normal while the screen's dominant colour does"));
     wall.signal(SIGINT);
     EXPECT_EQ(wall.waitExit(), 0);
 }

@@ -90,7 +90,8 @@ TEST(PanelwallStatusText, SilenceMeansSomethingElseInEachMode) {
     const Wall wall(twoDevices());
     const auto later = start + seconds(9);
     for (const int mode : {1, 2})
-        EXPECT_NE(describeSilence(wall, mode, start, later).find("holds still"), std::string::npos);
+        EXPECT_NE(describeSilence(wall, mode, start, later).find("does not change"),
+                  std::string::npos);
     EXPECT_NE(describeSilence(wall, 3, start, later).find("Palette mode"), std::string::npos);
     EXPECT_NE(describeSilence(wall, 7, start, later).find("Mode 7 is none of"), std::string::npos);
 }
