@@ -77,7 +77,8 @@ public:
 private:
     bool read() {
         pollfd waiting{output, POLLIN, 0};
-        silent = poll(&waiting, 1, 30000) != 1;
+        // The library's handler waits half a minute for what its thread may hold.
+        silent = poll(&waiting, 1, 60000) != 1;
         if (silent)
             return false;
         char bytes[4096];
@@ -89,7 +90,7 @@ private:
 
     pid_t pid = -1;
     int output = -1;
-    bool silent = false; // for 30 seconds
+    bool silent = false; // for a minute
 };
 
 class ChildTest : public testing::Test {
