@@ -148,19 +148,26 @@ bool waitForEnd(pid_t child, Clock::time_point deadline) {
     return false;
 }
 
-// A socket that has the name of a server's abstract one, but refuses every connection; -1 when
-// somebody else has the name.
-int keepName(const std::string &path) {
-    sockaddr_un address{};
-    address.sun_family = AF_UNIX;
-    path.copy(address.sun_path + 1, sizeof address.sun_path - 1);
-    const auto length = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + path.size());
+// Binds a socket to a display number that no other test's screen has, above those that a server
+// which looks for a free one tries. Thus nobody's server takes the name while there is none under
+// it.
+int reserveNumber(int &number) {
     const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
-    if (fd >= 0 && bind(fd, reinterpret_cast<const sockaddr *>(&address), length) == 0)
-        return fd;
-    if (fd >= 0)
-        close(fd);
-    return -1;
+    for (number = 1000 + getpid() % 20000; fd >= 0; ++number) {
+        sockaddr_un address{};
+        address.sun_family = AF_UNIX;
+        const std::string path = "screen-mirror-test-display-" + std::to_string(number);
+        path.copy(address.sun_path + 1, sizeof address.sun_path - 1);
+        const auto length =
+            static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + 1 + path.size());
+        if (bind(fd, reinterpret_cast<const sockaddr *>(&address), length) == 0)
+            return fd;
+        if (errno != EADDRINUSE) {
+            close(fd);
+            break;
+        }
+    }
+    throw systemFailure("a display number");
 }
 
 std::uint32_t channel(std::uint32_t eightBits, std::uint32_t mask) {
@@ -212,40 +219,33 @@ void roundTrip(xcb_connection_t *connection) {
 VirtualScreen::VirtualScreen(int width_, int height_, int depth_,
                              const std::vector<std::string> &extraArguments_)
     : extraArguments(extraArguments_), width(width_), height(height_), depth(depth_) {
+    int number = 0;
+    reservation = reserveNumber(number);
+    name = ":" + std::to_string(number);
     try {
-        launch("");
+        restart();
     } catch (...) {
         // No destructor runs for an object that was never finished.
         kill();
-        if (nameKeeper >= 0)
-            close(nameKeeper);
+        close(reservation);
         throw;
     }
 }
 
 void VirtualScreen::restart() {
-    close(nameKeeper);
-    nameKeeper = -1;
-    launch(name);
-}
-
-void VirtualScreen::launch(const std::string &wantedName) {
     const ServerKind kind = serverKind();
     const ServerWish wish{width, height, depth, extraArguments};
     std::vector<std::string> command = serverCommand(kind, wish);
-    if (!wantedName.empty())
-        command.insert(command.begin() + 1, wantedName);
+    command.insert(command.begin() + 1, name);
 
     const auto deadline = Clock::now() + patience;
     Pipe pipe;
     server = spawn(command, "", pipe.writeEnd(), false);
     pipe.closeWriteEnd();
-    std::string number;
-    readText(pipe.readEnd(), number, true, deadline);
-    const std::size_t end = number.find('\n');
-    if (end == std::string::npos)
+    std::string ready;
+    readText(pipe.readEnd(), ready, true, deadline);
+    if (ready.find('\n') == std::string::npos)
         throw std::runtime_error(command.at(0) + " did not come up");
-    name = ":" + number.substr(0, end);
     for (const std::vector<std::string> &size : commandsForSize(kind, wish))
         run(size);
 
@@ -269,8 +269,7 @@ VirtualScreen::~VirtualScreen() {
         else
             kill();
     }
-    if (nameKeeper >= 0)
-        close(nameKeeper);
+    close(reservation);
 }
 
 void VirtualScreen::disconnect() {
@@ -286,13 +285,8 @@ void VirtualScreen::kill() {
     ::kill(server, SIGKILL);
     waitpid(server, nullptr, 0);
     server = -1;
-    if (name.empty())
-        return;
-    const std::string path = "/tmp/.X11-unix/X" + name.substr(1);
-    nameKeeper = keepName(path);
     // A killed server leaves its file behind.
-    if (nameKeeper >= 0)
-        unlink(path.c_str());
+    unlink(("/tmp/.X11-unix/X" + name.substr(1)).c_str());
 }
 
 void VirtualScreen::use() const {

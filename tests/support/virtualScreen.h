@@ -1,4 +1,4 @@
-// A private X server for one test on a free display number, and a brush.
+// A private X server for one test on a display number of its own, and a brush.
 #pragma once
 
 #include <cstdint>
@@ -49,20 +49,18 @@ public:
     // test. Nothing can be drawn from here on.
     void disconnect();
 
-    // Ends the server now (SIGKILL) and waits for it. Nobody else's server gets its name before the
-    // destructor, so that a test that goes on using the name meets no server at all.
+    // Ends the server now (SIGKILL) and waits for it. A test that goes on using its name meets no
+    // server at all.
     void kill();
 
     // After kill(): another server under the same name. Throws as the constructor does.
     void restart();
 
 private:
-    void launch(const std::string &wantedName);
-
     std::vector<std::string> extraArguments;
     std::string name;
     pid_t server = -1;
-    int nameKeeper = -1;
+    int reservation = -1;
     xcb_connection_t *connection = nullptr;
     std::uint32_t root = 0;
     std::uint32_t brush = 0;
