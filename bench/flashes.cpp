@@ -9,7 +9,7 @@
 #include "mirror/screenMirrorMac.h"
 #include "tests/support/lightReceiver.h"
 #include "tests/support/virtualScreen.h"
-#include "tools/panelwall/flashMeter.h"
+#include "tools/wall/flashMeter.h"
 
 #include <algorithm>
 #include <array>

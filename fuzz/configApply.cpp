@@ -7,7 +7,7 @@
 #include "fuzz/stage.h"
 #include "mirror/screenMirrorMac.h"
 #include "tools/config/configDocument.h"
-#include "tools/panelwall/recordingWriter.h"
+#include "tools/recording/recordingWriter.h"
 
 #include <cmath>
 #include <fuzzer/FuzzedDataProvider.h>

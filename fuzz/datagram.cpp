@@ -2,7 +2,7 @@
 #include "fuzz/require.h"
 #include "fuzz/seldom.h"
 #include "tools/panelwall/statusText.h"
-#include "tools/panelwall/wall.h"
+#include "tools/wall/wall.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 

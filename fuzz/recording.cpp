@@ -2,9 +2,9 @@
 // what was handed out can be compared with itself.
 #include "fuzz/require.h"
 #include "fuzz/seldom.h"
-#include "tools/panelwall/comparisonText.h"
-#include "tools/panelwall/recordingFormat.h"
-#include "tools/panelwall/recordingReader.h"
+#include "tools/recording/comparisonText.h"
+#include "tools/recording/recordingFormat.h"
+#include "tools/recording/recordingReader.h"
 
 #include <sstream>
 

@@ -2,8 +2,8 @@
 
 #include "tools/config/flashes.h"
 #include "tools/config/modes.h"
-#include "tools/config/panelArea.h"
 #include "tools/config/pointer.h"
+#include "tools/lights/panelArea.h"
 
 #include <algorithm>
 #include <arpa/inet.h>

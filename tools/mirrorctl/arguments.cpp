@@ -1,8 +1,8 @@
 #include "tools/mirrorctl/arguments.h"
 
-#include "tools/config/deviceAddress.h"
 #include "tools/config/modes.h"
-#include "tools/mirrorctl/layoutPlan.h"
+#include "tools/lights/deviceAddress.h"
+#include "tools/mirrorctl/layout/layoutPlan.h"
 
 namespace mirrorctl {
 

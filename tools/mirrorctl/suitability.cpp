@@ -1,7 +1,7 @@
 #include "tools/mirrorctl/suitability.h"
 
-#include "tools/config/deviceAddress.h"
 #include "tools/config/modes.h"
+#include "tools/lights/deviceAddress.h"
 
 #include <algorithm>
 

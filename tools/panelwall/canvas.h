@@ -1,7 +1,7 @@
 // A raster of colours and the two shapes that the wall is drawn with.
 #pragma once
 
-#include "tools/panelwall/colour.h"
+#include "tools/lights/colour.h"
 
 #include <cstddef>
 #include <vector>

@@ -1,8 +1,8 @@
 #include "tools/panelwall/compareCommand.h"
 
-#include "tools/panelwall/comparisonText.h"
 #include "tools/panelwall/complaint.h"
-#include "tools/panelwall/recordingFile.h"
+#include "tools/recording/comparisonText.h"
+#include "tools/recording/recordingFile.h"
 
 #include <exception>
 #include <iostream>

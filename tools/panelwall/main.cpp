@@ -2,11 +2,11 @@
 #include "tools/panelwall/complaint.h"
 #include "tools/panelwall/options.h"
 #include "tools/panelwall/pngFile.h"
-#include "tools/panelwall/recordingWriter.h"
 #include "tools/panelwall/replay.h"
 #include "tools/panelwall/servePage.h"
 #include "tools/panelwall/session.h"
 #include "tools/panelwall/wallDocument.h"
+#include "tools/recording/recordingWriter.h"
 
 #include <exception>
 #include <iostream>

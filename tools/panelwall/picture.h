@@ -6,7 +6,7 @@
 #pragma once
 
 #include "tools/panelwall/canvas.h"
-#include "tools/panelwall/wall.h"
+#include "tools/wall/wall.h"
 
 #include <optional>
 

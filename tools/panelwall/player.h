@@ -1,9 +1,9 @@
 // Plays a recording back: each datagram at its time.
 #pragma once
 
-#include "tools/panelwall/receiver.h"
-#include "tools/panelwall/recordingReader.h"
 #include "tools/panelwall/sender.h"
+#include "tools/recording/recordingReader.h"
+#include "tools/wall/receiver.h"
 
 namespace panelwall {
 

@@ -2,10 +2,10 @@
 
 #include "tools/panelwall/complaint.h"
 #include "tools/panelwall/player.h"
-#include "tools/panelwall/recordingFile.h"
 #include "tools/panelwall/servePage.h"
 #include "tools/panelwall/session.h"
 #include "tools/panelwall/wallDocument.h"
+#include "tools/recording/recordingFile.h"
 
 #include <cstdio>
 #include <iostream>

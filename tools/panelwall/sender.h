@@ -1,7 +1,7 @@
 // Sends recorded datagrams to the devices that they were recorded for.
 #pragma once
 
-#include "tools/panelwall/loopbackAddress.h"
+#include "tools/lights/loopbackAddress.h"
 
 #include <cstdint>
 #include <span>

@@ -1,8 +1,8 @@
 #include "tools/panelwall/session.h"
 
-#include "tools/panelwall/output.h"
 #include "tools/panelwall/pngFile.h"
 #include "tools/panelwall/statusText.h"
+#include "tools/panelwall/terminal/output.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -2,13 +2,13 @@
 // and has the wall shown.
 #pragma once
 
-#include "tools/panelwall/liveView.h"
 #include "tools/panelwall/options.h"
-#include "tools/panelwall/recordingWriter.h"
 #include "tools/panelwall/signals.h"
 #include "tools/panelwall/source.h"
-#include "tools/panelwall/wall.h"
+#include "tools/panelwall/terminal/liveView.h"
 #include "tools/panelwall/web/livePage.h"
+#include "tools/recording/recordingWriter.h"
+#include "tools/wall/wall.h"
 
 #include <string>
 

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "tools/panelwall/player.h"
-#include "tools/panelwall/receiver.h"
+#include "tools/wall/receiver.h"
 
 namespace panelwall {
 

@@ -1,7 +1,7 @@
 // The wall in words: a line per device, and what to check when it stays silent.
 #pragma once
 
-#include "tools/panelwall/wall.h"
+#include "tools/wall/wall.h"
 
 #include <cstddef>
 #include <string>

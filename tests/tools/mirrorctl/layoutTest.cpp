@@ -1,8 +1,8 @@
 #include "tests/support/virtualScreen.h"
 #include "tests/tools/mirrorctl/program.h"
 #include "tools/config/configDocument.h"
-#include "tools/config/panelArea.h"
-#include "tools/mirrorctl/layoutPlan.h"
+#include "tools/lights/panelArea.h"
+#include "tools/mirrorctl/layout/layoutPlan.h"
 
 #include <gtest/gtest.h>
 

@@ -5,7 +5,7 @@
 #include "tests/tools/mirrorctl/program.h"
 #include "tests/tools/panelwall/child.h"
 #include "tools/config/configDocument.h"
-#include "tools/mirrorctl/frameWitness.h"
+#include "tools/mirrorctl/run/frameWitness.h"
 
 #include <csignal>
 #include <gtest/gtest.h>

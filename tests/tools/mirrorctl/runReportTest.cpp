@@ -1,4 +1,4 @@
-#include "tools/mirrorctl/runReport.h"
+#include "tools/mirrorctl/run/runReport.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "tools/panelwall/arrivalMeter.h"
+#include "tools/wall/arrivalMeter.h"
 
 #include <gtest/gtest.h>
 

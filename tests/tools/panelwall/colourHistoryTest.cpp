@@ -1,5 +1,5 @@
-#include "tools/panelwall/colourHistory.h"
-#include "tools/panelwall/wall.h"
+#include "tools/wall/colourHistory.h"
+#include "tools/wall/wall.h"
 
 #include <gtest/gtest.h>
 

@@ -1,4 +1,4 @@
-#include "tools/panelwall/datagram.h"
+#include "tools/lights/datagram.h"
 
 #include <gtest/gtest.h>
 #include <random>

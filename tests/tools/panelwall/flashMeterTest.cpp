@@ -1,4 +1,4 @@
-#include "tools/panelwall/flashMeter.h"
+#include "tools/wall/flashMeter.h"
 
 #include <gtest/gtest.h>
 

@@ -1,6 +1,6 @@
-#include "tools/panelwall/frameText.h"
+#include "tools/panelwall/terminal/frameText.h"
 
-#include "tools/panelwall/halfBlocks.h"
+#include "tools/panelwall/terminal/halfBlocks.h"
 
 #include <gtest/gtest.h>
 

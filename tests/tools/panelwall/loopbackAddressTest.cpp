@@ -1,4 +1,4 @@
-#include "tools/panelwall/loopbackAddress.h"
+#include "tools/lights/loopbackAddress.h"
 
 #include <gtest/gtest.h>
 

@@ -1,8 +1,8 @@
 // The form of recordings: what is written can be read, and what cannot be read is told.
 #include "tests/tools/panelwall/recordings.h"
 #include "tests/tools/panelwall/wallSetup.h"
-#include "tools/panelwall/recordingFormat.h"
-#include "tools/panelwall/recordingWriter.h"
+#include "tools/recording/recordingFormat.h"
+#include "tools/recording/recordingWriter.h"
 
 #include <gtest/gtest.h>
 #include <sstream>

@@ -1,7 +1,7 @@
 #include "tests/tools/panelwall/recordings.h"
 
 #include "tests/tools/panelwall/wallSetup.h"
-#include "tools/panelwall/recordingWriter.h"
+#include "tools/recording/recordingWriter.h"
 
 #include <fstream>
 #include <sstream>

@@ -1,7 +1,7 @@
 // Recordings made up for tests.
 #pragma once
 
-#include "tools/panelwall/recordingReader.h"
+#include "tools/recording/recordingReader.h"
 
 #include <string>
 #include <vector>

@@ -1,6 +1,6 @@
-#include "tools/panelwall/redrawPace.h"
+#include "tools/panelwall/terminal/redrawPace.h"
 
-#include "tools/panelwall/wall.h"
+#include "tools/wall/wall.h"
 
 #include <gtest/gtest.h>
 

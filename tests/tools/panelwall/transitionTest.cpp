@@ -1,7 +1,7 @@
 // Panels on their way from colour to colour, by a clock that the tests set.
-#include "tools/panelwall/transition.h"
+#include "tools/wall/transition.h"
 
-#include "tools/panelwall/wall.h"
+#include "tools/wall/wall.h"
 
 #include <gtest/gtest.h>
 #include <ostream>

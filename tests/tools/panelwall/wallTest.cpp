@@ -1,4 +1,4 @@
-#include "tools/panelwall/wall.h"
+#include "tools/wall/wall.h"
 
 #include <gtest/gtest.h>
 

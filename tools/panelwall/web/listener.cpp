@@ -1,6 +1,6 @@
 #include "tools/panelwall/web/listener.h"
 
-#include "tools/panelwall/loopbackAddress.h"
+#include "tools/lights/loopbackAddress.h"
 #include "tools/panelwall/web/socketTable.h"
 
 #include <cerrno>

@@ -1,6 +1,6 @@
 #include "tools/panelwall/web/pageServer.h"
 
-#include "tools/panelwall/loopbackAddress.h"
+#include "tools/lights/loopbackAddress.h"
 #include "tools/panelwall/web/access.h"
 #include "tools/panelwall/web/connection.h"
 #include "tools/panelwall/web/listener.h"

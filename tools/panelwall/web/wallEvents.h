@@ -8,7 +8,7 @@
 #pragma once
 
 #include "tools/panelwall/picture.h"
-#include "tools/panelwall/wall.h"
+#include "tools/wall/wall.h"
 
 #include <cstdint>
 #include <optional>

@@ -1,6 +1,6 @@
 #include "tools/panelwall/web/socketTable.h"
 #include "tests/tools/panelwall/wallSetup.h"
-#include "tools/panelwall/loopbackAddress.h"
+#include "tools/lights/loopbackAddress.h"
 
 #include <arpa/inet.h>
 #include <gtest/gtest.h>

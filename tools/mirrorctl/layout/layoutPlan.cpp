@@ -1,0 +1,167 @@
+#include "tools/mirrorctl/layout/layoutPlan.h"
+
+#include "tools/config/quote.h"
+#include "tools/lights/panelArea.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <string_view>
+
+namespace mirrorctl {
+
+namespace {
+
+struct Point {
+    std::int32_t x = 0;
+    std::int32_t y = 0;
+};
+
+} // namespace
+
+// The number that makes up the text.
+static std::optional<std::size_t> wholeNumber(std::string_view text) {
+    std::size_t number = 0;
+    const auto read = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (read.ec != std::errc() || read.ptr != text.data() + text.size() || number == 0 ||
+        number > mostPanels)
+        return std::nullopt;
+    return number;
+}
+
+std::optional<Shape> parseShape(const std::string &text) {
+    constexpr std::string_view strip = "strip:";
+    Shape shape;
+    if (text.starts_with(strip)) {
+        const auto length = wholeNumber(std::string_view(text).substr(strip.size()));
+        if (!length)
+            return std::nullopt;
+        shape.length = *length;
+        return shape;
+    }
+    const auto x = text.find('x');
+    if (x == std::string::npos)
+        return std::nullopt;
+    const auto rows = wholeNumber(std::string_view(text).substr(0, x));
+    const auto columns = wholeNumber(std::string_view(text).substr(x + 1));
+    if (!rows || !columns || *rows * *columns > mostPanels)
+        return std::nullopt;
+    shape.rows = *rows;
+    shape.columns = *columns;
+    return shape;
+}
+
+// The side of a panel's area, in pixels.
+static double sideOf(const LayoutPlan &plan) {
+    const double width = plan.screen.width;
+    const double height = plan.screen.height;
+    if (plan.shape.rows > 0)
+        return std::min(width / static_cast<double>(plan.shape.columns),
+                        height / static_cast<double>(plan.shape.rows));
+    // The middles of the areas lie on a rectangle, half a side within the screen's edges.
+    const double around = 2.0 * (width + height) / static_cast<double>(plan.shape.length + 4);
+    return std::min(around, std::min(width, height) / 2.0);
+}
+
+// Rounded down, so that areas do not overlap.
+static double scaleOf(double side) {
+    return std::floor(side / 2.0 * 3.0 / config::wideBase * 1000.0) / 1000.0;
+}
+
+static Point gridPoint(const LayoutPlan &plan, std::size_t index) {
+    const auto middle = [](std::size_t i, std::size_t count, std::uint32_t size) {
+        return static_cast<std::int32_t>((static_cast<double>(i) + 0.5) * size /
+                                         static_cast<double>(count));
+    };
+    return {middle(index % plan.shape.columns, plan.shape.columns, plan.screen.width),
+            middle(index / plan.shape.columns, plan.shape.rows, plan.screen.height)};
+}
+
+static Point stripPoint(const LayoutPlan &plan, std::size_t index) {
+    const double inset = sideOf(plan) / 2.0;
+    const double width = plan.screen.width - 2.0 * inset;
+    const double height = plan.screen.height - 2.0 * inset;
+    double way = (static_cast<double>(index) + 0.5) * 2.0 * (width + height) /
+                 static_cast<double>(plan.shape.length);
+    double x = 0.0;
+    double y = 0.0;
+    if (way < width) {
+        x = way;
+    } else if ((way -= width) < height) {
+        x = width;
+        y = way;
+    } else if ((way -= height) < width) {
+        x = width - way;
+        y = height;
+    } else {
+        y = height - (way - width);
+    }
+    return {static_cast<std::int32_t>(inset + x), static_cast<std::int32_t>(inset + y)};
+}
+
+std::string objectionTo(const LayoutPlan &plan) {
+    const std::size_t panels = plan.shape.panels();
+    const std::size_t devices = plan.addresses.size();
+    if (devices > panels)
+        return "there are more addresses than panels";
+    const std::size_t most = plan.controlVersion == 1 ? 255 : 8188;
+    if (panels > most * devices)
+        return "a device of this control version takes " + std::to_string(most) +
+               " panels at most; for " + std::to_string(panels) + " name " +
+               std::to_string((panels + most - 1) / most) + " addresses";
+    // The area must hold more than the pixel in its middle.
+    if (sideOf(plan) < 4.0)
+        return "panels would be smaller than 4 pixels";
+    return {};
+}
+
+config::Document layOut(const LayoutPlan &plan) {
+    config::Document document;
+    document.displayID = plan.displayID;
+    document.mode = plan.mode;
+    const std::size_t panels = plan.shape.panels();
+    const std::size_t devices = plan.addresses.size();
+    for (std::size_t d = 0; d < devices; ++d) {
+        config::DeviceEntry device;
+        device.ip = plan.addresses[d];
+        device.controlVersion = plan.controlVersion;
+        device.shapeType = 0;
+        device.scaleFactor = scaleOf(sideOf(plan));
+        for (std::size_t i = d * panels / devices; i < (d + 1) * panels / devices; ++i) {
+            const Point at = plan.shape.rows > 0 ? gridPoint(plan, i) : stripPoint(plan, i);
+            const auto number = static_cast<std::int32_t>(device.panels.size() + 1);
+            device.panels.push_back({number, at.x, at.y});
+        }
+        document.devices.push_back(std::move(device));
+    }
+    return document;
+}
+
+std::string documentText(const config::Document &document) {
+    std::string text = "{\n  \"displayID\": " + std::to_string(document.displayID) +
+                       ",\n  \"mode\": " + std::to_string(document.mode) + ",\n  \"devices\": [";
+    const char *beforeDevice = "\n";
+    for (const auto &device : document.devices) {
+        char scale[32];
+        std::snprintf(scale, sizeof scale, "%.3f", device.scaleFactor);
+        text += std::string(beforeDevice) +
+                "    {\n      \"ip\": " + config::quote(device.ip.data(), device.ip.size()) +
+                ",\n      \"controlVersion\": " + std::to_string(device.controlVersion) +
+                ",\n      \"shapeType\": " + std::to_string(device.shapeType) +
+                ",\n      \"scaleFactor\": " + scale + ",\n      \"panels\": [";
+        const char *beforePanel = "\n";
+        for (const auto &panel : device.panels) {
+            text += std::string(beforePanel) +
+                    "        {\"panelID\": " + std::to_string(panel.panelID) +
+                    ", \"centroidX\": " + std::to_string(panel.centroidX) +
+                    ", \"centroidY\": " + std::to_string(panel.centroidY) + "}";
+            beforePanel = ",\n";
+        }
+        text += "\n      ]\n    }";
+        beforeDevice = ",\n";
+    }
+    return text + "\n  ]\n}\n";
+}
+
+} // namespace mirrorctl

@@ -1,0 +1,69 @@
+#include "tools/panelwall/terminal/frameText.h"
+
+#include "tools/panelwall/statusText.h"
+#include "tools/panelwall/terminal/halfBlocks.h"
+
+#include <algorithm>
+
+namespace panelwall {
+
+// Fewer lines of picture than this show nothing that can be recognised.
+static constexpr int leastPictureRows = 3;
+
+static std::string repeat(const char *text, int count) {
+    std::string result;
+    for (int i = 0; i < count; ++i)
+        result += text;
+    return result;
+}
+
+// The picture in a frame of lines, in at most `room` columns and rows of characters.
+static std::vector<std::string> framedPicture(const Wall &wall, Clock::time_point now, Size screen,
+                                              Size room) {
+    const Size size = fitInto(screen, {room.width - 2, (room.height - 2) * 2});
+    std::vector<std::string> lines;
+    lines.push_back("\u250c" + repeat("\u2500", size.width) + "\u2510");
+    for (const std::string &line : halfBlockLines(drawCoarse(wall, now, screen, size)))
+        lines.push_back("\u2502" + line + "\u2502");
+    lines.push_back("\u2514" + repeat("\u2500", size.width) + "\u2518");
+    return lines;
+}
+
+// The device lines in at most `room` lines.
+static std::vector<std::string> fittingDevices(const std::vector<std::string> &devices, int room,
+                                               std::size_t columns) {
+    std::vector<std::string> lines;
+    const auto limit = static_cast<std::size_t>(std::max(room, 1));
+    const std::size_t shown = devices.size() <= limit ? devices.size() : limit - 1;
+    for (std::size_t i = 0; i < shown; ++i)
+        lines.push_back(cutToWidth(devices[i], columns));
+    if (shown < devices.size())
+        lines.push_back(cutToWidth("and " + std::to_string(devices.size() - shown) +
+                                       " more lines; a taller terminal shows them",
+                                   columns));
+    return lines;
+}
+
+std::vector<std::string> composeFrame(const Wall &wall, Clock::time_point now, Size screen,
+                                      const FrameContent &content, Size terminal) {
+    const auto columns = static_cast<std::size_t>(std::max(terminal.width, 1));
+    const int rows = std::max(terminal.height, 1);
+    std::vector<std::string> message;
+    for (const std::string &line : wrap(content.message, columns))
+        message.push_back(cutToWidth(line, columns));
+
+    std::vector<std::string> lines{cutToWidth(content.title, columns)};
+    const int below = rows - 1 - static_cast<int>(message.size());
+    const auto devices = fittingDevices(content.devices, std::max(below / 2, 1), columns);
+    const int pictureRows = below - static_cast<int>(devices.size());
+    if (pictureRows >= leastPictureRows + 2 && terminal.width >= 10)
+        for (std::string &line : framedPicture(wall, now, screen, {terminal.width, pictureRows}))
+            lines.push_back(std::move(line));
+    lines.insert(lines.end(), devices.begin(), devices.end());
+    lines.insert(lines.end(), message.begin(), message.end());
+    if (lines.size() > static_cast<std::size_t>(rows))
+        lines.resize(static_cast<std::size_t>(rows));
+    return lines;
+}
+
+} // namespace panelwall

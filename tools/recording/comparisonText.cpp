@@ -1,0 +1,128 @@
+#include "tools/recording/comparisonText.h"
+
+#include "tools/lights/loopbackAddress.h"
+
+#include <algorithm>
+#include <cstdio>
+
+namespace panelwall {
+
+static std::string number(double value, int digits) {
+    char text[400];
+    std::snprintf(text, sizeof text, "%.*f", digits, value);
+    return text;
+}
+
+static std::string both(std::uint64_t left, std::uint64_t right) {
+    return std::to_string(left) + " and " + std::to_string(right);
+}
+
+static std::string colourOf(const Record &record) {
+    return "(" + std::to_string(record.red) + ", " + std::to_string(record.green) + ", " +
+           std::to_string(record.blue) + ")";
+}
+
+std::string describeDifference(Layout layout, const std::vector<std::uint8_t> &left,
+                               const std::vector<std::uint8_t> &right) {
+    const std::array decodings{decode(layout, left), decode(layout, right)};
+    if (decodings[first].malformed != decodings[second].malformed) {
+        const auto text = [](const std::string &malformed) {
+            return malformed.empty() ? "well-formed" : "malformed (" + malformed + ")";
+        };
+        return text(decodings[first].malformed) + " and " + text(decodings[second].malformed);
+    }
+    const auto &ours = decodings[first].records;
+    const auto &theirs = decodings[second].records;
+    for (std::size_t i = 0; i < std::min(ours.size(), theirs.size()); ++i) {
+        const Record &a = ours[i];
+        const Record &b = theirs[i];
+        if (a.id != b.id)
+            return "record " + std::to_string(i) + ": panel id " + both(a.id, b.id);
+        const std::string panel = "panel id " + std::to_string(a.id) + ": ";
+        if (colourOf(a) != colourOf(b))
+            return panel + "colour " + colourOf(a) + " and " + colourOf(b);
+        if (a.transitionTime != b.transitionTime)
+            return panel + "transition time " + both(a.transitionTime, b.transitionTime);
+    }
+    if (ours.size() != theirs.size())
+        return both(ours.size(), theirs.size()) + " records";
+    const auto parting = std::mismatch(left.begin(), left.end(), right.begin(), right.end());
+    return "from byte " + std::to_string(parting.first - left.begin()) + " of " +
+           both(left.size(), right.size());
+}
+
+static std::string placeOf(const NumberedDatagram &datagram) {
+    return "datagram " + std::to_string(datagram.number) + " at " +
+           number(static_cast<double>(datagram.time.count()) / 1e6, 3) + " s";
+}
+
+static std::string describeFirst(Layout layout, const DeviceFindings &found) {
+    const auto &[left, right] = found.firstDifference;
+    if (left && right)
+        return placeOf(*left) + " and " + placeOf(*right) + ": " +
+               describeDifference(layout, left->bytes, right->bytes);
+    return placeOf(left ? *left : *right) + " is only in the " + (left ? "first" : "second");
+}
+
+static std::string describeIntervals(const Intervals &intervals) {
+    if (intervals.count() == 0)
+        return "none";
+    return number(intervals.mean(), 1) + " ms (spread " + number(intervals.spread(), 1) +
+           ", longest " + number(intervals.longest(), 1) + ")";
+}
+
+static std::string describeTiming(const DeviceFindings &found) {
+    std::string text = "intervals " + describeIntervals(found.intervals[first]) + " and " +
+                       describeIntervals(found.intervals[second]);
+    if (found.leastDelay)
+        text += "; the same datagrams come " +
+                number(static_cast<double>(found.leastDelay->count()) / 1000, 1) + " to " +
+                number(static_cast<double>(found.greatestDelay->count()) / 1000, 1) +
+                " ms later in the second";
+    return text;
+}
+
+static void describeDevice(const Comparison &comparison, const ComparedDevice &device,
+                           std::vector<std::string> &lines) {
+    const Side side = device.index[first] ? first : second;
+    const config::Document &document = comparison.documents[side];
+    const std::string name = nameDevice(document, *device.index[side]);
+    const DeviceFindings &found = device.findings;
+    if (!device.isInBoth()) {
+        lines.push_back(name + ": only in the " + (side == first ? "first" : "second") + ", with " +
+                        std::to_string(found.datagrams[side]) + " datagrams");
+        return;
+    }
+    lines.push_back(name + ": " + (device.differs() ? "different" : "the same"));
+    for (const std::string &line : device.configuration)
+        lines.push_back("    configuration: " + line);
+    lines.push_back("    datagrams: " + both(found.datagrams[first], found.datagrams[second]) +
+                    ", of them malformed " + both(found.malformed[first], found.malformed[second]) +
+                    "; " + std::to_string(found.same) + " the same, " +
+                    std::to_string(found.changed) + " changed, " +
+                    std::to_string(found.only[first]) + " only in the first, " +
+                    std::to_string(found.only[second]) + " only in the second");
+    if (found.differs())
+        lines.push_back(
+            "    first difference: " +
+            describeFirst(layoutOf(document.devices[*device.index[side]].controlVersion), found));
+    lines.push_back("    timing: " + describeTiming(found));
+}
+
+std::vector<std::string> describe(const Comparison &comparison) {
+    std::vector<std::string> lines;
+    for (const std::string &line : comparison.configuration)
+        lines.push_back("configuration: " + line);
+    std::size_t different = 0;
+    for (const ComparedDevice &device : comparison.devices) {
+        describeDevice(comparison, device, lines);
+        different += device.differs() ? 1 : 0;
+    }
+    const std::string all = std::to_string(comparison.devices.size());
+    lines.push_back(comparison.differs()
+                        ? "different: " + std::to_string(different) + " of " + all + " devices"
+                        : "the same: " + all + " devices");
+    return lines;
+}
+
+} // namespace panelwall

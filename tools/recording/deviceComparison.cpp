@@ -1,0 +1,127 @@
+#include "tools/recording/deviceComparison.h"
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <string_view>
+
+namespace panelwall {
+
+// After a difference, so many datagrams of each recording are searched for a place where they agree
+// again.
+static constexpr std::size_t searched = 64;
+
+void Intervals::note(std::chrono::microseconds time) {
+    if (last) {
+        const double interval = static_cast<double>((time - *last).count()) / 1000.0;
+        ++number;
+        const double deviation = interval - average;
+        average += deviation / static_cast<double>(number);
+        squares += deviation * (interval - average);
+        most = std::max(most, interval);
+    }
+    last = time;
+}
+
+double Intervals::spread() const {
+    return number > 0 ? std::sqrt(squares / static_cast<double>(number)) : 0.0;
+}
+
+static std::size_t hashOf(const std::vector<std::uint8_t> &bytes) {
+    return std::hash<std::string_view>()(
+        std::string_view(reinterpret_cast<const char *>(bytes.data()), bytes.size()));
+}
+
+bool DeviceComparison::isSame(const Waiting &left, const Waiting &right) {
+    return left.hash == right.hash && left.datagram.bytes == right.datagram.bytes;
+}
+
+void DeviceComparison::take(Side side, const RecordedDatagram &datagram) {
+    const std::uint64_t number = found.datagrams[side]++;
+    if (!decode(layoutOfBoth, datagram.bytes).malformed.empty())
+        ++found.malformed[side];
+    found.intervals[side].note(datagram.time);
+    queues[side].push_back({{number, datagram.time, datagram.bytes}, hashOf(datagram.bytes)});
+    heldBytes += sizeof(Waiting) + datagram.bytes.size();
+    settle();
+}
+
+void DeviceComparison::end(Side side) {
+    ended[side] = true;
+    settle();
+}
+
+void DeviceComparison::settle() {
+    while (!queues[first].empty() && !queues[second].empty())
+        if (!settleFronts())
+            return;
+    for (const Side side : bothSides)
+        while (ended[other(side)] && !queues[side].empty())
+            settleOnly(side);
+}
+
+// False when that takes datagrams that are still to come.
+bool DeviceComparison::settleFronts() {
+    const Waiting &left = queues[first].front();
+    const Waiting &right = queues[second].front();
+    if (isSame(left, right)) {
+        ++found.same;
+        const auto delay = right.datagram.time - left.datagram.time;
+        found.leastDelay = std::min(found.leastDelay.value_or(delay), delay);
+        found.greatestDelay = std::max(found.greatestDelay.value_or(delay), delay);
+        drop(first);
+        drop(second);
+        return true;
+    }
+    for (const Side side : bothSides)
+        if (!ended[side] && queues[side].size() < searched)
+            return false;
+    const std::size_t most = queues[first].size() + queues[second].size();
+    for (std::size_t sum = 1; sum < std::min(most, 2 * searched); ++sum) {
+        for (std::size_t i = 0; i <= std::min(sum, searched - 1); ++i) {
+            const std::size_t j = sum - i;
+            if (i < queues[first].size() && j < std::min(searched, queues[second].size()) &&
+                isSame(queues[first][i], queues[second][j])) {
+                settleChange(i, j);
+                return true;
+            }
+        }
+    }
+    settleChange(1, 1);
+    return true;
+}
+
+void DeviceComparison::settleChange(std::size_t ofFirst, std::size_t ofSecond) {
+    for (; ofFirst > 0 && ofSecond > 0; --ofFirst, --ofSecond) {
+        noteDifference(true, true);
+        ++found.changed;
+        drop(first);
+        drop(second);
+    }
+    for (; ofFirst > 0; --ofFirst)
+        settleOnly(first);
+    for (; ofSecond > 0; --ofSecond)
+        settleOnly(second);
+}
+
+void DeviceComparison::settleOnly(Side side) {
+    noteDifference(side == first, side == second);
+    ++found.only[side];
+    drop(side);
+}
+
+void DeviceComparison::noteDifference(bool inFirst, bool inSecond) {
+    if (found.differs())
+        return;
+    if (inFirst)
+        found.firstDifference[first] = queues[first].front().datagram;
+    if (inSecond)
+        found.firstDifference[second] = queues[second].front().datagram;
+}
+
+void DeviceComparison::drop(Side side) {
+    heldBytes -= sizeof(Waiting) + queues[side].front().datagram.bytes.size();
+    queues[side].pop_front();
+}
+
+} // namespace panelwall

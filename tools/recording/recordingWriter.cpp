@@ -1,0 +1,149 @@
+#include "tools/recording/recordingWriter.h"
+
+#include "tools/recording/recordingFormat.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+#include <unistd.h>
+
+namespace panelwall {
+
+// A turn is written early when it has grown to this size. A flood is then in order in parts only.
+static constexpr std::size_t largestTurn = 1u << 20;
+
+std::string compactText(const config::Document &document) {
+    rapidjson::StringBuffer text;
+    rapidjson::Writer<rapidjson::StringBuffer> writer(text);
+    writer.StartObject();
+    writer.Key("displayID");
+    writer.Int(document.displayID);
+    writer.Key("mode");
+    writer.Int(document.mode);
+    writer.Key("devices");
+    writer.StartArray();
+    for (const config::DeviceEntry &device : document.devices) {
+        writer.StartObject();
+        writer.Key("ip");
+        writer.String(device.ip.data(), static_cast<rapidjson::SizeType>(device.ip.size()));
+        writer.Key("controlVersion");
+        writer.Int(device.controlVersion);
+        writer.Key("shapeType");
+        writer.Int(device.shapeType);
+        writer.Key("scaleFactor");
+        writer.Double(device.scaleFactor);
+        writer.Key("panels");
+        writer.StartArray();
+        for (const config::PanelEntry &panel : device.panels) {
+            writer.StartObject();
+            writer.Key("panelID");
+            writer.Int(panel.panelID);
+            writer.Key("centroidX");
+            writer.Int(panel.centroidX);
+            writer.Key("centroidY");
+            writer.Int(panel.centroidY);
+            writer.EndObject();
+        }
+        writer.EndArray();
+        writer.EndObject();
+    }
+    writer.EndArray();
+    writer.EndObject();
+    return text.GetString();
+}
+
+RecordingWriter::~RecordingWriter() {
+    if (file >= 0)
+        close(file);
+}
+
+std::string RecordingWriter::open(const std::string &path, const config::Document &document,
+                                  Clock::time_point start) {
+    const std::string text = compactText(document);
+    if (text.size() > longestRecordedDocument)
+        return "the configuration is too large for a recording";
+    file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    if (file < 0)
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
+        return std::strerror(errno);
+    begin = start;
+    const auto sinceStart = Clock::now() - start;
+    const auto startOnCalendar = std::chrono::system_clock::now() - sinceStart;
+    std::string head(recordingMagic);
+    head += static_cast<char>(recordingVersion);
+    appendNumber(head, static_cast<std::uint64_t>(std::max<std::int64_t>(
+                           0, std::chrono::duration_cast<std::chrono::microseconds>(
+                                  startOnCalendar.time_since_epoch())
+                                  .count())));
+    appendNumber(head, text.size());
+    write(head + text);
+    return failure;
+}
+
+void RecordingWriter::note(std::size_t device, std::span<const std::uint8_t> bytes,
+                           Clock::time_point arrival) {
+    noted.push_back({arrival, device, notedBytes.size(), bytes.size()});
+    notedBytes.append(reinterpret_cast<const char *>(bytes.data()), bytes.size());
+    if (notedBytes.size() + noted.size() * sizeof(Noted) > largestTurn)
+        endTurn();
+}
+
+void RecordingWriter::endTurn() {
+    std::stable_sort(noted.begin(), noted.end(), [](const Noted &left, const Noted &right) {
+        return left.arrival < right.arrival;
+    });
+    std::string records;
+    for (const Noted &one : noted) {
+        appendNumber(records, one.device + 1);
+        appendNumber(records, advanceTo(one.arrival));
+        appendNumber(records, one.size);
+        records.append(notedBytes, one.offset, one.size);
+    }
+    write(records);
+    if (failure.empty())
+        writtenDatagrams += noted.size();
+    noted.clear();
+    notedBytes.clear();
+}
+
+void RecordingWriter::finish(Clock::time_point end) {
+    endTurn();
+    std::string record;
+    appendNumber(record, 0);
+    appendNumber(record, advanceTo(end));
+    appendNumber(record, writtenDatagrams);
+    write(record);
+    if (file >= 0 && close(file) != 0 && failure.empty())
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
+        failure = std::strerror(errno);
+    file = -1;
+}
+
+std::uint64_t RecordingWriter::advanceTo(Clock::time_point time) {
+    const auto sinceBegin =
+        std::chrono::duration_cast<std::chrono::microseconds>(time - begin).count();
+    const auto now = std::max(lastTime, static_cast<std::uint64_t>(std::max<std::int64_t>(
+                                            0, static_cast<std::int64_t>(sinceBegin))));
+    const std::uint64_t passed = now - lastTime;
+    lastTime = now;
+    return passed;
+}
+
+void RecordingWriter::write(const std::string &text) {
+    std::string_view rest = text;
+    while (failure.empty() && !rest.empty()) {
+        const ssize_t size = ::write(file, rest.data(), rest.size());
+        if (size >= 0) {
+            rest.remove_prefix(static_cast<std::size_t>(size));
+            writtenBytes += static_cast<std::uint64_t>(size);
+        } else if (errno != EINTR) {
+            // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
+            failure = std::strerror(errno);
+        }
+    }
+}
+
+} // namespace panelwall

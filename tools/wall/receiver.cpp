@@ -1,0 +1,97 @@
+#include "tools/wall/receiver.h"
+
+#include "tools/wall/arrivalClock.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace panelwall {
+
+// A datagram's length field has 16 bits, so this holds any.
+static constexpr std::size_t largestDatagram = 65536;
+
+// So many of one device are read before others, the signals and the drawing get their turn.
+static constexpr int datagramsPerTurn = 4096;
+
+static std::string adviseOn(int error) {
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
+    const std::string reason = std::strerror(error);
+    switch (error) {
+    case EADDRINUSE:
+        return "the port is in use, perhaps by another wall; end the program that holds it, or "
+               "give the device another loopback address";
+    case EADDRNOTAVAIL:
+        return "this machine has no such address (" + reason +
+               "); add it to the loopback interface, or take one that it has, such as 127.0.0.1";
+    case EAFNOSUPPORT:
+        return "this machine has no addresses of this family (" + reason +
+               "); give the device an address in 127.0.0.0/8";
+    default:
+        return "the socket cannot be opened: " + reason;
+    }
+}
+
+Receiver::~Receiver() {
+    for (const Ear &ear : ears)
+        close(ear.socket);
+}
+
+std::vector<config::Problem> Receiver::open(const config::Document &document,
+                                            const std::vector<Endpoint> &endpoints) {
+    std::vector<config::Problem> problems;
+    buffer.resize(largestDatagram);
+    for (std::size_t i = 0; i < endpoints.size(); ++i) {
+        const Endpoint &endpoint = endpoints[i];
+        const auto *address = reinterpret_cast<const sockaddr *>(&endpoint.address);
+        const int fd = socket(endpoint.address.ss_family, SOCK_DGRAM, 0);
+        if (fd >= 0) {
+            ears.push_back({fd, {}});
+            fcntl(fd, F_SETFD, FD_CLOEXEC);
+            askForArrivals(fd);
+        }
+        if (fd < 0 || bind(fd, address, endpoint.length) != 0)
+            problems.push_back({"/devices/" + std::to_string(i),
+                                nameDevice(document, i) + ": " + adviseOn(errno)});
+    }
+    return problems;
+}
+
+void Receiver::appendTo(std::vector<pollfd> &waiting) const {
+    for (const Ear &ear : ears)
+        waiting.push_back({ear.socket, POLLIN, 0});
+}
+
+std::vector<int> Receiver::fds() const {
+    std::vector<int> all;
+    for (const Ear &ear : ears)
+        all.push_back(ear.socket);
+    return all;
+}
+
+bool Receiver::readAll(const Handler &handler) {
+    bool any = false;
+    for (std::size_t i = 0; i < ears.size(); ++i) {
+        Ear &ear = ears[i];
+        for (int turn = 0; turn < datagramsPerTurn; ++turn) {
+            iovec place{buffer.data(), buffer.size()};
+            ArrivalRoom room;
+            msghdr message{};
+            message.msg_iov = &place;
+            message.msg_iovlen = 1;
+            message.msg_control = room.bytes;
+            message.msg_controllen = sizeof room.bytes;
+            const ssize_t size = recvmsg(ear.socket, &message, MSG_DONTWAIT);
+            if (size < 0)
+                break;
+            ear.lastArrival = std::max(ear.lastArrival, arrivalOf(message, Clock::now()));
+            handler(i, std::span(buffer.data(), static_cast<std::size_t>(size)), ear.lastArrival);
+            any = true;
+        }
+    }
+    return any;
+}
+
+} // namespace panelwall

@@ -1,0 +1,103 @@
+#include "tools/wall/wall.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace panelwall {
+
+double sampledHalfSide(std::int32_t shapeType, double scaleFactor) {
+    const double base = shapeType == 0 ? 150.0 : 100.0;
+    return std::max(0.0, std::trunc(scaleFactor * base / 3.0));
+}
+
+std::size_t WallDevice::litPanels() const {
+    return static_cast<std::size_t>(std::count_if(
+        panels.begin(), panels.end(), [](const WallPanel &panel) { return panel.colour; }));
+}
+
+static WallDevice makeDevice(const config::DeviceEntry &entry) {
+    WallDevice device;
+    device.ip = entry.ip;
+    device.port = entry.port();
+    device.layout = layoutOf(entry.controlVersion);
+    for (const config::PanelEntry &panel : entry.panels) {
+        WallPanel made;
+        made.panelID = panel.panelID;
+        made.centreX = panel.centroidX;
+        made.centreY = panel.centroidY;
+        made.halfSide = sampledHalfSide(entry.shapeType, entry.scaleFactor);
+        device.panels.push_back(made);
+        ++device.knownIds[wireId(device.layout, panel.panelID)];
+    }
+    return device;
+}
+
+Wall::Wall(const config::Document &document, std::chrono::milliseconds transitionUnit)
+    : unit(transitionUnit) {
+    for (const config::DeviceEntry &entry : document.devices)
+        allDevices.push_back(makeDevice(entry));
+    for (const WallDevice &device : allDevices)
+        panelCount += device.panels.size();
+}
+
+void Wall::hear(std::size_t index, std::span<const std::uint8_t> bytes, Clock::time_point now) {
+    WallDevice &device = allDevices.at(index);
+    ++device.datagrams;
+    device.lastArrival = now;
+    device.rate.note(now);
+    device.arrivals.note(now);
+
+    Decoding decoding = decode(device.layout, bytes);
+    if (decoding.malformed.empty())
+        decoding.malformed = findForeignRecord(decoding.records, device.knownIds);
+    if (!decoding.malformed.empty()) {
+        ++device.malformed;
+        device.lastMalformed = std::move(decoding.malformed);
+        return;
+    }
+
+    std::map<std::uint16_t, const Record *> newest;
+    for (const Record &record : decoding.records)
+        newest[record.id] = &record;
+    for (WallPanel &panel : device.panels) {
+        const auto found = newest.find(wireId(device.layout, panel.panelID));
+        if (found == newest.end())
+            continue;
+        const Record &record = *found->second;
+        luminanceSum -= relativeLuminance(panel.colour.value_or(Colour{}));
+        panel.colour = Colour{record.red, record.green, record.blue};
+        luminanceSum += relativeLuminance(*panel.colour);
+        panel.transitionTime = record.transitionTime;
+        panel.transition.moveTo(*panel.colour, unit * record.transitionTime, now);
+    }
+    if (panelCount > 0)
+        flashMeter.note(luminanceSum / static_cast<double>(panelCount), now);
+    if (device.history)
+        device.history->note(now, [&](std::size_t panel) { return device.panels[panel].colour; });
+}
+
+void Wall::keepHistory(std::size_t mostRows) {
+    const std::size_t rows =
+        std::max<std::size_t>(1, mostRows / std::max<std::size_t>(1, allDevices.size()));
+    for (WallDevice &device : allDevices)
+        device.history.emplace(device.panels.size(), rows);
+}
+
+bool Wall::isMoving(Clock::time_point now) const {
+    const auto panelMoves = [now](const WallPanel &panel) {
+        return panel.transition.isMoving(now);
+    };
+    return std::any_of(allDevices.begin(), allDevices.end(), [&](const WallDevice &device) {
+        return std::any_of(device.panels.begin(), device.panels.end(), panelMoves);
+    });
+}
+
+std::optional<Clock::time_point> Wall::lastArrival() const {
+    std::optional<Clock::time_point> last;
+    for (const WallDevice &device : allDevices)
+        if (device.lastArrival && (!last || *device.lastArrival > *last))
+            last = device.lastArrival;
+    return last;
+}
+
+} // namespace panelwall

@@ -1,0 +1,101 @@
+// The wall: what every panel shows and what every device has heard.
+//
+// One thread uses it at a time; it has no lock. It knows neither sockets nor screens: whoever has
+// bytes for a device hands them over, whoever wants to show the wall reads it.
+#pragma once
+
+#include "tools/config/configDocument.h"
+#include "tools/lights/colour.h"
+#include "tools/lights/datagram.h"
+#include "tools/wall/arrivalMeter.h"
+#include "tools/wall/colourHistory.h"
+#include "tools/wall/flashMeter.h"
+#include "tools/wall/rateMeter.h"
+#include "tools/wall/transition.h"
+
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+namespace panelwall {
+
+struct WallPanel {
+    std::int32_t panelID = 0;
+    std::int32_t centreX = 0; // screen pixels
+    std::int32_t centreY = 0;
+    double halfSide = 0.0;        // of the square that mirroring samples, in whole screen pixels
+    std::optional<Colour> colour; // of the last record for this panel; none until the first
+    std::uint16_t transitionTime = 0; // of that record
+    Transition transition;            // to that colour
+
+    // The colour that the panel shows; none until the first record.
+    std::optional<Colour> shownAt(Clock::time_point now) const {
+        return colour ? std::optional(transition.at(now)) : std::nullopt;
+    }
+};
+
+struct WallDevice {
+    std::string ip;
+    int port = 0;
+    Layout layout = Layout::wide;
+    std::vector<WallPanel> panels; // in configuration order
+    KnownIds knownIds;
+
+    std::uint64_t datagrams = 0; // all that came, the malformed among them
+    std::uint64_t malformed = 0;
+    std::string lastMalformed; // the reason of the last malformed one
+    std::optional<Clock::time_point> lastArrival;
+    RateMeter rate;
+    ArrivalMeter arrivals;
+    std::optional<ColourHistory> history; // once it is kept
+
+    std::size_t litPanels() const; // panels that have a colour
+};
+
+// How long one unit of transition time lasts.
+inline constexpr std::chrono::milliseconds usualTransitionUnit{100};
+
+class Wall {
+public:
+    // With a unit of 0 panels change at once.
+    explicit Wall(const config::Document &document,
+                  std::chrono::milliseconds transitionUnit = usualTransitionUnit);
+
+    // One datagram for device number `device` (its index in the document). A malformed one is
+    // counted and changes no panel. A record colours every panel of the device that bears its
+    // identifier, as a device could not tell them apart either; later records win. A panel moves
+    // from the colour that it shows now to the record's, within the record's transition time.
+    void hear(std::size_t device, std::span<const std::uint8_t> bytes, Clock::time_point now);
+
+    const std::vector<WallDevice> &devices() const { return allDevices; }
+
+    // From now on every device remembers the colours that it was sent within the last minute, in at
+    // most `mostRows` rows over all devices, but at least one a device.
+    void keepHistory(std::size_t mostRows);
+
+    // Whether any panel is on its way to another colour.
+    bool isMoving(Clock::time_point now) const;
+
+    // How often the wall flashes: the brightness of the colours that were sent, on average over all
+    // panels; those without a colour are dark.
+    const FlashMeter &flashes() const { return flashMeter; }
+
+    // When the last datagram came, whichever device it was for.
+    std::optional<Clock::time_point> lastArrival() const;
+
+private:
+    std::vector<WallDevice> allDevices;
+    std::chrono::milliseconds unit;
+    FlashMeter flashMeter;
+    double luminanceSum = 0.0; // of all panels
+    std::size_t panelCount = 0;
+};
+
+// Half the side of the square of screen that colours a panel: a third of the panel's size, which is
+// scale factor times 150 pixels (shape type 0) or 100 (any other), cut to whole pixels. At least 0.
+double sampledHalfSide(std::int32_t shapeType, double scaleFactor);
+
+} // namespace panelwall
