@@ -36,7 +36,8 @@ static ExitStatus measure(const PaletteOptions &options, const config::Reading &
         return status;
     if (const auto status = start(1); status != ExitStatus::done)
         return status;
-    const auto measured = awaitPalette(signals, palette);
+    const auto measured =
+        awaitPalette(static_cast<std::uint32_t>(document.displayID), signals, palette);
     const auto stopped = stop();
     return measured == ExitStatus::done ? stopped : measured;
 }
@@ -73,8 +74,9 @@ void addPaletteCommand(CLI::App &program, Action &chosen) {
         "The lights are left alone: of the document only the display is used. The library needs\n"
         "a run to see the screen; its one device has no panels, and nothing is sent to anybody.\n"
         "\n"
-        "Takes as long as the first frame does. A black screen cannot be told from one that has\n"
-        "not been seen yet; after 2 seconds of black, black is the answer.\n\n" +
+        "Takes as long as the first frame does. If the display is black, black is the answer "
+        "after\n"
+        "2 seconds; if it is not, and no other colour comes, after 5.\n\n" +
         exitStatusHelp());
     command->callback([&chosen, options] { chosen = [options] { return showPalette(*options); }; });
 }

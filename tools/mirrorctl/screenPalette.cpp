@@ -2,6 +2,7 @@
 
 #include "mirror/mirrorInterface.h"
 #include "tools/mirrorctl/libraryCall.h"
+#include "tools/mirrorctl/litDisplay.h"
 #include "tools/mirrorctl/server.h"
 #include "tools/mirrorctl/steps.h"
 
@@ -20,7 +21,7 @@ static unsigned channel(const rapidjson::Value &colour, const char *name) {
     return found->value.GetUint();
 }
 
-static ScreenPalette fetch() {
+ScreenPalette fetchPalette() {
     char buffer[512 + 1] = {}; // the last byte stays zero
     if (getPalette(buffer) != 0)
         throw std::runtime_error("the library could not make a palette");
@@ -40,43 +41,41 @@ static ScreenPalette fetch() {
     return palette;
 }
 
-// More than one black is several hues, each too dark to show: a frame has come.
-static bool isDark(const ScreenPalette &palette) {
+bool isDark(const ScreenPalette &palette) {
     return palette.colours.size() <= 1 &&
            std::all_of(palette.colours.begin(), palette.colours.end(), isBlack);
 }
 
-ExitStatus awaitPalette(const StopSignals &signals, ScreenPalette &palette) {
+ExitStatus awaitPalette(std::uint32_t display, const StopSignals &signals, ScreenPalette &palette) {
     using Clock = std::chrono::steady_clock;
-    const auto deadline = Clock::now() + std::chrono::duration<double>(darknessSeconds);
+    const auto begin = Clock::now();
     bool isCycling = false;
     for (;;) {
         // Answered once a cycle, sent or not; the run has filled its sample grid before the first
         // one, and no palette can be had before that.
         if (captureCurrentStreamFrames() == 0) {
             isCycling = true;
-            palette = fetch();
+            palette = fetchPalette();
             if (!isDark(palette))
-                break;
+                return ExitStatus::done;
         }
         if (const int signum = signals.take()) {
             sayInterrupted(noPalette, signum);
             return ExitStatus::nothingSent;
         }
-        if (Clock::now() < deadline)
+        const std::chrono::duration<double> passed = Clock::now() - begin;
+        if (passed.count() < darknessSeconds)
             continue;
         // A server that hangs has shown no frame either.
         if (tellServerSilence())
             return ExitStatus::nothingSent;
+        if (isCycling && passed.count() < lateFrameSeconds && isLit(display))
+            continue;
         if (isCycling)
             return ExitStatus::done;
         fputs("No palette: mirroring ended by itself, or is stuck.\n", stderr);
         return ExitStatus::nothingSent;
     }
-    // That frame may have been read while it was still arriving; a cycle later it is there whole.
-    captureCurrentStreamFrames();
-    palette = fetch();
-    return ExitStatus::done;
 }
 
 } // namespace mirrorctl

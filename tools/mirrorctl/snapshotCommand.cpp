@@ -6,6 +6,8 @@
 #include "tools/mirrorctl/frameShares.h"
 #include "tools/mirrorctl/libraryCall.h"
 #include "tools/mirrorctl/libraryTalk.h"
+#include "tools/mirrorctl/litDisplay.h"
+#include "tools/mirrorctl/screenPalette.h"
 #include "tools/mirrorctl/server.h"
 #include "tools/mirrorctl/snapshotTable.h"
 #include "tools/mirrorctl/steps.h"
@@ -85,25 +87,29 @@ static std::optional<Snapshot> await(const config::Document &document,
     const bool sendsUnseen = document.mode == matchMode || document.mode == paletteMode;
     const auto begin = std::chrono::steady_clock::now();
     std::optional<Snapshot> dark;
+    bool hasFrame = false; // when it was captured
     for (;;) {
         auto snapshot = capture(document, options.json);
-        if (snapshot && sendsUnseen && !showsLight(snapshot->frames)) {
+        if (snapshot && sendsUnseen && !showsLight(snapshot->frames))
             dark = std::move(snapshot);
-        } else if (snapshot) {
-            // The first picture may have been read while it was still arriving.
-            if (document.mode == matchMode)
-                snapshot = capture(document, options.json);
-            if (snapshot)
-                return snapshot;
-        }
+        else if (snapshot)
+            return snapshot;
         if (const int signum = signals.take()) {
             sayInterrupted(noSnapshot, signum);
             return std::nullopt;
         }
         const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - begin;
-        // Black is no answer of a server that hangs.
-        if (dark && passed.count() >= std::min(options.seconds, darknessSeconds))
-            return tellServerSilence() ? std::nullopt : dark;
+        if (dark && passed.count() >= std::min(options.seconds, darknessSeconds)) {
+            // Black is no answer of a server that hangs.
+            if (tellServerSilence())
+                return std::nullopt;
+            // In palette mode panels hold the black of before the first frame for over a second.
+            if (passed.count() >= options.seconds || (hasFrame && document.mode == matchMode))
+                return dark;
+            hasFrame = !isDark(fetchPalette());
+            if (!hasFrame && !isLit(static_cast<std::uint32_t>(document.displayID)))
+                return dark;
+        }
         if (passed.count() >= options.seconds) {
             fprintf(stderr, "No snapshot: nothing was sent in %s mode within %.1f s.\n%s\n",
                     config::modeName(document.mode), passed.count(),
@@ -165,8 +171,8 @@ void addSnapshotCommand(CLI::App &program, Action &chosen) {
         "Panels are listed with the identifiers that the datagrams carry. Melt and fade mode send\n"
         "only when the screen's dominant colour changes. Palette mode sends to the panels that\n"
         "are due, so some panels and devices may be missing. Match and palette mode begin before\n"
-        "they have seen the screen; after 2 seconds of black, black is the answer. The wait may\n"
-        "last a second longer than --seconds says.\n\n" +
+        "they have seen the screen; after 2 seconds of nothing but black, black is the answer if\n"
+        "the screen is black there. The wait may last a second longer than --seconds says.\n\n" +
         exitStatusHelp());
     command->callback(
         [&chosen, options] { chosen = [options] { return showSnapshot(*options); }; });

@@ -13,9 +13,10 @@
 
 namespace mirrorctl {
 
-// For how long after the start nothing but black is taken for a screen that has not been seen yet.
-// The library cannot be asked whether it has.
+// For how long after the start nothing but black is taken for a screen that has not been seen yet:
+// when the display is black, and when it is lit. The library cannot be asked whether it has.
 inline constexpr double darknessSeconds = 2.0;
+inline constexpr double lateFrameSeconds = 5.0;
 
 // Reads the document and checks all of it that needs no screen. `mode`, if given, takes the place
 // of the document's own, but not in the text: that stays as it was written.

@@ -230,6 +230,7 @@ TEST(MirrorctlDoctorServers, knowsNothingOfTheScreenBeforeAFrameIsWhole) {
     VirtualScreen screen(640, 480);
     screen.fill(0xFF00FF);
     const Ending ending = doctorOn(
-        screen.display(), {{"LD_PRELOAD", std::string(UNMAPPED_WINDOWS) + ":" + LATE_FRAMES}});
+        screen.display(), {{"LD_PRELOAD", std::string(UNMAPPED_WINDOWS) + ":" + LATE_FRAMES},
+                           {"LATE_FRAMES", "1000"}});
     expectWords(ending, 75, {"a picture arrives, but not the mark that was drawn"});
 }

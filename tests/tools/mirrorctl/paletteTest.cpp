@@ -100,6 +100,17 @@ TEST(MirrorctlPalette, believesABlackScreenInTheEnd) {
     EXPECT_EQ(ending.out, "{\"palette\":[{\"R\":0,\"G\":0,\"B\":0}]}\n");
 }
 
+TEST(MirrorctlPalette, waitsForAFrameThatComesLate) {
+    test::VirtualScreen screen(640, 480);
+    drawRedAndBlue(screen);
+    const Ending ending = mirrorctl(
+        {"palette", "-"},
+        {{"DISPLAY", screen.display()}, {"LD_PRELOAD", LATE_FRAMES}, {"LATE_FRAMES", "2500"}},
+        lightsText(test::onlyDisplay(screen.display()), "127.0.58.25"));
+    EXPECT_EQ(ending.status, 0) << ending.err;
+    EXPECT_EQ(ending.out, redAndBlue + "\n");
+}
+
 TEST(MirrorctlPalette, showsSwatchesOnATerminal) {
     test::VirtualScreen screen(640, 480);
     screen.use();

@@ -90,10 +90,7 @@ TEST(MirrorctlSnapshot, showsTheFirstColourOfMeltAndFade) {
     const std::string wanted = "device  address            panel  colour\n"
                                "     0  127.0.58.41:60222     17  #ff0000\n";
     for (const int mode : {1, 2}) {
-        // A mode that reads while the first frame is being taken over sees it half black.
-        Ending ending;
-        for (int tries = 0; tries < 4 && ending.out != wanted; ++tries)
-            ending = snapshot(screen, lightsText(display, "127.0.58.41", mode));
+        const Ending ending = snapshot(screen, lightsText(display, "127.0.58.41", mode));
         EXPECT_EQ(ending.status, 0) << ending.err;
         EXPECT_EQ(ending.out, wanted);
     }
@@ -120,8 +117,9 @@ TEST(MirrorctlSnapshot, saysWhyNothingCame) {
             snapshot(screen, lightsText(display, "127.0.58.43", mode), {"--seconds", "0.1"});
         EXPECT_EQ(ending.status, 75);
         EXPECT_EQ(ending.out, "");
+        // The library's second may last longer on a busy machine.
         EXPECT_TRUE(contains(ending.err, "No snapshot: nothing was sent in " + names[mode - 1] +
-                                             " mode within 1."))
+                                             " mode within "))
             << ending.err;
         EXPECT_TRUE(contains(ending.err, "only when the screen's dominant colour changes"));
     }
@@ -134,6 +132,20 @@ TEST(MirrorctlSnapshot, believesABlackScreenInTheEnd) {
         const Ending ending = snapshot(screen, lightsText(display, "127.0.58.44", mode));
         EXPECT_EQ(ending.status, 0) << ending.err;
         EXPECT_TRUE(contains(ending.out, "     17  #000000\n")) << ending.out;
+    }
+}
+
+TEST(MirrorctlSnapshot, waitsForAFrameThatComesLate) {
+    test::VirtualScreen screen(640, 480);
+    screen.fill(0xFF0000);
+    const auto display = test::onlyDisplay(screen.display());
+    for (const int mode : {0, 3}) {
+        const Ending ending = mirrorctl(
+            {"snapshot", "-", "--seconds", "30"},
+            {{"DISPLAY", screen.display()}, {"LD_PRELOAD", LATE_FRAMES}, {"LATE_FRAMES", "2500"}},
+            lightsText(display, "127.0.58.45", mode));
+        EXPECT_EQ(ending.status, 0) << ending.err;
+        EXPECT_TRUE(contains(ending.out, "     17  #ff0000\n")) << ending.out;
     }
 }
 
