@@ -76,14 +76,16 @@ Connection::~Connection() {
     xcb_disconnect(connection);
 }
 
-bool Connection::has(xcb_extension_t &extension) const {
+bool Connection::has(xcb_extension_t &extension) {
     const xcb_query_extension_reply_t *data = xcb_get_extension_data(connection, &extension);
+    extendWatch();
     return data != nullptr && data->present != 0;
 }
 
-std::optional<Rect> Connection::rootArea() const {
+std::optional<Rect> Connection::rootArea() {
     const Reply<xcb_get_geometry_reply_t> geometry(
         xcb_get_geometry_reply(connection, xcb_get_geometry(connection, root()), nullptr));
+    extendWatch();
     if (!geometry)
         return std::nullopt;
     return Rect{0, 0, geometry->width, geometry->height};

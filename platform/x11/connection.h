@@ -43,12 +43,12 @@ public:
     bool failed() const { return xcb_connection_has_error(connection) != 0; }
     // Descriptors can be passed to the server.
     bool isLocal() const { return local; }
-    bool has(xcb_extension_t &extension) const;
+    bool has(xcb_extension_t &extension);
 
     // The root window's size as it is now; nothing when the server did not answer.
-    std::optional<Rect> rootArea() const;
+    std::optional<Rect> rootArea();
 
-    // The server has made progress.
+    // The server has answered.
     void extendWatch();
     // From here on the server may take as long as it likes; someone else calls breakOff().
     void endWatch() { watchdog.reset(); }

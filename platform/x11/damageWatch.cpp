@@ -13,6 +13,7 @@ bool DamageWatch::isPossible(Connection &connection) {
         xcb_damage_query_version_reply(xcb, damageCookie, nullptr));
     const Reply<xcb_xfixes_query_version_reply_t> fixesVersion(
         xcb_xfixes_query_version_reply(xcb, fixesCookie, nullptr));
+    connection.extendWatch();
     return damageVersion && fixesVersion && fixesVersion->major_version >= 2;
 }
 

@@ -22,6 +22,7 @@ std::optional<std::vector<Monitor>> listMonitors(Connection &connection) {
         xcb_randr_query_version_reply(xcb, versionCookie, nullptr));
     const Reply<xcb_randr_get_monitors_reply_t> reply(
         xcb_randr_get_monitors_reply(xcb, monitorsCookie, nullptr));
+    connection.extendWatch();
     const bool known = version && (version->major_version > 1 || version->minor_version >= 5) &&
                        reply && isWhole(*reply);
     if (!known)
@@ -50,6 +51,7 @@ std::optional<std::vector<Monitor>> listMonitors(Connection &connection) {
         else
             names.emplace_back();
     }
+    connection.extendWatch();
     // The screens of a server often have monitors of the same name. A zero separates the number,
     // since no name holds one.
     if (connection.screenNumber() > 0)

@@ -81,6 +81,7 @@ void PixelMemory::share() {
         return;
     const Reply<xcb_shm_query_version_reply_t> version(
         xcb_shm_query_version_reply(xcb, xcb_shm_query_version(xcb), nullptr));
+    connection.extendWatch();
     const bool takesDescriptors =
         version && (version->major_version > 1 || version->minor_version >= 2);
     if (!takesDescriptors)

@@ -1,6 +1,7 @@
 // Servers that let a client in at the second attempt, or not at all, however they are reached.
 #include "platform/x11/connection.h"
 #include "platform/objects/signals.h"
+#include "platform/x11/monitors.h"
 
 #include "tests/platform/processUsage.h"
 #include "tests/support/virtualScreen.h"
@@ -13,6 +14,7 @@
 #include <functional>
 #include <gtest/gtest.h>
 #include <netinet/in.h>
+#include <poll.h>
 #include <sys/socket.h>
 #include <thread>
 #include <unistd.h>
@@ -100,6 +102,23 @@ private:
     std::thread thread;
 };
 
+// Passes bytes on both ways until one side ends, those of the server with a delay.
+void relay(int client, int server, std::chrono::milliseconds delay) {
+    pollfd ends[] = {{client, POLLIN, 0}, {server, POLLIN, 0}};
+    while (poll(ends, 2, -1) > 0)
+        for (const pollfd &end : ends) {
+            if (end.revents == 0)
+                continue;
+            if (end.fd == server)
+                std::this_thread::sleep_for(delay);
+            char bytes[65536];
+            const ssize_t size = recv(end.fd, bytes, sizeof bytes, 0);
+            const int other = end.fd == server ? client : server;
+            if (size <= 0 || send(other, bytes, static_cast<std::size_t>(size), MSG_NOSIGNAL) < 0)
+                return;
+        }
+}
+
 bool hasIpv6Loopback() {
     sockaddr_in6 address{};
     address.sin6_family = AF_INET6;
@@ -164,6 +183,26 @@ TEST(Connection, AServerThatAlwaysHangsUpCostsSecondsAndLittleWork) {
     EXPECT_GT(attempts, 2);
     EXPECT_LE(attempts, 2 + platform::serverPatience / 10ms);
     EXPECT_EQ(test::openDescriptors(), descriptors);
+}
+
+// All answers together take longer than one may.
+TEST(Connection, AServerThatAnswersSlowlyIsWaitedFor) {
+    const VirtualScreen screen(64, 48, 24, {"-listen", "tcp"});
+    const Listener slow([&screen](Descriptor client) {
+        sockaddr_in address{};
+        address.sin_family = AF_INET;
+        address.sin_port =
+            htons(static_cast<std::uint16_t>(6000 + std::stoi(screen.display().substr(1))));
+        inet_pton(AF_INET, "127.0.0.1", &address.sin_addr);
+        const Descriptor server(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+        ASSERT_EQ(connect(server.get(), reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
+        relay(client.get(), server.get(), 700ms);
+    });
+    const Variable display("DISPLAY", slow.display);
+    const auto connection = Connection::open();
+    ASSERT_TRUE(connection);
+    EXPECT_TRUE(platform::x11::listMonitors(*connection));
+    EXPECT_TRUE(connection->rootArea());
 }
 
 TEST(Connection, AnAddressMayStandInBrackets) {
