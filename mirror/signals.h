@@ -27,5 +27,8 @@ private:
     sigset_t before;
 };
 
-// Whether one of them is ending the process, from its arrival on. Any thread.
+// From here on one of them is ending the process. Their handler, on any thread.
+void announceExit();
+
+// Whether one of them is ending the process. Any thread.
 bool endsBySignal();
