@@ -1,7 +1,7 @@
-#include "tests/load/run.h"
+#include "bench/load/run.h"
 
+#include "bench/load/painter.h"
 #include "bench/measure.h"
-#include "tests/load/painter.h"
 
 #include <map>
 #include <sstream>
@@ -21,11 +21,11 @@ static double since(Clock::time_point begin) {
 }
 
 // Hears until `done`; false when that took too long or the sender had something to say.
-template <class Done> static bool hearUntil(Ears &ears, Sender &sender, Done done) {
+template <class Done> static bool receiveUntil(Receivers &receivers, Sender &sender, Done done) {
     const auto deadline = Clock::now() + patience;
     auto nextLook = Clock::now();
     while (!done()) {
-        ears.hear(std::chrono::milliseconds(20));
+        receivers.receive(std::chrono::milliseconds(20));
         const auto now = Clock::now();
         if (now < nextLook)
             continue;
@@ -51,7 +51,7 @@ static void tellOutput(const Sender &sender, Result &result) {
 }
 
 // Every datagram that was tried is accounted for, and what came is what was sent, in its order.
-static void compare(const Sending &sending, const Ears &ears,
+static void compare(const Sending &sending, const Receivers &receivers,
                     const std::vector<std::uint64_t> &droppedBefore, Result &result) {
     const auto fault = [&](int device, const std::string &text) {
         if (result.faults.size() < 10)
@@ -59,8 +59,9 @@ static void compare(const Sending &sending, const Ears &ears,
     };
     for (int d = 0; d < sending.devices; ++d) {
         const SentTo &to = sending.to[d];
-        const Ear &ear = ears.all()[static_cast<std::size_t>(d)];
-        const std::uint64_t dropped = ears.dropped(d) - droppedBefore[static_cast<std::size_t>(d)];
+        const Receiver &ear = receivers.all()[static_cast<std::size_t>(d)];
+        const std::uint64_t dropped =
+            receivers.dropped(d) - droppedBefore[static_cast<std::size_t>(d)];
         result.tried += to.tried;
         result.refused += to.refused;
         result.received += ear.received;
@@ -78,8 +79,8 @@ static void compare(const Sending &sending, const Ears &ears,
         else if (dropped == 0 && to.chain != ear.chain)
             fault(d, "what came is not what was sent, or not in its order");
     }
-    if (!ears.fault().empty())
-        result.faults.push_back(ears.fault());
+    if (!receivers.fault().empty())
+        result.faults.push_back(receivers.fault());
 }
 
 static void checkSamples(Result &result) {
@@ -100,10 +101,10 @@ static void checkSamples(Result &result) {
 }
 
 // Watches a sender that has begun, for so long or so many frames.
-static void watch(const Plan &plan, double seconds, Ears &ears, Sending &sending, Sender &sender,
-                  pid_t server, Result &result) {
+static void watch(const Plan &plan, double seconds, Receivers &receivers, Sending &sending,
+                  Sender &sender, pid_t server, Result &result) {
     const auto serverNow = [server] { return server > 0 ? bench::processorSeconds(server) : 0.0; };
-    ears.keepIntervals();
+    receivers.keepIntervals();
     const auto begin = Clock::now();
     const double process = bench::processorSeconds(sender.pid());
     const double serverTime = serverNow();
@@ -113,7 +114,7 @@ static void watch(const Plan &plan, double seconds, Ears &ears, Sending &sending
     bool spoke = false;
     while (since(begin) < seconds && !spoke &&
            (plan.frames == 0 || framesTried(sending) < plan.frames)) {
-        ears.hear(std::chrono::milliseconds(20));
+        receivers.receive(std::chrono::milliseconds(20));
         if (Clock::now() < nextSample)
             continue;
         nextSample += std::chrono::seconds(1);
@@ -129,71 +130,71 @@ static void watch(const Plan &plan, double seconds, Ears &ears, Sending &sending
     result.cost.server = (serverNow() - serverTime) * perFrame;
 }
 
-// Ends the sender and hears what it has still sent.
-static void finish(Ears &ears, Sending &sending, Sender &sender,
+// Ends the sender and receives what it has still sent.
+static void finish(Receivers &receivers, Sending &sending, Sender &sender,
                    const std::vector<std::uint64_t> &droppedBefore, Result &result) {
     sender.stop();
     const auto deadline = Clock::now() + patience;
     while (!sender.hasEnded() && Clock::now() < deadline)
-        ears.hear(std::chrono::milliseconds(20));
+        receivers.receive(std::chrono::milliseconds(20));
     if (!sender.hasEnded())
         result.faults.push_back("the sender does not end");
     else if (!sender.succeeded())
         result.faults.push_back("the sender failed");
     // On loopback everything that was sent has come.
-    for (std::uint64_t before = ~0ull; before != ears.frames();) {
-        before = ears.frames();
+    for (std::uint64_t before = ~0ull; before != receivers.frames();) {
+        before = receivers.frames();
         for (int i = 0; i < 20; ++i)
-            ears.hear(std::chrono::milliseconds(0));
+            receivers.receive(std::chrono::milliseconds(0));
     }
     tellOutput(sender, result);
-    compare(sending, ears, droppedBefore, result);
+    compare(sending, receivers, droppedBefore, result);
     checkSamples(result);
-    result.counts = ears.frameCounts();
-    result.mixtures = ears.mixtures();
-    result.intervals = ears.intervals();
+    result.counts = receivers.frameCounts();
+    result.mixtures = receivers.mixtures();
+    result.intervals = receivers.intervals();
 }
 
-static std::vector<std::uint64_t> allDropped(const Ears &ears, int devices) {
+static std::vector<std::uint64_t> allDropped(const Receivers &receivers, int devices) {
     std::vector<std::uint64_t> dropped;
     for (int d = 0; d < devices; ++d)
-        dropped.push_back(ears.dropped(d));
+        dropped.push_back(receivers.dropped(d));
     return dropped;
 }
 
-Result runLibrary(const Plan &plan, Ears &ears, Sending &sending) {
+Result runLibrary(const Plan &plan, Receivers &receivers, Sending &sending) {
     Result result;
     test::VirtualScreen screen(plan.width, plan.height);
     screen.use();
     screen.fill(colourOf(0));
-    ears.forget();
-    const auto droppedBefore = allDropped(ears, plan.devices);
+    receivers.forget();
+    const auto droppedBefore = allDropped(receivers, plan.devices);
     Sender sender(sending, plan, [&] { return mirror(sending, plan); });
-    if (!hearUntil(ears, sender, [&] { return ears.frames() >= 2; })) {
+    if (!receiveUntil(receivers, sender, [&] { return receivers.frames() >= 2; })) {
         result.faults.push_back("not every device is sent something");
     } else {
         Painter painter(screen, plan.drawTime);
         // By now every page that is needed has been touched.
-        hearUntil(ears, sender, [&] { return ears.frames() >= 10; });
-        watch(plan, plan.seconds, ears, sending, sender, screen.pid(), result);
+        receiveUntil(receivers, sender, [&] { return receivers.frames() >= 10; });
+        watch(plan, plan.seconds, receivers, sending, sender, screen.pid(), result);
         result.drawings = painter.stop();
-        if (!hearUntil(ears, sender, [&] { return ears.allShow(result.drawings); }))
+        if (!receiveUntil(receivers, sender, [&] { return receivers.allShow(result.drawings); }))
             result.faults.push_back("the last drawing is not seen at every panel");
     }
-    finish(ears, sending, sender, droppedBefore, result);
+    finish(receivers, sending, sender, droppedBefore, result);
     return result;
 }
 
-Result runBare(const Plan &plan, Ears &ears, const Sending &model, std::chrono::nanoseconds period,
-               double seconds) {
+Result runBare(const Plan &plan, Receivers &receivers, const Sending &model,
+               std::chrono::nanoseconds period, double seconds) {
     Result result;
     Sending &sending = makeSending(plan.devices);
-    ears.forget();
-    const auto droppedBefore = allDropped(ears, plan.devices);
+    receivers.forget();
+    const auto droppedBefore = allDropped(receivers, plan.devices);
     Sender sender(sending, plan, [&] { return sendBare(sending, model, period); });
-    if (hearUntil(ears, sender, [&] { return ears.frames() >= 2; }))
-        watch({}, seconds, ears, sending, sender, 0, result);
-    finish(ears, sending, sender, droppedBefore, result);
+    if (receiveUntil(receivers, sender, [&] { return receivers.frames() >= 2; }))
+        watch({}, seconds, receivers, sending, sender, 0, result);
+    finish(receivers, sending, sender, droppedBefore, result);
     return result;
 }
 

@@ -1,8 +1,8 @@
 // Draws the whole screen in one step's colour after the other.
 #pragma once
 
+#include "bench/load/stepColour.h"
 #include "bench/measure.h"
-#include "tests/load/stepColour.h"
 #include "tests/support/virtualScreen.h"
 
 #include <atomic>

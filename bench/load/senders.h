@@ -1,8 +1,8 @@
 // The processes that send: a host of the library, and a bare sender to compare it with.
 #pragma once
 
-#include "tests/load/plan.h"
-#include "tests/load/sending.h"
+#include "bench/load/plan.h"
+#include "bench/load/sending.h"
 
 #include <chrono>
 #include <functional>

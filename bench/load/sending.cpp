@@ -1,4 +1,4 @@
-#include "tests/load/sending.h"
+#include "bench/load/sending.h"
 
 #include <ctime>
 #include <new>

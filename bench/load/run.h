@@ -1,10 +1,10 @@
 // One run under load, watched at the receiving end.
 #pragma once
 
-#include "tests/load/ears.h"
-#include "tests/load/plan.h"
-#include "tests/load/processSample.h"
-#include "tests/load/senders.h"
+#include "bench/load/plan.h"
+#include "bench/load/processSample.h"
+#include "bench/load/receivers.h"
+#include "bench/load/senders.h"
 
 #include <string>
 #include <vector>
@@ -34,10 +34,10 @@ struct Result {
 };
 
 // Of the library over a screen of its own.
-Result runLibrary(const Plan &plan, Ears &ears, Sending &sending);
+Result runLibrary(const Plan &plan, Receivers &receivers, Sending &sending);
 
 // Of the bare sender, with the datagrams that began a run of the library.
-Result runBare(const Plan &plan, Ears &ears, const Sending &model, std::chrono::nanoseconds period,
-               double seconds);
+Result runBare(const Plan &plan, Receivers &receivers, const Sending &model,
+               std::chrono::nanoseconds period, double seconds);
 
 } // namespace load

@@ -1,4 +1,4 @@
-#include "tests/load/stepColour.h"
+#include "bench/load/stepColour.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,10 +1,10 @@
-// The devices of a wall under load: a socket each, and what all of them heard.
+// The devices of a wall under load: a socket each, and what all of them received.
 //
 // One thread uses it at a time.
 #pragma once
 
-#include "tests/load/histogram.h"
-#include "tests/load/sending.h"
+#include "bench/load/histogram.h"
+#include "bench/load/sending.h"
 
 #include <chrono>
 #include <deque>
@@ -14,7 +14,7 @@
 
 namespace load {
 
-struct Ear {
+struct Receiver {
     int fd = -1;
     std::uint64_t received = 0;
     std::uint64_t chain = 0;
@@ -30,24 +30,24 @@ struct FrameCounts {
     std::uint64_t ofMore = 0;
 };
 
-class Ears {
+class Receivers {
 public:
     // Binds; throws std::runtime_error when that fails.
-    Ears(int devices, int panels);
-    ~Ears();
-    Ears(const Ears &) = delete;
-    Ears &operator=(const Ears &) = delete;
+    Receivers(int devices, int panels);
+    ~Receivers();
+    Receivers(const Receivers &) = delete;
+    Receivers &operator=(const Receivers &) = delete;
 
-    // Begins anew, with nothing heard.
+    // Begins anew, with nothing received.
     void forget();
 
     // Takes in what has come; waits for `patience` at most when that is nothing.
-    void hear(std::chrono::milliseconds patience);
+    void receive(std::chrono::milliseconds patience);
 
     // Intervals are kept from here on.
     void keepIntervals();
 
-    // How many datagrams the device that heard least has heard.
+    // How many datagrams the device that received least has received.
     std::uint64_t frames() const;
 
     // Whether every panel's last colour was that of this step.
@@ -56,7 +56,7 @@ public:
     // What the kernel threw away, as it tells itself.
     std::uint64_t dropped(int device) const;
 
-    const std::vector<Ear> &all() const { return ears; }
+    const std::vector<Receiver> &all() const { return receivers; }
     const Histogram &intervals() const { return between; }
     const FrameCounts &frameCounts() const { return counts; }
     std::uint64_t mixtures() const { return mixed; }
@@ -79,12 +79,12 @@ private:
 
     const int panels;
     int poller = -1;
-    std::vector<Ear> ears;
+    std::vector<Receiver> receivers;
     bool keeping = false;
     Histogram between;
     FrameCounts counts;
     std::uint64_t mixed = 0;
-    std::deque<Span> spans; // of the frames that not every device has heard
+    std::deque<Span> spans; // of the frames that not every device has received
     std::uint64_t firstSpan = 0;
     std::string firstFault;
 };

@@ -1,6 +1,6 @@
 // The library under load: many devices on a large moving screen, everything that it tries to send
 // looked for at the receiving end. Ends with 1 when anything is missing, went back or grew.
-#include "tests/load/run.h"
+#include "bench/load/run.h"
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
@@ -91,16 +91,17 @@ static int run(const Plan &plan) {
     getrlimit(RLIMIT_NOFILE, &limit);
     limit.rlim_cur = limit.rlim_max;
     setrlimit(RLIMIT_NOFILE, &limit);
-    Ears ears(plan.devices, plan.panels);
+    Receivers receivers(plan.devices, plan.panels);
     Sending &sending = makeSending(plan.devices);
-    const Result library = runLibrary(plan, ears, sending);
+    const Result library = runLibrary(plan, receivers, sending);
     print(plan, library);
     if (!library.faults.empty())
         return tellFaults("the library", library);
     std::fflush(stdout);
     const auto period =
         std::chrono::nanoseconds(static_cast<long>(library.intervals.quantile(0.5) * 1e6));
-    const Result bare = runBare(plan, ears, sending, period, std::min(60.0, library.seconds / 4));
+    const Result bare =
+        runBare(plan, receivers, sending, period, std::min(60.0, library.seconds / 4));
     printCosts(library, bare);
     std::printf("\nLoad of the machine after: %s\n", machineLoad().c_str());
     return tellFaults("the bare sender", bare);

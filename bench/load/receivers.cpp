@@ -1,6 +1,6 @@
-#include "tests/load/ears.h"
+#include "bench/load/receivers.h"
 
-#include "tests/load/stepColour.h"
+#include "bench/load/stepColour.h"
 
 #include <arpa/inet.h>
 #include <cerrno>
@@ -30,28 +30,28 @@ static int listenAt(const std::string &ip) {
     return fd;
 }
 
-Ears::Ears(int devices, int thePanels)
+Receivers::Receivers(int devices, int thePanels)
     : panels(thePanels), poller(epoll_create1(EPOLL_CLOEXEC)),
-      ears(static_cast<std::size_t>(devices)) {
-    for (std::size_t i = 0; i < ears.size(); ++i) {
-        ears[i].fd = listenAt(addressOf(static_cast<int>(i)));
+      receivers(static_cast<std::size_t>(devices)) {
+    for (std::size_t i = 0; i < receivers.size(); ++i) {
+        receivers[i].fd = listenAt(addressOf(static_cast<int>(i)));
         epoll_event event{};
         event.events = EPOLLIN;
         event.data.u64 = i;
-        if (epoll_ctl(poller, EPOLL_CTL_ADD, ears[i].fd, &event) != 0)
+        if (epoll_ctl(poller, EPOLL_CTL_ADD, receivers[i].fd, &event) != 0)
             throw std::runtime_error(std::string("epoll_ctl: ") + std::strerror(errno));
     }
     forget();
 }
 
-Ears::~Ears() {
-    for (const Ear &ear : ears)
+Receivers::~Receivers() {
+    for (const Receiver &ear : receivers)
         close(ear.fd);
     close(poller);
 }
 
-void Ears::forget() {
-    for (Ear &ear : ears) {
+void Receivers::forget() {
+    for (Receiver &ear : receivers) {
         ear.received = ear.chain = 0;
         ear.arrival = 0;
         ear.steps.assign(static_cast<std::size_t>(panels), 0);
@@ -65,7 +65,7 @@ void Ears::forget() {
     firstFault.clear();
 }
 
-void Ears::hear(std::chrono::milliseconds patience) {
+void Receivers::receive(std::chrono::milliseconds patience) {
     epoll_event events[256];
     const int ready = epoll_wait(poller, events, 256, static_cast<int>(patience.count()));
     for (int e = 0; e < ready; ++e) {
@@ -79,7 +79,7 @@ void Ears::hear(std::chrono::milliseconds patience) {
             message.msg_iovlen = 1;
             message.msg_control = control;
             message.msg_controllen = sizeof control;
-            const ssize_t length = recvmsg(ears[device].fd, &message, 0);
+            const ssize_t length = recvmsg(receivers[device].fd, &message, 0);
             if (length < 0)
                 break;
             std::int64_t arrival = 0;
@@ -94,9 +94,9 @@ void Ears::hear(std::chrono::milliseconds patience) {
     }
 }
 
-void Ears::take(std::size_t device, const unsigned char *bytes, std::size_t length,
-                std::int64_t arrival) {
-    Ear &ear = ears[device];
+void Receivers::take(std::size_t device, const unsigned char *bytes, std::size_t length,
+                     std::int64_t arrival) {
+    Receiver &ear = receivers[device];
     ear.chain = chain(ear.chain, bytes, length);
     if (keeping && ear.arrival != 0)
         between.add(arrival - ear.arrival);
@@ -111,8 +111,8 @@ void Ears::take(std::size_t device, const unsigned char *bytes, std::size_t leng
 }
 
 // Wide records: identifier, red, green, blue, white, transition time.
-std::string Ears::read(std::size_t device, const unsigned char *bytes, std::size_t length,
-                       Span &span) {
+std::string Receivers::read(std::size_t device, const unsigned char *bytes, std::size_t length,
+                            Span &span) {
     const auto number = [bytes](std::size_t at) { return bytes[at] << 8 | bytes[at + 1]; };
     if (length != 2 + 8 * static_cast<std::size_t>(panels) || number(0) != panels)
         return std::to_string(length) + " bytes are not those of " + std::to_string(panels) +
@@ -126,7 +126,7 @@ std::string Ears::read(std::size_t device, const unsigned char *bytes, std::size
             ++mixed;
             continue;
         }
-        std::int64_t &last = ears[device].steps[static_cast<std::size_t>(p)];
+        std::int64_t &last = receivers[device].steps[static_cast<std::size_t>(p)];
         const auto step = stepAfter(last, *place);
         if (!step)
             return "panel " + std::to_string(p) + " went back from step " + std::to_string(last) +
@@ -138,14 +138,14 @@ std::string Ears::read(std::size_t device, const unsigned char *bytes, std::size
     return {};
 }
 
-void Ears::add(std::uint64_t frame, const Span &span) {
+void Receivers::add(std::uint64_t frame, const Span &span) {
     while (firstSpan + spans.size() <= frame)
         spans.push_back({LLONG_MAX, 0, 0});
     Span &whole = spans[frame - firstSpan];
     whole.least = std::min(whole.least, span.least);
     whole.most = std::max(whole.most, span.most);
     ++whole.datagrams;
-    while (!spans.empty() && spans.front().datagrams == static_cast<int>(ears.size())) {
+    while (!spans.empty() && spans.front().datagrams == static_cast<int>(receivers.size())) {
         const Span done = spans.front();
         spans.pop_front();
         ++firstSpan;
@@ -155,27 +155,29 @@ void Ears::add(std::uint64_t frame, const Span &span) {
     }
 }
 
-void Ears::keepIntervals() {
+void Receivers::keepIntervals() {
     keeping = true;
 }
 
-std::uint64_t Ears::frames() const {
-    return std::min_element(ears.begin(), ears.end(),
-                            [](const Ear &a, const Ear &b) { return a.received < b.received; })
+std::uint64_t Receivers::frames() const {
+    return std::min_element(
+               receivers.begin(), receivers.end(),
+               [](const Receiver &a, const Receiver &b) { return a.received < b.received; })
         ->received;
 }
 
-bool Ears::allShow(std::int64_t step) const {
-    return std::all_of(ears.begin(), ears.end(), [step](const Ear &ear) {
+bool Receivers::allShow(std::int64_t step) const {
+    return std::all_of(receivers.begin(), receivers.end(), [step](const Receiver &ear) {
         return std::all_of(ear.steps.begin(), ear.steps.end(),
                            [step](std::int64_t shown) { return shown == step; });
     });
 }
 
-std::uint64_t Ears::dropped(int device) const {
+std::uint64_t Receivers::dropped(int device) const {
     std::uint32_t values[SK_MEMINFO_VARS] = {};
     socklen_t length = sizeof values;
-    getsockopt(ears[static_cast<std::size_t>(device)].fd, SOL_SOCKET, SO_MEMINFO, values, &length);
+    getsockopt(receivers[static_cast<std::size_t>(device)].fd, SOL_SOCKET, SO_MEMINFO, values,
+               &length);
     return values[SK_MEMINFO_DROPS];
 }
 

@@ -1,4 +1,4 @@
-#include "tests/load/senders.h"
+#include "bench/load/senders.h"
 
 #include "bench/measure.h"
 #include "mirror/mirrorInterface.h"
