@@ -1,4 +1,5 @@
 // The page about the doctor's findings against what the program can say.
+#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <regex>
@@ -14,13 +15,14 @@ std::string fileText(const std::string &path) {
     return text.str();
 }
 
-// What the doctor is made of, with literals that are spread over several lines put together.
+// What the program is made of, with literals that are spread over several lines put together.
 std::string program() {
     std::string text;
-    for (const char *name : {"config/deviceAddress", "mirrorctl/captureTrial",
-                             "mirrorctl/doctorCommand", "mirrorctl/displayList", "mirrorctl/reach",
-                             "mirrorctl/systemMac", "mirrorctl/systemX11", "mirrorctl/xChecks"})
-        text += fileText(TREE "/tools/" + std::string(name) + ".cpp");
+    for (const char *room : {"lights", "config", "mirrorctl"})
+        for (const auto &entry :
+             std::filesystem::recursive_directory_iterator(TREE "/tools/" + std::string(room)))
+            if (entry.path().extension() == ".cpp")
+                text += fileText(entry.path());
     text = std::regex_replace(text, std::regex("\"\\s+\""), "");
     return std::regex_replace(text, std::regex("\\\\\""), "\"");
 }

@@ -84,13 +84,6 @@ TEST(MirrorctlNoAnswer, blackIsNoAnswerUntilTheScreenWasSeen) {
     }
 }
 
-// The first frame may have been read while it was still arriving.
-TEST(MirrorctlNoAnswer, theFirstFrameIsNoAnswer) {
-    EXPECT_EQ(askPalette("wholeness").out, "{\"palette\":[{\"R\":255,\"G\":255,\"B\":0}]}\n");
-    const Ending ending = ask({"snapshot", "-"}, "wholeness", lightsText(5, "127.0.58.9"));
-    EXPECT_NE(ending.out.find("     17  #ffff00\n"), std::string::npos) << ending.out;
-}
-
 // What the library prints goes to standard error, or programs could not read the output.
 TEST(MirrorctlNoAnswer, theLibrarysTalkIsKeptApart) {
     const Ending palette = askPalette("silence");

@@ -19,9 +19,6 @@ static bool refuses(const char *function) {
 // How many frames have been sent since the run began.
 static int framesSent = 0;
 
-// How often the frames of a run have been asked for.
-static int captures = 0;
-
 // The screen is yellow. Refusing promptness, it is seen only after some frames have been sent.
 static bool isSeen() {
     return !refuses("promptness") || framesSent > 5;
@@ -46,16 +43,8 @@ int getDisplays(char *buffer, int bufferLength) {
     return 1;
 }
 
-// Refusing wholeness, the first frame is red, and the question for the second one has no answer.
-static bool isHalf() {
-    return refuses("wholeness") && captures < 2;
-}
-
 // A frame for panel 17.
 static const char *sentText() {
-    if (isHalf())
-        return "{\"numDevices\":1,\"devices\":[{\"ip\":\"127.0.58.9\",\"animData\":"
-               "\"1 17 1 255 0 0 0 5\"}]}";
     if (refuses("frame sense"))
         return "{\"numDevices\":1,\"devices\":[{\"animData\":\"1 17\"}]}";
     if (!isSeen())
@@ -79,8 +68,6 @@ int captureCurrentStreamFrames(void) {
         kill(getpid(), SIGINT);
         return -1;
     }
-    if (++captures == 2 && refuses("wholeness"))
-        return -1;
     if (!refuses("captureCurrentStreamFrames")) {
         ++framesSent;
         return 0;
@@ -94,8 +81,6 @@ int getPalette(char *buffer) {
     const char *palette = "{\"palette\":[{\"R\":0,\"G\":0,\"B\":0}]}";
     if (refuses("palette sense"))
         palette = "{\"palette\":[{\"R\":256,\"G\":0,\"B\":0}]}";
-    else if (isHalf())
-        palette = "{\"palette\":[{\"R\":255,\"G\":0,\"B\":0}]}";
     else if (isSeen())
         palette = "{\"palette\":[{\"R\":255,\"G\":255,\"B\":0}]}";
     std::strncpy(buffer, palette, 512);
