@@ -2,7 +2,7 @@
 
 build_packages="build-essential clang llvm libclang-rt-14-dev cmake ninja-build pkg-config
     libblocksruntime-dev rapidjson-dev libcli11-dev libcpp-httplib-dev libpng-dev libgtest-dev
-    libbenchmark-dev libxcb1-dev libxcb-randr0-dev libxcb-shm0-dev libxcb-damage0-dev
+    libcmark-dev libbenchmark-dev libxcb1-dev libxcb-randr0-dev libxcb-shm0-dev libxcb-damage0-dev
     libxcb-xfixes0-dev"
 screen_packages="xvfb x11-utils x11-xserver-utils"
 # server_packages: prints those of the X server that MIRROR_TEST_SERVER names for tests.

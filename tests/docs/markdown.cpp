@@ -2,46 +2,48 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cmark.h>
 #include <filesystem>
 #include <fstream>
-#include <regex>
+#include <memory>
 #include <sstream>
 
 namespace test {
 
 namespace {
 
+using Tree = std::unique_ptr<cmark_node, decltype(&cmark_node_free)>;
+using Walk = std::unique_ptr<cmark_iter, decltype(&cmark_iter_free)>;
+
+// Calls `use` with every node below this one and itself, in the order in which they are read.
+template <class Use> void forEachNode(cmark_node *root, Use use) {
+    const Walk walk(cmark_iter_new(root), cmark_iter_free);
+    for (cmark_event_type event; (event = cmark_iter_next(walk.get())) != CMARK_EVENT_DONE;)
+        if (event == CMARK_EVENT_ENTER)
+            use(cmark_iter_get_node(walk.get()));
+}
+
 // As code hosts derive it from a heading's text.
-std::string anchorOf(const std::string &heading) {
-    static const std::regex link(R"(\[([^\]]*)\]\([^)]*\))");
+std::string anchorOf(cmark_node *heading) {
     std::string anchor;
-    for (const char letter : std::regex_replace(heading, link, "$1")) {
-        const auto byte = static_cast<unsigned char>(letter);
-        if (std::isalnum(byte) || byte >= 0x80 || letter == '-' || letter == '_')
-            anchor += static_cast<char>(std::tolower(byte));
-        else if (letter == ' ')
-            anchor += '-';
-    }
+    forEachNode(heading, [&anchor](cmark_node *node) {
+        const char *text = cmark_node_get_literal(node);
+        for (const char letter : std::string(text == nullptr ? "" : text)) {
+            const auto byte = static_cast<unsigned char>(letter);
+            if (std::isalnum(byte) || byte >= 0x80 || letter == '-' || letter == '_')
+                anchor += static_cast<char>(std::tolower(byte));
+            else if (letter == ' ')
+                anchor += '-';
+        }
+    });
     return anchor;
 }
 
-void addAnchor(Page &page, const std::string &heading) {
+void addAnchor(Page &page, cmark_node *heading) {
     const std::string first = anchorOf(heading);
     std::string anchor = first;
     for (int number = 1; !page.anchors.insert(anchor).second; ++number)
         anchor = first + '-' + std::to_string(number);
-}
-
-void addLinks(Page &page, const std::string &line, int number) {
-    static const std::regex inlineCode("`[^`]*`");
-    static const std::regex link(R"((!?)\[[^\]]*\]\(([^)\s]+)[^)]*\))");
-    const std::string text = std::regex_replace(line, inlineCode, "");
-    for (std::sregex_iterator i(text.begin(), text.end(), link), end; i != end; ++i)
-        page.links.push_back({(*i)[2], number, (*i)[1].length() > 0});
-}
-
-bool isIndented(const std::string &line) {
-    return line.compare(0, 4, "    ") == 0;
 }
 
 } // namespace
@@ -49,33 +51,29 @@ bool isIndented(const std::string &line) {
 Page readPage(const std::string &path, const std::string &text) {
     Page page;
     page.path = path;
-    std::istringstream lines(text);
-    std::string line;
-    bool isFenced = false;
-    bool wasBlank = true;
-    bool wasCode = false;
-    for (int number = 1; std::getline(lines, line); ++number) {
-        const auto begin = line.find_first_not_of(' ');
-        if (begin != std::string::npos && line.compare(begin, 3, "```") == 0) {
-            isFenced = !isFenced;
-            if (isFenced)
-                page.code.push_back({"", line.substr(begin + 3), number + 1, true});
-            wasCode = false;
-        } else if (isFenced) {
-            page.code.back().text += line + '\n';
-        } else if (isIndented(line) && (wasBlank || wasCode)) {
-            if (!wasCode)
-                page.code.push_back({"", "", number, false});
-            page.code.back().text += line.substr(4) + '\n';
-            wasCode = true;
-        } else {
-            wasCode = false;
-            if (line.compare(0, 1, "#") == 0)
-                addAnchor(page, line.substr(std::min(line.find_first_not_of("# "), line.size())));
-            addLinks(page, line, number);
+    const Tree tree(cmark_parse_document(text.data(), text.size(), CMARK_OPT_DEFAULT),
+                    cmark_node_free);
+    forEachNode(tree.get(), [&page](cmark_node *node) {
+        const int line = cmark_node_get_start_line(node);
+        switch (cmark_node_get_type(node)) {
+        case CMARK_NODE_HEADING:
+            addAnchor(page, node);
+            break;
+        case CMARK_NODE_LINK:
+        case CMARK_NODE_IMAGE:
+            page.links.push_back(
+                {cmark_node_get_url(node), line, cmark_node_get_type(node) == CMARK_NODE_IMAGE});
+            break;
+        case CMARK_NODE_CODE_BLOCK: {
+            const std::string language = cmark_node_get_fence_info(node);
+            page.code.push_back(
+                {cmark_node_get_literal(node), language, language.empty() ? line : line + 1});
+            break;
         }
-        wasBlank = line.empty();
-    }
+        default:
+            break;
+        }
+    });
     return page;
 }
 

@@ -15,10 +15,9 @@ struct Link {
 
 // A block of code: fenced, with the language after the fence, or indented by four columns.
 struct CodeBlock {
-    std::string text; // every line ends in a line break; without the indentation
-    std::string language;
-    int line = 0; // of its first line of code
-    bool isFenced = false;
+    std::string text;     // every line ends in a line break; without the indentation
+    std::string language; // empty without a fence
+    int line = 0;         // of its first line of code
 };
 
 struct Page {

@@ -41,7 +41,7 @@ protected:
         int count = 0;
         for (const Page &page : test::pagesOf(TREE))
             for (const CodeBlock &block : page.code)
-                if (block.isFenced && block.language == language) {
+                if (block.language == language) {
                     use(block, test::place(page, block.line));
                     ++count;
                 }
@@ -55,7 +55,7 @@ protected:
 TEST_F(Snippets, AreInLanguagesThatATestReads) {
     for (const Page &page : test::pagesOf(TREE))
         for (const CodeBlock &block : page.code)
-            if (block.isFenced) {
+            if (!block.language.empty()) {
                 const bool isRead =
                     block.language == "c" || block.language == "json" || block.language == "sh" ||
                     (block.language == "cpp" && page.path == "docs/adding-a-mode.md");
@@ -155,7 +155,7 @@ TEST_F(Commands, Exist) {
     int count = 0;
     for (const Page &page : test::pagesOf(TREE))
         for (const CodeBlock &block : page.code)
-            if (!block.isFenced || block.language == "sh")
+            if (block.language.empty() || block.language == "sh")
                 forEachLine(block, [&](const std::string &line) {
                     EXPECT_EQ(faultOf(line), "") << test::place(page, block.line);
                     ++count;
