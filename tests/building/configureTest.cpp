@@ -11,9 +11,9 @@ const std::string libraryAlone = " -DMIRROR_TESTS=OFF -DMIRROR_BENCH=OFF -DMIRRO
 
 class Configure : public testing::Test {
 protected:
-    test::Output configure(const std::string &before, const std::string &after) const {
-        return test::outputOf(test::TreeCopy::plain + before + " " CMAKE " -S " SOURCE " -B " +
-                              build() + libraryAlone + after);
+    test::Ending configure(const std::string &before, const std::string &after) const {
+        return test::shell(test::TreeCopy::plain + before + " " CMAKE " -S " SOURCE " -B " +
+                           build() + libraryAlone + after);
     }
     std::string build() const { return folder.file("build"); }
 
@@ -34,33 +34,33 @@ protected:
 TEST_F(Configure, TakesClangWhereNoCompilerWasChosenAndNamesMissingPackages) {
     const std::string query = folder.write("dpkg-query", "#!/bin/sh\nexit 1\n");
     std::filesystem::permissions(query, std::filesystem::perms::owner_all);
-    const test::Output done = configure("CC= CXX= PATH=" + folder.file("") + ":\"$PATH\"", "");
-    ASSERT_EQ(done.status, 0) << done.text;
-    EXPECT_NE(done.text.find("The C compiler identification is Clang"), std::string::npos);
-    EXPECT_NE(done.text.find("The CXX compiler identification is Clang"), std::string::npos);
-    EXPECT_NE(done.text.find("apt-get install build-essential clang "), std::string::npos);
+    const test::Ending done = configure("CC= CXX= PATH=" + folder.file("") + ":\"$PATH\"", "");
+    ASSERT_EQ(done.status, 0) << done.out;
+    EXPECT_NE(done.out.find("The C compiler identification is Clang"), std::string::npos);
+    EXPECT_NE(done.out.find("The CXX compiler identification is Clang"), std::string::npos);
+    EXPECT_NE(done.out.find("apt-get install build-essential clang "), std::string::npos);
 }
 
 TEST_F(Configure, SaysWhatToTypeWhereTheChosenCompilerHasNoBlocks) {
-    const test::Output refused = configure("CC=gcc CXX=g++", "");
+    const test::Ending refused = configure("CC=gcc CXX=g++", "");
     EXPECT_NE(refused.status, 0);
-    EXPECT_NE(refused.text.find("g++ has no blocks"), std::string::npos) << refused.text;
-    const auto typed = refused.text.find("cmake --fresh ");
-    ASSERT_NE(typed, std::string::npos) << refused.text;
-    const test::Output done = test::outputOf(
-        "CC=gcc CXX=g++ " + refused.text.substr(typed, refused.text.find('\n', typed) - typed) +
+    EXPECT_NE(refused.out.find("g++ has no blocks"), std::string::npos) << refused.out;
+    const auto typed = refused.out.find("cmake --fresh ");
+    ASSERT_NE(typed, std::string::npos) << refused.out;
+    const test::Ending done = test::shell(
+        "CC=gcc CXX=g++ " + refused.out.substr(typed, refused.out.find('\n', typed) - typed) +
         libraryAlone);
-    EXPECT_EQ(done.status, 0) << done.text;
-    EXPECT_EQ(done.text.find("apt-get"), std::string::npos) << done.text;
+    EXPECT_EQ(done.status, 0) << done.out;
+    EXPECT_EQ(done.out.find("apt-get"), std::string::npos) << done.out;
 }
 
 TEST_F(Configure, NoBuildTypeSwitchesOffAssertionsOrFusesOperations) {
-    const test::Output done = configure(
+    const test::Ending done = configure(
         "",
         "-G 'Ninja Multi-Config' -DCMAKE_EXPORT_COMPILE_COMMANDS=ON -DCMAKE_CXX_COMPILER=clang++ "
         "-DCMAKE_C_COMPILER=clang "
         "'-DCMAKE_CONFIGURATION_TYPES=Debug;Release;RelWithDebInfo;MinSizeRel'");
-    ASSERT_EQ(done.status, 0) << done.text;
+    ASSERT_EQ(done.status, 0) << done.out;
     int switchedOff = 0;
     for (const std::string &command : commands()) {
         const auto off = command.find(" -DNDEBUG");
@@ -71,11 +71,11 @@ TEST_F(Configure, NoBuildTypeSwitchesOffAssertionsOrFusesOperations) {
     }
     EXPECT_GT(switchedOff, 50); // by CMake, in two of these types
     // It refuses to be compiled without them.
-    const test::Output made =
-        test::outputOf(CMAKE " --build " + build() +
-                       " --config RelWithDebInfo --target "
-                       "mirror/CMakeFiles/mirrorCore.dir/RelWithDebInfo/configuration.cpp.o");
-    EXPECT_EQ(made.status, 0) << made.text;
+    const test::Ending made =
+        test::shell(CMAKE " --build " + build() +
+                    " --config RelWithDebInfo --target "
+                    "mirror/CMakeFiles/mirrorCore.dir/RelWithDebInfo/configuration.cpp.o");
+    EXPECT_EQ(made.status, 0) << made.out;
 }
 
 } // namespace

@@ -9,19 +9,19 @@ class CopiedTree : public testing::TestWithParam<const char *> {};
 
 TEST_P(CopiedTree, IsToldToRemoveItsBuildFolder) {
     const test::TreeCopy copy;
-    const test::Output run = test::outputOf(
+    const test::Ending run = test::shell(
         "cd " + copy.at("tree") +
         " && mkdir -p build/release && "
         "echo CMAKE_CACHEFILE_DIR:INTERNAL=/nowhere/build/release >build/release/CMakeCache.txt && "
         "scripts/" +
         GetParam());
     EXPECT_EQ(run.status, 1);
-    EXPECT_NE(run.text.find("build/release was made for another place, /nowhere/build/release, and "
-                            "cannot be used here. Remove it and try again: rm -r " +
-                            copy.at("tree/build/release")),
+    EXPECT_NE(run.out.find("build/release was made for another place, /nowhere/build/release, and "
+                           "cannot be used here. Remove it and try again: rm -r " +
+                           copy.at("tree/build/release")),
               std::string::npos)
-        << run.text;
-    EXPECT_EQ(run.text.find("CMake Error"), std::string::npos) << run.text;
+        << run.out;
+    EXPECT_EQ(run.out.find("CMake Error"), std::string::npos) << run.out;
 }
 
 INSTANTIATE_TEST_SUITE_P(Scripts, CopiedTree, testing::Values("demo", "package"));

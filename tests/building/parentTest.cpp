@@ -10,7 +10,7 @@ namespace {
 // and one source after the other, since other tests run beside this one.
 TEST(Parent, BuildsTheLibraryAndKeepsItsOwnFlags) {
     const test::TreeCopy copy;
-    const test::Output made = test::outputOf(
+    const test::Ending made = test::shell(
         std::string(test::TreeCopy::plain) + "sh -c 'cp -R " PARENT " " + copy.at("parent") +
         " && " CMAKE " -S " + copy.at("parent") + " -B " + copy.at("build") +
         " -G \"Unix Makefiles\" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DSCREEN_MIRROR=" +
@@ -18,12 +18,12 @@ TEST(Parent, BuildsTheLibraryAndKeepsItsOwnFlags) {
         " -DCMAKE_CXX_COMPILER=clang++ -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="
         "\"-O0 -DNDEBUG\" && " CMAKE " --build " +
         copy.at("build") + "'");
-    ASSERT_EQ(made.status, 0) << made.text;
+    ASSERT_EQ(made.status, 0) << made.out;
 
     // Without a member that it needs, a document stops the process by assertion.
-    const test::Output run = test::outputOf("ulimit -c 0; " + copy.at("build/host") + "; exit $?");
-    EXPECT_NE(run.text.find("Assertion"), std::string::npos) << run.text;
-    EXPECT_EQ(run.status, 134) << run.text;
+    const test::Ending run = test::shell("ulimit -c 0; " + copy.at("build/host") + "; exit $?");
+    EXPECT_NE(run.out.find("Assertion"), std::string::npos) << run.out;
+    EXPECT_EQ(run.status, 134) << run.out;
 
     std::ifstream database(copy.path("build/compile_commands.json"));
     int own = 0;

@@ -1,7 +1,7 @@
 // A copy of the sources, in a folder whose name has spaces and umlauts.
 #pragma once
 
-#include "tests/support/shell.h"
+#include "tests/support/process.h"
 #include "tests/tools/panelwall/wallSetup.h"
 
 #include <string>

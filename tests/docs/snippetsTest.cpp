@@ -1,7 +1,7 @@
 // The documents' snippets: programs compile, configurations pass the check, commands exist, and
 // blocks of shell commands run.
 #include "tests/docs/markdown.h"
-#include "tests/support/shell.h"
+#include "tests/support/process.h"
 
 #include <filesystem>
 #include <fstream>
@@ -12,9 +12,9 @@
 
 namespace fs = std::filesystem;
 using test::CodeBlock;
-using test::Output;
-using test::outputOf;
+using test::Ending;
 using test::Page;
+using test::shell;
 
 namespace {
 
@@ -65,28 +65,27 @@ TEST_F(Snippets, AreInLanguagesThatATestReads) {
 
 TEST_F(Snippets, InCCompile) {
     forEachBlock("c", [&](const CodeBlock &block, const std::string &place) {
-        const Output output =
-            outputOf(CC " -std=gnu99 -Wall -Wextra -Werror -fsyntax-only -I " TREE " " +
-                     write("snippet.c", block.text));
-        EXPECT_EQ(output.status, 0) << place << '\n' << output.text;
+        const Ending output =
+            shell(CC " -std=gnu99 -Wall -Wextra -Werror -fsyntax-only -I " TREE " " +
+                  write("snippet.c", block.text));
+        EXPECT_EQ(output.status, 0) << place << '\n' << output.out;
     });
 }
 
 TEST_F(Snippets, InJsonAreConfigurations) {
     forEachBlock("json", [&](const CodeBlock &block, const std::string &place) {
-        const Output output = outputOf(BUILD "/mirrorctl check --screen 1920x1080 " +
-                                       write("config.json", block.text));
-        EXPECT_EQ(output.status, 0) << place << '\n' << output.text;
+        const Ending output =
+            shell(BUILD "/mirrorctl check --screen 1920x1080 " + write("config.json", block.text));
+        EXPECT_EQ(output.status, 0) << place << '\n' << output.out;
     });
 }
 
 TEST_F(Snippets, OfTheShellRunWithoutADesktop) {
     forEachBlock("sh", [&](const CodeBlock &block, const std::string &place) {
-        const Output output =
-            outputOf("cd " + folder.string() +
-                     "; unset DISPLAY XAUTHORITY; PATH=\"" BUILD ":$PATH\" sh -eu " +
-                     write("snippet.sh", block.text));
-        EXPECT_EQ(output.status, 0) << place << '\n' << output.text;
+        const Ending output = shell("cd " + folder.string() +
+                                    "; unset DISPLAY XAUTHORITY; PATH=\"" BUILD ":$PATH\" sh -eu " +
+                                    write("snippet.sh", block.text));
+        EXPECT_EQ(output.status, 0) << place << '\n' << output.out;
     });
 }
 
@@ -94,7 +93,7 @@ TEST_F(Snippets, OfTheShellRunWithoutADesktop) {
 TEST(Packages, OfTheBuildAreListed) {
     const std::string page = test::fileText(TREE "/docs/building.md");
     std::istringstream names(
-        outputOf("cd " TREE " && . scripts/packages.sh && echo $build_packages").text);
+        shell("cd " TREE " && . scripts/packages.sh && echo $build_packages").out);
     int count = 0;
     for (std::string name; names >> name; ++count)
         EXPECT_TRUE(std::regex_search(page, std::regex("[ |]" + name + "[ ,|]"))) << name;
@@ -135,7 +134,7 @@ protected:
     const std::string &helpOf(const std::string &program, const std::string &command) {
         std::string &help = known[program + ' ' + command];
         if (help.empty())
-            help = outputOf(BUILD "/" + program + ' ' + command + " --help").text;
+            help = shell(BUILD "/" + program + ' ' + command + " --help").out;
         return help;
     }
 

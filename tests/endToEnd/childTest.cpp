@@ -2,96 +2,25 @@
 #include "mirror/mirrorInterface.h"
 #include "tests/endToEnd/exitStatus.h"
 #include "tests/endToEnd/lightSetup.h"
+#include "tests/support/process.h"
 #include "tests/support/virtualScreen.h"
 
 #include <csignal>
 #include <cstdlib>
-#include <fcntl.h>
-#include <poll.h>
-#include <sys/wait.h>
 #include <unistd.h>
+
+using test::Process;
 
 namespace {
 
-// A child with its standard output at the other end of a pipe.
-class Child {
-public:
-    explicit Child(std::vector<std::string> command) {
-        int ends[2];
-        EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
-        std::vector<char *> arguments;
-        for (std::string &word : command)
-            arguments.push_back(word.data());
-        arguments.push_back(nullptr);
-        pid = fork();
-        if (pid == 0) {
-            dup2(ends[1], STDOUT_FILENO);
-            execv(arguments[0], arguments.data());
-            _exit(127);
-        }
-        close(ends[1]);
-        output = ends[0];
-    }
-    ~Child() {
-        if (pid > 0) {
-            ::kill(pid, SIGKILL);
-            waitpid(pid, nullptr, 0);
-        }
-        close(output);
-    }
-    Child(const Child &) = delete;
-    Child &operator=(const Child &) = delete;
-
-    // Reads until the output holds `text`; false when the child closes it first or takes too long.
-    bool says(const std::string &text) {
-        while (said.find(text) == std::string::npos)
-            if (!read())
-                return false;
-        return true;
-    }
-
-    // A fault goes to the main thread, as one of its own would: sent to the process, it may come to
-    // a thread of the stream that holds what the stop needs.
-    void signal(int number) const {
-        if (number == SIGSEGV || number == SIGBUS || number == SIGFPE)
-            tgkill(pid, pid, number);
-        else
-            ::kill(pid, number);
-    }
-
-    // Waits for the end. The exit status, or minus the signal that killed it: one that takes too
-    // long is killed.
-    int end() {
-        while (read()) {
-        }
-        if (silent)
-            ::kill(pid, SIGKILL);
-        int status = 0;
-        waitpid(pid, &status, 0);
-        pid = -1;
-        return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-    }
-
-    std::string said;
-
-private:
-    bool read() {
-        pollfd waiting{output, POLLIN, 0};
-        // The library's handler waits half a minute for what its thread may hold.
-        silent = poll(&waiting, 1, 60000) != 1;
-        if (silent)
-            return false;
-        char bytes[4096];
-        const ssize_t got = ::read(output, bytes, sizeof bytes);
-        if (got > 0)
-            said.append(bytes, static_cast<std::size_t>(got));
-        return got > 0;
-    }
-
-    pid_t pid = -1;
-    int output = -1;
-    bool silent = false; // for a minute
-};
+// A fault goes to the main thread, as one of its own would: sent to the process, it may come to a
+// thread of the stream that holds what the stop needs.
+void sendSignal(const Process &host, int number) {
+    if (number == SIGSEGV || number == SIGBUS || number == SIGFPE)
+        tgkill(host.pid(), host.pid(), number);
+    else
+        host.signal(number);
+}
 
 class ChildTest : public testing::Test {
 protected:
@@ -121,20 +50,20 @@ protected:
     // What such a host has said by its end.
     static std::string interruptInPaletteMode(const char *what, int round) {
         expectUnjoinedThreads();
-        Child host({SIGNALHOST, MIRROR_LIBRARY, inPaletteMode(), what});
-        EXPECT_TRUE(host.says("ready\n")) << host.said;
+        Process host({SIGNALHOST, MIRROR_LIBRARY, inPaletteMode(), what});
+        host.waitFor("ready\n");
         usleep(static_cast<useconds_t>(round * 7919)); // spreads the moments; nothing is awaited
-        host.signal(SIGINT);
-        EXPECT_EQ(host.end(), exitStatusOf(SIGINT)) << host.said;
-        return host.said;
+        sendSignal(host, SIGINT);
+        EXPECT_EQ(host.finish().status, exitStatusOf(SIGINT)) << host.out();
+        return host.out();
     }
 
     std::string config;
 };
 
 TEST_F(ChildTest, UnloadInMidRun) {
-    Child host({UNLOADHOST, MIRROR_LIBRARY, config, "20", "60221"});
-    EXPECT_EQ(host.end(), 0) << host.said;
+    Process host({UNLOADHOST, MIRROR_LIBRARY, config, "20", "60221"});
+    EXPECT_EQ(host.finish().status, 0) << host.out();
 }
 
 class SignalTest : public ChildTest, public testing::WithParamInterface<int> {
@@ -150,21 +79,21 @@ protected:
 };
 
 TEST_P(SignalTest, EndsTheRunAndExitsWithItsNumber) {
-    Child host({SIGNALHOST, MIRROR_LIBRARY, config, "wait"});
-    ASSERT_TRUE(host.says("ready\n")) << host.said;
-    host.signal(GetParam());
-    EXPECT_EQ(host.end(), exitStatusOf(GetParam()));
+    Process host({SIGNALHOST, MIRROR_LIBRARY, config, "wait"});
+    host.waitFor("ready\n");
+    sendSignal(host, GetParam());
+    EXPECT_EQ(host.finish().status, exitStatusOf(GetParam()));
     // The system may hand the signal to the mirroring thread, which cannot join itself.
-    EXPECT_TRUE(host.said == "ready\n" || host.said == "ready\nError stopping mirror\n")
-        << host.said;
+    EXPECT_TRUE(host.out() == "ready\n" || host.out() == "ready\nError stopping mirror\n")
+        << host.out();
 }
 
 TEST_P(SignalTest, StaysHandledAfterARun) {
-    Child host({SIGNALHOST, MIRROR_LIBRARY, config, "after"});
-    ASSERT_TRUE(host.says("ready\n")) << host.said;
-    host.signal(GetParam());
-    EXPECT_EQ(host.end(), exitStatusOf(GetParam()));
-    EXPECT_EQ(host.said, "ready\n");
+    Process host({SIGNALHOST, MIRROR_LIBRARY, config, "after"});
+    host.waitFor("ready\n");
+    sendSignal(host, GetParam());
+    EXPECT_EQ(host.finish().status, exitStatusOf(GetParam()));
+    EXPECT_EQ(host.out(), "ready\n");
 }
 
 INSTANTIATE_TEST_SUITE_P(All, SignalTest,
@@ -178,22 +107,22 @@ TEST_F(ChildTest, FaultOnTheMirroringThreadItself) {
 #if __has_feature(thread_sanitizer)
     GTEST_SKIP() << "the thread sanitizer knows no thread that tries to join itself";
 #endif
-    Child host({SIGNALHOST, MIRROR_LIBRARY, config, "fault"});
-    EXPECT_EQ(host.end(), exitStatusOf(SIGSEGV));
+    Process host({SIGNALHOST, MIRROR_LIBRARY, config, "fault"});
+    EXPECT_EQ(host.finish().status, exitStatusOf(SIGSEGV));
     // The thread cannot join itself, says so once, and the exit goes on.
     const std::string message = "Error stopping mirror\n";
-    const std::size_t at = host.said.find(message);
-    ASSERT_NE(at, std::string::npos) << host.said;
-    EXPECT_EQ(host.said.find(message, at + 1), std::string::npos) << host.said;
+    const std::size_t at = host.out().find(message);
+    ASSERT_NE(at, std::string::npos) << host.out();
+    EXPECT_EQ(host.out().find(message, at + 1), std::string::npos) << host.out();
 }
 
 TEST_F(ChildTest, FaultOnAStackWithoutRoomForAHandler) {
 #if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
     GTEST_SKIP() << "the sanitizers need more stack than the host gives";
 #endif
-    Child host({SIGNALHOST, MIRROR_LIBRARY, config, "overflow"});
-    EXPECT_EQ(host.end(), exitStatusOf(SIGSEGV));
-    EXPECT_EQ(host.said, "");
+    Process host({SIGNALHOST, MIRROR_LIBRARY, config, "overflow"});
+    EXPECT_EQ(host.finish().status, exitStatusOf(SIGSEGV));
+    EXPECT_EQ(host.out(), "");
 }
 
 // The signal may arrive while the host is inside a start, a stop or a configuration.
@@ -202,11 +131,11 @@ TEST_F(ChildTest, InterruptAtAnyMoment) {
     GTEST_SKIP() << "the thread sanitizer knows no join inside a join";
 #endif
     for (int round = 0; round < 20; ++round) {
-        Child host({SIGNALHOST, MIRROR_LIBRARY, config, "cycle"});
-        ASSERT_TRUE(host.says("ready\n")) << host.said;
+        Process host({SIGNALHOST, MIRROR_LIBRARY, config, "cycle"});
+        host.waitFor("ready\n");
         usleep(static_cast<useconds_t>(round * 7919)); // spreads the moments; nothing is awaited
-        host.signal(SIGINT);
-        ASSERT_EQ(host.end(), exitStatusOf(SIGINT)) << host.said;
+        sendSignal(host, SIGINT);
+        ASSERT_EQ(host.finish().status, exitStatusOf(SIGINT)) << host.out();
     }
 }
 
@@ -227,8 +156,8 @@ TEST_F(ChildTest, InterruptBeforeTheThreadIsMade) {
 #if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
     GTEST_SKIP() << "the sanitizers have a pthread_create of their own";
 #endif
-    Child host({SIGNALHOST, MIRROR_LIBRARY, config, "again"});
-    EXPECT_EQ(host.end(), exitStatusOf(SIGINT)) << host.said;
+    Process host({SIGNALHOST, MIRROR_LIBRARY, config, "again"});
+    EXPECT_EQ(host.finish().status, exitStatusOf(SIGINT)) << host.out();
 }
 
 // A thread that has not yet noted that it is the mirroring thread is spared until it has.
@@ -236,9 +165,9 @@ TEST_F(ChildTest, InterruptOnTheThreadThatIsJustMade) {
 #if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
     GTEST_SKIP() << "the sanitizers have a pthread_create of their own";
 #endif
-    Child host({SIGNALHOST, MIRROR_LIBRARY, config, "newborn"});
-    EXPECT_EQ(host.end(), exitStatusOf(SIGINT)) << host.said;
-    EXPECT_EQ(host.said, "Error stopping mirror\n"); // it cannot join itself
+    Process host({SIGNALHOST, MIRROR_LIBRARY, config, "newborn"});
+    EXPECT_EQ(host.finish().status, exitStatusOf(SIGINT)) << host.out();
+    EXPECT_EQ(host.out(), "Error stopping mirror\n"); // it cannot join itself
 }
 
 } // namespace

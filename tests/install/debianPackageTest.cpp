@@ -15,21 +15,21 @@ const std::string manual = "screen-mirror-doc";
 class DebianPackages : public testing::Test {
 protected:
     void SetUp() override {
-        const test::Output made =
-            test::outputOf("cd " BUILD " && " CPACK " -G DEB -B " + folder.file("made"));
-        ASSERT_EQ(made.status, 0) << made.text;
+        const test::Ending made =
+            test::shell("cd " BUILD " && " CPACK " -G DEB -B " + folder.file("made"));
+        ASSERT_EQ(made.status, 0) << made.out;
     }
 
     std::string package(const std::string &name) const {
         return folder.file("made/" + name + "_*.deb");
     }
     std::string field(const std::string &name, const std::string &field) const {
-        return test::outputOf("dpkg-deb -f " + package(name) + " " + field).text;
+        return test::shell("dpkg-deb -f " + package(name) + " " + field).out;
     }
     std::string unpacked(const std::string &name) const {
         const std::string root = folder.file(name);
-        const test::Output done = test::outputOf("dpkg-deb -x " + package(name) + " " + root);
-        EXPECT_EQ(done.status, 0) << done.text;
+        const test::Ending done = test::shell("dpkg-deb -x " + package(name) + " " + root);
+        EXPECT_EQ(done.status, 0) << done.out;
         return root;
     }
 
@@ -65,9 +65,9 @@ TEST_F(DebianPackages, HoldWhatIsInstalledAndAskForWhatTheyLoad) {
         const std::string root = unpacked(package);
         addFiles(held, root, package);
         EXPECT_EQ(field(package, "Version"), VERSION "-0.1\n");
-        EXPECT_EQ(test::outputOf("zgrep -c '(" VERSION "-0.1)' " + root + "/usr/share/doc/" +
-                                 package + "/changelog.Debian.gz")
-                      .text,
+        EXPECT_EQ(test::shell("zgrep -c '(" VERSION "-0.1)' " + root + "/usr/share/doc/" + package +
+                              "/changelog.Debian.gz")
+                      .out,
                   "1\n");
     }
     std::sort(held.begin(), held.end());
@@ -99,18 +99,18 @@ TEST_F(DebianPackages, HoldWhatIsInstalledAndAskForWhatTheyLoad) {
 
     const std::string run = "env -i LD_LIBRARY_PATH=" + folder.file(library) + "/usr/" LIBDIR " " +
                             folder.file(programs) + "/usr/bin/mirrorctl --help";
-    EXPECT_EQ(test::outputOf(run).status, 0) << run;
+    EXPECT_EQ(test::shell(run).status, 0) << run;
     // The loader knows the place.
     EXPECT_EQ(
-        test::outputOf("readelf -d " + folder.file(programs) + "/usr/bin/* | grep -c RUNPATH").text,
+        test::shell("readelf -d " + folder.file(programs) + "/usr/bin/* | grep -c RUNPATH").out,
         "0\n");
 }
 
 TEST_F(DebianPackages, PassDebiansOwnCheck) {
-    const test::Output checked =
-        test::outputOf("lintian --allow-root --fail-on error,warning " + folder.file("made/*.deb"));
-    EXPECT_EQ(checked.status, 0) << checked.text;
-    EXPECT_EQ(checked.text, "");
+    const test::Ending checked =
+        test::shell("lintian --allow-root --fail-on error,warning " + folder.file("made/*.deb"));
+    EXPECT_EQ(checked.status, 0) << checked.out;
+    EXPECT_EQ(checked.out, "");
 }
 
 } // namespace

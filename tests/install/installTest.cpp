@@ -16,9 +16,9 @@ protected:
         test::VirtualScreen screen(400, 300);
         screen.use();
         test::LightReceiver light(address, 60222);
-        const test::Output run = test::outputOf(host + " " + address + " 0");
-        EXPECT_EQ(run.status, 0) << run.text;
-        EXPECT_NE(run.text.find("palette: #000000\n"), std::string::npos) << run.text;
+        const test::Ending run = test::shell(host + " " + address + " 0");
+        EXPECT_EQ(run.status, 0) << run.out;
+        EXPECT_NE(run.out.find("palette: #000000\n"), std::string::npos) << run.out;
         EXPECT_TRUE(light.next());
     }
 
@@ -46,56 +46,53 @@ TEST_F(Install, PutsEachFileInItsUsualPlace) {
 }
 
 TEST_F(Install, NamesNoPlaceWhereItWasMade) {
-    const test::Output found =
-        test::outputOf("cd " + installed.at("") + " && grep -rIlF -e " BUILD " -e " SOURCE " -e " +
-                       installed.beside("first") + " .");
-    EXPECT_EQ(found.text, "");
+    const test::Ending found =
+        test::shell("cd " + installed.at("") + " && grep -rIlF -e " BUILD " -e " SOURCE " -e " +
+                    installed.beside("first") + " .");
+    EXPECT_EQ(found.out, "");
     for (const char *program : {"bin/mirrorctl", "bin/panelwall", LIBDIR "/libscreenMirrorMac.so"})
-        EXPECT_EQ(test::outputOf("readelf -d " + installed.at(program) + " | grep -F " BUILD).text,
-                  "")
+        EXPECT_EQ(test::shell("readelf -d " + installed.at(program) + " | grep -F " BUILD).out, "")
             << program;
 }
 
 TEST_F(Install, ProgramsFindTheLibraryAfterTheMove) {
-    const test::Output loaded =
-        test::outputOf("LD_TRACE_LOADED_OBJECTS=1 " + installed.at("bin/mirrorctl"));
-    EXPECT_NE(loaded.text.find("libscreenMirrorMac.so.1 => " + installed.at("bin/../" LIBDIR "/")),
+    const test::Ending loaded =
+        test::shell("LD_TRACE_LOADED_OBJECTS=1 " + installed.at("bin/mirrorctl"));
+    EXPECT_NE(loaded.out.find("libscreenMirrorMac.so.1 => " + installed.at("bin/../" LIBDIR "/")),
               std::string::npos)
-        << loaded.text;
+        << loaded.out;
     test::VirtualScreen screen(400, 300);
     screen.use();
-    const test::Output displays =
-        test::outputOf(installed.at("bin/mirrorctl") + " displays --json");
+    const test::Ending displays = test::shell(installed.at("bin/mirrorctl") + " displays --json");
     EXPECT_EQ(displays.status, 0);
-    EXPECT_NE(displays.text.find("\"width\":400,\"height\":300"), std::string::npos)
-        << displays.text;
-    EXPECT_EQ(test::outputOf(installed.at("bin/panelwall") + " --help").status, 0);
+    EXPECT_NE(displays.out.find("\"width\":400,\"height\":300"), std::string::npos) << displays.out;
+    EXPECT_EQ(test::shell(installed.at("bin/panelwall") + " --help").status, 0);
 }
 
 TEST_F(Install, AHostFindsThePackageWithCMake) {
     const std::string build = installed.beside("consumer");
-    const test::Output made = test::outputOf(
+    const test::Ending made = test::shell(
         "cp -R " CONSUMER " " + installed.beside("source") + " && " CMAKE " -S " +
         installed.beside("source") + " -B " + build + " -DCMAKE_PREFIX_PATH=" + installed.at("") +
         " -DEXAMPLES=" + installed.examples() + " && " CMAKE " --build " + build);
-    ASSERT_EQ(made.status, 0) << made.text;
+    ASSERT_EQ(made.status, 0) << made.out;
     expectMirrors(build + "/host", "127.0.77.1");
 }
 
 TEST_F(Install, AHostIsBuiltWithPkgConfigAndACCompilerAlone) {
     const std::string host = installed.beside("host");
-    const test::Output made = test::outputOf("cc -Wall -Wextra -Werror " + installed.examples() +
-                                             "/c/mirrorScreen.c -o " + host + " " + flags());
-    ASSERT_EQ(made.status, 0) << made.text;
+    const test::Ending made = test::shell("cc -Wall -Wextra -Werror " + installed.examples() +
+                                          "/c/mirrorScreen.c -o " + host + " " + flags());
+    ASSERT_EQ(made.status, 0) << made.out;
     expectMirrors(host, "127.0.77.2");
 }
 
 TEST_F(Install, AHostInCxxIsBuiltWithTheSystemsCompiler) {
     const std::string host = installed.beside("host");
-    const test::Output made =
-        test::outputOf("c++ -std=c++17 -Wall -Wextra -Werror " + installed.examples() +
-                       "/cpp/mirrorScreen.cpp -o " + host + " " + flags());
-    ASSERT_EQ(made.status, 0) << made.text;
+    const test::Ending made =
+        test::shell("c++ -std=c++17 -Wall -Wextra -Werror " + installed.examples() +
+                    "/cpp/mirrorScreen.cpp -o " + host + " " + flags());
+    ASSERT_EQ(made.status, 0) << made.out;
     expectMirrors(host, "127.0.77.3");
 }
 

@@ -17,10 +17,10 @@ std::vector<std::string> filesBelow(const std::string &folder) {
 }
 
 Installed::Installed() {
-    const Output result = outputOf(CMAKE " --install " BUILD " --prefix " + folder.file("first") +
-                                   " && mv " + folder.file("first") + " " + folder.file("moved"));
+    const Ending result = shell(CMAKE " --install " BUILD " --prefix " + folder.file("first") +
+                                " && mv " + folder.file("first") + " " + folder.file("moved"));
     if (result.status != 0)
-        throw std::runtime_error(result.text);
+        throw std::runtime_error(result.out);
 }
 
 } // namespace test

@@ -1,7 +1,7 @@
 // An installation in a folder of its own, moved after it was made.
 #pragma once
 
-#include "tests/support/shell.h"
+#include "tests/support/process.h"
 #include "tests/tools/panelwall/wallSetup.h"
 
 #include <string>

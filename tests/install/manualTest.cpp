@@ -8,7 +8,7 @@
 
 namespace {
 
-using test::outputOf;
+using test::shell;
 
 // The documents that a text names and that are not in the folder.
 std::string missing(const std::string &text, const std::string &folder) {
@@ -40,15 +40,15 @@ TEST(InstalledManual, HasEveryDocumentThatProgramsAndTheHeaderName) {
     const std::string mirrorctl = installed.at("bin/mirrorctl");
     std::string texts = test::fileText(installed.at("include/mirror/mirrorInterface.h"));
     for (const char *page : {"mirrorctl.1", "panelwall.1"})
-        texts += outputOf("mandoc -T utf8 " + installed.at("share/man/man1/") + page +
-                          " | sed 's/.\b//g'")
-                     .text;
-    texts += outputOf(installed.at("bin/panelwall") + " --help").text;
-    texts += outputOf(mirrorctl +
-                      " --help; for command in displays layout check run palette snapshot "
-                      "doctor; do " +
-                      mirrorctl + " $command --help; done")
-                 .text;
+        texts +=
+            shell("mandoc -T utf8 " + installed.at("share/man/man1/") + page + " | sed 's/.\b//g'")
+                .out;
+    texts += shell(installed.at("bin/panelwall") + " --help").out;
+    texts += shell(mirrorctl +
+                   " --help; for command in displays layout check run palette snapshot "
+                   "doctor; do " +
+                   mirrorctl + " $command --help; done")
+                 .out;
     EXPECT_NE(texts.find("docs/recordings.md"), std::string::npos);
     EXPECT_EQ(missing(texts, installed.manual()), "");
     EXPECT_EQ(missing("see docs/nothing.md", installed.manual()), "docs/nothing.md\n");

@@ -5,18 +5,13 @@
 #include <algorithm>
 #include <bit>
 #include <cerrno>
-#include <chrono>
 #include <csignal>
 #include <cstddef>
 #include <cstdlib>
 #include <cstring>
-#include <fcntl.h>
-#include <poll.h>
 #include <stdexcept>
-#include <sys/prctl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
-#include <sys/wait.h>
 #include <unistd.h>
 #include <xcb/xcb.h>
 
@@ -24,128 +19,8 @@ namespace test {
 
 namespace {
 
-using Clock = std::chrono::steady_clock;
-
-constexpr auto patience = std::chrono::seconds(30);
-
 std::runtime_error systemFailure(const std::string &what) {
     return std::runtime_error(what + ": " + std::strerror(errno));
-}
-
-int millisecondsUntil(Clock::time_point deadline) {
-    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
-    return static_cast<int>(std::max<long long>(0, left.count()));
-}
-
-class Pipe {
-public:
-    Pipe() {
-        if (pipe2(ends, O_CLOEXEC) != 0)
-            throw systemFailure("pipe");
-    }
-    ~Pipe() {
-        closeEnd(0);
-        closeEnd(1);
-    }
-    Pipe(const Pipe &) = delete;
-    Pipe &operator=(const Pipe &) = delete;
-
-    int readEnd() const { return ends[0]; }
-    int writeEnd() const { return ends[1]; }
-    void closeWriteEnd() { closeEnd(1); }
-
-private:
-    void closeEnd(int which) {
-        if (ends[which] >= 0)
-            close(ends[which]);
-        ends[which] = -1;
-    }
-
-    int ends[2] = {-1, -1};
-};
-
-std::vector<char *> pointersTo(std::vector<std::string> &texts) {
-    std::vector<char *> pointers;
-    for (std::string &text : texts)
-        pointers.push_back(text.data());
-    pointers.push_back(nullptr);
-    return pointers;
-}
-
-std::vector<std::string> environmentWithDisplay(const std::string &display) {
-    std::vector<std::string> variables;
-    for (char **variable = environ; *variable != nullptr; ++variable)
-        if (std::strncmp(*variable, "DISPLAY=", 8) != 0)
-            variables.emplace_back(*variable);
-    if (!display.empty())
-        variables.push_back("DISPLAY=" + display);
-    return variables;
-}
-
-// Starts a program whose life is bound to the calling thread's. `output` becomes descriptor 3 and,
-// with `captureText`, standard output and error as well; otherwise both are thrown away.
-pid_t spawn(std::vector<std::string> command, const std::string &display, int output,
-            bool captureText) {
-    std::vector<std::string> variables = environmentWithDisplay(display);
-    const std::vector<char *> arguments = pointersTo(command);
-    const std::vector<char *> environment = pointersTo(variables);
-    const pid_t parent = getpid();
-    const pid_t child = fork();
-    if (child < 0)
-        throw systemFailure("fork");
-    if (child > 0)
-        return child;
-
-    prctl(PR_SET_PDEATHSIG, SIGKILL);
-    if (getppid() != parent)
-        _exit(127);
-    sigset_t none;
-    sigemptyset(&none);
-    sigprocmask(SIG_SETMASK, &none, nullptr);
-    signal(SIGPIPE, SIG_DFL);
-    const int nothing = open("/dev/null", O_RDWR | O_CLOEXEC);
-    const int text = captureText ? output : nothing;
-    dup2(nothing, STDIN_FILENO);
-    dup2(text, STDOUT_FILENO);
-    dup2(text, STDERR_FILENO);
-    if (output == 3)
-        fcntl(3, F_SETFD, 0);
-    else
-        dup2(output, 3);
-    execvpe(arguments[0], arguments.data(), environment.data());
-    _exit(127);
-}
-
-// Reads until the text holds a line (`oneLine`) or ends; false when the deadline passed first.
-bool readText(int fd, std::string &text, bool oneLine, Clock::time_point deadline) {
-    for (;;) {
-        pollfd waiting{fd, POLLIN, 0};
-        const int ready = poll(&waiting, 1, millisecondsUntil(deadline));
-        if (ready < 0 && errno == EINTR)
-            continue;
-        if (ready <= 0)
-            return false;
-        char bytes[4096];
-        const ssize_t got = read(fd, bytes, sizeof bytes);
-        if (got <= 0)
-            return true;
-        text.append(bytes, static_cast<std::size_t>(got));
-        if (oneLine && text.find('\n') != std::string::npos)
-            return true;
-    }
-}
-
-// Waits for a child's end without taking it off the process table; false on the deadline.
-bool waitForEnd(pid_t child, Clock::time_point deadline) {
-    while (Clock::now() < deadline) {
-        siginfo_t info{};
-        if (waitid(P_PID, static_cast<id_t>(child), &info, WEXITED | WNOWAIT | WNOHANG) != 0)
-            return true;
-        if (info.si_pid == child)
-            return true;
-        poll(nullptr, 0, 5);
-    }
-    return false;
 }
 
 // Binds a socket to a display number that no other test's screen has, above those that a server
@@ -237,15 +112,10 @@ void VirtualScreen::restart() {
     const ServerWish wish{width, height, depth, extraArguments};
     std::vector<std::string> command = serverCommand(kind, wish);
     command.insert(command.begin() + 1, name);
-
-    const auto deadline = Clock::now() + patience;
-    Pipe pipe;
-    server = spawn(command, "", pipe.writeEnd(), false);
-    pipe.closeWriteEnd();
-    std::string ready;
-    readText(pipe.readEnd(), ready, true, deadline);
-    if (ready.find('\n') == std::string::npos)
-        throw std::runtime_error(command.at(0) + " did not come up");
+    // The server says on standard output when it is ready; what else it says is of no interest.
+    command.insert(command.begin(), {"/bin/sh", "-c", "exec \"$@\" 2>/dev/null", "sh"});
+    server.emplace(command);
+    server->waitFor("\n");
     for (const std::vector<std::string> &size : commandsForSize(kind, wish))
         run(size);
 
@@ -261,13 +131,15 @@ void VirtualScreen::restart() {
 
 VirtualScreen::~VirtualScreen() {
     disconnect();
-    if (server > 0) {
-        ::kill(server, SIGCONT);
-        ::kill(server, SIGTERM);
-        if (waitForEnd(server, Clock::now() + std::chrono::seconds(5)))
-            waitpid(server, nullptr, 0);
-        else
+    if (server) {
+        // In order, so that it takes its files away.
+        server->signal(SIGCONT);
+        server->signal(SIGTERM);
+        try {
+            server->finish();
+        } catch (const std::runtime_error &) {
             kill();
+        }
     }
     close(reservation);
 }
@@ -280,11 +152,9 @@ void VirtualScreen::disconnect() {
 
 void VirtualScreen::kill() {
     disconnect();
-    if (server <= 0)
+    if (!server)
         return;
-    ::kill(server, SIGKILL);
-    waitpid(server, nullptr, 0);
-    server = -1;
+    server.reset();
     // A killed server leaves its file behind.
     unlink(("/tmp/.X11-unix/X" + name.substr(1)).c_str());
 }
@@ -357,22 +227,11 @@ std::string VirtualScreen::mode() const {
 }
 
 std::string VirtualScreen::run(const std::vector<std::string> &command) const {
-    Pipe pipe;
-    const auto deadline = Clock::now() + patience;
-    const pid_t child = spawn(command, name, pipe.writeEnd(), true);
-    pipe.closeWriteEnd();
-    std::string text;
-    const bool ended =
-        readText(pipe.readEnd(), text, false, deadline) && waitForEnd(child, deadline);
-    if (!ended)
-        ::kill(child, SIGKILL);
-    int status = 0;
-    waitpid(child, &status, 0);
-    if (!ended)
-        throw std::runtime_error(command.at(0) + " did not end: " + text);
-    if (!WIFEXITED(status) || WEXITSTATUS(status) != 0)
-        throw std::runtime_error(command.at(0) + " failed: " + text);
-    return text;
+    Process program(command, {.variables = {{"DISPLAY", name}}});
+    const Ending ending = program.finish();
+    if (ending.status != 0)
+        throw std::runtime_error(command.at(0) + " failed: " + ending.out + ending.err);
+    return ending.out;
 }
 
 } // namespace test

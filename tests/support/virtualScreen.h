@@ -1,9 +1,11 @@
 // A private X server for one test on a display number of its own, and a brush.
 #pragma once
 
+#include "tests/support/process.h"
+
 #include <cstdint>
+#include <optional>
 #include <string>
-#include <sys/types.h>
 #include <vector>
 
 struct xcb_connection_t;
@@ -24,7 +26,7 @@ public:
 
     // The server's name for clients, such as ":7".
     const std::string &display() const { return name; }
-    pid_t pid() const { return server; }
+    pid_t pid() const { return server ? server->pid() : -1; }
 
     // Sets DISPLAY of this process to the server.
     void use() const;
@@ -59,7 +61,7 @@ public:
 private:
     std::vector<std::string> extraArguments;
     std::string name;
-    pid_t server = -1;
+    std::optional<Process> server;
     int reservation = -1;
     xcb_connection_t *connection = nullptr;
     std::uint32_t root = 0;

@@ -83,7 +83,7 @@ std::vector<std::string> serverCommand(ServerKind kind, const ServerWish &wish) 
         command = {"Xvfb", "-screen", "0", bySize(wish) + "x" + std::to_string(wish.depth)};
     else
         command = kind == ServerKind::xvnc ? xvnc(wish) : xorg(wish);
-    for (const char *word : {"-displayfd", "3", "-nolisten", "tcp", "-noreset"})
+    for (const char *word : {"-displayfd", "1", "-nolisten", "tcp", "-noreset"})
         command.emplace_back(word);
     command.insert(command.end(), wish.extraArguments.begin(), wish.extraArguments.end());
     return command;

@@ -1,5 +1,5 @@
 // The manual pages and the completions against what the programs say of themselves.
-#include "tests/support/shell.h"
+#include "tests/support/process.h"
 
 #include <fstream>
 #include <gtest/gtest.h>
@@ -8,8 +8,8 @@
 #include <set>
 #include <sstream>
 
-using test::Output;
-using test::outputOf;
+using test::Ending;
+using test::shell;
 
 namespace {
 
@@ -41,12 +41,12 @@ std::string block(const std::string &text, const std::string &from) {
 // The long options of a program, or of one of its commands.
 Words optionsOf(const std::string &program) {
     static const std::regex option("\n  (?:-\\w,)?(--[a-z-]+)");
-    return matches(block(outputOf(program + " --help").text, "Options:"), option);
+    return matches(block(shell(program + " --help").out, "Options:"), option);
 }
 
 Words commandsOf(const std::string &program) {
     static const std::regex command("\n  ([a-z]+) ");
-    return matches(block(outputOf(program + " --help").text, "Subcommands:"), command);
+    return matches(block(shell(program + " --help").out, "Subcommands:"), command);
 }
 
 // A manual page's source, with its hyphens as they are printed.
@@ -69,11 +69,11 @@ std::string section(const std::string &source, const std::string &head) {
 
 // What bash offers to complete the words' last one.
 Words offeredByBash(const std::string &program, const std::string &words) {
-    std::istringstream list(outputOf("bash --norc -c 'source " COMPLETIONS + program +
-                                     ".bash; COMP_WORDS=(" + words +
-                                     "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _" + program +
-                                     "; printf \"%s\\n\" \"${COMPREPLY[@]}\"'")
-                                .text);
+    std::istringstream list(shell("bash --norc -c 'source " COMPLETIONS + program +
+                                  ".bash; COMP_WORDS=(" + words +
+                                  "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _" + program +
+                                  "; printf \"%s\\n\" \"${COMPREPLY[@]}\"'")
+                                .out);
     Words offered;
     for (std::string line; std::getline(list, line);)
         if (!line.empty())
@@ -85,11 +85,11 @@ Words offeredByBash(const std::string &program, const std::string &words) {
 // print what they are given.
 Words offeredByZsh(const std::string &program, const std::string &words, int current) {
     const std::string text =
-        outputOf("zsh -fc '_arguments() { print -rl -- \"$@\" }; _describe() { print -rl -- "
-                 "\"describe ${(@P)2}\" }; _files() { }; words=(" +
-                 words + "); CURRENT=" + std::to_string(current) + "; source " COMPLETIONS "_" +
-                 program + "'")
-            .text;
+        shell("zsh -fc '_arguments() { print -rl -- \"$@\" }; _describe() { print -rl -- "
+              "\"describe ${(@P)2}\" }; _files() { }; words=(" +
+              words + "); CURRENT=" + std::to_string(current) + "; source " COMPLETIONS "_" +
+              program + "'")
+            .out;
     return matches("\n" + text, std::regex("\n(?:\\([^\n)]*\\))?(--[a-z-]+)\\["));
 }
 
@@ -97,9 +97,9 @@ Words offeredByZsh(const std::string &program, const std::string &words, int cur
 
 TEST(Manual, isSetWithoutComplaint) {
     for (const char *name : {"mirrorctl.1", "panelwall.1"}) {
-        const Output lint = outputOf("mandoc -T lint " MANUALS + std::string(name));
-        EXPECT_EQ(lint.status, 0) << lint.text;
-        EXPECT_EQ(lint.text, "");
+        const Ending lint = shell("mandoc -T lint " MANUALS + std::string(name));
+        EXPECT_EQ(lint.status, 0) << lint.out;
+        EXPECT_EQ(lint.out, "");
     }
 }
 
@@ -122,7 +122,7 @@ TEST(Manual, hasEveryOptionOfEveryCommandAndNoOther) {
 
 TEST(Manual, hasEveryExitStatus) {
     const auto told = [](const std::string &program) {
-        const std::string text = outputOf(program + " --help").text;
+        const std::string text = shell(program + " --help").out;
         return matches(text.substr(text.find("Exit status")), std::regex("\n +([0-9]+)  "));
     };
     const auto listed = [](const std::string &name) {

@@ -1,5 +1,5 @@
 // mirrorctl doctor on X servers that capture is refused on, or dear, or that cannot be asked.
-#include "tests/support/shell.h"
+#include "tests/support/process.h"
 #include "tests/support/virtualScreen.h"
 #include "tests/tools/mirrorctl/plainProxy.h"
 #include "tests/tools/mirrorctl/program.h"
@@ -127,9 +127,9 @@ TEST(MirrorctlDoctorServers, knowsUntrustedConnections) {
     const VirtualScreen screen(640, 480);
     const KeyFiles keys;
     const std::string file = keys.path("untrusted");
-    const auto made = test::outputOf("DISPLAY=" + screen.display() + " xauth -f " + file +
-                                     " generate " + screen.display() + " . untrusted");
-    ASSERT_EQ(made.status, 0) << made.text;
+    const auto made = test::shell("DISPLAY=" + screen.display() + " xauth -f " + file +
+                                  " generate " + screen.display() + " . untrusted");
+    ASSERT_EQ(made.status, 0) << made.out;
     const Ending ending = doctorOn(screen.display(), {{"XAUTHORITY", file}});
     expectWords(ending, 77,
                 {"bad     screen: the X server does not trust this connection",

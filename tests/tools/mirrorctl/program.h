@@ -1,19 +1,14 @@
 // mirrorctl as a child process, with its output caught.
 #pragma once
 
+#include "tests/support/process.h"
+
 #include <map>
 #include <string>
 #include <sys/types.h>
 #include <vector>
 
 namespace test {
-
-// How a program ended, and all that it printed.
-struct Ending {
-    int status = -1; // exit status, or minus the number of the signal that ended it
-    std::string out;
-    std::string err;
-};
 
 class Program {
 public:
