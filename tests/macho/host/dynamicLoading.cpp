@@ -1,7 +1,8 @@
 // dlopen and its family for hosts that open the library themselves. The linker puts these in the
 // place of the C library's (--wrap), so that the hosts' sources stay as they are. What is not a
 // dylib is left to the C library.
-#include "tests/macho/host/hostedLibrary.h"
+#include "tests/macho/host/x11Imports.h"
+#include "tests/macho/loader/image.h"
 
 #include <dlfcn.h>
 #include <set>
@@ -26,7 +27,7 @@ std::string error; // of the last attempt to open a dylib; empty when it succeed
 } // namespace
 
 void *__wrap_dlopen(const char *path, int mode) {
-    if (!std::string(path).ends_with(".dylib"))
+    if (!std::string(path).ends_with(".dylib.so"))
         return __real_dlopen(path, mode);
     error.clear();
     try {

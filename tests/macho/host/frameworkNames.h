@@ -1,13 +1,10 @@
-// Where the frameworks are installed on macOS.
+// The frameworks, as LLVM's objdump calls them.
 #pragma once
 
 namespace macho {
 
-inline constexpr char coreGraphics[] =
-    "/System/Library/Frameworks/CoreGraphics.framework/Versions/A/CoreGraphics";
-inline constexpr char coreFoundation[] =
-    "/System/Library/Frameworks/CoreFoundation.framework/Versions/A/CoreFoundation";
-inline constexpr char ioSurface[] =
-    "/System/Library/Frameworks/IOSurface.framework/Versions/A/IOSurface";
+inline constexpr char coreGraphics[] = "CoreGraphics";
+inline constexpr char coreFoundation[] = "CoreFoundation";
+inline constexpr char ioSurface[] = "IOSurface";
 
 } // namespace macho

@@ -1,7 +1,8 @@
 // The eight functions of the C interface, over the dylib in the loader: linked into a program in
 // the place of the library.
 #include "mirror/mirrorInterface.h"
-#include "tests/macho/host/hostedLibrary.h"
+#include "tests/macho/host/x11Imports.h"
+#include "tests/macho/loader/image.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,41 +1,52 @@
 #include "tests/macho/loader/image.h"
-#include "tests/macho/loader/fixups.h"
 
-#include <atomic>
+#include <cstdint>
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
+#include <dlfcn.h>
+#include <sys/mman.h>
 
 namespace macho {
 
 namespace {
 
+// Rows of the tables that `convert` writes. Each table ends with a row of zeros.
+struct Bind {
+    std::uintptr_t *place;
+    const char *library;
+    const char *symbol; // with its leading underscore
+    std::uint64_t addend;
+};
+
+using Initialiser = void (*)(int, const char **, const char **, const char **);
+
+struct Segment {
+    std::byte *start;
+    std::size_t size;
+    std::uint64_t protection;
+};
+
 // Signal handlers look images up, and may interrupt a thread that does: so there is no lock.
 constinit std::atomic<Image *> newestImage{nullptr};
 
-std::vector<std::uint8_t> contentOf(const std::string &path) {
-    std::ifstream stream(path, std::ios::binary);
-    if (!stream)
-        throw LoadError("the file cannot be opened");
-    return {std::istreambuf_iterator<char>(stream), std::istreambuf_iterator<char>()};
-}
-
-std::string fileNameOf(const std::string &path) {
-    return path.substr(path.find_last_of('/') + 1);
-}
-
 } // namespace
 
-Image::Image(const std::string &path, const Imports &imports) {
+Image::Image(const std::string &path, const Imports &imports) : unloadChecks(imports.unloadChecks) {
+    // Not dlopen(), which may be the tests' own here and call this.
+    const auto open = [&path](int mode) { return dlmopen(LM_ID_BASE, path.c_str(), mode); };
+    if (void *loaded = open(RTLD_NOW | RTLD_NOLOAD)) {
+        dlclose(loaded);
+        throw LoadError(path + ": it is loaded already");
+    }
+    library = open(RTLD_NOW | RTLD_LOCAL);
+    if (library == nullptr)
+        throw LoadError(dlerror());
     try {
-        bytes = contentOf(path);
-        file = readImageFile(bytes);
-        mapping.emplace(file, fileNameOf(path));
-        load(imports);
+        bindAll(imports);
+        protect();
     } catch (const LoadError &error) {
+        dlclose(library);
         throw LoadError(path + ": " + error.what());
     }
-    unloadChecks = imports.unloadChecks;
     [[maybe_unused]] static const int once = std::atexit([] {
         for (Image *image = newestImage; image != nullptr; image = image->older)
             image->runAtExitEntries();
@@ -49,80 +60,59 @@ Image::~Image() {
     runAtExitEntries();
     for (const auto &check : unloadChecks)
         check(*this);
-    if (newestImage == this) {
+    if (newestImage == this)
         newestImage = older.load();
-        return;
-    }
     for (Image *image = newestImage; image != nullptr; image = image->older)
         if (image->older == this)
             image->older = older.load();
+    dlclose(library);
 }
 
-void Image::load(const Imports &imports) {
-    exports = exportsOf(file);
-    for (const std::uint64_t address : rebasesOf(file))
-        mapping->store(address, mapping->load<std::uint64_t>(address) +
-                                    reinterpret_cast<std::uintptr_t>(mapping->start()));
-    bindAll(imports);
-    threadLocals.emplace(file, *mapping);
-    frames.emplace(file, *mapping);
-    findInitialisers();
-    mapping->protect(file);
+template <class Row> const Row *Image::table(const char *name) const {
+    const auto *rows = static_cast<const Row *>(dlsym(library, name));
+    if (rows == nullptr)
+        throw LoadError(std::string("it has no table ") + name);
+    return rows;
 }
 
-void Image::bindAll(const Imports &imports) {
+void Image::bindAll(const Imports &imports) const {
     std::string missing;
-    for (const Bind &bind : bindsOf(file)) {
-        const void *target = nullptr;
-        for (const std::string &library : bind.libraries)
-            if (target == nullptr)
-                target =
-                    library.empty() ? exported(bind.symbol) : imports.find(library, bind.symbol);
-        if (target == nullptr && !bind.mayBeMissing)
-            missing += "\n  " + bind.symbol + " from " +
-                       (bind.libraries.front().empty() ? "anywhere" : bind.libraries.front());
-        const auto value = reinterpret_cast<std::uintptr_t>(target);
-        mapping->store<std::uint64_t>(
-            bind.address, target == nullptr ? 0 : value + static_cast<std::uint64_t>(bind.addend));
+    for (const auto *bind = table<Bind>("machoBinds"); bind->place != nullptr; ++bind) {
+        const void *target = imports.find(bind->library, bind->symbol);
+        if (target == nullptr)
+            missing += std::string("\n  ") + bind->symbol + " from " + bind->library;
+        *bind->place = reinterpret_cast<std::uintptr_t>(target) + bind->addend;
     }
     if (!missing.empty())
         throw LoadError("nothing here stands for these imports:" + missing);
 }
 
-void Image::findInitialisers() {
-    for (const Section &section : file.sectionsOfType(sectionInitialisers))
-        for (std::uint64_t at = 0; at + sizeof(void *) <= section.size; at += sizeof(void *))
-            initialisers.push_back(mapping->load<void *>(section.address + at));
-    for (const Section &section : file.sectionsOfType(sectionInitialiserOffsets))
-        for (std::uint64_t at = 0; at + sizeof(std::uint32_t) <= section.size;
-             at += sizeof(std::uint32_t))
-            initialisers.push_back(
-                mapping->at<void>(mapping->load<std::uint32_t>(section.address + at)));
-    for (const void *initialiser : initialisers)
-        if (!contains(initialiser))
-            throw LoadError("an initialiser lies outside the image");
+// Gives each segment the protection that it has on macOS; so far all could be written.
+void Image::protect() {
+    const auto *segment = table<Segment>("machoSegments");
+    start = segment->start;
+    for (; segment->start != nullptr; ++segment) {
+        end = segment->start + segment->size;
+        if (mprotect(segment->start, segment->size, static_cast<int>(segment->protection)) != 0)
+            throw LoadError("its memory cannot be protected");
+    }
 }
 
 // As the system's loader does it, each with a program's arguments: here there are none.
-void Image::initialise() noexcept {
-    using Initialiser = void (*)(int, const char **, const char **, const char **);
+void Image::initialise() const noexcept {
     const char *nothing[] = {nullptr};
-    for (void *initialiser : initialisers)
-        reinterpret_cast<Initialiser>(initialiser)(0, nothing, nothing, nothing);
+    for (const auto *initialiser = table<Initialiser *>("machoInitialisers");
+         *initialiser != nullptr; ++initialiser)
+        (**initialiser)(0, nothing, nothing, nothing);
 }
 
 void *Image::symbol(const std::string &name) const {
-    return exported("_" + name);
-}
-
-void *Image::exported(const std::string &symbol) const {
-    const auto found = exports.find(symbol);
-    return found == exports.end() ? nullptr : mapping->at<void>(found->second);
+    return dlsym(library, ("_" + name).c_str());
 }
 
 Image *Image::withHeader(const void *header) {
     Image *image = around(header);
-    return image != nullptr && image->mapping->start() == header ? image : nullptr;
+    return image != nullptr && image->start == header ? image : nullptr;
 }
 
 Image *Image::around(const void *address) {

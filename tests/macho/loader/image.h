@@ -1,28 +1,29 @@
-// A loaded dylib.
+// A macOS image that the script `convert` has repackaged, loaded into this process.
 #pragma once
 
-#include "tests/macho/loader/exportTrie.h"
-#include "tests/macho/loader/frameSection.h"
 #include "tests/macho/loader/imports.h"
-#include "tests/macho/loader/mapping.h"
-#include "tests/macho/loader/threadLocals.h"
 
 #include <atomic>
-#include <cstdint>
-#include <map>
 #include <mutex>
-#include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace macho {
 
+// Says what is wrong with an image that cannot be loaded.
+class LoadError : public std::runtime_error {
+public:
+    using std::runtime_error::runtime_error;
+};
+
 // Loading and unloading are for one thread at a time, while no other looks images up. An image that
 // is still loaded when the process exits runs its at-exit entries then and stays mapped.
 class Image {
 public:
-    // Maps the file, fills its pointers in and runs its initialisers. Throws a LoadError that names
-    // the file and what is wrong: with the file, or the imports that are missing.
+    // Loads the repackaged file, binds its imports and runs its initialisers. Throws a LoadError
+    // that names the file and what is wrong, such as the imports that are missing. A file can be
+    // loaded once at a time.
     Image(const std::string &path, const Imports &imports);
 
     // Runs the at-exit entries and the unload checks, and unmaps the image.
@@ -37,9 +38,7 @@ public:
         return reinterpret_cast<Function *>(symbol(name));
     }
 
-    const std::string &installName() const { return file.installName; }
-    bool contains(const void *address) const { return mapping->contains(address); }
-    std::size_t unwindableFunctions() const { return frames->functionCount(); }
+    bool contains(const void *address) const { return address >= start && address < end; }
 
     // The loaded image whose header is here, or null. Any thread.
     static Image *withHeader(const void *header);
@@ -56,19 +55,15 @@ private:
         void *argument;
     };
 
-    void *exported(const std::string &symbol) const; // with its underscore
-    void load(const Imports &imports);
-    void bindAll(const Imports &imports);
-    void findInitialisers();
-    void initialise() noexcept;
+    // One of the tables that `convert` writes.
+    template <class Row> const Row *table(const char *name) const;
+    void bindAll(const Imports &imports) const;
+    void protect();
+    void initialise() const noexcept;
 
-    std::vector<std::uint8_t> bytes; // of the file
-    ImageFile file;
-    std::optional<Mapping> mapping;
-    std::map<std::string, std::uint64_t> exports;
-    std::vector<void *> initialisers;
-    std::optional<ThreadLocals> threadLocals;
-    std::optional<FrameSection> frames;
+    void *library = nullptr; // the dynamic linker's
+    const std::byte *start = nullptr;
+    const std::byte *end = nullptr;
     std::mutex atExitMutex; // guards atExitEntries
     std::vector<AtExitEntry> atExitEntries;
     std::vector<std::function<void(const Image &)>> unloadChecks;

@@ -11,20 +11,16 @@ namespace macho {
 
 class Image;
 
-// Install names.
-inline constexpr char libSystem[] = "/usr/lib/libSystem.B.dylib";
-inline constexpr char libCxx[] = "/usr/lib/libc++.1.dylib";
+// Libraries, as LLVM's objdump calls them.
+inline constexpr char libSystem[] = "libSystem";
+inline constexpr char libCxx[] = "libc++";
 
 class Imports {
 public:
     // `symbol` with its leading underscore. A symbol can be given again, the last one counts.
-    void add(const std::string &library, const std::string &symbol, const void *address) {
-        addresses[{library, symbol}] = address;
-    }
-    template <class Result, class... Arguments>
-    void add(const std::string &library, const std::string &symbol,
-             Result (*function)(Arguments...)) {
-        add(library, symbol, reinterpret_cast<const void *>(function));
+    template <class FunctionOrObject>
+    void add(const std::string &library, const std::string &symbol, FunctionOrObject *address) {
+        addresses[{library, symbol}] = reinterpret_cast<const void *>(address);
     }
     // Null when `library` has no such symbol, even if another has it.
     const void *find(const std::string &library, const std::string &symbol) const {

@@ -105,8 +105,7 @@ void addCxxRuntime(Imports &imports) {
     imports.add(libCxx, "__ZNSt3__123__libcpp_atomic_monitorEPVKv", monitorAtomic);
     imports.add(libCxx, "__ZNSt3__120__libcpp_atomic_waitEPVKvx", waitForAtomic);
     imports.add(libCxx, "__ZNSt3__119__thread_local_dataEv", threadLocalData);
-    imports.add(libCxx, "__ZNSt3__120__throw_system_errorEiPKc",
-                reinterpret_cast<const void *>(&throwSystemError));
+    imports.add(libCxx, "__ZNSt3__120__throw_system_errorEiPKc", throwSystemError);
     addMutexes(imports);
 }
 

@@ -54,10 +54,9 @@ void destroyMutex(DarwinMutex *mutex) noexcept {
 
 void addMutexes(Imports &imports) {
     imports.add(libCxx, "__ZNSt3__15mutex4lockEv", lockMutex);
-    imports.add(libCxx, "__ZNSt3__15mutex8try_lockEv",
-                reinterpret_cast<const void *>(tryLockMutex));
-    imports.add(libCxx, "__ZNSt3__15mutex6unlockEv", reinterpret_cast<const void *>(unlockMutex));
-    imports.add(libCxx, "__ZNSt3__15mutexD1Ev", reinterpret_cast<const void *>(destroyMutex));
+    imports.add(libCxx, "__ZNSt3__15mutex8try_lockEv", tryLockMutex);
+    imports.add(libCxx, "__ZNSt3__15mutex6unlockEv", unlockMutex);
+    imports.add(libCxx, "__ZNSt3__15mutexD1Ev", destroyMutex);
 }
 
 } // namespace macho

@@ -1,20 +1,15 @@
 #include "tests/macho/shims/process.h"
 #include "tests/macho/loader/image.h"
-#include "tests/macho/loader/threadLocals.h"
 #include "tests/macho/shims/refuse.h"
 #include "tests/macho/shims/system.h"
 
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
-#include <unistd.h>
 #include <unwind.h>
 
 extern "C" {
 extern void *_NSConcreteStackBlock[32]; // the class of blocks on the stack, of the blocks' runtime
-int __cxa_thread_atexit_impl(void (*)(void *), void *, void *);
-extern void *__dso_handle;
 }
 
 namespace macho {
@@ -39,26 +34,6 @@ int shimAtExit(void (*entry)(void *), void *argument, void *header) {
     return 0;
 }
 
-// Variables of threads that have not ended and whose destructors are the library's.
-std::atomic<int> destructorsToCome{0};
-
-struct Destruction {
-    void (*destroy)(void *);
-    void *variable;
-};
-
-void runDestruction(void *argument) {
-    const std::unique_ptr<Destruction> destruction(static_cast<Destruction *>(argument));
-    destruction->destroy(destruction->variable);
-    --destructorsToCome;
-}
-
-void shimThreadAtExit(void (*destroy)(void *), void *variable) {
-    ++destructorsToCome;
-    // Of this program: the C library knows nothing of images.
-    __cxa_thread_atexit_impl(runDestruction, new Destruction{destroy, variable}, &__dso_handle);
-}
-
 [[noreturn]] void shimAssert(const char *function, const char *file, int line,
                              const char *expression) {
     std::fprintf(stderr, "Assertion failed: (%s), function %s, file %s, line %d.\n", expression,
@@ -81,21 +56,14 @@ bool libraryIsExiting() {
 }
 
 void addProcess(Imports &imports) {
-    imports.add(libSystem, "_exit", reinterpret_cast<const void *>(&shimExit));
-    imports.add(libSystem, "_getpid", reinterpret_cast<const void *>(getpid));
+    imports.add(libSystem, "_exit", shimExit);
     imports.add(libSystem, "___cxa_atexit", shimAtExit);
-    imports.add(libSystem, "__tlv_atexit", shimThreadAtExit);
-    imports.add(libSystem, "__tlv_bootstrap", ThreadLocals::bootstrap);
-    imports.add(libSystem, "___assert_rtn", reinterpret_cast<const void *>(&shimAssert));
+    imports.add(libSystem, "___assert_rtn", shimAssert);
     imports.add(libSystem, "___stack_chk_guard", &stackGuard);
-    imports.add(libSystem, "___stack_chk_fail", reinterpret_cast<const void *>(&shimStackFailure));
-    imports.add(libSystem, "dyld_stub_binder", reinterpret_cast<const void *>(&shimStubBinder));
-    imports.add(libSystem, "__Unwind_Resume", reinterpret_cast<const void *>(&_Unwind_Resume));
+    imports.add(libSystem, "___stack_chk_fail", shimStackFailure);
+    imports.add(libSystem, "dyld_stub_binder", shimStubBinder);
+    imports.add(libSystem, "__Unwind_Resume", _Unwind_Resume);
     imports.add(libSystem, "__NSConcreteStackBlock", &_NSConcreteStackBlock);
-    imports.unloadChecks.emplace_back([](const Image &) {
-        if (destructorsToCome != 0)
-            refuse("unload while a thread has variables of the library to destroy");
-    });
 }
 
 } // namespace macho

@@ -157,12 +157,9 @@ void addSockets(Imports &imports) {
     imports.add(libSystem, "_sendto", shimSendTo);
     imports.add(libSystem, "_recvfrom", shimReceiveFrom);
     imports.add(libSystem, "_setsockopt", shimSetOption);
-    imports.add(libSystem, "_fcntl", reinterpret_cast<const void *>(shimControl));
+    imports.add(libSystem, "_fcntl", shimControl);
     imports.add(libSystem, "_inet_pton", shimParseAddress);
     imports.add(libSystem, "_inet_ntop", shimAddressText);
-    // Four bytes and their text are the same on both.
-    imports.add(libSystem, "_inet_aton", reinterpret_cast<const void *>(inet_aton));
-    imports.add(libSystem, "_inet_ntoa", reinterpret_cast<const void *>(inet_ntoa));
 }
 
 } // namespace macho

@@ -6,7 +6,6 @@
 #include <atomic>
 #include <memory>
 #include <pthread.h>
-#include <sched.h>
 
 namespace macho {
 
@@ -51,9 +50,6 @@ int shimSetSpecific(std::uint64_t key, const void *value) {
 void addThreads(Imports &imports) {
     imports.add(libSystem, "_pthread_create", shimCreate);
     imports.add(libSystem, "_pthread_setspecific", shimSetSpecific);
-    // A thread's name is a pointer or number of eight bytes on both.
-    imports.add(libSystem, "_pthread_self", reinterpret_cast<const void *>(pthread_self));
-    imports.add(libSystem, "_sched_yield", reinterpret_cast<const void *>(sched_yield));
     imports.unloadChecks.emplace_back([](const Image &) {
         if (running != 0)
             refuse("unload while a thread of the library runs");

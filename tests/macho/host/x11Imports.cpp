@@ -1,11 +1,15 @@
-#include "tests/macho/host/frameworks.h"
+#include "tests/macho/host/x11Imports.h"
 #include "tests/macho/host/frameworkNames.h"
+#include "tests/macho/shims/cxxRuntime.h"
+#include "tests/macho/shims/system.h"
 
 #include <CoreGraphics/CoreGraphics.h>
 
 namespace macho {
 
-void addX11Frameworks(Imports &imports) {
+namespace {
+
+void addFrameworks(Imports &imports) {
     imports.add(coreGraphics, "_CGGetActiveDisplayList", CGGetActiveDisplayList);
     imports.add(coreGraphics, "_CGDisplayCreateImage", CGDisplayCreateImage);
     imports.add(coreGraphics, "_CGImageGetWidth", CGImageGetWidth);
@@ -31,6 +35,19 @@ void addX11Frameworks(Imports &imports) {
     imports.add(ioSurface, "_IOSurfaceUnlock", IOSurfaceUnlock);
     imports.add(ioSurface, "_IOSurfaceGetBaseAddress", IOSurfaceGetBaseAddress);
     imports.add(libSystem, "_dispatch_queue_create", dispatch_queue_create);
+}
+
+} // namespace
+
+const Imports &x11Imports() {
+    static const Imports imports = [] {
+        Imports all;
+        addSystem(all);
+        addCxxRuntime(all);
+        addFrameworks(all);
+        return all;
+    }();
+    return imports;
 }
 
 } // namespace macho
