@@ -62,7 +62,7 @@ void catchingFrame(Callback callback, long *values) {
     try {
         callback(7);
     } catch (int) {
-        values[7] = 1;
+        values[6] = 1;
         throw;
     }
 }

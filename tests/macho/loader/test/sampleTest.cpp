@@ -84,9 +84,9 @@ TEST_F(Sample, ExceptionsPassThroughItsFrames) {
     auto *fromThere = image->function<Callback>("throwNumber");
     for (const char *name : {"plainFrame", "catchingFrame"})
         for (Callback *callback : {fromHere, fromThere}) {
-            long values[] = {1, 2, 3, 4, 5, 6, 4096, 0};
+            long values[] = {1, 2, 3, 4, 5, 6, 0};
             EXPECT_EQ(catches(image->function<Frame>(name), callback, values), 543217) << name;
-            EXPECT_EQ(values[7], name == std::string("catchingFrame"));
+            EXPECT_EQ(values[6], name == std::string("catchingFrame"));
             EXPECT_EQ(values[0], 1); // what follows the call was not reached
         }
     EXPECT_THROW(fromThere(3), int);
