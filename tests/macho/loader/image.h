@@ -4,6 +4,8 @@
 #include "tests/macho/loader/imports.h"
 
 #include <atomic>
+#include <cstddef>
+#include <functional>
 #include <mutex>
 #include <stdexcept>
 #include <string>
