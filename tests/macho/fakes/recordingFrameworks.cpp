@@ -1,5 +1,4 @@
 #include "tests/macho/fakes/recordingFrameworks.h"
-#include "tests/macho/host/frameworkNames.h"
 
 #include <Block.h>
 #include <algorithm>

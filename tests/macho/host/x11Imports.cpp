@@ -1,5 +1,4 @@
 #include "tests/macho/host/x11Imports.h"
-#include "tests/macho/host/frameworkNames.h"
 #include "tests/macho/shims/cxxRuntime.h"
 #include "tests/macho/shims/system.h"
 

@@ -14,6 +14,9 @@ class Image;
 // Libraries, as LLVM's objdump calls them.
 inline constexpr char libSystem[] = "libSystem";
 inline constexpr char libCxx[] = "libc++";
+inline constexpr char coreGraphics[] = "CoreGraphics";
+inline constexpr char coreFoundation[] = "CoreFoundation";
+inline constexpr char ioSurface[] = "IOSurface";
 
 class Imports {
 public:

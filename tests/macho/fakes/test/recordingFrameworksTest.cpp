@@ -1,6 +1,5 @@
 // The fakes notice what the real frameworks would punish, and go on.
 #include "tests/macho/fakes/recordingFrameworks.h"
-#include "tests/macho/host/frameworkNames.h"
 
 #include <gtest/gtest.h>
 
