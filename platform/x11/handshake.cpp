@@ -2,9 +2,11 @@
 
 #include "platform/x11/serverSocket.h"
 
+#include <algorithm>
 #include <bit>
 #include <cstdint>
 #include <poll.h>
+#include <string>
 #include <sys/socket.h>
 #include <thread>
 #include <utility>
@@ -19,8 +21,6 @@ namespace {
 // that by itself. The pause is for a server that hangs up on everybody.
 constexpr Clock::duration pauseAfterHangUp = std::chrono::milliseconds(10);
 
-enum class Answer { Welcome, Refusal, HangUp, Silence };
-
 // Everything in a handshake is padded to words of four bytes.
 void append(std::vector<std::uint8_t> &request, const void *data, std::size_t length) {
     const auto *bytes = static_cast<const std::uint8_t *>(data);
@@ -28,7 +28,29 @@ void append(std::vector<std::uint8_t> &request, const void *data, std::size_t le
     request.resize((request.size() + 3) / 4 * 4);
 }
 
-Answer shakeHands(const ServerSocket &server, Clock::time_point deadline) {
+// Exactly that much; false when the connection ended or the deadline passed first.
+bool receive(int fd, void *data, std::size_t size, Clock::time_point deadline) {
+    auto *bytes = static_cast<std::uint8_t *>(data);
+    while (size > 0) {
+        if (!waitUntilReady(fd, POLLIN, deadline))
+            return false;
+        const ssize_t received = recv(fd, bytes, size, 0);
+        if (received <= 0)
+            return false;
+        bytes += received;
+        size -= static_cast<std::size_t>(received);
+    }
+    return true;
+}
+
+// The first line, up to what a terminal would take for a command.
+std::string printable(const std::string &text) {
+    return {text.begin(), std::find_if(text.begin(), text.end(), [](unsigned char letter) {
+                return letter < 32 || letter > 126;
+            })};
+}
+
+std::vector<std::uint8_t> requestOf(const ServerSocket &server) {
     const std::string &name = server.authorisationName;
     const std::string &data = server.authorisationData;
     xcb_setup_request_t head{};
@@ -41,34 +63,54 @@ Answer shakeHands(const ServerSocket &server, Clock::time_point deadline) {
     append(request, &head, sizeof head);
     append(request, name.data(), name.size());
     append(request, data.data(), data.size());
+    return request;
+}
 
+Handshake tryOnce(Clock::time_point deadline) {
+    Handshake result;
+    ServerSocket server = openServerSocket(deadline);
+    if (!server.descriptor.valid()) {
+        result.answer = server.silent ? Answer::Silence : Answer::NoServer;
+        return result;
+    }
+    result.hadKey = !server.authorisationName.empty();
     const int fd = server.descriptor.get();
+    const std::vector<std::uint8_t> request = requestOf(server);
+    result.answer = Answer::HangUp;
     if (send(fd, request.data(), request.size(), MSG_NOSIGNAL) < 0)
-        return Answer::HangUp;
-    if (!waitUntilReady(fd, POLLIN, deadline))
-        return Answer::Silence;
+        return result;
+    xcb_setup_failed_t reply{};
+    if (!receive(fd, &reply, sizeof reply, deadline)) {
+        if (Clock::now() >= deadline)
+            result.answer = Answer::Silence;
+        return result;
+    }
     constexpr std::uint8_t success = 1;
-    std::uint8_t status = 0;
-    if (recv(fd, &status, sizeof status, 0) <= 0)
-        return Answer::HangUp;
-    return status == success ? Answer::Welcome : Answer::Refusal;
+    if (reply.status == success) {
+        result.answer = Answer::Welcome;
+        result.client = std::move(server.descriptor);
+        return result;
+    }
+    result.answer = Answer::Refusal;
+    std::string text(std::size_t{reply.length} * 4, '\0');
+    if (receive(fd, text.data(), text.size(), deadline))
+        result.reason = printable(text);
+    return result;
 }
 
 } // namespace
 
-Descriptor becomeClient(Clock::time_point deadline) {
-    while (Clock::now() < deadline) {
-        ServerSocket server = openServerSocket(deadline);
-        if (!server.descriptor.valid())
-            break;
-        const Answer answer = shakeHands(server, deadline);
-        if (answer == Answer::Welcome)
-            return std::move(server.descriptor);
-        if (answer != Answer::HangUp)
-            break;
+Handshake shakeHands(Clock::time_point deadline) {
+    for (;;) {
+        Handshake result = tryOnce(deadline);
+        if (result.answer != Answer::HangUp || Clock::now() + pauseAfterHangUp >= deadline)
+            return result;
         std::this_thread::sleep_for(pauseAfterHangUp);
     }
-    return Descriptor();
+}
+
+Descriptor becomeClient(Clock::time_point deadline) {
+    return std::move(shakeHands(deadline).client);
 }
 
 } // namespace platform::x11

@@ -23,19 +23,28 @@ namespace platform::x11 {
 
 namespace {
 
-bool connectUntil(int fd, const sockaddr *address, socklen_t length, Clock::time_point deadline) {
-    if (connect(fd, address, length) == 0)
+// Whether the descriptor is connected; if not, notes whether the server is merely silent.
+bool connectUntil(ServerSocket &server, const sockaddr *address, socklen_t length,
+                  Clock::time_point deadline) {
+    server.descriptor =
+        Descriptor(socket(address->sa_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
+    if (!server.descriptor.valid())
+        return false;
+    const int fd = server.descriptor.get();
+    int error = connect(fd, address, length) == 0 ? 0 : errno;
+    if (error == EINPROGRESS && waitUntilReady(fd, POLLOUT, deadline)) {
+        socklen_t errorLength = sizeof error;
+        getsockopt(fd, SOL_SOCKET, SO_ERROR, &error, &errorLength);
+    }
+    if (error == 0)
         return true;
-    if (errno != EINPROGRESS)
-        return false;
-    if (!waitUntilReady(fd, POLLOUT, deadline))
-        return false;
-    int error = 0;
-    socklen_t errorLength = sizeof error;
-    return getsockopt(fd, SOL_SOCKET, SO_ERROR, &error, &errorLength) == 0 && error == 0;
+    // EAGAIN: as many connections as the server allows are waiting to be accepted.
+    server.silent = error == EINPROGRESS || error == ETIMEDOUT || error == EAGAIN;
+    server.descriptor.reset();
+    return false;
 }
 
-Descriptor openLocal(int display) {
+void openLocal(ServerSocket &server, int display, Clock::time_point deadline) {
     const std::string path = "/tmp/.X11-unix/X" + std::to_string(display);
     // The same name exists in the file system and, with many servers, without a file as well.
     for (const std::string &name : {path, std::string(1, '\0') + path}) {
@@ -45,33 +54,28 @@ Descriptor openLocal(int display) {
         const bool isFile = name[0] != '\0';
         const auto length = static_cast<socklen_t>(offsetof(sockaddr_un, sun_path) + name.size() +
                                                    (isFile ? 1 : 0));
-        Descriptor descriptor(socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-        if (descriptor.valid() &&
-            connect(descriptor.get(), reinterpret_cast<const sockaddr *>(&address), length) == 0)
-            return descriptor;
+        if (connectUntil(server, reinterpret_cast<const sockaddr *>(&address), length, deadline) ||
+            server.silent)
+            return;
     }
-    return Descriptor();
 }
 
-Descriptor openRemote(const std::string &host, int display, Clock::time_point deadline) {
+void openRemote(ServerSocket &server, const std::string &host, int display,
+                Clock::time_point deadline) {
     addrinfo hints{};
     hints.ai_socktype = SOCK_STREAM;
     hints.ai_flags = AI_NUMERICSERV;
     addrinfo *list = nullptr;
     if (getaddrinfo(host.c_str(), std::to_string(6000 + display).c_str(), &hints, &list) != 0)
-        return Descriptor();
+        return;
     const std::unique_ptr<addrinfo, decltype(&freeaddrinfo)> owner(list, freeaddrinfo);
     for (const addrinfo *entry = list; entry != nullptr; entry = entry->ai_next) {
-        Descriptor descriptor(
-            socket(entry->ai_family, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-        if (!descriptor.valid() ||
-            !connectUntil(descriptor.get(), entry->ai_addr, entry->ai_addrlen, deadline))
+        if (!connectUntil(server, entry->ai_addr, entry->ai_addrlen, deadline))
             continue;
         const int on = 1;
-        setsockopt(descriptor.get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
-        return descriptor;
+        setsockopt(server.descriptor.get(), IPPROTO_TCP, TCP_NODELAY, &on, sizeof on);
+        return;
     }
-    return Descriptor();
 }
 
 // Finds the cookie for this server in the user's authority file. Servers on this machine are
@@ -143,8 +147,10 @@ ServerSocket openServerSocket(Clock::time_point deadline) {
     std::free(host);
 
     server.local = hostName.empty() || hostName == "unix";
-    server.descriptor = server.local ? openLocal(display)
-                                     : openRemote(withoutBrackets(hostName), display, deadline);
+    if (server.local)
+        openLocal(server, display, deadline);
+    else
+        openRemote(server, withoutBrackets(hostName), display, deadline);
     if (server.descriptor.valid())
         findAuthorisation(server, display);
     return server;

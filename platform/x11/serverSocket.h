@@ -9,7 +9,8 @@
 namespace platform::x11 {
 
 struct ServerSocket {
-    Descriptor descriptor; // invalid when there is no server
+    Descriptor descriptor; // invalid when there is no server, or when it is silent
+    bool silent = false;   // there is a server, but it accepted no connection in time
     bool local = false;    // descriptors can be passed over it
     int screen = 0;        // the number of the screen wanted
     // What the server asks of a client that wants in; both empty when it asks for nothing.
