@@ -1,20 +1,22 @@
 // mirrorctl check
-#include "tools/config/configDocument.h"
+#include "tools/config/advice.h"
 #include "tools/config/places.h"
+#include "tools/config/pointer.h"
 #include "tools/config/textFile.h"
-#include "tools/mirrorctl/arguments.h"
 #include "tools/mirrorctl/commands.h"
-#include "tools/mirrorctl/findings.h"
-#include "tools/mirrorctl/libraryTalk.h"
+#include "tools/mirrorctl/libraryMessages.h"
+#include "tools/mirrorctl/mirroring.h"
 #include "tools/mirrorctl/server.h"
-#include "tools/mirrorctl/suitability.h"
 
 #include <algorithm>
 #include <cstdio>
 #include <exception>
-#include <memory>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
 
 namespace mirrorctl {
+
+using config::Severity;
 
 struct CheckOptions {
     std::string path;
@@ -27,113 +29,183 @@ struct CheckOptions {
     bool looksForDisplay() const { return needsDisplay || (!ignoresDisplays && screen.empty()); }
 };
 
-// What was found around the document: the size to compare its panels' places with, and whether its
-// display is there.
-struct Surroundings {
-    std::optional<config::ScreenSize> screen;
-    std::vector<config::Problem> problems; // of the display, without places
+// What is reported.
+struct CheckReport {
+    std::vector<config::Problem> problems;
+    std::string remark;       // one line on what could not be checked, or empty
+    bool screenKnown = false; // the display's size, which the panels' places were compared with
+
+    std::size_t count(Severity severity) const {
+        return static_cast<std::size_t>(
+            std::count_if(problems.begin(), problems.end(),
+                          [&](const auto &problem) { return problem.severity == severity; }));
+    }
+};
+
+// What became of looking for the document's display.
+struct DisplaySearch {
+    std::optional<config::ScreenSize> screen; // the size to compare the panels' places with
+    std::vector<config::Problem> problems;    // without places
     std::string remark;
 };
 
-static DisplayList askLibrary() {
-    const LibraryTalk talk;
-    return listDisplays();
-}
-
-// Looks for the document's display. That there is no server to ask, or that it hangs, is no finding
-// unless the display is needed.
-static void lookForDisplay(const config::Document &document, bool isNeeded, Surroundings &around) {
+// That there is no server to ask, or that it hangs, is no problem unless the display is needed.
+static DisplaySearch findDisplay(const config::Document &document, bool isNeeded) {
+    DisplaySearch search;
     // Its connection lasts while the library asks: servers may reset when their last client leaves.
     const ServerWatch watch;
     constexpr double patience = 3.0; // a server that is only busy should not be taken for hung
-    if (isServerSilent(watch, patience)) {
-        const std::string words = serverName() + " does not answer";
+    if (watch.isSilentFor(patience)) {
+        const std::string reason = serverName() + " does not answer";
         if (isNeeded)
-            around.problems = {{"/displayID", "cannot be looked for, since " + words,
+            search.problems = {{"/displayID", "cannot be looked for, since " + reason,
                                 "is it stopped or overloaded? mirrorctl doctor says more"}};
         else
-            around.remark = "The displays are not known, since " + words + ".";
-        return;
+            search.remark = "The displays are not known, since " + reason + ".";
+        return search;
     }
     DisplayList list;
     try {
-        list = askLibrary();
+        const MessagesToStandardError redirection;
+        list = listDisplays();
     } catch (const std::exception &error) {
         if (isNeeded)
             throw;
-        around.remark = "The displays are not known: " + std::string(error.what()) + ".";
-        return;
+        search.remark = "The displays are not known: " + std::string(error.what()) + ".";
+        return search;
     }
-    if (list.displays.empty() && !isNeeded && watch.state() != ServerWatch::State::answering) {
-        around.remark = "There is no display here to look at.";
-        return;
+    if (list.displays.empty() && !isNeeded && watch.state() != ServerWatch::State::Answering) {
+        search.remark = "There is no display here to look at.";
+        return search;
     }
-    around.problems = displayProblems(document, list);
-    const auto wanted = static_cast<std::uint32_t>(document.displayID);
+    search.problems = displayProblems(document, list);
     for (const Display &display : list.displays)
-        if (display.displayID == wanted && display.width > 0 && display.height > 0)
-            around.screen = config::ScreenSize{display.width, display.height};
-        else if (display.displayID == wanted)
-            around.remark = "The display gives no picture, so its size is not known.";
+        if (display.is(document.displayID) && display.hasPicture())
+            search.screen = config::ScreenSize{display.width, display.height};
+        else if (display.is(document.displayID))
+            search.remark = "The display gives no picture, so its size is not known.";
+    return search;
 }
 
-static Surroundings lookAround(const CheckOptions &options, const config::Reading &reading) {
-    Surroundings around;
+// Returns the status of a run, which would be refused for the same reasons in the same order.
+static ExitStatus review(const CheckOptions &options, const std::string &text,
+                         CheckReport &report) {
+    const config::Reading reading = config::readText(text);
     const config::Unsound unsound(reading.problems);
+    DisplaySearch search;
     if (options.looksForDisplay() && !unsound.covers("/displayID"))
-        lookForDisplay(reading.document, options.needsDisplay, around);
+        search = findDisplay(reading.document, options.needsDisplay);
     if (!options.screen.empty())
-        around.screen = parseSize(options.screen);
-    if (!around.screen && !unsound.covers("/devices"))
-        around.remark += std::string(around.remark.empty() ? "" : " ") +
+        search.screen = config::parseScreenSize(options.screen, mostPixels);
+    report.screenKnown = search.screen.has_value();
+    report.remark = search.remark;
+    if (!search.screen && !unsound.covers("/devices"))
+        report.remark += std::string(report.remark.empty() ? "" : " ") +
                          "The panels' places were not checked; --screen names the display's size.";
-    return around;
-}
 
-static void append(std::vector<config::Problem> &problems, std::vector<config::Problem> more) {
-    problems.insert(problems.end(), std::make_move_iterator(more.begin()),
-                    std::make_move_iterator(more.end()));
-}
-
-// The status of a run, which would be refused for the same reasons in the same order.
-static ExitStatus statusOf(const std::vector<config::Problem> &document,
-                           const std::vector<config::Problem> &modes,
-                           const std::vector<config::Problem> &addresses,
-                           const std::vector<config::Problem> &displays) {
-    if (!modes.empty() || std::any_of(document.begin(), document.end(), isError))
-        return ExitStatus::documentFaulty;
-    if (!addresses.empty())
-        return ExitStatus::addressFaulty;
-    return displays.empty() ? ExitStatus::done : ExitStatus::displayMissing;
-}
-
-static ExitStatus review(const CheckOptions &options, const std::string &text, Findings &findings) {
-    config::Reading reading = config::readText(text);
-    const Surroundings around = lookAround(options, reading);
-    const config::Unsound unsound(reading.problems);
-    const auto isUnsound = [&](const auto &problem) { return unsound.covers(problem.pointer); };
-    reading = config::reviewText(text, around.screen);
-    auto modes = modeProblems(reading.document);
-    std::erase_if(modes, isUnsound);
-    auto addresses = addressProblems(reading.document);
-    std::erase_if(addresses, isUnsound);
-    const ExitStatus status = statusOf(reading.problems, modes, addresses, around.problems);
-
-    std::vector<config::Problem> placeless = std::move(modes);
-    append(placeless, std::move(addresses));
-    append(placeless, around.problems);
-    if (!placeless.empty()) // otherwise the text may not even parse
-        config::locate(text, placeless);
-    findings.problems = std::move(reading.problems);
-    append(findings.problems, std::move(placeless));
-    std::stable_sort(findings.problems.begin(), findings.problems.end(),
+    auto status = reading.problems.empty() ? ExitStatus::Done : ExitStatus::DocumentFaulty;
+    std::vector<config::Problem> unmet; // requirements of a run
+    const auto require = [&](std::vector<config::Problem> problems, ExitStatus failure) {
+        std::erase_if(problems,
+                      [&](const auto &problem) { return unsound.covers(problem.pointer); });
+        if (status == ExitStatus::Done && !problems.empty())
+            status = failure;
+        std::move(problems.begin(), problems.end(), std::back_inserter(unmet));
+    };
+    require(modeProblems(reading.document), ExitStatus::DocumentFaulty);
+    require(addressProblems(reading.document), ExitStatus::AddressFaulty);
+    require(std::move(search.problems), ExitStatus::DisplayMissing);
+    if (!unmet.empty()) // otherwise the text may not even parse
+        config::locate(text, unmet);
+    report.problems = config::reviewText(text, search.screen).problems;
+    std::move(unmet.begin(), unmet.end(), std::back_inserter(report.problems));
+    std::stable_sort(report.problems.begin(), report.problems.end(),
                      [](const auto &a, const auto &b) {
                          return std::pair(a.place.line, a.place.column) <
                                 std::pair(b.place.line, b.place.column);
                      });
-    findings.remark = around.remark;
-    findings.screenKnown = around.screen.has_value();
     return status;
+}
+
+static const char *severityName(Severity severity) {
+    if (severity == Severity::caution)
+        return "caution";
+    return severity == Severity::error ? "error" : "warning";
+}
+
+static std::string counted(std::size_t number, const std::string &thing) {
+    return std::to_string(number) + " " + thing + (number == 1 ? "" : "s");
+}
+
+static void print(const std::string &name, const config::Problem &problem) {
+    std::printf("%s:%zu:%zu: %s: ", name.c_str(), problem.place.line, problem.place.column,
+                severityName(problem.severity));
+    if (!problem.pointer.empty())
+        std::printf("%s: ", config::shownPointer(problem.pointer).c_str());
+    std::printf("%s%s\n", problem.message.c_str(), problem.message.ends_with('.') ? "" : ".");
+    if (!problem.remedy.empty())
+        std::printf("    %s: %s.\n",
+                    problem.severity == Severity::caution ? "What to do" : "To fix it",
+                    problem.remedy.c_str());
+}
+
+// For readers, on standard output: "NAME:LINE:COLUMN: error: POINTER: MESSAGE" and a line on how to
+// fix it for each error and warning, the verdict ("NAME: fine." without any), and then the
+// cautions.
+static void print(const std::string &name, const CheckReport &report) {
+    for (const auto &problem : report.problems)
+        if (problem.severity != Severity::caution)
+            print(name, problem);
+    const std::size_t errors = report.count(Severity::error);
+    const std::size_t warnings = report.count(Severity::warning);
+    if (errors + warnings == 0)
+        std::printf("%s: fine.\n", name.c_str());
+    else
+        std::printf("%s: %s, %s.\n", name.c_str(), counted(errors, "error").c_str(),
+                    counted(warnings, "warning").c_str());
+    if (!report.remark.empty())
+        std::puts(report.remark.c_str());
+    for (const auto &problem : report.problems)
+        if (problem.severity == Severity::caution)
+            print(name, problem);
+}
+
+// For scripts: one object on one line.
+static std::string jsonText(const std::string &name, const CheckReport &report) {
+    rapidjson::StringBuffer buffer;
+    rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+    const auto text = [&](const char *key, const std::string &value) {
+        writer.Key(key);
+        writer.String(value.data(), static_cast<rapidjson::SizeType>(value.size()));
+    };
+    const auto number = [&](const char *key, std::size_t value) {
+        writer.Key(key);
+        writer.Uint64(value);
+    };
+    writer.StartObject();
+    text("file", name);
+    writer.Key("valid");
+    writer.Bool(report.count(Severity::error) == 0);
+    number("errors", report.count(Severity::error));
+    number("warnings", report.count(Severity::warning));
+    number("cautions", report.count(Severity::caution));
+    writer.Key("screenKnown");
+    writer.Bool(report.screenKnown);
+    writer.Key("problems");
+    writer.StartArray();
+    for (const auto &problem : report.problems) {
+        writer.StartObject();
+        text("severity", severityName(problem.severity));
+        text("pointer", problem.pointer);
+        number("line", problem.place.line);
+        number("column", problem.place.column);
+        text("message", problem.message);
+        text("remedy", problem.remedy);
+        writer.EndObject();
+    }
+    writer.EndArray();
+    writer.EndObject();
+    return buffer.GetString();
 }
 
 static ExitStatus checkDocument(const CheckOptions &options) {
@@ -141,40 +213,36 @@ static ExitStatus checkDocument(const CheckOptions &options) {
     const auto text = config::readTextFile(options.path, reason);
     const std::string name = options.path == "-" ? "standard input" : options.path;
     if (!text) {
-        fprintf(stderr, "%s: cannot be read: %s\n", name.c_str(), reason.c_str());
-        return ExitStatus::fileUnreadable;
+        std::fprintf(stderr, "%s: cannot be read: %s\n", name.c_str(), reason.c_str());
+        return ExitStatus::FileUnreadable;
     }
-    Findings findings;
-    const ExitStatus status = review(options, *text, findings);
+    CheckReport report;
+    const ExitStatus status = review(options, *text, report);
     if (options.json)
-        puts(jsonText(name, findings).c_str());
+        std::puts(jsonText(name, report).c_str());
     else
-        print(name, findings);
-    const bool isFlawed = options.strict && count(findings, config::Severity::warning) > 0;
-    return status == ExitStatus::done && isFlawed ? ExitStatus::documentFaulty : status;
+        print(name, report);
+    const bool hasWarnings = report.count(Severity::warning) > 0;
+    return status == ExitStatus::Done && options.strict && hasWarnings ? ExitStatus::DocumentFaulty
+                                                                       : status;
 }
 
 void addCheckCommand(CLI::App &program, Action &chosen) {
     auto *command =
         program.add_subcommand("check", "Report everything that is wrong with a configuration");
     const auto options = std::make_shared<CheckOptions>();
-    command->add_option("CONFIG", options->path, "The document; - reads standard input")
-        ->required()
-        ->type_name("");
-    command
-        ->add_option("--screen", options->screen,
-                     "The display's size in pixels, such as 1920x1080, instead of looking for the "
-                     "display")
-        ->type_name("WxH")
-        ->check(sizeArgument());
+    addConfig(*command, options->path);
+    addScreen(
+        *command, options->screen,
+        "The display's size in pixels, such as 1920x1080, instead of looking for the display");
     auto *display = command->add_flag("--display", options->needsDisplay,
                                       "Fail when no display server answers");
-    command->add_flag("--no-display", options->ignoresDisplays, "Look for no display")
+    command->add_flag("--no-display", options->ignoresDisplays, "Do not look for a display")
         ->excludes(display);
-    command->add_flag("--strict", options->strict, "Let warnings count as faults");
+    command->add_flag("--strict", options->strict, "Let warnings count as errors");
     command->add_flag("--json", options->json, "Print for scripts");
     command->footer(
-        "Reports everything at once: for each finding the line and column, the JSON pointer, what\n"
+        "Reports everything at once: for each problem the line and column, the JSON pointer, what\n"
         "was expected and found, and how to fix it. A document without errors and warnings is\n"
         "fine; cautions follow after that word.\n"
         "\n"
@@ -187,18 +255,14 @@ void addCheckCommand(CLI::App &program, Action &chosen) {
         "            second, which can set off seizures in some people\n"
         "\n"
         "The display is looked for if a display server answers. A server that is missing or hangs\n"
-        "is no finding, except with --display. With --no-display or --screen alone no display is\n"
+        "is no problem, except with --display. With --no-display or --screen alone no display is\n"
         "looked for, as for a document that another machine will use.\n"
         "\n"
-        "The schema of documents comes with this program (docs/mirror-config.schema.json); "
-        "editors\n"
-        "can use it as well. Nothing is sent and nothing captured. The exit status is the one "
-        "that\n"
-        "mirrorctl run would end with: 65, 68 or 69 for errors. With warnings and cautions alone\n"
-        "it is 0, with --strict and a warning 65.\n\n" +
-        exitStatusHelp());
-    command->callback(
-        [&chosen, options] { chosen = [options] { return checkDocument(*options); }; });
+        "The schema of documents comes with this program (docs/mirror-config.schema.json);\n"
+        "editors can use it as well. Nothing is sent and nothing captured. The exit status is\n"
+        "the one that mirrorctl run would end with: 65, 68 or 69 for errors. With warnings and\n"
+        "cautions alone it is 0, with --strict and a warning 65.\n\n");
+    onCommand(*command, chosen, options, checkDocument);
 }
 
 } // namespace mirrorctl

@@ -1,27 +1,22 @@
 // What mirrorctl tells the program that started it.
 #pragma once
 
-#include <string>
-
 namespace mirrorctl {
 
 // The numbers are those of <sysexits.h>. They lie above all signal numbers, since the library ends
-// the process with the number of a signal that it handles.
+// the process with the number of a signal that it handles. main.cpp has their meanings.
 enum class ExitStatus {
-    done = 0,
-    usage = 64,
-    documentFaulty = 65,
-    fileUnreadable = 66,
-    addressFaulty = 68,
-    displayMissing = 69,
-    failed = 70,
-    startFailed = 71,
-    serverGone = 74,
-    nothingSent = 75,
-    captureRefused = 77,
+    Done = 0,
+    Usage = 64,
+    DocumentFaulty = 65,
+    FileUnreadable = 66,
+    AddressFaulty = 68,
+    DisplayMissing = 69,
+    Failed = 70,
+    StartFailed = 71,
+    ServerGone = 74,
+    NothingSent = 75,
+    CaptureRefused = 77,
 };
-
-// The table of exit statuses for the help text.
-std::string exitStatusHelp();
 
 } // namespace mirrorctl

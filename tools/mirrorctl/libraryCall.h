@@ -1,18 +1,19 @@
 // Calls of the library that the program need not wait for.
 //
-// On a system whose display server hangs they take seconds. So they are made on a thread of their
-// own, and the program's can heed a signal or a clock meanwhile.
+// While the display server hangs they take seconds. So they are made on a thread of their own, and
+// the program's can react to a signal or a deadline meanwhile.
 #pragma once
 
 #include "tools/mirrorctl/exitStatus.h"
-#include "tools/mirrorctl/stopSignals.h"
+#include "tools/mirrorctl/waiting.h"
 
 #include <functional>
+#include <future>
 #include <memory>
 
 namespace mirrorctl {
 
-// The thread that constructs it asks it. Discarded before it is done, it leaves its thread behind,
+// Used by the thread that constructs it. Destroyed before it is done, it leaves its thread behind,
 // with all that `work` refers to: only endAtOnce() may follow.
 class LibraryCall {
 public:
@@ -22,31 +23,30 @@ public:
     bool isDone() const;
 
     // Readable once it is done.
-    int descriptor() const;
+    int descriptor() const { return done->descriptor(); }
 
-    // What came of the work: waits for its end. What that threw is thrown here, with the same words
-    // as a std::runtime_error.
-    ExitStatus result() const;
+    // Waits for the end and returns what `work` returned, or throws what it threw. Once.
+    ExitStatus result() { return outcome.get(); }
 
 private:
-    struct Shared;
-    std::shared_ptr<Shared> shared;
+    std::shared_ptr<WakeUp> done;
+    std::future<ExitStatus> outcome;
 };
 
 // For how many seconds after a signal calls of the library may go on before the process ends
 // without them.
 inline constexpr double graceSeconds = 0.25;
 
-// Does `work` on a thread of its own and returns what came of it. When a signal comes, the work has
-// `graceSeconds` to notice it (StopSignals::take()) and to return; then this says so as
-// sayInterrupted() does, and whether the display server does not answer, and ends the process at
-// once with nothingSent.
+// Does `work` on a thread of its own and returns its result. When a signal comes, the work has
+// `graceSeconds` to notice it (StopSignals::take()) and to return; then this reports it as
+// reportInterruption() does, and whether the display server does not answer, and ends the process
+// at once with NothingSent.
 ExitStatus untilSignal(const StopSignals &signals, const char *nothing,
                        std::function<ExitStatus()> work);
 
 // "No palette: Interrupt." on standard error, where `nothing` is "No palette". Only the first call
-// in a process says anything.
-void sayInterrupted(const char *nothing, int signum);
+// in a process prints anything.
+void reportInterruption(const char *nothing, int signum);
 
 // Ends the process without its destructors, which would wait for the library.
 [[noreturn]] void endAtOnce(ExitStatus status);

@@ -12,8 +12,37 @@
 
 using mirrorctl::ExitStatus;
 
-// What to say of a first argument that is neither a command nor an option; empty for one that is.
-static std::string complainOfCommand(const CLI::App &program, const char *word) {
+static std::string exitStatusHelp() {
+    static const struct {
+        ExitStatus status;
+        const char *meaning;
+    } rows[] = {
+        {ExitStatus::Done, "done; for run also after Ctrl-C, which is how a run is meant to end"},
+        {ExitStatus::Usage, "the command line is wrong"},
+        {ExitStatus::DocumentFaulty, "the configuration document has errors"},
+        {ExitStatus::FileUnreadable, "the configuration file is missing or cannot be read"},
+        {ExitStatus::AddressFaulty,
+         "a device's address is not that of a light, or (doctor) cannot be reached"},
+        {ExitStatus::DisplayMissing,
+         "there is no such display, or none at all, or the display server does not answer"},
+        {ExitStatus::Failed, "anything else went wrong"},
+        {ExitStatus::StartFailed, "mirroring could not be started, or ended by itself"},
+        {ExitStatus::ServerGone, "run --once: the display server went away"},
+        {ExitStatus::NothingSent,
+         "there is nothing to show: nothing was sent in time, no frame came, or Ctrl-C came first\n"
+         "      (for run: before anything was mirrored)"},
+        {ExitStatus::CaptureRefused, "the display may not be captured"},
+    };
+    std::string text = "Exit status:\n";
+    for (const auto &row : rows) {
+        const std::string number = std::to_string(static_cast<int>(row.status));
+        text += std::string(6 - number.size(), ' ') + number + "  " + row.meaning + "\n";
+    }
+    return text;
+}
+
+// What is wrong with a first argument; empty when it is a command or an option.
+static std::string commandProblem(const CLI::App &program, const char *word) {
     std::vector<std::string> commands;
     for (const CLI::App *command : program.get_subcommands(nullptr))
         commands.push_back(command->get_name());
@@ -33,14 +62,6 @@ int main(int argc, char **argv) {
     CLI::App program("Mirrors a display onto networked light devices.", "mirrorctl");
     program.set_version_flag("--version", "mirrorctl " MIRROR_VERSION);
     program.require_subcommand(1);
-    program.footer("From nothing to a mirrored screen:\n"
-                   "    mirrorctl layout 4x6 192.0.2.7 192.0.2.8 > wall.json\n"
-                   "    mirrorctl check wall.json\n"
-                   "    mirrorctl doctor wall.json\n"
-                   "    mirrorctl run wall.json\n"
-                   "\n"
-                   "Each command has a --help of its own: mirrorctl run --help.\n\n" +
-                   mirrorctl::exitStatusHelp());
     mirrorctl::Action chosen;
     mirrorctl::addDisplaysCommand(program, chosen);
     mirrorctl::addCheckCommand(program, chosen);
@@ -49,21 +70,31 @@ int main(int argc, char **argv) {
     mirrorctl::addPaletteCommand(program, chosen);
     mirrorctl::addSnapshotCommand(program, chosen);
     mirrorctl::addDoctorCommand(program, chosen);
+    for (CLI::App *command : program.get_subcommands(nullptr))
+        command->footer(command->get_footer() + exitStatusHelp());
+    program.footer("From nothing to a mirrored screen:\n"
+                   "    mirrorctl layout 4x6 192.0.2.7 192.0.2.8 > wall.json\n"
+                   "    mirrorctl check wall.json\n"
+                   "    mirrorctl doctor wall.json\n"
+                   "    mirrorctl run wall.json\n"
+                   "\n"
+                   "Each command has a --help of its own: mirrorctl run --help.\n\n" +
+                   exitStatusHelp());
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError &error) {
-        const std::string complaint = argc > 1 ? complainOfCommand(program, argv[1]) : "";
-        if (!complaint.empty()) {
-            fputs(complaint.c_str(), stderr);
-            return static_cast<int>(ExitStatus::usage);
+        const std::string problem = argc > 1 ? commandProblem(program, argv[1]) : "";
+        if (!problem.empty()) {
+            std::fputs(problem.c_str(), stderr);
+            return static_cast<int>(ExitStatus::Usage);
         }
         const bool helped = program.exit(error) == 0;
-        return static_cast<int>(helped ? ExitStatus::done : ExitStatus::usage);
+        return static_cast<int>(helped ? ExitStatus::Done : ExitStatus::Usage);
     }
     try {
         return static_cast<int>(chosen());
     } catch (const std::exception &error) {
-        fprintf(stderr, "mirrorctl: %s\n", error.what());
-        return static_cast<int>(ExitStatus::failed);
+        std::fprintf(stderr, "mirrorctl: %s\n", error.what());
+        return static_cast<int>(ExitStatus::Failed);
     }
 }

@@ -1,5 +1,6 @@
-// The display server, asked by the program itself: the library tells neither that it hangs nor that
-// it has gone. Each system in a file of its own; where there is nothing to ask, it answers always.
+// The display server, asked by the program itself: the library reports neither that it hangs nor
+// that it has gone. Each system in a file of its own; where there is nothing to ask, it always
+// answers.
 #pragma once
 
 #include <cstddef>
@@ -12,22 +13,15 @@ namespace mirrorctl {
 // What this system's server is called in a sentence, such as: the X server ":7".
 std::string serverName();
 
-class ServerWatch;
-
-// Whether there is a server that can be reached but does not answer within a second.
-bool isServerSilent();
-
-// The same within so many seconds, over the connection of a watch that has just begun.
-bool isServerSilent(const ServerWatch &watch, double patience);
-
 // A sentence about the server, such as: The X server ":7" has gone.
-std::string aboutServer(const std::string &predicate);
+std::string serverSentence(const std::string &predicate);
 
-// That the server does not answer, and what may be the matter: a line.
-std::string silenceOfServer();
+// The line for a server that does not answer.
+std::string silentServerLine();
 
-// Says on standard error that the server does not answer, if that is so, and returns whether.
-bool tellServerSilence();
+// Prints it on standard error if there is a server that can be reached but does not answer within a
+// second, and returns whether that is so.
+bool reportSilentServer();
 
 // How many displays there are, listed by the library or not; nothing when that cannot be told.
 std::optional<std::size_t> countDisplays();
@@ -36,11 +30,11 @@ std::optional<std::size_t> countDisplays();
 class ServerWatch {
 public:
     enum class State {
-        opening,   // has not answered yet
-        absent,    // is not there or lets nobody in; for good
-        answering, // answered the last question, asked once a second
-        silent,    // has owed an answer for a second
-        gone,      // hung up after it had answered; for good
+        Opening,   // has not answered yet
+        Absent,    // is not there or lets nobody in; for good
+        Answering, // answered the last question, asked once a second
+        Silent,    // has owed an answer for a second
+        Gone,      // hung up after it had answered; for good
     };
 
     // Begins to connect. The first one in a process is made before any thread that calls the
@@ -52,12 +46,16 @@ public:
 
     State state() const;
 
-    // Readable when the state has changed since it was last asked; -1: it never changes.
+    // Readable when the state has changed since it was last asked for; -1: it never changes.
     int descriptor() const;
 
     // Asks now. Until the server has answered, owesAnswer() is true.
     void ask();
     bool owesAnswer() const;
+
+    // Whether the server can be reached but does not answer within so many seconds. Of a watch that
+    // has just begun.
+    bool isSilentFor(double seconds) const;
 
 private:
     struct Shared;

@@ -23,7 +23,7 @@ ServerWatch::ServerWatch() = default;
 ServerWatch::~ServerWatch() = default;
 
 ServerWatch::State ServerWatch::state() const {
-    return State::answering;
+    return State::Answering;
 }
 
 int ServerWatch::descriptor() const {

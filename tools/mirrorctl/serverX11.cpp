@@ -1,21 +1,17 @@
 #include "tools/mirrorctl/server.h"
+
+#include "platform/objects/signals.h"
+#include "platform/x11/monitors.h"
 #include "tools/mirrorctl/waiting.h"
-#include "tools/mirrorctl/xServer.h"
 
 #include <atomic>
-#include <cerrno>
 #include <chrono>
-#include <csignal>
 #include <cstdlib>
-#include <fcntl.h>
-#include <sys/socket.h>
-#include <system_error>
-#include <thread>
-#include <unistd.h>
-#include <xcb/randr.h>
 #include <xcb/xcbext.h>
 
 namespace mirrorctl {
+
+using platform::x11::Reply;
 
 std::string serverName() {
     const char *name = std::getenv("DISPLAY");
@@ -23,19 +19,10 @@ std::string serverName() {
 }
 
 std::optional<std::size_t> countDisplays() {
-    const XServer server;
-    if (!server.isThere())
-        return std::nullopt;
-    const XReply<xcb_randr_get_monitors_reply_t> monitors(xcb_randr_get_monitors_reply(
-        server.get(), xcb_randr_get_monitors(server.get(), server.root().root, 1), nullptr));
-    if (!monitors)
-        return std::nullopt;
-    std::size_t count = 0;
-    for (auto each = xcb_randr_get_monitors_monitors_iterator(monitors.get()); each.rem > 0;
-         xcb_randr_monitor_info_next(&each))
-        if (each.data->width > 0 && each.data->height > 0)
-            ++count;
-    return count;
+    const platform::SigpipeGuard guard;
+    const auto connection = platform::x11::Connection::open();
+    const auto monitors = connection ? platform::x11::listMonitors(*connection) : std::nullopt;
+    return monitors ? std::optional(monitors->size()) : std::nullopt;
 }
 
 using Clock = std::chrono::steady_clock;
@@ -45,52 +32,18 @@ static constexpr auto answerPatience = std::chrono::seconds(1);
 
 // The thread may be left behind in a connection that is being made, so it shares this.
 struct ServerWatch::Shared {
-    std::atomic<State> state = State::opening;
+    std::atomic<State> state = State::Opening;
     std::atomic<bool> owes = false;
-    // Two sockets that are connected, the watch's and the thread's: a byte to the watch says that
-    // the state has changed, one to the thread that it shall ask now, the end that it shall end.
-    int ours = -1;
-    int theirs = -1;
+    std::atomic<bool> isOver = false; // the watch has ended, and the thread is to end
+    WakeUp changed;                   // the state
+    WakeUp told;                      // the thread, to look at `owes` and `isOver`
 
-    Shared();
-    Shared(const Shared &) = delete;
-    Shared &operator=(const Shared &) = delete;
-    ~Shared();
-
-    void become(State next);
+    void become(State next) {
+        if (state.exchange(next) != next)
+            changed.signal();
+    }
     void follow(xcb_connection_t *connection);
 };
-
-ServerWatch::Shared::Shared() {
-    int ends[2];
-    if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0, ends) != 0)
-        throw std::system_error(errno, std::generic_category(), "socketpair");
-    ours = ends[0];
-    theirs = ends[1];
-}
-
-ServerWatch::Shared::~Shared() {
-    close(ours);
-    close(theirs);
-}
-
-static void wake(int fd) {
-    send(fd, "", 1, MSG_NOSIGNAL);
-}
-
-// Takes in the bytes that have come; false when the other end has been shut down.
-static bool drain(int fd) {
-    char bytes[64];
-    ssize_t size = 0;
-    while ((size = recv(fd, bytes, sizeof bytes, 0)) > 0) {
-    }
-    return size != 0;
-}
-
-void ServerWatch::Shared::become(State next) {
-    if (state.exchange(next) != next)
-        wake(theirs);
-}
 
 static std::optional<double> secondsUntil(std::optional<Clock::time_point> time) {
     if (!time)
@@ -103,8 +56,8 @@ void ServerWatch::Shared::follow(xcb_connection_t *connection) {
     std::optional<Clock::time_point> next = Clock::now(); // to ask, or to lose patience
     unsigned question = 0;
     bool isAsking = false;
-    while (xcb_connection_has_error(connection) == 0) {
-        while (const XReply<xcb_generic_event_t> unasked{xcb_poll_for_event(connection)}) {
+    while (xcb_connection_has_error(connection) == 0 && !isOver) {
+        while (const Reply<xcb_generic_event_t> unasked{xcb_poll_for_event(connection)}) {
         }
         void *reply = nullptr;
         xcb_generic_error_t *error = nullptr;
@@ -115,7 +68,7 @@ void ServerWatch::Shared::follow(xcb_connection_t *connection) {
                 return;
             isAsking = false;
             owes = false;
-            become(State::answering);
+            become(State::Answering);
             next = Clock::now() + questionPeriod;
         }
         if (!isAsking && (owes || *next <= Clock::now())) {
@@ -126,12 +79,11 @@ void ServerWatch::Shared::follow(xcb_connection_t *connection) {
             continue;
         }
         if (next && *next <= Clock::now()) {
-            become(State::silent);
+            become(State::Silent);
             next.reset();
         }
-        awaitReadable({xcb_get_file_descriptor(connection), theirs}, secondsUntil(next));
-        if (!drain(theirs))
-            return;
+        awaitReadable({xcb_get_file_descriptor(connection), told.descriptor()}, secondsUntil(next));
+        told.clear();
     }
 }
 
@@ -149,34 +101,32 @@ static void nameAuthorityFile() {
 
 ServerWatch::ServerWatch() : shared(std::make_shared<Shared>()) {
     nameAuthorityFile();
-    std::thread([own = shared] {
-        // What is written to a server that has gone must not end the process.
-        sigset_t all;
-        sigfillset(&all);
-        pthread_sigmask(SIG_BLOCK, &all, nullptr);
+    // Without signals: what is written to a server that has gone must not end the process.
+    platform::startThread([own = shared] {
         xcb_connection_t *connection = xcb_connect(nullptr, nullptr);
         own->follow(connection);
         xcb_disconnect(connection);
-        own->become(own->state == State::opening ? State::absent : State::gone);
+        own->become(own->state == State::Opening ? State::Absent : State::Gone);
     }).detach();
 }
 
 ServerWatch::~ServerWatch() {
-    shutdown(shared->ours, SHUT_WR);
+    shared->isOver = true;
+    shared->told.signal();
 }
 
 ServerWatch::State ServerWatch::state() const {
-    drain(shared->ours);
+    shared->changed.clear();
     return shared->state;
 }
 
 int ServerWatch::descriptor() const {
-    return shared->ours;
+    return shared->changed.descriptor();
 }
 
 void ServerWatch::ask() {
     shared->owes = true;
-    wake(shared->ours);
+    shared->told.signal();
 }
 
 bool ServerWatch::owesAnswer() const {

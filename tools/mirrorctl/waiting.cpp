@@ -1,10 +1,15 @@
 #include "tools/mirrorctl/waiting.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
 #include <cmath>
+#include <csignal>
+#include <fcntl.h>
 #include <poll.h>
 #include <system_error>
+#include <thread>
+#include <unistd.h>
 
 namespace mirrorctl {
 
@@ -15,14 +20,86 @@ bool awaitReadable(const std::vector<int> &descriptors, std::optional<double> ti
             entries.push_back({fd, POLLIN, 0});
     int milliseconds = -1;
     if (timeout) {
-        // A longer wait is as good as made of several.
-        constexpr double longest = 1e6;
+        constexpr double longest = 1e6; // callers repeat a wait that ends too early
         milliseconds = static_cast<int>(std::ceil(std::clamp(*timeout * 1e3, 0.0, longest)));
     }
     const int ready = poll(entries.data(), static_cast<nfds_t>(entries.size()), milliseconds);
     if (ready < 0 && errno != EINTR)
         throw std::system_error(errno, std::generic_category(), "poll");
     return ready > 0;
+}
+
+WakeUp::WakeUp() {
+    if (pipe(ends) != 0)
+        throw std::system_error(errno, std::generic_category(), "pipe");
+    for (const int fd : ends) {
+        fcntl(fd, F_SETFD, FD_CLOEXEC);
+        fcntl(fd, F_SETFL, O_NONBLOCK);
+    }
+}
+
+WakeUp::~WakeUp() {
+    close(ends[0]);
+    close(ends[1]);
+}
+
+void WakeUp::signal() const {
+    while (write(ends[1], "", 1) < 0 && errno == EINTR) {
+    }
+}
+
+void WakeUp::clear() const {
+    char bytes[64];
+    while (read(ends[0], bytes, sizeof bytes) > 0) {
+    }
+}
+
+// Shared with the thread that takes the signals, which stays behind at the end of the process.
+struct StopSignals::Shared {
+    std::atomic<int> signum = 0;
+    WakeUp wakeUp; // from the first signal on
+};
+
+static bool isIgnored(int signum) {
+    struct sigaction present;
+    return sigaction(signum, nullptr, &present) == 0 && present.sa_handler == SIG_IGN;
+}
+
+StopSignals::StopSignals() : shared(std::make_shared<Shared>()) {
+    sigset_t blocked;
+    sigset_t awaited;
+    sigemptyset(&blocked);
+    sigemptyset(&awaited);
+    for (const int signum : {SIGINT, SIGTERM, SIGHUP}) {
+        sigaddset(&blocked, signum);
+        if (isIgnored(signum) && signum != SIGINT)
+            continue;
+        // An ignored signal need not reach somebody who waits for it.
+        if (isIgnored(signum))
+            std::signal(signum, SIG_DFL);
+        sigaddset(&awaited, signum);
+    }
+    pthread_sigmask(SIG_BLOCK, &blocked, nullptr);
+    std::thread([awaited, own = shared] {
+        int signum = 0;
+        while (sigwait(&awaited, &signum) == 0) {
+            int none = 0;
+            if (own->signum.compare_exchange_strong(none, signum))
+                own->wakeUp.signal();
+        }
+    }).detach();
+}
+
+int StopSignals::take() const {
+    return shared->signum.load();
+}
+
+int StopSignals::waitForInput(std::initializer_list<int> descriptors,
+                              std::optional<double> timeout) const {
+    std::vector<int> all = descriptors;
+    all.push_back(shared->wakeUp.descriptor());
+    awaitReadable(all, timeout);
+    return take();
 }
 
 } // namespace mirrorctl

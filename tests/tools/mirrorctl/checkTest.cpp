@@ -6,16 +6,13 @@
 #include <random>
 #include <rapidjson/document.h>
 
+using test::contains;
 using test::Ending;
 using test::LightsFile;
 using test::lightsText;
 using test::mirrorctl;
 
 namespace {
-
-bool contains(const std::string &text, const std::string &part) {
-    return text.find(part) != std::string::npos;
-}
 
 // Without any display.
 Ending check(const std::string &text, const std::vector<std::string> &arguments = {}) {
@@ -26,7 +23,7 @@ Ending check(const std::string &text, const std::vector<std::string> &arguments 
 
 } // namespace
 
-TEST(MirrorctlCheck, tellsEverythingAtOnce) {
+TEST(MirrorctlCheck, TellsEverythingAtOnce) {
     const Ending ending = check(R"({
   "displayId": 1,
   "mode": 3,
@@ -57,7 +54,7 @@ TEST(MirrorctlCheck, tellsEverythingAtOnce) {
         "standard input: 3 errors, 2 warnings.\n");
 }
 
-TEST(MirrorctlCheck, printsForScripts) {
+TEST(MirrorctlCheck, PrintsForScripts) {
     const LightsFile file(lightsText(5, "fe80::58:60", 3));
     const Ending ending = mirrorctl({"check", file.path(), "--json"}, {{"DISPLAY", ""}});
     EXPECT_EQ(ending.status, 0);
@@ -78,7 +75,7 @@ TEST(MirrorctlCheck, printsForScripts) {
     EXPECT_TRUE(problem["message"].IsString() && problem["remedy"].IsString());
 }
 
-TEST(MirrorctlCheck, countsWarningsAsFaultsOnlyWhenTold) {
+TEST(MirrorctlCheck, CountsWarningsAsFaultsOnlyWhenTold) {
     const std::string odd = lightsText(5, "fe80::58:60", 3);
     EXPECT_EQ(check(odd, {"--screen", "640x480"}).status, 0);
     EXPECT_EQ(check(odd, {"--screen", "640x480", "--strict"}).status, 65);
@@ -91,7 +88,7 @@ TEST(MirrorctlCheck, countsWarningsAsFaultsOnlyWhenTold) {
     EXPECT_EQ(good.out, "standard input: fine.\n");
 }
 
-TEST(MirrorctlCheck, saysFineBeforeAnyCaution) {
+TEST(MirrorctlCheck, SaysFineBeforeAnyCaution) {
     const Ending ending = check(lightsText(5, "127.0.58.60", 0), {"--screen", "640x480"});
     EXPECT_EQ(ending.status, 0);
     EXPECT_TRUE(ending.out.starts_with("standard input: fine.\n"
@@ -106,7 +103,7 @@ TEST(MirrorctlCheck, saysFineBeforeAnyCaution) {
 }
 
 // What a run refuses is an error, with the status that the run would end with.
-TEST(MirrorctlCheck, refusesModesThatDoNotExist) {
+TEST(MirrorctlCheck, RefusesModesThatDoNotExist) {
     for (const int mode : {-1, 4}) {
         const Ending ending = check(lightsText(5, "127.0.58.60", mode), {"--screen", "640x480"});
         EXPECT_EQ(ending.status, 65);
@@ -120,7 +117,7 @@ TEST(MirrorctlCheck, refusesModesThatDoNotExist) {
     }
 }
 
-TEST(MirrorctlCheck, looksForTheDisplayWhereThereIsAServer) {
+TEST(MirrorctlCheck, LooksForTheDisplayWhereThereIsAServer) {
     const test::VirtualScreen screen(640, 480);
     const auto there = test::onlyDisplay(screen.display());
     const auto look = [&](std::uint32_t wanted, const std::vector<std::string> &arguments) {
@@ -147,7 +144,7 @@ TEST(MirrorctlCheck, looksForTheDisplayWhereThereIsAServer) {
               missing + "standard input: 1 error, 0 warnings.\n");
 }
 
-TEST(MirrorctlCheck, needsADisplayOnlyWhenTold) {
+TEST(MirrorctlCheck, NeedsADisplayOnlyWhenTold) {
     const std::string good = lightsText(5, "127.0.58.60", 3);
     EXPECT_EQ(check(good, {"--no-display"}).status, 0);
     const Ending needed = check(good, {"--display"});
@@ -168,13 +165,13 @@ TEST(MirrorctlCheck, needsADisplayOnlyWhenTold) {
     EXPECT_EQ(absent.status, 0);
 }
 
-TEST(MirrorctlCheck, endsWithTheStatusOfARun) {
+TEST(MirrorctlCheck, EndsWithTheStatusOfARun) {
     const std::string address = lightsText(5, "lamp", 3);
     EXPECT_EQ(check(address, {"--display"}).status, 68);
     EXPECT_EQ(check(lightsText(5, "lamp", 4), {"--display"}).status, 65);
 }
 
-TEST(MirrorctlCheck, tellsAddressesThatNoLightCanHave) {
+TEST(MirrorctlCheck, TellsAddressesThatNoLightCanHave) {
     const struct {
         const char *ip;
         const char *words;
@@ -213,7 +210,7 @@ TEST(MirrorctlCheck, tellsAddressesThatNoLightCanHave) {
                          "not say on which network interface the light is"));
 }
 
-TEST(MirrorctlCheck, namesComments) {
+TEST(MirrorctlCheck, NamesComments) {
     const std::string good = lightsText(5, "127.0.58.60", 3);
     const auto with = [&](const std::string &before, const std::string &comment) {
         std::string text = good;
@@ -233,13 +230,13 @@ TEST(MirrorctlCheck, namesComments) {
     EXPECT_FALSE(contains(check("{\"a\":/1}").out, "comment"));
 }
 
-TEST(MirrorctlCheck, tellsAddressesThatAreNone) {
+TEST(MirrorctlCheck, TellsAddressesThatAreNone) {
     EXPECT_EQ(check(lightsText(5, "a lamp", 3)).status, 68);
     EXPECT_EQ(check(lightsText(5, "a lamp", 3), {"--strict"}).status, 68);
     EXPECT_EQ(mirrorctl({"check", "/no/such.json"}).status, 66);
 }
 
-TEST(MirrorctlCheck, comparesWithTheDisplayThatIsThere) {
+TEST(MirrorctlCheck, ComparesWithTheDisplayThatIsThere) {
     const test::VirtualScreen screen(640, 480);
     const auto there = test::onlyDisplay(screen.display());
     const auto look = [&](const std::string &text) {
@@ -251,14 +248,14 @@ TEST(MirrorctlCheck, comparesWithTheDisplayThatIsThere) {
     EXPECT_TRUE(contains(look(text).out, "0 to 639, found 640")) << look(text).out;
 }
 
-TEST(MirrorctlCheck, saysWhatItCouldNotCompare) {
+TEST(MirrorctlCheck, SaysWhatItCouldNotCompare) {
     const Ending ending = check(lightsText(5, "127.0.58.60", 3));
     EXPECT_EQ(ending.out, "standard input: fine.\n"
                           "There is no display here to look at. The panels' places were not "
                           "checked; --screen names the display's size.\n");
 }
 
-TEST(MirrorctlCheck, printsNoControlCharacters) {
+TEST(MirrorctlCheck, PrintsNoControlCharacters) {
     const Ending ending =
         check(R"({"\u001b[31m\n": 1, "displayID": "\u001b[0m\u0007", "mode": 0, "devices": [}])");
     EXPECT_EQ(ending.out.find('\x1b'), std::string::npos);
@@ -269,7 +266,7 @@ TEST(MirrorctlCheck, printsNoControlCharacters) {
     EXPECT_EQ(parsed.out.find('\x07'), std::string::npos) << parsed.out;
 }
 
-TEST(MirrorctlCheck, tellsWhatIsNoDocumentInWholeSentences) {
+TEST(MirrorctlCheck, TellsWhatIsNoDocumentInWholeSentences) {
     const Ending foreign = check(std::string("\177ELF\0", 5));
     EXPECT_EQ(foreign.status, 65);
     EXPECT_EQ(foreign.out, "standard input:1:5: error: expected JSON text in UTF-8, found a zero "
@@ -282,7 +279,7 @@ TEST(MirrorctlCheck, tellsWhatIsNoDocumentInWholeSentences) {
                          "levels deep.\n"));
 }
 
-TEST(MirrorctlCheck, tellsHowToMendWhateverDoesNotParse) {
+TEST(MirrorctlCheck, TellsHowToMendWhateverDoesNotParse) {
     for (const char *text :
          {"", "{}{}", "{\"a\":tru}", "{\"a\":1,}", "{\"a\" 1}", "{\"a\":1 \"b\":2}", "[1 2]",
           "{\"a\":\"\\q\"}", "{\"a\":\"\\u12x4\"}", "{\"a\":\"\\ud800\"}", "{\"a\":\"x",
@@ -293,7 +290,7 @@ TEST(MirrorctlCheck, tellsHowToMendWhateverDoesNotParse) {
     }
 }
 
-TEST(MirrorctlCheck, refusesBombs) {
+TEST(MirrorctlCheck, RefusesBombs) {
     EXPECT_TRUE(contains(check(std::string(3000000, '[')).out, "no deeper than 256 levels"));
     std::string objects;
     for (int i = 0; i < 500000; ++i)
@@ -306,7 +303,7 @@ TEST(MirrorctlCheck, refusesBombs) {
     EXPECT_TRUE(contains(check(flood).out, "at most 4000000 values"));
 }
 
-TEST(MirrorctlCheck, hasAnAnswerToAnyBytes) {
+TEST(MirrorctlCheck, HasAnAnswerToAnyBytes) {
     std::mt19937 random(7);
     const std::string good = lightsText(5, "127.0.58.60", 3);
     for (int i = 0; i < 40; ++i) {

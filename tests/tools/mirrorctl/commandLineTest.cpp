@@ -5,7 +5,7 @@
 using test::Ending;
 using test::mirrorctl;
 
-TEST(MirrorctlCommandLine, helpNamesCommandsAndExitStatuses) {
+TEST(MirrorctlCommandLine, HelpNamesCommandsAndExitStatuses) {
     const Ending ending = mirrorctl({"--help"});
     EXPECT_EQ(ending.status, 0);
     for (const char *word : {"displays", "check", "layout", "doctor", "run", "palette", "snapshot",
@@ -14,7 +14,7 @@ TEST(MirrorctlCommandLine, helpNamesCommandsAndExitStatuses) {
         EXPECT_NE(ending.out.find(word), std::string::npos) << word << " in\n" << ending.out;
 }
 
-TEST(MirrorctlCommandLine, eachCommandHelps) {
+TEST(MirrorctlCommandLine, EachCommandHelps) {
     for (const char *command :
          {"displays", "check", "layout", "doctor", "run", "palette", "snapshot"}) {
         const Ending ending = mirrorctl({command, "--help"});
@@ -23,7 +23,7 @@ TEST(MirrorctlCommandLine, eachCommandHelps) {
     }
 }
 
-TEST(MirrorctlCommandLine, refusesWhatItDoesNotUnderstand) {
+TEST(MirrorctlCommandLine, RefusesWhatItDoesNotUnderstand) {
     const std::vector<std::string> wrong[] = {
         {},
         {"mirror"},
@@ -68,14 +68,14 @@ TEST(MirrorctlCommandLine, refusesWhatItDoesNotUnderstand) {
     }
 }
 
-TEST(MirrorctlCommandLine, namesTheVersion) {
+TEST(MirrorctlCommandLine, NamesTheVersion) {
     const Ending ending = mirrorctl({"--version"});
     EXPECT_EQ(ending.status, 0);
     EXPECT_EQ(ending.out, "mirrorctl " PROJECT_VERSION "\n");
     EXPECT_EQ(ending.err, "");
 }
 
-TEST(MirrorctlCommandLine, suggestsTheCommandThatWasMeant) {
+TEST(MirrorctlCommandLine, SuggestsTheCommandThatWasMeant) {
     const std::pair<const char *, const char *> meant[] = {
         {"rnu", "run"},           {"Run", "run"},        {"chek", "check"},
         {"dispalys", "displays"}, {"lay-out", "layout"}, {"docter", "doctor"}};
@@ -94,7 +94,7 @@ TEST(MirrorctlCommandLine, suggestsTheCommandThatWasMeant) {
                                             "Run with --help for the list of commands.\n");
 }
 
-TEST(MirrorctlCommandLine, helpSaysWhatBecomesOfTheLights) {
+TEST(MirrorctlCommandLine, HelpSaysWhatBecomesOfTheLights) {
     EXPECT_NE(mirrorctl({"palette", "--help"}).out.find("The lights are left alone"),
               std::string::npos);
     EXPECT_NE(mirrorctl({"snapshot", "--help"}).out.find("THE LIGHTS CHANGE"), std::string::npos);

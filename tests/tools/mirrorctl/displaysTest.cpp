@@ -9,7 +9,7 @@
 using test::Ending;
 using test::mirrorctl;
 
-TEST(MirrorctlDisplays, listsTwoMonitors) {
+TEST(MirrorctlDisplays, ListsTwoMonitors) {
     const test::VirtualScreen screen(1440, 600);
     screen.run({"xrandr", "--setmonitor", "LEFT", "800/200x600/150+0+0", screen.output()});
     screen.run({"xrandr", "--setmonitor", "RIGHT", "640/160x480/120+800+0", "none"});
@@ -39,7 +39,7 @@ TEST(MirrorctlDisplays, listsTwoMonitors) {
 }
 
 // The library lists ten at most.
-TEST(MirrorctlDisplays, saysThatTheListIsCut) {
+TEST(MirrorctlDisplays, SaysThatTheListIsCut) {
     const test::VirtualScreen screen(1200, 100);
     for (int i = 0; i < 12; ++i)
         screen.run({"xrandr", "--setmonitor", "M" + std::to_string(i),
@@ -64,14 +64,14 @@ TEST(MirrorctlDisplays, saysThatTheListIsCut) {
         << layout.err;
 }
 
-TEST(MirrorctlDisplays, saysThatDisplayIsNotSet) {
+TEST(MirrorctlDisplays, SaysThatDisplayIsNotSet) {
     const Ending ending = mirrorctl({"displays"}, {{"DISPLAY", ""}});
     EXPECT_EQ(ending.status, 69);
     EXPECT_NE(ending.err.find("There is no display to mirror."), std::string::npos) << ending.err;
     EXPECT_NE(ending.err.find("the variable DISPLAY is not set"), std::string::npos) << ending.err;
 }
 
-TEST(MirrorctlDisplays, namesAServerThatDoesNotAnswer) {
+TEST(MirrorctlDisplays, NamesAServerThatDoesNotAnswer) {
     const std::string name = ":59000"; // servers of tests that run meanwhile take the lowest
     const Ending ending = mirrorctl({"displays", "--json"}, {{"DISPLAY", name}});
     EXPECT_EQ(ending.status, 69);
@@ -81,7 +81,7 @@ TEST(MirrorctlDisplays, namesAServerThatDoesNotAnswer) {
         << ending.err;
 }
 
-TEST(MirrorctlDisplays, reportsALibraryWithoutAnAnswer) {
+TEST(MirrorctlDisplays, ReportsALibraryWithoutAnAnswer) {
     const Ending none =
         mirrorctl({"displays"}, {{"LD_PRELOAD", REFUSING_LIBRARY}, {"REFUSE", "getDisplays"}});
     EXPECT_EQ(none.status, 70);

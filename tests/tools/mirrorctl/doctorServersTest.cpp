@@ -62,7 +62,7 @@ private:
 
 } // namespace
 
-TEST(MirrorctlDoctorServers, saysThatPixelsTravelOverTheNetwork) {
+TEST(MirrorctlDoctorServers, SaysThatPixelsTravelOverTheNetwork) {
     const VirtualScreen screen(640, 480, 24, {"-listen", "tcp"});
     expectWords(doctorOn("localhost" + screen.display()), 0,
                 {"unsure  MIT-SHM: of no use, since DISPLAY names a server over the network; the "
@@ -72,7 +72,7 @@ TEST(MirrorctlDoctorServers, saysThatPixelsTravelOverTheNetwork) {
     expectWords(doctorOn("unix" + screen.display()), 0, {"good    MIT-SHM: the screen is read"});
 }
 
-TEST(MirrorctlDoctorServers, triesToShareMemory) {
+TEST(MirrorctlDoctorServers, TriesToShareMemory) {
     const VirtualScreen screen(640, 480);
     const PlainProxy proxy(screen.display());
     expectWords(doctorOn(proxy.display()), 0,
@@ -83,13 +83,13 @@ TEST(MirrorctlDoctorServers, triesToShareMemory) {
                  "frames arrive", "8 good, 1 unsure, 0 bad."});
 }
 
-TEST(MirrorctlDoctorServers, tellsThatSharedMemoryIsMissing) {
+TEST(MirrorctlDoctorServers, TellsThatSharedMemoryIsMissing) {
     const VirtualScreen screen(640, 480, 24, {"-extension", "MIT-SHM"});
     expectWords(doctorOn(screen.display()), 0,
                 {"unsure  MIT-SHM: missing; the screen is read through the connection"});
 }
 
-TEST(MirrorctlDoctorServers, findsServersBadThatDoNotTellOfChanges) {
+TEST(MirrorctlDoctorServers, FindsServersBadThatDoNotTellOfChanges) {
     const VirtualScreen withoutDamage(640, 480, 24, {"-extension", "DAMAGE"});
     expectWords(doctorOn(withoutDamage.display()), 77,
                 {"bad     DAMAGE: missing; without DAMAGE and XFIXES, which tell of changes, "
@@ -104,7 +104,7 @@ TEST(MirrorctlDoctorServers, findsServersBadThatDoNotTellOfChanges) {
                  "nothing is captured.\n          To fix it: switch the extension on"});
 }
 
-TEST(MirrorctlDoctorServers, findsServersBadThatListNoDisplays) {
+TEST(MirrorctlDoctorServers, FindsServersBadThatListNoDisplays) {
     const VirtualScreen screen(640, 480, 24, {"-extension", "RANDR"});
     expectWords(doctorOn(screen.display()), 69,
                 {"bad     RANDR: missing; without it there are no displays to name.",
@@ -112,18 +112,18 @@ TEST(MirrorctlDoctorServers, findsServersBadThatListNoDisplays) {
                  "          To fix it: first fix what is bad under System.\n"});
 }
 
-TEST(MirrorctlDoctorServers, findsColourTablesBad) {
+TEST(MirrorctlDoctorServers, FindsColourTablesBad) {
     const VirtualScreen screen(640, 480, 8);
     expectWords(doctorOn(screen.display()), 77,
                 {"bad     screen: 8 bits a pixel, looked up in a table of colours; the library "
                  "reads 16 or 32 bits of red, green and blue.\n"
                  "          To fix it: give the screen a depth of 16 or 24: ",
-                 ": no picture to be had.\n"
+                 ": no picture available.\n"
                  "          To fix it: first fix what is bad under System.\n",
                  " good, 0 unsure, 2 bad."});
 }
 
-TEST(MirrorctlDoctorServers, knowsUntrustedConnections) {
+TEST(MirrorctlDoctorServers, KnowsUntrustedConnections) {
     const VirtualScreen screen(640, 480);
     const KeyFiles keys;
     const std::string file = keys.path("untrusted");
@@ -139,7 +139,7 @@ TEST(MirrorctlDoctorServers, knowsUntrustedConnections) {
         EXPECT_EQ(ending.out.find(extension), std::string::npos) << ending.out;
 }
 
-TEST(MirrorctlDoctorServers, knowsWaylandSessionsWithoutAnXServer) {
+TEST(MirrorctlDoctorServers, KnowsWaylandSessionsWithoutAnXServer) {
     for (const auto &[name, value] :
          {std::pair("WAYLAND_DISPLAY", "wayland-0"), std::pair("XDG_SESSION_TYPE", "wayland")})
         expectWords(doctorOn("", {{name, value}}), 69,
@@ -148,14 +148,14 @@ TEST(MirrorctlDoctorServers, knowsWaylandSessionsWithoutAnXServer) {
                      "          To fix it: log out, and choose an X11 session where you log in."});
 }
 
-TEST(MirrorctlDoctorServers, knowsXServersInWaylandSessions) {
+TEST(MirrorctlDoctorServers, KnowsXServersInWaylandSessions) {
     const WaylandSession session;
     const Ending within = doctorOn(session.display(), {{"WAYLAND_DISPLAY", "wayland-0"}});
     expectWords(within, 77,
                 {"bad     session: this is a Wayland session; the X server has no picture of the "
                  "screen, only of the windows of X programs.\n"
                  "          To fix it: log out, and choose an X11 session where you log in",
-                 ": no picture to be had.\n"
+                 ": no picture available.\n"
                  "          To fix it: first fix what is bad under System.\n",
                  " good, 0 unsure, 2 bad."});
     const Ending fromAfar = doctorOn(session.display());
@@ -166,14 +166,14 @@ TEST(MirrorctlDoctorServers, knowsXServersInWaylandSessions) {
          "To fix it: choose an X11 session when you log in at that machine's screen"});
 }
 
-TEST(MirrorctlDoctorServers, doesNotTakeAnotherXServerForTheSessions) {
+TEST(MirrorctlDoctorServers, DoesNotTakeAnotherXServerForTheSessions) {
     const VirtualScreen screen(640, 480);
     expectWords(doctorOn(screen.display(), {{"WAYLAND_DISPLAY", "wayland-0"}}), 0,
                 {"unsure  session: this is a Wayland session, but the X server is no part of it",
                  "frames arrive"});
 }
 
-TEST(MirrorctlDoctorServers, tellsWhyNobodyIsLetIn) {
+TEST(MirrorctlDoctorServers, TellsWhyNobodyIsLetIn) {
     const KeyFiles keys;
     const std::string right = keys.write("right", 'a');
     setenv("XAUTHORITY", right.c_str(), 1);
@@ -193,7 +193,7 @@ TEST(MirrorctlDoctorServers, tellsWhyNobodyIsLetIn) {
                  "          To fix it: the key file has no key for it"});
 }
 
-TEST(MirrorctlDoctorServers, tellsServersApartThatCannotBeAsked) {
+TEST(MirrorctlDoctorServers, TellsServersApartThatCannotBeAsked) {
     VirtualScreen screen(640, 480);
     const std::string name = "\"" + screen.display() + "\"";
     kill(screen.pid(), SIGSTOP);
@@ -202,7 +202,7 @@ TEST(MirrorctlDoctorServers, tellsServersApartThatCannotBeAsked) {
     expectWords(hung, 69,
                 {"bad     X server: " + name +
                  " does not answer.\n"
-                 "          To fix it: the server hangs, or the way to it is cut"});
+                 "          To fix it: the server hangs, or the connection to it is interrupted"});
     screen.kill();
     expectWords(doctorOn(screen.display()), 69,
                 {"bad     X server: the server that DISPLAY names, " + name +
@@ -211,14 +211,14 @@ TEST(MirrorctlDoctorServers, tellsServersApartThatCannotBeAsked) {
     const PlainProxy proxy(screen.display());
     expectWords(doctorOn(proxy.display()), 69,
                 {"bad     X server: \"" + proxy.display() +
-                 "\" takes the connection and ends it without a word.\n"
+                 "\" accepts the connection and closes it without an answer.\n"
                  "          To fix it: if DISPLAY was set by ssh, log in with it again"});
     expectWords(doctorOn("screen"), 69,
                 {"bad     X server: \"screen\", the value of DISPLAY, is not a server's name.\n"});
 }
 
 // Each client that leaves such a server as the last one takes down those that are just coming.
-TEST(MirrorctlDoctorServers, keepsServersFromResetting) {
+TEST(MirrorctlDoctorServers, KeepsServersFromResetting) {
     VirtualScreen screen(640, 480, 24, {"-reset"});
     screen.disconnect();
     for (int i = 0; i < 5; ++i)
@@ -226,7 +226,7 @@ TEST(MirrorctlDoctorServers, keepsServersFromResetting) {
 }
 
 // The mark must not be taken for something that the screen shows anyway.
-TEST(MirrorctlDoctorServers, knowsNothingOfTheScreenBeforeAFrameIsWhole) {
+TEST(MirrorctlDoctorServers, KnowsNothingOfTheScreenBeforeAFrameIsWhole) {
     VirtualScreen screen(640, 480);
     screen.fill(0xFF00FF);
     const Ending ending = doctorOn(

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <rapidjson/document.h>
 
+using test::contains;
 using test::Ending;
 using test::LightReceiver;
 using test::LightsFile;
@@ -13,10 +14,6 @@ using test::lightsText;
 using test::VirtualScreen;
 
 namespace {
-
-bool contains(const std::string &text, const std::string &part) {
-    return text.find(part) != std::string::npos;
-}
 
 Ending doctor(const VirtualScreen &screen, std::vector<std::string> words = {},
               test::Program::Variables variables = {}, const std::string &input = "") {
@@ -39,7 +36,7 @@ std::string devices(std::uint32_t displayID, const std::vector<std::string> &ips
 
 } // namespace
 
-TEST(MirrorctlDoctor, findsAHealthyScreenHealthy) {
+TEST(MirrorctlDoctor, FindsAHealthyScreenHealthy) {
     VirtualScreen screen(640, 480);
     for (const std::uint32_t colour : {0x000000u, 0xFF0000u, 0xFF00FFu}) {
         screen.fill(colour);
@@ -55,7 +52,7 @@ TEST(MirrorctlDoctor, findsAHealthyScreenHealthy) {
     }
 }
 
-TEST(MirrorctlDoctor, leavesNoMarkBehind) {
+TEST(MirrorctlDoctor, LeavesNoMarkBehind) {
     VirtualScreen screen(640, 480);
     screen.fill(0xFF0000);
     ASSERT_EQ(doctor(screen).status, 0);
@@ -66,7 +63,7 @@ TEST(MirrorctlDoctor, leavesNoMarkBehind) {
     EXPECT_TRUE(contains(ending.out, "  #ff0000\n")) << ending.out;
 }
 
-TEST(MirrorctlDoctor, takesNoBlackPictureForAnAnswer) {
+TEST(MirrorctlDoctor, TakesNoBlackPictureForAnAnswer) {
     VirtualScreen screen(640, 480);
     const Ending black = doctor(screen, {"--no-mark"});
     EXPECT_EQ(black.status, 0);
@@ -81,7 +78,7 @@ TEST(MirrorctlDoctor, takesNoBlackPictureForAnAnswer) {
         << red.out;
 }
 
-TEST(MirrorctlDoctor, noticesThatTheMarkDoesNotComeOut) {
+TEST(MirrorctlDoctor, NoticesThatTheMarkDoesNotComeOut) {
     VirtualScreen screen(640, 480);
     const Ending black = doctor(screen, {}, {{"LD_PRELOAD", UNMAPPED_WINDOWS}});
     EXPECT_EQ(black.status, 75);
@@ -93,7 +90,7 @@ TEST(MirrorctlDoctor, noticesThatTheMarkDoesNotComeOut) {
     EXPECT_TRUE(contains(old.out, "a picture arrives, but not the mark that was drawn")) << old.out;
 }
 
-TEST(MirrorctlDoctor, tellsWhyThereIsNoPicture) {
+TEST(MirrorctlDoctor, TellsWhyThereIsNoPicture) {
     const VirtualScreen screen(640, 480);
     const std::tuple<const char *, int, const char *> refusals[] = {
         {"setMirrorConfig", 77, "display 5: capturing it was refused.\n"},
@@ -110,22 +107,22 @@ TEST(MirrorctlDoctor, tellsWhyThereIsNoPicture) {
     }
 }
 
-TEST(MirrorctlDoctor, findsADisplayWithoutAPictureBadUnlessAnotherIsMeant) {
+TEST(MirrorctlDoctor, FindsADisplayWithoutAPictureBadUnlessAnotherIsMeant) {
     const VirtualScreen screen(640, 480);
     const test::Program::Variables library = {{"LD_PRELOAD", REFUSING_LIBRARY},
                                               {"REFUSE", "picture"}};
     const Ending all = doctor(screen, {"--no-mark"}, library);
-    EXPECT_TRUE(contains(all.out, "  bad     display 6: no picture to be had.\n"
+    EXPECT_TRUE(contains(all.out, "  bad     display 6: no picture available.\n"
                                   "          To fix it: is it switched on, and may this program "
                                   "record the screen?\n"))
         << all.out;
     EXPECT_EQ(all.status, 77);
     const Ending other = doctor(screen, {"-", "--no-mark"}, library, devices(5, {}));
-    EXPECT_TRUE(contains(other.out, "  unsure  display 6: no picture to be had.\n")) << other.out;
+    EXPECT_TRUE(contains(other.out, "  unsure  display 6: no picture available.\n")) << other.out;
     EXPECT_EQ(other.status, 75); // this library sends nothing
 }
 
-TEST(MirrorctlDoctor, tellsWhatTheNetworkSaysOfDevices) {
+TEST(MirrorctlDoctor, TellsWhatTheNetworkSaysOfDevices) {
     VirtualScreen screen(640, 480);
     screen.fill(0xFF0000);
     LightReceiver light("127.0.58.91", 60222);
@@ -146,7 +143,7 @@ TEST(MirrorctlDoctor, tellsWhatTheNetworkSaysOfDevices) {
         << bad.out;
 }
 
-TEST(MirrorctlDoctor, examinesTheDocument) {
+TEST(MirrorctlDoctor, ExaminesTheDocument) {
     VirtualScreen screen(640, 480);
     screen.fill(0xFF0000);
     const auto display = test::onlyDisplay(screen.display());
@@ -162,14 +159,14 @@ TEST(MirrorctlDoctor, examinesTheDocument) {
         << other.out;
 }
 
-TEST(MirrorctlDoctor, saysThatThereIsNoDisplay) {
+TEST(MirrorctlDoctor, SaysThatThereIsNoDisplay) {
     const Ending ending = test::mirrorctl({"doctor"}, {{"DISPLAY", ""}});
     EXPECT_EQ(ending.status, 69);
     EXPECT_TRUE(contains(ending.out, "X server: the variable DISPLAY is not set")) << ending.out;
     EXPECT_TRUE(contains(ending.out, "displays: there is none to mirror")) << ending.out;
 }
 
-TEST(MirrorctlDoctor, printsForScripts) {
+TEST(MirrorctlDoctor, PrintsForScripts) {
     VirtualScreen screen(640, 480);
     const Ending ending = doctor(screen, {"--json"});
     EXPECT_EQ(ending.status, 0);

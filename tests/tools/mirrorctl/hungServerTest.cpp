@@ -7,15 +7,12 @@
 #include <csignal>
 #include <gtest/gtest.h>
 
+using test::contains;
 using test::Ending;
 using test::lightsText;
 using test::Program;
 
 namespace {
-
-bool contains(const std::string &text, const std::string &part) {
-    return text.find(part) != std::string::npos;
-}
 
 class HungServer {
 public:
@@ -37,7 +34,7 @@ private:
 
 } // namespace
 
-TEST(MirrorctlHungServer, isLeftAtOnceOnASignal) {
+TEST(MirrorctlHungServer, IsLeftAtOnceOnASignal) {
     const HungServer server;
     const struct {
         std::vector<std::string> arguments;
@@ -66,7 +63,7 @@ TEST(MirrorctlHungServer, isLeftAtOnceOnASignal) {
     }
 }
 
-TEST(MirrorctlHungServer, isNamed) {
+TEST(MirrorctlHungServer, IsNamed) {
     const HungServer server;
     for (const auto &arguments :
          {std::vector<std::string>{"displays"}, {"run", "-"}, {"layout", "1x1", "127.0.58.90"}}) {
@@ -78,7 +75,7 @@ TEST(MirrorctlHungServer, isNamed) {
     }
 }
 
-TEST(MirrorctlHungServer, isNoFindingOfACheckUnlessADisplayIsNeeded) {
+TEST(MirrorctlHungServer, IsNoFindingOfACheckUnlessADisplayIsNeeded) {
     const HungServer server;
     const Ending ending = server.start({"check", "-"}).finish();
     EXPECT_EQ(ending.status, 0) << ending.out;

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 using namespace mirrorctl;
+using test::contains;
 using test::Ending;
 
 namespace {
@@ -34,13 +35,9 @@ Ending layout(std::vector<std::string> words, const std::string &server = "") {
     return test::mirrorctl(words, {{"DISPLAY", server}});
 }
 
-bool contains(const std::string &text, const std::string &part) {
-    return text.find(part) != std::string::npos;
-}
-
 } // namespace
 
-TEST(MirrorctlLayout, understandsShapes) {
+TEST(MirrorctlLayout, UnderstandsShapes) {
     EXPECT_EQ(parseShape("4x6")->rows, 4u);
     EXPECT_EQ(parseShape("4x6")->columns, 6u);
     EXPECT_EQ(parseShape("strip:60")->length, 60u);
@@ -51,7 +48,7 @@ TEST(MirrorctlLayout, understandsShapes) {
         EXPECT_FALSE(parseShape(text)) << text;
 }
 
-TEST(MirrorctlLayout, fillsTheScreenWithAGrid) {
+TEST(MirrorctlLayout, FillsTheScreenWithAGrid) {
     const auto document = layOut(plan("2x3", {600, 400}));
     EXPECT_EQ(places(document),
               (std::vector<std::pair<int, int>>{
@@ -60,7 +57,7 @@ TEST(MirrorctlLayout, fillsTheScreenWithAGrid) {
     EXPECT_NEAR(config::halfSide(document.devices[0]), 100.0, 0.1);
 }
 
-TEST(MirrorctlLayout, goesAroundTheEdgesClockwise) {
+TEST(MirrorctlLayout, GoesAroundTheEdgesClockwise) {
     // Eight squares of side 100 around 300 x 300.
     const auto document = layOut(plan("strip:8", {300, 300}));
     EXPECT_EQ(places(document), (std::vector<std::pair<int, int>>{{100, 50},
@@ -74,7 +71,7 @@ TEST(MirrorctlLayout, goesAroundTheEdgesClockwise) {
     EXPECT_NEAR(config::halfSide(document.devices[0]), 50.0, 0.1);
 }
 
-TEST(MirrorctlLayout, sharesThePanelsOut) {
+TEST(MirrorctlLayout, SharesThePanelsOut) {
     const auto document = layOut(plan("1x8", {800, 100}, {"192.0.2.7", "192.0.2.8", "192.0.2.9"}));
     ASSERT_EQ(document.devices.size(), 3u);
     std::size_t all = 0;
@@ -89,7 +86,7 @@ TEST(MirrorctlLayout, sharesThePanelsOut) {
     EXPECT_EQ(places(document).back(), std::pair(750, 50));
 }
 
-TEST(MirrorctlLayout, isWithoutFaultWhateverTheWords) {
+TEST(MirrorctlLayout, IsWithoutFaultWhateverTheWords) {
     for (const config::ScreenSize screen :
          {config::ScreenSize{1920, 1080}, {640, 480}, {1080, 1920}, {3440, 1440}, {64, 64}})
         for (const char *shape : {"1x1", "2x3", "9x16", "16x9", "1x40", "strip:1", "strip:2",
@@ -98,7 +95,7 @@ TEST(MirrorctlLayout, isWithoutFaultWhateverTheWords) {
                 LayoutPlan made = plan(shape, screen);
                 made.controlVersion = version;
                 made.mode = 3;
-                if (!objectionTo(made).empty()) {
+                if (!problemOf(made).empty()) {
                     EXPECT_LT(screen.width * screen.height, 1000u * 1000u) << shape;
                     continue;
                 }
@@ -109,18 +106,18 @@ TEST(MirrorctlLayout, isWithoutFaultWhateverTheWords) {
             }
 }
 
-TEST(MirrorctlLayout, objectsToWhatCannotBe) {
-    EXPECT_EQ(objectionTo(plan("1x2", {64, 64}, {"192.0.2.7", "192.0.2.8", "192.0.2.9"})),
+TEST(MirrorctlLayout, ObjectsToWhatCannotBe) {
+    EXPECT_EQ(problemOf(plan("1x2", {64, 64}, {"192.0.2.7", "192.0.2.8", "192.0.2.9"})),
               "there are more addresses than panels");
     LayoutPlan narrow = plan("16x16");
-    EXPECT_EQ(objectionTo(narrow), "");
+    EXPECT_EQ(problemOf(narrow), "");
     narrow.controlVersion = 1;
-    EXPECT_EQ(objectionTo(narrow), "a device of this control version takes 255 panels at most; for "
-                                   "256 name 2 addresses");
-    EXPECT_EQ(objectionTo(plan("1x64", {64, 64})), "panels would be smaller than 4 pixels");
+    EXPECT_EQ(problemOf(narrow), "a device of this control version takes 255 panels at most; for "
+                                 "256 name 2 addresses");
+    EXPECT_EQ(problemOf(plan("1x64", {64, 64})), "panels would be smaller than 4 pixels");
 }
 
-TEST(MirrorctlLayout, makesWhatCheckAccepts) {
+TEST(MirrorctlLayout, MakesWhatCheckAccepts) {
     const test::VirtualScreen screen(640, 480);
     for (const char *shape : {"4x6", "strip:60"}) {
         const Ending made =
@@ -134,7 +131,7 @@ TEST(MirrorctlLayout, makesWhatCheckAccepts) {
     }
 }
 
-TEST(MirrorctlLayout, needsNoDisplayWhenAllIsSaid) {
+TEST(MirrorctlLayout, NeedsNoDisplayWhenAllIsSaid) {
     const Ending made = layout({"1x2", "127.0.58.61", "--display", "7", "--screen", "200x100",
                                 "--control-version", "1", "--mode", "1"});
     EXPECT_EQ(made.status, 0) << made.err;
@@ -146,7 +143,7 @@ TEST(MirrorctlLayout, needsNoDisplayWhenAllIsSaid) {
                         "      \"ip\": \"127.0.58.61\",\n"
                         "      \"controlVersion\": 1,\n"
                         "      \"shapeType\": 0,\n"
-                        "      \"scaleFactor\": 1.000,\n"
+                        "      \"scaleFactor\": 1,\n"
                         "      \"panels\": [\n"
                         "        {\"panelID\": 1, \"centroidX\": 50, \"centroidY\": 50},\n"
                         "        {\"panelID\": 2, \"centroidX\": 150, \"centroidY\": 50}\n"
@@ -156,7 +153,7 @@ TEST(MirrorctlLayout, needsNoDisplayWhenAllIsSaid) {
                         "}\n");
 }
 
-TEST(MirrorctlLayout, guessesNoDisplay) {
+TEST(MirrorctlLayout, GuessesNoDisplay) {
     const Ending none = layout({"4x6", "127.0.58.61"});
     EXPECT_EQ(none.status, 69);
     EXPECT_TRUE(contains(none.err, "There is no display here.")) << none.err;
@@ -172,7 +169,7 @@ TEST(MirrorctlLayout, guessesNoDisplay) {
     EXPECT_TRUE(contains(wrong.err, "There is no such display here. There are:\n")) << wrong.err;
 }
 
-TEST(MirrorctlLayout, refusesWordsThatItDoesNotUnderstand) {
+TEST(MirrorctlLayout, RefusesWordsThatItDoesNotUnderstand) {
     const std::vector<std::string> wrong[] = {
         {},
         {"4x6"},

@@ -18,6 +18,17 @@ std::string lightsText(std::uint32_t displayID, const std::string &ip, int mode)
                "panels": [{"panelID": 17, "centroidX": 100, "centroidY": 100}]}]})";
 }
 
+testing::AssertionResult receives(LightReceiver &light, const Datagram &wanted) {
+    for (int i = 0; i < 500; ++i) {
+        const auto datagram = light.next();
+        if (!datagram)
+            return testing::AssertionFailure() << "silence after " << i << " datagrams";
+        if (*datagram == wanted)
+            return testing::AssertionSuccess();
+    }
+    return testing::AssertionFailure() << "only other datagrams";
+}
+
 std::uint32_t onlyDisplay(const std::string &server) {
     const Ending ending = mirrorctl({"displays", "--json"}, {{"DISPLAY", server}});
     rapidjson::Document tree;

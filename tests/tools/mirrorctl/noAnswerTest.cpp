@@ -32,7 +32,7 @@ void expectFailure(const Ending &ending, int status, const std::string &message)
 
 } // namespace
 
-TEST(MirrorctlNoAnswer, documentsFilesAndDisplaysAreChecked) {
+TEST(MirrorctlNoAnswer, DocumentsFilesAndDisplaysAreChecked) {
     for (const char *command : {"palette", "snapshot"}) {
         expectFailure(mirrorctl({command, "/no/such.json"}), 66, "/no/such.json: cannot be read");
         expectFailure(mirrorctl({command, "-"}, {}, "{"), 65, "standard input: line 1, column 2");
@@ -43,14 +43,14 @@ TEST(MirrorctlNoAnswer, documentsFilesAndDisplaysAreChecked) {
     expectFailure(ask({"snapshot", "-"}, "nothing", lightsText(5, "a lamp")), 68, "/devices/0/ip");
 }
 
-TEST(MirrorctlNoAnswer, refusalsOfTheLibraryAreTold) {
+TEST(MirrorctlNoAnswer, RefusalsOfTheLibraryAreTold) {
     for (const char *command : {"palette", "snapshot"}) {
         const auto refused = [&](const std::string &function) {
             return ask({command, "-"}, function, lightsText(5, "127.0.58.9"));
         };
         expectFailure(refused("setMirrorConfig"), 77, "Capturing display 5 was refused.\n");
         expectFailure(refused("startMirror"), 71, "Mirroring could not be started.\n");
-        expectFailure(refused("stopMirror"), 70, "Mirroring could not be stopped in order.\n");
+        expectFailure(refused("stopMirror"), 70, "Mirroring could not be stopped properly.\n");
     }
     expectFailure(askPalette("getPalette"), 70, "the library could not make a palette\n");
     expectFailure(askPalette("sense"), 70, "the library's list of displays is not understood\n");
@@ -58,25 +58,25 @@ TEST(MirrorctlNoAnswer, refusalsOfTheLibraryAreTold) {
     expectFailure(askSnapshot("getStreamFrameJson"), 70, "could not hand out the frames sent\n");
 }
 
-TEST(MirrorctlNoAnswer, textsThatAreNotUnderstoodAreRefused) {
+TEST(MirrorctlNoAnswer, TextsThatAreNotUnderstoodAreRefused) {
     expectFailure(askPalette("palette sense"), 70, "the library's palette is not understood\n");
     expectFailure(askSnapshot("frame sense"), 70, "text of the frames sent is not understood\n");
 }
 
-TEST(MirrorctlNoAnswer, runsThatSendNothingAreGivenUp) {
+TEST(MirrorctlNoAnswer, RunsThatSendNothingAreGivenUp) {
     expectFailure(askPalette("captureCurrentStreamFrames"), 75, "No palette: mirroring ended");
     expectFailure(askSnapshot("captureCurrentStreamFrames"), 75, "mirroring ended by itself");
     expectFailure(askSnapshot("captureCurrentStreamFrames", 3), 75, "more time with --seconds");
 }
 
-TEST(MirrorctlNoAnswer, controlCEndsTheWait) {
+TEST(MirrorctlNoAnswer, ControlCEndsTheWait) {
     expectFailure(askPalette("interruption"), 75, "No palette: Interrupt.\n");
     expectFailure(
         ask({"snapshot", "-", "--seconds", "3600"}, "interruption", lightsText(5, "127.0.58.9", 2)),
         75, "No snapshot: Interrupt.\n");
 }
 
-TEST(MirrorctlNoAnswer, blackIsNoAnswerUntilTheScreenWasSeen) {
+TEST(MirrorctlNoAnswer, BlackIsNoAnswerUntilTheScreenWasSeen) {
     EXPECT_EQ(askPalette("promptness").out, "{\"palette\":[{\"R\":255,\"G\":255,\"B\":0}]}\n");
     for (const int mode : {0, 3}) {
         const Ending ending = askSnapshot("promptness", mode);
@@ -85,7 +85,7 @@ TEST(MirrorctlNoAnswer, blackIsNoAnswerUntilTheScreenWasSeen) {
 }
 
 // What the library prints goes to standard error, or programs could not read the output.
-TEST(MirrorctlNoAnswer, theLibrarysTalkIsKeptApart) {
+TEST(MirrorctlNoAnswer, LibraryMessagesGoToStandardError) {
     const Ending palette = askPalette("silence");
     EXPECT_EQ(palette.status, 0);
     EXPECT_EQ(palette.out, "{\"palette\":[{\"R\":255,\"G\":255,\"B\":0}]}\n");

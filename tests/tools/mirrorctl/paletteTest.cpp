@@ -35,7 +35,7 @@ std::string onTerminal(const std::vector<std::string> &command) {
 
 } // namespace
 
-TEST(MirrorctlPalette, printsTheLibrarysTextOffATerminal) {
+TEST(MirrorctlPalette, PrintsTheLibrarysTextOffATerminal) {
     test::VirtualScreen screen(640, 480);
     drawRedAndBlue(screen);
     const LightsFile file(lightsText(test::onlyDisplay(screen.display()), "127.0.58.20", 2));
@@ -48,7 +48,7 @@ TEST(MirrorctlPalette, printsTheLibrarysTextOffATerminal) {
     }
 }
 
-TEST(MirrorctlPalette, leavesTheLightsAlone) {
+TEST(MirrorctlPalette, LeavesTheLightsAlone) {
     test::VirtualScreen screen(640, 480);
     drawRedAndBlue(screen);
     LightReceiver light("127.0.58.21", 60222);
@@ -62,7 +62,7 @@ TEST(MirrorctlPalette, leavesTheLightsAlone) {
     EXPECT_FALSE(light.next(std::chrono::milliseconds(0)));
 }
 
-TEST(MirrorctlPalette, sendsNothingToWhoeverListensHere) {
+TEST(MirrorctlPalette, SendsNothingToWhoeverListensHere) {
     std::optional<LightReceiver> bystander;
     try {
         bystander.emplace("127.0.0.1", 60222);
@@ -77,7 +77,7 @@ TEST(MirrorctlPalette, sendsNothingToWhoeverListensHere) {
     EXPECT_FALSE(bystander->next(std::chrono::milliseconds(0)));
 }
 
-TEST(MirrorctlPalette, needsNoLightsAtAll) {
+TEST(MirrorctlPalette, NeedsNoLightsAtAll) {
     test::VirtualScreen screen(640, 480);
     drawRedAndBlue(screen);
     const auto display = test::onlyDisplay(screen.display());
@@ -92,7 +92,7 @@ TEST(MirrorctlPalette, needsNoLightsAtAll) {
     }
 }
 
-TEST(MirrorctlPalette, believesABlackScreenInTheEnd) {
+TEST(MirrorctlPalette, BelievesABlackScreenInTheEnd) {
     const test::VirtualScreen screen(640, 480);
     const LightsFile file(lightsText(test::onlyDisplay(screen.display()), "127.0.58.22"));
     const Ending ending = mirrorctl({"palette", file.path()}, {{"DISPLAY", screen.display()}});
@@ -100,7 +100,7 @@ TEST(MirrorctlPalette, believesABlackScreenInTheEnd) {
     EXPECT_EQ(ending.out, "{\"palette\":[{\"R\":0,\"G\":0,\"B\":0}]}\n");
 }
 
-TEST(MirrorctlPalette, waitsForAFrameThatComesLate) {
+TEST(MirrorctlPalette, WaitsForAFrameThatComesLate) {
     test::VirtualScreen screen(640, 480);
     drawRedAndBlue(screen);
     const Ending ending = mirrorctl(
@@ -111,7 +111,7 @@ TEST(MirrorctlPalette, waitsForAFrameThatComesLate) {
     EXPECT_EQ(ending.out, redAndBlue + "\n");
 }
 
-TEST(MirrorctlPalette, showsSwatchesOnATerminal) {
+TEST(MirrorctlPalette, ShowsSwatchesOnATerminal) {
     test::VirtualScreen screen(640, 480);
     screen.use();
     drawRedAndBlue(screen);

@@ -194,6 +194,10 @@ Ending Program::finish() {
     return ending;
 }
 
+bool contains(const std::string &text, const std::string &part) {
+    return text.find(part) != std::string::npos;
+}
+
 Ending mirrorctl(const std::vector<std::string> &arguments, const Program::Variables &variables,
                  const std::string &input) {
     return Program(arguments, variables, input).finish();

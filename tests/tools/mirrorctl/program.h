@@ -52,6 +52,8 @@ private:
     Ending ending;
 };
 
+bool contains(const std::string &text, const std::string &part);
+
 // Starts mirrorctl and waits for its end.
 Ending mirrorctl(const std::vector<std::string> &arguments,
                  const Program::Variables &variables = {}, const std::string &input = "");

@@ -5,13 +5,15 @@
 #include "tests/tools/mirrorctl/program.h"
 #include "tests/tools/panelwall/child.h"
 #include "tools/config/configDocument.h"
-#include "tools/mirrorctl/run/frameWitness.h"
+#include "tools/mirrorctl/layout/layoutPlan.h"
+#include "tools/mirrorctl/run/frameCounter.h"
 
 #include <csignal>
 #include <gtest/gtest.h>
 #include <rapidjson/document.h>
 #include <sstream>
 
+using test::contains;
 using test::Ending;
 using test::LightReceiver;
 using test::LightsFile;
@@ -19,10 +21,6 @@ using test::lightsText;
 using test::Program;
 
 namespace {
-
-bool contains(const std::string &text, const std::string &part) {
-    return text.find(part) != std::string::npos;
-}
 
 std::vector<rapidjson::Document> jsonLines(const std::string &out) {
     std::vector<rapidjson::Document> lines;
@@ -45,7 +43,7 @@ std::size_t received(LightReceiver &light) {
 
 } // namespace
 
-TEST(MirrorctlRunCount, countsEveryFrameThatTheLightReceived) {
+TEST(MirrorctlRunCount, CountsEveryFrameThatTheLightReceived) {
     test::VirtualScreen screen(640, 480);
     LightReceiver light("127.0.58.70", 60222);
     const auto display = test::onlyDisplay(screen.display());
@@ -68,7 +66,7 @@ TEST(MirrorctlRunCount, countsEveryFrameThatTheLightReceived) {
     EXPECT_EQ(end["errors"].GetUint(), 0u);
 }
 
-TEST(MirrorctlRunCount, countsChangesOfColour) {
+TEST(MirrorctlRunCount, CountsChangesOfColour) {
     test::VirtualScreen screen(640, 480);
     screen.fill(0xFF0000);
     LightReceiver light("127.0.58.71", 60222);
@@ -87,7 +85,7 @@ TEST(MirrorctlRunCount, countsChangesOfColour) {
         << ending.out;
 }
 
-TEST(MirrorctlRunCount, showsSignsOfLifeInPaletteMode) {
+TEST(MirrorctlRunCount, ShowsSignsOfLifeInPaletteMode) {
     test::VirtualScreen screen(640, 480);
     screen.fill(0xFF0000);
     const auto display = test::onlyDisplay(screen.display());
@@ -99,7 +97,7 @@ TEST(MirrorctlRunCount, showsSignsOfLifeInPaletteMode) {
     EXPECT_GE(lines.back()["signsOfLife"].GetUint(), 1u) << ending.out;
 }
 
-TEST(MirrorctlRunCount, handsOverTheDocumentAsItIsWhenTold) {
+TEST(MirrorctlRunCount, HandsOverTheDocumentAsItIsWhenTold) {
     test::VirtualScreen screen(640, 480);
     const auto display = test::onlyDisplay(screen.display());
     const Ending ending =
@@ -109,7 +107,7 @@ TEST(MirrorctlRunCount, handsOverTheDocumentAsItIsWhenTold) {
     EXPECT_FALSE(contains(ending.out, "Sent")) << ending.out;
 }
 
-TEST(MirrorctlRunCount, tellsWhatTheLibraryReports) {
+TEST(MirrorctlRunCount, TellsWhatTheLibraryReports) {
     const Ending ending =
         test::mirrorctl({"run", "-", "--seconds", "0.1"},
                         {{"LD_PRELOAD", REFUSING_LIBRARY}, {"REFUSE", "socket not connected"}},
@@ -121,7 +119,7 @@ TEST(MirrorctlRunCount, tellsWhatTheLibraryReports) {
         << ending.out;
 }
 
-TEST(MirrorctlRunCount, isLiveOnATerminal) {
+TEST(MirrorctlRunCount, IsLiveOnATerminal) {
     test::VirtualScreen screen(640, 480);
     screen.use();
     const LightsFile file(lightsText(test::onlyDisplay(screen.display()), "127.0.58.75"));
@@ -140,21 +138,22 @@ TEST(MirrorctlRunCount, isLiveOnATerminal) {
     EXPECT_TRUE(contains(child.out, " frames to every device, ")) << child.out;
 }
 
-TEST(MirrorctlFrameWitness, isTheLastDeviceOfTheDocument) {
-    const std::string text =
-        R"({"mode": 2, "displayID": 5, "devices": [{"ip": "127.0.58.76", "controlVersion": 1,
-            "shapeType": 0, "scaleFactor": 0.1, "panels": []}], "devices": 3})";
-    auto reading = config::readText(text);
-    const mirrorctl::FrameWitness witness(reading.document);
-    ASSERT_TRUE(witness.isThere()) << witness.reason();
-    const auto joined = config::readText(witness.joined(text));
-    ASSERT_TRUE(joined.problems.empty()) << joined.problems[0].message;
-    ASSERT_EQ(joined.document.devices.size(), 2u);
-    EXPECT_EQ(joined.document.devices[0].ip, "127.0.58.76");
-    EXPECT_EQ(joined.document.devices[0].scaleFactor, 0.1);
-    EXPECT_TRUE(joined.document.devices[1].panels.empty());
-    EXPECT_TRUE(joined.document.devices[1].ip.starts_with("127."));
-    reading.document.mode = 3;
-    const mirrorctl::FrameWitness second(reading.document);
-    EXPECT_EQ(config::readText(second.joined(text)).document.devices[1].panels.size(), 1u);
+TEST(MirrorctlFrameCounter, IsAnotherDeviceOfTheDocument) {
+    config::Document document{5, 2, {{"127.0.58.76", 1, 0, 0.1, {}}}};
+    const mirrorctl::FrameCounter counter(document);
+    ASSERT_EQ(counter.reason(), "");
+    const config::DeviceEntry device = counter.device();
+    EXPECT_TRUE(device.ip.starts_with("127."));
+    EXPECT_NE(device.ip, "127.0.58.76");
+    EXPECT_TRUE(device.panels.empty());
+    document.mode = 3;
+    EXPECT_EQ(mirrorctl::FrameCounter(document).device().panels.size(), 1u);
+
+    document.devices.push_back(device);
+    const auto reading = config::readText(mirrorctl::documentText(document));
+    ASSERT_TRUE(reading.problems.empty()) << reading.problems[0].message;
+    ASSERT_EQ(reading.document.devices.size(), 2u);
+    EXPECT_EQ(reading.document.devices[0].ip, "127.0.58.76");
+    EXPECT_EQ(reading.document.devices[0].scaleFactor, 0.1);
+    EXPECT_EQ(reading.document.devices[1].ip, device.ip);
 }

@@ -4,16 +4,13 @@
 
 #include <gtest/gtest.h>
 
+using test::contains;
 using test::Ending;
 using test::LightsFile;
 using test::lightsText;
 using test::mirrorctl;
 
 namespace {
-
-bool contains(const std::string &text, const std::string &part) {
-    return text.find(part) != std::string::npos;
-}
 
 // With a library that has display 5 and refuses `function`.
 Ending runRefused(const std::string &text, const std::string &function) {
@@ -24,7 +21,7 @@ Ending runRefused(const std::string &text, const std::string &function) {
 
 } // namespace
 
-TEST(MirrorctlRunFailure, namesFilesThatCannotBeRead) {
+TEST(MirrorctlRunFailure, NamesFilesThatCannotBeRead) {
     const Ending missing = mirrorctl({"run", "/no/such.json"});
     EXPECT_EQ(missing.status, 66);
     EXPECT_EQ(missing.err, "/no/such.json: cannot be read: No such file or directory\n");
@@ -33,7 +30,7 @@ TEST(MirrorctlRunFailure, namesFilesThatCannotBeRead) {
     EXPECT_EQ(folder.err, "/tmp: cannot be read: Is a directory\n");
 }
 
-TEST(MirrorctlRunFailure, printsEveryFaultOfTheDocument) {
+TEST(MirrorctlRunFailure, PrintsEveryFaultOfTheDocument) {
     const LightsFile file(R"({"displayID": 2.5, "mode": 0, "devices": [{}]})");
     const Ending ending = mirrorctl({"run", file.path()});
     EXPECT_EQ(ending.status, 65);
@@ -60,7 +57,7 @@ TEST(MirrorctlRunFailure, printsEveryFaultOfTheDocument) {
     EXPECT_TRUE(ending.err.starts_with(file.path() + ": line 1, column 2: ")) << ending.err;
 }
 
-TEST(MirrorctlRunFailure, placesSyntaxErrors) {
+TEST(MirrorctlRunFailure, PlacesSyntaxErrors) {
     const Ending ending = mirrorctl({"run", "-"}, {}, "{\n  \"mode\": }");
     EXPECT_EQ(ending.status, 65);
     EXPECT_EQ(ending.err, "standard input: line 2, column 11: Invalid value.\n"
@@ -68,7 +65,7 @@ TEST(MirrorctlRunFailure, placesSyntaxErrors) {
                           "true, false or null.\n");
 }
 
-TEST(MirrorctlRunFailure, refusesModesThatDoNotExist) {
+TEST(MirrorctlRunFailure, RefusesModesThatDoNotExist) {
     for (const int mode : {-1, 4}) {
         const LightsFile file(lightsText(5, "127.0.40.1", mode));
         const Ending ending = mirrorctl({"run", file.path()});
@@ -82,7 +79,7 @@ TEST(MirrorctlRunFailure, refusesModesThatDoNotExist) {
     }
 }
 
-TEST(MirrorctlRunFailure, refusesWhatIsNoAddress) {
+TEST(MirrorctlRunFailure, RefusesWhatIsNoAddress) {
     for (const char *ip : {"", "lights.example", "127.0.0", "127.0.0.01", "127.0.0.256", "0x7f.1",
                            " 127.0.0.1", "::g"}) {
         const Ending ending = runRefused(lightsText(5, ip), "nothing");
@@ -101,7 +98,7 @@ TEST(MirrorctlRunFailure, refusesWhatIsNoAddress) {
         EXPECT_EQ(runRefused(lightsText(5, ip), "nothing").status, 0) << ip;
 }
 
-TEST(MirrorctlRunFailure, listsTheDisplaysThatAreThere) {
+TEST(MirrorctlRunFailure, ListsTheDisplaysThatAreThere) {
     const test::VirtualScreen screen(640, 480);
     const auto there = test::onlyDisplay(screen.display());
     for (const std::uint32_t wanted : {0u, there + 1}) {
@@ -118,7 +115,7 @@ TEST(MirrorctlRunFailure, listsTheDisplaysThatAreThere) {
     }
 }
 
-TEST(MirrorctlRunFailure, saysThatThereIsNoDisplay) {
+TEST(MirrorctlRunFailure, SaysThatThereIsNoDisplay) {
     const LightsFile file(lightsText(5, "127.0.40.1"));
     const Ending ending = mirrorctl({"run", file.path()}, {{"DISPLAY", ""}});
     EXPECT_EQ(ending.status, 69);
@@ -127,30 +124,30 @@ TEST(MirrorctlRunFailure, saysThatThereIsNoDisplay) {
     EXPECT_TRUE(contains(ending.err, "the variable DISPLAY is not set")) << ending.err;
 }
 
-TEST(MirrorctlRunFailure, namesAddressAndDisplayAtOnce) {
+TEST(MirrorctlRunFailure, NamesAddressAndDisplayAtOnce) {
     const Ending ending = runRefused(lightsText(6, "nowhere"), "nothing");
     EXPECT_EQ(ending.status, 68);
     EXPECT_TRUE(contains(ending.err, "/devices/0/ip: ")) << ending.err;
     EXPECT_TRUE(contains(ending.err, "/displayID: ")) << ending.err;
 }
 
-TEST(MirrorctlRunFailure, explainsRefusedCapture) {
+TEST(MirrorctlRunFailure, ExplainsRefusedCapture) {
     const Ending ending = runRefused(lightsText(5, "127.0.40.1"), "setMirrorConfig");
     EXPECT_EQ(ending.status, 77);
     EXPECT_TRUE(contains(ending.err, "Capturing display 5 was refused.\n")) << ending.err;
     EXPECT_EQ(ending.out, "");
 }
 
-TEST(MirrorctlRunFailure, explainsRefusedStarts) {
+TEST(MirrorctlRunFailure, ExplainsRefusedStarts) {
     const Ending refused = runRefused(lightsText(5, "127.0.40.1"), "startMirror");
     EXPECT_EQ(refused.status, 71);
     EXPECT_EQ(refused.err, "Mirroring could not be started.\n");
     const Ending stuck = runRefused(lightsText(5, "127.0.40.1"), "stopMirror");
     EXPECT_EQ(stuck.status, 70);
-    EXPECT_EQ(stuck.err, "Mirroring could not be stopped in order.\n");
+    EXPECT_EQ(stuck.err, "Mirroring could not be stopped properly.\n");
 }
 
-TEST(MirrorctlRunFailure, needsADevice) {
+TEST(MirrorctlRunFailure, NeedsADevice) {
     const test::VirtualScreen screen(640, 480);
     const auto there = std::to_string(test::onlyDisplay(screen.display()));
     const Ending ending = mirrorctl({"run", "-"}, {{"DISPLAY", screen.display()}},
@@ -160,7 +157,7 @@ TEST(MirrorctlRunFailure, needsADevice) {
                           "No devices.\n");
 }
 
-TEST(MirrorctlRunFailure, noticesRunsThatEndByThemselves) {
+TEST(MirrorctlRunFailure, NoticesRunsThatEndByThemselves) {
     for (const char *reason : {"Stream start failed!", "Error during runMirror"}) {
         const Ending ending =
             mirrorctl({"run", "-"}, {{"LD_PRELOAD", REFUSING_LIBRARY}, {"REFUSE", reason}},

@@ -51,30 +51,30 @@ void expectBetween(int value, int least, int most) {
 
 } // namespace
 
-TEST(MirrorctlRunModes, runsTheModeOfTheDocument) {
+TEST(MirrorctlRunModes, RunsTheModeOfTheDocument) {
     EXPECT_EQ(transitionOfRed("127.0.58.10", 0, {}, "match"), 1);
     expectBetween(transitionOfRed("127.0.58.10", 1, {}, "melt"), 2, 10);
     EXPECT_EQ(transitionOfRed("127.0.58.10", 2, {}, "fade"), 5);
     expectBetween(transitionOfRed("127.0.58.10", 3, {}, "palette"), 10, 14);
 }
 
-TEST(MirrorctlRunModes, takesNamesInsteadOfTheDocumentsMode) {
+TEST(MirrorctlRunModes, TakesNamesInsteadOfTheDocumentsMode) {
     EXPECT_EQ(transitionOfRed("127.0.58.11", 2, {"--mode", "match"}, "match"), 1);
     expectBetween(transitionOfRed("127.0.58.11", 0, {"--mode", "melt"}, "melt"), 2, 10);
     EXPECT_EQ(transitionOfRed("127.0.58.11", 0, {"--mode", "fade"}, "fade"), 5);
     expectBetween(transitionOfRed("127.0.58.11", 0, {"--mode", "palette"}, "palette"), 10, 14);
 }
 
-TEST(MirrorctlRunModes, takesNumbersInsteadOfTheDocumentsMode) {
+TEST(MirrorctlRunModes, TakesNumbersInsteadOfTheDocumentsMode) {
     EXPECT_EQ(transitionOfRed("127.0.58.12", 2, {"--mode", "0"}, "match"), 1);
     EXPECT_EQ(transitionOfRed("127.0.58.12", 3, {"--mode=2"}, "fade"), 5);
 }
 
-TEST(MirrorctlRunModes, mendsAModeThatDoesNotExist) {
+TEST(MirrorctlRunModes, MendsAModeThatDoesNotExist) {
     EXPECT_EQ(transitionOfRed("127.0.58.13", 7, {"--mode", "fade"}, "fade"), 5);
 }
 
-TEST(MirrorctlRunModes, doesNotExcuseAModeThatIsMissing) {
+TEST(MirrorctlRunModes, DoesNotExcuseAModeThatIsMissing) {
     const LightsFile file(R"({"displayID": 5, "devices": []})");
     const Ending ending = test::mirrorctl({"run", file.path(), "--mode", "fade"});
     EXPECT_EQ(ending.status, 65);

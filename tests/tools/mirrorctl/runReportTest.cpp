@@ -18,7 +18,7 @@ RunState matchState() {
 
 } // namespace
 
-TEST(MirrorctlFrameTally, tellsRateAndJitter) {
+TEST(MirrorctlFrameTally, TellsRateAndJitter) {
     FrameTally tally;
     EXPECT_FALSE(tally.wholePace());
     tally.add(100.0);
@@ -30,7 +30,7 @@ TEST(MirrorctlFrameTally, tellsRateAndJitter) {
     EXPECT_NEAR(tally.wholePace()->jitter, 0.01, 1e-6);
 }
 
-TEST(MirrorctlFrameTally, forgetsWhatIsLongAgoInTheRecentPace) {
+TEST(MirrorctlFrameTally, ForgetsWhatIsLongAgoInTheRecentPace) {
     FrameTally tally;
     for (int i = 0; i <= 10; ++i)
         tally.add(i * 1.0);
@@ -42,7 +42,7 @@ TEST(MirrorctlFrameTally, forgetsWhatIsLongAgoInTheRecentPace) {
     EXPECT_EQ(tally.frames(), 61u);
 }
 
-TEST(MirrorctlFrameTally, leavesPausesOut) {
+TEST(MirrorctlFrameTally, LeavesPausesOut) {
     FrameTally tally;
     for (int i = 0; i < 3; ++i)
         tally.add(i * 0.1);
@@ -55,12 +55,12 @@ TEST(MirrorctlFrameTally, leavesPausesOut) {
     EXPECT_NEAR(tally.lastTime(), 60.2, 1e-9);
 }
 
-TEST(MirrorctlRunReport, tellsFramesRateAndJitter) {
+TEST(MirrorctlRunReport, TellsFramesRateAndJitter) {
     EXPECT_EQ(liveLine(matchState(), 200), "12 s  291 frames  23.7/s  jitter 0.4 ms  no error");
     EXPECT_EQ(liveLine(matchState(), 9), "12 s  291");
 }
 
-TEST(MirrorctlRunReport, showsHowFarItIs) {
+TEST(MirrorctlRunReport, ShowsHowFarItIs) {
     RunState state = matchState();
     state.planned = 24.0;
     EXPECT_TRUE(liveLine(state, 200).starts_with("[##########----------]  51 %  12 of 24 s  291 "));
@@ -68,7 +68,7 @@ TEST(MirrorctlRunReport, showsHowFarItIs) {
     EXPECT_TRUE(liveLine(state, 200).starts_with("[####################] 100 %"));
 }
 
-TEST(MirrorctlRunReport, tellsSilenceAndErrors) {
+TEST(MirrorctlRunReport, TellsSilenceAndErrors) {
     RunState state = matchState();
     state.silence = 3.2;
     state.errors = 2;
@@ -79,20 +79,20 @@ TEST(MirrorctlRunReport, tellsSilenceAndErrors) {
                               "The library reported 2 errors, the last: socket not connected\n");
 }
 
-TEST(MirrorctlRunReport, tellsOfTheDisplayServer) {
+TEST(MirrorctlRunReport, TellsOfTheDisplayServer) {
     RunState state = matchState();
-    state.server = ServerState::silent;
+    state.server = ServerState::Silent;
     state.outage = 3.2;
     EXPECT_EQ(liveLine(state, 200), "12 s  DISPLAY SERVER SILENT for 3 s  291 frames  23.7/s  "
                                     "jitter 0.4 ms  no error");
-    state.server = ServerState::gone;
+    state.server = ServerState::Gone;
     state.wholeOutage = 3.2;
     EXPECT_EQ(liveLine(state, 200), "12 s  DISPLAY SERVER GONE for 3 s, waiting for it  no error");
     EXPECT_EQ(summary(state), "Sent 291 frames to every device, 23.7 a second, jitter 0.44 ms.\n"
                               "The display server was gone for 3.2 s of this.\n");
 }
 
-TEST(MirrorctlRunReport, knowsTheModesThatSendNowAndThen) {
+TEST(MirrorctlRunReport, KnowsTheModesThatSendNowAndThen) {
     RunState state = matchState();
     state.silence = 5.0;
     for (const int mode : {1, 2}) {
@@ -107,7 +107,7 @@ TEST(MirrorctlRunReport, knowsTheModesThatSendNowAndThen) {
     EXPECT_EQ(summary(state), "");
 }
 
-TEST(MirrorctlRunReport, printsForScripts) {
+TEST(MirrorctlRunReport, PrintsForScripts) {
     RunState state = matchState();
     EXPECT_EQ(
         jsonLine("running", state),
@@ -118,7 +118,7 @@ TEST(MirrorctlRunReport, printsForScripts) {
     state.mode = 3;
     state.errors = 1;
     state.lastError = "a \"word\"";
-    state.server = ServerState::gone;
+    state.server = ServerState::Gone;
     EXPECT_EQ(
         jsonLine("stopped", state),
         R"({"event":"stopped","mode":"palette","seconds":12.4,"signsOfLife":null,)"

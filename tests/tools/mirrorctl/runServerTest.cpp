@@ -9,28 +9,16 @@
 #include <fstream>
 #include <gtest/gtest.h>
 
+using test::contains;
 using test::Ending;
+using test::greenPanel;
 using test::LightReceiver;
 using test::lightsText;
 using test::Program;
+using test::receives;
+using test::redPanel;
 
 namespace {
-
-const test::Datagram redPanel = {0, 1, 0, 17, 255, 0, 0, 0, 0, 1};
-const test::Datagram greenPanel = {0, 1, 0, 17, 0, 255, 0, 0, 0, 1};
-
-bool contains(const std::string &text, const std::string &part) {
-    return text.find(part) != std::string::npos;
-}
-
-bool receives(LightReceiver &light, const test::Datagram &wanted) {
-    for (int i = 0; i < 500; ++i) {
-        const auto datagram = light.next();
-        if (!datagram || *datagram == wanted)
-            return datagram.has_value();
-    }
-    return false;
-}
 
 // A run in match mode that has sent the screen's red.
 class MirrorctlRunServer : public testing::Test {
@@ -57,7 +45,7 @@ protected:
 
 } // namespace
 
-TEST_F(MirrorctlRunServer, goesOnWhenTheServerIsBack) {
+TEST_F(MirrorctlRunServer, GoesOnWhenTheServerIsBack) {
     begin("127.0.58.91", {"--json"});
     for (int i = 0; i < 2; ++i) {
         const auto death = std::chrono::steady_clock::now();
@@ -76,7 +64,7 @@ TEST_F(MirrorctlRunServer, goesOnWhenTheServerIsBack) {
     EXPECT_TRUE(contains(ending.out, "{\"event\":\"stopped\"")) << ending.out;
 }
 
-TEST_F(MirrorctlRunServer, saysThatTheServerHasGone) {
+TEST_F(MirrorctlRunServer, SaysThatTheServerHasGone) {
     begin("127.0.58.92", {"--seconds", "60"});
     screen.kill();
     program->waitForError(server("has gone; the lights keep their last colours until it is back."));
@@ -88,7 +76,7 @@ TEST_F(MirrorctlRunServer, saysThatTheServerHasGone) {
     EXPECT_TRUE(contains(ending.out, "The display server was gone for ")) << ending.out;
 }
 
-TEST_F(MirrorctlRunServer, isStoppedWhileTheServerIsAway) {
+TEST_F(MirrorctlRunServer, IsStoppedWhileTheServerIsAway) {
     begin("127.0.58.93", {"--seconds", "60"});
     screen.kill();
     program->waitForError("has gone");
@@ -98,13 +86,13 @@ TEST_F(MirrorctlRunServer, isStoppedWhileTheServerIsAway) {
     EXPECT_TRUE(contains(ending.out, "Stopping: Interrupt.\nMirrored display ")) << ending.out;
 }
 
-TEST_F(MirrorctlRunServer, endsInTimeWhileTheServerIsAway) {
+TEST_F(MirrorctlRunServer, EndsInTimeWhileTheServerIsAway) {
     begin("127.0.58.94", {"--seconds", "2"});
     screen.kill();
     EXPECT_EQ(program->finish().status, 0);
 }
 
-TEST_F(MirrorctlRunServer, endsWithTheServerWhenTold) {
+TEST_F(MirrorctlRunServer, EndsWithTheServerWhenTold) {
     begin("127.0.58.95", {"--once"});
     screen.kill();
     const Ending ending = program->finish();
@@ -114,7 +102,7 @@ TEST_F(MirrorctlRunServer, endsWithTheServerWhenTold) {
         << ending.err;
 }
 
-TEST_F(MirrorctlRunServer, tellsAHungServerFromADeadOne) {
+TEST_F(MirrorctlRunServer, TellsAHungServerFromADeadOne) {
     begin("127.0.58.96", {"--json"});
     kill(screen.pid(), SIGSTOP);
     program->waitFor("{\"event\":\"serverSilent\"");
@@ -128,7 +116,7 @@ TEST_F(MirrorctlRunServer, tellsAHungServerFromADeadOne) {
     EXPECT_FALSE(contains(ending.out, "serverGone")) << ending.out;
 }
 
-TEST_F(MirrorctlRunServer, isStoppedWhileTheServerHangs) {
+TEST_F(MirrorctlRunServer, IsStoppedWhileTheServerHangs) {
     begin("127.0.58.97", {"--seconds", "60"});
     kill(screen.pid(), SIGSTOP);
     program->waitForError(server("does not answer."));
@@ -136,13 +124,13 @@ TEST_F(MirrorctlRunServer, isStoppedWhileTheServerHangs) {
     program->signal(SIGINT);
     const Ending ending = program->finish();
     const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - sent;
-    EXPECT_LT(taken.count(), 2.5); // see isLeftAtOnceOnASignal
+    EXPECT_LT(taken.count(), 2.5); // see IsLeftAtOnceOnASignal
     EXPECT_EQ(ending.status, 0) << ending.err;
     EXPECT_TRUE(contains(ending.out, "Mirrored display ")) << ending.out;
 }
 
 // Frames are counted by their time of arrival, so that nobody has to wake for each.
-TEST_F(MirrorctlRunServer, sleepsBetweenItsReports) {
+TEST_F(MirrorctlRunServer, SleepsBetweenItsReports) {
     begin("127.0.58.98", {"--json"});
     const auto switches = [&] {
         const std::string task = std::to_string(program->pid());

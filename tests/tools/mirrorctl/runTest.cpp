@@ -15,24 +15,10 @@ using test::LightReceiver;
 using test::LightsFile;
 using test::lightsText;
 using test::Program;
+using test::receives;
+using test::redPanel;
 
 namespace {
-
-// The only panel, number 17, at once in pure red, in wide layout.
-const test::Datagram redPanel = {0, 1, 0, 17, 255, 0, 0, 0, 0, 1};
-
-// Reads datagrams until one is `wanted`. The first ones may have been sent before the first frame
-// came.
-testing::AssertionResult receives(LightReceiver &light, const test::Datagram &wanted) {
-    for (int i = 0; i < 200; ++i) {
-        const auto datagram = light.next();
-        if (!datagram)
-            return testing::AssertionFailure() << "silence after " << i << " datagrams";
-        if (*datagram == wanted)
-            return testing::AssertionSuccess();
-    }
-    return testing::AssertionFailure() << "only other datagrams";
-}
 
 // The shared memory segments that `pid` made and that are still there.
 std::string segmentsOf(pid_t pid) {
@@ -79,7 +65,7 @@ double secondsIn(const std::string &out) {
 
 } // namespace
 
-TEST(MirrorctlRun, lightsADeviceForASecond) {
+TEST(MirrorctlRun, LightsADeviceForASecond) {
     test::VirtualScreen screen(640, 480);
     screen.fill(0xFF0000);
     LightReceiver light("127.0.40.11", 60222);
@@ -95,7 +81,7 @@ TEST(MirrorctlRun, lightsADeviceForASecond) {
     EXPECT_EQ(ending.out.find("Stopping"), std::string::npos) << ending.out;
 }
 
-TEST(MirrorctlRun, readsStandardInput) {
+TEST(MirrorctlRun, ReadsStandardInput) {
     test::VirtualScreen screen(640, 480);
     screen.fill(0xFF0000);
     LightReceiver light("127.0.40.12", 60222);
@@ -106,24 +92,24 @@ TEST(MirrorctlRun, readsStandardInput) {
     EXPECT_EQ(program.finish().status, 0);
 }
 
-TEST(MirrorctlRun, endsCleanlyOnControlC) {
+TEST(MirrorctlRun, EndsCleanlyOnControlC) {
     endsCleanlyOn(SIGINT, "127.0.40.13");
 }
 
-TEST(MirrorctlRun, endsCleanlyOnTermination) {
+TEST(MirrorctlRun, EndsCleanlyOnTermination) {
     endsCleanlyOn(SIGTERM, "127.0.40.14");
 }
 
-TEST(MirrorctlRun, endsCleanlyOnHangUp) {
+TEST(MirrorctlRun, EndsCleanlyOnHangUp) {
     endsCleanlyOn(SIGHUP, "127.0.40.15");
 }
 
 // A script starts what it puts into the background with SIGINT ignored.
-TEST(MirrorctlRun, endsCleanlyOnControlCThoughItWasIgnored) {
+TEST(MirrorctlRun, EndsCleanlyOnControlCThoughItWasIgnored) {
     endsCleanlyOn(SIGINT, "127.0.40.18", SIGINT);
 }
 
-TEST(MirrorctlRun, goesOnWhenHangUpWasIgnored) {
+TEST(MirrorctlRun, GoesOnWhenHangUpWasIgnored) {
     test::VirtualScreen screen(640, 480);
     LightReceiver light("127.0.40.16", 60222);
     const auto display = test::onlyDisplay(screen.display());
@@ -137,7 +123,7 @@ TEST(MirrorctlRun, goesOnWhenHangUpWasIgnored) {
     EXPECT_EQ(ending.out.find("Stopping"), std::string::npos) << ending.out;
 }
 
-TEST(MirrorctlRun, stopsWhenToldTwice) {
+TEST(MirrorctlRun, StopsWhenToldTwice) {
     test::VirtualScreen screen(640, 480);
     LightReceiver light("127.0.40.17", 60222);
     const auto display = test::onlyDisplay(screen.display());

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+using test::contains;
 using test::Ending;
 using test::LightReceiver;
 using test::LightsFile;
@@ -13,10 +14,6 @@ using test::lightsText;
 using test::mirrorctl;
 
 namespace {
-
-bool contains(const std::string &text, const std::string &part) {
-    return text.find(part) != std::string::npos;
-}
 
 // A narrow device with panels 300 and 2, a wide one with panel 300, one without panels.
 std::string threeDevices(std::uint32_t displayID, const std::string &net, int mode) {
@@ -49,7 +46,7 @@ Ending snapshot(const test::VirtualScreen &screen, const std::string &text,
 
 } // namespace
 
-TEST(MirrorctlSnapshot, listsWhatEachDeviceWasSent) {
+TEST(MirrorctlSnapshot, ListsWhatEachDeviceWasSent) {
     test::VirtualScreen screen(640, 480);
     drawThreeColours(screen);
     const std::string text = threeDevices(test::onlyDisplay(screen.display()), "127.0.58.3", 0);
@@ -70,7 +67,7 @@ TEST(MirrorctlSnapshot, listsWhatEachDeviceWasSent) {
                         "\n");
 }
 
-TEST(MirrorctlSnapshot, lightsTheDevices) {
+TEST(MirrorctlSnapshot, LightsTheDevices) {
     test::VirtualScreen screen(640, 480);
     screen.fill(0xFF0000);
     LightReceiver light("127.0.58.40", 60222);
@@ -83,7 +80,7 @@ TEST(MirrorctlSnapshot, lightsTheDevices) {
     EXPECT_EQ(last, (test::Datagram{0, 1, 0, 17, 255, 0, 0, 0, 0, 1}));
 }
 
-TEST(MirrorctlSnapshot, showsTheFirstColourOfMeltAndFade) {
+TEST(MirrorctlSnapshot, ShowsTheFirstColourOfMeltAndFade) {
     test::VirtualScreen screen(640, 480);
     screen.fill(0xFF0000);
     const auto display = test::onlyDisplay(screen.display());
@@ -96,7 +93,7 @@ TEST(MirrorctlSnapshot, showsTheFirstColourOfMeltAndFade) {
     }
 }
 
-TEST(MirrorctlSnapshot, waitsForTheScreenToChange) {
+TEST(MirrorctlSnapshot, WaitsForTheScreenToChange) {
     test::VirtualScreen screen(640, 480);
     const LightsFile file(lightsText(test::onlyDisplay(screen.display()), "127.0.58.42", 2));
     // Nothing is sent before the colour comes, however late that is.
@@ -108,7 +105,7 @@ TEST(MirrorctlSnapshot, waitsForTheScreenToChange) {
     EXPECT_TRUE(contains(ending.out, "  #ff0000\n")) << ending.out;
 }
 
-TEST(MirrorctlSnapshot, saysWhyNothingCame) {
+TEST(MirrorctlSnapshot, SaysWhyNothingCame) {
     const test::VirtualScreen screen(640, 480);
     const auto display = test::onlyDisplay(screen.display());
     const std::string names[] = {"melt", "fade"};
@@ -125,7 +122,7 @@ TEST(MirrorctlSnapshot, saysWhyNothingCame) {
     }
 }
 
-TEST(MirrorctlSnapshot, believesABlackScreenInTheEnd) {
+TEST(MirrorctlSnapshot, BelievesABlackScreenInTheEnd) {
     const test::VirtualScreen screen(640, 480);
     const auto display = test::onlyDisplay(screen.display());
     for (const int mode : {0, 3}) {
@@ -135,7 +132,7 @@ TEST(MirrorctlSnapshot, believesABlackScreenInTheEnd) {
     }
 }
 
-TEST(MirrorctlSnapshot, waitsForAFrameThatComesLate) {
+TEST(MirrorctlSnapshot, WaitsForAFrameThatComesLate) {
     test::VirtualScreen screen(640, 480);
     screen.fill(0xFF0000);
     const auto display = test::onlyDisplay(screen.display());
@@ -149,7 +146,7 @@ TEST(MirrorctlSnapshot, waitsForAFrameThatComesLate) {
     }
 }
 
-TEST(MirrorctlSnapshot, showsColoursOfThePalette) {
+TEST(MirrorctlSnapshot, ShowsColoursOfThePalette) {
     test::VirtualScreen screen(640, 480);
     screen.fill(0xFF0000);
     const std::string text = threeDevices(test::onlyDisplay(screen.display()), "127.0.58.5", 3);
@@ -164,7 +161,7 @@ TEST(MirrorctlSnapshot, showsColoursOfThePalette) {
         EXPECT_TRUE(contains(ending.out, device)) << ending.out;
 }
 
-TEST(MirrorctlSnapshot, showsSwatchesOnATerminal) {
+TEST(MirrorctlSnapshot, ShowsSwatchesOnATerminal) {
     test::VirtualScreen screen(640, 480);
     screen.use();
     screen.fill(0xFF8000);

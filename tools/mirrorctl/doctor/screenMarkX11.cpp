@@ -1,11 +1,16 @@
-#include "tools/mirrorctl/doctor/system.h"
-#include "tools/mirrorctl/xServer.h"
+#include "tools/mirrorctl/doctor/doctor.h"
 
-#include <sys/time.h>
+#include "platform/objects/signals.h"
+#include "platform/x11/monitors.h"
+
+#include <chrono>
+#include <system_error>
 #include <vector>
-#include <xcb/randr.h>
 
 namespace mirrorctl {
+
+using platform::x11::Connection;
+using platform::x11::Reply;
 
 // One mark: its window, and what was to be seen in its place. A root window that somebody has drawn
 // on forgets what a window has covered.
@@ -17,37 +22,32 @@ struct CoveredPlace {
 };
 
 struct ScreenMark::Windows {
-    XServer server;
+    std::unique_ptr<Connection> connection;
     std::vector<CoveredPlace> places;
 };
 
-static double wallClock() {
-    timeval now;
-    gettimeofday(&now, nullptr);
-    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_usec) / 1e6;
-}
-
-static std::uint32_t pixelOf(const XServer &server, std::uint32_t colour) {
+static std::uint32_t pixelOf(const Connection &connection, std::uint32_t colour) {
     const auto channel = [&](int shift) {
         return static_cast<std::uint16_t>((colour >> shift & 0xFF) * 0x101);
     };
-    const XReply<xcb_alloc_color_reply_t> reply(
-        xcb_alloc_color_reply(server.get(),
-                              xcb_alloc_color(server.get(), server.root().default_colormap,
-                                              channel(16), channel(8), channel(0)),
-                              nullptr));
+    const Reply<xcb_alloc_color_reply_t> reply(xcb_alloc_color_reply(
+        connection.get(),
+        xcb_alloc_color(connection.get(), connection.screen().default_colormap, channel(16),
+                        channel(8), channel(0)),
+        nullptr));
     return reply ? reply->pixel : colour;
 }
 
 static constexpr auto squareSide = static_cast<std::uint16_t>(ScreenMark::side);
 
-static CoveredPlace showAt(const XServer &server, int x, int y, std::uint32_t pixel) {
-    xcb_connection_t *xcb = server.get();
+static CoveredPlace showAt(const Connection &connection, int x, int y, std::uint32_t pixel) {
+    xcb_connection_t *xcb = connection.get();
     const CoveredPlace place{static_cast<std::int16_t>(x + ScreenMark::first),
                              static_cast<std::int16_t>(y + ScreenMark::first), xcb_generate_id(xcb),
                              xcb_generate_id(xcb)};
-    const xcb_window_t root = server.root().root;
-    xcb_create_pixmap(xcb, server.root().root_depth, place.before, root, squareSide, squareSide);
+    const xcb_window_t root = connection.root();
+    xcb_create_pixmap(xcb, connection.screen().root_depth, place.before, root, squareSide,
+                      squareSide);
     const xcb_gcontext_t brush = xcb_generate_id(xcb);
     const std::uint32_t withInferiors[] = {XCB_SUBWINDOW_MODE_INCLUDE_INFERIORS, 0};
     xcb_create_gc(xcb, brush, root, XCB_GC_SUBWINDOW_MODE | XCB_GC_GRAPHICS_EXPOSURES,
@@ -66,55 +66,65 @@ static CoveredPlace showAt(const XServer &server, int x, int y, std::uint32_t pi
 }
 
 // Drawing on the root leaves windows alone; those draw themselves again.
-static void uncover(const XServer &server, const CoveredPlace &place) {
-    xcb_connection_t *xcb = server.get();
+static void uncover(const Connection &connection, const CoveredPlace &place) {
+    xcb_connection_t *xcb = connection.get();
     xcb_destroy_window(xcb, place.window);
     const xcb_gcontext_t brush = xcb_generate_id(xcb);
     const std::uint32_t noExposures = 0;
-    xcb_create_gc(xcb, brush, server.root().root, XCB_GC_GRAPHICS_EXPOSURES, &noExposures);
-    xcb_copy_area(xcb, place.before, server.root().root, brush, 0, 0, place.x, place.y, squareSide,
+    xcb_create_gc(xcb, brush, connection.root(), XCB_GC_GRAPHICS_EXPOSURES, &noExposures);
+    xcb_copy_area(xcb, place.before, connection.root(), brush, 0, 0, place.x, place.y, squareSide,
                   squareSide);
     xcb_free_gc(xcb, brush);
     xcb_free_pixmap(xcb, place.before);
 }
 
 // An answer to this means that everything before has been done.
-static bool isUpToDate(const XServer &server) {
-    const XReply<xcb_get_input_focus_reply_t> done(
-        xcb_get_input_focus_reply(server.get(), xcb_get_input_focus(server.get()), nullptr));
+static bool isUpToDate(const Connection &connection) {
+    const Reply<xcb_get_input_focus_reply_t> done(xcb_get_input_focus_reply(
+        connection.get(), xcb_get_input_focus(connection.get()), nullptr));
     return done != nullptr;
 }
 
 ScreenMark::ScreenMark(std::uint32_t width, std::uint32_t height, std::uint32_t colour)
     : windows(std::make_unique<Windows>()) {
-    const XServer &server = windows->server;
-    if (!server.isThere()) {
+    const platform::SigpipeGuard guard;
+    windows->connection = Connection::open();
+    if (!windows->connection) {
         why = "the X server does not answer";
         return;
     }
-    const XReply<xcb_randr_get_monitors_reply_t> monitors(xcb_randr_get_monitors_reply(
-        server.get(), xcb_randr_get_monitors(server.get(), server.root().root, 1), nullptr));
+    Connection &connection = *windows->connection;
+    const auto monitors = platform::x11::listMonitors(connection);
     if (!monitors) {
         why = "the X server does not list its monitors";
         return;
     }
-    const std::uint32_t pixel = pixelOf(server, colour);
-    for (auto each = xcb_randr_get_monitors_monitors_iterator(monitors.get()); each.rem > 0;
-         xcb_randr_monitor_info_next(&each))
-        if (each.data->width == width && each.data->height == height)
-            windows->places.push_back(showAt(server, each.data->x, each.data->y, pixel));
+    const std::uint32_t pixel = pixelOf(connection, colour);
+    for (const auto &[id, area] : *monitors)
+        if (area.width == static_cast<int>(width) && area.height == static_cast<int>(height))
+            windows->places.push_back(showAt(connection, area.x, area.y, pixel));
     if (windows->places.empty())
         why = "no monitor has the display's size";
-    else if (!isUpToDate(server))
+    else if (!isUpToDate(connection))
         why = "the X server went away";
-    time = wallClock();
+    connection.endWatch(); // nothing is asked of it while the mark is looked for
+    time =
+        std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
 }
 
 ScreenMark::~ScreenMark() {
-    for (const auto &place : windows->places)
-        uncover(windows->server, place);
-    if (!windows->places.empty())
-        isUpToDate(windows->server);
+    if (windows->places.empty())
+        return;
+    const platform::SigpipeGuard guard;
+    Connection &connection = *windows->connection;
+    try {
+        const platform::Watchdog watchdog(connection.descriptor());
+        for (const auto &place : windows->places)
+            uncover(connection, place);
+        isUpToDate(connection);
+    } catch (const std::system_error &) {
+        // Without a thread to watch it nothing is waited for; the windows go with the connection.
+    }
 }
 
 } // namespace mirrorctl

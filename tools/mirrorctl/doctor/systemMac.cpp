@@ -1,27 +1,24 @@
-#include "tools/mirrorctl/doctor/system.h"
+#include "tools/mirrorctl/doctor/doctor.h"
 
 #include <CoreGraphics/CoreGraphics.h>
 
 namespace mirrorctl {
 
-struct System::Server {};
-
-System::System() = default;
-System::~System() = default;
-
-std::vector<Check> System::examine() const {
+SystemChecks examineSystem() {
     if (CGPreflightScreenCaptureAccess())
-        return {{Verdict::good, "screen recording", "permitted"}};
-    return {{Verdict::bad, "screen recording",
-             "not permitted for this program, or for the terminal that it was started from",
-             "System Settings, Privacy & Security, Screen Recording: switch it on for the terminal "
-             "or program, quit that and start it again; if it is on already, take it off the list "
-             "and add it anew, since a grant can outlive the program that it was given to",
-             ExitStatus::captureRefused}};
+        return {{{Verdict::Good, "screen recording", "permitted"}}, nullptr};
+    return {
+        {{Verdict::Bad, "screen recording",
+          "not permitted for this program, or for the terminal that it was started from",
+          "System Settings, Privacy & Security, Screen Recording: switch it on for the terminal "
+          "or program, quit that and start it again; if it is on already, take it off the list "
+          "and add it anew, since a grant can outlive the program that it was given to",
+          ExitStatus::CaptureRefused}},
+        nullptr};
 }
 
-// Connected sockets are told of everything as they are.
-void askForNetworkErrors(int, int) {}
+// Connected sockets report them all by themselves.
+void requestNetworkErrors(int, int) {}
 
 struct ScreenMark::Windows {};
 

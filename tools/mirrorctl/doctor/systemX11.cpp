@@ -1,7 +1,8 @@
-#include "tools/mirrorctl/doctor/system.h"
-#include "tools/mirrorctl/doctor/xChecks.h"
-#include "tools/mirrorctl/doctor/xGreeting.h"
-#include "tools/mirrorctl/xServer.h"
+#include "tools/mirrorctl/doctor/doctor.h"
+
+#include "platform/objects/signals.h"
+#include "platform/x11/connection.h"
+#include "platform/x11/handshake.h"
 
 #include <cstdlib>
 #include <netinet/in.h>
@@ -9,13 +10,25 @@
 
 namespace mirrorctl {
 
+using platform::x11::Answer;
+using platform::x11::Connection;
+using platform::x11::Handshake;
+
 static std::string displayVariable() {
     const char *value = std::getenv("DISPLAY");
     return value ? value : "";
 }
 
-static Check missing(const std::string &words, const std::string &remedy) {
-    return {Verdict::bad, "X server", words, remedy, ExitStatus::displayMissing};
+static bool namesServer(const std::string &display) {
+    char *host = nullptr;
+    int number = 0;
+    const bool isName = xcb_parse_display(display.c_str(), &host, &number, nullptr) != 0;
+    std::free(host);
+    return isName;
+}
+
+static Check missing(const std::string &finding, const std::string &remedy) {
+    return {Verdict::Bad, "X server", finding, remedy, ExitStatus::DisplayMissing};
 }
 
 static Check missingName() {
@@ -28,80 +41,76 @@ static Check missingName() {
                    ":0, and XAUTHORITY to its key file");
 }
 
-static Check refusal(const std::string &name, const XGreeting &greeting) {
-    const std::string words = name + " does not let this user in" +
-                              (greeting.reason().empty() ? "" : ", and says: " + greeting.reason());
-    if (greeting.reason().starts_with("Maximum number of clients"))
-        return missing(words, "close some of the programs that use it");
-    return missing(words, greeting.hadKey()
-                              ? "the key file has an old or another server's key for it; set "
-                                "XAUTHORITY to the key file of the session that it belongs to"
-                              : "the key file has no key for it; run this as the user whose "
-                                "session it is, or set XAUTHORITY to that session's key file");
+static Check refusal(const std::string &name, const Handshake &handshake) {
+    const std::string finding = name + " does not let this user in" +
+                                (handshake.reason.empty() ? "" : ", and says: " + handshake.reason);
+    if (handshake.reason.starts_with("Maximum number of clients"))
+        return missing(finding, "close some of the programs that use it");
+    return missing(finding, handshake.hadKey
+                                ? "the key file has an old or another server's key for it; set "
+                                  "XAUTHORITY to the key file of the session that it belongs to"
+                                : "the key file has no key for it; run this as the user whose "
+                                  "session it is, or set XAUTHORITY to that session's key file");
 }
 
 // Why there is no server to ask.
-static Check explain(const XGreeting &greeting) {
-    if (displayVariable().empty())
+static Check explain(const Handshake &handshake) {
+    const std::string display = displayVariable();
+    if (display.empty())
         return missingName();
-    const std::string name = "\"" + displayVariable() + "\"";
-    switch (greeting.answer()) {
-    case XGreeting::Answer::misnamed:
+    const std::string name = "\"" + display + "\"";
+    if (!namesServer(display))
         return missing(name + ", the value of DISPLAY, is not a server's name",
                        "set DISPLAY to the name of the session's server, such as :0");
-    case XGreeting::Answer::nobody:
+    switch (handshake.answer) {
+    case Answer::NoServer:
         return missing("the server that DISPLAY names, " + name + ", is not there",
                        "run this in the desktop session, or set DISPLAY to its server's name, "
                        "such as :0");
-    case XGreeting::Answer::silence:
-        return missing(name + " does not answer",
-                       "the server hangs, or the way to it is cut: look at its log, or log out and "
-                       "in again");
-    case XGreeting::Answer::hangUp:
-        return missing(name + " takes the connection and ends it without a word",
+    case Answer::Silence:
+        return missing(name + " does not answer", "the server hangs, or the connection to it is "
+                                                  "interrupted: look at its log, or log out and "
+                                                  "in again");
+    case Answer::HangUp:
+        return missing(name + " accepts the connection and closes it without an answer",
                        "if DISPLAY was set by ssh, log in with it again, from a session whose "
                        "screen is still there; otherwise look at the server's log");
-    case XGreeting::Answer::refusal:
-        return refusal(name, greeting);
+    case Answer::Refusal:
+        return refusal(name, handshake);
     default:
-        return missing(name + " answered once, and then no more",
-                       "is the server still running? Its log tells what became of it");
+        return missing(name + " answered once, but no longer",
+                       "is the server still running? Its log says what happened to it");
     }
 }
 
-static Check describe(const XServer &server) {
-    const xcb_setup_t *setup = xcb_get_setup(server.get());
-    return {Verdict::good, "X server",
+static Check describe(const Connection &connection) {
+    const xcb_setup_t *setup = xcb_get_setup(connection.get());
+    const xcb_screen_t &screen = connection.screen();
+    return {Verdict::Good, "X server",
             "\"" + displayVariable() + "\", " +
                 std::string(xcb_setup_vendor(setup),
                             static_cast<std::size_t>(xcb_setup_vendor_length(setup))) +
                 ", release " + std::to_string(setup->release_number) + ", root " +
-                std::to_string(server.root().width_in_pixels) + " x " +
-                std::to_string(server.root().height_in_pixels) + ", depth " +
-                std::to_string(server.root().root_depth)};
+                std::to_string(screen.width_in_pixels) + " x " +
+                std::to_string(screen.height_in_pixels) + ", depth " +
+                std::to_string(screen.root_depth)};
 }
 
-struct System::Server {
-    XGreeting greeting;
-};
-
-System::System() : server(std::make_unique<Server>()) {}
-System::~System() = default;
-
-std::vector<Check> System::examine() const {
-    const XGreeting &greeting = server->greeting;
-    if (greeting.answer() != XGreeting::Answer::welcome)
-        return {explain(greeting)};
-    const XServer connection;
-    if (!connection.isThere())
-        return {explain(greeting)};
-    std::vector<Check> checks = {describe(connection)};
-    for (Check &check : examineX(connection, greeting.isLocal()))
-        checks.push_back(std::move(check));
-    return checks;
+SystemChecks examineSystem() {
+    constexpr auto patience = std::chrono::seconds(4);
+    const platform::SigpipeGuard guard;
+    auto handshake =
+        std::make_shared<Handshake>(platform::x11::shakeHands(platform::Clock::now() + patience));
+    const auto connection = handshake->answer == Answer::Welcome ? Connection::open() : nullptr;
+    if (!connection)
+        return {{explain(*handshake)}, handshake};
+    SystemChecks result{{describe(*connection)}, handshake};
+    for (Check &check : examineX(*connection))
+        result.checks.push_back(std::move(check));
+    return result;
 }
 
-void askForNetworkErrors(int fd, int family) {
+void requestNetworkErrors(int fd, int family) {
     const int wanted = 1;
     if (family == AF_INET6)
         setsockopt(fd, IPPROTO_IPV6, IPV6_RECVERR, &wanted, sizeof wanted);

@@ -7,6 +7,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <cstdlib>
 #include <string_view>
 
 namespace mirrorctl {
@@ -100,7 +101,7 @@ static Point stripPoint(const LayoutPlan &plan, std::size_t index) {
     return {static_cast<std::int32_t>(inset + x), static_cast<std::int32_t>(inset + y)};
 }
 
-std::string objectionTo(const LayoutPlan &plan) {
+std::string problemOf(const LayoutPlan &plan) {
     const std::size_t panels = plan.shape.panels();
     const std::size_t devices = plan.addresses.size();
     if (devices > panels)
@@ -138,18 +139,26 @@ config::Document layOut(const LayoutPlan &plan) {
     return document;
 }
 
+// As short as reads back as the same number.
+static std::string numberText(double value) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.15g", value);
+    if (std::strtod(text, nullptr) != value)
+        std::snprintf(text, sizeof text, "%.17g", value);
+    return text;
+}
+
 std::string documentText(const config::Document &document) {
     std::string text = "{\n  \"displayID\": " + std::to_string(document.displayID) +
                        ",\n  \"mode\": " + std::to_string(document.mode) + ",\n  \"devices\": [";
     const char *beforeDevice = "\n";
     for (const auto &device : document.devices) {
-        char scale[32];
-        std::snprintf(scale, sizeof scale, "%.3f", device.scaleFactor);
         text += std::string(beforeDevice) +
                 "    {\n      \"ip\": " + config::quote(device.ip.data(), device.ip.size()) +
                 ",\n      \"controlVersion\": " + std::to_string(device.controlVersion) +
                 ",\n      \"shapeType\": " + std::to_string(device.shapeType) +
-                ",\n      \"scaleFactor\": " + scale + ",\n      \"panels\": [";
+                ",\n      \"scaleFactor\": " + numberText(device.scaleFactor) +
+                ",\n      \"panels\": [";
         const char *beforePanel = "\n";
         for (const auto &panel : device.panels) {
             text += std::string(beforePanel) +
@@ -158,10 +167,10 @@ std::string documentText(const config::Document &document) {
                     ", \"centroidY\": " + std::to_string(panel.centroidY) + "}";
             beforePanel = ",\n";
         }
-        text += "\n      ]\n    }";
+        text += device.panels.empty() ? "]\n    }" : "\n      ]\n    }";
         beforeDevice = ",\n";
     }
-    return text + "\n  ]\n}\n";
+    return text + (document.devices.empty() ? "]\n}\n" : "\n  ]\n}\n");
 }
 
 } // namespace mirrorctl

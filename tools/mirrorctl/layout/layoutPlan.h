@@ -1,4 +1,4 @@
-// Configurations made from a few words.
+// Configurations made from a shape and some addresses.
 //
 // Pure functions, callable from any thread.
 #pragma once
@@ -29,20 +29,20 @@ struct LayoutPlan {
     Shape shape;
     std::int32_t displayID = 0;
     config::ScreenSize screen;
-    std::vector<std::string> addresses; // of the devices, in the order in which they share
+    std::vector<std::string> addresses; // of the devices, in the order in which they get panels
     std::int32_t controlVersion = 2;
     std::int32_t mode = 0;
 };
 
-// Why these words make no configuration; empty when they do.
-std::string objectionTo(const LayoutPlan &plan);
+// Why the plan makes no configuration; empty when it does.
+std::string problemOf(const LayoutPlan &plan);
 
 // The document: panels are shared out to the devices in equal runs, a grid row by row, a strip
 // clockwise from the top left corner, and numbered from 1 on each device. Their areas are as large
 // as they can be without overlapping within a row, column or edge.
 config::Document layOut(const LayoutPlan &plan);
 
-// The document as text, one panel a line.
+// The document as JSON text, one panel a line.
 std::string documentText(const config::Document &document);
 
 } // namespace mirrorctl

@@ -2,93 +2,60 @@
 #pragma once
 
 #include "tools/mirrorctl/libraryCall.h"
-#include "tools/mirrorctl/libraryWords.h"
-#include "tools/mirrorctl/run/frameWitness.h"
-#include "tools/mirrorctl/run/runReport.h"
+#include "tools/mirrorctl/run/runReporter.h"
 #include "tools/mirrorctl/server.h"
 
-#include <chrono>
 #include <optional>
 
 namespace mirrorctl {
 
-// How the run is told: to a script, on a terminal's last line, or at its beginning and end only.
-enum class Telling { json, live, plain };
-
-struct RunPlan {
-    config::Document document;     // the user's
-    std::string text;              // what the library is handed
-    std::optional<double> seconds; // when it ends by itself
-    bool once = false;             // it ends when the display server goes away
-    Telling telling = Telling::plain;
-};
-
 // Mirrors, and again each time that the display server has gone away and is back with the display.
-// The main thread, which calls the library only through LibraryCall and so is never held up.
+// Of the main thread, which calls the library only through LibraryCall and so is never held up.
 class Run {
 public:
-    // `witness` may be null: nobody counts.
-    Run(const RunPlan &plan, const StopSignals &signals, FrameWitness *witness,
-        LibraryWords &words);
+    Run(const RunPlan &plan, const StopSignals &signals, FrameCounter *counter,
+        LibraryMessages &messages);
 
     // Starts mirroring with the text that the library has been handed; for a LibraryCall.
     ExitStatus startFirst();
 
-    // Until the end.
-    ExitStatus goOn();
+    // Goes on until the end.
+    ExitStatus mirror();
 
 private:
-    using Clock = std::chrono::steady_clock;
-
     enum class Phase {
-        mirroring,
-        stopping, // since the server has gone
-        waiting,  // for the server
-        starting, // again
+        Mirroring,
+        Stopping, // since the server has gone
+        Waiting,  // for the server
+        Starting, // again
     };
 
-    void takeIn();
-    // What the library said when a run ended by itself; null while it goes on.
-    const char *ownEnd() const;
-    bool hasServerGone();
     bool isOver();
+    // What the library said when a run ended by itself; null while it goes on.
+    const char *endMessage() const;
+    bool hasServerGone();
+
+    // Each looks after one phase or, for the last, two.
     void followServer();
     void awaitServer();
-    void beginOutage();
-    void endOutage();
-    ExitStatus startAgain();
-    void note(ServerState server);
-    void announce(const char *event, const std::string &sentence);
-    void await();
-    bool stopInTime();
-    ExitStatus end();
+    void awaitCall();
 
-    RunState state(bool atEnd) const;
-    void tell(const char *event, bool atEnd);
-    double elapsed() const { return std::chrono::duration<double>(Clock::now() - begin).count(); }
+    ExitStatus startAgain();
+    void await() const;
+    ExitStatus end();
+    bool stopInTime();
 
     const RunPlan &plan;
     const StopSignals &signals;
-    FrameWitness *const witness;
-    LibraryWords &words;
-    const std::string lights; // "2 devices with 6 panels"
+    LibraryMessages &messages;
+    RunReporter reporter;
 
-    Clock::time_point begin;
-    Phase phase = Phase::mirroring;
-    std::optional<LibraryCall> call;
+    Phase phase = Phase::Mirroring;
+    std::optional<LibraryCall> call; // while stopping and starting
     std::optional<ServerWatch> watch;
-    ExitStatus ending = ExitStatus::done;
-
-    // In seconds since the beginning.
-    double lastFrame = 0.0;
-    double lastReading = 0.0;
-    double nextTelling = 0.0;
-    double nextTry = 0.0;
-    double serverSince = 0.0; // when the server's state began
-
-    ServerState server = ServerState::answering;
-    double outages = 0.0;  // seconds of those that are over
-    bool isMissed = false; // it has been said that the server is back without the display
+    ExitStatus ending = ExitStatus::Done;
+    double nextTry = 0.0;           // to find the server again, in elapsed seconds
+    bool isMissingReported = false; // that the server is back without the display
 };
 
 } // namespace mirrorctl

@@ -52,17 +52,6 @@ static std::string activity(const RunState &state) {
     return text;
 }
 
-static const char *serverName(ServerState server) {
-    switch (server) {
-    case ServerState::answering:
-        return "answering";
-    case ServerState::silent:
-        return "silent";
-    default:
-        return "gone";
-    }
-}
-
 std::string liveLine(const RunState &state, std::size_t columns) {
     std::string text;
     if (state.planned)
@@ -70,11 +59,11 @@ std::string liveLine(const RunState &state, std::size_t columns) {
                format("  %.0f of %.0f s", state.elapsed, *state.planned);
     else
         text = format("%.0f s", state.elapsed);
-    if (state.server == ServerState::gone)
+    if (state.server == ServerState::Gone)
         text += format("  DISPLAY SERVER GONE for %.0f s, waiting for it", state.outage);
-    else if (state.server == ServerState::silent)
+    else if (state.server == ServerState::Silent)
         text += format("  DISPLAY SERVER SILENT for %.0f s", state.outage);
-    if (state.server != ServerState::gone)
+    if (state.server != ServerState::Gone)
         text += "  " + activity(state);
     text += state.errors == 0
                 ? "  no error"
@@ -105,38 +94,30 @@ std::string summary(const RunState &state) {
 std::string jsonLine(const char *event, const RunState &state) {
     rapidjson::StringBuffer buffer;
     rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
-    const auto number = [&](const char *name, bool isKnown, double value) {
+    const auto number = [&](const char *name, std::optional<double> value) {
         writer.Key(name);
-        if (isKnown)
-            writer.Double(value);
-        else
-            writer.Null();
+        value ? writer.Double(*value) : writer.Null();
     };
-    const bool isPaced = state.pace.has_value() && state.mode == matchMode;
+    static constexpr const char *servers[] = {"answering", "silent", "gone"};
+    const auto pace = state.mode == matchMode ? state.pace : std::nullopt;
     writer.SetMaxDecimalPlaces(3);
     writer.StartObject();
     writer.Key("event");
     writer.String(event);
     writer.Key("mode");
     writer.String(config::modeName(state.mode));
-    number("seconds", true, state.elapsed);
+    number("seconds", state.elapsed);
     writer.Key(state.mode == paletteMode ? "signsOfLife" : "frames");
-    if (state.isCounted)
-        writer.Uint64(state.frames);
-    else
-        writer.Null();
-    number("rate", isPaced, isPaced ? state.pace->rate : 0.0);
-    number("jitterMs", isPaced, isPaced ? state.pace->jitter * 1e3 : 0.0);
-    number("silence", state.isCounted, state.silence);
+    state.isCounted ? writer.Uint64(state.frames) : writer.Null();
+    number("rate", pace ? std::optional(pace->rate) : std::nullopt);
+    number("jitterMs", pace ? std::optional(pace->jitter * 1e3) : std::nullopt);
+    number("silence", state.isCounted ? std::optional(state.silence) : std::nullopt);
     writer.Key("server");
-    writer.String(serverName(state.server));
+    writer.String(servers[static_cast<int>(state.server)]);
     writer.Key("errors");
     writer.Uint64(state.errors);
     writer.Key("lastError");
-    if (state.errors > 0)
-        writer.String(state.lastError.c_str());
-    else
-        writer.Null();
+    state.errors > 0 ? writer.String(state.lastError.c_str()) : writer.Null();
     writer.EndObject();
     return buffer.GetString();
 }

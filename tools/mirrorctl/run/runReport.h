@@ -1,7 +1,7 @@
-// What a run tells about itself.
+// The texts about a run.
 #pragma once
 
-#include "tools/mirrorctl/run/frameTally.h"
+#include "tools/mirrorctl/run/frameCounter.h"
 
 #include <cstdint>
 #include <optional>
@@ -10,20 +10,20 @@
 namespace mirrorctl {
 
 // What is known of the display server.
-enum class ServerState { answering, silent, gone };
+enum class ServerState { Answering, Silent, Gone };
 
 // A moment of a run.
 struct RunState {
     std::int32_t mode = 0;
     double elapsed = 0.0;          // seconds
     std::optional<double> planned; // seconds, when it ends by itself
-    bool isCounted = false;        // whether anybody counts frames
+    bool isCounted = false;        // whether frames are counted
     std::size_t frames = 0;        // in palette mode signs of life
     double silence = 0.0;          // seconds since the last of them, or since the start
     std::optional<FrameTally::Pace> pace;
-    std::size_t errors = 0; // lines that the library said
+    std::size_t errors = 0; // lines that the library printed
     std::string lastError;
-    ServerState server = ServerState::answering;
+    ServerState server = ServerState::Answering;
     double outage = 0.0;      // seconds for which it has been silent or gone
     double wholeOutage = 0.0; // seconds of the run for which it was gone
 };

@@ -1,0 +1,65 @@
+// What the library prints on standard output while it is called.
+//
+// Both classes are made before the library is called, last until any run has been stopped, and are
+// used by one thread.
+#pragma once
+
+#include <cstddef>
+#include <cstdio>
+#include <set>
+#include <string>
+
+namespace mirrorctl {
+
+// Sends it to standard error, so that a program that reads the output gets the answer and nothing
+// else. Nothing else may be printed meanwhile.
+class MessagesToStandardError {
+public:
+    MessagesToStandardError();
+    ~MessagesToStandardError();
+    MessagesToStandardError(const MessagesToStandardError &) = delete;
+    MessagesToStandardError &operator=(const MessagesToStandardError &) = delete;
+
+private:
+    int output; // standard output, kept aside; -1: it was closed
+};
+
+// Collects it line by line, since there is no other report of what goes wrong during a run. The
+// library never waits for a reader: what does not fit into the pipe is lost.
+class LibraryMessages {
+public:
+    // Throws std::system_error when there is no pipe to be had.
+    LibraryMessages();
+    ~LibraryMessages();
+    LibraryMessages(const LibraryMessages &) = delete;
+    LibraryMessages &operator=(const LibraryMessages &) = delete;
+
+    // Readable when read() has something to do.
+    int descriptor() const { return readEnd; }
+
+    // Standard output, for the program itself.
+    FILE *output() const { return own; }
+
+    // Takes in what was printed, without waiting. With `echoes`, lines that differ from the one
+    // before are copied to standard error.
+    void read(bool echoes);
+
+    const std::string &last() const { return line; } // empty: there was none
+    std::size_t count() const { return lines; }
+
+    // Whether this line was among them since the beginning, or since forget().
+    bool contain(const std::string &text) const { return seen.contains(text); }
+    void forget() { seen.clear(); }
+
+private:
+    void take(bool echoes);
+
+    int readEnd = -1;
+    FILE *own = nullptr;
+    std::string unfinished;
+    std::string line;
+    std::set<std::string> seen; // the first few different lines
+    std::size_t lines = 0;
+};
+
+} // namespace mirrorctl

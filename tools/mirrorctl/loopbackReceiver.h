@@ -1,0 +1,44 @@
+// This process as a light device: a socket on a loopback address that nobody else has.
+#pragma once
+
+#include "tools/config/configDocument.h"
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace mirrorctl {
+
+// One thread.
+class LoopbackReceiver {
+public:
+    // Takes a free address that is none of the document's devices; reason() says why there is none.
+    explicit LoopbackReceiver(const config::Document &document);
+    ~LoopbackReceiver();
+    LoopbackReceiver(const LoopbackReceiver &) = delete;
+    LoopbackReceiver &operator=(const LoopbackReceiver &) = delete;
+
+    const std::string &reason() const { return why; } // empty: there is an address
+
+    // Readable when there is a datagram; -1 when there is no address.
+    int descriptor() const { return fd; }
+
+    const std::string &address() const { return ip; }
+    int controlVersion() const { return version; }
+
+    struct Datagram {
+        std::vector<unsigned char> bytes; // the first 1024
+        double time = 0.0; // at which the kernel received it, by the wall clock, in seconds
+    };
+
+    // The next datagram, without waiting; nothing when there is none.
+    std::optional<Datagram> next();
+
+private:
+    std::string ip;
+    int version = 0;
+    int fd = -1;
+    std::string why;
+};
+
+} // namespace mirrorctl

@@ -1,0 +1,54 @@
+// The steps that the commands share, from a configuration file to a run and its end. Each that
+// returns a status reports on standard error what went wrong; Done means that the next may follow.
+//
+// One thread, the one that calls the library.
+#pragma once
+
+#include "tools/config/configDocument.h"
+#include "tools/mirrorctl/displays.h"
+#include "tools/mirrorctl/exitStatus.h"
+#include "tools/mirrorctl/waiting.h"
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace mirrorctl {
+
+// What a run requires of a document beyond what the library checks itself. A mode must exist, or
+// the library's run ends as soon as it has begun; each device must have the address of one light;
+// the display must be one that the library lists, and no other is ever taken in its place.
+std::vector<config::Problem> modeProblems(const config::Document &document);
+std::vector<config::Problem> addressProblems(const config::Document &document);
+std::vector<config::Problem> displayProblems(const config::Document &document,
+                                             const DisplayList &list);
+
+// Reads the document and checks all of it that needs no screen. `mode`, if given, takes the place
+// of the document's own.
+ExitStatus load(const std::string &path, std::optional<std::int32_t> mode,
+                config::Reading &reading);
+
+// Whether the document's display is there, and with `usesLights` whether its devices have the
+// addresses of lights; `path` only names it.
+ExitStatus checkRequirements(const std::string &path, const config::Reading &reading,
+                             bool usesLights);
+
+// Hands the library a document's text; `displayID` is its display.
+ExitStatus apply(std::string text, std::int32_t displayID);
+
+// Starts a run onto so many devices; stops it.
+ExitStatus start(std::size_t deviceCount);
+ExitStatus stop();
+
+// Mirrors a document's display, onto its devices or onto none, for as long as `work` takes. Ends
+// the process when a signal comes and `work` does not return, as untilSignal() does.
+struct BriefRun {
+    std::string path;
+    bool usesLights = true;
+    const char *nothing; // what an interruption leaves undone, such as "No palette"
+    std::function<ExitStatus(const config::Document &, const StopSignals &)> work;
+};
+ExitStatus mirrorBriefly(const BriefRun &run, config::Reading &reading);
+
+} // namespace mirrorctl

@@ -1,0 +1,135 @@
+// mirrorctl palette
+#include "tools/mirrorctl/palette.h"
+
+#include "mirror/mirrorInterface.h"
+#include "tools/mirrorctl/commands.h"
+#include "tools/mirrorctl/libraryCall.h"
+#include "tools/mirrorctl/litDisplay.h"
+#include "tools/mirrorctl/mirroring.h"
+#include "tools/mirrorctl/server.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <rapidjson/document.h>
+#include <stdexcept>
+#include <unistd.h>
+
+namespace mirrorctl {
+
+static const char noPalette[] = "No palette";
+static const char notUnderstood[] = "the library's palette is not understood";
+
+static std::uint8_t channel(const rapidjson::Value &colour, const char *name) {
+    if (!colour.IsObject() || !colour.HasMember(name) || !colour[name].IsUint() ||
+        colour[name].GetUint() > 255)
+        throw std::runtime_error(notUnderstood);
+    return static_cast<std::uint8_t>(colour[name].GetUint());
+}
+
+Palette fetchPalette() {
+    char buffer[512 + 1] = {}; // the last byte stays zero
+    if (getPalette(buffer) != 0)
+        throw std::runtime_error("the library could not make a palette");
+    Palette palette;
+    palette.text = buffer;
+    rapidjson::Document tree;
+    tree.Parse(buffer);
+    if (tree.HasParseError() || !tree.IsObject() || !tree.HasMember("palette") ||
+        !tree["palette"].IsArray())
+        throw std::runtime_error(notUnderstood);
+    for (const auto &colour : tree["palette"].GetArray())
+        palette.colours.push_back(
+            {channel(colour, "R"), channel(colour, "G"), channel(colour, "B")});
+    return palette;
+}
+
+bool Palette::isDark() const {
+    return colours.empty() || colours == std::vector<Colour>(1);
+}
+
+// The palette of the first frame of a run that has just been started in palette mode. A palette
+// that is not dark proves that a frame has come; black is believed after `darknessSeconds` if the
+// display is black, else after `lateFrameSeconds`.
+static ExitStatus awaitPalette(std::int32_t displayID, const StopSignals &signals,
+                               Palette &palette) {
+    using Clock = std::chrono::steady_clock;
+    const auto begin = Clock::now();
+    bool isCycling = false;
+    for (;;) {
+        // Answered once a cycle, sent or not; the run has filled its sample grid before the first
+        // one, and no palette can be had before that.
+        if (captureCurrentStreamFrames() == 0) {
+            isCycling = true;
+            palette = fetchPalette();
+            if (!palette.isDark())
+                return ExitStatus::Done;
+        }
+        if (const int signum = signals.take()) {
+            reportInterruption(noPalette, signum);
+            return ExitStatus::NothingSent;
+        }
+        const std::chrono::duration<double> passed = Clock::now() - begin;
+        if (passed.count() < darknessSeconds)
+            continue;
+        // A server that hangs has shown no frame either.
+        if (reportSilentServer())
+            return ExitStatus::NothingSent;
+        if (isCycling && passed.count() < lateFrameSeconds &&
+            isLit(static_cast<std::uint32_t>(displayID)))
+            continue;
+        if (isCycling)
+            return ExitStatus::Done;
+        std::fputs("No palette: mirroring ended by itself, or is stuck.\n", stderr);
+        return ExitStatus::NothingSent;
+    }
+}
+
+struct PaletteOptions {
+    std::string path;
+    bool json = false;
+};
+
+static void printTable(const Palette &palette) {
+    const bool coloured = showsColours(STDOUT_FILENO);
+    std::printf("%s%-7s  %3s  %3s  %3s\n", coloured ? "      " : "", "hex", "R", "G", "B");
+    for (const Colour &colour : palette.colours)
+        std::printf("%s%s  %3u  %3u  %3u\n", coloured ? (swatch(colour) + "  ").c_str() : "",
+                    hexText(colour).c_str(), colour.red, colour.green, colour.blue);
+}
+
+static ExitStatus showPalette(const PaletteOptions &options) {
+    config::Reading reading;
+    Palette palette;
+    const auto work = [&](const config::Document &document, const StopSignals &signals) {
+        return awaitPalette(document.displayID, signals, palette);
+    };
+    const auto status = mirrorBriefly({options.path, false, noPalette, work}, reading);
+    if (status != ExitStatus::Done)
+        return status;
+    if (options.json || !isTerminal(STDOUT_FILENO))
+        std::puts(palette.text.c_str());
+    else
+        printTable(palette);
+    return ExitStatus::Done;
+}
+
+void addPaletteCommand(CLI::App &program, Action &chosen) {
+    auto *command = program.add_subcommand("palette", "Print the colours that the screen shows");
+    const auto options = std::make_shared<PaletteOptions>();
+    addConfig(*command, options->path,
+              "The document whose display is meant; - reads standard input");
+    command->add_flag("--json", options->json,
+                      "Print the library's own text, as is done when the output is not a terminal");
+    command->footer(
+        "Most frequent hue first, eight at most.\n"
+        "\n"
+        "The lights are left alone: of the document only the display is used. The library needs\n"
+        "a run to see the screen; its one device has no panels, and nothing is sent to anybody.\n"
+        "\n"
+        "Takes as long as the first frame does. If the display is black, black is the answer\n"
+        "after 2 seconds; if it is not, and no other colour comes, after 5.\n\n");
+    onCommand(*command, chosen, options, showPalette);
+}
+
+} // namespace mirrorctl

@@ -1,0 +1,57 @@
+#include "tools/mirrorctl/run/frameCounter.h"
+
+#include <cmath>
+
+namespace mirrorctl {
+
+void FrameTally::Sums::add(double interval) {
+    ++intervals;
+    const double distance = interval - mean;
+    mean += distance / static_cast<double>(intervals);
+    squares += distance * (interval - mean);
+}
+
+std::optional<FrameTally::Pace> FrameTally::Sums::pace() const {
+    if (intervals < 2 || mean <= 0.0)
+        return std::nullopt;
+    return Pace{1.0 / mean, std::sqrt(squares / static_cast<double>(intervals))};
+}
+
+void FrameTally::add(double time) {
+    constexpr std::size_t mostRecent = 50; // two seconds of match mode
+    ++count;
+    if (!isFirst) {
+        whole.add(time - last);
+        recent.push_back(time - last);
+        if (recent.size() > mostRecent)
+            recent.pop_front();
+    }
+    isFirst = false;
+    last = time;
+}
+
+std::optional<FrameTally::Pace> FrameTally::recentPace() const {
+    Sums sums;
+    for (const double interval : recent)
+        sums.add(interval);
+    return sums.pace();
+}
+
+static constexpr std::int32_t paletteMode = 3;
+
+FrameCounter::FrameCounter(const config::Document &document)
+    : receiver(document), panels(document.mode == paletteMode ? 1 : 0) {}
+
+config::DeviceEntry FrameCounter::device() const {
+    return {receiver.address(), receiver.controlVersion(), 0, 1.0,
+            std::vector<config::PanelEntry>(panels)};
+}
+
+void FrameCounter::read() {
+    const std::size_t expected = receiver.controlVersion() == 1 ? 1 + 7 * panels : 2 + 8 * panels;
+    while (const auto datagram = receiver.next())
+        if (datagram->bytes.size() == expected) // anybody on this machine can send here
+            frames.add(datagram->time);
+}
+
+} // namespace mirrorctl

@@ -1,0 +1,122 @@
+#include "tools/mirrorctl/snapshot/sentFrames.h"
+
+#include <algorithm>
+#include <charconv>
+#include <rapidjson/document.h>
+#include <stdexcept>
+
+namespace mirrorctl {
+
+[[noreturn]] static void refuse() {
+    throw std::runtime_error("the library's text of the frames sent is not understood");
+}
+
+static std::vector<unsigned> readNumbers(const std::string &line) {
+    std::vector<unsigned> numbers;
+    const char *at = line.data();
+    const char *const end = at + line.size();
+    while (at != end) {
+        unsigned number = 0;
+        const auto read = std::from_chars(at, end, number);
+        if (read.ec != std::errc() || (read.ptr != end && *read.ptr != ' '))
+            refuse();
+        numbers.push_back(number);
+        at = read.ptr == end ? end : read.ptr + 1;
+    }
+    return numbers;
+}
+
+static std::uint8_t channel(unsigned number) {
+    if (number > 255)
+        refuse();
+    return static_cast<std::uint8_t>(number);
+}
+
+// The panel count, then for each record: identifier, 1, red, green, blue, white, 5.
+static SentFrame readLine(const std::string &line) {
+    constexpr std::size_t recordSize = 7;
+    const std::vector<unsigned> numbers = readNumbers(line);
+    if (numbers.size() % recordSize != 1)
+        refuse();
+    SentFrame frame;
+    frame.panelCount = numbers[0];
+    for (std::size_t i = 1; i < numbers.size(); i += recordSize)
+        frame.records.push_back(
+            {numbers[i],
+             {channel(numbers[i + 2]), channel(numbers[i + 3]), channel(numbers[i + 4])}});
+    return frame;
+}
+
+std::vector<SentFrame> readSentFrames(const std::string &text) {
+    rapidjson::Document tree;
+    tree.Parse(text.c_str());
+    if (tree.HasParseError() || !tree.IsObject() || !tree.HasMember("devices") ||
+        !tree["devices"].IsArray())
+        refuse();
+    std::vector<SentFrame> frames;
+    for (const auto &device : tree["devices"].GetArray()) {
+        if (!device.IsObject() || !device.HasMember("animData") || !device["animData"].IsString())
+            refuse();
+        const std::string line = device["animData"].GetString();
+        if (!line.empty())
+            frames.push_back(readLine(line));
+    }
+    return frames;
+}
+
+bool showsLight(const std::vector<SentFrame> &frames) {
+    return std::any_of(frames.begin(), frames.end(), [](const SentFrame &frame) {
+        return std::any_of(frame.records.begin(), frame.records.end(),
+                           [](const SentRecord &record) { return record.colour != Colour{}; });
+    });
+}
+
+// Whether the records can be the device's: some of its panels, in their order.
+static bool fits(const SentFrame &frame, const config::DeviceEntry &device) {
+    if (frame.panelCount != device.panels.size())
+        return false;
+    const unsigned idMask = device.controlVersion == 1 ? 0xff : 0xffff;
+    auto panel = device.panels.begin();
+    for (const SentRecord &record : frame.records) {
+        panel = std::find_if(panel, device.panels.end(), [&](const config::PanelEntry &entry) {
+            return (static_cast<unsigned>(entry.panelID) & idMask) == record.id;
+        });
+        if (panel == device.panels.end())
+            return false;
+        ++panel;
+    }
+    return true;
+}
+
+// Gives every frame in turn to the next device that it fits. Nothing when devices run out.
+template <typename Frame, typename Device>
+static std::optional<std::vector<std::size_t>> giveInTurn(Frame frame, Frame lastFrame,
+                                                          Device device, Device lastDevice) {
+    std::vector<std::size_t> places;
+    const Device first = device;
+    for (; frame != lastFrame; ++frame) {
+        device = std::find_if(device, lastDevice, [&](const config::DeviceEntry &entry) {
+            return fits(*frame, entry);
+        });
+        if (device == lastDevice)
+            return std::nullopt;
+        places.push_back(static_cast<std::size_t>(device - first));
+        ++device;
+    }
+    return places;
+}
+
+// The first devices possible and the last ones possible are the same exactly when there is one way.
+std::optional<std::vector<std::size_t>> devicesOf(const std::vector<SentFrame> &frames,
+                                                  const std::vector<config::DeviceEntry> &devices) {
+    const auto earliest = giveInTurn(frames.begin(), frames.end(), devices.begin(), devices.end());
+    auto latest = giveInTurn(frames.rbegin(), frames.rend(), devices.rbegin(), devices.rend());
+    if (!earliest || !latest)
+        return std::nullopt;
+    std::reverse(latest->begin(), latest->end());
+    for (std::size_t &place : *latest)
+        place = devices.size() - 1 - place;
+    return earliest == latest ? earliest : std::nullopt;
+}
+
+} // namespace mirrorctl

@@ -1,0 +1,30 @@
+#include "tools/mirrorctl/terminalColour.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <string_view>
+#include <unistd.h>
+
+namespace mirrorctl {
+
+bool isTerminal(int fd) {
+    return isatty(fd) == 1;
+}
+
+bool showsColours(int fd) {
+    const char *type = std::getenv("TERM");
+    return isTerminal(fd) && !(type && std::string_view(type) == "dumb");
+}
+
+std::string swatch(const Colour &colour) {
+    return "\x1b[48;2;" + std::to_string(colour.red) + ";" + std::to_string(colour.green) + ";" +
+           std::to_string(colour.blue) + "m    \x1b[0m";
+}
+
+std::string hexText(const Colour &colour) {
+    char text[8];
+    std::snprintf(text, sizeof text, "#%02x%02x%02x", colour.red, colour.green, colour.blue);
+    return text;
+}
+
+} // namespace mirrorctl
