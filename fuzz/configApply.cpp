@@ -7,7 +7,6 @@
 #include "fuzz/stage.h"
 #include "mirror/screenMirrorMac.h"
 #include "tools/config/configDocument.h"
-#include "tools/recording/recordingWriter.h"
 
 #include <cmath>
 #include <fuzzer/FuzzedDataProvider.h>
@@ -111,7 +110,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const auto height = input.ConsumeIntegralInRange<std::size_t>(
         0, fuzz::mostPixels / std::max<std::size_t>(1, width));
     const config::Document wanted = document(input);
-    const std::string text = panelwall::compactText(wanted);
+    const std::string text = config::documentText(wanted);
 
     if (fuzz::isSeldom(data, size, 16))
         require(config::readText(text).problems.empty(), "the programs find nothing wrong with it");

@@ -3,9 +3,7 @@
 #include "fuzz/require.h"
 #include "fuzz/stage.h"
 #include "mirror/screenMirrorMac.h"
-#include "tools/config/check.h"
 #include "tools/config/configDocument.h"
-#include "tools/config/parse.h"
 
 #include <rapidjson/reader.h>
 
@@ -40,11 +38,9 @@ bool hasErrors(const config::Reading &reading) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
     const std::string text(reinterpret_cast<const char *>(data), size);
-    config::Problem reason;
-    rapidjson::Document tree;
-    const bool parsed = config::parse(text, tree, reason);
     const config::Reading reading = config::readText(text);
-    const config::Reading review = config::reviewText(text, config::ScreenSize{1920, 1080});
+    const bool parsed = reading.tree != nullptr;
+    const config::Reading review = config::review(reading, config::ScreenSize{1920, 1080});
     requireSoundPlaces(reading);
     requireSoundPlaces(review);
     require(hasErrors(reading) == hasErrors(review), "a review finds the same errors");

@@ -28,7 +28,7 @@ const config::Document &document() {
     return made;
 }
 
-void requireSound(Layout layout, const Decoding &decoding, std::size_t size) {
+void requireSound(Layout layout, const lights::Decoding &decoding, std::size_t size) {
     const std::size_t header = layout == Layout::narrow ? 1 : 2;
     const std::size_t record = layout == Layout::narrow ? 7 : 8;
     if (decoding.malformed.empty())
@@ -51,7 +51,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         const std::string text = input.ConsumeRandomLengthString(600);
         const std::span bytes(reinterpret_cast<const std::uint8_t *>(text.data()), text.size());
         const Layout layout = wall.devices()[device].layout;
-        requireSound(layout, decode(layout, bytes), bytes.size());
+        requireSound(layout, lights::decode(layout, bytes), bytes.size());
 
         const std::uint64_t malformed = wall.devices()[device].malformed;
         wall.hear(device, bytes, now);

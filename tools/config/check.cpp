@@ -1,149 +1,263 @@
-#include "tools/config/check.h"
+#include "tools/config/nearName.h"
+#include "tools/config/tree.h"
+#include "tools/lights/text.h"
 
-#include "tools/config/pointer.h"
-#include "tools/config/remedy.h"
-#include "tools/config/schema.h"
-
-#include <map>
+#include <algorithm>
+#include <cmath>
 #include <rapidjson/pointer.h>
 #include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
 #include <stdexcept>
 #include <string_view>
 
 namespace config {
 
-// The validator ends at the first error that it meets, so it is asked again and again. To keep that
-// cheap it never sees the document itself: each object is judged alone, as a copy that holds only
-// the members that the schema names, with arrays and objects in them emptied, in its place within
-// an otherwise good document. What is found is then replaced by a good value, until all is good.
+using lights::quote;
+using Value = rapidjson::Value;
+
+static std::string jsonText(const Value &value) {
+    rapidjson::StringBuffer buffer;
+    rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+    value.Accept(writer);
+    return buffer.GetString();
+}
+
+static std::string describeExpected(const Value &rules) {
+    const std::string type = rules["type"].GetString();
+    if (type != "integer")
+        return (type == "object" || type == "array" ? "an " : "a ") + type;
+    const auto least = rules["minimum"].GetInt64();
+    const auto most = rules["maximum"].GetInt64();
+    if (least == INT32_MIN && most == INT32_MAX)
+        return "an integer that fits 32 bits";
+    return "an integer from " + std::to_string(least) + " to " + std::to_string(most);
+}
+
+static std::string describeFound(const Value &value) {
+    if (value.IsObject())
+        return "an object";
+    if (value.IsArray())
+        return "an array";
+    if (value.IsString())
+        return "the string " + quote({value.GetString(), value.GetStringLength()});
+    if (value.IsDouble() && !std::isfinite(value.GetDouble()))
+        return "a number too large for any type";
+    return jsonText(value);
+}
+
+// The string's content, if that is the number that is asked for.
+static std::string numberInside(const Value &value, bool isInteger) {
+    if (!value.IsString() || value.GetStringLength() > 30)
+        return {};
+    rapidjson::Document number;
+    number.Parse(value.GetString());
+    if (number.HasParseError() || !(isInteger ? number.IsInt() : number.IsNumber()))
+        return {};
+    return value.GetString();
+}
+
+static std::string fixInteger(double number) {
+    if (number < INT32_MIN || number > INT32_MAX)
+        return "choose a number from -2147483648 to 2147483647";
+    if (std::trunc(number) == number)
+        return "write " + std::to_string(static_cast<std::int32_t>(number)) +
+               ", without fraction and exponent";
+    return "round it, to " + std::to_string(std::llround(number));
+}
+
+static std::string findFix(const Value &value, const Value &rules) {
+    const std::string_view type = rules["type"].GetString();
+    if (type == "string")
+        return "write text in quotes, such as " + jsonText(rules["default"]);
+    if (type == "array" && value.IsObject())
+        return "put what is there in brackets, as the array's one element";
+    if (type == "array")
+        return "write a list in brackets, [] if it is empty";
+    if (type == "object") {
+        std::string names;
+        for (const auto &name : rules["required"].GetArray())
+            names += (names.empty() ? "" : ", ") + quote(name.GetString());
+        return "write an object in braces, with the members " + names;
+    }
+    if (const auto number = numberInside(value, type == "integer"); !number.empty())
+        return "write " + number + " without quotes";
+    if (value.IsNumber())
+        return fixInteger(value.GetDouble());
+    return "write a number, such as " + jsonText(rules["default"]);
+}
+
+// The object at `pointer` lacks the member `name`, which has these rules; `others` are names that
+// it has and the schema does not.
+static Problem explainMissing(const std::string &pointer, const std::string &name,
+                              const Value &rules, const std::vector<std::string> &others) {
+    // The member as it could stand in a document, and what it is for.
+    std::string fix = "add it, such as " + quote(name) + ": " + jsonText(rules["default"]) + " (" +
+                      rules["description"].GetString() + ")";
+    if (const auto near = nearestName(name, others))
+        fix = "rename " + quote(*near) + " to " + quote(name);
+    return {stepInto(pointer, name),
+            "expected " + describeExpected(rules) + ", found no member of this name", fix};
+}
+
+// The value at `pointer` is not what its rules ask for.
+static Problem explainMistyped(const std::string &pointer, const Value &value, const Value &rules) {
+    return {pointer, "expected " + describeExpected(rules) + ", found " + describeFound(value),
+            findFix(value, rules)};
+}
+
+// The object at `pointer` has a member that the schema does not name, and lacks the `absent` ones.
+static Problem explainUnknown(const std::string &pointer, const std::string &name,
+                              const std::vector<std::string> &absent) {
+    const auto near = nearestName(name, absent);
+    return {stepInto(pointer, name),
+            "found a member that the library does not read",
+            near ? "rename it to " + quote(*near) : "take it away, if it is no remark of yours",
+            {},
+            Severity::warning};
+}
+
+// The object at `pointer` has had a member of this name so many times before.
+static Problem explainRepeated(const std::string &pointer, const std::string &name,
+                               std::size_t before) {
+    return {stepInto(pointer, name),
+            "found " + quote(name) + " once more; the library takes the first",
+            "keep the one that you mean",
+            {},
+            Severity::warning,
+            before};
+}
+
+static const rapidjson::Document &schema() {
+    static const rapidjson::Document tree = [] {
+        rapidjson::Document parsed;
+        parsed.Parse(schemaText);
+        if (parsed.HasParseError())
+            throw std::logic_error("the schema is not JSON");
+        return parsed;
+    }();
+    return tree;
+}
+
+// The rules themselves, reached through `$ref` if need be.
+static const Value &follow(const Value &rules) {
+    const auto reference = rules.FindMember("$ref");
+    if (reference == rules.MemberEnd())
+        return rules;
+    const auto *found = rapidjson::Pointer(reference->value.GetString()).Get(schema());
+    if (!found)
+        throw std::logic_error("the schema refers to rules that it does not have");
+    return *found;
+}
+
+// Whether the value has the type that the rules ask for; rules without a type take any.
+static bool hasType(const Value &value, const Value &rules) {
+    const auto found = rules.FindMember("type");
+    if (found == rules.MemberEnd())
+        return true;
+    const std::string_view type = found->value.GetString();
+    if (type == "object")
+        return value.IsObject();
+    if (type == "array")
+        return value.IsArray();
+    if (type == "string")
+        return value.IsString();
+    if (type == "number")
+        return value.IsNumber();
+    if (type == "integer")
+        return value.IsInt64() && value.GetInt64() >= rules["minimum"].GetInt64() &&
+               value.GetInt64() <= rules["maximum"].GetInt64();
+    throw std::logic_error("the schema asks for an unknown type");
+}
+
+static bool isRequired(const std::string &name, const Value &rules) {
+    const auto names = rules["required"].GetArray();
+    return std::any_of(names.begin(), names.end(),
+                       [&](const Value &required) { return required.GetString() == name; });
+}
 
 namespace {
 
-using Value = rapidjson::Value;
-using Allocator = rapidjson::Document::AllocatorType;
-
-// One kind of object: where it stands in the good document.
-struct Level {
-    const char *place;
-    const Value &rules;
-};
-
+// Goes through a value and the rules that the schema has for it side by side. It knows the keywords
+// that the schema uses and no others; a test compares the two.
 class Checker {
 public:
-    std::vector<Problem> problems;
+    CheckResult result;
 
-    // Judges the object and all that it holds; `depth` is its level.
-    void judge(const Value &value, const std::string &pointer, std::size_t depth);
+    void check(const Value &value, const Value &rules, const std::string &pointer);
 
 private:
-    using Found = std::map<std::string, Problem, std::less<>>; // by the member's name, or ""
+    void checkMembers(const Value &object, const Value &rules, const std::string &pointer);
 
-    Found judgeAlone(const Value &value, const std::string &pointer, const Level &level);
-    bool isFull() const { return problems.size() >= mostProblems; }
-
-    const Value &root = schemaTree();
-    const Value &device = follow(root["properties"]["devices"]["items"]);
-    const Value &panel = follow(device["properties"]["panels"]["items"]);
-    const Level levels[3] = {{"", root}, {"/devices/0", device}, {"/devices/0/panels/0", panel}};
-    rapidjson::SchemaValidator validator{documentSchema()};
+    bool isFull() const { return result.errors.size() >= mostProblems; }
+    bool mayWarn() const { return result.unknownMembers.size() < mostProblems; }
 };
 
 } // namespace
 
-static Value emptied(const Value &value, Allocator &allocator) {
-    if (value.IsObject() || value.IsArray())
-        return Value(value.GetType());
-    return Value(value, allocator);
-}
-
-// The first of each name that the rules have.
-static Value namedMembers(const Value &value, const Value &rules, Allocator &allocator) {
-    if (!value.IsObject())
-        return emptied(value, allocator);
-    Value copy(rapidjson::kObjectType);
-    for (const auto &property : rules["properties"].GetObject()) {
-        const auto member = value.FindMember(property.name);
-        if (member != value.MemberEnd())
-            copy.AddMember(Value(property.name, allocator), emptied(member->value, allocator),
-                           allocator);
-    }
-    return copy;
-}
-
-Checker::Found Checker::judgeAlone(const Value &value, const std::string &pointer,
-                                   const Level &level) {
-    char room[4096];
-    Allocator allocator(room, sizeof room);
-    rapidjson::Document good(&allocator);
-    static_cast<Value &>(good) = sampleOf(root, allocator);
-    Value &object = *rapidjson::Pointer(level.place).Get(good);
-    object = namedMembers(value, level.rules, allocator);
-
-    Found found;
-    for (;;) {
-        validator.Reset();
-        if (good.Accept(validator))
-            return found;
-        rapidjson::StringBuffer text;
-        validator.GetInvalidDocumentPointer().Stringify(text);
-        const std::string at = text.GetString();
-        const std::string_view keyword = validator.GetInvalidSchemaKeyword();
-        if (at == level.place && keyword == "required") {
-            for (const auto &name : level.rules["required"].GetArray()) {
-                if (object.HasMember(name))
-                    continue;
-                const auto &rules = level.rules["properties"][name];
-                found[name.GetString()] = missing(value, pointer, name.GetString(), level.rules);
-                object.AddMember(Value(name, allocator), sampleOf(rules, allocator), allocator);
-            }
-        } else if (at == level.place) {
-            found[""] = mistyped(value, pointer, level.rules);
-            return found;
-        } else {
-            const std::string name = stepsOf(at).back();
-            if (stepsOf(at).size() != stepsOf(level.place).size() + 1 || found.contains(name))
-                throw std::logic_error("the schema does not take its own samples");
-            const auto &rules = level.rules["properties"][name.c_str()];
-            found[name] = mistyped(value[name.c_str()], stepInto(pointer, name), rules);
-            object[name.c_str()] = sampleOf(rules, allocator);
+void Checker::checkMembers(const Value &object, const Value &rules, const std::string &pointer) {
+    const Value &known = rules["properties"];
+    struct Seen {
+        const Value *first = nullptr;
+        std::size_t count = 0;
+    };
+    std::vector<Seen> seen(known.MemberCount()); // in the schema's order
+    std::vector<std::string> others;
+    for (const auto &member : object.GetObject()) {
+        const auto found = known.FindMember(member.name);
+        if (found == known.MemberEnd()) {
+            if (others.size() < mostProblems)
+                others.emplace_back(member.name.GetString(), member.name.GetStringLength());
+            continue;
         }
+        Seen &here = seen[static_cast<std::size_t>(found - known.MemberBegin())];
+        if (here.count == 0)
+            here.first = &member.value;
+        else if (mayWarn())
+            result.unknownMembers.push_back(
+                explainRepeated(pointer, found->name.GetString(), here.count));
+        ++here.count;
+    }
+    std::vector<std::string> absent;
+    for (std::size_t i = 0; i < seen.size(); ++i)
+        if (seen[i].count == 0)
+            absent.emplace_back((known.MemberBegin() + static_cast<long>(i))->name.GetString());
+    for (const std::string &name : others)
+        if (mayWarn())
+            result.unknownMembers.push_back(explainUnknown(pointer, name, absent));
+
+    auto property = known.MemberBegin();
+    for (const Seen &here : seen) {
+        const std::string name = property->name.GetString();
+        if (here.first)
+            check(*here.first, property->value, stepInto(pointer, name));
+        else if (isRequired(name, rules) && !isFull())
+            result.errors.push_back(explainMissing(pointer, name, follow(property->value), others));
+        ++property;
     }
 }
 
-void Checker::judge(const Value &value, const std::string &pointer, std::size_t depth) {
-    const Level &level = levels[depth];
-    const Found found = judgeAlone(value, pointer, level);
-    if (const auto whole = found.find(""); whole != found.end()) {
-        problems.push_back(whole->second);
+void Checker::check(const Value &value, const Value &rulesOrReference, const std::string &pointer) {
+    if (isFull())
         return;
-    }
-    for (const auto &property : level.rules["properties"].GetObject()) {
-        const std::string name = property.name.GetString();
-        if (const auto problem = found.find(name); problem != found.end()) {
-            problems.push_back(problem->second);
-            continue;
-        }
-        if (!property.value.HasMember("items"))
-            continue;
-        const Value &elements = value[name.c_str()];
-        const std::string inside = stepInto(pointer, name);
-        for (rapidjson::SizeType i = 0; i < elements.Size() && !isFull(); ++i)
-            judge(elements[i], stepInto(inside, i), depth + 1);
+    const Value &rules = follow(rulesOrReference);
+    if (!hasType(value, rules)) {
+        result.errors.push_back(explainMistyped(pointer, value, rules));
+    } else if (rules.HasMember("properties")) {
+        checkMembers(value, rules, pointer);
+    } else if (rules.HasMember("items")) {
+        const Value &items = follow(rules["items"]);
+        for (rapidjson::SizeType i = 0; i < value.Size() && !isFull(); ++i)
+            check(value[i], items, stepInto(pointer, i));
     }
 }
 
-std::vector<Problem> check(const Value &root) {
-    // Nearly all documents are good, and that is known at once.
-    rapidjson::SchemaValidator whole(documentSchema());
-    if (root.Accept(whole))
-        return {};
+CheckResult check(const Value &root) {
     Checker checker;
-    checker.judge(root, "", 0);
-    if (checker.problems.size() >= mostProblems) {
-        checker.problems.resize(mostProblems);
-        checker.problems.push_back({"", "there may be more errors than these", ""});
-    }
-    return std::move(checker.problems);
+    checker.check(root, schema(), "");
+    auto &errors = checker.result.errors;
+    if (errors.size() >= mostProblems)
+        errors.push_back({"", "there may be more errors than these"});
+    return std::move(checker.result);
 }
 
 } // namespace config

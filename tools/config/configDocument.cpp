@@ -1,66 +1,140 @@
 #include "tools/config/configDocument.h"
 
-#include "tools/config/advice.h"
-#include "tools/config/check.h"
-#include "tools/config/parse.h"
-#include "tools/config/places.h"
-#include "tools/config/pointer.h"
-#include "tools/config/readDocument.h"
-#include "tools/config/surplus.h"
-#include "tools/config/textFile.h"
+#include "tools/config/tree.h"
+
+#include <algorithm>
+#include <charconv>
+#include <limits>
+#include <rapidjson/prettywriter.h>
+#include <rapidjson/stringbuffer.h>
+#include <utility>
 
 namespace config {
 
-Reading readText(const std::string &text) {
+using Value = rapidjson::Value;
+
+// What is missing or mistyped reads as nothing: 0, or empty; array elements keep their places.
+
+static const Value &member(const Value &object, const char *name) {
+    static const Value nothing;
+    if (!object.IsObject())
+        return nothing;
+    const auto found = object.FindMember(name);
+    return found == object.MemberEnd() ? nothing : found->value;
+}
+
+static std::int32_t integer(const Value &object, const char *name) {
+    const Value &value = member(object, name);
+    return value.IsInt() ? value.GetInt() : 0;
+}
+
+template <typename Read> static auto elements(const Value &object, const char *name, Read read) {
+    std::vector<decltype(read(object))> list;
+    const Value &value = member(object, name);
+    if (!value.IsArray())
+        return list;
+    list.reserve(value.Size());
+    for (const auto &element : value.GetArray())
+        list.push_back(read(element));
+    return list;
+}
+
+static PanelEntry readPanel(const Value &panel) {
+    return {integer(panel, "panelID"), integer(panel, "centroidX"), integer(panel, "centroidY")};
+}
+
+static DeviceEntry readDevice(const Value &device) {
+    const Value &ip = member(device, "ip");
+    const Value &scaleFactor = member(device, "scaleFactor");
+    return {ip.IsString() ? ip.GetString() : "", // up to a zero character, as the library keeps it
+            integer(device, "controlVersion"), integer(device, "shapeType"),
+            scaleFactor.IsNumber() ? scaleFactor.GetDouble() : 0.0,
+            elements(device, "panels", readPanel)};
+}
+
+Reading readText(std::string text) {
     Reading reading;
-    reading.text = text;
-    rapidjson::Document tree;
+    reading.text = std::move(text);
     Problem problem;
-    if (parse(text, tree, problem)) {
-        reading.problems = check(tree);
-        reading.document = readDocument(tree);
-        locate(text, reading.problems);
-    } else {
-        reading.problems.push_back(problem);
+    reading.tree = parse(reading.text, problem);
+    if (!reading.tree) {
+        reading.problems.push_back(std::move(problem));
+        return reading;
+    }
+    const Value &root = reading.tree->root;
+    CheckResult result = check(root);
+    reading.problems = std::move(result.errors);
+    reading.unknownMembers = std::move(result.unknownMembers);
+    reading.document = {integer(root, "displayID"), integer(root, "mode"),
+                        elements(root, "devices", readDevice)};
+    locate(reading, reading.problems);
+    return reading;
+}
+
+Reading review(Reading reading, const std::optional<ScreenSize> &screen) {
+    if (!reading.tree)
+        return reading;
+    auto warnings = findWarnings(reading.document, screen, FaultyParts(reading.problems));
+    for (auto *more : {&reading.unknownMembers, &warnings}) {
+        locate(reading, *more);
+        for (auto &problem : *more)
+            if (reading.problems.size() <= mostProblems)
+                reading.problems.push_back(std::move(problem));
     }
     return reading;
 }
 
-// All that is wrong or doubtful with a document that could be parsed.
-static void review(const rapidjson::Value &tree, const std::optional<ScreenSize> &screen,
-                   Reading &reading) {
-    reading.problems = check(tree);
-    reading.document = readDocument(tree);
-    const Unsound unsound(reading.problems);
-    const auto append = [&](std::vector<Problem> more) {
-        for (auto &one : more)
-            if (reading.problems.size() <= mostProblems)
-                reading.problems.push_back(std::move(one));
+std::optional<ScreenSize> parseScreenSize(const std::string &text, std::uint32_t largest) {
+    ScreenSize size;
+    const char *end = text.data() + text.size();
+    const auto width = std::from_chars(text.data(), end, size.width);
+    if (width.ec != std::errc() || width.ptr == end || *width.ptr != 'x')
+        return std::nullopt;
+    const auto height = std::from_chars(width.ptr + 1, end, size.height);
+    if (height.ec != std::errc() || height.ptr != end)
+        return std::nullopt;
+    if (size.width < 1 || size.height < 1 || size.width > largest || size.height > largest)
+        return std::nullopt;
+    return size;
+}
+
+std::string documentText(const Document &document) {
+    rapidjson::StringBuffer text;
+    rapidjson::PrettyWriter<rapidjson::StringBuffer> writer(text);
+    writer.SetIndent(' ', 2);
+    const auto integer = [&](const char *name, std::int32_t value) {
+        writer.Key(name);
+        writer.Int(value);
     };
-    append(surplusMembers(tree));
-    append(advise(reading.document, screen, unsound));
-    locate(reading.text, reading.problems);
-}
-
-Reading reviewText(const std::string &text, const std::optional<ScreenSize> &screen) {
-    Reading reading;
-    reading.text = text;
-    rapidjson::Document tree;
-    Problem problem;
-    if (parse(text, tree, problem))
-        review(tree, screen, reading);
-    else
-        reading.problems.push_back(problem);
-    return reading;
-}
-
-Reading readFile(const std::string &path) {
-    std::string reason;
-    if (const auto text = readTextFile(path, reason))
-        return readText(*text);
-    Reading reading;
-    reading.problems.push_back({"", "cannot be read: " + reason, ""});
-    return reading;
+    writer.StartObject();
+    integer("displayID", document.displayID);
+    integer("mode", document.mode);
+    writer.Key("devices");
+    writer.StartArray();
+    for (const DeviceEntry &device : document.devices) {
+        writer.StartObject();
+        writer.Key("ip");
+        writer.String(device.ip.data(), static_cast<rapidjson::SizeType>(device.ip.size()));
+        integer("controlVersion", device.controlVersion);
+        integer("shapeType", device.shapeType);
+        writer.Key("scaleFactor");
+        // The library's parser takes some numbers for infinite, but knows no word for that.
+        constexpr double largest = std::numeric_limits<double>::max();
+        writer.Double(std::clamp(device.scaleFactor, -largest, largest));
+        writer.Key("panels");
+        writer.StartArray();
+        for (const PanelEntry &panel : device.panels) {
+            const std::string line = "{\"panelID\": " + std::to_string(panel.panelID) +
+                                     ", \"centroidX\": " + std::to_string(panel.centroidX) +
+                                     ", \"centroidY\": " + std::to_string(panel.centroidY) + "}";
+            writer.RawValue(line.data(), line.size(), rapidjson::kObjectType);
+        }
+        writer.EndArray();
+        writer.EndObject();
+    }
+    writer.EndArray();
+    writer.EndObject();
+    return text.GetString() + std::string("\n");
 }
 
 std::string describe(const std::string &path, const Problem &problem) {

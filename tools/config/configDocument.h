@@ -2,37 +2,29 @@
 // it, since the library stops the process on a member that is missing or mistyped.
 #pragma once
 
-#include "tools/config/screenSize.h"
+#include "tools/lights/device.h"
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
 namespace config {
 
-struct PanelEntry {
-    std::int32_t panelID = 0;
-    std::int32_t centroidX = 0; // screen pixels
-    std::int32_t centroidY = 0;
-};
-
-struct DeviceEntry {
-    std::string ip;
-    std::int32_t controlVersion = 0; // 1: narrow layout, port 60221; else wide, port 60222
-    std::int32_t shapeType = 0;
-    double scaleFactor = 0.0;
-    std::vector<PanelEntry> panels;
-
-    int port() const { return controlVersion == 1 ? 60221 : 60222; }
-};
+using lights::DeviceEntry;
+using lights::PanelEntry;
 
 struct Document {
     std::int32_t displayID = 0;
     std::int32_t mode = 0;
     std::vector<DeviceEntry> devices;
 };
+
+// The document as JSON text, one panel a line, with the members that mirroring reads.
+std::string documentText(const Document &document);
 
 // Where something stands in a text; both count from 1, columns in characters. 0: nowhere.
 struct Place {
@@ -48,11 +40,11 @@ enum class Severity {
 
 // One thing to say about a document.
 struct Problem {
-    std::string pointer;     // JSON pointer (RFC 6901); empty for the whole document
-    std::string message;     // what was expected and what was found, one line
-    std::string remedy = {}; // how to fix it, one line; empty when the message says all
-    Place place = {}; // of the member's name or the array's element; of a missing member: where
-                      // the object begins that lacks it
+    std::string pointer;  // JSON pointer (RFC 6901); empty for the whole document
+    std::string message;  // what was expected and what was found, one line
+    std::string fix = {}; // how to fix it, one line; empty when the message says all
+    Place place = {};     // of the member's name or the array's element; of a missing member: where
+                          // the object begins that lacks it
     Severity severity = Severity::error;
     std::size_t occurrence = 0; // of members with one name, which one is meant; the first is 0
 };
@@ -60,25 +52,52 @@ struct Problem {
 // No more problems than this are listed; one more says that there are others.
 inline constexpr std::size_t mostProblems = 1000;
 
+struct Tree; // what the parser found, and where
+
 // A text that has been read. `document` is complete exactly when no problem is an error.
 struct Reading {
     std::string text;
     Document document;
     std::vector<Problem> problems;
+    std::vector<Problem> unknownMembers; // warnings: not read by the library, or there again
+    std::shared_ptr<const Tree> tree;    // null when the text does not parse
 };
 
-// Parses `text` and checks it against the schema; finds all errors, not only the first, and nothing
-// but errors. A text without problems is one that the library reads to its end; members that the
-// library does not read may be anything.
-Reading readText(const std::string &text);
+// Parses `text` and checks it against the schema; finds all errors, not only the first, and lists
+// nothing but errors as problems. A text without problems is one that the library reads to its end;
+// members that the library does not read may be anything.
+Reading readText(std::string text);
 
-// As readText(), and adds the warnings and cautions, of the panels' places only when a screen is
-// given.
-Reading reviewText(const std::string &text, const std::optional<ScreenSize> &screen);
+// Adds the warnings and cautions, of the panels' places only when a screen is given.
+struct ScreenSize {
+    std::uint32_t width = 0; // pixels
+    std::uint32_t height = 0;
+};
+Reading review(Reading reading, const std::optional<ScreenSize> &screen);
 
-// Reads a file and then its text; "-" is standard input. A file that cannot be read is one problem
-// with an empty pointer.
-Reading readFile(const std::string &path);
+// Which parts of a document carry no meaning since errors were found in them.
+class FaultyParts {
+public:
+    explicit FaultyParts(const std::vector<Problem> &errors);
+
+    // Whether there is an error at `pointer`, or at something that it lies in.
+    bool include(const std::string &pointer) const;
+
+private:
+    std::set<std::string> pointers;
+};
+
+// Two numbers from 1 to `largest` with an x between them, such as 1920x1080; nothing when it is not
+// that.
+std::optional<ScreenSize> parseScreenSize(const std::string &text, std::uint32_t largest);
+
+// Fills in the places of all problems from their pointers. A pointer to nothing gets the place of
+// the innermost thing on its way that is there. The text must have parsed, unless there is nothing
+// to place.
+void locate(const Reading &reading, std::vector<Problem> &problems);
+
+// The pointer to print: one line without control characters, cut when it is very long.
+std::string shownPointer(const std::string &pointer);
 
 // "PATH: line L, column C: POINTER: MESSAGE", ready to print, without the parts that there are not.
 // One line whatever the document holds.

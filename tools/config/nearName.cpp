@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cctype>
 #include <numeric>
+#include <string_view>
 
 namespace config {
 
@@ -33,14 +34,14 @@ static std::size_t distance(std::string_view a, std::string_view b) {
     return row[b.size()];
 }
 
-std::optional<std::string> nearestName(std::string_view name,
+std::optional<std::string> nearestName(const std::string &name,
                                        const std::vector<std::string> &candidates) {
     // Of short names nearly all letters could be wrong.
     const std::size_t most = name.size() < 6 ? 1 : 2;
     std::optional<std::string> nearest;
     std::size_t least = most + 1;
     for (const auto &candidate : candidates) {
-        if (candidate.size() > name.size() + most)
+        if (candidate.size() > name.size() + most || name.size() > candidate.size() + most)
             continue;
         const std::size_t away = distance(name, candidate);
         if (away < least) {

@@ -3,7 +3,6 @@
 
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace config {
@@ -11,7 +10,7 @@ namespace config {
 // The one of `candidates` that is nearest to `name`, without regard to case: at most two edits away
 // (one for a name of fewer than six letters), where an edit is a letter that is wrong, missing or
 // extra, or two neighbours that are swapped.
-std::optional<std::string> nearestName(std::string_view name,
+std::optional<std::string> nearestName(const std::string &name,
                                        const std::vector<std::string> &candidates);
 
 } // namespace config

@@ -1,50 +1,96 @@
-#include "tools/config/parse.h"
-
-#include "tools/config/places.h"
+#include "tools/config/tree.h"
 
 #include <cstring>
+#include <optional>
 #include <rapidjson/error/en.h>
+#include <rapidjson/memorystream.h>
 
 namespace config {
 
 namespace {
 
-// The first thing in a text that is too much for the parser, if any.
-struct Excess {
-    std::size_t offset = std::string::npos;
-    std::string expected;
+using rapidjson::SizeType;
+
+// Hands on to the tree what the parser finds, and notes where it stands. The parser tells of a
+// token when it is behind it; where the token begins is found from the end of the one before.
+class Builder {
+public:
+    Builder(const std::string &text_, rapidjson::MemoryStream &stream_, rapidjson::Document &root_,
+            std::vector<Node> &nodes_)
+        : text(text_), stream(stream_), root(root_), nodes(nodes_) {}
+
+    bool Null() { return note() && root.Null(); }
+    bool Bool(bool value) { return note() && root.Bool(value); }
+    bool Int(int value) { return note() && root.Int(value); }
+    bool Uint(unsigned value) { return note() && root.Uint(value); }
+    bool Int64(std::int64_t value) { return note() && root.Int64(value); }
+    bool Uint64(std::uint64_t value) { return note() && root.Uint64(value); }
+    bool Double(double value) { return note() && root.Double(value); }
+    bool RawNumber(const char *value, SizeType length, bool copies) {
+        return note() && root.RawNumber(value, length, copies);
+    }
+    bool String(const char *value, SizeType length, bool copies) {
+        return note() && root.String(value, length, copies);
+    }
+    bool Key(const char *name, SizeType length, bool copies) {
+        nameBegins = beginning();
+        passed = stream.Tell();
+        return root.Key(name, length, copies);
+    }
+    bool StartObject() { return open() && root.StartObject(); }
+    bool StartArray() { return open() && root.StartArray(); }
+    bool EndObject(SizeType members) { return close() && root.EndObject(members); }
+    bool EndArray(SizeType elements) { return close() && root.EndArray(elements); }
+
+    // What is too much for the parser, if it stopped there.
+    std::string excess;
+    std::size_t excessBegins = 0;
+
+private:
+    std::size_t beginning() const {
+        const auto at = text.find_first_not_of(" \t\r\n,:", passed);
+        return at == std::string::npos ? text.size() : at;
+    }
+
+    bool refuse(const std::string &expected) {
+        excess = "expected " + expected + ", found one more";
+        excessBegins = beginning();
+        return false;
+    }
+
+    bool note() {
+        if (nodes.size() == mostValues)
+            return refuse("at most " + std::to_string(mostValues) + " values");
+        const auto number = static_cast<std::uint32_t>(nodes.size());
+        nodes.push_back({static_cast<std::uint32_t>(nameBegins.value_or(beginning())), number + 1});
+        nameBegins.reset();
+        passed = stream.Tell();
+        return true;
+    }
+
+    bool open() {
+        if (unclosed.size() == deepestNesting)
+            return refuse("nesting no deeper than " + std::to_string(deepestNesting) + " levels");
+        unclosed.push_back(nodes.size());
+        return note();
+    }
+    bool close() {
+        nodes[unclosed.back()].end = static_cast<std::uint32_t>(nodes.size());
+        unclosed.pop_back();
+        passed = stream.Tell();
+        return true;
+    }
+
+    const std::string &text;
+    rapidjson::MemoryStream &stream;
+    rapidjson::Document &root;
+    std::vector<Node> &nodes;
+    std::vector<std::size_t> unclosed; // the nodes of objects and arrays
+    std::optional<std::size_t> nameBegins;
+    std::size_t passed = 0;
 };
 
 } // namespace
-
-// Counts the brackets and commas outside of strings. For the valid beginning of any text that gives
-// the depth of the parser and the number of values.
-static Excess findExcess(const std::string &text) {
-    std::size_t depth = 0;
-    std::size_t values = 0;
-    bool inString = false;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const char c = text[i];
-        if (inString) {
-            if (c == '\\')
-                ++i;
-            else if (c == '"')
-                inString = false;
-            continue;
-        }
-        if (c == '"')
-            inString = true;
-        const bool opens = c == '[' || c == '{';
-        if (opens && ++depth > deepestNesting)
-            return {i, "nesting no deeper than " + std::to_string(deepestNesting) +
-                           " levels, found one more"};
-        if ((c == ']' || c == '}') && depth > 0)
-            --depth;
-        if ((opens || c == ',') && ++values > mostValues)
-            return {i, "at most " + std::to_string(mostValues) + " values, found one more"};
-    }
-    return {};
-}
 
 // Whether a comment begins there, in one of the ways that other formats know.
 static bool isComment(const std::string &text, std::size_t offset) {
@@ -54,7 +100,7 @@ static bool isComment(const std::string &text, std::size_t offset) {
     return offset < text.size() && (begins("//") || begins("/*") || begins("#"));
 }
 
-static const char *remedyOf(rapidjson::ParseErrorCode error) {
+static const char *fixOf(rapidjson::ParseErrorCode error) {
     switch (error) {
     case rapidjson::kParseErrorDocumentEmpty:
         return "mirrorctl layout makes a configuration to start from";
@@ -91,36 +137,34 @@ static const char *remedyOf(rapidjson::ParseErrorCode error) {
     }
 }
 
-bool parse(const std::string &text, rapidjson::Document &tree, Problem &problem) {
-    problem = {};
-    if (const auto zero = text.find('\0'); zero != std::string::npos) {
-        problem.place = placeAt(text, zero);
-        problem.message = "expected JSON text in UTF-8, found a zero byte, which would end it";
-        problem.remedy = "choose the file that you meant, or save it as UTF-8 text";
-        return false;
-    }
-    if (const Excess excess = findExcess(text); excess.offset != std::string::npos) {
-        problem.place = placeAt(text, excess.offset);
-        problem.message = "expected " + excess.expected;
-        problem.remedy = "choose the file that you meant; a configuration is five levels deep";
-        return false;
-    }
-    tree.Parse(text.c_str());
-    if (tree.HasParseError()) {
-        problem.place = placeAt(text, tree.GetErrorOffset());
-        if (isComment(text, tree.GetErrorOffset())) {
-            problem.message = "found a comment; JSON has no comments";
-            problem.remedy = "remove the comments";
-            return false;
-        }
-        problem.message = rapidjson::GetParseError_En(tree.GetParseError());
-        if (text.starts_with("\xEF\xBB\xBF"))
-            problem.remedy = "the text begins with a byte order mark; save it without one";
-        else
-            problem.remedy = remedyOf(tree.GetParseError());
-        return false;
-    }
-    return true;
+std::shared_ptr<const Tree> parse(const std::string &text, Problem &problem) {
+    const auto fail = [&](std::size_t offset, const std::string &message, const std::string &fix) {
+        problem = {"", message, fix, placeAt(text, offset)};
+        return nullptr;
+    };
+    if (const auto zero = text.find('\0'); zero != std::string::npos)
+        return fail(zero, "expected JSON text in UTF-8, found a zero byte, which would end it",
+                    "choose the file that you meant, or save it as UTF-8 text");
+    auto tree = std::make_shared<Tree>();
+    rapidjson::MemoryStream stream(text.data(), text.size());
+    rapidjson::Reader reader;
+    Builder builder(text, stream, tree->root, tree->nodes);
+    const auto build = [&](rapidjson::Document &) {
+        return !reader.Parse(stream, builder).IsError();
+    };
+    tree->root.Populate(build);
+    if (!reader.HasParseError())
+        return tree;
+    if (!builder.excess.empty())
+        return fail(builder.excessBegins, builder.excess,
+                    "choose the file that you meant; a configuration is five levels deep");
+    const std::size_t offset = reader.GetErrorOffset();
+    if (isComment(text, offset))
+        return fail(offset, "found a comment; JSON has no comments", "remove the comments");
+    return fail(offset, rapidjson::GetParseError_En(reader.GetParseErrorCode()),
+                text.starts_with("\xEF\xBB\xBF")
+                    ? "the text begins with a byte order mark; save it without one"
+                    : fixOf(reader.GetParseErrorCode()));
 }
 
 } // namespace config

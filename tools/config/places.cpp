@@ -1,110 +1,33 @@
-#include "tools/config/places.h"
-
-#include "tools/config/pointer.h"
+#include "tools/config/tree.h"
+#include "tools/lights/text.h"
 
 #include <algorithm>
 #include <map>
-#include <memory>
-#include <rapidjson/memorystream.h>
-#include <rapidjson/reader.h>
+#include <rapidjson/pointer.h>
 
 namespace config {
 
 namespace {
 
-// The part of the tree that somebody asks for.
+using Value = rapidjson::Value;
+
+// The part of the tree that problems point to.
 struct Wanted {
-    std::map<std::string, std::unique_ptr<Wanted>, std::less<>> below;
+    const Wanted *above = nullptr;
+    std::map<std::string, Wanted, std::less<>> below;
     std::vector<std::size_t> offsets; // of each that has this pointer, in the order of the text
-};
 
-// Notes the offsets of what is wanted while the parser goes by. The parser tells of each token
-// when it is behind it; what begins next is found from there.
-class Noter : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, Noter> {
-public:
-    Noter(const std::string &textToRead, rapidjson::MemoryStream &streamToFollow, Wanted &root)
-        : text(textToRead), stream(streamToFollow), next(&root) {}
-
-    // Numbers, strings and literals.
-    bool Default() {
-        noteValue();
-        return advance();
+    std::size_t offset(std::size_t occurrence) const {
+        if (offsets.empty())
+            return above->offset(0);
+        return offsets[std::min(occurrence, offsets.size() - 1)];
     }
-    bool StartObject() { return open(false); }
-    bool StartArray() { return open(true); }
-    bool Key(const char *name, rapidjson::SizeType length, bool) {
-        Frame &frame = frames.back();
-        next = child(frame.wanted, {name, length});
-        if (next)
-            next->offsets.push_back(beginning());
-        return advance();
-    }
-    bool EndObject(rapidjson::SizeType) { return close(); }
-    bool EndArray(rapidjson::SizeType) { return close(); }
-
-private:
-    struct Frame {
-        Wanted *wanted; // null: nobody asks for anything in here
-        bool isArray;
-        std::size_t elements;
-    };
-
-    static Wanted *child(Wanted *wanted, std::string_view name) {
-        if (!wanted)
-            return nullptr;
-        const auto found = wanted->below.find(name);
-        return found == wanted->below.end() ? nullptr : found->second.get();
-    }
-
-    // Where the token begins that the parser has just passed.
-    std::size_t beginning() const {
-        const auto at = text.find_first_not_of(" \t\r\n,:", passed);
-        return at == std::string::npos ? text.size() : at;
-    }
-
-    bool advance() {
-        passed = stream.Tell();
-        return true;
-    }
-
-    // Members were noted at their names.
-    void noteValue() {
-        if (frames.empty()) {
-            next->offsets.push_back(beginning());
-        } else if (frames.back().isArray) {
-            Frame &frame = frames.back();
-            next = frame.wanted && !frame.wanted->below.empty()
-                       ? child(frame.wanted, std::to_string(frame.elements))
-                       : nullptr;
-            ++frame.elements;
-            if (next)
-                next->offsets.push_back(beginning());
-        }
-    }
-
-    bool open(bool isArray) {
-        noteValue();
-        // What stands in a later member of one name is not what anybody reads.
-        Wanted *inside = next && next->offsets.size() == 1 ? next : nullptr;
-        frames.push_back({inside, isArray, 0});
-        return advance();
-    }
-    bool close() {
-        frames.pop_back();
-        return advance();
-    }
-
-    const std::string &text;
-    rapidjson::MemoryStream &stream;
-    Wanted *next;
-    std::vector<Frame> frames;
-    std::size_t passed = 0;
 };
 
 // Turns rising offsets into places, each at the cost of the text since the last.
 class Walker {
 public:
-    explicit Walker(const std::string &textToRead) : text(textToRead) {}
+    explicit Walker(const std::string &text_) : text(text_) {}
 
     Place at(std::size_t offset) {
         for (const std::size_t end = std::min(offset, text.size()); reached < end; ++reached) {
@@ -131,43 +54,85 @@ Place placeAt(const std::string &text, std::size_t offset) {
     return Walker(text).at(offset);
 }
 
-static void want(Wanted &root, const std::string &pointer) {
+std::string stepInto(const std::string &pointer, std::string_view name) {
+    std::string longer = pointer + "/";
+    for (const char c : name) {
+        if (c == '~')
+            longer += "~0";
+        else if (c == '/')
+            longer += "~1";
+        else
+            longer += c;
+    }
+    return longer;
+}
+
+std::string stepInto(const std::string &pointer, std::size_t index) {
+    return pointer + "/" + std::to_string(index);
+}
+
+std::string shownPointer(const std::string &pointer) {
+    const bool isPlain = std::all_of(pointer.begin(), pointer.end(), [](char c) {
+        const auto byte = static_cast<unsigned char>(c);
+        return byte >= 0x20 && byte != 0x7F;
+    });
+    constexpr std::size_t longest = 120;
+    return isPlain && pointer.size() <= longest ? pointer : lights::quote(pointer);
+}
+
+static const Wanted *want(Wanted &root, const std::string &pointer) {
     Wanted *at = &root;
-    for (const auto &step : stepsOf(pointer)) {
-        auto &below = at->below[step];
-        if (!below)
-            below = std::make_unique<Wanted>();
-        at = below.get();
+    const rapidjson::Pointer steps(pointer.data(), pointer.size());
+    for (std::size_t i = 0; i < steps.GetTokenCount(); ++i) {
+        const auto &step = steps.GetTokens()[i];
+        Wanted &below = at->below[std::string(step.name, step.length)];
+        below.above = at;
+        at = &below;
     }
+    return at;
 }
 
-static std::size_t offsetOf(const Wanted &root, const Problem &problem) {
-    const Wanted *at = &root;
-    for (const auto &step : stepsOf(problem.pointer)) {
-        const Wanted *below = at->below.find(step)->second.get();
-        if (below->offsets.empty())
-            return at->offsets.front();
-        at = below;
-    }
-    return at->offsets[std::min(problem.occurrence, at->offsets.size() - 1)];
+// Notes where everything is that is wanted of what the value holds; `node` is the value's.
+static void find(const std::vector<Node> &nodes, const Value &value, std::size_t node,
+                 Wanted &wanted) {
+    if (wanted.below.empty())
+        return;
+    std::size_t child = node + 1;
+    const auto pass = [&](std::string_view name, const Value &inside) {
+        if (const auto found = wanted.below.find(name); found != wanted.below.end()) {
+            auto &offsets = found->second.offsets;
+            offsets.push_back(nodes[child].offset);
+            // What stands in a later member of one name is not what anybody reads.
+            if (offsets.size() == 1)
+                find(nodes, inside, child, found->second);
+        }
+        child = nodes[child].end;
+    };
+    if (value.IsObject())
+        for (const auto &member : value.GetObject())
+            pass({member.name.GetString(), member.name.GetStringLength()}, member.value);
+    if (value.IsArray())
+        for (rapidjson::SizeType i = 0; i < value.Size(); ++i)
+            pass(std::to_string(i), value[i]);
 }
 
-void locate(const std::string &text, std::vector<Problem> &problems) {
+void locate(const Reading &reading, std::vector<Problem> &problems) {
     if (problems.empty())
         return;
     Wanted root;
+    std::vector<const Wanted *> targets;
+    targets.reserve(problems.size());
     for (const auto &problem : problems)
-        want(root, problem.pointer);
-    rapidjson::MemoryStream stream(text.data(), text.size());
-    Noter noter(text, stream, root);
-    rapidjson::Reader().Parse(stream, noter);
+        targets.push_back(want(root, problem.pointer));
+    root.offsets.push_back(reading.tree->nodes.front().offset);
+    find(reading.tree->nodes, reading.tree->root, 0, root);
 
     std::vector<std::pair<std::size_t, Problem *>> offsets;
     offsets.reserve(problems.size());
-    for (auto &problem : problems)
-        offsets.emplace_back(offsetOf(root, problem), &problem);
+    for (std::size_t i = 0; i < problems.size(); ++i)
+        offsets.emplace_back(targets[i]->offset(problems[i].occurrence), &problems[i]);
     std::sort(offsets.begin(), offsets.end());
-    Walker walker(text);
+    Walker walker(reading.text);
     for (const auto &[offset, problem] : offsets)
         problem->place = walker.at(offset);
 }

@@ -8,24 +8,6 @@
 
 namespace config {
 
-namespace {
-
-class File {
-public:
-    explicit File(const std::string &path)
-        : fd(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY)) {}
-    ~File() {
-        if (fd >= 0)
-            close(fd);
-    }
-    File(const File &) = delete;
-    File &operator=(const File &) = delete;
-
-    const int fd; // opening a pipe waits for nobody; reading it does
-};
-
-} // namespace
-
 // Waits for something to read, or for the end; a negative patience waits for ever.
 static bool awaitInput(int fd, std::chrono::milliseconds patience, std::string &reason) {
     pollfd input{fd, POLLIN, 0};
@@ -71,13 +53,16 @@ std::optional<std::string> readTextFile(const std::string &path, std::string &re
                                         std::chrono::milliseconds patience) {
     if (path == "-")
         return readDescriptor(STDIN_FILENO, std::chrono::milliseconds(-1), reason);
-    const File file(path);
-    if (file.fd < 0) {
+    // Opening a pipe waits for nobody; reading it does.
+    const int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
+    if (fd < 0) {
         // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
         reason = std::strerror(errno);
         return std::nullopt;
     }
-    return readDescriptor(file.fd, patience, reason);
+    auto text = readDescriptor(fd, patience, reason);
+    close(fd);
+    return text;
 }
 
 } // namespace config

@@ -1,6 +1,6 @@
 #include "tools/lights/datagram.h"
 
-namespace panelwall {
+namespace lights {
 
 namespace {
 
@@ -57,6 +57,17 @@ std::uint16_t wireId(Layout layout, std::int32_t panelID) {
     return static_cast<std::uint16_t>(layout == Layout::narrow ? panelID & 0xff : panelID & 0xffff);
 }
 
+std::size_t datagramSize(Layout layout, std::size_t panels) {
+    return formatOf(layout).headerSize + formatOf(layout).recordSize * panels;
+}
+
+std::size_t mostPanels(Layout layout) {
+    constexpr std::size_t largestDatagram = 65507;
+    return layout == Layout::narrow
+               ? 255
+               : (largestDatagram - wideFormat.headerSize) / wideFormat.recordSize;
+}
+
 Decoding decode(Layout layout, std::span<const std::uint8_t> bytes) {
     const Format &format = formatOf(layout);
     Decoding decoding;
@@ -79,7 +90,8 @@ Decoding decode(Layout layout, std::span<const std::uint8_t> bytes) {
                 inRecord(records.size(), "white " + std::to_string(colour[3]) + ", not 0");
             return decoding;
         }
-        records.push_back({readNumber(format, fields, 0), colour[0], colour[1], colour[2],
+        records.push_back({readNumber(format, fields, 0),
+                           {colour[0], colour[1], colour[2]},
                            readNumber(format, fields, format.transitionOffset)});
     }
     decoding.records = std::move(records);
@@ -99,4 +111,4 @@ std::string findForeignRecord(const std::vector<Record> &records, const KnownIds
     return {};
 }
 
-} // namespace panelwall
+} // namespace lights

@@ -4,6 +4,8 @@
 // Pure functions, callable from any thread. They accept any bytes.
 #pragma once
 
+#include "tools/lights/device.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <map>
@@ -11,7 +13,7 @@
 #include <string>
 #include <vector>
 
-namespace panelwall {
+namespace lights {
 
 enum class Layout { narrow, wide };
 
@@ -21,11 +23,16 @@ Layout layoutOf(std::int32_t controlVersion);
 // What is left of a panel's identifier in a datagram: its low 8 bits (narrow) or 16 bits (wide).
 std::uint16_t wireId(Layout layout, std::int32_t panelID);
 
+// How many bytes a datagram with records for so many panels has; without any, all are 0.
+std::size_t datagramSize(Layout layout, std::size_t panels);
+
+// The most panels that a device of this layout can have: as many as the count holds (narrow), or as
+// fit into a UDP datagram over IPv4 (wide).
+std::size_t mostPanels(Layout layout);
+
 struct Record {
     std::uint16_t id = 0; // as in the datagram
-    std::uint8_t red = 0;
-    std::uint8_t green = 0;
-    std::uint8_t blue = 0;
+    Colour colour;
     std::uint16_t transitionTime = 0;
 };
 
@@ -47,4 +54,4 @@ using KnownIds = std::map<std::uint16_t, std::size_t>;
 // only some of the panels are fine.
 std::string findForeignRecord(const std::vector<Record> &records, const KnownIds &knownIds);
 
-} // namespace panelwall
+} // namespace lights

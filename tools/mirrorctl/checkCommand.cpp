@@ -1,8 +1,6 @@
 // mirrorctl check
-#include "tools/config/advice.h"
-#include "tools/config/places.h"
-#include "tools/config/pointer.h"
 #include "tools/config/textFile.h"
+#include "tools/lights/text.h"
 #include "tools/mirrorctl/commands.h"
 #include "tools/mirrorctl/libraryMessages.h"
 #include "tools/mirrorctl/mirroring.h"
@@ -88,18 +86,17 @@ static DisplaySearch findDisplay(const config::Document &document, bool isNeeded
 }
 
 // Returns the status of a run, which would be refused for the same reasons in the same order.
-static ExitStatus review(const CheckOptions &options, const std::string &text,
-                         CheckReport &report) {
-    const config::Reading reading = config::readText(text);
-    const config::Unsound unsound(reading.problems);
+static ExitStatus review(const CheckOptions &options, std::string text, CheckReport &report) {
+    config::Reading reading = config::readText(std::move(text));
+    const config::FaultyParts faulty(reading.problems);
     DisplaySearch search;
-    if (options.looksForDisplay() && !unsound.covers("/displayID"))
+    if (options.looksForDisplay() && !faulty.include("/displayID"))
         search = findDisplay(reading.document, options.needsDisplay);
     if (!options.screen.empty())
         search.screen = config::parseScreenSize(options.screen, mostPixels);
     report.screenKnown = search.screen.has_value();
     report.remark = search.remark;
-    if (!search.screen && !unsound.covers("/devices"))
+    if (!search.screen && !faulty.include("/devices"))
         report.remark += std::string(report.remark.empty() ? "" : " ") +
                          "The panels' places were not checked; --screen names the display's size.";
 
@@ -107,7 +104,7 @@ static ExitStatus review(const CheckOptions &options, const std::string &text,
     std::vector<config::Problem> unmet; // requirements of a run
     const auto require = [&](std::vector<config::Problem> problems, ExitStatus failure) {
         std::erase_if(problems,
-                      [&](const auto &problem) { return unsound.covers(problem.pointer); });
+                      [&](const auto &problem) { return faulty.include(problem.pointer); });
         if (status == ExitStatus::Done && !problems.empty())
             status = failure;
         std::move(problems.begin(), problems.end(), std::back_inserter(unmet));
@@ -115,9 +112,8 @@ static ExitStatus review(const CheckOptions &options, const std::string &text,
     require(modeProblems(reading.document), ExitStatus::DocumentFaulty);
     require(addressProblems(reading.document), ExitStatus::AddressFaulty);
     require(std::move(search.problems), ExitStatus::DisplayMissing);
-    if (!unmet.empty()) // otherwise the text may not even parse
-        config::locate(text, unmet);
-    report.problems = config::reviewText(text, search.screen).problems;
+    config::locate(reading, unmet); // none when the text does not even parse
+    report.problems = config::review(std::move(reading), search.screen).problems;
     std::move(unmet.begin(), unmet.end(), std::back_inserter(report.problems));
     std::stable_sort(report.problems.begin(), report.problems.end(),
                      [](const auto &a, const auto &b) {
@@ -133,20 +129,16 @@ static const char *severityName(Severity severity) {
     return severity == Severity::error ? "error" : "warning";
 }
 
-static std::string counted(std::size_t number, const std::string &thing) {
-    return std::to_string(number) + " " + thing + (number == 1 ? "" : "s");
-}
-
 static void print(const std::string &name, const config::Problem &problem) {
     std::printf("%s:%zu:%zu: %s: ", name.c_str(), problem.place.line, problem.place.column,
                 severityName(problem.severity));
     if (!problem.pointer.empty())
         std::printf("%s: ", config::shownPointer(problem.pointer).c_str());
     std::printf("%s%s\n", problem.message.c_str(), problem.message.ends_with('.') ? "" : ".");
-    if (!problem.remedy.empty())
+    if (!problem.fix.empty())
         std::printf("    %s: %s.\n",
                     problem.severity == Severity::caution ? "What to do" : "To fix it",
-                    problem.remedy.c_str());
+                    problem.fix.c_str());
 }
 
 // For readers, on standard output: "NAME:LINE:COLUMN: error: POINTER: MESSAGE" and a line on how to
@@ -161,8 +153,8 @@ static void print(const std::string &name, const CheckReport &report) {
     if (errors + warnings == 0)
         std::printf("%s: fine.\n", name.c_str());
     else
-        std::printf("%s: %s, %s.\n", name.c_str(), counted(errors, "error").c_str(),
-                    counted(warnings, "warning").c_str());
+        std::printf("%s: %s, %s.\n", name.c_str(), lights::counted(errors, "error").c_str(),
+                    lights::counted(warnings, "warning").c_str());
     if (!report.remark.empty())
         std::puts(report.remark.c_str());
     for (const auto &problem : report.problems)
@@ -200,7 +192,7 @@ static std::string jsonText(const std::string &name, const CheckReport &report) 
         number("line", problem.place.line);
         number("column", problem.place.column);
         text("message", problem.message);
-        text("remedy", problem.remedy);
+        text("remedy", problem.fix);
         writer.EndObject();
     }
     writer.EndArray();
@@ -210,14 +202,14 @@ static std::string jsonText(const std::string &name, const CheckReport &report) 
 
 static ExitStatus checkDocument(const CheckOptions &options) {
     std::string reason;
-    const auto text = config::readTextFile(options.path, reason);
+    auto text = config::readTextFile(options.path, reason);
     const std::string name = options.path == "-" ? "standard input" : options.path;
     if (!text) {
         std::fprintf(stderr, "%s: cannot be read: %s\n", name.c_str(), reason.c_str());
         return ExitStatus::FileUnreadable;
     }
     CheckReport report;
-    const ExitStatus status = review(options, *text, report);
+    const ExitStatus status = review(options, std::move(*text), report);
     if (options.json)
         std::puts(jsonText(name, report).c_str());
     else

@@ -1,11 +1,11 @@
 #include "tools/mirrorctl/loopbackReceiver.h"
 
+#include "tools/lights/address.h"
+
 #include <algorithm>
-#include <arpa/inet.h>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
-#include <netinet/in.h>
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <unistd.h>
@@ -17,14 +17,11 @@ static int bindTo(const config::DeviceEntry &device) {
     const int fd = socket(AF_INET, SOCK_DGRAM, 0);
     if (fd < 0)
         return -1;
-    sockaddr_in address = {};
-    address.sin_family = AF_INET;
-    address.sin_port = htons(static_cast<std::uint16_t>(device.port()));
-    inet_pton(AF_INET, device.ip.c_str(), &address.sin_addr);
+    const auto endpoint = lights::parseEndpoint(device.ip, device.port()).value();
     const int on = 1;
     if (fcntl(fd, F_SETFD, FD_CLOEXEC) == 0 && fcntl(fd, F_SETFL, O_NONBLOCK) == 0 &&
         setsockopt(fd, SOL_SOCKET, SO_TIMESTAMP, &on, sizeof on) == 0 &&
-        bind(fd, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0)
+        bind(fd, &endpoint.any, endpoint.length) == 0)
         return fd;
     const int reason = errno;
     close(fd);

@@ -1,13 +1,12 @@
 // mirrorctl: the screen mirroring library's host for the command line.
 #include "tools/config/nearName.h"
-#include "tools/config/quote.h"
+#include "tools/lights/text.h"
 #include "tools/mirrorctl/commands.h"
 
 #include <CLI/Config.hpp>
 #include <CLI/Formatter.hpp>
 #include <algorithm>
 #include <cstdio>
-#include <cstring>
 #include <exception>
 
 using mirrorctl::ExitStatus;
@@ -48,7 +47,7 @@ static std::string commandProblem(const CLI::App &program, const char *word) {
         commands.push_back(command->get_name());
     if (*word == '-' || std::find(commands.begin(), commands.end(), word) != commands.end())
         return {};
-    std::string text = "mirrorctl has no command " + config::quote(word, std::strlen(word)) + ".";
+    std::string text = "mirrorctl has no command " + lights::quote(word) + ".";
     if (const auto near = config::nearestName(word, commands))
         text += " Did you mean \"" + *near + "\"?";
     return text + "\nRun with --help for the list of commands.\n";

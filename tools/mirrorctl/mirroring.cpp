@@ -2,10 +2,8 @@
 
 #include "mirror/mirrorInterface.h"
 #include "tools/config/modes.h"
-#include "tools/config/places.h"
 #include "tools/config/textFile.h"
-#include "tools/lights/deviceAddress.h"
-#include "tools/mirrorctl/layout/layoutPlan.h"
+#include "tools/lights/address.h"
 #include "tools/mirrorctl/libraryCall.h"
 #include "tools/mirrorctl/libraryMessages.h"
 #include "tools/mirrorctl/server.h"
@@ -26,10 +24,9 @@ std::vector<config::Problem> modeProblems(const config::Document &document) {
 std::vector<config::Problem> addressProblems(const config::Document &document) {
     std::vector<config::Problem> problems;
     for (std::size_t i = 0; i < document.devices.size(); ++i)
-        if (auto problem = config::addressProblem(document.devices[i].ip)) {
-            problem->pointer = "/devices/" + std::to_string(i) + "/ip";
-            problems.push_back(std::move(*problem));
-        }
+        if (const auto fault = lights::findAddressFault(document.devices[i].ip))
+            problems.push_back(
+                {"/devices/" + std::to_string(i) + "/ip", fault->message, fault->fix});
     return problems;
 }
 
@@ -60,25 +57,25 @@ static void print(const std::string &path, const std::vector<config::Problem> &p
     const std::string name = path == "-" ? "standard input" : path;
     for (const auto &problem : problems) {
         std::fprintf(stderr, "%s\n", config::describe(name, problem).c_str());
-        if (!problem.remedy.empty())
-            std::fprintf(stderr, "    To fix it: %s.\n", problem.remedy.c_str());
+        if (!problem.fix.empty())
+            std::fprintf(stderr, "    To fix it: %s.\n", problem.fix.c_str());
     }
 }
 
 ExitStatus load(const std::string &path, std::optional<std::int32_t> mode,
                 config::Reading &reading) {
     std::string reason;
-    const auto text = config::readTextFile(path, reason);
+    auto text = config::readTextFile(path, reason);
     if (!text) {
         print(path, {{"", "cannot be read: " + reason, ""}});
         return ExitStatus::FileUnreadable;
     }
-    reading = config::readText(*text);
+    reading = config::readText(std::move(*text));
     if (mode)
         reading.document.mode = *mode;
     if (reading.problems.empty()) {
         reading.problems = modeProblems(reading.document);
-        config::locate(reading.text, reading.problems);
+        config::locate(reading, reading.problems);
     }
     print(path, reading.problems);
     return reading.problems.empty() ? ExitStatus::Done : ExitStatus::DocumentFaulty;
@@ -89,7 +86,7 @@ ExitStatus checkRequirements(const std::string &path, const config::Reading &rea
     std::vector<config::Problem> addresses;
     if (usesLights)
         addresses = addressProblems(reading.document);
-    config::locate(reading.text, addresses);
+    config::locate(reading, addresses);
     print(path, addresses);
     const auto status = addresses.empty() ? ExitStatus::Done : ExitStatus::AddressFaulty;
 
@@ -98,7 +95,7 @@ ExitStatus checkRequirements(const std::string &path, const config::Reading &rea
     if (displays.empty())
         return status;
     if (!list.displays.empty() || !reportSilentServer()) {
-        config::locate(reading.text, displays);
+        config::locate(reading, displays);
         print(path, displays);
         if (list.displays.empty())
             std::fputs(noDisplayHint().c_str(), stderr);
@@ -156,7 +153,7 @@ ExitStatus mirrorBriefly(const BriefRun &run, config::Reading &reading) {
         auto status = checkRequirements(run.path, reading, run.usesLights);
         if (status == ExitStatus::Done)
             status = apply(run.usesLights ? reading.text
-                                          : documentText(withoutLights(document.displayID)),
+                                          : config::documentText(withoutLights(document.displayID)),
                            document.displayID);
         if (status == ExitStatus::Done)
             status = start(run.usesLights ? document.devices.size() : 1);

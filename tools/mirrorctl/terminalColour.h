@@ -1,13 +1,13 @@
 // Colours in a terminal.
 #pragma once
 
-#include "tools/lights/colour.h"
+#include "tools/lights/device.h"
 
 #include <string>
 
 namespace mirrorctl {
 
-using panelwall::Colour;
+using lights::Colour;
 
 bool isTerminal(int fd);
 

@@ -1,12 +1,14 @@
 // A raster of colours and the two shapes that the wall is drawn with.
 #pragma once
 
-#include "tools/lights/colour.h"
+#include "tools/lights/device.h"
 
 #include <cstddef>
 #include <vector>
 
 namespace panelwall {
+
+using lights::Colour;
 
 // Edges in canvas pixels, right and bottom exclusive. May reach beyond the canvas.
 struct Box {

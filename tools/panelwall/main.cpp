@@ -7,6 +7,7 @@
 #include "tools/panelwall/session.h"
 #include "tools/panelwall/wallDocument.h"
 #include "tools/recording/recordingWriter.h"
+#include "tools/wall/deviceEndpoints.h"
 
 #include <exception>
 #include <iostream>

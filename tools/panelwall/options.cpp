@@ -1,6 +1,6 @@
 #include "tools/panelwall/options.h"
 
-#include "tools/config/screenSize.h"
+#include "tools/config/configDocument.h"
 #include "tools/panelwall/numberRange.h"
 #include "tools/panelwall/recordingOptions.h"
 

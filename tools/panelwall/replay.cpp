@@ -6,6 +6,7 @@
 #include "tools/panelwall/session.h"
 #include "tools/panelwall/wallDocument.h"
 #include "tools/recording/recordingFile.h"
+#include "tools/wall/deviceEndpoints.h"
 
 #include <cstdio>
 #include <iostream>

@@ -1,7 +1,7 @@
 // Sends recorded datagrams to the devices that they were recorded for.
 #pragma once
 
-#include "tools/lights/loopbackAddress.h"
+#include "tools/lights/address.h"
 
 #include <cstdint>
 #include <span>
@@ -9,6 +9,8 @@
 #include <vector>
 
 namespace panelwall {
+
+using lights::Endpoint;
 
 // Owns its sockets, one per address family in use. One thread at a time.
 class Sender {

@@ -1,5 +1,6 @@
 #include "tools/panelwall/session.h"
 
+#include "tools/lights/text.h"
 #include "tools/panelwall/pngFile.h"
 #include "tools/panelwall/statusText.h"
 #include "tools/panelwall/terminal/output.h"
@@ -106,8 +107,9 @@ void Session::announce() {
     if (onTerminal)
         return;
     for (std::size_t i = 0; i < document.devices.size(); ++i)
-        print((source.isRecording() ? "replaying: " : "listening: ") + nameDevice(document, i) +
-              ", " + std::to_string(document.devices[i].panels.size()) + " panels");
+        print((source.isRecording() ? "replaying: " : "listening: ") +
+              lights::nameDevice(i, document.devices[i]) + ", " +
+              std::to_string(document.devices[i].panels.size()) + " panels");
     if (page != nullptr)
         print("live page: " + page->url());
 }

@@ -1,5 +1,6 @@
 #include "tools/panelwall/statusText.h"
 #include "tools/config/modes.h"
+#include "tools/lights/address.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -23,8 +24,7 @@ static std::string describeAge(Clock::duration age) {
 }
 
 static std::string addressAndPort(const WallDevice &device) {
-    const bool six = device.ip.find(':') != std::string::npos;
-    return (six ? "[" + device.ip + "]" : device.ip) + ":" + std::to_string(device.port);
+    return lights::endpointText(device.ip, device.port);
 }
 
 static std::size_t digits(std::size_t number) {
@@ -119,7 +119,7 @@ std::vector<std::string> describeSharedIds(const Wall &wall) {
         const WallDevice &device = wall.devices()[i];
         std::map<std::uint16_t, std::int32_t> first;
         for (const WallPanel &panel : device.panels) {
-            const std::uint16_t id = wireId(device.layout, panel.panelID);
+            const std::uint16_t id = lights::wireId(device.layout, panel.panelID);
             const auto [earlier, isNew] = first.emplace(id, panel.panelID);
             if (!isNew && lines.size() < most)
                 lines.push_back("device " + std::to_string(i) + ": panels " +

@@ -188,7 +188,8 @@ Comparison compareRecordings(const OpenRecording &open, std::size_t mostHeld) {
     std::vector<std::size_t> wanted;
     for (const ComparedDevice &device : comparison.devices) {
         const Side side = device.index[first] ? first : second;
-        layouts.push_back(layoutOf(documents[side].devices[*device.index[side]].controlVersion));
+        layouts.push_back(
+            lights::layoutOf(documents[side].devices[*device.index[side]].controlVersion));
         wanted.push_back(wanted.size());
     }
     while (!wanted.empty()) {

@@ -1,6 +1,6 @@
 #include "tools/recording/comparisonText.h"
 
-#include "tools/lights/loopbackAddress.h"
+#include "tools/lights/text.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -17,30 +17,30 @@ static std::string both(std::uint64_t left, std::uint64_t right) {
     return std::to_string(left) + " and " + std::to_string(right);
 }
 
-static std::string colourOf(const Record &record) {
-    return "(" + std::to_string(record.red) + ", " + std::to_string(record.green) + ", " +
-           std::to_string(record.blue) + ")";
+static std::string text(const lights::Colour &colour) {
+    return "(" + std::to_string(colour.red) + ", " + std::to_string(colour.green) + ", " +
+           std::to_string(colour.blue) + ")";
 }
 
 std::string describeDifference(Layout layout, const std::vector<std::uint8_t> &left,
                                const std::vector<std::uint8_t> &right) {
-    const std::array decodings{decode(layout, left), decode(layout, right)};
+    const std::array decodings{lights::decode(layout, left), lights::decode(layout, right)};
     if (decodings[first].malformed != decodings[second].malformed) {
-        const auto text = [](const std::string &malformed) {
+        const auto verdict = [](const std::string &malformed) {
             return malformed.empty() ? "well-formed" : "malformed (" + malformed + ")";
         };
-        return text(decodings[first].malformed) + " and " + text(decodings[second].malformed);
+        return verdict(decodings[first].malformed) + " and " + verdict(decodings[second].malformed);
     }
     const auto &ours = decodings[first].records;
     const auto &theirs = decodings[second].records;
     for (std::size_t i = 0; i < std::min(ours.size(), theirs.size()); ++i) {
-        const Record &a = ours[i];
-        const Record &b = theirs[i];
+        const lights::Record &a = ours[i];
+        const lights::Record &b = theirs[i];
         if (a.id != b.id)
             return "record " + std::to_string(i) + ": panel id " + both(a.id, b.id);
         const std::string panel = "panel id " + std::to_string(a.id) + ": ";
-        if (colourOf(a) != colourOf(b))
-            return panel + "colour " + colourOf(a) + " and " + colourOf(b);
+        if (a.colour != b.colour)
+            return panel + "colour " + text(a.colour) + " and " + text(b.colour);
         if (a.transitionTime != b.transitionTime)
             return panel + "transition time " + both(a.transitionTime, b.transitionTime);
     }
@@ -86,7 +86,8 @@ static void describeDevice(const Comparison &comparison, const ComparedDevice &d
                            std::vector<std::string> &lines) {
     const Side side = device.index[first] ? first : second;
     const config::Document &document = comparison.documents[side];
-    const std::string name = nameDevice(document, *device.index[side]);
+    const std::string name =
+        lights::nameDevice(*device.index[side], document.devices[*device.index[side]]);
     const DeviceFindings &found = device.findings;
     if (!device.isInBoth()) {
         lines.push_back(name + ": only in the " + (side == first ? "first" : "second") + ", with " +
@@ -105,7 +106,8 @@ static void describeDevice(const Comparison &comparison, const ComparedDevice &d
     if (found.differs())
         lines.push_back(
             "    first difference: " +
-            describeFirst(layoutOf(document.devices[*device.index[side]].controlVersion), found));
+            describeFirst(lights::layoutOf(document.devices[*device.index[side]].controlVersion),
+                          found));
     lines.push_back("    timing: " + describeTiming(found));
 }
 

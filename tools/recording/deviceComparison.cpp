@@ -38,7 +38,7 @@ bool DeviceComparison::isSame(const Waiting &left, const Waiting &right) {
 
 void DeviceComparison::take(Side side, const RecordedDatagram &datagram) {
     const std::uint64_t number = found.datagrams[side]++;
-    if (!decode(layoutOfBoth, datagram.bytes).malformed.empty())
+    if (!lights::decode(layoutOfBoth, datagram.bytes).malformed.empty())
         ++found.malformed[side];
     found.intervals[side].note(datagram.time);
     queues[side].push_back({{number, datagram.time, datagram.bytes}, hashOf(datagram.bytes)});

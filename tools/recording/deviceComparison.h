@@ -10,6 +10,8 @@
 
 namespace panelwall {
 
+using lights::Layout;
+
 // Index of a recording in everything that comes in pairs: the first, or the second.
 enum Side : std::size_t { first = 0, second = 1 };
 inline constexpr std::array bothSides{first, second};

@@ -6,54 +6,12 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
 #include <unistd.h>
 
 namespace panelwall {
 
 // A turn is written early when it has grown to this size. A flood is then in order in parts only.
 static constexpr std::size_t largestTurn = 1u << 20;
-
-std::string compactText(const config::Document &document) {
-    rapidjson::StringBuffer text;
-    rapidjson::Writer<rapidjson::StringBuffer> writer(text);
-    writer.StartObject();
-    writer.Key("displayID");
-    writer.Int(document.displayID);
-    writer.Key("mode");
-    writer.Int(document.mode);
-    writer.Key("devices");
-    writer.StartArray();
-    for (const config::DeviceEntry &device : document.devices) {
-        writer.StartObject();
-        writer.Key("ip");
-        writer.String(device.ip.data(), static_cast<rapidjson::SizeType>(device.ip.size()));
-        writer.Key("controlVersion");
-        writer.Int(device.controlVersion);
-        writer.Key("shapeType");
-        writer.Int(device.shapeType);
-        writer.Key("scaleFactor");
-        writer.Double(device.scaleFactor);
-        writer.Key("panels");
-        writer.StartArray();
-        for (const config::PanelEntry &panel : device.panels) {
-            writer.StartObject();
-            writer.Key("panelID");
-            writer.Int(panel.panelID);
-            writer.Key("centroidX");
-            writer.Int(panel.centroidX);
-            writer.Key("centroidY");
-            writer.Int(panel.centroidY);
-            writer.EndObject();
-        }
-        writer.EndArray();
-        writer.EndObject();
-    }
-    writer.EndArray();
-    writer.EndObject();
-    return text.GetString();
-}
 
 RecordingWriter::~RecordingWriter() {
     if (file >= 0)
@@ -62,7 +20,7 @@ RecordingWriter::~RecordingWriter() {
 
 std::string RecordingWriter::open(const std::string &path, const config::Document &document,
                                   Clock::time_point start) {
-    const std::string text = compactText(document);
+    const std::string text = config::documentText(document);
     if (text.size() > longestRecordedDocument)
         return "the configuration is too large for a recording";
     file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);

@@ -12,9 +12,6 @@
 
 namespace panelwall {
 
-// The document as JSON text without white space, with the members that mirroring reads.
-std::string compactText(const config::Document &document);
-
 // Owns the file. One thread at a time. What was written is a whole recording once finish() was
 // called; before that, a recording that is cut off at some datagram. After a failed write it writes
 // nothing more, and trouble() tells why.

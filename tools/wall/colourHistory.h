@@ -1,7 +1,7 @@
 // The colours that a device was sent within the last minute.
 #pragma once
 
-#include "tools/lights/colour.h"
+#include "tools/lights/device.h"
 #include "tools/wall/rateMeter.h"
 
 #include <chrono>
@@ -12,6 +12,8 @@
 #include <vector>
 
 namespace panelwall {
+
+using lights::Colour;
 
 // Time is cut into slots a little shorter than the shortest frame delay, so that each datagram of a
 // run has a slot of its own and two colours taking turns are seen to. In a flood the last datagram

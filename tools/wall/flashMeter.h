@@ -1,13 +1,15 @@
 // How often a brightness flashes.
 #pragma once
 
-#include "tools/lights/colour.h"
+#include "tools/lights/device.h"
 #include "tools/wall/rateMeter.h"
 
 #include <deque>
 #include <optional>
 
 namespace panelwall {
+
+using lights::Colour;
 
 // How bright a colour is, from 0 to 1: linear light, weighted as the eye does.
 double relativeLuminance(Colour colour);

@@ -1,5 +1,6 @@
 #include "tools/wall/receiver.h"
 
+#include "tools/lights/text.h"
 #include "tools/wall/arrivalClock.h"
 
 #include <algorithm>
@@ -53,8 +54,9 @@ std::vector<config::Problem> Receiver::open(const config::Document &document,
             askForArrivals(fd);
         }
         if (fd < 0 || bind(fd, address, endpoint.length) != 0)
-            problems.push_back({"/devices/" + std::to_string(i),
-                                nameDevice(document, i) + ": " + adviseOn(errno)});
+            problems.push_back(
+                {"/devices/" + std::to_string(i),
+                 lights::nameDevice(i, document.devices[i]) + ": " + adviseOn(errno)});
     }
     return problems;
 }

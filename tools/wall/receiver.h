@@ -2,7 +2,7 @@
 #pragma once
 
 #include "tools/config/configDocument.h"
-#include "tools/lights/loopbackAddress.h"
+#include "tools/wall/deviceEndpoints.h"
 #include "tools/wall/rateMeter.h"
 
 #include <cstddef>

@@ -1,12 +1,14 @@
 // How a panel gets from one colour to the next.
 #pragma once
 
-#include "tools/lights/colour.h"
+#include "tools/lights/device.h"
 #include "tools/wall/rateMeter.h"
 
 #include <array>
 
 namespace panelwall {
+
+using lights::Colour;
 
 // The colour of one panel as time passes: at rest, or on its way to another colour, linearly in
 // each channel. Begins at rest in black, as a light does. Time comes from the caller and only goes

@@ -5,11 +5,6 @@
 
 namespace panelwall {
 
-double sampledHalfSide(std::int32_t shapeType, double scaleFactor) {
-    const double base = shapeType == 0 ? 150.0 : 100.0;
-    return std::max(0.0, std::trunc(scaleFactor * base / 3.0));
-}
-
 std::size_t WallDevice::litPanels() const {
     return static_cast<std::size_t>(std::count_if(
         panels.begin(), panels.end(), [](const WallPanel &panel) { return panel.colour; }));
@@ -19,15 +14,15 @@ static WallDevice makeDevice(const config::DeviceEntry &entry) {
     WallDevice device;
     device.ip = entry.ip;
     device.port = entry.port();
-    device.layout = layoutOf(entry.controlVersion);
+    device.layout = lights::layoutOf(entry.controlVersion);
     for (const config::PanelEntry &panel : entry.panels) {
         WallPanel made;
         made.panelID = panel.panelID;
         made.centreX = panel.centroidX;
         made.centreY = panel.centroidY;
-        made.halfSide = sampledHalfSide(entry.shapeType, entry.scaleFactor);
+        made.halfSide = std::max(0.0, std::trunc(halfSide(entry)));
         device.panels.push_back(made);
-        ++device.knownIds[wireId(device.layout, panel.panelID)];
+        ++device.knownIds[lights::wireId(device.layout, panel.panelID)];
     }
     return device;
 }
@@ -47,25 +42,25 @@ void Wall::hear(std::size_t index, std::span<const std::uint8_t> bytes, Clock::t
     device.rate.note(now);
     device.arrivals.note(now);
 
-    Decoding decoding = decode(device.layout, bytes);
+    lights::Decoding decoding = lights::decode(device.layout, bytes);
     if (decoding.malformed.empty())
-        decoding.malformed = findForeignRecord(decoding.records, device.knownIds);
+        decoding.malformed = lights::findForeignRecord(decoding.records, device.knownIds);
     if (!decoding.malformed.empty()) {
         ++device.malformed;
         device.lastMalformed = std::move(decoding.malformed);
         return;
     }
 
-    std::map<std::uint16_t, const Record *> newest;
-    for (const Record &record : decoding.records)
+    std::map<std::uint16_t, const lights::Record *> newest;
+    for (const lights::Record &record : decoding.records)
         newest[record.id] = &record;
     for (WallPanel &panel : device.panels) {
-        const auto found = newest.find(wireId(device.layout, panel.panelID));
+        const auto found = newest.find(lights::wireId(device.layout, panel.panelID));
         if (found == newest.end())
             continue;
-        const Record &record = *found->second;
+        const lights::Record &record = *found->second;
         luminanceSum -= relativeLuminance(panel.colour.value_or(Colour{}));
-        panel.colour = Colour{record.red, record.green, record.blue};
+        panel.colour = record.colour;
         luminanceSum += relativeLuminance(*panel.colour);
         panel.transitionTime = record.transitionTime;
         panel.transition.moveTo(*panel.colour, unit * record.transitionTime, now);

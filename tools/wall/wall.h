@@ -5,7 +5,6 @@
 #pragma once
 
 #include "tools/config/configDocument.h"
-#include "tools/lights/colour.h"
 #include "tools/lights/datagram.h"
 #include "tools/wall/arrivalMeter.h"
 #include "tools/wall/colourHistory.h"
@@ -21,6 +20,10 @@
 #include <vector>
 
 namespace panelwall {
+
+using lights::Colour;
+using lights::KnownIds;
+using lights::Layout;
 
 struct WallPanel {
     std::int32_t panelID = 0;
@@ -93,9 +96,5 @@ private:
     double luminanceSum = 0.0; // of all panels
     std::size_t panelCount = 0;
 };
-
-// Half the side of the square of screen that colours a panel: a third of the panel's size, which is
-// scale factor times 150 pixels (shape type 0) or 100 (any other), cut to whole pixels. At least 0.
-double sampledHalfSide(std::int32_t shapeType, double scaleFactor);
 
 } // namespace panelwall

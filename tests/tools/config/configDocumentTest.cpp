@@ -1,12 +1,13 @@
 #include "tools/config/configDocument.h"
 #include "tests/tools/config/goodDocument.h"
-#include "tools/config/parse.h"
 #include "tools/config/textFile.h"
+#include "tools/config/tree.h"
 
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <limits>
 #include <span>
 #include <stdexcept>
 #include <sys/stat.h>
@@ -27,10 +28,10 @@ std::string problemsOf(const config::Reading &reading) {
     return lines;
 }
 
-// What is said about mending the only problem.
-std::string remedyIn(const std::string &text) {
+// How to fix the only problem.
+std::string fixIn(const std::string &text) {
     const auto reading = config::readText(text);
-    return reading.problems.size() == 1 ? reading.problems[0].remedy : "not one problem";
+    return reading.problems.size() == 1 ? reading.problems[0].fix : "not one problem";
 }
 
 std::string problemsIn(const std::string &text) {
@@ -137,15 +138,15 @@ TEST(ConfigDocument, saysHowToMendValues) {
         {"1e300", "choose a number from -2147483648 to 2147483647"},
         {"null", "write a number, such as 0"},
     };
-    for (const auto &[value, remedy] : mended)
-        EXPECT_EQ(remedyIn(test::withValue("/mode", value)), remedy) << value;
-    EXPECT_EQ(remedyIn(test::withValue("/devices/0/scaleFactor", "\"1.5\"")),
+    for (const auto &[value, fix] : mended)
+        EXPECT_EQ(fixIn(test::withValue("/mode", value)), fix) << value;
+    EXPECT_EQ(fixIn(test::withValue("/devices/0/scaleFactor", "\"1.5\"")),
               "write 1.5 without quotes");
-    EXPECT_EQ(remedyIn(test::withValue("/devices/0/ip", "5")),
+    EXPECT_EQ(fixIn(test::withValue("/devices/0/ip", "5")),
               "write text in quotes, such as \"192.0.2.7\"");
-    EXPECT_EQ(remedyIn(test::withValue("/devices", "{}")),
+    EXPECT_EQ(fixIn(test::withValue("/devices", "{}")),
               "put what is there in brackets, as the array's one element");
-    EXPECT_EQ(remedyIn(test::withValue("/devices/1", "3")),
+    EXPECT_EQ(fixIn(test::withValue("/devices/1", "3")),
               "write an object in braces, with the members \"panels\", \"scaleFactor\", "
               "\"shapeType\", \"ip\", \"controlVersion\"");
 }
@@ -202,13 +203,12 @@ TEST(ConfigDocument, findsAllProblemsInDocumentOrder) {
 TEST(ConfigDocument, pointsToNamesThatWereMeant) {
     EXPECT_EQ(problemsIn(R"({"displayId": 1, "mode": 0, "devices": []})"),
               "/displayID: expected an integer that fits 32 bits, found no member of this name\n");
-    EXPECT_EQ(remedyIn(R"({"displayId": 1, "mode": 0, "devices": []})"),
+    EXPECT_EQ(fixIn(R"({"displayId": 1, "mode": 0, "devices": []})"),
               "rename \"displayId\" to \"displayID\"");
-    EXPECT_EQ(remedyIn(R"({"displayID": 1, "mod": 0, "devices": []})"),
-              "rename \"mod\" to \"mode\"");
-    EXPECT_EQ(remedyIn(R"({"displayID": 1, "moed": 0, "devices": []})"),
+    EXPECT_EQ(fixIn(R"({"displayID": 1, "mod": 0, "devices": []})"), "rename \"mod\" to \"mode\"");
+    EXPECT_EQ(fixIn(R"({"displayID": 1, "moed": 0, "devices": []})"),
               "rename \"moed\" to \"mode\"");
-    EXPECT_EQ(remedyIn(R"({"displayID": 1, "made of": 0, "devices": []})"),
+    EXPECT_EQ(fixIn(R"({"displayID": 1, "made of": 0, "devices": []})"),
               "add it, such as \"mode\": 0 (0 match, 1 melt, 2 fade, 3 palette)");
 }
 
@@ -278,7 +278,7 @@ TEST(ConfigDocument, countsColumnsInCharacters) {
 TEST(ConfigDocument, explainsByteOrderMarks) {
     EXPECT_EQ(problemsIn(std::string("\xEF\xBB\xBF") + test::goodDocument),
               "1:1: Invalid value.\n");
-    EXPECT_EQ(remedyIn(std::string("\xEF\xBB\xBF") + test::goodDocument),
+    EXPECT_EQ(fixIn(std::string("\xEF\xBB\xBF") + test::goodDocument),
               "the text begins with a byte order mark; save it without one");
 }
 
@@ -315,8 +315,28 @@ TEST(ConfigDocument, refusesMoreValuesThanMemoryHolds) {
     for (std::size_t i = 0; i < config::mostValues; ++i)
         flood += ",1";
     EXPECT_EQ(problemsIn(flood + "]"),
-              "1:" + std::to_string(2 * config::mostValues + 1) + ": expected at most " +
+              "1:" + std::to_string(2 * config::mostValues) + ": expected at most " +
                   std::to_string(config::mostValues) + " values, found one more\n");
+}
+
+TEST(ConfigDocument, isWrittenAsItWasRead) {
+    const auto first =
+        config::readText(test::withValue("/devices/0/ip", R"("a \"lamp\"")")).document;
+    const std::string text = config::documentText(first);
+    const auto reading = config::readText(text);
+    EXPECT_EQ(problemsOf(reading), "");
+    EXPECT_EQ(config::documentText(reading.document), text);
+    EXPECT_EQ(reading.document.devices[0].ip, "a \"lamp\"");
+    EXPECT_EQ(reading.document.devices[0].scaleFactor, 1.5);
+    EXPECT_NE(text.find("\n        {\"panelID\": 102, \"centroidX\": -50, \"centroidY\": 361},\n"),
+              std::string::npos)
+        << text;
+    EXPECT_NE(text.find("\"panels\": []"), std::string::npos) << text;
+    // A number that the parser takes for infinite.
+    const auto large = config::readText(test::withValue("/devices/0/scaleFactor", "1.7e308"));
+    config::Document infinite = large.document;
+    infinite.devices[0].scaleFactor = std::numeric_limits<double>::infinity();
+    EXPECT_EQ(problemsOf(config::readText(config::documentText(infinite))), "");
 }
 
 TEST(ConfigDocument, endsTheListOfEndlessProblems) {
@@ -356,20 +376,22 @@ TEST(ConfigFile, isReadWhole) {
     // Longer than one read.
     const std::string text = test::goodDocument + std::string(100000, ' ');
     const ScratchFile file(text);
-    const auto reading = config::readFile(file.path);
-    EXPECT_EQ(problemsOf(reading), "");
-    EXPECT_EQ(reading.text, text);
-    EXPECT_EQ(reading.document.displayID, 7);
+    std::string reason;
+    EXPECT_EQ(config::readTextFile(file.path, reason), text);
 }
 
 TEST(ConfigFile, saysWhyItCannotBeRead) {
-    EXPECT_EQ(problemsOf(config::readFile("/no/such/file")),
-              ": cannot be read: No such file or directory\n");
-    EXPECT_EQ(problemsOf(config::readFile("/tmp")), ": cannot be read: Is a directory\n");
+    std::string reason;
+    EXPECT_FALSE(config::readTextFile("/no/such/file", reason));
+    EXPECT_EQ(reason, "No such file or directory");
+    EXPECT_FALSE(config::readTextFile("/tmp", reason));
+    EXPECT_EQ(reason, "Is a directory");
 }
 
 TEST(ConfigFile, refusesEndlessFiles) {
-    EXPECT_EQ(problemsOf(config::readFile("/dev/zero")), ": cannot be read: larger than 64 MiB\n");
+    std::string reason;
+    EXPECT_FALSE(config::readTextFile("/dev/zero", reason));
+    EXPECT_EQ(reason, "larger than 64 MiB");
 }
 
 TEST(ConfigFile, doesNotWaitForEverOnAPipe) {

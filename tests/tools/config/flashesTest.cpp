@@ -1,5 +1,5 @@
 // The programs know only the host's interface, so they reckon with delays of their own.
-#include "tools/config/flashes.h"
+#include "tools/config/modes.h"
 
 #include "mirror/screenMirrorMac.h"
 

@@ -20,7 +20,7 @@ const config::ScreenSize screen{640, 480};
 // "severity LINE:COLUMN POINTER" of each problem, one a line.
 std::string outline(const std::string &text, std::optional<config::ScreenSize> size = screen) {
     std::string lines;
-    for (const auto &problem : config::reviewText(text, size).problems) {
+    for (const auto &problem : config::review(config::readText(text), size).problems) {
         static const char *const names[] = {"error ", "warning ", "caution "};
         lines += names[static_cast<int>(problem.severity)] + std::to_string(problem.place.line) +
                  ":" + std::to_string(problem.place.column) + " " + problem.pointer + "\n";
@@ -30,7 +30,7 @@ std::string outline(const std::string &text, std::optional<config::ScreenSize> s
 }
 
 config::Problem only(const std::string &text) {
-    const auto problems = config::reviewText(text, screen).problems;
+    const auto problems = config::review(config::readText(text), screen).problems;
     EXPECT_EQ(problems.size(), 1u) << text;
     return problems.empty() ? config::Problem{} : problems[0];
 }
@@ -101,7 +101,7 @@ TEST(ConfigReview, warnsOfIdentifiersThatDoNotFitOrAreThereTwice) {
               std::string::npos);
     std::string narrow = wide("257");
     narrow.replace(narrow.find("controlVersion\": 2") + 17, 1, "1");
-    const auto problems = config::reviewText(narrow, screen).problems;
+    const auto problems = config::review(config::readText(narrow), screen).problems;
     ASSERT_EQ(problems.size(), 2u);
     EXPECT_NE(problems[0].message.find("from 0 to 255, found 257"), std::string::npos);
     EXPECT_NE(problems[1].message.find("identifier 1 again"), std::string::npos);
@@ -184,6 +184,18 @@ TEST(ConfigReview, boundsItsList) {
     std::string panels = panel;
     for (int i = 0; i < 5000; ++i)
         panels += R"(,{"panelID":1,"centroidX":-1,"centroidY":-1,"x":1})";
-    EXPECT_LE(config::reviewText(document("", panels), screen).problems.size(),
+    EXPECT_LE(config::review(config::readText(document("", panels)), screen).problems.size(),
               config::mostProblems + 1);
+}
+
+TEST(ConfigReview, isNotHeldUpByMembersThatNobodyReads) {
+    // A quadratic search would take minutes.
+    std::string text = R"({"displayID": 1, "mode": 3, "devices": [{)";
+    for (int i = 0; i < 500000; ++i)
+        text += R"("p": 1, "mode": 2, )";
+    text += R"("panels": []}], "mode": 0)";
+    for (int i = 0; i < 500000; ++i)
+        text += R"(, "mode": 1)";
+    const auto problems = config::review(config::readText(text + "}"), screen).problems;
+    EXPECT_EQ(problems.size(), config::mostProblems + 1);
 }

@@ -1,11 +1,12 @@
 // The schema file as an editor's validator applies it: to a whole document, and by itself.
-#include "tools/config/schema.h"
 #include "tests/tools/config/goodDocument.h"
 #include "tests/tools/config/libraryReading.h"
+#include "tools/config/tree.h"
 
 #include <fstream>
 #include <gtest/gtest.h>
 #include <rapidjson/schema.h>
+#include <set>
 #include <sstream>
 
 namespace {
@@ -46,10 +47,45 @@ const char *const everyKindOfValue[] = {
     "-0",         "-1",          "4",          "1.0",         "2.5",   "1e2", "2147483647",
     "2147483648", "-2147483648", "4294967295", "-2147483649", "1e300", "\"\""};
 
+// The keywords that check.cpp applies, and those that ask for nothing. Whoever adds another to the
+// schema teaches it to the checker first.
+const std::set<std::string> knownKeywords = {"$ref",        "$schema",  "default", "definitions",
+                                             "description", "items",    "maximum", "minimum",
+                                             "properties",  "required", "title",   "type"};
+
+void expectRulesThatTheCheckerKnows(const rapidjson::Value &rules, const std::string &place) {
+    for (const auto &rule : rules.GetObject())
+        EXPECT_TRUE(knownKeywords.contains(rule.name.GetString()))
+            << place << ": " << rule.name.GetString();
+    const std::string type = rules.HasMember("type") ? rules["type"].GetString() : "";
+    EXPECT_EQ(rules.HasMember("minimum") && rules.HasMember("maximum"), type == "integer") << place;
+    EXPECT_EQ(rules.HasMember("properties") && rules.HasMember("required"), type == "object")
+        << place;
+    EXPECT_EQ(rules.HasMember("items"), type == "array") << place;
+    for (const char *parts : {"properties", "definitions"})
+        if (rules.HasMember(parts))
+            for (const auto &part : rules[parts].GetObject())
+                expectRulesThatTheCheckerKnows(part.value, place + "/" + part.name.GetString());
+    if (rules.HasMember("items"))
+        expectRulesThatTheCheckerKnows(rules["items"], place + "/items");
+    if (!rules.HasMember("required"))
+        return;
+    // What a missing member is explained with.
+    for (const auto &name : rules["required"].GetArray())
+        for (const char *part : {"type", "default", "description"})
+            EXPECT_TRUE(rules["properties"][name].HasMember(part)) << place << ": " << part;
+}
+
 } // namespace
 
 TEST(ConfigSchema, isTheOneInThePrograms) {
-    EXPECT_EQ(schemaFile(), config::schemaSource());
+    EXPECT_EQ(schemaFile(), config::schemaText);
+}
+
+TEST(ConfigSchema, hasOnlyRulesThatTheCheckerKnows) {
+    rapidjson::Document tree;
+    tree.Parse(schemaFile().c_str());
+    expectRulesThatTheCheckerKnows(tree, "");
 }
 
 TEST(ConfigSchema, judgesEveryValueOfEveryMemberAsTheLibraryDoes) {
@@ -60,6 +96,7 @@ TEST(ConfigSchema, judgesEveryValueOfEveryMemberAsTheLibraryDoes) {
             const std::string text = test::withValue(member, value);
             const bool reads = test::libraryReads(text);
             EXPECT_EQ(schemaTakes(text), reads) << member << ": " << value;
+            EXPECT_EQ(config::readText(text).problems.empty(), reads) << member << ": " << value;
             ++(reads ? accepted : refused);
         }
     EXPECT_GT(accepted, 50);

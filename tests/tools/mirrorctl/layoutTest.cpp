@@ -1,7 +1,7 @@
 #include "tests/support/virtualScreen.h"
 #include "tests/tools/mirrorctl/program.h"
 #include "tools/config/configDocument.h"
-#include "tools/lights/panelArea.h"
+#include "tools/lights/device.h"
 #include "tools/mirrorctl/layout/layoutPlan.h"
 
 #include <gtest/gtest.h>
@@ -54,7 +54,7 @@ TEST(MirrorctlLayout, FillsTheScreenWithAGrid) {
               (std::vector<std::pair<int, int>>{
                   {100, 100}, {300, 100}, {500, 100}, {100, 300}, {300, 300}, {500, 300}}));
     EXPECT_EQ(document.displayID, 5);
-    EXPECT_NEAR(config::halfSide(document.devices[0]), 100.0, 0.1);
+    EXPECT_NEAR(lights::halfSide(document.devices[0]), 100.0, 0.1);
 }
 
 TEST(MirrorctlLayout, GoesAroundTheEdgesClockwise) {
@@ -68,7 +68,7 @@ TEST(MirrorctlLayout, GoesAroundTheEdgesClockwise) {
                                                                   {100, 250},
                                                                   {50, 200},
                                                                   {50, 100}}));
-    EXPECT_NEAR(config::halfSide(document.devices[0]), 50.0, 0.1);
+    EXPECT_NEAR(lights::halfSide(document.devices[0]), 50.0, 0.1);
 }
 
 TEST(MirrorctlLayout, SharesThePanelsOut) {
@@ -99,8 +99,8 @@ TEST(MirrorctlLayout, IsWithoutFaultWhateverTheWords) {
                     EXPECT_LT(screen.width * screen.height, 1000u * 1000u) << shape;
                     continue;
                 }
-                const auto text = documentText(layOut(made));
-                const auto problems = config::reviewText(text, screen).problems;
+                const auto text = config::documentText(layOut(made));
+                const auto problems = config::review(config::readText(text), screen).problems;
                 EXPECT_TRUE(problems.empty())
                     << shape << " on " << screen.width << ": " << problems[0].message;
             }
@@ -143,7 +143,7 @@ TEST(MirrorctlLayout, NeedsNoDisplayWhenAllIsSaid) {
                         "      \"ip\": \"127.0.58.61\",\n"
                         "      \"controlVersion\": 1,\n"
                         "      \"shapeType\": 0,\n"
-                        "      \"scaleFactor\": 1,\n"
+                        "      \"scaleFactor\": 1.0,\n"
                         "      \"panels\": [\n"
                         "        {\"panelID\": 1, \"centroidX\": 50, \"centroidY\": 50},\n"
                         "        {\"panelID\": 2, \"centroidX\": 150, \"centroidY\": 50}\n"

@@ -5,7 +5,6 @@
 #include "tests/tools/mirrorctl/program.h"
 #include "tests/tools/panelwall/child.h"
 #include "tools/config/configDocument.h"
-#include "tools/mirrorctl/layout/layoutPlan.h"
 #include "tools/mirrorctl/run/frameCounter.h"
 
 #include <csignal>
@@ -150,7 +149,7 @@ TEST(MirrorctlFrameCounter, IsAnotherDeviceOfTheDocument) {
     EXPECT_EQ(mirrorctl::FrameCounter(document).device().panels.size(), 1u);
 
     document.devices.push_back(device);
-    const auto reading = config::readText(mirrorctl::documentText(document));
+    const auto reading = config::readText(config::documentText(document));
     ASSERT_TRUE(reading.problems.empty()) << reading.problems[0].message;
     ASSERT_EQ(reading.document.devices.size(), 2u);
     EXPECT_EQ(reading.document.devices[0].ip, "127.0.58.76");

@@ -3,16 +3,16 @@
 #include <gtest/gtest.h>
 #include <random>
 
-using namespace panelwall;
+using namespace lights;
 
 using Bytes = std::vector<std::uint8_t>;
 
 static void expectRecord(const Record &record, int id, int red, int green, int blue,
                          int transitionTime) {
     EXPECT_EQ(record.id, id);
-    EXPECT_EQ(record.red, red);
-    EXPECT_EQ(record.green, green);
-    EXPECT_EQ(record.blue, blue);
+    EXPECT_EQ(record.colour.red, red);
+    EXPECT_EQ(record.colour.green, green);
+    EXPECT_EQ(record.colour.blue, blue);
     EXPECT_EQ(record.transitionTime, transitionTime);
 }
 
@@ -108,7 +108,7 @@ TEST(PanelwallDatagram, ForeignRecordsAreFound) {
     const auto make = [](std::vector<int> ids) {
         std::vector<Record> records;
         for (const int id : ids)
-            records.push_back({static_cast<std::uint16_t>(id), 0, 0, 0, 0});
+            records.push_back({static_cast<std::uint16_t>(id), {}, 0});
         return records;
     };
     EXPECT_EQ(findForeignRecord(make({}), known), "");
@@ -147,7 +147,8 @@ TEST(PanelwallDatagram, RandomBytesAreRefusedOrReadBackExactly) {
             number(record.id);
             if (layout == Layout::narrow)
                 again.push_back(1);
-            again.insert(again.end(), {record.red, record.green, record.blue, 0});
+            again.insert(again.end(),
+                         {record.colour.red, record.colour.green, record.colour.blue, 0});
             number(record.transitionTime);
         }
         EXPECT_EQ(again, bytes);

@@ -1,4 +1,4 @@
-#include "tools/lights/loopbackAddress.h"
+#include "tools/wall/deviceEndpoints.h"
 
 #include <gtest/gtest.h>
 

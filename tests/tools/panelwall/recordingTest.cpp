@@ -48,7 +48,7 @@ TEST(PanelwallRecording, GivesBackWhatWasWritten) {
     EXPECT_EQ(read.end, 1'000'000);
     ASSERT_EQ(read.datagrams.size(), 3u);
     expectSame(read.datagrams, threeDatagrams, 3);
-    EXPECT_EQ(panelwall::compactText(read.document), panelwall::compactText(document));
+    EXPECT_EQ(config::documentText(read.document), config::documentText(document));
     EXPECT_EQ(read.document.devices[0].scaleFactor, 0.1);
     EXPECT_EQ(read.document.devices[0].panels[0].panelID, INT32_MIN);
     EXPECT_EQ(read.document.devices[1].port(), 60221);
@@ -56,7 +56,7 @@ TEST(PanelwallRecording, GivesBackWhatWasWritten) {
 
 // As docs/recordings.md has it.
 TEST(PanelwallRecording, HasTheDocumentedBytes) {
-    const std::string document = panelwall::compactText(wideDevices({"127.0.45.1", "::1"}));
+    const std::string document = config::documentText(wideDevices({"127.0.45.1", "::1"}));
     const std::string bytes = threeRecorded();
     ASSERT_EQ(bytes.substr(0, 9), std::string("\x89PWR\r\n\x1a\n\x01", 9));
     const std::size_t text = bytes.find(document);
@@ -71,7 +71,7 @@ TEST(PanelwallRecording, HasTheDocumentedBytes) {
 
 TEST(PanelwallRecording, EveryTruncationGivesWhatIsBeforeIt) {
     const std::string whole = threeRecorded();
-    const std::string headText = panelwall::compactText(wideDevices({"127.0.45.1", "::1"}));
+    const std::string headText = config::documentText(wideDevices({"127.0.45.1", "::1"}));
     const std::size_t headEnd = whole.find(headText) + headText.size();
     const std::size_t ends[] = {headEnd, headEnd + 13, headEnd + 18, headEnd + 324};
     for (std::size_t size = 0; size < whole.size(); ++size) {

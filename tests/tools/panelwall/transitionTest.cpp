@@ -17,11 +17,11 @@ static Clock::time_point after(int time) {
     return start + milliseconds(time);
 }
 
-namespace panelwall {
+namespace lights {
 static void PrintTo(const Colour &colour, std::ostream *out) {
     *out << int{colour.red} << " " << int{colour.green} << " " << int{colour.blue};
 }
-} // namespace panelwall
+} // namespace lights
 
 TEST(PanelwallTransition, BeginsAtRestInBlack) {
     const Transition transition;

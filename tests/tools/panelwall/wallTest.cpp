@@ -79,12 +79,18 @@ TEST(PanelwallWall, MalformedDatagramsAreCountedAndChangeNothing) {
 }
 
 TEST(PanelwallWall, PanelSizeFollowsShapeAndScale) {
-    EXPECT_EQ(sampledHalfSide(0, 1.0), 50.0);
-    EXPECT_EQ(sampledHalfSide(1, 1.0), 33.0);
-    EXPECT_EQ(sampledHalfSide(7, 0.1), 3.0);
-    EXPECT_EQ(sampledHalfSide(0, 1.5), 75.0);
-    EXPECT_EQ(sampledHalfSide(0, 0.0), 0.0);
-    EXPECT_EQ(sampledHalfSide(0, -2.0), 0.0);
+    const auto halfSideOf = [](std::int32_t shapeType, double scaleFactor) {
+        config::Document document = oneDevice(2, {1});
+        document.devices[0].shapeType = shapeType;
+        document.devices[0].scaleFactor = scaleFactor;
+        return Wall(document).devices()[0].panels[0].halfSide;
+    };
+    EXPECT_EQ(halfSideOf(0, 1.0), 50.0);
+    EXPECT_EQ(halfSideOf(1, 1.0), 33.0);
+    EXPECT_EQ(halfSideOf(7, 0.1), 3.0);
+    EXPECT_EQ(halfSideOf(0, 1.5), 75.0);
+    EXPECT_EQ(halfSideOf(0, 0.0), 0.0);
+    EXPECT_EQ(halfSideOf(0, -2.0), 0.0);
 }
 
 TEST(PanelwallRateMeter, CountsTheLastSecond) {

@@ -18,12 +18,12 @@ namespace {
 
 // The last frame that arrived: a grid of panels over the screen, and one on the mark.
 struct Picture {
-    std::vector<panelwall::Record> panels;
+    std::vector<lights::Record> panels;
     double time = 0.0; // of its arrival, wall clock in seconds
 
     bool isLit() const {
-        return std::any_of(panels.begin(), panels.end(), [](const panelwall::Record &panel) {
-            return panel.red > 0 || panel.green > 0 || panel.blue > 0;
+        return std::any_of(panels.begin(), panels.end(), [](const lights::Record &panel) {
+            return panel.colour != lights::Colour();
         });
     }
 };
@@ -81,22 +81,22 @@ std::string Trial::document() const {
     plan.screen = {display.width, display.height};
     plan.addresses = {receiver.address()};
     plan.controlVersion = receiver.controlVersion();
-    config::Document lights = layOut(plan);
-    config::DeviceEntry &device = lights.devices.front();
+    config::Document document = layOut(plan);
+    config::DeviceEntry &device = document.devices.front();
     constexpr double fivePixels = 0.05; // wide, and well within the mark
     constexpr int middle = ScreenMark::first + ScreenMark::side / 2;
     device.scaleFactor = fivePixels;
     device.panels.push_back({static_cast<std::int32_t>(markPanel + 1), middle, middle});
-    return documentText(lights);
+    return config::documentText(document);
 }
 
 std::optional<Picture> Trial::await(double seconds,
                                     const std::function<bool(const Picture &)> &isWanted) {
     const auto end = Clock::now() + std::chrono::duration<double>(seconds);
-    const auto layout = panelwall::layoutOf(receiver.controlVersion());
+    const auto layout = lights::layoutOf(receiver.controlVersion());
     for (;;) {
         while (const auto datagram = receiver.next()) {
-            Picture picture{panelwall::decode(layout, datagram->bytes).records, datagram->time};
+            Picture picture{lights::decode(layout, datagram->bytes).records, datagram->time};
             if (picture.panels.size() != markPanel + 1)
                 continue;
             last = picture;
@@ -119,12 +119,13 @@ static std::string milliseconds(double seconds) {
     return std::to_string(std::max(0, static_cast<int>(seconds * 1e3))) + " ms";
 }
 
-static bool isNear(const panelwall::Record &panel, std::uint32_t colour) {
+static bool isNear(const lights::Record &panel, std::uint32_t colour) {
     constexpr int mostAway = 12; // a screen of few colours rounds
     const auto isClose = [&](int channel, int shift) {
         return std::abs(channel - static_cast<int>(colour >> shift & 0xFF)) <= mostAway;
     };
-    return isClose(panel.red, 16) && isClose(panel.green, 8) && isClose(panel.blue, 0);
+    return isClose(panel.colour.red, 16) && isClose(panel.colour.green, 8) &&
+           isClose(panel.colour.blue, 0);
 }
 
 Check Trial::lookWithoutMark(const std::optional<Picture> &lit, const std::string &reason) const {

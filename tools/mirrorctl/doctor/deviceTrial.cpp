@@ -1,6 +1,6 @@
-#include "tools/config/quote.h"
-#include "tools/lights/deviceAddress.h"
-#include "tools/lights/loopbackAddress.h"
+#include "tools/lights/address.h"
+#include "tools/lights/datagram.h"
+#include "tools/lights/text.h"
 #include "tools/mirrorctl/doctor/doctor.h"
 
 #include <algorithm>
@@ -8,7 +8,6 @@
 #include <chrono>
 #include <cstring>
 #include <fcntl.h>
-#include <netdb.h>
 #include <netinet/in.h>
 #include <optional>
 #include <poll.h>
@@ -21,7 +20,7 @@ namespace {
 
 struct Attempt {
     const config::DeviceEntry &device;
-    std::optional<config::Problem> problem = {}; // of the address, which is then not tried
+    std::optional<lights::AddressFault> fault = {}; // of the address, which is then not tried
     int fd = -1;
     int error = 0;
     bool isLoopback = true;
@@ -35,43 +34,30 @@ struct Attempt {
 
 } // namespace
 
-static bool isLoopback(const panelwall::Endpoint &endpoint) {
-    sockaddr_in6 six;
-    sockaddr_in four;
-    std::memcpy(&six, &endpoint.address, sizeof six);
-    std::memcpy(&four, &endpoint.address, sizeof four);
-    return endpoint.address.ss_family == AF_INET6 ? IN6_IS_ADDR_LOOPBACK(&six.sin6_addr)
-                                                  : ntohl(four.sin_addr.s_addr) >> 24 == 127;
-}
-
 void Attempt::begin() {
-    problem = config::addressProblem(device.ip);
-    if (problem)
+    fault = lights::findAddressFault(device.ip);
+    if (fault)
         return;
-    const auto to = panelwall::parseEndpoint(device.ip, device.port()).value();
-    const auto *address = reinterpret_cast<const sockaddr *>(&to.address);
-    isLoopback = mirrorctl::isLoopback(to);
-    fd = socket(address->sa_family, SOCK_DGRAM, 0);
+    const auto to = lights::parseEndpoint(device.ip, device.port()).value();
+    isLoopback = lights::isLoopback(to);
+    fd = socket(to.any.sa_family, SOCK_DGRAM, 0);
     if (fd < 0) {
         error = errno;
         return;
     }
     fcntl(fd, F_SETFD, FD_CLOEXEC);
     fcntl(fd, F_SETFL, O_NONBLOCK);
-    requestNetworkErrors(fd, address->sa_family);
-    const unsigned char noPanels[2] = {};
-    if (connect(fd, address, to.length) != 0 ||
-        send(fd, noPanels, device.controlVersion == 1 ? 1 : 2, 0) < 0) {
+    requestNetworkErrors(fd, to.any.sa_family);
+    const std::vector<unsigned char> noPanels(
+        lights::datagramSize(lights::layoutOf(device.controlVersion), 0));
+    if (connect(fd, &to.any, to.length) != 0 || send(fd, noPanels.data(), noPanels.size(), 0) < 0) {
         error = errno;
         return;
     }
-    sockaddr_storage own;
-    socklen_t size = sizeof own;
-    char text[NI_MAXHOST] = "";
-    getsockname(fd, reinterpret_cast<sockaddr *>(&own), &size);
-    getnameinfo(reinterpret_cast<const sockaddr *>(&own), size, text, sizeof text, nullptr, 0,
-                NI_NUMERICHOST);
-    from = text;
+    lights::Endpoint own;
+    own.length = sizeof own.address;
+    if (getsockname(fd, &own.any, &own.length) == 0)
+        from = lights::ipText(own);
 }
 
 void Attempt::receive() {
@@ -82,15 +68,13 @@ void Attempt::receive() {
 
 Check Attempt::result() const {
     Check check;
-    const bool isV6 = device.ip.find(':') != std::string::npos;
-    const std::string shown = config::quote(device.ip.data(), device.ip.size());
-    const std::string plain = shown.substr(1, shown.size() - 2);
-    check.subject = (isV6 ? "[" + plain + "]" : plain) + ":" + std::to_string(device.port());
-    check.verdict = error == 0 && !problem ? Verdict::Good : Verdict::Bad;
+    const std::string shown = lights::quote(device.ip);
+    check.subject = lights::endpointText(shown.substr(1, shown.size() - 2), device.port());
+    check.verdict = error == 0 && !fault ? Verdict::Good : Verdict::Bad;
     check.status = ExitStatus::AddressFaulty;
-    if (problem) {
-        check.finding = problem->message;
-        check.remedy = problem->remedy;
+    if (fault) {
+        check.finding = fault->message;
+        check.remedy = fault->fix;
         return check;
     }
     switch (error) {

@@ -1,5 +1,6 @@
 // mirrorctl doctor
 #include "tools/config/textFile.h"
+#include "tools/lights/text.h"
 #include "tools/mirrorctl/commands.h"
 #include "tools/mirrorctl/doctor/doctor.h"
 #include "tools/mirrorctl/libraryCall.h"
@@ -58,14 +59,14 @@ static std::vector<Display> examineDisplays(const std::optional<config::Document
 static std::optional<config::Document> examineDocument(const std::string &path, Section &section) {
     const std::string name = path == "-" ? "standard input" : path;
     std::string reason;
-    const auto text = config::readTextFile(path, reason);
+    auto text = config::readTextFile(path, reason);
     if (!text) {
         section.checks.push_back({Verdict::Bad, name, "cannot be read: " + reason,
                                   "is it the right path, and may you read it?",
                                   ExitStatus::FileUnreadable});
         return std::nullopt;
     }
-    config::Reading reading = config::readText(*text);
+    config::Reading reading = config::readText(std::move(*text));
     if (reading.problems.empty()) {
         section.checks.push_back({Verdict::Good, name, "the library can read it"});
         return reading.document;
@@ -73,7 +74,7 @@ static std::optional<config::Document> examineDocument(const std::string &path, 
     const std::size_t count = reading.problems.size();
     section.checks.push_back(
         {Verdict::Bad, name,
-         std::to_string(count) + (count == 1 ? " error" : " errors") +
+         lights::counted(count, "error") +
              ", the first: " + config::describe("", reading.problems[0]).substr(2),
          "run mirrorctl check " + name + " for all of them, and how to fix them",
          ExitStatus::DocumentFaulty});

@@ -1,7 +1,7 @@
 // mirrorctl layout
 #include "tools/config/modes.h"
-#include "tools/lights/deviceAddress.h"
-#include "tools/lights/panelArea.h"
+#include "tools/lights/address.h"
+#include "tools/lights/text.h"
 #include "tools/mirrorctl/commands.h"
 #include "tools/mirrorctl/displays.h"
 #include "tools/mirrorctl/layout/layoutPlan.h"
@@ -94,19 +94,19 @@ static ExitStatus makeLayout(const LayoutOptions &options) {
         return ExitStatus::Usage;
     }
     const config::Document document = layOut(plan);
-    const std::string text = documentText(document);
-    for (const auto &problem : config::reviewText(text, plan.screen).problems)
+    const std::string text = config::documentText(document);
+    for (const auto &problem : config::review(config::readText(text), plan.screen).problems)
         if (problem.severity != config::Severity::caution)
             throw std::logic_error("the layout came out faulty: " +
                                    config::describe("layout", problem));
     std::fputs(text.c_str(), stdout);
-    const int side = 2 * static_cast<int>(config::halfSide(document.devices.front()));
+    const int side = 2 * static_cast<int>(lights::halfSide(document.devices.front()));
     std::fprintf(stderr,
-                 "%zu panels on %zu device%s, each coloured by %d x %d pixels of the %u x %u of "
+                 "%s on %s, each coloured by %d x %d pixels of the %u x %u of "
                  "display %u.\n",
-                 plan.shape.panels(), document.devices.size(),
-                 document.devices.size() == 1 ? "" : "s", side, side, plan.screen.width,
-                 plan.screen.height, display->displayID);
+                 lights::counted(plan.shape.panels(), "panel").c_str(),
+                 lights::counted(document.devices.size(), "device").c_str(), side, side,
+                 plan.screen.width, plan.screen.height, display->displayID);
     return ExitStatus::Done;
 }
 
@@ -118,8 +118,8 @@ static std::string checkShape(const std::string &text) {
 }
 
 static std::string checkAddress(const std::string &text) {
-    const auto problem = config::addressProblem(text);
-    return problem ? problem->message + "; " + problem->remedy : std::string();
+    const auto fault = lights::findAddressFault(text);
+    return fault ? fault->message + "; " + fault->fix : std::string();
 }
 
 void addLayoutCommand(CLI::App &program, Action &chosen) {

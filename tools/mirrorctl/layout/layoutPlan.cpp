@@ -1,13 +1,10 @@
 #include "tools/mirrorctl/layout/layoutPlan.h"
 
-#include "tools/config/quote.h"
-#include "tools/lights/panelArea.h"
+#include "tools/lights/datagram.h"
 
 #include <algorithm>
 #include <charconv>
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
 #include <string_view>
 
 namespace mirrorctl {
@@ -67,7 +64,7 @@ static double sideOf(const LayoutPlan &plan) {
 
 // Rounded down, so that areas do not overlap.
 static double scaleOf(double side) {
-    return std::floor(side / 2.0 * 3.0 / config::wideBase * 1000.0) / 1000.0;
+    return std::floor(side / 2.0 * 3.0 / lights::wideBase * 1000.0) / 1000.0;
 }
 
 static Point gridPoint(const LayoutPlan &plan, std::size_t index) {
@@ -106,7 +103,7 @@ std::string problemOf(const LayoutPlan &plan) {
     const std::size_t devices = plan.addresses.size();
     if (devices > panels)
         return "there are more addresses than panels";
-    const std::size_t most = plan.controlVersion == 1 ? 255 : 8188;
+    const std::size_t most = lights::mostPanels(lights::layoutOf(plan.controlVersion));
     if (panels > most * devices)
         return "a device of this control version takes " + std::to_string(most) +
                " panels at most; for " + std::to_string(panels) + " name " +
@@ -137,40 +134,6 @@ config::Document layOut(const LayoutPlan &plan) {
         document.devices.push_back(std::move(device));
     }
     return document;
-}
-
-// As short as reads back as the same number.
-static std::string numberText(double value) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%.15g", value);
-    if (std::strtod(text, nullptr) != value)
-        std::snprintf(text, sizeof text, "%.17g", value);
-    return text;
-}
-
-std::string documentText(const config::Document &document) {
-    std::string text = "{\n  \"displayID\": " + std::to_string(document.displayID) +
-                       ",\n  \"mode\": " + std::to_string(document.mode) + ",\n  \"devices\": [";
-    const char *beforeDevice = "\n";
-    for (const auto &device : document.devices) {
-        text += std::string(beforeDevice) +
-                "    {\n      \"ip\": " + config::quote(device.ip.data(), device.ip.size()) +
-                ",\n      \"controlVersion\": " + std::to_string(device.controlVersion) +
-                ",\n      \"shapeType\": " + std::to_string(device.shapeType) +
-                ",\n      \"scaleFactor\": " + numberText(device.scaleFactor) +
-                ",\n      \"panels\": [";
-        const char *beforePanel = "\n";
-        for (const auto &panel : device.panels) {
-            text += std::string(beforePanel) +
-                    "        {\"panelID\": " + std::to_string(panel.panelID) +
-                    ", \"centroidX\": " + std::to_string(panel.centroidX) +
-                    ", \"centroidY\": " + std::to_string(panel.centroidY) + "}";
-            beforePanel = ",\n";
-        }
-        text += device.panels.empty() ? "]\n    }" : "\n      ]\n    }";
-        beforeDevice = ",\n";
-    }
-    return text + (document.devices.empty() ? "]\n}\n" : "\n  ]\n}\n");
 }
 
 } // namespace mirrorctl

@@ -42,7 +42,4 @@ std::string problemOf(const LayoutPlan &plan);
 // as they can be without overlapping within a row, column or edge.
 config::Document layOut(const LayoutPlan &plan);
 
-// The document as JSON text, one panel a line.
-std::string documentText(const config::Document &document);
-
 } // namespace mirrorctl

@@ -1,5 +1,7 @@
 #include "tools/mirrorctl/run/frameCounter.h"
 
+#include "tools/lights/datagram.h"
+
 #include <cmath>
 
 namespace mirrorctl {
@@ -48,7 +50,8 @@ config::DeviceEntry FrameCounter::device() const {
 }
 
 void FrameCounter::read() {
-    const std::size_t expected = receiver.controlVersion() == 1 ? 1 + 7 * panels : 2 + 8 * panels;
+    const std::size_t expected =
+        lights::datagramSize(lights::layoutOf(receiver.controlVersion()), panels);
     while (const auto datagram = receiver.next())
         if (datagram->bytes.size() == expected) // anybody on this machine can send here
             frames.add(datagram->time);

@@ -1,7 +1,6 @@
 // mirrorctl run
 #include "tools/config/modes.h"
 #include "tools/mirrorctl/commands.h"
-#include "tools/mirrorctl/layout/layoutPlan.h"
 #include "tools/mirrorctl/mirroring.h"
 #include "tools/mirrorctl/run/run.h"
 #include "tools/mirrorctl/terminalColour.h"
@@ -30,7 +29,7 @@ static std::string textFor(const RunOptions &options, const config::Reading &rea
     config::Document document = reading.document;
     if (counter)
         document.devices.push_back(counter->device());
-    return documentText(document);
+    return config::documentText(document);
 }
 
 static ExitStatus run(const RunOptions &options) {

@@ -1,6 +1,7 @@
 #include "tools/mirrorctl/run/runReport.h"
 
 #include "tools/config/modes.h"
+#include "tools/lights/text.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -9,6 +10,8 @@
 
 namespace mirrorctl {
 
+using lights::counted;
+
 static constexpr std::int32_t matchMode = 0;
 static constexpr std::int32_t paletteMode = 3;
 
@@ -16,10 +19,6 @@ template <typename... Values> static std::string format(const char *pattern, Val
     char text[160];
     std::snprintf(text, sizeof text, pattern, values...);
     return text;
-}
-
-static std::string counted(std::size_t number, const std::string &thing) {
-    return std::to_string(number) + " " + thing + (number == 1 ? "" : "s");
 }
 
 // "[######--------------]  30 %"

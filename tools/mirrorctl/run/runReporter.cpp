@@ -1,6 +1,7 @@
 #include "tools/mirrorctl/run/runReporter.h"
 
 #include "tools/config/modes.h"
+#include "tools/lights/text.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -8,9 +9,7 @@
 
 namespace mirrorctl {
 
-static std::string counted(std::size_t number, const char *thing) {
-    return std::to_string(number) + " " + thing + (number == 1 ? "" : "s");
-}
+using lights::counted;
 
 static std::string describeLights(const config::Document &document) {
     std::size_t panels = 0;

@@ -1,5 +1,7 @@
 #include "tools/mirrorctl/snapshot/sentFrames.h"
 
+#include "tools/lights/datagram.h"
+
 #include <algorithm>
 #include <charconv>
 #include <rapidjson/document.h>
@@ -75,11 +77,11 @@ bool showsLight(const std::vector<SentFrame> &frames) {
 static bool fits(const SentFrame &frame, const config::DeviceEntry &device) {
     if (frame.panelCount != device.panels.size())
         return false;
-    const unsigned idMask = device.controlVersion == 1 ? 0xff : 0xffff;
+    const auto layout = lights::layoutOf(device.controlVersion);
     auto panel = device.panels.begin();
     for (const SentRecord &record : frame.records) {
         panel = std::find_if(panel, device.panels.end(), [&](const config::PanelEntry &entry) {
-            return (static_cast<unsigned>(entry.panelID) & idMask) == record.id;
+            return lights::wireId(layout, entry.panelID) == record.id;
         });
         if (panel == device.panels.end())
             return false;

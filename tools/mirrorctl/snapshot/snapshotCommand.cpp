@@ -1,6 +1,7 @@
 // mirrorctl snapshot
 #include "mirror/mirrorInterface.h"
 #include "tools/config/modes.h"
+#include "tools/lights/address.h"
 #include "tools/mirrorctl/commands.h"
 #include "tools/mirrorctl/libraryCall.h"
 #include "tools/mirrorctl/litDisplay.h"
@@ -116,23 +117,18 @@ static std::optional<Snapshot> await(const config::Document &document,
     }
 }
 
-static std::string addressOf(const config::DeviceEntry &device) {
-    const bool isV6 = device.ip.find(':') != std::string::npos;
-    return (isV6 ? "[" + device.ip + "]" : device.ip) + ":" + std::to_string(device.port());
-}
-
 // One line a record, in columns. Devices that were sent nothing have a line that says so.
 static void print(const Snapshot &snapshot, const std::vector<config::DeviceEntry> &devices) {
     const bool coloured = showsColours(STDOUT_FILENO);
     std::size_t widest = sizeof "address" - 1;
     for (const auto &device : devices)
-        widest = std::max(widest, addressOf(device).size());
+        widest = std::max(widest, lights::endpointText(device.ip, device.port()).size());
     const int width = static_cast<int>(widest);
 
     std::printf("%6s  %-*s  %5s  colour\n", "device", width, "address", "panel");
     std::size_t next = 0;
     for (std::size_t d = 0; d < devices.size(); ++d) {
-        const std::string address = addressOf(devices[d]);
+        const std::string address = lights::endpointText(devices[d].ip, devices[d].port());
         const bool wasSent = next < snapshot.devices.size() && snapshot.devices[next] == d;
         const SentFrame frame = wasSent ? snapshot.frames[next++] : SentFrame();
         if (frame.records.empty())

@@ -1,0 +1,193 @@
+#include "tools/config/modes.h"
+#include "tools/config/tree.h"
+#include "tools/lights/address.h"
+#include "tools/lights/datagram.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <map>
+
+namespace config {
+
+FaultyParts::FaultyParts(const std::vector<Problem> &errors) {
+    for (const auto &error : errors)
+        pointers.insert(error.pointer);
+}
+
+bool FaultyParts::include(const std::string &pointer) const {
+    for (std::string part = pointer;; part.erase(part.rfind('/')))
+        if (pointers.contains(part) || part.empty())
+            return pointers.contains(part);
+}
+
+namespace {
+
+class WarningList {
+public:
+    explicit WarningList(const FaultyParts &faulty_) : faulty(faulty_) {}
+
+    bool isFull() const { return problems.size() >= mostProblems; }
+
+    void add(const std::string &pointer, const std::string &message, const std::string &fix,
+             Severity severity = Severity::warning) {
+        if (!isFull() && !faulty.include(pointer))
+            problems.push_back({pointer, message, fix, {}, severity});
+    }
+
+    const FaultyParts &faulty;
+    std::vector<Problem> problems;
+};
+
+} // namespace
+
+// "0.02"
+static std::string shown(const char *format, double number) {
+    char text[32];
+    std::snprintf(text, sizeof text, format, number);
+    return text;
+}
+
+static std::string shown(const ScreenSize &size) {
+    return std::to_string(size.width) + " x " + std::to_string(size.height);
+}
+
+static void warnOfFlashes(const Document &document, WarningList &list) {
+    const double flashes = mostFlashes(document.mode);
+    const bool hasPanels = std::any_of(document.devices.begin(), document.devices.end(),
+                                       [](const auto &device) { return !device.panels.empty(); });
+    if (flashes > harmlessFlashes && hasPanels)
+        list.add("/mode",
+                 std::string(modeName(document.mode)) + " mode lets the whole wall flash up to " +
+                     shown("%.1f", flashes) +
+                     " times a second when the screen does; more than 3 flashes a second can set "
+                     "off seizures in some people",
+                 "warn whoever will see the wall; for pictures that flash choose palette mode (3), "
+                 "whose panels hold each colour for a second or more",
+                 Severity::caution);
+}
+
+// `devices` has the pointer to the first device at each endpoint.
+static void warnOfAddress(const DeviceEntry &device, const std::string &pointer,
+                          std::map<std::string, std::string, std::less<>> &devices,
+                          WarningList &list) {
+    const auto endpoint = lights::parseEndpoint(device.ip, device.port());
+    if (!endpoint)
+        return; // an error, and told as one
+    if (endpoint->any.sa_family == AF_INET6 && IN6_IS_ADDR_LINKLOCAL(&endpoint->v6.sin6_addr))
+        list.add(pointer + "/ip",
+                 "found the link-local address " + device.ip +
+                     ", which does not say on which network interface the light is; it may be "
+                     "looked for on another one",
+                 "write the light's IPv4 address, or another of its IPv6 addresses");
+    if (list.faulty.include(pointer + "/ip") || list.faulty.include(pointer + "/controlVersion"))
+        return;
+    const auto [first, isNew] = devices.emplace(endpoint->bytes(), pointer);
+    if (!isNew)
+        list.add(pointer + "/ip",
+                 "found " + device.ip + " again, the address of " + first->second +
+                     "; one light would be told the colours of both",
+                 "give each device its own address, or join their panels in one device");
+}
+
+static void warnOfSize(const DeviceEntry &device, const std::string &pointer,
+                       const std::optional<ScreenSize> &screen, WarningList &list) {
+    const double half = halfSide(device);
+    if (list.faulty.include(pointer + "/shapeType"))
+        return;
+    if (half < 1.0)
+        list.add(pointer + "/scaleFactor",
+                 "expected " + shown("%g", 3.0 / baseSize(device)) +
+                     " or more for this shapeType, found " + shown("%g", device.scaleFactor) +
+                     ", with which the panels take their colour from a single pixel",
+                 "1 makes the area 100 pixels wide for shapeType 0, and 66 for any other");
+    else if (screen && (2.0 * half > screen->width || 2.0 * half > screen->height))
+        list.add(pointer + "/scaleFactor",
+                 "found panels whose area is larger than the screen (" + shown(*screen) + ")",
+                 "choose a smaller number; 1 makes the area 100 pixels wide for shapeType 0, and "
+                 "66 for any other");
+}
+
+static void warnOfCount(const DeviceEntry &device, const std::string &pointer, WarningList &list) {
+    const std::size_t panels = device.panels.size();
+    if (panels == 0)
+        list.add(pointer + "/panels", "found no panels; the device stays dark",
+                 "add its panels, or take the device away");
+    const lights::Layout layout = lights::layoutOf(device.controlVersion);
+    const std::size_t most = lights::mostPanels(layout);
+    if (panels > most && !list.faulty.include(pointer + "/controlVersion"))
+        list.add(pointer + "/panels",
+                 "expected at most " + std::to_string(most) + " panels, found " +
+                     std::to_string(panels) +
+                     (layout == lights::Layout::narrow
+                          ? "; controlVersion 1 counts them in 8 bits"
+                          : "; the datagram would be too large to be sent"),
+                 "share the panels out to several devices");
+}
+
+static void warnOfIdentifiers(const DeviceEntry &device, const std::string &panels,
+                              WarningList &list) {
+    const lights::Layout layout = lights::layoutOf(device.controlVersion);
+    const int largest = lights::wireId(layout, -1); // all bits
+    std::map<std::int32_t, std::size_t> seen;       // by the identifier that is sent
+    for (std::size_t i = 0; i < device.panels.size() && !list.isFull(); ++i) {
+        const std::string pointer = stepInto(panels, i) + "/panelID";
+        if (list.faulty.include(pointer))
+            continue;
+        const std::int32_t id = device.panels[i].panelID;
+        const std::int32_t sent = lights::wireId(layout, id);
+        if (sent != id)
+            list.add(pointer,
+                     "expected an identifier from 0 to " + std::to_string(largest) + ", found " +
+                         std::to_string(id) + ", which is sent as " + std::to_string(sent),
+                     layout == lights::Layout::narrow
+                         ? "use controlVersion 2, if the device understands it"
+                         : "use the device's own identifiers");
+        const auto [first, isNew] = seen.emplace(sent, i);
+        if (!isNew)
+            list.add(pointer,
+                     "found identifier " + std::to_string(sent) + " again, that of panel " +
+                         std::to_string(first->second) + " of this device",
+                     "give each panel of a device its own identifier");
+    }
+}
+
+static void warnOfPlaces(const DeviceEntry &device, const std::string &panels,
+                         const ScreenSize &screen, WarningList &list) {
+    const auto look = [&](std::int32_t at, std::uint32_t size, const std::string &pointer) {
+        if (at < 0 || static_cast<std::uint32_t>(at) >= size)
+            list.add(pointer,
+                     "expected a place on the screen, 0 to " + std::to_string(size - 1) +
+                         ", found " + std::to_string(at) +
+                         "; the panel takes its colour from the screen's edge",
+                     "put the panel's centre on the screen (" + shown(screen) + ")");
+    };
+    for (std::size_t i = 0; i < device.panels.size() && !list.isFull(); ++i) {
+        const std::string pointer = stepInto(panels, i);
+        look(device.panels[i].centroidX, screen.width, pointer + "/centroidX");
+        look(device.panels[i].centroidY, screen.height, pointer + "/centroidY");
+    }
+}
+
+std::vector<Problem> findWarnings(const Document &document, const std::optional<ScreenSize> &screen,
+                                  const FaultyParts &faulty) {
+    WarningList list(faulty);
+    std::map<std::string, std::string, std::less<>> addresses;
+    warnOfFlashes(document, list);
+    if (document.devices.empty())
+        list.add("/devices", "found no devices, without which nothing can be mirrored",
+                 "add a device; mirrorctl layout makes some");
+    for (std::size_t i = 0; i < document.devices.size() && !list.isFull(); ++i) {
+        const DeviceEntry &device = document.devices[i];
+        const std::string pointer = stepInto("/devices", i);
+        warnOfAddress(device, pointer, addresses, list);
+        warnOfSize(device, pointer, screen, list);
+        warnOfCount(device, pointer, list);
+        if (!faulty.include(pointer + "/controlVersion"))
+            warnOfIdentifiers(device, pointer + "/panels", list);
+        if (screen)
+            warnOfPlaces(device, pointer + "/panels", *screen, list);
+    }
+    return std::move(list.problems);
+}
+
+} // namespace config

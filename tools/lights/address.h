@@ -1,0 +1,51 @@
+// The addresses of lights: read, judged and written.
+//
+// Pure functions, callable from any thread.
+#pragma once
+
+#include <netinet/in.h>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <sys/socket.h>
+
+namespace lights {
+
+// A socket address of either family, and its port.
+struct Endpoint {
+    union {
+        sockaddr_storage address{};
+        sockaddr any;
+        sockaddr_in v4;
+        sockaddr_in6 v6;
+    };
+    socklen_t length = 0;
+
+    // The same for two endpoints exactly when they are the same.
+    std::string_view bytes() const { return {reinterpret_cast<const char *>(&any), length}; }
+};
+
+// An address of either family as text. Anything that is not four decimal numbers without leading
+// zeros or a plain IPv6 address does not parse: shorthands such as 127.1 and octal numbers are read
+// differently by different programs.
+std::optional<Endpoint> parseEndpoint(const std::string &ip, int port);
+
+bool isLoopback(const Endpoint &endpoint); // 127.0.0.0/8 or ::1
+
+// "127.0.0.1" or "::1"
+std::string ipText(const Endpoint &endpoint);
+
+// "127.0.0.1:60221" or "[::1]:60221"; the address may be any text.
+std::string endpointText(const std::string &ip, int port);
+
+// What is wrong with an address, and how to fix it; one line each.
+struct AddressFault {
+    std::string message;
+    std::string fix;
+};
+
+// Nothing for the address of one host in numbers. The library reports none of this; such a device
+// just stays dark.
+std::optional<AddressFault> findAddressFault(const std::string &ip);
+
+} // namespace lights
