@@ -86,16 +86,16 @@ Reading review(Reading reading, const std::optional<ScreenSize> &screen) {
 
 std::optional<ScreenSize> parseScreenSize(const std::string &text, std::uint32_t largest) {
     ScreenSize size;
-    const char *end = text.data() + text.size();
-    const auto width = std::from_chars(text.data(), end, size.width);
-    if (width.ec != std::errc() || width.ptr == end || *width.ptr != 'x')
-        return std::nullopt;
-    const auto height = std::from_chars(width.ptr + 1, end, size.height);
-    if (height.ec != std::errc() || height.ptr != end)
-        return std::nullopt;
-    if (size.width < 1 || size.height < 1 || size.width > largest || size.height > largest)
-        return std::nullopt;
-    return size;
+    const char *at = text.data();
+    const char *end = at + text.size();
+    const auto readSide = [&](std::uint32_t &side) {
+        const auto read = std::from_chars(at, end, side);
+        at = read.ptr;
+        return read.ec == std::errc() && side >= 1 && side <= largest;
+    };
+    const bool isSize =
+        readSide(size.width) && at != end && *at++ == 'x' && readSide(size.height) && at == end;
+    return isSize ? std::optional(size) : std::nullopt;
 }
 
 std::string documentText(const Document &document) {

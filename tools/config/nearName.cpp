@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <cctype>
-#include <numeric>
-#include <string_view>
 
 namespace config {
 
@@ -13,25 +11,23 @@ static char lower(char c) {
 
 // How many edits make one of the other: a letter inserted, removed or replaced, or two neighbours
 // swapped.
-static std::size_t distance(std::string_view a, std::string_view b) {
-    std::vector<std::size_t> row(b.size() + 1);
-    std::iota(row.begin(), row.end(), std::size_t{0});
-    std::vector<std::size_t> above = row;
-    std::vector<std::size_t> second; // the one above that
-    for (std::size_t i = 1; i <= a.size(); ++i) {
-        second.swap(above);
-        above.swap(row);
-        row.assign(b.size() + 1, i);
-        for (std::size_t j = 1; j <= b.size(); ++j) {
-            const char one = lower(a[i - 1]);
-            const char other = lower(b[j - 1]);
-            row[j] =
-                std::min({above[j - 1] + (one != other ? 1 : 0), above[j] + 1, row[j - 1] + 1});
-            if (i > 1 && j > 1 && one == lower(b[j - 2]) && other == lower(a[i - 2]))
-                row[j] = std::min(row[j], second[j - 2] + 1);
+static std::size_t distance(const std::string &a, const std::string &b) {
+    // Between the first i letters of one and the first j of the other.
+    std::vector<std::vector<std::size_t>> edits(a.size() + 1,
+                                                std::vector<std::size_t>(b.size() + 1));
+    const auto isSame = [&](std::size_t i, std::size_t j) { return lower(a[i]) == lower(b[j]); };
+    for (std::size_t i = 0; i <= a.size(); ++i)
+        for (std::size_t j = 0; j <= b.size(); ++j) {
+            std::size_t &least = edits[i][j];
+            least = i + j;
+            if (i == 0 || j == 0)
+                continue;
+            least = std::min({edits[i - 1][j - 1] + (isSame(i - 1, j - 1) ? 0 : 1),
+                              edits[i - 1][j] + 1, edits[i][j - 1] + 1});
+            if (i > 1 && j > 1 && isSame(i - 1, j - 2) && isSame(i - 2, j - 1))
+                least = std::min(least, edits[i - 2][j - 2] + 1);
         }
-    }
-    return row[b.size()];
+    return edits.back().back();
 }
 
 std::optional<std::string> nearestName(const std::string &name,

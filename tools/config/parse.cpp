@@ -4,6 +4,7 @@
 #include <optional>
 #include <rapidjson/error/en.h>
 #include <rapidjson/memorystream.h>
+#include <utility>
 
 namespace config {
 
@@ -100,41 +101,35 @@ static bool isComment(const std::string &text, std::size_t offset) {
     return offset < text.size() && (begins("//") || begins("/*") || begins("#"));
 }
 
-static const char *fixOf(rapidjson::ParseErrorCode error) {
-    switch (error) {
-    case rapidjson::kParseErrorDocumentEmpty:
-        return "mirrorctl layout makes a configuration to start from";
-    case rapidjson::kParseErrorDocumentRootNotSingular:
-        return "take away what follows the closing brace";
-    case rapidjson::kParseErrorValueInvalid:
-        return "a value is a number, a text in \"quotes\", [...], {...}, true, false or null";
-    case rapidjson::kParseErrorObjectMissName:
-        return "names stand in \"quotes\"; take away a comma before the closing brace, or close it";
-    case rapidjson::kParseErrorObjectMissColon:
-        return "put a colon between the name and its value";
-    case rapidjson::kParseErrorObjectMissCommaOrCurlyBracket:
-        return "put a comma between the members, or close the brace";
-    case rapidjson::kParseErrorArrayMissCommaOrSquareBracket:
-        return "put a comma between the elements, or close the bracket";
-    case rapidjson::kParseErrorStringMissQuotationMark:
-        return "close the text with a quotation mark";
-    case rapidjson::kParseErrorStringEscapeInvalid:
-        return "write a backslash as two";
-    case rapidjson::kParseErrorStringInvalidEncoding:
-        return "save the file as UTF-8, with line breaks in texts as \\n";
-    case rapidjson::kParseErrorStringUnicodeEscapeInvalidHex:
-        return "write four hexadecimal digits after \\u, or the character itself";
-    case rapidjson::kParseErrorStringUnicodeSurrogateInvalid:
-        return "write both halves of the character, or the character itself";
-    case rapidjson::kParseErrorNumberTooBig:
-        return "write a smaller number";
-    case rapidjson::kParseErrorNumberMissFraction:
-        return "write a digit after the point, or take the point away";
-    case rapidjson::kParseErrorNumberMissExponent:
-        return "write a digit after the e, or take the e away";
-    default:
-        return "";
-    }
+static const char *fixOf(rapidjson::ParseErrorCode code) {
+    using namespace rapidjson;
+    static constexpr std::pair<ParseErrorCode, const char *> fixes[] = {
+        {kParseErrorDocumentEmpty, "mirrorctl layout makes a configuration to start from"},
+        {kParseErrorDocumentRootNotSingular, "take away what follows the closing brace"},
+        {kParseErrorValueInvalid,
+         "a value is a number, a text in \"quotes\", [...], {...}, true, false or null"},
+        {kParseErrorObjectMissName,
+         "names stand in \"quotes\"; take away a comma before the closing brace, or close it"},
+        {kParseErrorObjectMissColon, "put a colon between the name and its value"},
+        {kParseErrorObjectMissCommaOrCurlyBracket,
+         "put a comma between the members, or close the brace"},
+        {kParseErrorArrayMissCommaOrSquareBracket,
+         "put a comma between the elements, or close the bracket"},
+        {kParseErrorStringMissQuotationMark, "close the text with a quotation mark"},
+        {kParseErrorStringEscapeInvalid, "write a backslash as two"},
+        {kParseErrorStringInvalidEncoding,
+         "save the file as UTF-8, with line breaks in texts as \\n"},
+        {kParseErrorStringUnicodeEscapeInvalidHex,
+         "write four hexadecimal digits after \\u, or the character itself"},
+        {kParseErrorStringUnicodeSurrogateInvalid,
+         "write both halves of the character, or the character itself"},
+        {kParseErrorNumberTooBig, "write a smaller number"},
+        {kParseErrorNumberMissFraction, "write a digit after the point, or take the point away"},
+        {kParseErrorNumberMissExponent, "write a digit after the e, or take the e away"}};
+    for (const auto &[error, fix] : fixes)
+        if (error == code)
+            return fix;
+    return "";
 }
 
 std::shared_ptr<const Tree> parse(const std::string &text, Problem &problem) {
