@@ -2,13 +2,11 @@
 #include "tests/support/virtualScreen.h"
 #include "tests/tools/mirrorctl/lightsFile.h"
 #include "tests/tools/mirrorctl/program.h"
-#include "tests/tools/panelwall/child.h"
 
 #include <gtest/gtest.h>
 #include <optional>
 #include <stdexcept>
 
-using test::Child;
 using test::Ending;
 using test::LightReceiver;
 using test::LightsFile;
@@ -28,9 +26,9 @@ void drawRedAndBlue(test::VirtualScreen &screen) {
 
 // What a terminal shows of `command`, which must end with 0.
 std::string onTerminal(const std::vector<std::string> &command) {
-    Child child(command, Child::Output::terminal);
-    EXPECT_EQ(child.waitExit(), 0) << child.out;
-    return child.out;
+    const Ending ending = test::Process(command, {.terminal = test::TerminalSize()}).finish();
+    EXPECT_EQ(ending.status, 0) << ending.out;
+    return ending.out;
 }
 
 } // namespace

@@ -5,7 +5,6 @@
 
 #include <map>
 #include <string>
-#include <sys/types.h>
 #include <vector>
 
 namespace test {
@@ -16,40 +15,23 @@ public:
 
     // Starts the program with `arguments`. `variables` are set in its environment, or removed when
     // empty; `input` is what it reads. Signals arrive as in a terminal: none blocked, none ignored
-    // except `ignoredSignal`, if any. Throws std::runtime_error when it cannot be started.
-    explicit Program(const std::vector<std::string> &arguments, const Variables &variables = {},
+    // except `ignoredSignal`, if any.
+    explicit Program(std::vector<std::string> arguments, const Variables &variables = {},
                      const std::string &input = "", int ignoredSignal = 0);
-    // Ends the program if it still runs.
-    ~Program();
-    Program(const Program &) = delete;
-    Program &operator=(const Program &) = delete;
 
-    pid_t pid() const { return child; }
+    // As those of Process.
+    pid_t pid() const { return process.pid(); }
+    void waitFor(const std::string &text) { process.waitFor(text); }
+    void waitForError(const std::string &text) { process.waitForError(text); }
+    void signal(int number) const { process.signal(number); }
+    Ending finish() { return process.finish(); }
 
-    // Waits until the program has printed `text` to standard output; throws std::runtime_error
-    // with all of its output when it ends or half a minute passes before.
-    void waitFor(const std::string &text);
-
-    // The same with standard error.
-    void waitForError(const std::string &text);
-
-    // Waits until the program holds signals back, with the same deadline: from then on a signal
-    // does not end it by itself.
+    // Waits until the program holds signals back, half a minute at most: from then on a signal does
+    // not end it by itself.
     void waitForSignals() const;
 
-    void signal(int signum) const;
-
-    // Waits for the end, at most half a minute, after which it throws std::runtime_error.
-    Ending finish();
-
 private:
-    // Takes in what there is to read. False once both outputs have ended.
-    bool readMore();
-
-    pid_t child = -1;
-    int outFd = -1;
-    int errFd = -1;
-    Ending ending;
+    Process process;
 };
 
 bool contains(const std::string &text, const std::string &part);

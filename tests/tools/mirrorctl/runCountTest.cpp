@@ -3,7 +3,6 @@
 #include "tests/support/virtualScreen.h"
 #include "tests/tools/mirrorctl/lightsFile.h"
 #include "tests/tools/mirrorctl/program.h"
-#include "tests/tools/panelwall/child.h"
 #include "tools/config/configDocument.h"
 #include "tools/mirrorctl/run/frameCounter.h"
 
@@ -122,19 +121,20 @@ TEST(MirrorctlRunCount, IsLiveOnATerminal) {
     test::VirtualScreen screen(640, 480);
     screen.use();
     const LightsFile file(lightsText(test::onlyDisplay(screen.display()), "127.0.58.75"));
-    test::Child child(
+    test::Process process(
         {"/usr/bin/env", "TERM=xterm", MIRRORCTL, "run", file.path(), "--seconds", "60"},
-        test::Child::Output::terminal, 100);
-    EXPECT_TRUE(child.waitFor("\r\x1b[K[--------------------]   0 %  0 of 60 s  "));
-    EXPECT_TRUE(child.waitFor("/s  jitter "));
-    EXPECT_TRUE(child.waitFor("  no error"));
-    child.type("\x03");
-    EXPECT_EQ(child.waitExit(), 0) << child.out;
+        {.terminal = test::TerminalSize{100, 24}});
+    process.waitFor("\r\x1b[K[--------------------]   0 %  0 of 60 s  ");
+    process.waitFor("/s  jitter ");
+    process.waitFor("  no error");
+    process.type("\x03");
+    Ending ending = process.finish();
+    EXPECT_EQ(ending.status, 0) << ending.out;
     // The terminal echoes the key somewhere in what the program says then.
-    if (const auto echo = child.out.find("^C"); echo != std::string::npos)
-        child.out.erase(echo, 2);
-    EXPECT_TRUE(contains(child.out, "Stopping: Interrupt.\r\nMirrored display ")) << child.out;
-    EXPECT_TRUE(contains(child.out, " frames to every device, ")) << child.out;
+    if (const auto echo = ending.out.find("^C"); echo != std::string::npos)
+        ending.out.erase(echo, 2);
+    EXPECT_TRUE(contains(ending.out, "Stopping: Interrupt.\r\nMirrored display ")) << ending.out;
+    EXPECT_TRUE(contains(ending.out, " frames to every device, ")) << ending.out;
 }
 
 TEST(MirrorctlFrameCounter, IsAnotherDeviceOfTheDocument) {

@@ -2,7 +2,6 @@
 #include "tests/support/virtualScreen.h"
 #include "tests/tools/mirrorctl/lightsFile.h"
 #include "tests/tools/mirrorctl/program.h"
-#include "tests/tools/panelwall/child.h"
 
 #include <gtest/gtest.h>
 
@@ -166,9 +165,11 @@ TEST(MirrorctlSnapshot, ShowsSwatchesOnATerminal) {
     screen.use();
     screen.fill(0xFF8000);
     const LightsFile file(lightsText(test::onlyDisplay(screen.display()), "127.0.58.45"));
-    test::Child child({MIRRORCTL, "snapshot", file.path()}, test::Child::Output::terminal);
-    EXPECT_EQ(child.waitExit(), 0);
-    EXPECT_EQ(child.out, "device  address            panel  colour\r\n"
-                         "     0  127.0.58.45:60222     17  \x1b[48;2;255;128;0m    \x1b[0m "
-                         "#ff8000\r\n");
+    const Ending ending =
+        test::Process({MIRRORCTL, "snapshot", file.path()}, {.terminal = test::TerminalSize()})
+            .finish();
+    EXPECT_EQ(ending.status, 0) << ending.out;
+    EXPECT_EQ(ending.out, "device  address            panel  colour\r\n"
+                          "     0  127.0.58.45:60222     17  \x1b[48;2;255;128;0m    \x1b[0m "
+                          "#ff8000\r\n");
 }
