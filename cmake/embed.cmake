@@ -29,7 +29,7 @@ foreach(file IN LISTS FILES)
     if(path STREQUAL index.html)
         set(path "")
     endif()
-    string(APPEND entries "    {\"/${path}\", \"${type}\", {file${number}, ${length}}},\n")
+    string(APPEND entries "    {\"${path}\", \"${type}\", {file${number}, ${length}}},\n")
     math(EXPR number "${number} + 1")
 endforeach()
 file(WRITE ${OUTPUT} "// Made by cmake/embed.cmake.

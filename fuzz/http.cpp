@@ -1,5 +1,5 @@
 // Any bytes to the live page's server: every connection ends, with an answer or without one, and
-// what is told to a stranger is a refusal.
+// what is told to a stranger is a refusal. "TOKEN" in the bytes becomes the page's token.
 #include "fuzz/require.h"
 #include "tools/panelwall/web/access.h"
 #include "tools/panelwall/web/pageServer.h"
@@ -28,6 +28,12 @@ PageServer &server() {
     return only;
 }
 
+// The path that everything lies below, "/TOKEN/" with the true token.
+std::string root() {
+    const std::string url = server().url();
+    return url.substr(url.find('/', std::string("http://").size()));
+}
+
 std::string answerTo(const std::string &request) {
     int ends[2];
     require(socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) == 0, "there are sockets");
@@ -48,32 +54,46 @@ std::string answerTo(const std::string &request) {
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
-    const std::string request(reinterpret_cast<const char *>(data), size);
+    const std::string text(reinterpret_cast<const char *>(data), size);
+    std::string request = text;
+    const std::string placeholder = "/TOKEN/";
+    for (auto at = request.find(placeholder); at != std::string::npos;
+         at = request.find(placeholder, at + 1))
+        request.replace(at, placeholder.size(), root());
     const std::string answer = answerTo(request);
     const bool isGood = answer.starts_with("HTTP/1.1 200 ");
     require(answer.empty() || answer.starts_with("HTTP/1.1 "), "an answer is an answer");
     if (isGood) {
         // The server takes tabs after the method for none.
         require(request.find("GET") != std::string::npos, "only GET is answered");
+        require(request != text, "only those who know the token are answered");
         require(answer.find("default-src 'none'") != std::string::npos,
                 "every answer tells browsers what it may do");
     }
 
     // The same words as the judge of access would be given them, one per line.
-    RequestFacts facts;
+    httplib::Request facts;
+    std::string host;
+    std::string origin;
+    std::string others[3];
     std::size_t at = 0;
-    for (std::string *fact : {&facts.method, &facts.path, &facts.host, &facts.origin,
-                              &facts.fetchSite, &facts.fetchMode, &facts.fetchDestination}) {
-        const std::size_t end = std::min(request.find('\n', at), request.size());
-        *fact = request.substr(at, end - at);
-        at = std::min(end + 1, request.size());
+    for (std::string *fact :
+         {&facts.method, &facts.path, &host, &origin, &others[0], &others[1], &others[2]}) {
+        const std::size_t end = std::min(text.find('\n', at), text.size());
+        *fact = text.substr(at, end - at);
+        at = std::min(end + 1, text.size());
     }
-    const Refusal refusal = judge(facts);
-    require(refusal.status == 0 || !refusal.reason.empty(), "a refusal has a reason");
+    facts.headers = {{"Host", host},
+                     {"Origin", origin},
+                     {"Sec-Fetch-Site", others[0]},
+                     {"Sec-Fetch-Mode", others[1]},
+                     {"Sec-Fetch-Dest", others[2]}};
+    const Refusal refusal = judge(facts, "TOKEN");
+    require(refusal.status == 0 || *refusal.reason != '\0', "a refusal has a reason");
     if (refusal.status == 0) {
-        require(facts.method == "GET" && namesAnAddress(facts.host), "who passes asked rightly");
-        require(facts.origin.empty() || facts.origin == "http://" + facts.host,
-                "no other site's page passes");
+        require(facts.method == "GET" && facts.path.starts_with("/TOKEN/"),
+                "who passes asked rightly");
+        require(origin.empty() || origin == "http://" + host, "no other site's page passes");
     }
     return 0;
 }

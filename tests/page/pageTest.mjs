@@ -156,8 +156,8 @@ test("what comes late turns no panel back", async () => {
   const wall = await setting.wall(configuration([device("127.0.72.20", 2, [[1, 200, 100]])]));
   const page = await open(wall.url);
   const reds = await page.evaluate(async () => {
-    const { WallClock } = await import("/clock.js");
-    const { Wall } = await import("/wall.js");
+    const { WallClock } = await import(location + "clock.js");
+    const { Wall } = await import(location + "wall.js");
     const clock = new WallClock();
     const wall = new Wall(document.createElement("canvas"));
     document.createElement("div").append(wall.canvas);
@@ -266,19 +266,18 @@ test("silence is told plainly, with what to check, and so is a wall that has end
   await notice.waitFor({ state: "visible" });
   assert.match(await notice.innerText(), /^Nothing has arrived for \d\.\d s\./);
 
-  await wall.end();
+  wall.process.kill("SIGSTOP");
   await page.waitForSelector("#state[data-state=gone]");
   assert.match(await notice.innerText(), /^The wall does not answer\./);
   // What is old looks old.
   const faintness = () => page.evaluate(() => getComputedStyle(document.querySelector("main")).opacity);
   assert.ok((await faintness()) < 0.6);
-  // The browser tells in the console what it cannot reach; that is no fault of the page.
-  const port = new URL(wall.url).port;
-  const again = setting.start(process.env.PANELWALL,
-    [setting.write("wall.json", document), "--web", port], { DISPLAY: "" });
-  await again.waitFor(/live page/);
+  wall.process.kill("SIGCONT");
   await page.waitForFunction(() => document.getElementById("state").dataset.state !== "gone");
   assert.equal(await faintness(), "1");
+  await wall.end();
+  await page.waitForSelector("#state[data-state=gone]");
+  // The browser tells in the console what it cannot reach; that is no fault of the page.
   for (const complaint of complaints.splice(0)) assert.match(complaint, /ERR_CONNECTION_REFUSED|ERR_INCOMPLETE/);
 });
 
@@ -361,7 +360,7 @@ test("the page repaints at most sixty times a second whatever comes", async () =
   const events = (behind[2] - before[2]) / seconds;
   const total = Number((await page.evaluate(async () =>
     (await new Promise((resolve) => {
-      const source = new EventSource("/events");
+      const source = new EventSource("events");
       source.addEventListener("now", (event) => {
         source.close();
         resolve(JSON.parse(event.data));
@@ -432,10 +431,10 @@ test("the screen's picture lies behind the panels when it is asked for", async (
   const wall = await setting.wall(document, [], stage.environment);
   const page = await open(wall.url);
   const requests = [];
-  page.on("request", (request) => requests.push(new URL(request.url()).pathname));
+  page.on("request", (request) => requests.push(request.url().replace(wall.url, "")));
   await sender.send("127.0.72.13", wide([[1, 0x00ff00, 0]]));
   await waitForColours(page, size, [[160, 240, 0x00ff00]]);
-  assert.ok(!requests.includes("/screen.png"));
+  assert.ok(!requests.includes("screen.png"));
   await page.keyboard.press("s");
   // The panel's own screen is seen between its edge and the colour in its middle.
   await waitForColours(page, size, [
@@ -480,16 +479,27 @@ test("a recording is shown as one", async () => {
   await page.waitForFunction(() => document.getElementById("state").textContent === "Replay");
 });
 
-test("another site's page is told nothing", async () => {
+test("another site's page is told nothing, even if it knows the address", async () => {
   const wall = await setting.wall(configuration([device("127.0.72.15", 2, [[1, 160, 240]])]));
   const other = await setting.wall(configuration([device("127.0.72.16", 2, [[1, 160, 240]])]));
   const page = await open(other.url);
   const outcome = await page.evaluate(async (url) => {
-    const tries = { fetch: null, plain: null, image: null };
-    tries.fetch = await fetch(url + "events").then(() => "read", () => "refused");
-    tries.plain = await fetch(url, { mode: "no-cors" }).then(() => "read", () => "refused");
-    return tries;
+    const outcomeOf = (address, options) => fetch(address, options).then(() => "read", () => "refused");
+    return [
+      await outcomeOf(url + "events"),
+      await outcomeOf(url, { mode: "no-cors" }),
+      await outcomeOf(new URL("/", url), { mode: "no-cors" }),
+    ];
   }, wall.url);
-  assert.deepEqual(outcome, { fetch: "refused", plain: "refused", image: null });
+  assert.deepEqual(outcome, ["refused", "refused", "refused"]);
   complaints.splice(0);
+});
+
+test("whoever does not know the whole address is told so, and nothing else", async () => {
+  const wall = await setting.wall(configuration([device("127.0.72.18", 2, [[1, 160, 240]])]));
+  for (const path of ["/", "/events", "/screen.png", "/main.js", "/AAAAAAAAAAAAAAAAAAAAAA/events"]) {
+    const answer = await fetch(new URL(path, wall.url));
+    assert.equal(answer.status, 404);
+    assert.equal(await answer.text(), "Open the whole address that panelwall has printed.\n");
+  }
 });

@@ -9,6 +9,7 @@
 #include <fstream>
 #include <gtest/gtest.h>
 #include <poll.h>
+#include <regex>
 #include <sstream>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -44,11 +45,17 @@ static std::vector<std::string> running() {
     return commands;
 }
 
-// The port of the page, from what the demo prints.
-static int portIn(const std::string &out) {
-    const std::string before = "The wall in a browser: http://127.0.0.1:";
-    const auto at = out.find(before);
-    return at == std::string::npos ? 0 : std::stoi(out.substr(at + before.size()));
+// The page's port and path, from a text with its address.
+struct Page {
+    int port = 0;
+    std::string path;
+};
+
+static Page pageIn(const std::string &text) {
+    std::smatch found;
+    if (!std::regex_search(text, found, std::regex("http://127\\.0\\.0\\.1:(\\d+)(/[\\w-]{22}/)")))
+        return {};
+    return {std::stoi(found[1]), found[2]};
 }
 
 class Demo : public testing::Test {
@@ -77,13 +84,13 @@ protected:
     }
 };
 
-TEST_F(Demo, PrintsThePagesAddressAndLeavesNothingRunningOnCtrlC) {
+TEST_F(Demo, ShowsThePagesAddressAndLeavesNothingRunningOnCtrlC) {
     Child demo({"/bin/sh", DEMO, "match"}, Child::Output::terminal, 100, 40);
-    ASSERT_TRUE(demo.waitFor("The wall in a browser: http://127.0.0.1:")) << demo.out;
     ASSERT_TRUE(demo.waitFor("15/15 lit")) << demo.out;
-    EXPECT_EQ(statusOf(get(portIn(demo.out), "/")), 200);
+    const Page page = pageIn(demo.out);
+    EXPECT_EQ(statusOf(get(page.port, page.path)), 200) << demo.out;
     interrupt(demo);
-    EXPECT_THROW(HttpClient(portIn(demo.out)), std::runtime_error);
+    EXPECT_THROW(HttpClient(page.port), std::runtime_error);
 }
 
 TEST_F(Demo, OpensThePageWhereThereIsADesktop) {
@@ -96,7 +103,11 @@ TEST_F(Demo, OpensThePageWhereThereIsADesktop) {
     ASSERT_TRUE(demo.waitFor("15/15 lit")) << demo.out;
     for (int tries = 0; tries < 1000 && readAll(asked).empty(); ++tries)
         poll(nullptr, 0, 10);
-    EXPECT_EQ(readAll(asked), "http://127.0.0.1:" + std::to_string(portIn(demo.out)) + "/\n");
+    // Others can see what it is asked for, so that is a file, and the address in it.
+    const std::string link = readAll(asked);
+    const Page page = pageIn(readAll(link.substr(0, link.find('\n'))));
+    EXPECT_EQ(statusOf(get(page.port, page.path)), 200) << link;
+    EXPECT_EQ(link.find(page.path), std::string::npos) << link;
     demo.type("\x03");
     EXPECT_EQ(demo.waitExit(), 130);
 }

@@ -11,8 +11,8 @@ _panelwall() {
     case $current in
     -*)
         COMPREPLY=($(compgen -W "--record --replay --speed --send --anywhere --compare --seconds
-            --snapshot --size --transition-unit --web --web-address --help
-            --version" -- "$current"))
+            --snapshot --size --transition-unit --web --web-address --web-link
+            --help --version" -- "$current"))
         ;;
     *) COMPREPLY=($(compgen -f -- "$current")) ;;
     esac

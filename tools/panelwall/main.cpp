@@ -44,8 +44,8 @@ static int runWall(const Options &options) {
         }
     }
     std::optional<LivePage> page;
-    if (!servePage(options, document, receiver.fds(), page))
-        return exitPage;
+    if (const auto status = servePage(options, document, receiver.fds(), page); status != exitOk)
+        return status;
     Source source(receiver);
     return Session(options, document, source, options.recordPath ? &recorder : nullptr,
                    page ? &*page : nullptr, signals)

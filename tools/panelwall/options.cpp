@@ -41,9 +41,10 @@ static const char footer[] =
     "be changed from it. It is served on this machine only, on port 8060 unless PORT says\n"
     "otherwise; 0 takes any free one. With --web-address it can be reached from elsewhere, such "
     "as\n"
-    "a phone, at the address given (0.0.0.0 for all), by anybody who can reach that; the screen's\n"
-    "picture is still shown on this machine only, to the user who runs the wall. After the end of\n"
-    "a replay the page stays until a signal comes.\n"
+    "a phone, at the address given (0.0.0.0 for all). The page's address, which is printed, holds\n"
+    "a random token, new for every run: whoever knows it sees the page and the screen behind the\n"
+    "panels, nobody else does. --web-link writes it to a file that only you can read. After the\n"
+    "end of a replay the page stays until a signal comes.\n"
     "\n"
     "Signals: SIGUSR1 writes the picture and goes on. SIGINT (Ctrl-C), SIGTERM and SIGHUP end the\n"
     "program, with exit status 0.\n"
@@ -52,7 +53,8 @@ static const char footer[] =
     "  0  ended by a signal or after --seconds\n"
     "  1  standard output was closed, or another failure\n"
     "  2  the command line is wrong\n"
-    "  3  the configuration cannot be read, or the picture or recording cannot be written\n"
+    "  3  the configuration cannot be read, or the picture, recording or link cannot be\n     "
+    "written\n"
     "  4  the configuration is not valid, or names no device\n"
     "  5  a device's address does not parse, is not loopback, or is another device's too\n"
     "  6  a device's port is in use or cannot be opened\n"
@@ -118,6 +120,10 @@ std::optional<int> parseOptions(int argc, char **argv, Options &options) {
         app.add_option("--web-address", web.address,
                        "Serve the live page at this address of the machine (default 127.0.0.1)")
             ->type_name("ADDRESS");
+    auto *webLinkOption =
+        app.add_option("--web-link", web.linkPath,
+                       "Serve the live page, and write an HTML file that leads to it")
+            ->type_name("FILE");
     try {
         app.parse(argc, argv);
         if (options.configPath.empty() && !options.replayPath && options.comparedPaths.empty())
@@ -132,7 +138,7 @@ std::optional<int> parseOptions(int argc, char **argv, Options &options) {
     if (sizeOption->count() > 0)
         options.screen = parseSize(size);
     options.transitionUnit = std::chrono::milliseconds(unit);
-    if (webOption->count() > 0 || webAddressOption->count() > 0) {
+    if (webOption->count() + webAddressOption->count() + webLinkOption->count() > 0) {
         web.port = parsePort(port).value_or(web.port);
         options.web = web;
     }

@@ -26,7 +26,8 @@ enum ExitStatus {
 // Where the live page is served.
 struct WebOptions {
     std::string address = "127.0.0.1";
-    int port = 8060; // 0: any free one
+    int port = 8060;      // 0: any free one
+    std::string linkPath; // of a file that leads there; may be empty
 };
 
 struct Options {

@@ -68,8 +68,8 @@ int replay(const Options &options) {
     Signals signals;
     Player player(file.reader, options.speed, options.send ? &sender : nullptr);
     std::optional<LivePage> page;
-    if (!servePage(options, document, {}, page))
-        return exitPage;
+    if (const auto status = servePage(options, document, {}, page); status != exitOk)
+        return status;
     Source source(player);
     const int status =
         Session(options, document, source, nullptr, page ? &*page : nullptr, signals).run();

@@ -9,9 +9,9 @@
 
 namespace panelwall {
 
-// Makes `page` and begins to serve it; leaves it empty when it was not asked for. `sockets` are the
-// devices', in order, or none in a replay. False after a complaint when it cannot be served.
-bool servePage(const Options &options, const config::Document &document, std::vector<int> sockets,
-               std::optional<LivePage> &page);
+// Makes `page`, begins to serve it and writes the link to it; leaves it empty when it was not asked
+// for. `sockets` are the devices', in order, or none in a replay. Not exitOk after a complaint.
+ExitStatus servePage(const Options &options, const config::Document &document,
+                     std::vector<int> sockets, std::optional<LivePage> &page);
 
 } // namespace panelwall

@@ -3,15 +3,33 @@
 #include "tests/tools/panelwall/web/httpClient.h"
 
 #include <csignal>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <sstream>
+#include <sys/stat.h>
 
 using namespace test;
 
-// The port in the address that the wall has printed.
-static int portIn(const std::string &out) {
+// The address of a page.
+struct Address {
+    int port = 0;
+    std::string root; // "/TOKEN/"
+};
+
+// Waits until the wall has printed it.
+static Address addressOf(Child &wall) {
     const std::string before = "live page: http://127.0.0.1:";
-    const auto at = out.find(before);
-    return at == std::string::npos ? 0 : std::stoi(out.substr(at + before.size()));
+    if (!wall.waitFor(before) || !wall.waitFor("/\n", wall.out.find(before)))
+        return {};
+    const auto begin = wall.out.find(before) + before.size();
+    const auto root = wall.out.find('/', begin);
+    return {std::stoi(wall.out.substr(begin)),
+            wall.out.substr(root, wall.out.find('\n', begin) - root)};
+}
+
+// Begins to read the page's events.
+static void beginReading(HttpClient &reader, const Address &page) {
+    reader.send("GET " + page.root + "events HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n");
 }
 
 TEST(PanelwallWebProgram, TellsItsReadersWhatArrives) {
@@ -19,10 +37,9 @@ TEST(PanelwallWebProgram, TellsItsReadersWhatArrives) {
     const auto config = folder.write(
         "wall.json", documentText({deviceText("127.0.71.30", 2, {{1, 100, 100}, {2, 300, 100}})}));
     Child wall({PANELWALL_PROGRAM, config, "--size", "640x480", "--web", "0"});
-    ASSERT_TRUE(wall.waitFor("live page: http://127.0.0.1:"));
-    ASSERT_TRUE(wall.waitFor("/\n", wall.out.find("live page")));
-    HttpClient reader(portIn(wall.out));
-    reader.send("GET /events HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n");
+    const Address page = addressOf(wall);
+    HttpClient reader(page.port);
+    beginReading(reader, page);
     ASSERT_TRUE(reader.waitFor("\"sent\":\"------------\""));
     EXPECT_NE(reader.answer.find("\"width\":640,\"height\":480,\"sizeFrom\":\"given\""),
               std::string::npos);
@@ -30,8 +47,8 @@ TEST(PanelwallWebProgram, TellsItsReadersWhatArrives) {
     sendTo("127.0.71.30", 60222, {0, 1, 0, 2, 10, 20, 30, 0, 0, 0});
     EXPECT_TRUE(reader.waitFor("\"sent\":\"------0a141e\""));
     // Whoever comes later is told what came before.
-    HttpClient later(portIn(wall.out));
-    later.send("GET /events HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n");
+    HttpClient later(page.port);
+    beginReading(later, page);
     EXPECT_TRUE(later.waitFor("event: past"));
     EXPECT_TRUE(later.waitFor(",\"------0a141e\"]]"));
     wall.signal(SIGINT);
@@ -50,21 +67,44 @@ TEST(PanelwallWebProgram, ShowsItsAddressOnTheTerminal) {
     EXPECT_EQ(wall.waitExit(), 0);
 }
 
-TEST(PanelwallWebProgram, APortInUseIsNamedWithItsUser) {
+TEST(PanelwallWebProgram, WritesALinkThatOthersCannotRead) {
+    const Folder folder;
+    const auto config =
+        folder.write("wall.json", documentText({deviceText("127.0.71.37", 2, {{1, 1, 1}})}));
+    const auto link = folder.write("page.html", "something older");
+    chmod(link.c_str(), 0644);
+    Child wall({PANELWALL_PROGRAM, config, "--web", "0", "--web-link", link});
+    const Address page = addressOf(wall);
+    std::ostringstream text;
+    text << std::ifstream(link).rdbuf();
+    EXPECT_EQ(text.str(), "<!doctype html><meta http-equiv=\"refresh\" content=\"0; "
+                          "url=http://127.0.0.1:" +
+                              std::to_string(page.port) + page.root + "\">\n");
+    struct stat status {};
+    ASSERT_EQ(stat(link.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0600u);
+
+    const auto second =
+        folder.write("two.json", documentText({deviceText("127.0.71.38", 2, {{1, 1, 1}})}));
+    Child other(
+        {PANELWALL_PROGRAM, second, "--web", "0", "--web-link", folder.file("none/page.html")});
+    EXPECT_EQ(other.waitExit(), 3);
+    EXPECT_NE(other.errors.find("a link to the live page cannot be written here: No such file"),
+              std::string::npos)
+        << other.errors;
+}
+
+TEST(PanelwallWebProgram, APortInUseIsNamed) {
     const Folder folder;
     const auto first =
         folder.write("one.json", documentText({deviceText("127.0.71.32", 2, {{1, 1, 1}})}));
     const auto second =
         folder.write("two.json", documentText({deviceText("127.0.71.33", 2, {{1, 1, 1}})}));
     Child wall({PANELWALL_PROGRAM, first, "--web", "0"});
-    ASSERT_TRUE(wall.waitFor("live page: "));
-    ASSERT_TRUE(wall.waitFor("/\n", wall.out.find("live page")));
-    const std::string port = std::to_string(portIn(wall.out));
+    const std::string port = std::to_string(addressOf(wall).port);
     Child other({PANELWALL_PROGRAM, second, "--web", port});
     EXPECT_EQ(other.waitExit(), 8);
-    EXPECT_NE(other.errors.find("port " + port + " is in use by panelwall, process " +
-                                std::to_string(wall.pid())),
-              std::string::npos)
+    EXPECT_NE(other.errors.find("port " + port + " is in use; "), std::string::npos)
         << other.errors;
 }
 
@@ -97,8 +137,9 @@ TEST(PanelwallWebProgram, ServesAReplayAndStaysAfterItsEnd) {
     }
     Child wall({PANELWALL_PROGRAM, "--replay", recording, "--web", "0"});
     ASSERT_TRUE(wall.waitFor("1/1 lit")); // a second after the recording's end
-    HttpClient reader(portIn(wall.out));
-    reader.send("GET /events HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n");
+    const Address page = addressOf(wall);
+    HttpClient reader(page.port);
+    beginReading(reader, page);
     EXPECT_TRUE(reader.waitFor("\"sent\":\"0a141e\""));
     EXPECT_NE(reader.answer.find("The recording has a pause here, or has been played to its end."),
               std::string::npos);
@@ -111,9 +152,9 @@ TEST(PanelwallWebProgram, OnAllAddressesNamesOneToGoTo) {
     const auto config =
         folder.write("wall.json", documentText({deviceText("127.0.71.36", 2, {{1, 1, 1}})}));
     Child wall({PANELWALL_PROGRAM, config, "--web", "0", "--web-address", "0.0.0.0"});
-    ASSERT_TRUE(wall.waitFor("live page: http://127.0.0.1:"));
-    ASSERT_TRUE(wall.waitFor("/\n", wall.out.find("live page")));
-    EXPECT_EQ(statusOf(get(portIn(wall.out), "/")), 200);
+    const Address page = addressOf(wall);
+    EXPECT_EQ(statusOf(get(page.port, page.root)), 200);
+    EXPECT_EQ(statusOf(get(page.port, "/")), 404);
     wall.signal(SIGINT);
     EXPECT_EQ(wall.waitExit(), 0);
 }

@@ -1,5 +1,5 @@
 // What there is to know about one panel, beside it.
-import { hex } from "/feed.js";
+import { hex } from "./feed.js";
 
 export function duration(time, unit) {
   const milliseconds = time * unit;

@@ -19,7 +19,7 @@ export function listen(on) {
   };
 
   const connect = () => {
-    source = new EventSource("/events");
+    source = new EventSource("events");
     source.onerror = again;
     for (const name of ["wall", "past", "now"]) {
       source.addEventListener(name, (event) => {

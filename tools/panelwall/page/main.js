@@ -1,10 +1,10 @@
 // The page: listens to the wall, and paints at most sixty times a second whatever comes.
-import { WallClock } from "/clock.js";
-import { age, Devices } from "/devices.js";
-import { Details, sentenceOf } from "/details.js";
-import { listen } from "/feed.js";
-import { Timeline } from "/timeline.js";
-import { Wall } from "/wall.js";
+import { WallClock } from "./clock.js";
+import { age, Devices } from "./devices.js";
+import { Details, sentenceOf } from "./details.js";
+import { listen } from "./feed.js";
+import { Timeline } from "./timeline.js";
+import { Wall } from "./wall.js";
 
 const frameTime = 1000 / 60;
 const numbersTime = 250; // numbers that change faster cannot be read
@@ -115,8 +115,8 @@ function showNumbers(now) {
     setState("gone", "Not connected");
     setNotice(
       "The wall does not answer.",
-      "Check that panelwall still runs, with --web and this port. What is shown here is old; the " +
-        "page goes on by itself as soon as the wall answers.",
+      "Check that panelwall still runs; after a new start, open the address that it prints. What is " +
+        "shown here is old; the page goes on by itself as soon as the wall answers.",
     );
     return;
   }
@@ -264,7 +264,7 @@ async function fetchPicture() {
   clearTimeout(pictureTimer);
   if (!document.hidden) {
     try {
-      const answer = await fetch("/screen.png");
+      const answer = await fetch("screen.png");
       if (!answer.ok) throw new Error((await answer.text()).trim());
       const [width, height] = answer.headers.get("X-Screen-Size").split("x").map(Number);
       const picture = await createImageBitmap(await answer.blob());

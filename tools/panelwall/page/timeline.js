@@ -1,6 +1,6 @@
 // The last minute: for each device a strip of the colours that its panels were sent, newest at the
 // right. Two colours taking turns show as stripes.
-import { readColours } from "/feed.js";
+import { readColours } from "./feed.js";
 
 const mostStrips = 24;
 const markHeight = 4;

@@ -1,5 +1,5 @@
 // The picture of the wall: the display's outline, every panel at its place, in its colour.
-import { readColours } from "/feed.js";
+import { readColours } from "./feed.js";
 
 // How far the view may reach beyond the display to hold panels that hang outside, as a share of it.
 const mostOutside = 0.5;

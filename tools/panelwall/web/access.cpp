@@ -1,44 +1,57 @@
 #include "tools/panelwall/web/access.h"
 
-#include <algorithm>
-#include <arpa/inet.h>
-#include <netinet/in.h>
+#include <cerrno>
+#include <regex>
+#include <sys/random.h>
+#include <system_error>
 
 namespace panelwall {
 
-static bool isPort(const std::string &text) {
-    return !text.empty() && text.size() <= 5 &&
-           std::all_of(text.begin(), text.end(), [](char c) { return c >= '0' && c <= '9'; });
+std::string makeToken() {
+    static const char digits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_";
+    unsigned char random[22];
+    if (getentropy(random, sizeof random) != 0)
+        throw std::system_error(errno, std::generic_category(), "getentropy");
+    std::string token;
+    for (const unsigned char byte : random)
+        token += digits[byte % 64];
+    return token;
 }
 
-bool namesAnAddress(const std::string &host) {
-    std::string name = host;
-    const auto bracket = host.find(']');
-    const auto colon = host.find(':', bracket == std::string::npos ? 0 : bracket);
-    if (colon != std::string::npos) {
-        if (!isPort(host.substr(colon + 1)))
-            return false;
-        name = host.substr(0, colon);
-    }
-    in_addr four;
-    in6_addr six;
-    if (name.size() > 2 && name.front() == '[' && name.back() == ']')
-        return inet_pton(AF_INET6, name.substr(1, name.size() - 2).c_str(), &six) == 1;
-    return name == "localhost" || inet_pton(AF_INET, name.c_str(), &four) == 1;
+// Looks at as many characters wherever the first wrong one is.
+static bool startsWith(const std::string &path, const std::string &start) {
+    if (path.size() < start.size())
+        return false;
+    int difference = 0;
+    for (std::size_t i = 0; i < start.size(); ++i)
+        difference |= path[i] ^ start[i];
+    return difference == 0;
 }
 
-Refusal judge(const RequestFacts &facts) {
-    if (facts.method != "GET")
+// An address or "localhost", with a port or without one: names that no other site can point here.
+static bool isAddress(const std::string &host) {
+    static const std::regex address(
+        R"((localhost|\d{1,3}(\.\d{1,3}){3}|\[[0-9A-Fa-f:]{2,39}\])(:\d{1,5})?)");
+    return std::regex_match(host, address);
+}
+
+Refusal judge(const httplib::Request &request, const std::string &token) {
+    const std::string root = "/" + token + "/";
+    if (!startsWith(request.path, root))
+        return {404, "Open the whole address that panelwall has printed."};
+    if (request.method != "GET")
         return {405, "The wall only answers GET: nothing can be changed from here."};
-    if (!namesAnAddress(facts.host))
+    const std::string host = request.get_header_value("Host");
+    if (request.get_header_value_count("Host") != 1 || !isAddress(host))
         return {421, "Ask for the wall by its address, as panelwall printed it, not by a name."};
-    if (!facts.origin.empty() && facts.origin != "http://" + facts.host)
-        return {403, "The wall does not answer pages of other sites."};
+    const std::string origin = request.get_header_value("Origin");
+    const std::string site = request.get_header_value("Sec-Fetch-Site");
     // Following a link to the page is fine; its parts are for the page itself.
-    const bool opensPage =
-        facts.path == "/" && facts.fetchMode == "navigate" && facts.fetchDestination == "document";
-    if (!facts.fetchSite.empty() && facts.fetchSite != "same-origin" && facts.fetchSite != "none" &&
-        !opensPage)
+    const bool opensPage = request.path == root &&
+                           request.get_header_value("Sec-Fetch-Mode") == "navigate" &&
+                           request.get_header_value("Sec-Fetch-Dest") == "document";
+    if ((!origin.empty() && origin != "http://" + host) ||
+        (!site.empty() && site != "same-origin" && site != "none" && !opensPage))
         return {403, "The wall does not answer pages of other sites."};
     return {};
 }

@@ -1,37 +1,29 @@
 // Who may ask the page's server for what.
 //
-// The server has no password. Three things stand between a stranger and the wall: the server
-// listens on this machine only unless told otherwise; a request must name the server by an address,
-// so that a foreign page cannot reach it under a name of its own that it points here; and a request
-// that a browser sends on behalf of another site's page is refused.
+// The address of the page holds a random token; who does not know it is told nothing. What else is
+// refused would only matter if an address became known, as on a shared screen: requests under a
+// host name that another site has pointed here, and requests that a browser makes for another
+// site's page.
 //
-// Pure functions, callable from any thread.
+// Functions without state, callable from any thread.
 #pragma once
 
+#include <httplib.h>
 #include <string>
 
 namespace panelwall {
 
-// What a request says of itself; empty where it says nothing.
-struct RequestFacts {
-    std::string method;
-    std::string path;
-    std::string host;
-    std::string origin;
-    std::string fetchSite;        // Sec-Fetch-Site
-    std::string fetchMode;        // Sec-Fetch-Mode
-    std::string fetchDestination; // Sec-Fetch-Dest
-};
+// 132 random bits from the kernel, in characters that a URL may hold. Throws std::system_error when
+// there are none.
+std::string makeToken();
 
 struct Refusal {
     int status = 0; // HTTP status; 0: the request may pass
-    std::string reason;
+    const char *reason = "";
 };
 
-Refusal judge(const RequestFacts &facts);
-
-// Whether a Host header's value is an address of either family or "localhost", with or without a
-// port.
-bool namesAnAddress(const std::string &host);
+// Everything lies below "/TOKEN/". A path that does not is refused before anything else is looked
+// at, and in a time that tells nothing about the token.
+Refusal judge(const httplib::Request &request, const std::string &token);
 
 } // namespace panelwall

@@ -1,48 +1,91 @@
-// One accepted connection, as the HTTP library reads and writes it, with limits on both.
+// One accepted connection, as the HTTP library reads and writes it. The library bounds neither how
+// many lines a request has and how long they are, nor the time that they take together; this does.
 #pragma once
 
+#include <algorithm>
+#include <cerrno>
 #include <chrono>
-#include <cstddef>
+#include <fcntl.h>
 #include <httplib.h>
-#include <string>
+#include <poll.h>
 
 namespace panelwall {
 
-// Gives a client so long to send its whole request and so many bytes for it, and then so long to
-// take each part of the answer; beyond that, reading and writing fail and the library gives up.
-// Owns the descriptor. Used by the connection's thread; only shutDown() may come from another.
+// One thread.
 class Connection : public httplib::Stream {
 public:
-    static constexpr std::chrono::seconds requestTime{5};
+    static constexpr std::chrono::seconds requestTime{5}; // for the whole request
     static constexpr std::size_t largestRequest = 16384;
-    static constexpr std::chrono::seconds writeTime{5};
+    static constexpr std::chrono::seconds writeTime{5}; // for each part of the answer
 
-    explicit Connection(int descriptor);
-    ~Connection() override;
+    // Owns the first descriptor. Nothing waits any more once the other one is readable.
+    Connection(int descriptor, int stop_) : fd(descriptor), stop(stop_) {
+        fcntl(fd, F_SETFD, FD_CLOEXEC);
+        fcntl(fd, F_SETFL, O_NONBLOCK);
+        const int yes = 1;
+        setsockopt(fd, IPPROTO_TCP, TCP_NODELAY, &yes, sizeof yes);
+    }
+    ~Connection() override { close(fd); }
     Connection(const Connection &) = delete;
     Connection &operator=(const Connection &) = delete;
 
-    bool is_readable() const override;
-    bool is_writable() const override;
-    ssize_t read(char *bytes, std::size_t size) override;
-    ssize_t write(const char *bytes, std::size_t size) override;
-    void get_remote_ip_and_port(std::string &ip, int &port) const override;
-    void get_local_ip_and_port(std::string &ip, int &port) const override;
-    socket_t socket() const override { return fd; }
+    bool is_readable() const override { return received < largestRequest; }
+    bool is_writable() const override { return wait(POLLOUT, Clock::now() + writeTime); }
+
+    ssize_t read(char *bytes, std::size_t size) override {
+        const std::size_t most = std::min(size, largestRequest - received);
+        ssize_t taken = -1;
+        while (most > 0 && (taken = recv(fd, bytes, most, 0)) < 0 && errno == EAGAIN)
+            if (!wait(POLLIN, requestEnd))
+                break;
+        if (taken > 0)
+            received += static_cast<std::size_t>(taken);
+        return taken;
+    }
+
+    ssize_t write(const char *bytes, std::size_t size) override {
+        std::size_t sent = 0;
+        const auto deadline = Clock::now() + writeTime;
+        while (sent < size) {
+            const ssize_t part = send(fd, bytes + sent, size - sent, 0);
+            if (part >= 0)
+                sent += static_cast<std::size_t>(part);
+            else if (errno != EAGAIN || !wait(POLLOUT, deadline))
+                return -1;
+        }
+        return static_cast<ssize_t>(sent);
+    }
 
     // Ends sending and reads on for a moment, so that a client that is still sending gets to see
     // the answer instead of a reset connection.
-    void finish();
+    void finish() {
+        shutdown(fd, SHUT_WR);
+        const auto deadline = Clock::now() + std::chrono::milliseconds(500);
+        char scrap[4096];
+        for (int reads = 0; reads < 64 && wait(POLLIN, deadline); ++reads)
+            if (recv(fd, scrap, sizeof scrap, 0) <= 0)
+                return;
+    }
 
-    // Makes every read and write fail from now on.
-    void shutDown();
+    // Nobody asks for these.
+    void get_remote_ip_and_port(std::string &, int &) const override {}
+    void get_local_ip_and_port(std::string &, int &) const override {}
+    socket_t socket() const override { return fd; }
 
 private:
-    // Waits for `events`; false when the deadline passes or the connection is shut down.
-    bool wait(short events, std::chrono::steady_clock::time_point deadline) const;
+    using Clock = std::chrono::steady_clock;
 
-    int fd;
-    std::chrono::steady_clock::time_point requestEnd;
+    // False when the deadline passes, or nothing shall wait any more.
+    bool wait(short events, Clock::time_point deadline) const {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
+        pollfd waiting[2] = {{fd, events, 0}, {stop, POLLIN, 0}};
+        return left.count() > 0 && poll(waiting, 2, static_cast<int>(left.count())) > 0 &&
+               waiting[1].revents == 0;
+    }
+
+    const int fd;
+    const int stop;
+    const Clock::time_point requestEnd = Clock::now() + requestTime;
     std::size_t received = 0;
 };
 

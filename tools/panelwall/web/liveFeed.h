@@ -5,10 +5,10 @@
 
 #include <atomic>
 #include <condition_variable>
-#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <string>
+#include <unistd.h>
 
 namespace panelwall {
 
@@ -18,59 +18,91 @@ class LiveFeed {
 public:
     using Text = std::shared_ptr<const std::string>;
 
-    // Throws std::system_error when no pipe can be made.
-    LiveFeed() = default;
-    LiveFeed(const LiveFeed &) = delete;
-    LiveFeed &operator=(const LiveFeed &) = delete;
-
     // For the wall's thread.
 
     // Readable while a new reader waits for its greeting.
     int fd() const { return newcomers.readEnd(); }
 
     // Whether readers have come since the last call; they wait for greet().
-    bool takeNewcomers();
-
-    bool hasReaders() const { return readerCount > 0; }
+    bool takeNewcomers() {
+        char scrap[256];
+        bool any = false;
+        while (read(newcomers.readEnd(), scrap, sizeof scrap) > 0)
+            any = true;
+        return any;
+    }
 
     // All that a newcomer must know, the present state included. Others do not see it.
-    void greet(std::string text);
+    void greet(std::string text) { tell(greeting, std::move(text)); }
 
     // The state of now, for readers that were greeted.
-    void publish(std::string text);
+    void publish(std::string text) { tell(state, std::move(text)); }
 
-    // For any thread: no reader waits any more.
-    void close();
+    // For any thread.
+
+    int readers() const { return readerCount; }
+
+    // No reader waits any more.
+    void close() {
+        const std::lock_guard lock(mutex);
+        closed = true;
+        changed.notify_all();
+    }
 
     // For a connection's thread; lives while the connection does.
     class Reader {
     public:
-        explicit Reader(LiveFeed &feed);
-        ~Reader();
+        explicit Reader(LiveFeed &feed_) : feed(feed_) {
+            ++feed.readerCount;
+            {
+                const std::lock_guard lock(feed.mutex);
+                seen = feed.greeting.number;
+            }
+            // A full pipe wakes the wall just as well.
+            [[maybe_unused]] const ssize_t written = write(feed.newcomers.writeEnd(), "", 1);
+        }
+        ~Reader() { --feed.readerCount; }
         Reader(const Reader &) = delete;
         Reader &operator=(const Reader &) = delete;
 
         // Waits for the greeting the first time, later for a state newer than the last. Null once
         // the feed is closed.
-        Text next();
+        Text next() {
+            std::unique_lock lock(feed.mutex);
+            const News &news = greeted ? feed.state : feed.greeting;
+            feed.changed.wait(lock, [&] { return feed.closed || news.number != seen; });
+            greeted = true;
+            seen = feed.state.number;
+            return feed.closed ? nullptr : news.text;
+        }
 
     private:
         LiveFeed &feed;
         bool greeted = false;
-        std::uint64_t seen = 0; // number of greetings, or once greeted of states
+        unsigned long seen = 0; // the last greeting before it came, or once greeted state
     };
 
 private:
+    struct News {
+        Text text;
+        unsigned long number = 0;
+    };
+
+    void tell(News &news, std::string text) {
+        const auto shared = std::make_shared<const std::string>(std::move(text));
+        const std::lock_guard lock(mutex);
+        news = {shared, news.number + 1};
+        changed.notify_all();
+    }
+
     Pipe newcomers;
     std::atomic<int> readerCount{0};
 
     std::mutex mutex;
     std::condition_variable changed;
     bool closed = false;
-    Text greeting;
-    std::uint64_t greetings = 0;
-    Text state;
-    std::uint64_t states = 0;
+    News greeting;
+    News state;
 };
 
 } // namespace panelwall

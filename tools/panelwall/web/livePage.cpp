@@ -1,6 +1,6 @@
 #include "tools/panelwall/web/livePage.h"
 
-#include "tools/panelwall/web/socketTable.h"
+#include "tools/panelwall/web/droppedDatagrams.h"
 
 #include <algorithm>
 
@@ -10,39 +10,35 @@ static constexpr std::chrono::milliseconds shortestPace{33};
 static constexpr std::chrono::seconds idlePace{1};
 static constexpr double bytesPerSecond = 4e6;
 
-LivePage::LivePage(std::uint32_t display, std::vector<int> theSockets)
-    : sockets(std::move(theSockets)), picture(display), server(feed, picture) {}
+LivePage::LivePage(std::uint32_t display, std::vector<int> sockets_)
+    : sockets(std::move(sockets_)), picture(display), server(feed, picture) {}
 
-Clock::duration LivePage::pace() const {
+Clock::time_point LivePage::due() const {
+    if (feed.readers() == 0)
+        return Clock::time_point::max();
     if (!changed)
-        return idlePace;
+        return lastShown + idlePace;
     const std::chrono::duration<double> bySize(static_cast<double>(lastSize) / bytesPerSecond);
-    return std::clamp<Clock::duration>(std::chrono::duration_cast<Clock::duration>(bySize),
+    return lastShown +
+           std::clamp<Clock::duration>(std::chrono::duration_cast<Clock::duration>(bySize),
                                        shortestPace, idlePace);
 }
 
-Clock::time_point LivePage::due() const {
-    return feed.hasReaders() ? lastShown + pace() : Clock::time_point::max();
-}
-
-void LivePage::countLost(Clock::time_point now) {
-    if (lostCounted && now - *lostCounted < idlePace)
-        return;
-    lost = droppedDatagrams(sockets);
-    lostCounted = now;
+std::string LivePage::state(const Wall &wall, Clock::time_point now) const {
+    std::vector<std::optional<std::uint64_t>> lost;
+    for (const int socket : sockets)
+        lost.push_back(droppedDatagrams(socket));
+    return nowEvent(wall, facts, lost, now);
 }
 
 void LivePage::show(const Wall &wall, Clock::time_point now) {
-    if (feed.takeNewcomers()) {
-        countLost(now);
-        feed.greet(wallEvent(wall, facts) + pastEvent(wall) + nowEvent(wall, facts, lost, now));
-    }
+    if (feed.takeNewcomers())
+        feed.greet(wallEvent(wall, facts) + pastEvent(wall) + state(wall, now));
     if (now < due())
         return;
-    countLost(now);
-    std::string state = nowEvent(wall, facts, lost, now);
-    lastSize = state.size();
-    feed.publish(std::move(state));
+    std::string text = state(wall, now);
+    lastSize = text.size();
+    feed.publish(std::move(text));
     lastShown = now;
     changed = false;
 }

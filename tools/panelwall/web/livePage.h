@@ -7,7 +7,6 @@
 #include "tools/panelwall/web/wallEvents.h"
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,14 +17,14 @@ class LivePage {
 public:
     // `display` is the mirrored one; `sockets` are the devices', in order, open as long as the
     // page.
-    LivePage(std::uint32_t display, std::vector<int> sockets);
+    LivePage(std::uint32_t display, std::vector<int> sockets_);
 
     // Begins to serve. What is wrong, in words, or nothing.
     std::string open(const std::string &address, int port) { return server.open(address, port); }
     std::string url() const { return server.url(); }
 
     // Before the first show(), once.
-    void describe(WallFacts theFacts) { facts = std::move(theFacts); }
+    void describe(WallFacts facts_) { facts = std::move(facts_); }
 
     // To poll for: readable when show() has something to do before due().
     int fd() const { return feed.fd(); }
@@ -39,16 +38,13 @@ public:
     void show(const Wall &wall, Clock::time_point now);
 
 private:
-    Clock::duration pace() const;
-    void countLost(Clock::time_point now);
+    std::string state(const Wall &wall, Clock::time_point now) const;
 
     const std::vector<int> sockets;
     LiveFeed feed;
     ScreenPicture picture;
     PageServer server; // last: its threads use the others
     WallFacts facts;
-    std::vector<std::optional<std::uint64_t>> lost;
-    std::optional<Clock::time_point> lostCounted;
     bool changed = false;
     Clock::time_point lastShown;
     std::size_t lastSize = 0; // bytes

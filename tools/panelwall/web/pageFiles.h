@@ -6,7 +6,7 @@
 namespace panelwall {
 
 struct PageFile {
-    std::string_view path; // as a browser asks for it
+    std::string_view path; // relative to the page; empty for the page itself
     std::string_view type;
     std::string_view content;
 };

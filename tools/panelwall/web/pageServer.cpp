@@ -3,19 +3,17 @@
 #include "tools/lights/loopbackAddress.h"
 #include "tools/panelwall/web/access.h"
 #include "tools/panelwall/web/connection.h"
-#include "tools/panelwall/web/listener.h"
 #include "tools/panelwall/web/pageFiles.h"
-#include "tools/panelwall/web/socketTable.h"
 
-#include <atomic>
+#include <cerrno>
 #include <csignal>
-#include <list>
-#include <thread>
+#include <cstring>
 #include <unistd.h>
 
 namespace panelwall {
 
-// Everything comes from here; nothing of it may be framed, read by other sites or kept.
+// Everything comes from here; nothing of it may be framed, read by other sites or kept, and no
+// other site may learn the address.
 static const httplib::Headers everyAnswer = {
     {"Content-Security-Policy",
      "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self'; connect-src 'self'; "
@@ -28,41 +26,6 @@ static const httplib::Headers everyAnswer = {
     {"Cache-Control", "no-store"},
 };
 
-class PageServer::Http : public httplib::Server {
-public:
-    Http(LiveFeed &theFeed, ScreenPicture &thePicture);
-    ~Http() override;
-
-    std::string open(const std::string &address, int port);
-    const std::string &name() const { return listener.name(); }
-
-    // A connection's thread.
-    void serve(Connection &connection);
-
-private:
-    struct Client {
-        std::unique_ptr<Connection> connection;
-        std::thread thread;
-        std::atomic<bool> done{false};
-    };
-
-    // The accepting thread.
-    void acceptAll();
-    void removeFinished();
-
-    // A connection's thread.
-    void answer(const httplib::Request &request, httplib::Response &response);
-    void answerEvents(httplib::Response &response);
-    void answerPicture(const httplib::Request &request, httplib::Response &response);
-
-    LiveFeed &feed;
-    ScreenPicture &picture;
-    Listener listener;
-    std::thread acceptor;
-    std::list<Client> clients; // the accepting thread's; the destructor's once that has ended
-    std::atomic<int> readers{0};
-};
-
 static void refuse(httplib::Response &response, int status, const std::string &reason) {
     response.status = status;
     if (status == 405)
@@ -70,9 +33,18 @@ static void refuse(httplib::Response &response, int status, const std::string &r
     response.set_content(reason + "\n", "text/plain; charset=utf-8");
 }
 
-PageServer::Http::Http(LiveFeed &theFeed, ScreenPicture &thePicture)
-    : feed(theFeed), picture(thePicture) {
+PageServer::PageServer(LiveFeed &feed_, ScreenPicture &picture_)
+    : feed(feed_), picture(picture_), token(makeToken()) {
     set_default_headers(everyAnswer);
+    // Not the library's choice, with which two programs could share a port. The connections of a
+    // wall that has just ended may linger; another wall may not.
+    set_socket_options([this](socket_t descriptor) {
+        const int yes = 1;
+        setsockopt(descriptor, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
+        listening = descriptor;
+    });
+    // One thread more than there are connections, to refuse others with.
+    new_task_queue = [] { return new httplib::ThreadPool(mostConnections + 1); };
     set_pre_routing_handler([this](const httplib::Request &request, httplib::Response &response) {
         answer(request, response);
         return HandlerResponse::Handled;
@@ -84,110 +56,101 @@ PageServer::Http::Http(LiveFeed &theFeed, ScreenPicture &thePicture)
         });
 }
 
-PageServer::Http::~Http() {
-    listener.stop();
+PageServer::~PageServer() {
+    [[maybe_unused]] const ssize_t written = write(stopping.writeEnd(), "", 1);
     feed.close();
-    if (acceptor.joinable())
-        acceptor.join();
-    svr_sock_ = INVALID_SOCKET;
-    for (Client &client : clients)
-        client.connection->shutDown();
-    for (Client &client : clients)
-        client.thread.join();
+    stop();
+    if (listener.joinable())
+        listener.join();
 }
 
-std::string PageServer::Http::open(const std::string &address, int port) {
-    std::string reason = listener.open(address, port);
-    if (!reason.empty())
-        return reason;
-    svr_sock_ = listener.fd(); // what the library takes for "running"
+static std::string nameOf(const std::string &address, int port) {
+    const bool six = address.find(':') != std::string::npos;
+    return (six ? "[" + address + "]" : address) + ":" + std::to_string(port);
+}
+
+static std::string describeFailure(int port, int error) {
+    const std::string name = "port " + std::to_string(port);
+    if (error == EADDRINUSE)
+        return name + " is in use; end the program that has it, or choose another port with --web "
+                      "PORT (0 takes any free one)";
+    if (error == EACCES)
+        return name + " is reserved for the system; choose one from 1024 on";
+    if (error == EADDRNOTAVAIL)
+        return "this machine has no such address; 127.0.0.1 is its own, 0.0.0.0 means all";
+    // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
+    return std::strerror(error);
+}
+
+std::string PageServer::open(const std::string &address, int port) {
+    const std::string failure = "the live page cannot be served at ";
+    if (!parseEndpoint(address, port))
+        return failure + address + ": write an address such as 127.0.0.1, ::1 or 0.0.0.0";
+    errno = 0;
+    const int bound = port == 0 ? bind_to_any_port(address, AI_NUMERICHOST)
+                      : bind_to_port(address, port, AI_NUMERICHOST) ? port
+                                                                    : -1;
+    if (bound < 0)
+        return failure + nameOf(address, port) + ": " + describeFailure(port, errno);
+    ::listen(listening, SOMAXCONN); // the library's queue is so short that a page may have to wait
+    // All addresses are no place to go to; the machine's own is one of them.
+    name = nameOf(address == "0.0.0.0" ? "127.0.0.1" : address == "::" ? "::1" : address, bound);
+
     sigset_t all;
     sigset_t before;
     sigfillset(&all);
     pthread_sigmask(SIG_SETMASK, &all, &before);
-    acceptor = std::thread([this] { acceptAll(); });
+    listener = std::thread([this] { listen_after_bind(); });
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
+    // Only what runs can be stopped.
+    while (!is_running())
+        std::this_thread::yield();
     return {};
 }
 
-void PageServer::Http::acceptAll() {
-    for (int fd = listener.accept(); fd >= 0; fd = listener.accept()) {
-        removeFinished();
-        if (clients.size() >= mostConnections) {
-            static const char busy[] = "HTTP/1.1 503 Service Unavailable\r\nConnection: close\r\n"
-                                       "Content-Type: text/plain\r\n\r\n"
-                                       "The wall serves as many connections as it can.\n";
-            [[maybe_unused]] const ssize_t written = write(fd, busy, sizeof busy - 1);
-            close(fd);
-            continue;
-        }
-        Client &client = clients.emplace_back();
-        client.connection = std::make_unique<Connection>(fd);
-        try {
-            client.thread = std::thread([this, &client] {
-                serve(*client.connection);
-                client.done = true;
-            });
-        } catch (const std::system_error &) { // no thread to be had; the client may come again
-            clients.pop_back();
-        }
-    }
+bool PageServer::process_and_close_socket(socket_t descriptor) {
+    serve(descriptor);
+    return true;
 }
 
-void PageServer::Http::removeFinished() {
-    for (auto client = clients.begin(); client != clients.end();) {
-        if (!client->done) {
-            ++client;
-            continue;
-        }
-        client->thread.join();
-        client = clients.erase(client);
-    }
-}
-
-// A part of a file is never served: many parts of one file would make an answer of any size.
-static void dropRanges(httplib::Request &request) {
-    request.ranges.clear();
-}
-
-void PageServer::Http::serve(Connection &connection) {
-    try {
+void PageServer::serve(int descriptor) {
+    Connection connection(descriptor, stopping.readEnd());
+    if (++connections > mostConnections) {
+        connection.httplib::Stream::write(
+            "HTTP/1.1 503 Service Unavailable\r\nConnection: close\r\nContent-Type: text/plain\r\n"
+            "\r\nThe wall serves as many connections as it can.\n");
+    } else {
         bool closed = false;
-        process_request(connection, true, closed, dropRanges);
-    } catch (...) { // out of memory; this connection ends, the wall goes on
+        // Many parts of one file would make an answer of any size, so there are no parts.
+        const auto dropRanges = [](httplib::Request &request) { request.ranges.clear(); };
+        try {
+            process_request(connection, true, closed, dropRanges);
+        } catch (...) { // out of memory; this connection ends, the wall goes on
+        }
+        connection.finish();
     }
-    connection.finish();
+    --connections;
 }
 
-void PageServer::Http::answer(const httplib::Request &request, httplib::Response &response) {
-    // Two answers to one question are no answer.
-    const bool oneHost = request.get_header_value_count("Host") == 1;
-    const Refusal refusal = judge(
-        {request.method, request.path, oneHost ? request.get_header_value("Host") : "",
-         request.get_header_value("Origin"), request.get_header_value("Sec-Fetch-Site"),
-         request.get_header_value("Sec-Fetch-Mode"), request.get_header_value("Sec-Fetch-Dest")});
+void PageServer::answer(const httplib::Request &request, httplib::Response &response) {
+    const Refusal refusal = judge(request, token);
     if (refusal.status != 0)
         return refuse(response, refusal.status, refusal.reason);
-    if (request.path == "/events")
+    const std::string path = request.path.substr(token.size() + 2);
+    if (path == "events")
         return answerEvents(response);
-    if (request.path == "/screen.png")
-        return answerPicture(request, response);
-    const PageFile *file = findPageFile(request.path);
+    if (path == "screen.png")
+        return answerPicture(response);
+    const PageFile *file = findPageFile(path);
     if (file == nullptr)
         return refuse(response, 404, "The wall has no such page.");
     response.set_content(file->content.data(), file->content.size(), std::string(file->type));
 }
 
-void PageServer::Http::answerEvents(httplib::Response &response) {
-    if (++readers > mostReaders) {
-        --readers;
+void PageServer::answerEvents(httplib::Response &response) {
+    const auto reader = std::make_shared<LiveFeed::Reader>(feed);
+    if (feed.readers() > mostReaders)
         return refuse(response, 503, "As many pages show this wall as it serves; close one.");
-    }
-    const auto reader = std::shared_ptr<LiveFeed::Reader>(new LiveFeed::Reader(feed),
-                                                          [this](LiveFeed::Reader *ended) {
-                                                              delete ended;
-                                                              --readers;
-                                                          });
     response.set_chunked_content_provider("text/event-stream",
                                           [reader](std::size_t, httplib::DataSink &sink) {
                                               const LiveFeed::Text text = reader->next();
@@ -195,29 +158,7 @@ void PageServer::Http::answerEvents(httplib::Response &response) {
                                           });
 }
 
-static bool isLoopback(const sockaddr_storage &address) {
-    const in6_addr six = sixOf(address);
-    return IN6_IS_ADDR_LOOPBACK(&six) || (IN6_IS_ADDR_V4MAPPED(&six) && six.s6_addr[12] == 127);
-}
-
-// Where the system does not tell whose a connection is, being on this machine has to do.
-static bool maySeeScreen(const httplib::Request &request) {
-    const auto peer = parseEndpoint(request.remote_addr, request.remote_port);
-    const auto own = parseEndpoint(request.local_addr, request.local_port);
-    if (!peer || !own || !isLoopback(peer->address))
-        return false;
-    const auto sockets = systemSockets("tcp");
-    if (!sockets)
-        return true;
-    const auto user = connectionUser(*sockets, peer->address, own->address);
-    return user && (*user == geteuid() || *user == 0);
-}
-
-void PageServer::Http::answerPicture(const httplib::Request &request, httplib::Response &response) {
-    if (!maySeeScreen(request))
-        return refuse(response, 403,
-                      "The screen's picture is only shown on this machine, to the user who runs "
-                      "panelwall.");
+void PageServer::answerPicture(httplib::Response &response) {
     const auto shot = picture.take();
     if (!shot)
         return refuse(
@@ -227,24 +168,6 @@ void PageServer::Http::answerPicture(const httplib::Request &request, httplib::R
     response.set_header("X-Screen-Size",
                         std::to_string(shot->width) + "x" + std::to_string(shot->height));
     response.set_content(shot->png.data(), shot->png.size(), "image/png");
-}
-
-PageServer::PageServer(LiveFeed &feed, ScreenPicture &picture)
-    : http(std::make_unique<Http>(feed, picture)) {}
-
-PageServer::~PageServer() = default;
-
-std::string PageServer::open(const std::string &address, int port) {
-    return http->open(address, port);
-}
-
-void PageServer::serve(int descriptor) {
-    Connection connection(descriptor);
-    http->serve(connection);
-}
-
-std::string PageServer::url() const {
-    return "http://" + http->name() + "/";
 }
 
 } // namespace panelwall

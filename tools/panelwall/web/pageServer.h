@@ -1,46 +1,59 @@
 // The live page's HTTP server.
 #pragma once
 
+#include "tools/panelwall/pipe.h"
 #include "tools/panelwall/web/liveFeed.h"
 #include "tools/panelwall/web/screenPicture.h"
 
-#include <memory>
+#include <atomic>
+#include <httplib.h>
 #include <string>
+#include <thread>
 
 namespace panelwall {
 
-// Serves the page's files, the feed as server-sent events (/events) and the screen's picture
-// (/screen.png), to GET requests that access.h lets pass. The picture only goes to this machine,
-// and only to the user whose wall it is, as the screen itself would.
+// Serves the page's files, the feed as server-sent events ("events") and the screen's picture
+// ("screen.png"), all of them below a path with a random token, to requests that access.h lets
+// pass.
 //
-// One thread accepts, each connection has a thread of its own, all of them with every signal
-// blocked. Connections beyond the limits are told so and closed. Whatever clients send or fail to
-// take, the thread that owns the server is never held up.
-class PageServer {
+// The library's threads accept and answer, all of them with every signal blocked. Connections
+// beyond the limits are told so and closed. Whatever clients send or fail to take, the thread that
+// owns the server is never held up.
+class PageServer : private httplib::Server {
 public:
-    static constexpr std::size_t mostConnections = 32;
+    static constexpr int mostConnections = 32;
     static constexpr int mostReaders = 12; // of the feed
 
-    // Both must outlive the server.
-    PageServer(LiveFeed &feed, ScreenPicture &picture);
-    ~PageServer(); // closes the feed and every connection
-    PageServer(const PageServer &) = delete;
-    PageServer &operator=(const PageServer &) = delete;
+    // Both must outlive the server. Throws std::system_error when the system has no pipe or no
+    // random numbers to give.
+    PageServer(LiveFeed &feed_, ScreenPicture &picture_);
+    ~PageServer() override; // closes the feed and every connection
 
     // Begins to listen at an address (IPv4 or IPv6, as text) and port (0: any free one). Returns
     // what is wrong, in words, or nothing when it listens. Called once.
     std::string open(const std::string &address, int port);
 
-    // Answers one connection on the calling thread, and closes it. What the connections' own
-    // threads do.
+    // What to type into a browser, with the token; a slash is its last character.
+    std::string url() const { return "http://" + name + "/" + token + "/"; }
+
+    // Answers one connection on the calling thread, and closes it. What the library's threads do.
     void serve(int descriptor);
 
-    // What to type into a browser.
-    std::string url() const;
-
 private:
-    class Http;
-    std::unique_ptr<Http> http;
+    // A thread of the library's.
+    bool process_and_close_socket(socket_t descriptor) override;
+    void answer(const httplib::Request &request, httplib::Response &response);
+    void answerEvents(httplib::Response &response);
+    void answerPicture(httplib::Response &response);
+
+    LiveFeed &feed;
+    ScreenPicture &picture;
+    const std::string token;
+    std::string name;        // "127.0.0.1:8060" or "[::1]:8060"
+    socket_t listening = -1; // the library's
+    Pipe stopping;
+    std::atomic<int> connections{0};
+    std::thread listener;
 };
 
 } // namespace panelwall

@@ -21,7 +21,7 @@ class ScreenPicture {
 public:
     static constexpr std::chrono::milliseconds leastAge{400};
 
-    explicit ScreenPicture(std::uint32_t theDisplay) : display(theDisplay) {}
+    explicit ScreenPicture(std::uint32_t display_) : display(display_) {}
 
     // Null when the display cannot be seen from here.
     std::shared_ptr<const ScreenShot> take();

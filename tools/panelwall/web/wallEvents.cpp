@@ -6,6 +6,8 @@
 #include <cmath>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
+#include <string_view>
+#include <type_traits>
 
 namespace panelwall {
 
@@ -13,20 +15,45 @@ namespace {
 
 const char recordingAdvice[] = "The recording has a pause here, or has been played to its end.";
 
-using Json = rapidjson::Writer<rapidjson::StringBuffer>;
-
 // Larger numbers help nobody, and JSON knows no infinity.
 constexpr double largestLength = 1e9;
 
-void string(Json &json, const char *key, const std::string &value) {
-    json.Key(key);
-    json.String(value.data(), static_cast<rapidjson::SizeType>(value.size()));
+using Json = rapidjson::Writer<rapidjson::StringBuffer>;
+
+// A value of JSON; fractions have one decimal.
+template <typename Value> void write(Json &json, const Value &value) {
+    if constexpr (std::is_same_v<Value, bool>)
+        json.Bool(value);
+    else if constexpr (std::is_floating_point_v<Value>)
+        json.Double(std::round(value * 10) / 10);
+    else if constexpr (std::is_unsigned_v<Value>)
+        json.Uint64(value);
+    else if constexpr (std::is_integral_v<Value>)
+        json.Int64(value);
+    else {
+        const std::string_view text(value);
+        json.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+    }
 }
 
-// With one decimal.
-void number(Json &json, const char *key, double value) {
+template <typename Value> void write(Json &json, const char *key, const Value &value) {
     json.Key(key);
-    json.Double(std::round(value * 10) / 10);
+    write(json, value);
+}
+
+// An array of what `writeOne` makes of each element.
+template <typename Range, typename WriteOne>
+void writeList(Json &json, const Range &range, WriteOne writeOne) {
+    json.StartArray();
+    for (const auto &element : range)
+        writeOne(element);
+    json.EndArray();
+}
+
+template <typename Range, typename WriteOne>
+void writeList(Json &json, const char *key, const Range &range, WriteOne writeOne) {
+    json.Key(key);
+    writeList(json, range, writeOne);
 }
 
 // Whole milliseconds of the wall's clock, the same in every event that tells of one moment.
@@ -51,9 +78,13 @@ void append(std::string &text, const std::optional<Colour> &colour) {
     }
 }
 
-std::string event(const char *name, const rapidjson::StringBuffer &data) {
+// An event whose data `writeData` writes.
+template <typename WriteData> std::string event(const char *name, WriteData writeData) {
+    rapidjson::StringBuffer buffer;
+    Json json(buffer);
+    writeData(json);
     return std::string("event: ") + name +
-           "\ndata: " + std::string(data.GetString(), data.GetSize()) + "\n\n";
+           "\ndata: " + std::string(buffer.GetString(), buffer.GetSize()) + "\n\n";
 }
 
 const char *nameOf(SizeSource source) {
@@ -69,154 +100,116 @@ const char *nameOf(SizeSource source) {
 }
 
 void writeDevice(Json &json, const WallDevice &device) {
+    const double side = device.panels.empty() ? 0 : 2 * device.panels[0].halfSide;
     json.StartObject();
-    string(json, "ip", device.ip);
-    json.Key("port");
-    json.Int(device.port);
-    string(json, "layout", device.layout == Layout::narrow ? "narrow" : "wide");
-    json.Key("side");
-    json.Double(device.panels.empty() ? 0.0
-                                      : std::min(2 * device.panels[0].halfSide, largestLength));
-    json.Key("panels");
-    json.StartArray();
-    for (const WallPanel &panel : device.panels) {
+    write(json, "ip", device.ip);
+    write(json, "port", device.port);
+    write(json, "layout", device.layout == Layout::narrow ? "narrow" : "wide");
+    write(json, "side", std::min(side, largestLength));
+    writeList(json, "panels", device.panels, [&](const WallPanel &panel) {
         json.StartArray();
         json.Int(panel.panelID);
         json.Int(panel.centreX);
         json.Int(panel.centreY);
         json.EndArray();
-    }
-    json.EndArray();
-    json.Key("rows");
-    json.StartArray();
-    if (device.history)
-        for (const std::size_t panel : device.history->rowPanels())
-            json.Uint64(panel);
-    json.EndArray();
+    });
+    writeList(json, "rows",
+              device.history ? device.history->rowPanels() : std::vector<std::size_t>(),
+              [&](std::size_t panel) { json.Uint64(panel); });
     json.EndObject();
 }
 
 void writeState(Json &json, const WallDevice &device, const std::optional<std::uint64_t> &lost,
                 Clock::time_point now) {
     json.StartObject();
-    json.Key("total");
-    json.Uint64(device.datagrams);
-    json.Key("rate");
-    json.Uint64(device.rate.perSecond(now));
+    write(json, "total", device.datagrams);
+    write(json, "rate", device.rate.perSecond(now));
     if (const auto interval = device.arrivals.interval())
-        number(json, "interval", *interval);
+        write(json, "interval", *interval);
     if (const auto jitter = device.arrivals.jitter())
-        number(json, "jitter", *jitter);
-    json.Key("gaps");
-    json.Uint64(device.arrivals.gaps());
-    if (lost) {
-        json.Key("lost");
-        json.Uint64(*lost);
-    }
-    json.Key("malformed");
-    json.Uint64(device.malformed);
+        write(json, "jitter", *jitter);
+    write(json, "gaps", device.arrivals.gaps());
+    if (lost)
+        write(json, "lost", *lost);
+    write(json, "malformed", device.malformed);
     if (device.malformed > 0)
-        string(json, "reason", device.lastMalformed);
+        write(json, "reason", device.lastMalformed);
     if (device.lastArrival)
-        number(json, "age", millisecondsOf(now - *device.lastArrival));
+        write(json, "age", millisecondsOf(now - *device.lastArrival));
     std::string sent;
     std::string shown;
     for (const WallPanel &panel : device.panels) {
         append(sent, panel.colour);
         append(shown, panel.shownAt(now));
     }
-    string(json, "sent", sent);
-    string(json, "shown", shown);
-    json.Key("left");
-    json.StartArray();
-    for (const WallPanel &panel : device.panels)
+    write(json, "sent", sent);
+    write(json, "shown", shown);
+    writeList(json, "left", device.panels, [&](const WallPanel &panel) {
         json.Int64(timeOf(now + panel.transition.left(now)) - timeOf(now));
-    json.EndArray();
-    json.Key("times");
-    json.StartArray();
-    for (const WallPanel &panel : device.panels)
-        json.Uint(panel.transitionTime);
-    json.EndArray();
+    });
+    writeList(json, "times", device.panels,
+              [&](const WallPanel &panel) { json.Uint(panel.transitionTime); });
     json.EndObject();
 }
 
 } // namespace
 
 std::string wallEvent(const Wall &wall, const WallFacts &facts) {
-    rapidjson::StringBuffer buffer;
-    Json json(buffer);
-    json.StartObject();
-    string(json, "config", facts.config);
-    string(json, "mode", modeName(facts.mode));
-    json.Key("recording");
-    json.Bool(facts.isRecording);
-    json.Key("steady"); // whether the mode sends in a steady rhythm, so that gaps mean something
-    json.Bool(facts.mode == 0);
-    json.Key("width");
-    json.Int(facts.screen.width);
-    json.Key("height");
-    json.Int(facts.screen.height);
-    string(json, "sizeFrom", nameOf(facts.sizeSource));
-    json.Key("unit");
-    json.Int64(facts.transitionUnit.count());
-    json.Key("slotLength");
-    json.Int64(ColourHistory::slotLength.count());
-    json.Key("slotCount");
-    json.Int64(ColourHistory::slotCount);
-    string(json, "advice", facts.isRecording ? recordingAdvice : adviseOnSilence(facts.mode));
-    json.Key("tellingSilence");
-    json.Int64(std::chrono::milliseconds(tellingSilence).count());
-    json.Key("devices");
-    json.StartArray();
-    for (const WallDevice &device : wall.devices())
-        writeDevice(json, device);
-    json.EndArray();
-    json.EndObject();
-    return event("wall", buffer);
+    return event("wall", [&](Json &json) {
+        json.StartObject();
+        write(json, "config", facts.config);
+        write(json, "mode", modeName(facts.mode));
+        write(json, "recording", facts.isRecording);
+        // Whether the mode sends in a steady rhythm, so that gaps mean something.
+        write(json, "steady", facts.mode == 0);
+        write(json, "width", facts.screen.width);
+        write(json, "height", facts.screen.height);
+        write(json, "sizeFrom", nameOf(facts.sizeSource));
+        write(json, "unit", facts.transitionUnit.count());
+        write(json, "slotLength", ColourHistory::slotLength.count());
+        write(json, "slotCount", ColourHistory::slotCount);
+        write(json, "advice", facts.isRecording ? recordingAdvice : adviseOnSilence(facts.mode));
+        write(json, "tellingSilence", std::chrono::milliseconds(tellingSilence).count());
+        writeList(json, "devices", wall.devices(),
+                  [&](const WallDevice &device) { writeDevice(json, device); });
+        json.EndObject();
+    });
 }
 
 std::string pastEvent(const Wall &wall) {
-    rapidjson::StringBuffer buffer;
-    Json json(buffer);
-    json.StartArray();
-    std::string colours;
-    for (const WallDevice &device : wall.devices()) {
-        json.StartArray();
-        if (device.history) {
-            for (const ColourHistory::Entry &entry : device.history->entries()) {
-                colours.clear();
-                for (const auto &colour : entry.rows)
-                    append(colours, colour);
-                json.Int64(entry.slot);
-                json.String(colours.data(), static_cast<rapidjson::SizeType>(colours.size()));
+    return event("past", [&](Json &json) {
+        writeList(json, wall.devices(), [&](const WallDevice &device) {
+            json.StartArray();
+            if (device.history) {
+                for (const ColourHistory::Entry &entry : device.history->entries()) {
+                    std::string colours;
+                    for (const auto &colour : entry.rows)
+                        append(colours, colour);
+                    write(json, entry.slot);
+                    write(json, colours);
+                }
             }
-        }
-        json.EndArray();
-    }
-    json.EndArray();
-    return event("past", buffer);
+            json.EndArray();
+        });
+    });
 }
 
 std::string nowEvent(const Wall &wall, const WallFacts &facts,
                      const std::vector<std::optional<std::uint64_t>> &lost, Clock::time_point now) {
-    rapidjson::StringBuffer buffer;
-    Json json(buffer);
-    json.StartObject();
-    json.Key("time");
-    json.Int64(timeOf(now));
-    json.Key("slot");
-    json.Int64(ColourHistory::slotOf(now));
-    number(json, "silence", millisecondsOf(now - wall.lastArrival().value_or(facts.start)));
-    string(json, "warning", describeFlashes(wall, now));
-    json.Key("heard");
-    json.Bool(wall.lastArrival().has_value());
-    json.Key("devices");
-    json.StartArray();
-    for (std::size_t i = 0; i < wall.devices().size(); ++i)
-        writeState(json, wall.devices()[i], i < lost.size() ? lost[i] : std::nullopt, now);
-    json.EndArray();
-    json.EndObject();
-    return event("now", buffer);
+    return event("now", [&](Json &json) {
+        json.StartObject();
+        write(json, "time", timeOf(now));
+        write(json, "slot", ColourHistory::slotOf(now));
+        write(json, "silence", millisecondsOf(now - wall.lastArrival().value_or(facts.start)));
+        write(json, "warning", describeFlashes(wall, now));
+        write(json, "heard", wall.lastArrival().has_value());
+        std::size_t i = 0;
+        writeList(json, "devices", wall.devices(), [&](const WallDevice &device) {
+            writeState(json, device, i < lost.size() ? lost[i] : std::nullopt, now);
+            ++i;
+        });
+        json.EndObject();
+    });
 }
 
 } // namespace panelwall

@@ -59,8 +59,8 @@ bool HttpClient::waitFor(const std::string &text) {
     return true;
 }
 
-bool HttpClient::waitEnd() {
-    const auto deadline = SteadyClock::now() + patience;
+bool HttpClient::waitEnd(std::chrono::milliseconds limit) {
+    const auto deadline = SteadyClock::now() + limit;
     bool ended = false;
     while (readMore(deadline, ended)) {
     }

@@ -20,8 +20,8 @@ public:
     // Reads until the answer holds `text`; false when it ends or half a minute passes before.
     bool waitFor(const std::string &text);
 
-    // Reads to the end of the answer, at most half a minute; false when that passes before.
-    bool waitEnd();
+    // Reads to the end of the answer; false when this much time passes before.
+    bool waitEnd(std::chrono::milliseconds limit = std::chrono::seconds(30));
 
     std::string answer;
 

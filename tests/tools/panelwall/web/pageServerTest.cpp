@@ -1,6 +1,7 @@
 #include "tools/panelwall/web/pageServer.h"
 #include "tests/tools/panelwall/web/httpClient.h"
 
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <memory>
 #include <random>
@@ -19,61 +20,87 @@ protected:
         server = std::make_unique<PageServer>(feed, picture);
         ASSERT_EQ(server->open("127.0.0.1", 0), "");
         const std::string url = server->url();
-        port = std::stoi(url.substr(url.rfind(':') + 1));
+        const auto colon = url.rfind(':');
+        port = std::stoi(url.substr(colon + 1));
+        root = url.substr(url.find('/', colon));
     }
 
     // That the server still does its work.
-    void expectServes() { EXPECT_EQ(statusOf(get(port, "/")), 200); }
+    void expectServes() { EXPECT_EQ(statusOf(get(port, root)), 200); }
+
+    // Begins to read the feed, and waits for the answer to begin.
+    void beginReading(HttpClient &client) {
+        client.send("GET " + root + "events HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n");
+        ASSERT_TRUE(client.waitFor("Content-Type: text/event-stream"));
+    }
 
     LiveFeed feed;
     ScreenPicture picture{0xfffffff0}; // no display has this identifier
     std::unique_ptr<PageServer> server;
     int port = 0;
+    std::string root; // "/TOKEN/"
 };
 
 } // namespace
 
 TEST_F(PanelwallPageServer, ServesThePageWithNothingFromElsewhere) {
-    const std::string page = get(port, "/");
+    const std::string page = get(port, root);
     EXPECT_EQ(statusOf(page), 200);
     EXPECT_NE(page.find("Content-Type: text/html"), std::string::npos);
     EXPECT_NE(page.find("<title>panelwall</title>"), std::string::npos);
     EXPECT_NE(page.find("Content-Security-Policy: default-src 'none'; script-src 'self';"),
               std::string::npos);
-    for (const char *wanted : {"frame-ancestors 'none'", "X-Frame-Options: DENY",
-                               "Cross-Origin-Resource-Policy: same-origin"})
+    for (const char *wanted :
+         {"frame-ancestors 'none'", "X-Frame-Options: DENY", "Referrer-Policy: no-referrer",
+          "Cross-Origin-Resource-Policy: same-origin"})
         EXPECT_NE(page.find(wanted), std::string::npos) << wanted;
     EXPECT_EQ(page.find("Access-Control-"), std::string::npos);
     EXPECT_EQ(page.find("://", page.find("\r\n\r\n")), std::string::npos);
-    EXPECT_NE(get(port, "/main.js").find("Content-Type: text/javascript"), std::string::npos);
-    EXPECT_NE(get(port, "/style.css").find("Content-Type: text/css"), std::string::npos);
-    EXPECT_EQ(statusOf(get(port, "/../main.js")), 404);
-    EXPECT_EQ(statusOf(get(port, "/index.html")), 404);
+    EXPECT_NE(get(port, root + "main.js").find("Content-Type: text/javascript"), std::string::npos);
+    EXPECT_NE(get(port, root + "style.css").find("Content-Type: text/css"), std::string::npos);
+    EXPECT_EQ(statusOf(get(port, root + "../main.js")), 404);
+    EXPECT_EQ(statusOf(get(port, root + "index.html")), 404);
+}
+
+TEST_F(PanelwallPageServer, TellsNothingToThoseWhoDoNotKnowItsAddress) {
+    const std::string answer = get(port, "/");
+    for (const std::string &path :
+         {std::string("/"), std::string("/events"), std::string("/screen.png"),
+          root.substr(0, root.size() - 1), root.substr(1), "/" + root, "/x" + root,
+          "/%2e%2e" + root + "../", "/" + std::string(22, 'A') + "/"})
+        EXPECT_EQ(get(port, path), answer) << path;
+    EXPECT_EQ(statusOf(answer), 404);
+    EXPECT_NE(answer.find("\r\n\r\nOpen the whole address that panelwall has printed.\n"),
+              std::string::npos);
+    EXPECT_NE(answer.find("Referrer-Policy: no-referrer"), std::string::npos);
+    PageServer other(feed, picture);
+    ASSERT_EQ(other.open("127.0.0.1", 0), "");
+    EXPECT_EQ(other.url().find(root), std::string::npos);
 }
 
 TEST_F(PanelwallPageServer, RefusesWhatIsNotForIt) {
-    EXPECT_EQ(statusOf(get(port, "/", "wall.example")), 421);
-    EXPECT_EQ(statusOf(get(port, "/", "127.0.0.1", "Host: localhost\r\n")), 421);
-    EXPECT_EQ(statusOf(get(port, "/", "127.0.0.1", "Origin: http://example.com\r\n")), 403);
-    EXPECT_EQ(statusOf(get(port, "/screen.png", "127.0.0.1", "Sec-Fetch-Site: cross-site\r\n")),
-              403);
+    EXPECT_EQ(statusOf(get(port, root, "wall.example")), 421);
+    EXPECT_EQ(statusOf(get(port, root, "127.0.0.1", "Host: localhost\r\n")), 421);
+    EXPECT_EQ(statusOf(get(port, root, "127.0.0.1", "Origin: http://example.com\r\n")), 403);
+    EXPECT_EQ(
+        statusOf(get(port, root + "screen.png", "127.0.0.1", "Sec-Fetch-Site: cross-site\r\n")),
+        403);
     for (const char *method : {"HEAD", "POST", "PUT", "DELETE", "OPTIONS", "PATCH"}) {
         HttpClient client(port);
-        client.send(std::string(method) +
-                    " / HTTP/1.1\r\nHost: 127.0.0.1\r\nContent-Length: 99999999\r\n\r\n");
+        client.send(std::string(method) + " " + root +
+                    " HTTP/1.1\r\nHost: 127.0.0.1\r\nContent-Length: 99999999\r\n\r\n");
         EXPECT_TRUE(client.waitEnd()) << method;
         EXPECT_EQ(statusOf(client.answer), 405) << method;
     }
     // Refusals say in words why, and are as closed as the page.
-    const std::string refusal = get(port, "/", "wall.example");
+    const std::string refusal = get(port, root, "wall.example");
     EXPECT_NE(refusal.find("Content-Security-Policy"), std::string::npos);
     EXPECT_NE(refusal.find("Ask for the wall by its address"), std::string::npos);
 }
 
 TEST_F(PanelwallPageServer, TellsReadersTheGreetingAndThenTheNewest) {
     HttpClient client(port);
-    client.send("GET /events HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n");
-    ASSERT_TRUE(client.waitFor("Content-Type: text/event-stream"));
+    beginReading(client);
     while (!feed.takeNewcomers())
         usleep(1000);
     feed.greet("data: hello\n\n");
@@ -84,12 +111,11 @@ TEST_F(PanelwallPageServer, TellsReadersTheGreetingAndThenTheNewest) {
     ASSERT_TRUE(client.waitFor("data: two\n\n"));
 }
 
-TEST_F(PanelwallPageServer, SaysWhoUsesThePort) {
+TEST_F(PanelwallPageServer, SharesItsPortWithNobody) {
     PageServer second(feed, picture);
     const std::string reason = second.open("127.0.0.1", port);
-    EXPECT_NE(reason.find("port " + std::to_string(port) + " is in use by "), std::string::npos)
+    EXPECT_NE(reason.find("port " + std::to_string(port) + " is in use; "), std::string::npos)
         << reason;
-    EXPECT_NE(reason.find("process " + std::to_string(getpid())), std::string::npos) << reason;
     EXPECT_NE(reason.find("--web PORT"), std::string::npos) << reason;
 }
 
@@ -104,7 +130,7 @@ TEST_F(PanelwallPageServer, SaysWhatIsWrongWithAnAddress) {
 
 TEST_F(PanelwallPageServer, SaysWhyThereIsNoPicture) {
     unsetenv("DISPLAY");
-    const std::string answer = get(port, "/screen.png");
+    const std::string answer = get(port, root + "screen.png");
     EXPECT_EQ(statusOf(answer), 404);
     EXPECT_NE(answer.find("The mirrored display cannot be seen from panelwall"), std::string::npos);
 }
@@ -124,15 +150,18 @@ TEST_F(PanelwallPageServer, SurvivesAnyBytes) {
         noise + "\r\n\r\n",
         std::string(20000, '\0'),
         std::string(100000, 'x'),
-        "GET /" + std::string(100000, 'x') + " HTTP/1.1\r\n" + host + "\r\n",
-        "GET /" + std::string(7000, '%') + " HTTP/1.1\r\n" + host + "\r\n",
-        "GET / HTTP/1.1\r\n" + host + "X: " + std::string(1000000, 'x') + "\r\n\r\n",
-        "GET / HTTP/1.1\r\n" + host + ranges + "\r\n\r\n",
-        "GET / HTTP/1.1\r\n" + host + "Range: bytes=" + std::string(8000, '1') + "-\r\n\r\n",
-        "GET / HTTP/1.1\r\n" + host + "Range: bytes=99999999999999999999999-\r\n\r\n",
-        "GET / HTTP/1.1\r\n" + host + "Content-Length: -1\r\n\r\n",
-        "GET / HTTP/1.1\r\n" + host + "Transfer-Encoding: chunked\r\n\r\nffffffffffffffff\r\n",
-        "POST / HTTP/1.1\r\n" + host + "Transfer-Encoding: chunked\r\n\r\nffffffffffffffff\r\n",
+        "GET " + root + std::string(100000, 'x') + " HTTP/1.1\r\n" + host + "\r\n",
+        "GET " + root + std::string(7000, '%') + " HTTP/1.1\r\n" + host + "\r\n",
+        "GET " + root + " HTTP/1.1\r\n" + host + "X: " + std::string(1000000, 'x') + "\r\n\r\n",
+        "GET " + root + " HTTP/1.1\r\n" + host + ranges + "\r\n\r\n",
+        "GET " + root + " HTTP/1.1\r\n" + host + "Range: bytes=" + std::string(8000, '1') +
+            "-\r\n\r\n",
+        "GET " + root + " HTTP/1.1\r\n" + host + "Range: bytes=99999999999999999999999-\r\n\r\n",
+        "GET " + root + " HTTP/1.1\r\n" + host + "Content-Length: -1\r\n\r\n",
+        "GET " + root + " HTTP/1.1\r\n" + host +
+            "Transfer-Encoding: chunked\r\n\r\nffffffffffffffff\r\n",
+        "POST " + root + " HTTP/1.1\r\n" + host +
+            "Transfer-Encoding: chunked\r\n\r\nffffffffffffffff\r\n",
         "GET http://[::1/ HTTP/9.9\r\n" + host + "\r\n",
         "PRI * HTTP/2.0\r\n\r\nSM\r\n\r\n",
     };
@@ -142,7 +171,7 @@ TEST_F(PanelwallPageServer, SurvivesAnyBytes) {
         EXPECT_TRUE(client.waitEnd()) << request.substr(0, 60);
         EXPECT_LT(client.answer.size(), 100000u) << request.substr(0, 60);
     }
-    std::string lines = "GET / HTTP/1.1\r\n" + host;
+    std::string lines = "GET " + root + " HTTP/1.1\r\n" + host;
     for (int i = 0; i < 100000; ++i)
         lines += "A: b\r\n";
     HttpClient client(port);
@@ -153,8 +182,9 @@ TEST_F(PanelwallPageServer, SurvivesAnyBytes) {
 }
 
 TEST_F(PanelwallPageServer, RangesAreNotServed) {
-    const std::string whole = get(port, "/main.js");
-    const std::string part = get(port, "/main.js", "127.0.0.1", "Range: bytes=0-9,0-9,0-9\r\n");
+    const std::string whole = get(port, root + "main.js");
+    const std::string part =
+        get(port, root + "main.js", "127.0.0.1", "Range: bytes=0-9,0-9,0-9\r\n");
     EXPECT_EQ(statusOf(part), 200);
     EXPECT_EQ(part, whole);
 }
@@ -162,8 +192,10 @@ TEST_F(PanelwallPageServer, RangesAreNotServed) {
 TEST_F(PanelwallPageServer, EndsRequestsThatTakeTooLong) {
     const auto begin = std::chrono::steady_clock::now();
     HttpClient slow(port);
-    slow.send("GET / HTTP/1.1\r\nHost: 127");
-    EXPECT_TRUE(slow.waitEnd());
+    slow.send("GET " + root + " HTTP/1.1\r\n");
+    // A line now and then does not help: the whole request is timed.
+    while (slow.send("X: y\r\n") && !slow.waitEnd(std::chrono::milliseconds(200)))
+        ASSERT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
     const auto passed = std::chrono::steady_clock::now() - begin;
     EXPECT_GE(passed, std::chrono::seconds(4));
     EXPECT_LT(passed, std::chrono::seconds(20));
@@ -172,38 +204,52 @@ TEST_F(PanelwallPageServer, EndsRequestsThatTakeTooLong) {
 TEST_F(PanelwallPageServer, ManyIdleConnectionsLeaveNoneForMoreAndThenAllAgain) {
     {
         std::vector<std::unique_ptr<HttpClient>> idle;
-        for (std::size_t i = 0; i < PageServer::mostConnections; ++i)
+        for (int i = 0; i < PageServer::mostConnections; ++i)
             idle.push_back(std::make_unique<HttpClient>(port));
         HttpClient more(port);
         EXPECT_TRUE(more.waitEnd());
         EXPECT_EQ(statusOf(more.answer), 503);
     }
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
-    while (statusOf(get(port, "/")) != 200)
+    while (statusOf(get(port, root)) != 200)
         ASSERT_LT(std::chrono::steady_clock::now(), deadline);
+}
+
+TEST_F(PanelwallPageServer, AFloodOfConnectionsCostsNoMoreThanItsLimit) {
+    std::vector<std::unique_ptr<HttpClient>> flood;
+    for (int i = 0; i < 300; ++i)
+        flood.push_back(std::make_unique<HttpClient>(port));
+    int refused = 0;
+    for (std::size_t i = PageServer::mostConnections; i < flood.size(); ++i) {
+        EXPECT_TRUE(flood[i]->waitEnd());
+        refused += statusOf(flood[i]->answer) == 503;
+    }
+    EXPECT_GT(refused, 200);
+    // What is left open: this side's ends, the connections served, and what a process has anyway.
+    const std::filesystem::directory_iterator open("/proc/self/fd");
+    EXPECT_LT(static_cast<std::size_t>(std::distance(begin(open), end(open))),
+              flood.size() + PageServer::mostConnections + 30);
 }
 
 TEST_F(PanelwallPageServer, ServesSoManyReadersAndSaysSoToMore) {
     std::vector<std::unique_ptr<HttpClient>> readers;
     for (int i = 0; i < PageServer::mostReaders; ++i) {
         readers.push_back(std::make_unique<HttpClient>(port));
-        readers.back()->send("GET /events HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n");
-        ASSERT_TRUE(readers.back()->waitFor("text/event-stream"));
+        beginReading(*readers.back());
     }
-    EXPECT_EQ(statusOf(get(port, "/events")), 503);
+    EXPECT_EQ(statusOf(get(port, root + "events")), 503);
     expectServes();
 }
 
 TEST_F(PanelwallPageServer, DropsReadersThatDoNotRead) {
     HttpClient client(port);
-    client.send("GET /events HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n");
-    ASSERT_TRUE(client.waitFor("text/event-stream"));
+    beginReading(client);
     while (!feed.takeNewcomers())
         usleep(1000);
     feed.greet("hello");
     // More than any buffer between the two ends holds.
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    while (feed.hasReaders()) {
+    while (feed.readers() > 0) {
         ASSERT_LT(std::chrono::steady_clock::now(), deadline);
         feed.publish(std::string(1 << 20, 'x'));
         usleep(10000);
@@ -213,8 +259,7 @@ TEST_F(PanelwallPageServer, DropsReadersThatDoNotRead) {
 
 TEST_F(PanelwallPageServer, StopsAtOnceWhateverIsOpen) {
     HttpClient reader(port);
-    reader.send("GET /events HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n");
-    ASSERT_TRUE(reader.waitFor("text/event-stream"));
+    beginReading(reader);
     HttpClient halfway(port);
     halfway.send("GET / HT");
     const HttpClient idle(port);

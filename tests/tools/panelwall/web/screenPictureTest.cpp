@@ -69,7 +69,7 @@ TEST(PanelwallScreenPicture, IsNotTakenAnewForEveryAsker) {
     EXPECT_EQ(picture.take(), picture.take());
 }
 
-TEST(PanelwallScreenPicture, IsServedToItsUser) {
+TEST(PanelwallScreenPicture, IsServedToThoseWhoKnowTheAddress) {
     test::VirtualScreen screen(64, 48);
     screen.use();
     screen.fill(0x445566);
@@ -78,7 +78,9 @@ TEST(PanelwallScreenPicture, IsServedToItsUser) {
     PageServer server(feed, picture);
     ASSERT_EQ(server.open("127.0.0.1", 0), "");
     const std::string url = server.url();
-    const std::string answer = test::get(std::stoi(url.substr(url.rfind(':') + 1)), "/screen.png");
+    const auto colon = url.rfind(':');
+    const std::string answer = test::get(std::stoi(url.substr(colon + 1)),
+                                         url.substr(url.find('/', colon)) + "screen.png");
     EXPECT_EQ(test::statusOf(answer), 200);
     EXPECT_NE(answer.find("X-Screen-Size: 64x48"), std::string::npos);
     EXPECT_EQ(decode(answer.substr(answer.find("\r\n\r\n") + 4)).at(5, 5), 0x445566u);

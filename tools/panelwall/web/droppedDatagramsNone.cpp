@@ -1,0 +1,9 @@
+#include "tools/panelwall/web/droppedDatagrams.h"
+
+namespace panelwall {
+
+std::optional<std::uint64_t> droppedDatagrams(int) {
+    return std::nullopt;
+}
+
+} // namespace panelwall
