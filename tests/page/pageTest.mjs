@@ -156,7 +156,7 @@ test("what comes late turns no panel back", async () => {
   const wall = await setting.wall(configuration([device("127.0.72.20", 2, [[1, 200, 100]])]));
   const page = await open(wall.url);
   const reds = await page.evaluate(async () => {
-    const { WallClock } = await import(location + "clock.js");
+    const { WallClock } = await import(location + "feed.js");
     const { Wall } = await import(location + "wall.js");
     const clock = new WallClock();
     const wall = new Wall(document.createElement("canvas"));

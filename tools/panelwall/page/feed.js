@@ -1,46 +1,51 @@
-// The wall's events, over a connection that is made anew whenever it is lost.
+// The wall's events, and its clock as a page can know it from events that are sometimes late.
 
 const quietTime = 4000; // the wall tells something every second; silence from here on is a loss
 const pauseBeforeRetry = 2000;
 
 // Calls on.wall, on.past and on.now with what the events hold, and on.lost when the wall cannot be
-// heard any more.
+// heard any more; then connects anew.
 export function listen(on) {
-  let source;
+  const source = new EventSource("events");
   let watch;
-  let retry;
-
   const again = () => {
     source.close();
     clearTimeout(watch);
-    clearTimeout(retry);
     on.lost();
-    retry = setTimeout(connect, pauseBeforeRetry);
+    setTimeout(listen, pauseBeforeRetry, on);
   };
-
-  const connect = () => {
-    source = new EventSource("events");
-    source.onerror = again;
-    for (const name of ["wall", "past", "now"]) {
-      source.addEventListener(name, (event) => {
-        clearTimeout(watch);
-        watch = setTimeout(again, quietTime);
-        on[name](JSON.parse(event.data));
-      });
-    }
-  };
-
-  connect();
-}
-
-// The colours of "rrggbbrrggbb------": numbers 0xRRGGBB, or -1 where there is none.
-export function readColours(text) {
-  const colours = new Int32Array(text.length / 6);
-  for (let i = 0; i < colours.length; ++i) {
-    const part = text.substr(i * 6, 6);
-    colours[i] = part === "------" ? -1 : parseInt(part, 16);
+  source.onerror = again;
+  for (const name of ["wall", "past", "now"]) {
+    source.addEventListener(name, (event) => {
+      clearTimeout(watch);
+      watch = setTimeout(again, quietTime);
+      on[name](JSON.parse(event.data));
+    });
   }
-  return colours;
 }
 
-export const hex = (colour) => "#" + colour.toString(16).padStart(6, "0");
+// Two machines' clocks part by less than a thousandth; so much the page gives way.
+const drift = 0.001;
+
+export class WallClock {
+  ahead = 0; // the wall's clock less the page's
+  heardAt = -Infinity;
+
+  // The next event tells the time whatever those before it told.
+  forget() {
+    this.heardAt = -Infinity;
+  }
+
+  // An event of the wall's time came at `at` of the page's clock. The quickest one says most: those
+  // that come later than it were held up on their way and turn nothing back.
+  hear(time, at) {
+    const least = this.ahead - drift * (at - this.heardAt);
+    this.ahead = Math.max(time - at, least);
+    this.heardAt = at;
+  }
+
+  // The wall's time at `at` of the page's clock.
+  at(at) {
+    return at + this.ahead;
+  }
+}

@@ -1,8 +1,7 @@
 // The page: listens to the wall, and paints at most sixty times a second whatever comes.
-import { WallClock } from "./clock.js";
-import { age, Devices } from "./devices.js";
-import { Details, sentenceOf } from "./details.js";
-import { listen } from "./feed.js";
+import { Devices, PanelCard, sentenceOf } from "./cards.js";
+import { age, setText } from "./elements.js";
+import { listen, WallClock } from "./feed.js";
 import { Timeline } from "./timeline.js";
 import { Wall } from "./wall.js";
 
@@ -11,15 +10,19 @@ const numbersTime = 250; // numbers that change faster cannot be read
 const timelineTime = 100;
 const pictureTime = 1000;
 
+const goneAdvice =
+  "Check that panelwall still runs; after a new start, open the address that it prints. What is " +
+  "shown here is old; the page goes on by itself as soon as the wall answers.";
 const flashAdvice =
   "Palette mode holds each panel's colour for a second or more; see the README on flashing pictures.";
 
 const get = (id) => document.getElementById(id);
+const canvas = get("wall");
 const clock = new WallClock();
-const wall = new Wall(get("wall"));
+const wall = new Wall(canvas);
 const devices = new Devices(get("devices"));
 const timeline = new Timeline(get("timeline"));
-const details = new Details(get("card"), wall);
+const card = new PanelCard(get("card"), wall);
 
 let facts = null; // of the last `wall` event
 let state = null; // the last `now` event
@@ -33,15 +36,9 @@ window.panelwall = counts;
 
 function readTheme() {
   const style = getComputedStyle(document.documentElement);
-  const colour = (name) => style.getPropertyValue(name).trim();
-  return {
-    screen: colour("--screen"),
-    screenLine: colour("--screen-line"),
-    hollow: colour("--hollow"),
-    panelEdge: colour("--panel-edge"),
-    accent: colour("--accent"),
-    muted: colour("--muted"),
-  };
+  const names = ["screen", "screenLine", "hollow", "panelEdge", "accent", "muted"];
+  const property = (name) => "--" + name.replace(/[A-Z]/, (letter) => "-" + letter.toLowerCase());
+  return Object.fromEntries(names.map((name) => [name, style.getPropertyValue(property(name))]));
 }
 
 // Painting. Everything is painted from here, and only in an animation frame.
@@ -53,9 +50,8 @@ let nextNumbers = 0;
 let nextTimeline = 0;
 
 function ask() {
-  if (asked) return;
+  if (!asked) requestAnimationFrame(frame);
   asked = true;
-  requestAnimationFrame(frame);
 }
 
 function repaint() {
@@ -66,10 +62,7 @@ function repaint() {
 function frame(time) {
   asked = false;
   // Displays may be faster than sixty frames a second; the two milliseconds are for their jitter.
-  if (time < nextPaint - 2) {
-    ask();
-    return;
-  }
+  if (time < nextPaint - 2) return ask();
   const now = performance.now();
   const wallNow = clock.at(now);
   const moving = wall.isMoving(wallNow);
@@ -88,7 +81,7 @@ function frame(time) {
       showNumbers(now);
       nextNumbers = now + numbersTime;
     }
-    details.draw(wallNow);
+    card.draw(wallNow);
   }
   if (moving) ask();
 }
@@ -97,66 +90,45 @@ setInterval(ask, timelineTime);
 
 // Words.
 
-function setState(name, text) {
-  const element = get("state");
-  if (element.dataset.state === name && element.textContent === text) return;
-  element.dataset.state = name;
-  element.textContent = text;
-}
-
-function setNotice(title, advice) {
+function tell(name, text, title = "", advice = "") {
+  get("state").dataset.state = name;
+  setText(get("state"), text);
   get("notice").hidden = title === "";
-  if (get("noticeTitle").textContent !== title) get("noticeTitle").textContent = title;
-  if (get("noticeAdvice").textContent !== advice) get("noticeAdvice").textContent = advice;
+  setText(get("noticeTitle"), title);
+  setText(get("noticeAdvice"), advice);
 }
 
 function showNumbers(now) {
-  if (lost) {
-    setState("gone", "Not connected");
-    setNotice(
-      "The wall does not answer.",
-      "Check that panelwall still runs; after a new start, open the address that it prints. What is " +
-        "shown here is old; the page goes on by itself as soon as the wall answers.",
-    );
-    return;
-  }
+  if (lost) return tell("gone", "Not connected", "The wall does not answer.", goneAdvice);
   if (!state) return;
   const passed = now - stateAt;
   const silence = state.silence + passed;
   devices.show(state.devices, passed);
-  if (silence < facts.tellingSilence) {
-    if (state.heard) setState("live", facts.recording ? "Replay" : "Live");
-    else setState("waiting", "Waiting");
-    if (state.warning) setNotice(state.warning, flashAdvice);
-    else setNotice("", "");
-    return;
+  if (silence >= facts.tellingSilence) {
+    const arrived = state.heard ? "arrived for" : "arrived at all in";
+    tell("silent", "Silent", `Nothing has ${arrived} ${age(silence)}.`, facts.advice);
+  } else {
+    const [name, text] = !state.heard
+      ? ["waiting", "Waiting"]
+      : ["live", facts.recording ? "Replay" : "Live"];
+    tell(name, text, state.warning, state.warning && flashAdvice);
   }
-  setState("silent", "Silent");
-  setNotice(
-    state.heard
-      ? `Nothing has arrived for ${age(silence)}.`
-      : `Nothing has arrived at all in ${age(silence)}.`,
-    facts.advice,
-  );
 }
 
 function showSubject() {
   const size = `${wall.outline.width} × ${wall.outline.height}`;
   const guess = facts.sizeFrom === "panels" && !wall.picture ? " (as the panels need)" : "";
-  get("subject").textContent = `${facts.config} · ${facts.mode} · ${size}${guess}`;
+  setText(get("subject"), `${facts.config} · ${facts.mode} · ${size}${guess}`);
   document.title = `panelwall ${facts.config}`;
 }
 
 let pictureNote = "";
 
 function showNote() {
-  const hidden = facts && wall.view ? wall.outOfView : 0;
-  get("note").textContent = [
-    pictureNote,
-    hidden > 0 ? `${hidden} of the panels hang too far off the screen to be seen here.` : "",
-  ]
-    .join(" ")
-    .trim();
+  const hidden = facts ? wall.outOfView : 0;
+  const hiddenNote =
+    hidden > 0 ? `${hidden} of the panels hang too far off the screen to be seen here.` : "";
+  setText(get("note"), `${pictureNote} ${hiddenNote}`.trim());
 }
 
 // The wall's events.
@@ -164,13 +136,13 @@ function showNote() {
 listen({
   wall(event) {
     lost = false;
-    clock.forget(); // it may be another wall
-    const same = facts && JSON.stringify(event) === JSON.stringify(facts);
-    facts = event;
-    if (!same) {
-      wall.build(facts);
-      devices.build(facts);
+    clock.forget();
+    // A page that has lost the wall for a moment meets the same one again.
+    if (!facts) {
+      wall.build(event);
+      devices.build(event);
     }
+    facts = event;
     timeline.build(facts);
     showSubject();
     showNote();
@@ -196,63 +168,55 @@ listen({
 
 // Hovering, tapping and keys.
 
-function select(panel, spoken) {
+let byKeyboard = false;
+
+function select(panel, withKeys) {
+  byKeyboard = withKeys && panel !== null;
   if (wall.selected === panel) return;
   wall.selected = panel;
   get("spoken").textContent =
-    panel && spoken ? sentenceOf(wall, panel, clock.at(performance.now())) : "";
+    panel && withKeys ? sentenceOf(wall, panel, clock.at(performance.now())) : "";
   repaint();
 }
 
-const canvas = get("wall");
-let byKeyboard = false;
-
-function pointed(event) {
+function point(event) {
   if (!facts) return;
   const { left, top } = canvas.getBoundingClientRect();
   const panel = wall.panelAt(event.clientX - left, event.clientY - top);
   if (!panel && byKeyboard && event.type === "pointermove") return;
-  byKeyboard = false;
   select(panel, false);
 }
 
-canvas.addEventListener("pointermove", pointed);
-canvas.addEventListener("pointerdown", pointed);
+canvas.addEventListener("pointermove", point);
+canvas.addEventListener("pointerdown", point);
 canvas.addEventListener("pointerleave", (event) => {
   if (!byKeyboard && event.pointerType === "mouse") select(null, false);
 });
 canvas.addEventListener("blur", () => {
   if (byKeyboard) select(null, false);
-  byKeyboard = false;
+});
+canvas.addEventListener("focus", () => {
+  if (canvas.matches(":focus-visible") && !wall.selected && wall.panels.length > 0)
+    select(wall.panels[0], true);
 });
 
-const directions = {
-  ArrowLeft: [-1, 0],
-  ArrowRight: [1, 0],
-  ArrowUp: [0, -1],
-  ArrowDown: [0, 1],
+const go = (dx, dy) => () =>
+  wall.selected ? wall.neighbour(wall.selected, dx, dy) : wall.panels[0];
+const keys = {
+  ArrowLeft: go(-1, 0),
+  ArrowRight: go(1, 0),
+  ArrowUp: go(0, -1),
+  ArrowDown: go(0, 1),
+  Home: () => wall.panels[0],
+  End: () => wall.panels.at(-1),
+  Escape: () => null,
 };
+const isPlain = (event) => !event.altKey && !event.ctrlKey && !event.metaKey;
 
 canvas.addEventListener("keydown", (event) => {
-  if (event.altKey || event.ctrlKey || event.metaKey || wall.panels.length === 0) return;
-  let panel;
-  if (event.key in directions)
-    panel = wall.selected
-      ? wall.neighbour(wall.selected, ...directions[event.key])
-      : wall.panels[0];
-  else if (event.key === "Home") panel = wall.panels[0];
-  else if (event.key === "End") panel = wall.panels.at(-1);
-  else if (event.key === "Escape") panel = null;
-  else return;
+  if (!isPlain(event) || wall.panels.length === 0 || !(event.key in keys)) return;
   event.preventDefault();
-  byKeyboard = panel !== null;
-  select(panel, true);
-});
-
-canvas.addEventListener("focus", () => {
-  if (!canvas.matches(":focus-visible") || wall.selected || wall.panels.length === 0) return;
-  byKeyboard = true;
-  select(wall.panels[0], true);
+  select(keys[event.key](), true);
 });
 
 // The screen behind the panels, asked for only while it is shown and the page is looked at.
@@ -260,18 +224,19 @@ canvas.addEventListener("focus", () => {
 const button = get("pictureButton");
 let pictureTimer;
 
+const isPictureOn = () => button.getAttribute("aria-pressed") === "true";
+
 async function fetchPicture() {
   clearTimeout(pictureTimer);
   if (!document.hidden) {
     try {
       const answer = await fetch("screen.png");
       if (!answer.ok) throw new Error((await answer.text()).trim());
-      const [width, height] = answer.headers.get("X-Screen-Size").split("x").map(Number);
+      const size = answer.headers.get("X-Screen-Size").split("x").map(Number);
       const picture = await createImageBitmap(await answer.blob());
       if (!isPictureOn()) return;
       pictureNote = "";
-      wall.picture?.close();
-      wall.setPicture(picture, width, height);
+      wall.setPicture(picture, ...size);
     } catch (error) {
       pictureNote = error instanceof TypeError ? "The wall does not answer." : error.message;
     }
@@ -282,18 +247,11 @@ async function fetchPicture() {
   if (isPictureOn()) pictureTimer = setTimeout(fetchPicture, pictureTime);
 }
 
-const isPictureOn = () => button.getAttribute("aria-pressed") === "true";
-
 function togglePicture() {
-  const on = !isPictureOn();
-  button.setAttribute("aria-pressed", String(on));
+  button.setAttribute("aria-pressed", String(!isPictureOn()));
+  if (isPictureOn()) return fetchPicture();
   clearTimeout(pictureTimer);
-  if (on) {
-    fetchPicture();
-    return;
-  }
   pictureNote = "";
-  wall.picture?.close();
   wall.setPicture(null);
   showNote();
   repaint();
@@ -301,7 +259,7 @@ function togglePicture() {
 
 button.addEventListener("click", togglePicture);
 document.addEventListener("keydown", (event) => {
-  if (event.key === "s" && !event.altKey && !event.ctrlKey && !event.metaKey) togglePicture();
+  if (event.key === "s" && isPlain(event)) togglePicture();
 });
 
 // The surroundings.

@@ -1,72 +1,67 @@
 // The last minute: for each device a strip of the colours that its panels were sent, newest at the
 // right. Two colours taking turns show as stripes.
-import { readColours } from "./feed.js";
+import { element, hex, readColours } from "./elements.js";
 
 const mostStrips = 24;
 const markHeight = 4;
 
 class Strip {
+  colours = []; // in force, a row each
+  first = Infinity; // no column before this slot was ever filled
+  last = -Infinity;
+
   constructor(device, index, slots, highest) {
     this.slots = slots;
     this.rows = device.rows;
-    this.element = document.createElement("div");
-    this.element.className = "strip";
-    const label = document.createElement("p");
     const some = this.rows.length < device.panels.length;
-    label.textContent =
-      `Device ${index}` +
-      (some ? `, ${this.rows.length} of its ${device.panels.length} panels` : "");
-    this.canvas = document.createElement("canvas");
-    this.canvas.setAttribute("role", "img");
-    this.canvas.setAttribute("aria-label", `Colours sent to device ${index} in the last minute`);
-    this.element.append(label, this.canvas);
+    this.canvas = element("canvas", {
+      role: "img",
+      ariaLabel: `Colours sent to device ${index} in the last minute`,
+    });
+    this.element = element("div", { className: "strip" },
+      element("p", {}, `Device ${index}` +
+        (some ? `, ${this.rows.length} of its ${device.panels.length} panels` : "")),
+      this.canvas);
     this.height = Math.min(highest, Math.max(18, this.rows.length * 5));
 
     // A column a slot, at the slot's number modulo their count, and a row a panel.
-    this.ring = document.createElement("canvas");
-    this.ring.width = slots;
-    this.ring.height = Math.max(1, this.rows.length);
+    this.ring = element("canvas", { width: slots, height: Math.max(1, this.rows.length) });
     this.paint = this.ring.getContext("2d", { willReadFrequently: false });
     this.marks = new Uint8Array(slots);
-    this.colours = new Int32Array(this.rows.length).fill(-1);
-    this.first = Infinity; // no column before this slot was ever filled
-    this.last = -Infinity;
   }
 
-  // From `slot` on the rows have these colours; `mark` when a datagram came in it.
-  put(slot, colours, mark) {
+  // From `slot` on, when a datagram came, the rows have these colours.
+  put(slot, colours) {
     if (this.last >= slot) this.last = slot - 1;
     else this.fillUpTo(slot - 1);
     this.colours = colours;
     this.first = Math.min(this.first, slot);
     this.fillUpTo(slot);
-    if (mark) this.marks[slot % this.slots] = 1;
+    this.marks[slot % this.slots] = 1;
   }
 
   // Fills the columns after the last one with the colours in force.
   fillUpTo(slot) {
-    if (!Number.isFinite(this.first)) return;
-    const from = Math.max(this.last + 1, slot - this.slots + 1, this.first);
-    for (let s = from; s <= slot; ++s) {
-      this.marks[s % this.slots] = 0;
+    if (this.first === Infinity) return;
+    for (let s = Math.max(this.last + 1, slot - this.slots + 1, this.first); s <= slot; ++s) {
       const x = s % this.slots;
+      this.marks[x] = 0;
       this.paint.clearRect(x, 0, 1, this.ring.height);
-      for (let y = 0; y < this.colours.length; ++y) {
-        const colour = this.colours[y];
-        if (colour < 0) continue;
-        this.paint.fillStyle = `rgb(${colour >> 16} ${(colour >> 8) & 255} ${colour & 255})`;
+      this.colours.forEach((colour, y) => {
+        if (colour < 0) return;
+        this.paint.fillStyle = hex(colour);
         this.paint.fillRect(x, y, 1, 1);
-      }
+      });
     }
     this.last = Math.max(this.last, slot);
   }
 
   resize() {
-    const density = window.devicePixelRatio || 1;
-    this.canvas.style.height = `${this.height + markHeight + 2}px`;
-    this.canvas.width = Math.max(1, Math.round(this.canvas.clientWidth * density));
-    this.canvas.height = Math.round((this.height + markHeight + 2) * density);
-    this.density = density;
+    this.density = window.devicePixelRatio || 1;
+    const height = this.height + markHeight + 2;
+    this.canvas.style.height = `${height}px`;
+    this.canvas.width = Math.max(1, Math.round(this.canvas.clientWidth * this.density));
+    this.canvas.height = Math.round(height * this.density);
   }
 
   // With `slot` at the right edge.
@@ -79,8 +74,7 @@ class Strip {
     context.clearRect(0, 0, width, this.canvas.height);
     context.fillStyle = theme.screen;
     context.fillRect(0, 0, width, height);
-    const start = slot + 1 - this.slots;
-    const head = ((start % this.slots) + this.slots) % this.slots;
+    const head = (((slot + 1) % this.slots) + this.slots) % this.slots; // of the oldest
     const share = width / this.slots;
     const part = (from, count, at) => {
       if (count > 0)
@@ -98,9 +92,10 @@ class Strip {
 }
 
 export class Timeline {
+  strips = [];
+
   constructor(container) {
     this.container = container;
-    this.strips = [];
   }
 
   build(facts) {
@@ -109,15 +104,12 @@ export class Timeline {
     this.strips = facts.devices
       .slice(0, mostStrips)
       .map((device, index) => new Strip(device, index, facts.slotCount, highest));
+    this.container.replaceChildren(...this.strips.map((strip) => strip.element));
     const more = facts.devices.length - this.strips.length;
-    const rest = document.createElement("p");
-    rest.className = "explanation";
-    rest.textContent = `The other ${more} devices have no strip.`;
-    this.container.replaceChildren(
-      ...this.strips.map((strip) => strip.element),
-      ...(more > 0 ? [rest] : []),
-    );
-    this.totals = facts.devices.map(() => undefined);
+    if (more > 0)
+      this.container.append(
+        element("p", { className: "explanation" }, `The other ${more} devices have no strip.`));
+    this.totals = [];
     this.resize();
   }
 
@@ -125,7 +117,7 @@ export class Timeline {
   setPast(devices) {
     this.strips.forEach((strip, d) => {
       for (let i = 0; i < devices[d].length; i += 2)
-        strip.put(devices[d][i], readColours(devices[d][i + 1]), true);
+        strip.put(devices[d][i], readColours(devices[d][i + 1]));
     });
   }
 
@@ -140,7 +132,7 @@ export class Timeline {
       if (known === undefined || device.total === known || device.age === undefined) return;
       const all = readColours(device.sent);
       const slot = state.slot - Math.floor(device.age / this.slotLength);
-      strip.put(slot, Int32Array.from(strip.rows, (panel) => all[panel]), true);
+      strip.put(slot, strip.rows.map((panel) => all[panel]));
     });
   }
 

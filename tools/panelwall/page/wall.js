@@ -1,18 +1,20 @@
 // The picture of the wall: the display's outline, every panel at its place, in its colour.
-import { readColours } from "./feed.js";
+import { hex, readColours } from "./elements.js";
 
 // How far the view may reach beyond the display to hold panels that hang outside, as a share of it.
 const mostOutside = 0.5;
 const margin = 0.02;
 
+const white = "rgb(255 255 255 / 0.95)";
+
 export class Wall {
+  panels = [];
+  picture = null;
+  selected = null;
+
   constructor(canvas) {
     this.canvas = canvas;
     this.context = canvas.getContext("2d");
-    this.panels = [];
-    this.perDevice = [];
-    this.picture = null;
-    this.selected = null;
   }
 
   build(facts) {
@@ -47,10 +49,7 @@ export class Wall {
         panel.time = device.times[i];
         // Still on the same way, which is known better from its beginning.
         if (sent[i] === panel.colour && ends === panel.ends) return;
-        panel.colour = sent[i];
-        panel.from = shown[i];
-        panel.begun = time;
-        panel.ends = ends;
+        Object.assign(panel, { colour: sent[i], from: shown[i], begun: time, ends });
       });
     });
   }
@@ -73,6 +72,7 @@ export class Wall {
 
   // The picture's own size is the display's true one.
   setPicture(picture, width, height) {
+    this.picture?.close();
     this.picture = picture;
     if (picture) this.outline = { width, height };
     this.resize();
@@ -81,24 +81,22 @@ export class Wall {
   // How many panels the view does not reach.
   get outOfView() {
     const { left, top, right, bottom } = this.view;
-    return this.panels.filter(
-      ({ x, y }) => x < left || y < top || x > right || y > bottom,
-    ).length;
+    return this.panels.filter(({ x, y }) => x < left || y < top || x > right || y > bottom).length;
   }
 
   resize() {
     if (!this.outline) return;
     const { width, height } = this.outline;
-    const reach = mostOutside;
+    const outside = { x: mostOutside * width, y: mostOutside * height };
     const view = { left: 0, top: 0, right: width, bottom: height };
     for (const { x, y, side } of this.panels) {
       const half = side / 2;
-      if (x < -reach * width || x > (1 + reach) * width) continue;
-      if (y < -reach * height || y > (1 + reach) * height) continue;
-      view.left = Math.min(view.left, Math.max(x - half, -reach * width));
-      view.top = Math.min(view.top, Math.max(y - half, -reach * height));
-      view.right = Math.max(view.right, Math.min(x + half, (1 + reach) * width));
-      view.bottom = Math.max(view.bottom, Math.min(y + half, (1 + reach) * height));
+      if (x < -outside.x || x > width + outside.x) continue;
+      if (y < -outside.y || y > height + outside.y) continue;
+      view.left = Math.min(view.left, Math.max(x - half, -outside.x));
+      view.top = Math.min(view.top, Math.max(y - half, -outside.y));
+      view.right = Math.max(view.right, Math.min(x + half, width + outside.x));
+      view.bottom = Math.max(view.bottom, Math.min(y + half, height + outside.y));
     }
     const edge = margin * Math.max(width, height);
     view.left -= edge;
@@ -112,14 +110,13 @@ export class Wall {
     const room = this.canvas.parentElement.clientWidth;
     const highest = Math.max(200, window.innerHeight * 0.72);
     const scale = Math.min(room / across, highest / down);
-    const density = window.devicePixelRatio || 1;
+    this.density = window.devicePixelRatio || 1;
     this.canvas.style.height = `${Math.round(down * scale)}px`;
-    this.canvas.width = Math.round(room * density);
-    this.canvas.height = Math.round(down * scale * density);
-    this.scale = scale * density;
-    this.shiftX = (room * density - across * this.scale) / 2 - view.left * this.scale;
+    this.canvas.width = Math.round(room * this.density);
+    this.canvas.height = Math.round(down * scale * this.density);
+    this.scale = scale * this.density;
+    this.shiftX = (room * this.density - across * this.scale) / 2 - view.left * this.scale;
     this.shiftY = -view.top * this.scale;
-    this.density = density;
   }
 
   // A panel's square in pixels of the canvas, in whole pixels so that equal panels look equal.
@@ -136,12 +133,10 @@ export class Wall {
   panelAt(x, y) {
     const px = x * this.density;
     const py = y * this.density;
-    for (let i = this.panels.length - 1; i >= 0; --i) {
-      const { left, top, length } = this.boxOf(this.panels[i]);
-      if (px >= left && px < left + length && py >= top && py < top + length)
-        return this.panels[i];
-    }
-    return null;
+    return this.panels.findLast((panel) => {
+      const { left, top, length } = this.boxOf(panel);
+      return px >= left && px < left + length && py >= top && py < top + length;
+    }) ?? null;
   }
 
   // The nearest panel in the direction (dx, dy) from a panel; the panel itself when there is none.
@@ -150,13 +145,11 @@ export class Wall {
     let least = Infinity;
     for (const other of this.panels) {
       const ahead = (other.x - panel.x) * dx + (other.y - panel.y) * dy;
-      if (ahead <= 0) continue;
       const aside = Math.abs((other.x - panel.x) * dy) + Math.abs((other.y - panel.y) * dx);
       const distance = ahead + 2 * aside;
-      if (distance < least) {
-        least = distance;
-        best = other;
-      }
+      if (ahead <= 0 || distance >= least) continue;
+      least = distance;
+      best = other;
     }
     return best;
   }
@@ -178,60 +171,51 @@ export class Wall {
     context.strokeRect(left - line / 2, top - line / 2, width + line, height + line);
 
     for (const panel of this.panels) this.drawPanel(panel, now, theme, line);
-    if (this.selected) this.drawSelection(theme, line);
+    if (this.selected) {
+      this.outlineSquare(this.selected, -3 * line);
+      this.stroke(theme.accent, 2 * line);
+    }
   }
 
   drawPanel(panel, now, theme, line) {
     const { context } = this;
-    const { left, top, length } = this.boxOf(panel);
-    const radius = length * 0.12;
-    const square = (inset) => {
-      context.beginPath();
-      context.roundRect(left + inset, top + inset, length - 2 * inset, length - 2 * inset,
-        Math.max(0, radius - inset));
-    };
     const shown = this.shownBy(panel, now);
-    context.lineWidth = line;
     if (shown < 0) {
-      context.strokeStyle = this.picture ? "rgb(255 255 255 / 0.95)" : theme.hollow;
       context.setLineDash([4 * line, 3 * line]);
-      square(line / 2);
-      context.stroke();
+      this.outlineSquare(panel, line / 2);
+      this.stroke(this.picture ? white : theme.hollow, line);
       context.setLineDash([]);
       return;
     }
-    context.fillStyle = `rgb(${shown >> 16} ${(shown >> 8) & 255} ${shown & 255})`;
+    context.fillStyle = hex(shown);
     if (!this.picture) {
-      square(0);
+      this.outlineSquare(panel, 0);
       context.fill();
-      context.strokeStyle = theme.panelEdge;
-      square(line / 2);
-      context.stroke();
+      this.outlineSquare(panel, line / 2);
+      this.stroke(theme.panelEdge, line);
       return;
     }
     // Over the picture: the square's edge, and the colour in its middle, so that the screen which
     // gave the colour is seen around it.
-    context.strokeStyle = "rgb(0 0 0 / 0.65)";
-    context.lineWidth = 3 * line;
-    square(line * 1.5);
-    context.stroke();
-    context.strokeStyle = "rgb(255 255 255 / 0.95)";
-    context.lineWidth = line;
-    square(line * 1.5);
-    context.stroke();
-    square(length * 0.27);
+    this.outlineSquare(panel, line * 1.5);
+    this.stroke("rgb(0 0 0 / 0.65)", 3 * line);
+    this.stroke(white, line);
+    this.outlineSquare(panel, this.boxOf(panel).length * 0.27);
     context.fill();
     context.stroke();
   }
 
-  drawSelection(theme, line) {
-    const { context } = this;
-    const { left, top, length } = this.boxOf(this.selected);
-    const gap = 3 * line;
-    context.strokeStyle = theme.accent;
-    context.lineWidth = 2 * line;
-    context.beginPath();
-    context.roundRect(left - gap, top - gap, length + 2 * gap, length + 2 * gap, length * 0.12 + gap);
-    context.stroke();
+  // The path of a panel's square, so much smaller at each side, with round corners.
+  outlineSquare(panel, inset) {
+    const { left, top, length } = this.boxOf(panel);
+    const side = length - 2 * inset;
+    this.context.beginPath();
+    this.context.roundRect(left + inset, top + inset, side, side, Math.max(0, length * 0.12 - inset));
+  }
+
+  stroke(style, width) {
+    this.context.strokeStyle = style;
+    this.context.lineWidth = width;
+    this.context.stroke();
   }
 }
