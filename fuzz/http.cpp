@@ -42,7 +42,7 @@ std::string answerTo(const std::string &request) {
     const ssize_t sent = send(ends[0], request.data(), request.size(), MSG_NOSIGNAL);
     require(sent == static_cast<ssize_t>(request.size()), "the request fits the socket");
     shutdown(ends[0], SHUT_WR);
-    server().serve(ends[1]);
+    server().process_and_close_socket(ends[1]);
     std::string answer;
     char part[65536];
     for (ssize_t size = 0; (size = recv(ends[0], part, sizeof part, 0)) > 0;)

@@ -495,6 +495,17 @@ test("another site's page is told nothing, even if it knows the address", async 
   complaints.splice(0);
 });
 
+test("the link in a private file leads to the page", async () => {
+  const link = setting.write("page.html", "");
+  const wall = await setting.wall(configuration([device("127.0.72.21", 2, [[1, 160, 240]])]),
+    ["--web-link", link]);
+  const page = await (await setting.surroundings()).newPage();
+  await page.goto(`file://${link}`);
+  await page.waitForURL(wall.url);
+  await page.waitForFunction(() => window.panelwall?.events > 0);
+  assert.equal(await page.evaluate(() => document.referrer), "");
+});
+
 test("whoever does not know the whole address is told so, and nothing else", async () => {
   const wall = await setting.wall(configuration([device("127.0.72.18", 2, [[1, 160, 240]])]));
   for (const path of ["/", "/events", "/screen.png", "/main.js", "/AAAAAAAAAAAAAAAAAAAAAA/events"]) {

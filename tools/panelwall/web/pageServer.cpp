@@ -109,11 +109,6 @@ std::string PageServer::open(const std::string &address, int port) {
 }
 
 bool PageServer::process_and_close_socket(socket_t descriptor) {
-    serve(descriptor);
-    return true;
-}
-
-void PageServer::serve(int descriptor) {
     Connection connection(descriptor, stopping.readEnd());
     if (++connections > mostConnections) {
         connection.httplib::Stream::write(
@@ -130,6 +125,7 @@ void PageServer::serve(int descriptor) {
         connection.finish();
     }
     --connections;
+    return true;
 }
 
 void PageServer::answer(const httplib::Request &request, httplib::Response &response) {

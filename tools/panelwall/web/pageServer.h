@@ -36,12 +36,10 @@ public:
     // What to type into a browser, with the token; a slash is its last character.
     std::string url() const { return "http://" + name + "/" + token + "/"; }
 
-    // Answers one connection on the calling thread, and closes it. What the library's threads do.
-    void serve(int descriptor);
+    // Answers one connection on the calling thread, and closes it. For the library's threads.
+    bool process_and_close_socket(socket_t descriptor) override;
 
 private:
-    // A thread of the library's.
-    bool process_and_close_socket(socket_t descriptor) override;
     void answer(const httplib::Request &request, httplib::Response &response);
     void answerEvents(httplib::Response &response);
     void answerPicture(httplib::Response &response);
