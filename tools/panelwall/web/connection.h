@@ -3,7 +3,6 @@
 #pragma once
 
 #include <algorithm>
-#include <cerrno>
 #include <chrono>
 #include <fcntl.h>
 #include <httplib.h>
@@ -29,31 +28,18 @@ public:
     Connection(const Connection &) = delete;
     Connection &operator=(const Connection &) = delete;
 
-    bool is_readable() const override { return received < largestRequest; }
+    bool is_readable() const override { return wait(POLLIN, requestEnd); }
     bool is_writable() const override { return wait(POLLOUT, Clock::now() + writeTime); }
 
     ssize_t read(char *bytes, std::size_t size) override {
         const std::size_t most = std::min(size, largestRequest - received);
-        ssize_t taken = -1;
-        while (most > 0 && (taken = recv(fd, bytes, most, 0)) < 0 && errno == EAGAIN)
-            if (!wait(POLLIN, requestEnd))
-                break;
-        if (taken > 0)
-            received += static_cast<std::size_t>(taken);
+        const ssize_t taken = is_readable() ? recv(fd, bytes, most, 0) : -1;
+        received += taken > 0 ? static_cast<std::size_t>(taken) : 0;
         return taken;
     }
 
     ssize_t write(const char *bytes, std::size_t size) override {
-        std::size_t sent = 0;
-        const auto deadline = Clock::now() + writeTime;
-        while (sent < size) {
-            const ssize_t part = send(fd, bytes + sent, size - sent, 0);
-            if (part >= 0)
-                sent += static_cast<std::size_t>(part);
-            else if (errno != EAGAIN || !wait(POLLOUT, deadline))
-                return -1;
-        }
-        return static_cast<ssize_t>(sent);
+        return is_writable() ? send(fd, bytes, size, 0) : -1;
     }
 
     // Ends sending and reads on for a moment, so that a client that is still sending gets to see

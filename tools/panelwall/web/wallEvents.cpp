@@ -3,6 +3,7 @@
 #include "tools/panelwall/statusText.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
@@ -20,19 +21,24 @@ constexpr double largestLength = 1e9;
 
 using Json = rapidjson::Writer<rapidjson::StringBuffer>;
 
-// A value of JSON; fractions have one decimal.
+// A value of JSON: fractions have one decimal, and what is no number and no text is an array.
 template <typename Value> void write(Json &json, const Value &value) {
-    if constexpr (std::is_same_v<Value, bool>)
+    if constexpr (std::is_same_v<Value, bool>) {
         json.Bool(value);
-    else if constexpr (std::is_floating_point_v<Value>)
+    } else if constexpr (std::is_floating_point_v<Value>) {
         json.Double(std::round(value * 10) / 10);
-    else if constexpr (std::is_unsigned_v<Value>)
+    } else if constexpr (std::is_unsigned_v<Value>) {
         json.Uint64(value);
-    else if constexpr (std::is_integral_v<Value>)
+    } else if constexpr (std::is_integral_v<Value>) {
         json.Int64(value);
-    else {
-        const std::string_view text(value);
+    } else if constexpr (std::is_convertible_v<Value, std::string_view>) {
+        const std::string_view text = value;
         json.String(text.data(), static_cast<rapidjson::SizeType>(text.size()));
+    } else {
+        json.StartArray();
+        for (const auto &element : value)
+            write(json, element);
+        json.EndArray();
     }
 }
 
@@ -41,19 +47,12 @@ template <typename Value> void write(Json &json, const char *key, const Value &v
     write(json, value);
 }
 
-// An array of what `writeOne` makes of each element.
-template <typename Range, typename WriteOne>
-void writeList(Json &json, const Range &range, WriteOne writeOne) {
-    json.StartArray();
-    for (const auto &element : range)
-        writeOne(element);
-    json.EndArray();
-}
-
-template <typename Range, typename WriteOne>
-void writeList(Json &json, const char *key, const Range &range, WriteOne writeOne) {
-    json.Key(key);
-    writeList(json, range, writeOne);
+// What a function says of each panel.
+template <typename Function> auto listOf(const std::vector<WallPanel> &panels, Function function) {
+    std::vector<decltype(function(panels[0]))> list;
+    for (const WallPanel &panel : panels)
+        list.push_back(function(panel));
+    return list;
 }
 
 // Whole milliseconds of the wall's clock, the same in every event that tells of one moment.
@@ -78,25 +77,14 @@ void append(std::string &text, const std::optional<Colour> &colour) {
     }
 }
 
-// An event whose data `writeData` writes.
-template <typename WriteData> std::string event(const char *name, WriteData writeData) {
-    rapidjson::StringBuffer buffer;
-    Json json(buffer);
-    writeData(json);
-    return std::string("event: ") + name +
-           "\ndata: " + std::string(buffer.GetString(), buffer.GetSize()) + "\n\n";
+std::string event(const char *name, const rapidjson::StringBuffer &text) {
+    return std::string("event: ") + name + "\ndata: " + text.GetString() + "\n\n";
 }
 
 const char *nameOf(SizeSource source) {
-    switch (source) {
-    case SizeSource::given:
-        return "given";
-    case SizeSource::display:
-        return "display";
-    case SizeSource::panels:
-        return "panels";
-    }
-    return "";
+    return source == SizeSource::given     ? "given"
+           : source == SizeSource::display ? "display"
+                                           : "panels";
 }
 
 void writeDevice(Json &json, const WallDevice &device) {
@@ -106,16 +94,10 @@ void writeDevice(Json &json, const WallDevice &device) {
     write(json, "port", device.port);
     write(json, "layout", device.layout == Layout::narrow ? "narrow" : "wide");
     write(json, "side", std::min(side, largestLength));
-    writeList(json, "panels", device.panels, [&](const WallPanel &panel) {
-        json.StartArray();
-        json.Int(panel.panelID);
-        json.Int(panel.centreX);
-        json.Int(panel.centreY);
-        json.EndArray();
-    });
-    writeList(json, "rows",
-              device.history ? device.history->rowPanels() : std::vector<std::size_t>(),
-              [&](std::size_t panel) { json.Uint64(panel); });
+    write(json, "panels", listOf(device.panels, [](const WallPanel &panel) {
+              return std::array<std::int64_t, 3>{panel.panelID, panel.centreX, panel.centreY};
+          }));
+    write(json, "rows", device.history ? device.history->rowPanels() : std::vector<std::size_t>());
     json.EndObject();
 }
 
@@ -144,72 +126,79 @@ void writeState(Json &json, const WallDevice &device, const std::optional<std::u
     }
     write(json, "sent", sent);
     write(json, "shown", shown);
-    writeList(json, "left", device.panels, [&](const WallPanel &panel) {
-        json.Int64(timeOf(now + panel.transition.left(now)) - timeOf(now));
-    });
-    writeList(json, "times", device.panels,
-              [&](const WallPanel &panel) { json.Uint(panel.transitionTime); });
+    write(json, "left", listOf(device.panels, [&](const WallPanel &panel) {
+              return timeOf(now + panel.transition.left(now)) - timeOf(now);
+          }));
+    write(json, "times",
+          listOf(device.panels, [](const WallPanel &panel) { return panel.transitionTime; }));
     json.EndObject();
 }
 
 } // namespace
 
 std::string wallEvent(const Wall &wall, const WallFacts &facts) {
-    return event("wall", [&](Json &json) {
-        json.StartObject();
-        write(json, "config", facts.config);
-        write(json, "mode", modeName(facts.mode));
-        write(json, "recording", facts.isRecording);
-        // Whether the mode sends in a steady rhythm, so that gaps mean something.
-        write(json, "steady", facts.mode == 0);
-        write(json, "width", facts.screen.width);
-        write(json, "height", facts.screen.height);
-        write(json, "sizeFrom", nameOf(facts.sizeSource));
-        write(json, "unit", facts.transitionUnit.count());
-        write(json, "slotLength", ColourHistory::slotLength.count());
-        write(json, "slotCount", ColourHistory::slotCount);
-        write(json, "advice", facts.isRecording ? recordingAdvice : adviseOnSilence(facts.mode));
-        write(json, "tellingSilence", std::chrono::milliseconds(tellingSilence).count());
-        writeList(json, "devices", wall.devices(),
-                  [&](const WallDevice &device) { writeDevice(json, device); });
-        json.EndObject();
-    });
+    rapidjson::StringBuffer text;
+    Json json(text);
+    json.StartObject();
+    write(json, "config", facts.config);
+    write(json, "mode", modeName(facts.mode));
+    write(json, "recording", facts.isRecording);
+    write(json, "steady", facts.mode == 0); // whether it sends in a rhythm, so that gaps count
+    write(json, "width", facts.screen.width);
+    write(json, "height", facts.screen.height);
+    write(json, "sizeFrom", nameOf(facts.sizeSource));
+    write(json, "unit", facts.transitionUnit.count());
+    write(json, "slotLength", ColourHistory::slotLength.count());
+    write(json, "slotCount", ColourHistory::slotCount);
+    write(json, "advice", facts.isRecording ? recordingAdvice : adviseOnSilence(facts.mode));
+    write(json, "tellingSilence", std::chrono::milliseconds(tellingSilence).count());
+    json.Key("devices");
+    json.StartArray();
+    for (const WallDevice &device : wall.devices())
+        writeDevice(json, device);
+    json.EndArray();
+    json.EndObject();
+    return event("wall", text);
 }
 
 std::string pastEvent(const Wall &wall) {
-    return event("past", [&](Json &json) {
-        writeList(json, wall.devices(), [&](const WallDevice &device) {
-            json.StartArray();
-            if (device.history) {
-                for (const ColourHistory::Entry &entry : device.history->entries()) {
-                    std::string colours;
-                    for (const auto &colour : entry.rows)
-                        append(colours, colour);
-                    write(json, entry.slot);
-                    write(json, colours);
-                }
+    rapidjson::StringBuffer text;
+    Json json(text);
+    json.StartArray();
+    for (const WallDevice &device : wall.devices()) {
+        json.StartArray();
+        if (device.history) {
+            for (const ColourHistory::Entry &entry : device.history->entries()) {
+                std::string colours;
+                for (const auto &colour : entry.rows)
+                    append(colours, colour);
+                write(json, entry.slot);
+                write(json, colours);
             }
-            json.EndArray();
-        });
-    });
+        }
+        json.EndArray();
+    }
+    json.EndArray();
+    return event("past", text);
 }
 
 std::string nowEvent(const Wall &wall, const WallFacts &facts,
                      const std::vector<std::optional<std::uint64_t>> &lost, Clock::time_point now) {
-    return event("now", [&](Json &json) {
-        json.StartObject();
-        write(json, "time", timeOf(now));
-        write(json, "slot", ColourHistory::slotOf(now));
-        write(json, "silence", millisecondsOf(now - wall.lastArrival().value_or(facts.start)));
-        write(json, "warning", describeFlashes(wall, now));
-        write(json, "heard", wall.lastArrival().has_value());
-        std::size_t i = 0;
-        writeList(json, "devices", wall.devices(), [&](const WallDevice &device) {
-            writeState(json, device, i < lost.size() ? lost[i] : std::nullopt, now);
-            ++i;
-        });
-        json.EndObject();
-    });
+    rapidjson::StringBuffer text;
+    Json json(text);
+    json.StartObject();
+    write(json, "time", timeOf(now));
+    write(json, "slot", ColourHistory::slotOf(now));
+    write(json, "silence", millisecondsOf(now - wall.lastArrival().value_or(facts.start)));
+    write(json, "warning", describeFlashes(wall, now));
+    write(json, "heard", wall.lastArrival().has_value());
+    json.Key("devices");
+    json.StartArray();
+    for (std::size_t i = 0; i < wall.devices().size(); ++i)
+        writeState(json, wall.devices()[i], i < lost.size() ? lost[i] : std::nullopt, now);
+    json.EndArray();
+    json.EndObject();
+    return event("now", text);
 }
 
 } // namespace panelwall
