@@ -35,21 +35,27 @@ static bool isAddress(const std::string &host) {
     return std::regex_match(host, address);
 }
 
+// The whole value of a header line; the library's own function ends it at a zero byte.
+static std::string valueOf(const httplib::Request &request, const char *name) {
+    const auto found = request.headers.find(name);
+    return found == request.headers.end() ? "" : found->second;
+}
+
 Refusal judge(const httplib::Request &request, const std::string &token) {
     const std::string root = "/" + token + "/";
     if (!startsWith(request.path, root))
         return {404, "Open the whole address that panelwall has printed."};
     if (request.method != "GET")
         return {405, "The wall only answers GET: nothing can be changed from here."};
-    const std::string host = request.get_header_value("Host");
+    const std::string host = valueOf(request, "Host");
     if (request.get_header_value_count("Host") != 1 || !isAddress(host))
         return {421, "Ask for the wall by its address, as panelwall printed it, not by a name."};
-    const std::string origin = request.get_header_value("Origin");
-    const std::string site = request.get_header_value("Sec-Fetch-Site");
+    const std::string origin = valueOf(request, "Origin");
+    const std::string site = valueOf(request, "Sec-Fetch-Site");
     // Following a link to the page is fine; its parts are for the page itself.
     const bool opensPage = request.path == root &&
-                           request.get_header_value("Sec-Fetch-Mode") == "navigate" &&
-                           request.get_header_value("Sec-Fetch-Dest") == "document";
+                           valueOf(request, "Sec-Fetch-Mode") == "navigate" &&
+                           valueOf(request, "Sec-Fetch-Dest") == "document";
     if ((!origin.empty() && origin != "http://" + host) ||
         (!site.empty() && site != "same-origin" && site != "none" && !opensPage))
         return {403, "The wall does not answer pages of other sites."};

@@ -73,6 +73,7 @@ TEST(PanelwallAccess, OriginsOfOtherSitesAreRefused) {
     for (const char *origin :
          {"http://example.com", "https://127.0.0.1:8060", "http://127.0.0.1:8061", "null"})
         EXPECT_EQ(statusFrom(origin), 403) << origin;
+    EXPECT_EQ(statusFrom(std::string("\0http://example.com", 19)), 403);
 }
 
 TEST(PanelwallAccess, PartsOfThePageAreForThePage) {
