@@ -17,8 +17,10 @@ HttpClient::HttpClient(int port) : fd(socket(AF_INET, SOCK_STREAM, 0)) {
     address.sin_family = AF_INET;
     address.sin_port = htons(static_cast<in_port_t>(port));
     address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-    if (connect(fd, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0)
+    if (connect(fd, reinterpret_cast<const sockaddr *>(&address), sizeof address) != 0) {
+        close(fd);
         throw std::runtime_error("no connection");
+    }
 }
 
 HttpClient::~HttpClient() {
