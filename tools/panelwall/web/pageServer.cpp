@@ -1,6 +1,6 @@
 #include "tools/panelwall/web/pageServer.h"
 
-#include "tools/lights/loopbackAddress.h"
+#include "tools/lights/address.h"
 #include "tools/panelwall/web/access.h"
 #include "tools/panelwall/web/connection.h"
 #include "tools/panelwall/web/pageFiles.h"
@@ -64,11 +64,6 @@ PageServer::~PageServer() {
         listener.join();
 }
 
-static std::string nameOf(const std::string &address, int port) {
-    const bool six = address.find(':') != std::string::npos;
-    return (six ? "[" + address + "]" : address) + ":" + std::to_string(port);
-}
-
 static std::string describeFailure(int port, int error) {
     const std::string name = "port " + std::to_string(port);
     if (error == EADDRINUSE)
@@ -84,17 +79,20 @@ static std::string describeFailure(int port, int error) {
 
 std::string PageServer::open(const std::string &address, int port) {
     const std::string failure = "the live page cannot be served at ";
-    if (!parseEndpoint(address, port))
+    if (!lights::parseEndpoint(address, port))
         return failure + address + ": write an address such as 127.0.0.1, ::1 or 0.0.0.0";
     errno = 0;
     const int bound = port == 0 ? bind_to_any_port(address, AI_NUMERICHOST)
                       : bind_to_port(address, port, AI_NUMERICHOST) ? port
                                                                     : -1;
     if (bound < 0)
-        return failure + nameOf(address, port) + ": " + describeFailure(port, errno);
+        return failure + lights::endpointText(address, port) + ": " + describeFailure(port, errno);
     ::listen(listening, SOMAXCONN); // the library's queue is so short that a page may have to wait
     // All addresses are no place to go to; the machine's own is one of them.
-    name = nameOf(address == "0.0.0.0" ? "127.0.0.1" : address == "::" ? "::1" : address, bound);
+    name = lights::endpointText(address == "0.0.0.0" ? "127.0.0.1"
+                                : address == "::"    ? "::1"
+                                                     : address,
+                                bound);
 
     sigset_t all;
     sigset_t before;

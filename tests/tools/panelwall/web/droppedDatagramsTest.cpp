@@ -1,6 +1,6 @@
 #include "tools/panelwall/web/droppedDatagrams.h"
 #include "tests/tools/panelwall/wallSetup.h"
-#include "tools/lights/loopbackAddress.h"
+#include "tools/lights/address.h"
 
 #include <gtest/gtest.h>
 #include <sys/socket.h>
@@ -11,7 +11,7 @@ using namespace panelwall;
 TEST(PanelwallDroppedDatagrams, AreThoseThatFoundTheQueueFull) {
     EXPECT_EQ(droppedDatagrams(-1), std::nullopt);
     const int fd = socket(AF_INET, SOCK_DGRAM, 0);
-    const auto endpoint = parseEndpoint("127.0.71.20", 60222);
+    const auto endpoint = lights::parseEndpoint("127.0.71.20", 60222);
     ASSERT_EQ(bind(fd, reinterpret_cast<const sockaddr *>(&endpoint->address), endpoint->length),
               0);
     EXPECT_EQ(droppedDatagrams(fd), 0u);
