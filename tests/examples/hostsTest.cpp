@@ -1,7 +1,7 @@
 // The example hosts as people run them.
 #include "tests/support/panelRecords.h"
+#include "tests/support/process.h"
 #include "tests/support/virtualScreen.h"
-#include "tests/tools/panelwall/child.h"
 
 #include <algorithm>
 #include <csignal>
@@ -60,11 +60,11 @@ protected:
         useLibrary(LIBRARY);
         unsetenv("DISPLAY");
         if (!GetParam().make.empty()) {
-            test::Child make(GetParam().make);
-            const int status = make.waitExit();
+            test::Process make(GetParam().make);
+            const int status = make.finish().status;
             if (status == 77)
-                GTEST_SKIP() << make.out;
-            ASSERT_EQ(status, 0) << make.out << make.errors;
+                GTEST_SKIP() << make.out();
+            ASSERT_EQ(status, 0) << make.out() << make.err();
         }
     }
 
@@ -73,21 +73,21 @@ protected:
         return beginning + std::to_string(GetParam().light);
     }
 
-    static test::Child run(std::vector<std::string> arguments,
-                           test::Child::Output output = test::Child::Output::pipes) {
+    static test::Process run(const std::vector<std::string> &arguments,
+                             const test::Surroundings &surroundings = {}) {
         std::vector<std::string> command = GetParam().command;
         command.insert(command.end(), arguments.begin(), arguments.end());
-        return test::Child(command, output);
+        return test::Process(command, surroundings);
     }
 
     // What it has printed on standard error. Java's libjsig complains of whoever calls signal().
-    static std::string errorsOf(const test::Child &host) {
-        return std::regex_replace(host.errors, std::regex("OpenJDK VM warning: .*\n"), "");
+    static std::string errorsOf(const test::Process &host) {
+        return std::regex_replace(host.err(), std::regex("OpenJDK VM warning: .*\n"), "");
     }
 
     // A signal that comes just before Python's sleep does not end the sleep. False past the
     // deadline.
-    static bool awaitSleep(const test::Child &host) {
+    static bool awaitSleep(const test::Process &host) {
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
         while (std::chrono::steady_clock::now() < deadline) {
             std::ifstream file("/proc/" + std::to_string(host.pid()) + "/status");
@@ -103,12 +103,12 @@ protected:
     // what it has printed.
     static std::string expectOneLine(const std::vector<std::string> &arguments,
                                      const std::string &line, int status = 1) {
-        test::Child host = run(arguments);
-        EXPECT_EQ(host.waitExit(), status) << host.out;
-        EXPECT_NE(host.errors.find(line), std::string::npos) << host.errors;
-        EXPECT_EQ(std::count(host.errors.begin(), host.errors.end(), '\n'), 1) << host.errors;
-        EXPECT_TRUE(host.errors.ends_with("\n")) << host.errors;
-        return host.out;
+        test::Process host = run(arguments);
+        EXPECT_EQ(host.finish().status, status) << host.out();
+        EXPECT_NE(host.err().find(line), std::string::npos) << host.err();
+        EXPECT_EQ(std::count(host.err().begin(), host.err().end(), '\n'), 1) << host.err();
+        EXPECT_TRUE(host.err().ends_with("\n")) << host.err();
+        return host.out();
     }
 };
 
@@ -138,21 +138,21 @@ TEST_P(HostTest, MirrorsTheFirstDisplay) {
     screen.use();
     const std::string address = lightOf("127.0.76.");
     test::LightReceiver light(address, 60222);
-    test::Child host = run({address, "2"});
-    ASSERT_TRUE(host.waitFor(" onto " + address + "\n")) << host.out << host.errors;
-    EXPECT_NE(host.out.find(": 480 x 300\n"), std::string::npos) << host.out;
+    test::Process host = run({address, "2"});
+    host.waitFor(" onto " + address + "\n");
+    EXPECT_NE(host.out().find(": 480 x 300\n"), std::string::npos) << host.out();
 
     // The light shows the screen and follows it.
     EXPECT_TRUE(shows(light, 0x00ff00, 0x00ff00));
     drawHalves(screen);
     EXPECT_TRUE(shows(light, 0xff0000, 0x0000ff));
 
-    EXPECT_EQ(host.waitExit(), 0) << host.errors;
+    EXPECT_EQ(host.finish().status, 0) << host.err();
     EXPECT_EQ(errorsOf(host), "");
     const std::string animData =
         "4 1 1 255 0 0 0 5 2 1 255 0 0 0 5 3 1 0 0 255 0 5 4 1 0 0 255 0 5";
-    EXPECT_NE(host.out.find(animData), std::string::npos) << host.out;
-    EXPECT_NE(host.out.find("palette: #ff0000 #"), std::string::npos) << host.out;
+    EXPECT_NE(host.out().find(animData), std::string::npos) << host.out();
+    EXPECT_NE(host.out().find("palette: #ff0000 #"), std::string::npos) << host.out();
 }
 
 // The library's handler of SIGPIPE would end it.
@@ -161,12 +161,12 @@ TEST_P(HostTest, GoesOnWhenAPipeBreaksInMidRun) {
     screen.use();
     const std::string address = lightOf("127.0.76.1");
     test::LightReceiver light(address, 60222);
-    test::Child host = run({address, "1"});
-    ASSERT_TRUE(host.waitFor(" onto " + address + "\n")) << host.out << host.errors;
+    test::Process host = run({address, "1"});
+    host.waitFor(" onto " + address + "\n");
     host.closeOutput();
     drawHalves(screen);
     EXPECT_TRUE(shows(light, 0xff0000, 0x0000ff));
-    EXPECT_EQ(host.waitExit(), 1);
+    EXPECT_EQ(host.finish().status, 1);
     const std::string errors = errorsOf(host);
     EXPECT_TRUE(errors.ends_with(": standard output cannot be written\n")) << errors;
     EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 1) << errors;
@@ -176,22 +176,22 @@ TEST_P(HostTest, GoesOnWhenAPipeBreaksInMidRun) {
 TEST_P(HostTest, EndsOnAnInterruptInItsOwnWay) {
     test::VirtualScreen screen(width, height);
     screen.use();
-    test::Child host = run({lightOf("127.0.76.2"), "600"});
-    ASSERT_TRUE(host.waitFor(" onto ")) << host.out << host.errors;
+    test::Process host = run({lightOf("127.0.76.2"), "600"});
+    host.waitFor(" onto ");
     ASSERT_TRUE(awaitSleep(host));
     host.signal(SIGINT);
-    EXPECT_EQ(host.waitExit(), GetParam().interrupted) << host.errors;
+    EXPECT_EQ(host.finish().status, GetParam().interrupted) << host.err();
 }
 
 TEST_P(HostTest, ShowsThePaletteInColourOnATerminal) {
     test::VirtualScreen screen(width, height);
     drawHalves(screen);
     screen.use();
-    test::Child host = run({"::1", "1"}, test::Child::Output::terminal);
-    EXPECT_EQ(host.waitExit(), 0) << host.out;
-    EXPECT_NE(host.out.find("palette: \x1b[48;2;255;0;0m  \x1b[0m #ff0000 \x1b[48;2;"),
+    test::Process host = run({"::1", "1"}, {.terminal = test::TerminalSize{}});
+    EXPECT_EQ(host.finish().status, 0) << host.out();
+    EXPECT_NE(host.out().find("palette: \x1b[48;2;255;0;0m  \x1b[0m #ff0000 \x1b[48;2;"),
               std::string::npos)
-        << host.out;
+        << host.out();
 }
 
 TEST_P(HostTest, SaysThatAnAddressDoesNotParse) {

@@ -1,6 +1,6 @@
 // The short hosts that documents print, the README's and the header's, with a library that fails as
 // it is told and sleeps that end at once.
-#include "tests/tools/panelwall/child.h"
+#include "tests/support/process.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>
@@ -8,12 +8,12 @@
 namespace {
 
 // The failing library replaces the one that the hosts are linked to.
-test::Child run(const std::vector<std::string> &command, const char *function = "",
-                const char *result = "") {
-    return test::Child({"/usr/bin/env", "FAIL=" + std::string(function),
-                        "FAIL_WITH=" + std::string(result),
-                        "LD_PRELOAD=" FAILING_LIBRARY ":" SHORT_SLEEP, command[0],
-                        command.size() > 1 ? command[1] : ""});
+test::Process run(const std::vector<std::string> &command, const char *function = "",
+                  const char *result = "") {
+    return test::Process({"/usr/bin/env", "FAIL=" + std::string(function),
+                          "FAIL_WITH=" + std::string(result),
+                          "LD_PRELOAD=" FAILING_LIBRARY ":" SHORT_SLEEP, command[0],
+                          command.size() > 1 ? command[1] : ""});
 }
 
 } // namespace
@@ -22,10 +22,10 @@ test::Child run(const std::vector<std::string> &command, const char *function = 
 TEST(ShortHosts, mirrorTheFirstDisplay) {
     for (const auto &command :
          {std::vector<std::string>{README_HOST, "127.0.0.1"}, {HEADER_HOST}}) {
-        test::Child host = run(command);
-        EXPECT_EQ(host.waitExit(), 0) << command[0] << ": " << host.errors;
-        EXPECT_EQ(host.out, "stopped\n");
-        EXPECT_EQ(host.errors, "");
+        test::Process host = run(command);
+        EXPECT_EQ(host.finish().status, 0) << command[0] << ": " << host.err();
+        EXPECT_EQ(host.out(), "stopped\n");
+        EXPECT_EQ(host.err(), "");
     }
 }
 
@@ -43,13 +43,13 @@ TEST(ShortHosts, sayWhyTheyEnd) {
         {"stopMirror", "-1", "mirroring could not be stopped"},
     };
     for (const auto &failure : failures) {
-        test::Child host = run({README_HOST, "127.0.0.1"}, failure.function, failure.result);
-        EXPECT_EQ(host.waitExit(), 1) << failure.line;
-        EXPECT_EQ(host.errors, "host: " + std::string(failure.line) + "\n");
-        test::Child header = run({HEADER_HOST}, failure.function, failure.result);
-        EXPECT_EQ(header.waitExit(), 1) << failure.line;
+        test::Process host = run({README_HOST, "127.0.0.1"}, failure.function, failure.result);
+        EXPECT_EQ(host.finish().status, 1) << failure.line;
+        EXPECT_EQ(host.err(), "host: " + std::string(failure.line) + "\n");
+        test::Process header = run({HEADER_HOST}, failure.function, failure.result);
+        EXPECT_EQ(header.finish().status, 1) << failure.line;
     }
-    test::Child unaddressed({README_HOST});
-    EXPECT_EQ(unaddressed.waitExit(), 1);
-    EXPECT_EQ(unaddressed.errors, "host: name the address of a light, such as 192.0.2.7\n");
+    test::Process unaddressed({README_HOST});
+    EXPECT_EQ(unaddressed.finish().status, 1);
+    EXPECT_EQ(unaddressed.err(), "host: name the address of a light, such as 192.0.2.7\n");
 }

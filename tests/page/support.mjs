@@ -6,9 +6,10 @@ import { mkdtempSync, rmSync, writeFileSync } from "node:fs";
 import { createRequire } from "node:module";
 import { tmpdir } from "node:os";
 import { join } from "node:path";
-import { inflateSync } from "node:zlib";
 
-const { chromium } = createRequire(process.env.PAGE_MODULES + "/")("playwright-core");
+const modules = createRequire(process.env.PAGE_MODULES + "/");
+const { chromium } = modules("playwright-core");
+const { PNG } = modules("pngjs");
 
 const patience = 20000;
 
@@ -188,52 +189,15 @@ export class Sender {
   }
 }
 
-// The pixels of a PNG with eight bits a channel, as browsers write them.
-export function decodePng(png) {
-  let at = 8;
-  let width;
-  let height;
-  let channels;
-  const parts = [];
-  while (at < png.length) {
-    const length = png.readUInt32BE(at);
-    const type = png.toString("latin1", at + 4, at + 8);
-    const data = png.subarray(at + 8, at + 8 + length);
-    if (type === "IHDR") {
-      width = data.readUInt32BE(0);
-      height = data.readUInt32BE(4);
-      channels = { 2: 3, 6: 4 }[data[9]];
-    } else if (type === "IDAT") {
-      parts.push(data);
-    }
-    at += length + 12;
-  }
-  const raw = inflateSync(Buffer.concat(parts));
-  const stride = width * channels;
-  const pixels = Buffer.alloc(stride * height);
-  for (let y = 0; y < height; ++y) {
-    const filter = raw[y * (stride + 1)];
-    for (let i = 0; i < stride; ++i) {
-      const left = i >= channels ? pixels[y * stride + i - channels] : 0;
-      const up = y > 0 ? pixels[(y - 1) * stride + i] : 0;
-      const corner = y > 0 && i >= channels ? pixels[(y - 1) * stride + i - channels] : 0;
-      const distances = [left, up, corner].map((value) => Math.abs(left + up - corner - value));
-      const nearest =
-        distances[0] <= distances[1] && distances[0] <= distances[2]
-          ? left
-          : distances[1] <= distances[2]
-            ? up
-            : corner;
-      const guess = [0, left, up, (left + up) >> 1, nearest][filter];
-      pixels[y * stride + i] = raw[y * (stride + 1) + 1 + i] + guess;
-    }
-  }
+// The pixels of a PNG.
+export function decodePng(bytes) {
+  const { width, height, data } = PNG.sync.read(bytes);
   return {
     width,
     height,
     at(x, y) {
-      const i = (Math.round(y) * width + Math.round(x)) * channels;
-      return (pixels[i] << 16) | (pixels[i + 1] << 8) | pixels[i + 2];
+      const i = (Math.round(y) * width + Math.round(x)) * 4;
+      return (data[i] << 16) | (data[i + 1] << 8) | data[i + 2];
     },
   };
 }

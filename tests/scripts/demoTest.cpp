@@ -1,6 +1,6 @@
 // The demo on a terminal, as a person meets it.
+#include "tests/support/process.h"
 #include "tests/support/virtualScreen.h"
-#include "tests/tools/panelwall/child.h"
 #include "tests/tools/panelwall/wallSetup.h"
 #include "tests/tools/panelwall/web/httpClient.h"
 
@@ -73,10 +73,10 @@ protected:
     }
 
     // Presses Ctrl-C and looks at what is left.
-    static void interrupt(Child &demo) {
+    static void interrupt(Process &demo) {
         EXPECT_GE(running().size(), 5u); // screen, player, mirror, photographer, wall
         demo.type("\x03");
-        EXPECT_EQ(demo.waitExit(), 130);
+        EXPECT_EQ(demo.finish().status, 130);
         // The system may take a moment to remove what has ended.
         for (int tries = 0; tries < 500 && !running().empty(); ++tries)
             poll(nullptr, 0, 10);
@@ -85,10 +85,10 @@ protected:
 };
 
 TEST_F(Demo, ShowsThePagesAddressAndLeavesNothingRunningOnCtrlC) {
-    Child demo({"/bin/sh", DEMO, "match"}, Child::Output::terminal, 100, 40);
-    ASSERT_TRUE(demo.waitFor("15/15 lit")) << demo.out;
-    const Page page = pageIn(demo.out);
-    EXPECT_EQ(statusOf(get(page.port, page.path)), 200) << demo.out;
+    Process demo({"/bin/sh", DEMO, "match"}, {.terminal = test::TerminalSize{100, 40}});
+    demo.waitFor("15/15 lit");
+    const Page page = pageIn(demo.out());
+    EXPECT_EQ(statusOf(get(page.port, page.path)), 200) << demo.out();
     interrupt(demo);
     EXPECT_THROW(HttpClient(page.port), std::runtime_error);
 }
@@ -99,8 +99,8 @@ TEST_F(Demo, OpensThePageWhereThereIsADesktop) {
     findFirst(folder, "xdg-open", "printf '%s\\n' \"$1\" >" + asked);
     const VirtualScreen screen(640, 360);
     screen.use();
-    Child demo({"/bin/sh", DEMO, "match"}, Child::Output::terminal, 100, 40);
-    ASSERT_TRUE(demo.waitFor("15/15 lit")) << demo.out;
+    Process demo({"/bin/sh", DEMO, "match"}, {.terminal = test::TerminalSize{100, 40}});
+    demo.waitFor("15/15 lit");
     for (int tries = 0; tries < 1000 && readAll(asked).empty(); ++tries)
         poll(nullptr, 0, 10);
     // Others can see what it is asked for, so that is a file, and the address in it.
@@ -109,14 +109,14 @@ TEST_F(Demo, OpensThePageWhereThereIsADesktop) {
     EXPECT_EQ(statusOf(get(page.port, page.path)), 200) << link;
     EXPECT_EQ(link.find(page.path), std::string::npos) << link;
     demo.type("\x03");
-    EXPECT_EQ(demo.waitExit(), 130);
+    EXPECT_EQ(demo.finish().status, 130);
 }
 
 // A player that is told to end while it draws may deadlock.
 TEST_F(Demo, EndsEvenIfItsPlayerDoesNotWhenAsked) {
     const Folder folder;
     findFirst(folder, "ffplay", "trap '' TERM INT\nexec sleep 1000");
-    Child demo({"/bin/sh", DEMO, "match"}, Child::Output::terminal, 100, 40);
-    ASSERT_TRUE(demo.waitFor("15/15 lit")) << demo.out;
+    Process demo({"/bin/sh", DEMO, "match"}, {.terminal = test::TerminalSize{100, 40}});
+    demo.waitFor("15/15 lit");
     interrupt(demo);
 }

@@ -1,5 +1,5 @@
 #include "tests/support/lightReceiver.h"
-#include "tests/tools/panelwall/child.h"
+#include "tests/support/process.h"
 #include "tests/tools/panelwall/wallSetup.h"
 
 #include <gtest/gtest.h>
@@ -9,11 +9,11 @@ using namespace test;
 static void expectFailure(std::vector<std::string> arguments, int status,
                           const std::vector<std::string> &texts) {
     arguments.insert(arguments.begin(), PANELWALL_PROGRAM);
-    Child wall(arguments);
-    EXPECT_EQ(wall.waitExit(), status) << wall.out;
+    Process wall(arguments);
+    EXPECT_EQ(wall.finish().status, status) << wall.out();
     for (const std::string &text : texts)
-        EXPECT_NE(wall.errors.find(text), std::string::npos) << text << "\nis not in\n"
-                                                             << wall.errors;
+        EXPECT_NE(wall.err().find(text), std::string::npos) << text << "\nis not in\n"
+                                                            << wall.err();
 }
 
 TEST(PanelwallErrors, CommandLine) {
@@ -32,18 +32,18 @@ TEST(PanelwallErrors, CommandLine) {
 }
 
 TEST(PanelwallErrors, Help) {
-    Child wall({PANELWALL_PROGRAM, "--help"});
-    EXPECT_EQ(wall.waitExit(), 0);
+    Process wall({PANELWALL_PROGRAM, "--help"});
+    EXPECT_EQ(wall.finish().status, 0);
     for (const char *text :
          {"Exit statuses:", "SIGUSR1", "--snapshot FILE", "--size WxH", "--transition-unit MS"})
-        EXPECT_NE(wall.out.find(text), std::string::npos) << text;
+        EXPECT_NE(wall.out().find(text), std::string::npos) << text;
 }
 
 TEST(PanelwallErrors, Version) {
-    Child wall({PANELWALL_PROGRAM, "--version"});
-    EXPECT_EQ(wall.waitExit(), 0);
-    EXPECT_EQ(wall.out, "panelwall " PROJECT_VERSION "\n");
-    EXPECT_EQ(wall.errors, "");
+    Process wall({PANELWALL_PROGRAM, "--version"});
+    EXPECT_EQ(wall.finish().status, 0);
+    EXPECT_EQ(wall.out(), "panelwall " PROJECT_VERSION "\n");
+    EXPECT_EQ(wall.err(), "");
 }
 
 TEST(PanelwallErrors, Files) {

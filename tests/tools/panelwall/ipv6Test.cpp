@@ -1,4 +1,4 @@
-#include "tests/tools/panelwall/child.h"
+#include "tests/support/process.h"
 #include "tests/tools/panelwall/wallSetup.h"
 
 #include <csignal>
@@ -11,12 +11,12 @@ TEST(PanelwallIpv6, HearsBothPorts) {
     const auto config =
         folder.write("wall.json", documentText({deviceText("::1", 1, {{3, 100, 100}}),
                                                 deviceText("::1", 2, {{258, 300, 100}})}));
-    Child wall({PANELWALL_PROGRAM, config});
-    ASSERT_TRUE(wall.waitFor("listening: device 1 at \"::1\", UDP port 60222")) << wall.errors;
+    Process wall({PANELWALL_PROGRAM, config});
+    wall.waitFor("listening: device 1 at \"::1\", UDP port 60222");
     sendTo("::1", 60221, {1, 3, 1, 10, 20, 30, 0, 5});
     sendTo("::1", 60222, {0, 1, 1, 2, 9, 8, 7, 0, 0, 5});
-    EXPECT_TRUE(wall.waitFor("device 0  [::1]:60221  1/1 lit"));
-    EXPECT_TRUE(wall.waitFor("device 1  [::1]:60222  1/1 lit"));
+    wall.waitFor("device 0  [::1]:60221  1/1 lit");
+    wall.waitFor("device 1  [::1]:60222  1/1 lit");
     wall.signal(SIGINT);
-    EXPECT_EQ(wall.waitExit(), 0);
+    EXPECT_EQ(wall.finish().status, 0);
 }

@@ -1,5 +1,5 @@
 // The program's recordings: made from real datagrams, played back, sent on and compared.
-#include "tests/tools/panelwall/child.h"
+#include "tests/support/process.h"
 #include "tests/tools/panelwall/readPng.h"
 #include "tests/tools/panelwall/recordings.h"
 #include "tests/tools/panelwall/wallSetup.h"
@@ -23,9 +23,9 @@ static void write(const std::string &path, const std::string &bytes) {
 }
 
 static std::string troubleOf(std::vector<std::string> arguments, int status) {
-    Child wall(commandOf(std::move(arguments)));
-    EXPECT_EQ(wall.waitExit(), status) << wall.errors;
-    return wall.errors;
+    Process wall(commandOf(std::move(arguments)));
+    EXPECT_EQ(wall.finish().status, status) << wall.err();
+    return wall.err();
 }
 
 TEST(PanelwallRecord, KeepsEveryDatagramMalformedOnesToo) {
@@ -35,22 +35,22 @@ TEST(PanelwallRecord, KeepsEveryDatagramMalformedOnesToo) {
                                                 deviceText("127.0.45.12", 2, {{258, 500, 100}})},
                                                3));
     const auto file = folder.file("a.wall");
-    Child wall(commandOf({config, "--record", file}));
-    ASSERT_TRUE(wall.waitFor("listening: device 1"));
+    Process wall(commandOf({config, "--record", file}));
+    wall.waitFor("listening: device 1");
     const std::vector<std::uint8_t> good{1, 3, 1, 10, 20, 30, 0, 5};
     sendTo("127.0.45.11", 60221, good);
     sendTo("127.0.45.12", 60222, {});
-    ASSERT_TRUE(wall.waitFor("malformed 1  total 1  last malformed: 0 bytes"));
+    wall.waitFor("malformed 1  total 1  last malformed: 0 bytes");
     const std::vector<std::uint8_t> large(65507, 0xff);
     sendTo("127.0.45.12", 60222, large);
-    ASSERT_TRUE(wall.waitFor("malformed 2  total 2"));
+    wall.waitFor("malformed 2  total 2");
     wall.signal(SIGINT);
-    EXPECT_EQ(wall.waitExit(), 0) << wall.errors;
+    EXPECT_EQ(wall.finish().status, 0) << wall.err();
     const std::string bytes = readBytes(file);
-    EXPECT_NE(wall.out.find("recorded: 3 datagrams, " + std::to_string(bytes.size()) +
-                            " bytes in " + file + "\n"),
+    EXPECT_NE(wall.out().find("recorded: 3 datagrams, " + std::to_string(bytes.size()) +
+                              " bytes in " + file + "\n"),
               std::string::npos)
-        << wall.out;
+        << wall.out();
 
     const Read read = readRecording(bytes);
     EXPECT_EQ(read.trouble, "");
@@ -72,8 +72,8 @@ TEST(PanelwallRecord, KeepsTheTimesOfArrivalWhileTheProgramIsHeldUp) {
     const auto config =
         folder.write("wall.json", documentText({deviceText("127.0.45.13", 2, {{1, 100, 100}})}));
     const auto file = folder.file("a.wall");
-    Child wall(commandOf({config, "--record", file}));
-    ASSERT_TRUE(wall.waitFor("listening: device 0"));
+    Process wall(commandOf({config, "--record", file}));
+    wall.waitFor("listening: device 0");
     wall.signal(SIGSTOP);
     const auto begin = std::chrono::steady_clock::now();
     sendTo("127.0.45.13", 60222, panelOne(1));
@@ -81,9 +81,9 @@ TEST(PanelwallRecord, KeepsTheTimesOfArrivalWhileTheProgramIsHeldUp) {
     sendTo("127.0.45.13", 60222, panelOne(2));
     const auto passed = std::chrono::steady_clock::now() - begin;
     wall.signal(SIGCONT);
-    ASSERT_TRUE(wall.waitFor("total 2"));
+    wall.waitFor("total 2");
     wall.signal(SIGINT);
-    EXPECT_EQ(wall.waitExit(), 0);
+    EXPECT_EQ(wall.finish().status, 0);
     const Read read = readRecording(readBytes(file));
     ASSERT_EQ(read.datagrams.size(), 2u);
     const auto interval = read.datagrams[1].time - read.datagrams[0].time;
@@ -100,12 +100,12 @@ TEST(PanelwallReplay, ShowsTheRecordingOnTheWall) {
                         {0, microseconds(1000), panelOne(200, 100, 50)}},
                        20'000));
     const auto png = folder.file("a.png");
-    Child wall(commandOf({"--replay", file, "--snapshot", png, "--transition-unit", "0"}));
-    EXPECT_EQ(wall.waitExit(), 0) << wall.errors;
-    EXPECT_NE(wall.out.find("replaying: device 0 at \"127.0.45.14\", UDP port 60222, 1 panels\n"),
+    Process wall(commandOf({"--replay", file, "--snapshot", png, "--transition-unit", "0"}));
+    EXPECT_EQ(wall.finish().status, 0) << wall.err();
+    EXPECT_NE(wall.out().find("replaying: device 0 at \"127.0.45.14\", UDP port 60222, 1 panels\n"),
               std::string::npos);
-    EXPECT_NE(wall.out.find("ended: device 0  127.0.45.14:60222  1/1 lit"), std::string::npos);
-    EXPECT_NE(wall.out.find("total 2\n"), std::string::npos) << wall.out;
+    EXPECT_NE(wall.out().find("ended: device 0  127.0.45.14:60222  1/1 lit"), std::string::npos);
+    EXPECT_NE(wall.out().find("total 2\n"), std::string::npos) << wall.out();
     EXPECT_EQ(readPng(png).at(100, 200), 0xC86432u);
 }
 
@@ -119,9 +119,9 @@ TEST(PanelwallReplay, TakesItsTimeAndAnotherSpeed) {
                            {{0, microseconds(20'000'000), panelOne(9)}}, 30'000'000));
     const auto timeOf = [](const std::string &path, const char *speed) {
         const auto begin = std::chrono::steady_clock::now();
-        Child wall(commandOf({"--replay", path, "--speed", speed}));
-        EXPECT_EQ(wall.waitExit(), 0);
-        EXPECT_NE(wall.out.find("total 1\n"), std::string::npos) << wall.out;
+        Process wall(commandOf({"--replay", path, "--speed", speed}));
+        EXPECT_EQ(wall.finish().status, 0);
+        EXPECT_NE(wall.out().find("total 1\n"), std::string::npos) << wall.out();
         return std::chrono::steady_clock::now() - begin;
     };
     EXPECT_GE(timeOf(file, "1"), std::chrono::milliseconds(900));
@@ -136,11 +136,11 @@ TEST(PanelwallReplay, PlaysADamagedRecordingUpToItsFault) {
         record(wideDevices({"127.0.45.16"}),
                {{0, microseconds(0), panelOne(9)}, {0, microseconds(1000), panelOne(9)}}, 20'000);
     write(file, whole.substr(0, whole.size() - 10));
-    Child wall(commandOf({"--replay", file}));
-    EXPECT_EQ(wall.waitExit(), 7);
-    EXPECT_NE(wall.out.find("total 1\n"), std::string::npos) << wall.out;
-    EXPECT_NE(wall.errors.find("panelwall: " + file + ": ends at byte "), std::string::npos)
-        << wall.errors;
+    Process wall(commandOf({"--replay", file}));
+    EXPECT_EQ(wall.finish().status, 7);
+    EXPECT_NE(wall.out().find("total 1\n"), std::string::npos) << wall.out();
+    EXPECT_NE(wall.err().find("panelwall: " + file + ": ends at byte "), std::string::npos)
+        << wall.err();
 }
 
 TEST(PanelwallReplay, SendsToTheConfigurationsDevicesInsteadOfTheRecorded) {
@@ -150,14 +150,14 @@ TEST(PanelwallReplay, SendsToTheConfigurationsDevicesInsteadOfTheRecorded) {
     const auto config =
         folder.write("wall.json", documentText({deviceText("127.0.45.17", 2, {{1, 100, 100}})}));
     const auto again = folder.file("b.wall");
-    Child wall(commandOf({config, "--record", again}));
-    ASSERT_TRUE(wall.waitFor("listening: device 0"));
-    Child replay(commandOf({config, "--replay", file, "--send"}));
-    EXPECT_EQ(replay.waitExit(), 0) << replay.errors;
-    EXPECT_NE(replay.out.find("sent: 1 datagrams\n"), std::string::npos) << replay.out;
-    EXPECT_TRUE(wall.waitFor("1/1 lit"));
+    Process wall(commandOf({config, "--record", again}));
+    wall.waitFor("listening: device 0");
+    Process replay(commandOf({config, "--replay", file, "--send"}));
+    EXPECT_EQ(replay.finish().status, 0) << replay.err();
+    EXPECT_NE(replay.out().find("sent: 1 datagrams\n"), std::string::npos) << replay.out();
+    wall.waitFor("1/1 lit");
     wall.signal(SIGINT);
-    EXPECT_EQ(wall.waitExit(), 0);
+    EXPECT_EQ(wall.finish().status, 0);
     const Read read = readRecording(readBytes(again));
     ASSERT_EQ(read.datagrams.size(), 1u);
     EXPECT_EQ(read.datagrams[0].bytes, panelOne(7, 8, 9));
@@ -177,9 +177,9 @@ TEST(PanelwallReplay, AnAddressCannotReachTheTerminal) {
     const Folder folder;
     const auto file = folder.file("a.wall");
     write(file, record(wideDevices({"\x1b[2J"}), {}, 10));
-    Child wall(commandOf({"--replay", file}));
-    EXPECT_EQ(wall.waitExit(), 5);
-    EXPECT_EQ((wall.out + wall.errors).find('\x1b'), std::string::npos);
+    Process wall(commandOf({"--replay", file}));
+    EXPECT_EQ(wall.finish().status, 5);
+    EXPECT_EQ((wall.out() + wall.err()).find('\x1b'), std::string::npos);
 }
 
 TEST(PanelwallReplay, SaysWhatIsWrongWithFilesAndOptions) {
@@ -217,9 +217,9 @@ TEST(PanelwallCompare, ExitStatusSaysWhetherTheyDiffer) {
     write(folder.file("other"), record(documents, {{0, microseconds(5), panelOne(2)}}, 10));
     write(folder.file("cut"), bytes.substr(0, bytes.size() - 1));
     const auto compare = [&](const std::string &left, const std::string &right, int status) {
-        Child wall(commandOf({"--compare", folder.file(left), folder.file(right)}));
-        EXPECT_EQ(wall.waitExit(), status) << wall.out << wall.errors;
-        return wall.out + wall.errors;
+        Process wall(commandOf({"--compare", folder.file(left), folder.file(right)}));
+        EXPECT_EQ(wall.finish().status, status) << wall.out() << wall.err();
+        return wall.out() + wall.err();
     };
     EXPECT_NE(compare("a", "later", 0).find("the same: 1 devices\n"), std::string::npos);
     EXPECT_NE(compare("a", "other", 1).find("colour (1, 0, 0) and (2, 0, 0)"), std::string::npos);

@@ -1,4 +1,4 @@
-#include "tests/tools/panelwall/child.h"
+#include "tests/support/process.h"
 #include "tests/tools/panelwall/wallSetup.h"
 
 #include <algorithm>
@@ -25,47 +25,50 @@ static std::string writeConfig(const Folder &folder, const std::string &ip) {
 
 TEST(PanelwallTerminal, DrawsColoursInPlaceAndRestoresTheTerminal) {
     const Folder folder;
-    Child wall({PANELWALL_PROGRAM, writeConfig(folder, "127.0.41.40"), "--size", "600x400"},
-               Child::Output::terminal);
-    ASSERT_TRUE(wall.waitFor("0/3 lit"));
-    EXPECT_EQ(wall.out.find(enterScreen + hideCursor), 0u);
-    EXPECT_EQ(wall.out.find("8;2;12;34;56m"), std::string::npos);
+    Process wall({PANELWALL_PROGRAM, writeConfig(folder, "127.0.41.40"), "--size", "600x400"},
+                 {.terminal = test::TerminalSize{}});
+    wall.waitFor("0/3 lit");
+    EXPECT_EQ(wall.out().find(enterScreen + hideCursor), 0u);
+    EXPECT_EQ(wall.out().find("8;2;12;34;56m"), std::string::npos);
 
     sendTo("127.0.41.40", 60222, {0, 1, 0, 2, 12, 34, 56, 0, 0, 5});
-    ASSERT_TRUE(wall.waitFor("8;2;12;34;56m"));
-    ASSERT_TRUE(wall.waitFor("1/3 lit"));
+    wall.waitFor("8;2;12;34;56m");
+    wall.waitFor("1/3 lit");
     // A later frame begins at the top left again, on the same screen, and has the newer colour.
-    const std::size_t seen = wall.out.size();
+    const std::size_t seen = wall.out().size();
     sendTo("127.0.41.40", 60222, {0, 1, 0, 2, 65, 43, 21, 0, 0, 5});
-    ASSERT_TRUE(wall.waitFor("8;2;65;43;21m", seen));
-    const std::size_t frame = wall.out.rfind(home, wall.out.find("8;2;65;43;21m"));
+    wall.waitFor("8;2;65;43;21m", seen);
+    const std::size_t frame = wall.out().rfind(home, wall.out().find("8;2;65;43;21m"));
     ASSERT_NE(frame, std::string::npos);
-    EXPECT_EQ(wall.out.find("8;2;12;34;56m", frame), std::string::npos);
-    EXPECT_EQ(wall.out.find(enterScreen, 1), std::string::npos);
+    EXPECT_EQ(wall.out().find("8;2;12;34;56m", frame), std::string::npos);
+    EXPECT_EQ(wall.out().find(enterScreen, 1), std::string::npos);
 
     wall.type("\x03");
-    EXPECT_EQ(wall.waitExit(), 0);
-    const std::size_t left = wall.out.find(leaveScreen);
+    EXPECT_EQ(wall.finish().status, 0);
+    const std::size_t left = wall.out().find(leaveScreen);
     ASSERT_NE(left, std::string::npos);
-    EXPECT_NE(wall.out.rfind(showCursor, left), std::string::npos);
-    EXPECT_NE(wall.out.find("ended: device 0  127.0.41.40:60222  1/3 lit", left),
+    EXPECT_NE(wall.out().rfind(showCursor, left), std::string::npos);
+    EXPECT_NE(wall.out().find("ended: device 0  127.0.41.40:60222  1/3 lit", left),
               std::string::npos);
 }
 
 TEST(PanelwallTerminal, WarnsWhileTheWallFlashes) {
     const Folder folder;
-    for (const auto output : {Child::Output::terminal, Child::Output::pipes}) {
+    for (const bool onTerminal : {true, false}) {
         const auto config = folder.write(
             "wall.json", documentText({deviceText("127.0.58.66", 2, {{1, 300, 200}})}));
-        Child wall({PANELWALL_PROGRAM, config}, output, 200, 24);
-        ASSERT_TRUE(wall.waitFor(output == Child::Output::terminal ? "0/1 lit" : "listening"));
+        Surroundings surroundings;
+        if (onTerminal)
+            surroundings.terminal = {200, 24};
+        Process wall({PANELWALL_PROGRAM, config}, surroundings);
+        wall.waitFor(onTerminal ? "0/1 lit" : "listening");
         for (int i = 0; i < 12; ++i) {
             const auto level = static_cast<std::uint8_t>(i % 2 == 0 ? 255 : 0);
             sendTo("127.0.58.66", 60222, {0, 1, 0, 1, level, level, level, 0, 0, 0});
         }
-        EXPECT_TRUE(wall.waitFor("The whole wall flashes, up to 5.5 times within a second"));
+        wall.waitFor("The whole wall flashes, up to 5.5 times within a second");
         wall.signal(SIGINT);
-        EXPECT_EQ(wall.waitExit(), 0);
+        EXPECT_EQ(wall.finish().status, 0);
     }
 }
 
@@ -75,20 +78,20 @@ TEST(PanelwallTerminal, PanelsMoveToTheirColour) {
     const Folder folder;
     const auto config =
         folder.write("wall.json", documentText({deviceText("127.0.58.61", 2, {{1, 300, 200}})}));
-    Child wall({PANELWALL_PROGRAM, config, "--size", "600x400", "--transition-unit", "1000"},
-               Child::Output::terminal);
-    ASSERT_TRUE(wall.waitFor("0/1 lit"));
-    const std::size_t seen = wall.out.size();
+    Process wall({PANELWALL_PROGRAM, config, "--size", "600x400", "--transition-unit", "1000"},
+                 {.terminal = test::TerminalSize{}});
+    wall.waitFor("0/1 lit");
+    const std::size_t seen = wall.out().size();
     sendTo("127.0.58.61", 60222, {0, 1, 0, 1, 200, 100, 0, 0, 0, 1});
-    ASSERT_TRUE(wall.waitFor("8;2;200;100;0m", seen));
+    wall.waitFor("8;2;200;100;0m", seen);
     wall.signal(SIGINT);
-    EXPECT_EQ(wall.waitExit(), 0);
+    EXPECT_EQ(wall.finish().status, 0);
 
     // A panel has no blue here, unlike all that is drawn around it.
     const std::regex colours("8;2;([0-9]+);([0-9]+);0m");
     std::vector<int> reds;
-    for (std::sregex_iterator match(wall.out.begin(), wall.out.end(), colours), end; match != end;
-         ++match) {
+    for (std::sregex_iterator match(wall.out().begin(), wall.out().end(), colours), end;
+         match != end; ++match) {
         const int red = std::stoi((*match)[1]);
         const int green = std::stoi((*match)[2]);
         EXPECT_LE(std::abs(red - 2 * green), 1) << red << " " << green;
@@ -104,17 +107,18 @@ TEST(PanelwallTerminal, PanelsMoveToTheirColour) {
 
 TEST(PanelwallTerminal, RestoresTheTerminalOnTermination) {
     const Folder folder;
-    Child wall({PANELWALL_PROGRAM, writeConfig(folder, "127.0.41.41")}, Child::Output::terminal);
-    ASSERT_TRUE(wall.waitFor("0/3 lit"));
+    Process wall({PANELWALL_PROGRAM, writeConfig(folder, "127.0.41.41")},
+                 {.terminal = test::TerminalSize{}});
+    wall.waitFor("0/3 lit");
     wall.signal(SIGTERM);
-    EXPECT_EQ(wall.waitExit(), 0);
-    EXPECT_NE(wall.out.find(showCursor + leaveScreen), std::string::npos);
+    EXPECT_EQ(wall.finish().status, 0);
+    EXPECT_NE(wall.out().find(showCursor + leaveScreen), std::string::npos);
 }
 
 TEST(PanelwallTerminal, AdaptsToTheSize) {
     const Folder folder;
-    Child wall({PANELWALL_PROGRAM, writeConfig(folder, "127.0.41.42"), "--size", "600x400"},
-               Child::Output::terminal, 100, 40);
+    Process wall({PANELWALL_PROGRAM, writeConfig(folder, "127.0.41.42"), "--size", "600x400"},
+                 {.terminal = test::TerminalSize{100, 40}});
     // 40 rows: title, device line, and 38 rows for a picture whose frame takes two of them.
     const auto topEdge = [](int width) {
         std::string edge = "\u250c";
@@ -122,40 +126,41 @@ TEST(PanelwallTerminal, AdaptsToTheSize) {
             edge += "\u2500";
         return edge + "\u2510";
     };
-    ASSERT_TRUE(wall.waitFor(topEdge(98)));
-    const std::size_t seen = wall.out.size();
-    wall.resize(50, 40);
-    EXPECT_TRUE(wall.waitFor(topEdge(48), seen));
+    wall.waitFor(topEdge(98));
+    const std::size_t seen = wall.out().size();
+    wall.resize({50, 40});
+    wall.waitFor(topEdge(48), seen);
     wall.signal(SIGINT);
-    EXPECT_EQ(wall.waitExit(), 0);
+    EXPECT_EQ(wall.finish().status, 0);
 }
 
 TEST(PanelwallTerminal, GivesTheScreenBackWhileStopped) {
     const Folder folder;
-    Child wall({PANELWALL_PROGRAM, writeConfig(folder, "127.0.41.43")}, Child::Output::terminal);
-    ASSERT_TRUE(wall.waitFor("0/3 lit"));
+    Process wall({PANELWALL_PROGRAM, writeConfig(folder, "127.0.41.43")},
+                 {.terminal = test::TerminalSize{}});
+    wall.waitFor("0/3 lit");
     wall.signal(SIGTSTP);
-    ASSERT_TRUE(wall.waitFor(leaveScreen));
+    wall.waitFor(leaveScreen);
     int status = 0;
     ASSERT_EQ(waitpid(wall.pid(), &status, WUNTRACED), wall.pid());
     ASSERT_TRUE(WIFSTOPPED(status));
-    const std::size_t seen = wall.out.size();
+    const std::size_t seen = wall.out().size();
     wall.signal(SIGCONT);
-    EXPECT_TRUE(wall.waitFor(enterScreen, seen));
-    EXPECT_TRUE(wall.waitFor("0/3 lit", seen));
+    wall.waitFor(enterScreen, seen);
+    wall.waitFor("0/3 lit", seen);
     wall.signal(SIGINT);
-    EXPECT_EQ(wall.waitExit(), 0);
+    EXPECT_EQ(wall.finish().status, 0);
 }
 
 TEST(PanelwallTerminal, PictureIsToldOnTheScreen) {
     const Folder folder;
-    Child wall({PANELWALL_PROGRAM, writeConfig(folder, "127.0.41.44"), "--snapshot",
-                folder.file("wall.png")},
-               Child::Output::terminal);
-    ASSERT_TRUE(wall.waitFor("0/3 lit"));
+    Process wall({PANELWALL_PROGRAM, writeConfig(folder, "127.0.41.44"), "--snapshot",
+                  folder.file("wall.png")},
+                 {.terminal = test::TerminalSize{}});
+    wall.waitFor("0/3 lit");
     wall.signal(SIGUSR1);
-    EXPECT_TRUE(wall.waitFor("picture written:"));
-    EXPECT_EQ(wall.out.find(leaveScreen), std::string::npos);
+    wall.waitFor("picture written:");
+    EXPECT_EQ(wall.out().find(leaveScreen), std::string::npos);
     wall.signal(SIGINT);
-    EXPECT_EQ(wall.waitExit(), 0);
+    EXPECT_EQ(wall.finish().status, 0);
 }

@@ -1,4 +1,4 @@
-#include "tests/tools/panelwall/child.h"
+#include "tests/support/process.h"
 #include "tests/tools/panelwall/wallSetup.h"
 #include "tests/tools/panelwall/web/httpClient.h"
 
@@ -17,14 +17,14 @@ struct Address {
 };
 
 // Waits until the wall has printed it.
-static Address addressOf(Child &wall) {
+static Address addressOf(Process &wall) {
     const std::string before = "live page: http://127.0.0.1:";
-    if (!wall.waitFor(before) || !wall.waitFor("/\n", wall.out.find(before)))
-        return {};
-    const auto begin = wall.out.find(before) + before.size();
-    const auto root = wall.out.find('/', begin);
-    return {std::stoi(wall.out.substr(begin)),
-            wall.out.substr(root, wall.out.find('\n', begin) - root)};
+    wall.waitFor(before);
+    wall.waitFor("/\n", wall.out().find(before));
+    const auto begin = wall.out().find(before) + before.size();
+    const auto root = wall.out().find('/', begin);
+    return {std::stoi(wall.out().substr(begin)),
+            wall.out().substr(root, wall.out().find('\n', begin) - root)};
 }
 
 // Begins to read the page's events.
@@ -36,23 +36,23 @@ TEST(PanelwallWebProgram, TellsItsReadersWhatArrives) {
     const Folder folder;
     const auto config = folder.write(
         "wall.json", documentText({deviceText("127.0.71.30", 2, {{1, 100, 100}, {2, 300, 100}})}));
-    Child wall({PANELWALL_PROGRAM, config, "--size", "640x480", "--web", "0"});
+    Process wall({PANELWALL_PROGRAM, config, "--size", "640x480", "--web", "0"});
     const Address page = addressOf(wall);
     HttpClient reader(page.port);
     beginReading(reader, page);
-    ASSERT_TRUE(reader.waitFor("\"sent\":\"------------\""));
+    reader.waitFor("\"sent\":\"------------\"");
     EXPECT_NE(reader.answer.find("\"width\":640,\"height\":480,\"sizeFrom\":\"given\""),
               std::string::npos);
     EXPECT_NE(reader.answer.find("\"panels\":[[1,100,100],[2,300,100]]"), std::string::npos);
     sendTo("127.0.71.30", 60222, {0, 1, 0, 2, 10, 20, 30, 0, 0, 0});
-    EXPECT_TRUE(reader.waitFor("\"sent\":\"------0a141e\""));
+    reader.waitFor("\"sent\":\"------0a141e\"");
     // Whoever comes later is told what came before.
     HttpClient later(page.port);
     beginReading(later, page);
-    EXPECT_TRUE(later.waitFor("event: past"));
-    EXPECT_TRUE(later.waitFor(",\"------0a141e\"]]"));
+    later.waitFor("event: past");
+    later.waitFor(",\"------0a141e\"]]");
     wall.signal(SIGINT);
-    EXPECT_EQ(wall.waitExit(), 0);
+    EXPECT_EQ(wall.finish().status, 0);
     EXPECT_TRUE(reader.waitEnd());
 }
 
@@ -60,11 +60,11 @@ TEST(PanelwallWebProgram, ShowsItsAddressOnTheTerminal) {
     const Folder folder;
     const auto config =
         folder.write("wall.json", documentText({deviceText("127.0.71.31", 2, {{1, 100, 100}})}));
-    Child wall({PANELWALL_PROGRAM, config, "--web", "0"}, Child::Output::terminal);
-    EXPECT_TRUE(wall.waitFor("panelwall http://127.0.0.1:"));
-    EXPECT_TRUE(wall.waitFor("0/1 lit"));
+    Process wall({PANELWALL_PROGRAM, config, "--web", "0"}, {.terminal = test::TerminalSize{}});
+    wall.waitFor("panelwall http://127.0.0.1:");
+    wall.waitFor("0/1 lit");
     wall.type("\x03");
-    EXPECT_EQ(wall.waitExit(), 0);
+    EXPECT_EQ(wall.finish().status, 0);
 }
 
 TEST(PanelwallWebProgram, WritesALinkThatOthersCannotRead) {
@@ -73,7 +73,7 @@ TEST(PanelwallWebProgram, WritesALinkThatOthersCannotRead) {
         folder.write("wall.json", documentText({deviceText("127.0.71.37", 2, {{1, 1, 1}})}));
     const auto link = folder.write("page.html", "something older");
     chmod(link.c_str(), 0644);
-    Child wall({PANELWALL_PROGRAM, config, "--web", "0", "--web-link", link});
+    Process wall({PANELWALL_PROGRAM, config, "--web", "0", "--web-link", link});
     const Address page = addressOf(wall);
     std::ostringstream text;
     text << std::ifstream(link).rdbuf();
@@ -86,12 +86,12 @@ TEST(PanelwallWebProgram, WritesALinkThatOthersCannotRead) {
 
     const auto second =
         folder.write("two.json", documentText({deviceText("127.0.71.38", 2, {{1, 1, 1}})}));
-    Child other(
+    Process other(
         {PANELWALL_PROGRAM, second, "--web", "0", "--web-link", folder.file("none/page.html")});
-    EXPECT_EQ(other.waitExit(), 3);
-    EXPECT_NE(other.errors.find("a link to the live page cannot be written here: No such file"),
+    EXPECT_EQ(other.finish().status, 3);
+    EXPECT_NE(other.err().find("a link to the live page cannot be written here: No such file"),
               std::string::npos)
-        << other.errors;
+        << other.err();
 }
 
 TEST(PanelwallWebProgram, APortInUseIsNamed) {
@@ -100,12 +100,11 @@ TEST(PanelwallWebProgram, APortInUseIsNamed) {
         folder.write("one.json", documentText({deviceText("127.0.71.32", 2, {{1, 1, 1}})}));
     const auto second =
         folder.write("two.json", documentText({deviceText("127.0.71.33", 2, {{1, 1, 1}})}));
-    Child wall({PANELWALL_PROGRAM, first, "--web", "0"});
+    Process wall({PANELWALL_PROGRAM, first, "--web", "0"});
     const std::string port = std::to_string(addressOf(wall).port);
-    Child other({PANELWALL_PROGRAM, second, "--web", port});
-    EXPECT_EQ(other.waitExit(), 8);
-    EXPECT_NE(other.errors.find("port " + port + " is in use; "), std::string::npos)
-        << other.errors;
+    Process other({PANELWALL_PROGRAM, second, "--web", port});
+    EXPECT_EQ(other.finish().status, 8);
+    EXPECT_NE(other.err().find("port " + port + " is in use; "), std::string::npos) << other.err();
 }
 
 TEST(PanelwallWebProgram, SaysWhatIsNoPort) {
@@ -113,13 +112,13 @@ TEST(PanelwallWebProgram, SaysWhatIsNoPort) {
     const auto config =
         folder.write("wall.json", documentText({deviceText("127.0.71.34", 2, {{1, 1, 1}})}));
     for (const char *port : {"65536", "-1", "80a", "wall.json"}) {
-        Child wall({PANELWALL_PROGRAM, config, std::string("--web=") + port});
-        EXPECT_EQ(wall.waitExit(), 2) << port;
-        EXPECT_NE(wall.errors.find("not a port from 0 to 65535"), std::string::npos) << wall.errors;
+        Process wall({PANELWALL_PROGRAM, config, std::string("--web=") + port});
+        EXPECT_EQ(wall.finish().status, 2) << port;
+        EXPECT_NE(wall.err().find("not a port from 0 to 65535"), std::string::npos) << wall.err();
     }
-    Child wall({PANELWALL_PROGRAM, config, "--web", "0", "--web-address", "localhost"});
-    EXPECT_EQ(wall.waitExit(), 8);
-    EXPECT_NE(wall.errors.find("write an address such as 127.0.0.1"), std::string::npos);
+    Process wall({PANELWALL_PROGRAM, config, "--web", "0", "--web-address", "localhost"});
+    EXPECT_EQ(wall.finish().status, 8);
+    EXPECT_NE(wall.err().find("write an address such as 127.0.0.1"), std::string::npos);
 }
 
 TEST(PanelwallWebProgram, ServesAReplayAndStaysAfterItsEnd) {
@@ -128,33 +127,33 @@ TEST(PanelwallWebProgram, ServesAReplayAndStaysAfterItsEnd) {
         folder.write("wall.json", documentText({deviceText("127.0.71.35", 2, {{1, 100, 100}})}));
     const auto recording = folder.file("wall.rec");
     {
-        Child wall({PANELWALL_PROGRAM, config, "--record", recording});
-        ASSERT_TRUE(wall.waitFor("listening:"));
+        Process wall({PANELWALL_PROGRAM, config, "--record", recording});
+        wall.waitFor("listening:");
         sendTo("127.0.71.35", 60222, {0, 1, 0, 1, 10, 20, 30, 0, 0, 0});
-        ASSERT_TRUE(wall.waitFor("total 1\n"));
+        wall.waitFor("total 1\n");
         wall.signal(SIGINT);
-        ASSERT_EQ(wall.waitExit(), 0);
+        ASSERT_EQ(wall.finish().status, 0);
     }
-    Child wall({PANELWALL_PROGRAM, "--replay", recording, "--web", "0"});
-    ASSERT_TRUE(wall.waitFor("1/1 lit")); // a second after the recording's end
+    Process wall({PANELWALL_PROGRAM, "--replay", recording, "--web", "0"});
+    wall.waitFor("1/1 lit"); // a second after the recording's end
     const Address page = addressOf(wall);
     HttpClient reader(page.port);
     beginReading(reader, page);
-    EXPECT_TRUE(reader.waitFor("\"sent\":\"0a141e\""));
+    reader.waitFor("\"sent\":\"0a141e\"");
     EXPECT_NE(reader.answer.find("The recording has a pause here, or has been played to its end."),
               std::string::npos);
     wall.signal(SIGINT);
-    EXPECT_EQ(wall.waitExit(), 0);
+    EXPECT_EQ(wall.finish().status, 0);
 }
 
 TEST(PanelwallWebProgram, OnAllAddressesNamesOneToGoTo) {
     const Folder folder;
     const auto config =
         folder.write("wall.json", documentText({deviceText("127.0.71.36", 2, {{1, 1, 1}})}));
-    Child wall({PANELWALL_PROGRAM, config, "--web", "0", "--web-address", "0.0.0.0"});
+    Process wall({PANELWALL_PROGRAM, config, "--web", "0", "--web-address", "0.0.0.0"});
     const Address page = addressOf(wall);
     EXPECT_EQ(statusOf(get(page.port, page.root)), 200);
     EXPECT_EQ(statusOf(get(page.port, "/")), 404);
     wall.signal(SIGINT);
-    EXPECT_EQ(wall.waitExit(), 0);
+    EXPECT_EQ(wall.finish().status, 0);
 }
