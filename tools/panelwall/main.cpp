@@ -1,11 +1,6 @@
-#include "tools/panelwall/compareCommand.h"
-#include "tools/panelwall/complaint.h"
-#include "tools/panelwall/options.h"
 #include "tools/panelwall/pngFile.h"
-#include "tools/panelwall/replay.h"
-#include "tools/panelwall/servePage.h"
 #include "tools/panelwall/session.h"
-#include "tools/panelwall/wallDocument.h"
+#include "tools/panelwall/steps.h"
 #include "tools/recording/recordingWriter.h"
 #include "tools/wall/deviceEndpoints.h"
 

@@ -1,8 +1,6 @@
 #include "tools/panelwall/options.h"
 
 #include "tools/config/configDocument.h"
-#include "tools/panelwall/numberRange.h"
-#include "tools/panelwall/recordingOptions.h"
 
 #include <CLI/CLI.hpp>
 #include <charconv>
@@ -61,6 +59,28 @@ static const char footer[] =
     "  7  the recording cannot be read or is damaged; it was played up to there\n"
     "  8  the live page cannot be served at the address and port";
 
+static const char recordingHelp[] =
+    "Recordings: --record writes every datagram with its time of arrival, malformed ones too, and\n"
+    "the configuration's devices, so that a replay needs no CONFIG. With one, the recording's\n"
+    "devices are taken to be those of CONFIG, in order. A replay ends with the recording. --send\n"
+    "sends each datagram to its device's address and port, as long as that is on this machine.\n"
+    "--compare matches devices by address and port, tells for each where the datagrams differ, "
+    "and\n"
+    "apart from that how their timing does; it ends with 0 when all devices were sent the same,\n"
+    "1 when they were not, and 2 when that cannot be said. The manual's docs/recordings.md\n"
+    "has the form.";
+
+// Accepts a number from `least` to `most`, and nothing else: no "nan", which compares with neither.
+static auto numberFrom(double least, double most) {
+    return [least, most](const std::string &text) {
+        double number = 0.0;
+        if (CLI::detail::lexical_cast(text, number) && number >= least && number <= most)
+            return std::string();
+        return "not a number from " + CLI::detail::to_string(least) + " to " +
+               CLI::detail::to_string(most) + ": " + text;
+    };
+}
+
 static std::optional<Size> parseSize(const std::string &text) {
     const auto size = config::parseScreenSize(text, 32768);
     if (!size)
@@ -75,6 +95,31 @@ static std::optional<int> parsePort(const std::string &text) {
     if (result.ec != std::errc() || result.ptr != end || port < 0 || port > 65535)
         return std::nullopt;
     return port;
+}
+
+static void addRecordingOptions(CLI::App &app, Options &options) {
+    auto *record = app.add_option("--record", options.recordPath,
+                                  "Write every datagram with its time of arrival to this file")
+                       ->type_name("FILE");
+    auto *replay = app.add_option("--replay", options.replayPath,
+                                  "Show a recording instead of listening; needs no CONFIG")
+                       ->type_name("FILE")
+                       ->excludes(record);
+    app.add_option("--speed", options.speed, "Replay so many times as fast (default 1)")
+        ->type_name("X")
+        ->check(numberFrom(0.001, 1e6))
+        ->needs(replay);
+    auto *send =
+        app.add_flag("--send", options.send, "Send the replayed datagrams as well")->needs(replay);
+    app.add_flag("--anywhere", options.anywhere,
+                 "Send to addresses that are not on this machine, too")
+        ->needs(send);
+    app.add_option("--compare", options.comparedPaths,
+                   "Tell where two recordings differ, and end; needs no CONFIG")
+        ->type_name("FILE FILE")
+        ->expected(2)
+        ->excludes(record)
+        ->excludes(replay);
 }
 
 std::optional<int> parseOptions(int argc, char **argv, Options &options) {

@@ -1,10 +1,7 @@
-#include "tools/panelwall/replay.h"
+#include "tools/panelwall/steps.h"
 
-#include "tools/panelwall/complaint.h"
 #include "tools/panelwall/player.h"
-#include "tools/panelwall/servePage.h"
 #include "tools/panelwall/session.h"
-#include "tools/panelwall/wallDocument.h"
 #include "tools/recording/recordingFile.h"
 #include "tools/wall/deviceEndpoints.h"
 

@@ -1,7 +1,5 @@
 #include "tools/panelwall/terminal/frameText.h"
 
-#include "tools/panelwall/terminal/halfBlocks.h"
-
 #include <gtest/gtest.h>
 
 using namespace panelwall;

@@ -1,4 +1,4 @@
-#include "tools/panelwall/terminal/redrawPace.h"
+#include "tools/panelwall/terminal/liveView.h"
 
 #include "tools/wall/wall.h"
 

@@ -21,4 +21,8 @@ struct FrameContent {
 std::vector<std::string> composeFrame(const Wall &wall, Clock::time_point now, Size screen,
                                       const FrameContent &content, Size terminal);
 
+// A canvas as coloured text. One string per two of its rows, in 24-bit colour, each as many columns
+// wide as the canvas. Every string ends with the colours set back to the terminal's own.
+std::vector<std::string> halfBlockLines(const Canvas &canvas);
+
 } // namespace panelwall

@@ -1,6 +1,6 @@
-#include "tools/panelwall/servePage.h"
+#include "tools/panelwall/steps.h"
 
-#include "tools/panelwall/complaint.h"
+#include "tools/config/textFile.h"
 
 #include <cerrno>
 #include <cstring>
@@ -9,6 +9,33 @@
 #include <unistd.h>
 
 namespace panelwall {
+
+void complain(const std::string &path, const std::vector<config::Problem> &problems) {
+    for (const config::Problem &problem : problems)
+        std::cerr << "panelwall: " << config::describe(path, problem) << "\n";
+}
+
+void complain(const std::string &path, const std::string &text) {
+    complain(path, std::vector<config::Problem>{{"", text}});
+}
+
+std::variant<config::Document, ExitStatus> readWallDocument(const Options &options) {
+    const std::string &path = options.configPath;
+    std::string reason;
+    const auto text = config::readTextFile(path, reason);
+    if (!text) {
+        complain(path, "cannot be read: " + reason);
+        return exitFile;
+    }
+    config::Reading reading = config::readText(*text);
+    if (reading.problems.empty() && reading.document.devices.empty())
+        reading.problems.push_back({"/devices", "there is no device to listen for; add one"});
+    if (!reading.problems.empty()) {
+        complain(path, reading.problems);
+        return exitDocument;
+    }
+    return std::move(reading.document);
+}
 
 // Always a new file, so that nobody who may read an older one can read this. What is wrong, or
 // nothing.

@@ -1,6 +1,5 @@
-#include "tools/panelwall/compareCommand.h"
+#include "tools/panelwall/steps.h"
 
-#include "tools/panelwall/complaint.h"
 #include "tools/recording/comparisonText.h"
 #include "tools/recording/recordingFile.h"
 
