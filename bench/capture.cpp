@@ -91,9 +91,9 @@ void measure(const bench::ScreenSize &size, int rounds, double seconds) {
         {"gstreamer ximagesrc use-damage=0", {}, gstreamer(screen.display(), "0")},
         {"gstreamer ximagesrc use-damage=1", {}, gstreamer(screen.display(), "1")},
     };
-    const std::pair<const char *, bench::Motion> motions[] = {{"still", bench::Motion::still},
-                                                              {"part", bench::Motion::part},
-                                                              {"whole", bench::Motion::whole}};
+    const std::pair<const char *, bench::Motion> motions[] = {{"still", bench::Motion::Still},
+                                                              {"part", bench::Motion::Part},
+                                                              {"whole", bench::Motion::Whole}};
     for (const auto &[name, motion] : motions) {
         const auto loads = bench::measureInTurns(screen, motion, watchers, rounds, seconds);
         for (std::size_t w = 0; w < watchers.size(); ++w) {

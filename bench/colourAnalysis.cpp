@@ -53,7 +53,7 @@ int main() {
     std::puts("| screen | picture | reading alone | dominant colour | ratio | palette | ratio |");
     std::puts("|---|---|---|---|---|---|---|");
     for (const bench::ScreenSize &size : bench::screenSizes) {
-        measure(size, bench::Content::smooth, "smooth");
-        measure(size, bench::Content::noise, "noise");
+        measure(size, bench::Content::Smooth, "smooth");
+        measure(size, bench::Content::Noise, "noise");
     }
 }

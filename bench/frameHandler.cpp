@@ -28,7 +28,7 @@ void measure(const bench::ScreenSize &size) {
     std::string document = bench::configuration(bench::standInDisplay, size, 0, 1, 1);
     mirrorManager.setMirrorConfig(document.data());
 
-    const std::vector<std::uint32_t> picture = bench::picture(size, bench::Content::noise, 1);
+    const std::vector<std::uint32_t> picture = bench::picture(size, bench::Content::Noise, 1);
     std::vector<std::uint32_t> surface = picture;
     Times times;
     const auto handler = [&] {

@@ -21,7 +21,7 @@ void readAndSend(bench::Loopback &loopback, const bench::Datagrams &sent) {
 }
 
 void measure(const bench::ScreenSize &size, int panels, int devices) {
-    const auto picture = bench::picture(size, bench::Content::noise, 1);
+    const auto picture = bench::picture(size, bench::Content::Noise, 1);
     bench::OtherCore other;
     bench::CycleTask task;
     task.panels = panels;

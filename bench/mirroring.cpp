@@ -92,7 +92,7 @@ int main(int argc, char **argv) {
     for (int mode = 0; mode < 4; ++mode) {
         const std::chrono::milliseconds delay(modes[mode].second);
         const auto loads = bench::measureInTurns(
-            screen, bench::Motion::whole,
+            screen, bench::Motion::Whole,
             {{"bare parts", [=](std::atomic<long> &frames) { bareParts(mode, delay, frames); }, {}},
              {"mirroring", [=](std::atomic<long> &frames) { mirror(mode, frames); }, {}}},
             rounds, seconds);

@@ -18,8 +18,8 @@ constexpr int panels = 1000;
 constexpr int devices = 100;
 
 void measure(const bench::ScreenSize &size, int mode, const char *name) {
-    const std::vector<std::uint32_t> pictures[] = {bench::picture(size, bench::Content::smooth, 1),
-                                                   bench::picture(size, bench::Content::smooth, 4)};
+    const std::vector<std::uint32_t> pictures[] = {bench::picture(size, bench::Content::Smooth, 1),
+                                                   bench::picture(size, bench::Content::Smooth, 4)};
     std::vector<double> datagrams;
     bench::OtherCore other;
     bench::CycleTask task;

@@ -26,7 +26,7 @@ std::vector<std::uint32_t> picture(const ScreenSize &size, Content content, std:
     for (int y = 0; y < size.height; ++y)
         for (int x = 0; x < size.width; ++x) {
             state = state * 1664525u + 1013904223u;
-            pixels.push_back(content == Content::noise
+            pixels.push_back(content == Content::Noise
                                  ? state >> 8
                                  : smoothPixel(static_cast<double>(x) / size.width,
                                                static_cast<double>(y) / size.height, seed));

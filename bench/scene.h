@@ -19,8 +19,8 @@ struct ScreenSize {
 constexpr ScreenSize screenSizes[] = {{"1080p", 1920, 1080}, {"4K", 3840, 2160}};
 
 enum class Content {
-    smooth, // a gradient through hues and lightnesses, as films and desktops mostly are
-    noise,  // every pixel a random colour: nothing that a processor could guess
+    Smooth, // a gradient through hues and lightnesses, as films and desktops mostly are
+    Noise,  // every pixel a random colour: nothing that a processor could guess
 };
 
 // The same seed gives the same picture.

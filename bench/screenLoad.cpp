@@ -75,10 +75,10 @@ pid_t start(const Watcher &watcher, const test::VirtualScreen &screen) {
 Painter::Painter(test::VirtualScreen &screen, Motion motion)
     : thread([this, &screen, motion] {
           Pace pace(framePeriod);
-          for (std::uint32_t i = 1; !done && motion != Motion::still; ++i) {
+          for (std::uint32_t i = 1; !done && motion != Motion::Still; ++i) {
               pace.wait();
               const std::uint32_t colour = i * 2654435761u >> 8;
-              if (motion == Motion::whole)
+              if (motion == Motion::Whole)
                   screen.fill(colour);
               else
                   screen.fillRect(static_cast<int>(i * 37 % 1000), static_cast<int>(i * 23 % 900),

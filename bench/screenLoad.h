@@ -16,9 +16,9 @@ namespace bench {
 constexpr int framesPerSecond = 33;
 
 enum class Motion {
-    still,
-    part,  // a square of 64 pixels that wanders
-    whole, // every pixel, every time
+    Still,
+    Part,  // a square of 64 pixels that wanders
+    Whole, // every pixel, every time
 };
 
 // Draws 33 times a second, on a thread of its own, as long as it lives.

@@ -38,7 +38,7 @@ bool isAlike(const Sequence &left, const Sequence &right) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
     FuzzedDataProvider input(data, size);
-    const Layout layout = input.ConsumeBool() ? Layout::narrow : Layout::wide;
+    const Layout layout = input.ConsumeBool() ? Layout::Narrow : Layout::Wide;
     const bool together = input.ConsumeBool();
     std::array<Sequence, 2> sequences{sequence(input), {}};
     sequences[second] = input.ConsumeBool() ? sequences[first] : sequence(input);

@@ -29,7 +29,7 @@ void requireSoundPlaces(const config::Reading &reading) {
 
 bool hasErrors(const config::Reading &reading) {
     for (const config::Problem &problem : reading.problems)
-        if (problem.severity == config::Severity::error)
+        if (problem.severity == config::Severity::Error)
             return true;
     return false;
 }

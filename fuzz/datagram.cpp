@@ -29,8 +29,8 @@ const config::Document &document() {
 }
 
 void requireSound(Layout layout, const lights::Decoding &decoding, std::size_t size) {
-    const std::size_t header = layout == Layout::narrow ? 1 : 2;
-    const std::size_t record = layout == Layout::narrow ? 7 : 8;
+    const std::size_t header = layout == Layout::Narrow ? 1 : 2;
+    const std::size_t record = layout == Layout::Narrow ? 7 : 8;
     if (decoding.malformed.empty())
         require(size == header + record * decoding.records.size(), "records fill the datagram");
     else
@@ -66,7 +66,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     for (const WallDevice &device : wall.devices())
         for (const WallPanel &panel : device.panels)
             panel.shownAt(now + std::chrono::milliseconds(1));
-    deviceLines(wall, now, ReasonPlace::sameLine);
+    deviceLines(wall, now, ReasonPlace::SameLine);
     describeSilence(wall, 0, now, now + std::chrono::hours(2));
     return 0;
 }

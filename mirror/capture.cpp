@@ -63,7 +63,7 @@ void *MirrorManager::initScreen() {
     // Forgotten before the new one is made: should that fail, no frame of the new size may be
     // copied into a buffer of the old size.
     frameBuffer = nullptr;
-    firstFrame = FirstFrame::awaited;
+    firstFrame = FirstFrame::Awaited;
     frameBuffer = new unsigned char[frameSize(screenWidth, screenHeight)]();
     return frameBuffer;
 }

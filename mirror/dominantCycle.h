@@ -23,8 +23,8 @@ struct DominantCycle {
     Cycle next(MirrorManager &manager) {
         const RGB colour = manager.getDominantScreenColour();
         if (!differsNoticeably(sent, colour))
-            return Cycle::hold;
+            return Cycle::Hold;
         sent = colour;
-        return Cycle::send;
+        return Cycle::Send;
     }
 };

@@ -8,9 +8,9 @@
 #include <atomic>
 
 enum class FirstFrame {
-    awaited,  // the buffer is black, or somebody else's
-    arriving, // on the stream's queue
-    whole,
+    Awaited,  // the buffer is black, or somebody else's
+    Arriving, // on the stream's queue
+    Whole,
 };
 
 extern std::atomic<FirstFrame> firstFrame;
@@ -34,7 +34,7 @@ template <class Read> auto readWholeFrame(const bool &running, Read read) {
         const FirstFrame before = awaitFirstFrame(running);
         auto result = read();
         std::atomic_thread_fence(std::memory_order_seq_cst);
-        if (before == firstFrame.load() || before == FirstFrame::arriving)
+        if (before == firstFrame.load() || before == FirstFrame::Arriving)
             return result;
     }
 }

@@ -24,9 +24,9 @@
 #include <thread>
 
 enum class Cycle {
-    send,  // send a frame, then sleep
-    hold,  // nothing to send; only sleep
-    again, // start the next cycle at once
+    Send,  // send a frame, then sleep
+    Hold,  // nothing to send; only sleep
+    Again, // start the next cycle at once
 };
 
 // Builds a datagram with a record for every panel, asking `colourOf(panel)` and then
@@ -69,9 +69,9 @@ void runFrameLoop(MirrorManager &manager, int deviceCount, UdpSocket *sockets, M
     PanelFrame frame;
     while (readFlag(manager.running)) {
         const Cycle cycle = mode.next();
-        if (cycle == Cycle::again)
+        if (cycle == Cycle::Again)
             continue;
-        if (cycle == Cycle::send)
+        if (cycle == Cycle::Send)
             sendFrame(manager, deviceCount, sockets, mode, frame);
         if (mode.frameDelay() > 0)
             std::this_thread::sleep_for(std::chrono::milliseconds(mode.frameDelay()));

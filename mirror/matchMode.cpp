@@ -23,7 +23,7 @@ struct Match {
     // A frame half-way is made good by the next cycle, unless it is still half-way then.
     Cycle next() {
         awaitFirstFrame(manager.running);
-        return Cycle::send;
+        return Cycle::Send;
     }
 
     bool light(int, const Device &device, PanelFrame &frame) {

@@ -19,13 +19,13 @@ struct Palette {
         // ends the run on the very thread that holds it.
         for (int tries = 0; !manager.mutex.try_lock(); ++tries) {
             if (!readFlag(manager.running))
-                return Cycle::again;
+                return Cycle::Again;
             waitBriefly(tries);
         }
         const std::lock_guard lock(manager.mutex, std::adopt_lock);
         colours = manager.getPaletteFromScreen(manager.paletteSize);
         manager.palette = colours;
-        return colours.empty() ? Cycle::again : Cycle::send;
+        return colours.empty() ? Cycle::Again : Cycle::Send;
     }
 
     // Between two tries; a palette is made within the first thousand.

@@ -28,15 +28,15 @@ int MirrorManager::startMirror() {
     }
     try {
         claimRun();
-        runPhase = RunPhase::starting;
+        runPhase = RunPhase::Starting;
         startMirroringThread(mirrorThread, static_runMirror);
     } catch (...) {
-        runPhase = RunPhase::idle;
+        runPhase = RunPhase::Idle;
         std::puts("Error starting mirroring");
         return -1;
     }
     // A stop before the thread has set `running` would be lost.
-    runPhase.wait(RunPhase::starting);
+    runPhase.wait(RunPhase::Starting);
     return 1;
 }
 
@@ -54,7 +54,7 @@ void MirrorManager::static_runMirror() {
 void MirrorManager::runMirror() {
     installSignals(static_signalHandler);
     writeFlag(running, true);
-    runPhase = RunPhase::begun;
+    runPhase = RunPhase::Begun;
     runPhase.notify_all();
     try {
         const int deviceCount = static_cast<int>(devices.size());
@@ -87,7 +87,7 @@ void MirrorManager::runMirror() {
     } catch (...) {
         std::puts("Error during runMirror");
     }
-    runPhase = RunPhase::ended;
+    runPhase = RunPhase::Ended;
 }
 
 // Mirroring thread.

@@ -7,7 +7,7 @@
 #include <pthread.h>
 #include <unistd.h>
 
-constinit std::atomic<RunPhase> runPhase{RunPhase::idle};
+constinit std::atomic<RunPhase> runPhase{RunPhase::Idle};
 
 namespace {
 constinit std::atomic<pid_t> owner{0};        // 0: nobody has started a run yet

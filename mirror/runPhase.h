@@ -5,10 +5,10 @@
 #include <thread>
 
 enum class RunPhase {
-    idle,     // no run yet
-    starting, // the thread is made but has not set `running`
-    begun,    // `running` was set: from now on a stop is seen
-    ended,    // the thread is done with everything that it shares
+    Idle,     // no run yet
+    Starting, // the thread is made but has not set `running`
+    Begun,    // `running` was set: from now on a stop is seen
+    Ended,    // the thread is done with everything that it shares
 };
 
 // Set by startMirror and by the mirroring thread.

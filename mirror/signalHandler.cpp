@@ -32,10 +32,10 @@ void MirrorManager::signalHandler(int signum) {
     const bool runExists = !onRun && mirrorThread.joinable() && isOwnRun();
     // A stop before the run has begun would be lost.
     if (runExists)
-        awaitRun([](RunPhase phase) { return phase != RunPhase::starting; });
+        awaitRun([](RunPhase phase) { return phase != RunPhase::Starting; });
     writeFlag(running, false);
     // A join would be for ever if the run waits for what this thread holds.
-    if (onRun || (runExists && !awaitRun([](RunPhase phase) { return phase == RunPhase::ended; })))
+    if (onRun || (runExists && !awaitRun([](RunPhase phase) { return phase == RunPhase::Ended; })))
         std::puts("Error stopping mirror");
     else
         joinMirror(mirrorThread); // fails inside another join

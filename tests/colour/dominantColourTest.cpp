@@ -31,7 +31,7 @@ Dominant check(const Words &words) {
     testing::internal::CaptureStdout();
     const RGB got = dominantColour(sampled.frame(), sampled.table(), sampled.count());
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
-              wanted.rule == Rule::average ? "Resorting to averaging\n" : "");
+              wanted.rule == Rule::Average ? "Resorting to averaging\n" : "");
     EXPECT_EQ(packed(got), packed(wanted.colour));
     EXPECT_EQ(got.spare, 0.0);
     return wanted;
@@ -57,7 +57,7 @@ void fillUp(Words &words, int limit = 300) {
 
 TEST(Dominant, BlackIsBlackWithoutAveraging) {
     const Words words(test::wholeTable, 0);
-    EXPECT_EQ(check(words).rule, Rule::heavy);
+    EXPECT_EQ(check(words).rule, Rule::Heavy);
     EXPECT_EQ(packed(check(words).colour), 0u);
 }
 
@@ -102,7 +102,7 @@ TEST(Dominant, DarknessIsForgivenFromAWeightOf4480) {
         fillUp(words);
         const Dominant dominant = check(words);
         EXPECT_EQ(dominant.leaders[0].weight, weight);
-        EXPECT_EQ(dominant.rule, weight > 4479 ? Rule::heavy : Rule::second) << weight;
+        EXPECT_EQ(dominant.rule, weight > 4479 ? Rule::Heavy : Rule::Second) << weight;
     }
 }
 
@@ -111,9 +111,9 @@ TEST(Dominant, ALightnessOfFiveIsBrightEnough) {
     add(words, 3000, dimBlue);
     add(words, 40, brightGreen);
     fillUp(words);
-    EXPECT_EQ(check(words).rule, Rule::bright);
+    EXPECT_EQ(check(words).rule, Rule::Bright);
     words[17] = darkBlue; // the average falls to four and a fraction
-    EXPECT_EQ(check(words).rule, Rule::second);
+    EXPECT_EQ(check(words).rule, Rule::Second);
 }
 
 // A substitute needs a weight of 320: sixteen pixels of 20.
@@ -128,20 +128,20 @@ TEST(Dominant, ASubstituteWeighsAtLeast320) {
         const int weight =
             300 + transcription::weightOf(transcription::hslOf(transcription::unpacked(last)));
         EXPECT_EQ(dominant.leaders[1].weight, weight);
-        EXPECT_EQ(dominant.rule, weight >= 320 ? Rule::second : Rule::average) << weight;
+        EXPECT_EQ(dominant.rule, weight >= 320 ? Rule::Second : Rule::Average) << weight;
     }
     // The fillers stay below 320 as well, by one.
     Words words;
     add(words, 2000, darkBlue);
     fillUp(words, 319);
     EXPECT_EQ(check(words).leaders[1].weight, 319);
-    EXPECT_EQ(check(words).rule, Rule::average);
+    EXPECT_EQ(check(words).rule, Rule::Average);
     // And at 320 a dark one is no substitute, but ends the averaging.
     words.clear();
     add(words, 2000, darkBlue);
     fillUp(words, 320);
     EXPECT_EQ(check(words).leaders[1].weight, 320);
-    EXPECT_EQ(check(words).rule, Rule::darkSubstitute);
+    EXPECT_EQ(check(words).rule, Rule::DarkSubstitute);
 }
 
 TEST(Dominant, AveragesWhenNothingWeighsEnough) {
@@ -149,11 +149,11 @@ TEST(Dominant, AveragesWhenNothingWeighsEnough) {
     add(words, 1000, 0);
     add(words, 14, brightGreen);
     fillUp(words);
-    EXPECT_EQ(check(words).rule, Rule::average);
+    EXPECT_EQ(check(words).rule, Rule::Average);
     // The last sample counts there.
     const std::uint32_t without = packed(check(words).colour);
     words.back() = 0xffffff;
-    EXPECT_EQ(check(words).rule, Rule::average);
+    EXPECT_EQ(check(words).rule, Rule::Average);
     EXPECT_NE(packed(check(words).colour), without);
 }
 
@@ -167,7 +167,7 @@ TEST(Dominant, ADarkSubstituteEndsTheSearch) {
     EXPECT_EQ(dominant.leaders[1].bucket, 106);
     EXPECT_EQ(dominant.leaders[2].bucket, 0);
     EXPECT_EQ(dominant.leaders[2].weight, 900);
-    EXPECT_EQ(dominant.rule, Rule::darkSubstitute);
+    EXPECT_EQ(dominant.rule, Rule::DarkSubstitute);
     EXPECT_EQ(dominant.chosen.h, 213);
 }
 
@@ -177,7 +177,7 @@ TEST(Dominant, TheSubstitutesLightnessBorder) {
         add(words, 3000, darkBlue);
         add(words, 1000, second);
         fillUp(words);
-        EXPECT_EQ(check(words).rule, second == 0x1a00 ? Rule::second : Rule::darkSubstitute);
+        EXPECT_EQ(check(words).rule, second == 0x1a00 ? Rule::Second : Rule::DarkSubstitute);
     }
 }
 
@@ -192,7 +192,7 @@ TEST(Dominant, ALeaderMayBeItsOwnSubstitute) {
     EXPECT_EQ(dominant.leaders[0].bucket, 106);
     EXPECT_EQ(dominant.leaders[1].bucket, 106);
     EXPECT_EQ(dominant.leaders[1].weight, 400);
-    EXPECT_EQ(dominant.rule, Rule::second);
+    EXPECT_EQ(dominant.rule, Rule::Second);
     EXPECT_EQ(dominant.chosen.s, 100 * 3000 / 400); // far beyond 100
     EXPECT_EQ(dominant.chosen.l, 4 * 3000 / 400);
 }
@@ -206,7 +206,7 @@ TEST(Dominant, AnOvertakenLeaderIsForgotten) {
     const Dominant dominant = check(words);
     EXPECT_EQ(dominant.leaders[0].bucket, 213);
     EXPECT_EQ(dominant.leaders[1].bucket, 213); // red was never moved down
-    EXPECT_EQ(dominant.rule, Rule::second);
+    EXPECT_EQ(dominant.rule, Rule::Second);
 }
 
 TEST(Dominant, OfEqualsTheFirstToGetThere) {
@@ -261,10 +261,10 @@ TEST(Dominant, RandomFrames) {
         ASSERT_FALSE(testing::Test::HasFailure()) << round;
     }
     for (const Rule rule :
-         {Rule::heavy, Rule::bright, Rule::second, Rule::darkSubstitute, Rule::average})
+         {Rule::Heavy, Rule::Bright, Rule::Second, Rule::DarkSubstitute, Rule::Average})
         EXPECT_GT(seen[rule], 5) << static_cast<int>(rule);
     // Slot 2 never outweighs slot 1, so it never gets its turn.
-    EXPECT_EQ(seen[Rule::third], 0);
+    EXPECT_EQ(seen[Rule::Third], 0);
 }
 
 TEST(Dominant, Noise) {

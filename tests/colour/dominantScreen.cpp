@@ -90,7 +90,7 @@ Pixels averagingTo(RGB wanted) {
     for (int common = 0; common < 16; ++common) {
         const Pixels words = mixtureFor({wanted.r, wanted.g, wanted.b}, common).words();
         const transcription::Dominant dominant = transcription::dominantOf(words);
-        if (dominant.rule == transcription::Rule::average &&
+        if (dominant.rule == transcription::Rule::Average &&
             transcription::packed(dominant.colour) == transcription::packed(wanted))
             return screenSampledAs(words);
     }

@@ -188,10 +188,10 @@ Dominant dominantOf(const std::vector<std::uint32_t> &words) {
     const int W = slot[0].weight;
     const HSL heaviest{B, saturationTotal[B] / W, lightnessTotal[B] / W};
     if (W > 4479 || heaviest.l >= 5) {
-        result.rule = W > 4479 ? Rule::heavy : Rule::bright;
+        result.rule = W > 4479 ? Rule::Heavy : Rule::Bright;
         result.chosen = heaviest;
     } else if (slot[1].weight < 320 && slot[2].weight < 320) {
-        result.rule = Rule::average;
+        result.rule = Rule::Average;
         result.colour = averageOf(words);
         return result;
     } else {
@@ -200,10 +200,10 @@ Dominant dominantOf(const std::vector<std::uint32_t> &words) {
         const int n = slot[which].weight;
         const int l = lightnessTotal[c] / n;
         if (l < 5) {
-            result.rule = Rule::darkSubstitute;
+            result.rule = Rule::DarkSubstitute;
             result.chosen = heaviest;
         } else {
-            result.rule = which == 1 ? Rule::second : Rule::third;
+            result.rule = which == 1 ? Rule::Second : Rule::Third;
             result.chosen = {c, saturationTotal[c] / n, l};
         }
     }

@@ -23,12 +23,12 @@ RGB unpacked(std::uint32_t word);
 
 // Which rule gave the dominant colour.
 enum class Rule {
-    heavy,          // the heaviest bucket weighs so much that its darkness does not matter
-    bright,         // the heaviest bucket is bright enough
-    second,         // the bucket of slot 1 stands in for a dark one
-    third,          // the bucket of slot 2 does
-    darkSubstitute, // the substitute is dark as well, so the heaviest bucket stays
-    average,        // no bucket will do
+    Heavy,          // the heaviest bucket weighs so much that its darkness does not matter
+    Bright,         // the heaviest bucket is bright enough
+    Second,         // the bucket of slot 1 stands in for a dark one
+    Third,          // the bucket of slot 2 does
+    DarkSubstitute, // the substitute is dark as well, so the heaviest bucket stays
+    Average,        // no bucket will do
 };
 
 struct Leader {

@@ -19,7 +19,7 @@ test::Process run(const std::vector<std::string> &command, const char *function 
 } // namespace
 
 // The library ends the process if it is given any display but that which it lists.
-TEST(ShortHosts, mirrorTheFirstDisplay) {
+TEST(ShortHosts, MirrorTheFirstDisplay) {
     for (const auto &command :
          {std::vector<std::string>{README_HOST, "127.0.0.1"}, {HEADER_HOST}}) {
         test::Process host = run(command);
@@ -29,7 +29,7 @@ TEST(ShortHosts, mirrorTheFirstDisplay) {
     }
 }
 
-TEST(ShortHosts, sayWhyTheyEnd) {
+TEST(ShortHosts, SayWhyTheyEnd) {
     const struct {
         const char *function;
         const char *result;

@@ -67,22 +67,22 @@ ServerKind serverKind() {
     const char *const variable = std::getenv("MIRROR_TEST_SERVER");
     const std::string name = variable == nullptr ? "" : variable;
     if (name.empty() || name == "xvfb")
-        return ServerKind::xvfb;
+        return ServerKind::Xvfb;
     if (name == "xvnc")
-        return ServerKind::xvnc;
+        return ServerKind::Xvnc;
     if (name == "xorg")
-        return ServerKind::xorg;
+        return ServerKind::Xorg;
     throw std::runtime_error("MIRROR_TEST_SERVER is xvfb, xvnc or xorg, not " + name);
 }
 
 std::vector<std::string> serverCommand(ServerKind kind, const ServerWish &wish) {
-    if (kind != ServerKind::xvfb && has(wish.extraArguments, "-screen"))
+    if (kind != ServerKind::Xvfb && has(wish.extraArguments, "-screen"))
         skipTest("it has one screen");
     std::vector<std::string> command;
-    if (kind == ServerKind::xvfb)
+    if (kind == ServerKind::Xvfb)
         command = {"Xvfb", "-screen", "0", bySize(wish) + "x" + std::to_string(wish.depth)};
     else
-        command = kind == ServerKind::xvnc ? xvnc(wish) : xorg(wish);
+        command = kind == ServerKind::Xvnc ? xvnc(wish) : xorg(wish);
     for (const char *word : {"-displayfd", "1", "-nolisten", "tcp", "-noreset"})
         command.emplace_back(word);
     command.insert(command.end(), wish.extraArguments.begin(), wish.extraArguments.end());
@@ -90,7 +90,7 @@ std::vector<std::string> serverCommand(ServerKind kind, const ServerWish &wish) 
 }
 
 std::vector<std::vector<std::string>> commandsForSize(ServerKind kind, const ServerWish &wish) {
-    if (kind != ServerKind::xorg)
+    if (kind != ServerKind::Xorg)
         return {};
     const std::string mode = "test" + bySize(wish);
     // A mode's clock, then begin and end of its synchronisation and its total, both ways.

@@ -9,7 +9,7 @@
 
 namespace test {
 
-enum class ServerKind { xvfb, xvnc, xorg };
+enum class ServerKind { Xvfb, Xvnc, Xorg };
 
 // Throws std::runtime_error when the variable names none of them.
 ServerKind serverKind();

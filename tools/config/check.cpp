@@ -113,7 +113,7 @@ static Problem explainUnknown(const std::string &pointer, const std::string &nam
             "found a member that the library does not read",
             near ? "rename it to " + quote(*near) : "take it away, if it is no remark of yours",
             {},
-            Severity::warning};
+            Severity::Warning};
 }
 
 // The object at `pointer` has had a member of this name so many times before.
@@ -123,7 +123,7 @@ static Problem explainRepeated(const std::string &pointer, const std::string &na
             "found " + quote(name) + " once more; the library takes the first",
             "keep the one that you mean",
             {},
-            Severity::warning,
+            Severity::Warning,
             before};
 }
 

@@ -33,9 +33,9 @@ struct Place {
 };
 
 enum class Severity {
-    error,   // the library stops at it
-    warning, // read, but hardly meant that way
-    caution, // meant that way, and to be known
+    Error,   // the library stops at it
+    Warning, // read, but hardly meant that way
+    Caution, // meant that way, and to be known
 };
 
 // One thing to say about a document.
@@ -45,7 +45,7 @@ struct Problem {
     std::string fix = {}; // how to fix it, one line; empty when the message says all
     Place place = {};     // of the member's name or the array's element; of a missing member: where
                           // the object begins that lacks it
-    Severity severity = Severity::error;
+    Severity severity = Severity::Error;
     std::size_t occurrence = 0; // of members with one name, which one is meant; the first is 0
 };
 

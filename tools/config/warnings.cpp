@@ -29,7 +29,7 @@ public:
     bool isFull() const { return problems.size() >= mostProblems; }
 
     void add(const std::string &pointer, const std::string &message, const std::string &fix,
-             Severity severity = Severity::warning) {
+             Severity severity = Severity::Warning) {
         if (!isFull() && !faulty.include(pointer))
             problems.push_back({pointer, message, fix, {}, severity});
     }
@@ -63,7 +63,7 @@ static void warnOfFlashes(const Document &document, WarningList &list) {
                      "off seizures in some people",
                  "warn whoever will see the wall; for pictures that flash choose palette mode (3), "
                  "whose panels hold each colour for a second or more",
-                 Severity::caution);
+                 Severity::Caution);
 }
 
 // `devices` has the pointer to the first device at each endpoint.
@@ -118,7 +118,7 @@ static void warnOfCount(const DeviceEntry &device, const std::string &pointer, W
         list.add(pointer + "/panels",
                  "expected at most " + std::to_string(most) + " panels, found " +
                      std::to_string(panels) +
-                     (layout == lights::Layout::narrow
+                     (layout == lights::Layout::Narrow
                           ? "; controlVersion 1 counts them in 8 bits"
                           : "; the datagram would be too large to be sent"),
                  "share the panels out to several devices");
@@ -139,7 +139,7 @@ static void warnOfIdentifiers(const DeviceEntry &device, const std::string &pane
             list.add(pointer,
                      "expected an identifier from 0 to " + std::to_string(largest) + ", found " +
                          std::to_string(id) + ", which is sent as " + std::to_string(sent),
-                     layout == lights::Layout::narrow
+                     layout == lights::Layout::Narrow
                          ? "use controlVersion 2, if the device understands it"
                          : "use the device's own identifiers");
         const auto [first, isNew] = seen.emplace(sent, i);

@@ -18,7 +18,7 @@ constexpr Format narrowFormat{1, 7, 2, 6, 1, true};
 constexpr Format wideFormat{2, 8, 2, 6, 2, false};
 
 const Format &formatOf(Layout layout) {
-    return layout == Layout::narrow ? narrowFormat : wideFormat;
+    return layout == Layout::Narrow ? narrowFormat : wideFormat;
 }
 
 std::uint16_t readNumber(const Format &format, std::span<const std::uint8_t> bytes,
@@ -50,11 +50,11 @@ std::string findLengthProblem(const Format &format, std::span<const std::uint8_t
 } // namespace
 
 Layout layoutOf(std::int32_t controlVersion) {
-    return controlVersion == 1 ? Layout::narrow : Layout::wide;
+    return controlVersion == 1 ? Layout::Narrow : Layout::Wide;
 }
 
 std::uint16_t wireId(Layout layout, std::int32_t panelID) {
-    return static_cast<std::uint16_t>(layout == Layout::narrow ? panelID & 0xff : panelID & 0xffff);
+    return static_cast<std::uint16_t>(layout == Layout::Narrow ? panelID & 0xff : panelID & 0xffff);
 }
 
 std::size_t datagramSize(Layout layout, std::size_t panels) {
@@ -63,7 +63,7 @@ std::size_t datagramSize(Layout layout, std::size_t panels) {
 
 std::size_t mostPanels(Layout layout) {
     constexpr std::size_t largestDatagram = 65507;
-    return layout == Layout::narrow
+    return layout == Layout::Narrow
                ? 255
                : (largestDatagram - wideFormat.headerSize) / wideFormat.recordSize;
 }

@@ -15,7 +15,7 @@
 
 namespace lights {
 
-enum class Layout { narrow, wide };
+enum class Layout { Narrow, Wide };
 
 // Narrow for control version 1, wide for every other.
 Layout layoutOf(std::int32_t controlVersion);

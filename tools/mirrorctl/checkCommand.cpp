@@ -124,9 +124,9 @@ static ExitStatus review(const CheckOptions &options, std::string text, CheckRep
 }
 
 static const char *severityName(Severity severity) {
-    if (severity == Severity::caution)
+    if (severity == Severity::Caution)
         return "caution";
-    return severity == Severity::error ? "error" : "warning";
+    return severity == Severity::Error ? "error" : "warning";
 }
 
 static void print(const std::string &name, const config::Problem &problem) {
@@ -137,7 +137,7 @@ static void print(const std::string &name, const config::Problem &problem) {
     std::printf("%s%s\n", problem.message.c_str(), problem.message.ends_with('.') ? "" : ".");
     if (!problem.fix.empty())
         std::printf("    %s: %s.\n",
-                    problem.severity == Severity::caution ? "What to do" : "To fix it",
+                    problem.severity == Severity::Caution ? "What to do" : "To fix it",
                     problem.fix.c_str());
 }
 
@@ -146,10 +146,10 @@ static void print(const std::string &name, const config::Problem &problem) {
 // cautions.
 static void print(const std::string &name, const CheckReport &report) {
     for (const auto &problem : report.problems)
-        if (problem.severity != Severity::caution)
+        if (problem.severity != Severity::Caution)
             print(name, problem);
-    const std::size_t errors = report.count(Severity::error);
-    const std::size_t warnings = report.count(Severity::warning);
+    const std::size_t errors = report.count(Severity::Error);
+    const std::size_t warnings = report.count(Severity::Warning);
     if (errors + warnings == 0)
         std::printf("%s: fine.\n", name.c_str());
     else
@@ -158,7 +158,7 @@ static void print(const std::string &name, const CheckReport &report) {
     if (!report.remark.empty())
         std::puts(report.remark.c_str());
     for (const auto &problem : report.problems)
-        if (problem.severity == Severity::caution)
+        if (problem.severity == Severity::Caution)
             print(name, problem);
 }
 
@@ -177,10 +177,10 @@ static std::string jsonText(const std::string &name, const CheckReport &report) 
     writer.StartObject();
     text("file", name);
     writer.Key("valid");
-    writer.Bool(report.count(Severity::error) == 0);
-    number("errors", report.count(Severity::error));
-    number("warnings", report.count(Severity::warning));
-    number("cautions", report.count(Severity::caution));
+    writer.Bool(report.count(Severity::Error) == 0);
+    number("errors", report.count(Severity::Error));
+    number("warnings", report.count(Severity::Warning));
+    number("cautions", report.count(Severity::Caution));
     writer.Key("screenKnown");
     writer.Bool(report.screenKnown);
     writer.Key("problems");
@@ -214,7 +214,7 @@ static ExitStatus checkDocument(const CheckOptions &options) {
         std::puts(jsonText(name, report).c_str());
     else
         print(name, report);
-    const bool hasWarnings = report.count(Severity::warning) > 0;
+    const bool hasWarnings = report.count(Severity::Warning) > 0;
     return status == ExitStatus::Done && options.strict && hasWarnings ? ExitStatus::DocumentFaulty
                                                                        : status;
 }

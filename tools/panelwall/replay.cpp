@@ -47,7 +47,7 @@ int replay(const Options &options) {
         return *status;
     const auto &document = std::get<config::Document>(chosen);
 
-    const Reach reach = options.send && !options.anywhere ? Reach::loopback : Reach::anywhere;
+    const Reach reach = options.send && !options.anywhere ? Reach::Loopback : Reach::Anywhere;
     std::vector<config::Problem> problems;
     const auto endpoints = findEndpoints(document, problems, reach);
     if (!problems.empty()) {

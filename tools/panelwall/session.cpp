@@ -51,7 +51,7 @@ int Session::run() {
             ended = true;
     }
     live.leave();
-    for (const std::string &line : deviceLines(wall, Clock::now(), ReasonPlace::sameLine))
+    for (const std::string &line : deviceLines(wall, Clock::now(), ReasonPlace::SameLine))
         print("ended: " + line);
     const bool recorded = recorder == nullptr || finishRecording();
     if ((options.snapshotPath && !saveSnapshot()) || !recorded)
@@ -89,14 +89,14 @@ void Session::preparePage() {
     facts.isRecording = source.isRecording();
     facts.mode = document.mode;
     facts.screen = screen;
-    facts.sizeSource = options.screen ? SizeSource::given : SizeSource::panels;
+    facts.sizeSource = options.screen ? SizeSource::Given : SizeSource::Panels;
     facts.transitionUnit = options.transitionUnit;
     facts.start = start;
     Size display;
     if (!options.screen && measureDisplay(static_cast<std::uint32_t>(document.displayID),
                                           display.width, display.height)) {
         facts.screen = display;
-        facts.sizeSource = SizeSource::display;
+        facts.sizeSource = SizeSource::Display;
     }
     page->describe(facts);
 }
@@ -178,7 +178,7 @@ void Session::show() {
                     options.replayPath.value_or(options.configPath) + "  " +
                     modeName(document.mode) + "  " + std::to_string(screen.width) + " x " +
                     std::to_string(screen.height) + "  Ctrl-C ends";
-    content.devices = deviceLines(wall, now, ReasonPlace::nextLine);
+    content.devices = deviceLines(wall, now, ReasonPlace::NextLine);
     content.message = message(now);
     if (!live.draw(wall, screen, content, now))
         outputGone = true;
@@ -188,7 +188,7 @@ void Session::showLines() {
     const auto now = Clock::now();
     while (nextLines <= now)
         nextLines += lineInterval;
-    for (const std::string &line : deviceLines(wall, now, ReasonPlace::sameLine))
+    for (const std::string &line : deviceLines(wall, now, ReasonPlace::SameLine))
         print(line);
     const std::string text = silence(now);
     if (!text.empty() && !silenceTold)

@@ -51,10 +51,10 @@ std::vector<std::string> deviceLines(const Wall &wall, Clock::time_point now, Re
              << std::right << std::setw(2) << device.rate.perSecond(now) << "/s  last "
              << (device.lastArrival ? describeAge(now - *device.lastArrival) : "never")
              << "  malformed " << device.malformed << "  total " << device.datagrams;
-        if (device.malformed > 0 && place == ReasonPlace::sameLine)
+        if (device.malformed > 0 && place == ReasonPlace::SameLine)
             line << "  last malformed: " << device.lastMalformed;
         lines.push_back(line.str());
-        if (device.malformed > 0 && place == ReasonPlace::nextLine)
+        if (device.malformed > 0 && place == ReasonPlace::NextLine)
             lines.push_back("    last malformed: " + device.lastMalformed);
     }
     return lines;

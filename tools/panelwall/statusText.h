@@ -11,7 +11,7 @@
 namespace panelwall {
 
 // Where the reason of a device's last malformed datagram goes.
-enum class ReasonPlace { sameLine, nextLine };
+enum class ReasonPlace { SameLine, NextLine };
 
 // A line per device, its columns aligned: number, address and port, how many of its panels have a
 // colour, datagrams in the last second, how long ago the last one came, how many were malformed,

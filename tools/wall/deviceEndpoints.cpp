@@ -23,7 +23,7 @@ std::vector<Endpoint> findEndpoints(const config::Document &document,
                    "::1");
             continue;
         }
-        if (reach == Reach::loopback && !lights::isLoopback(*endpoint)) {
+        if (reach == Reach::Loopback && !lights::isLoopback(*endpoint)) {
             report("not a loopback address; the wall listens on this machine only, so give the "
                    "device an address in 127.0.0.0/8, or ::1");
             continue;

@@ -26,12 +26,12 @@ double relativeLuminance(Colour colour) {
 void FlashMeter::note(double luminance, Clock::time_point now) {
     darkest = std::min(darkest, luminance);
     brightest = std::max(brightest, luminance);
-    if (direction != Direction::up && luminance - darkest >= leastChange &&
+    if (direction != Direction::Up && luminance - darkest >= leastChange &&
         darkest < harmlessBrightness)
-        change(Direction::up, now);
-    else if (direction != Direction::down && brightest - luminance >= leastChange &&
+        change(Direction::Up, now);
+    else if (direction != Direction::Down && brightest - luminance >= leastChange &&
              luminance < harmlessBrightness)
-        change(Direction::down, now);
+        change(Direction::Down, now);
     else
         return;
     darkest = brightest = luminance;

@@ -32,14 +32,14 @@ public:
     std::optional<Clock::time_point> lastExcess() const { return excess; }
 
 private:
-    enum class Direction { none, up, down };
+    enum class Direction { None, Up, Down };
 
     // A flood takes no more room than this; no light changes as often.
     static constexpr std::size_t mostChanges = 1000;
 
     void change(Direction to, Clock::time_point now);
 
-    Direction direction = Direction::none; // of the last change
+    Direction direction = Direction::None; // of the last change
     double darkest = 1.0;                  // since it began
     double brightest = 0.0;
     std::deque<Clock::time_point> changes; // of the second before the newest

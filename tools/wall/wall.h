@@ -43,7 +43,7 @@ struct WallPanel {
 struct WallDevice {
     std::string ip;
     int port = 0;
-    Layout layout = Layout::wide;
+    Layout layout = Layout::Wide;
     std::vector<WallPanel> panels; // in configuration order
     KnownIds knownIds;
 

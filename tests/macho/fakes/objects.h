@@ -12,7 +12,7 @@
 
 namespace macho::fake {
 
-enum class Kind { image, provider, data, number, dictionary, queue, stream, surface, constant };
+enum class Kind { Image, Provider, Data, Number, Dictionary, Queue, Stream, Surface, Constant };
 
 struct Object {
     Kind kind;

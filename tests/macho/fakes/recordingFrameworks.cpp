@@ -10,7 +10,7 @@ namespace macho::fake {
 namespace {
 
 Object *constant() {
-    Object *object = frameworks().objects.make(Kind::constant);
+    Object *object = frameworks().objects.make(Kind::Constant);
     object->immortal = true;
     return object;
 }
@@ -71,7 +71,7 @@ CGError getActiveDisplayList(std::uint32_t room, CGDirectDisplayID *list, std::u
 
 CGImageRef displayCreateImage(CGDirectDisplayID id) {
     const Display *display = displayWith(id);
-    Object *image = display == nullptr ? nullptr : objects().make(Kind::image);
+    Object *image = display == nullptr ? nullptr : objects().make(Kind::Image);
     if (image != nullptr)
         image->value = id;
     record("CGDisplayCreateImage(" + text(id) + ") = " + nameOf(image));
@@ -80,7 +80,7 @@ CGImageRef displayCreateImage(CGDirectDisplayID id) {
 
 // The display of an image; null for a null image.
 const Display *displayOf(const std::string &call, CGImageRef image) {
-    Object *object = image == nullptr ? nullptr : objects().use(call, Kind::image, image);
+    Object *object = image == nullptr ? nullptr : objects().use(call, Kind::Image, image);
     record(call + "(" + nameOf(object) + ")");
     return object == nullptr ? nullptr : displayWith(static_cast<CGDirectDisplayID>(object->value));
 }
@@ -104,7 +104,7 @@ CGDataProviderRef imageGetDataProvider(CGImageRef image) {
     const Display *display = displayOf("CGImageGetDataProvider", image);
     if (display == nullptr)
         return nullptr;
-    Object *provider = objects().make(Kind::provider);
+    Object *provider = objects().make(Kind::Provider);
     provider->owner = objects().use("CGImageGetDataProvider", image);
     provider->bytes = display->bytes;
     return as<CGDataProviderRef>(provider);
@@ -115,15 +115,15 @@ void imageRelease(CGImageRef image) {
         record("CGImageRelease(null)");
         return;
     }
-    record("CGImageRelease(" + nameOf(objects().use("CGImageRelease", Kind::image, image)) + ")");
+    record("CGImageRelease(" + nameOf(objects().use("CGImageRelease", Kind::Image, image)) + ")");
     objects().release("CGImageRelease", image);
 }
 
 CFDataRef dataProviderCopyData(CGDataProviderRef provider) {
     Object *from = provider == nullptr
                        ? nullptr
-                       : objects().use("CGDataProviderCopyData", Kind::provider, provider);
-    Object *data = from == nullptr ? nullptr : objects().make(Kind::data);
+                       : objects().use("CGDataProviderCopyData", Kind::Provider, provider);
+    Object *data = from == nullptr ? nullptr : objects().make(Kind::Data);
     if (data != nullptr)
         data->bytes = from->bytes;
     record("CGDataProviderCopyData(" + nameOf(from) + ") = " + nameOf(data));
@@ -137,7 +137,7 @@ CFNumberRef numberCreate(CFAllocatorRef allocator, CFNumberType type, const void
         objects().note("CFNumberCreate with the type " + std::to_string(type));
         return nullptr;
     }
-    Object *number = objects().make(Kind::number);
+    Object *number = objects().make(Kind::Number);
     std::memcpy(&number->value, value, sizeof number->value);
     record("CFNumberCreate(" + std::to_string(number->value) + ") = " + nameOf(number));
     return as<CFNumberRef>(number);
@@ -148,9 +148,9 @@ CFDictionaryRef dictionaryCreate(CFAllocatorRef allocator, const void **keys, co
                                  const CFDictionaryValueCallBacks *valueCallBacks) {
     if (allocator != nullptr || keyCallBacks != nullptr || valueCallBacks != nullptr)
         objects().note("CFDictionaryCreate with an allocator or callbacks");
-    Object *dictionary = objects().make(Kind::dictionary);
+    Object *dictionary = objects().make(Kind::Dictionary);
     for (CFIndex i = 0; i < count; ++i) {
-        objects().use("CFDictionaryCreate", Kind::constant, keys[i]);
+        objects().use("CFDictionaryCreate", Kind::Constant, keys[i]);
         objects().use("CFDictionaryCreate", values[i]);
         dictionary->entries.emplace_back(keys[i], values[i]);
     }
@@ -160,7 +160,7 @@ CFDictionaryRef dictionaryCreate(CFAllocatorRef allocator, const void **keys, co
 }
 
 const UInt8 *dataGetBytePtr(CFDataRef data) {
-    Object *object = objects().use("CFDataGetBytePtr", Kind::data, data);
+    Object *object = objects().use("CFDataGetBytePtr", Kind::Data, data);
     record("CFDataGetBytePtr(" + nameOf(object) + ")");
     return object == nullptr ? nullptr : object->bytes.data();
 }
@@ -173,7 +173,7 @@ void release(CFTypeRef reference) {
 // Streams.
 
 dispatch_queue_t queueCreate(const char *label, dispatch_queue_attr_t attributes) {
-    Object *queue = objects().make(Kind::queue);
+    Object *queue = objects().make(Kind::Queue);
     record("dispatch_queue_create(\"" + std::string(label) + "\", " +
            (attributes == nullptr ? "serial" : "other") + ") = " + nameOf(queue));
     return as<dispatch_queue_t>(queue);
@@ -184,7 +184,7 @@ std::string optionsText(const Object *dictionary) {
     for (const auto &[key, value] : dictionary->entries) {
         const Object *object = objects().use("a stream's option", value);
         all += all.empty() ? "" : ", ";
-        if (key == minimumFrameTimeKey() && object != nullptr && object->kind == Kind::number)
+        if (key == minimumFrameTimeKey() && object != nullptr && object->kind == Kind::Number)
             all += "at least " + std::to_string(object->value) + " s a frame";
         else if (key == showCursorKey() && value == falseBoolean())
             all += "no cursor";
@@ -199,10 +199,10 @@ CGDisplayStreamRef streamCreate(CGDirectDisplayID id, std::size_t width, std::si
                                 dispatch_queue_t queue,
                                 CGDisplayStreamFrameAvailableHandler handler) {
     const std::string call = "CGDisplayStreamCreateWithDispatchQueue";
-    Object *dictionary = objects().use(call, Kind::dictionary, options);
-    objects().use(call, Kind::queue, queue);
+    Object *dictionary = objects().use(call, Kind::Dictionary, options);
+    objects().use(call, Kind::Queue, queue);
     const bool refused = frameworks().script.refuseStreams || displayWith(id) == nullptr;
-    Object *stream = refused ? nullptr : objects().make(Kind::stream);
+    Object *stream = refused ? nullptr : objects().make(Kind::Stream);
     char code[5] = {};
     for (int i = 0; i < 4; ++i)
         code[i] = static_cast<char>(format >> (24 - 8 * i));
@@ -221,7 +221,7 @@ CGError startOrStop(const std::string &call, CGDisplayStreamRef stream, CGError 
         record(call + "(null)");
         return kCGErrorIllegalArgument;
     }
-    record(call + "(" + nameOf(objects().use(call, Kind::stream, stream)) + ")");
+    record(call + "(" + nameOf(objects().use(call, Kind::Stream, stream)) + ")");
     return result;
 }
 
@@ -236,7 +236,7 @@ CGError streamStop(CGDisplayStreamRef stream) {
 // Surfaces.
 
 IOReturn surfaceLock(IOSurfaceRef surface, IOSurfaceLockOptions options, std::uint32_t *) {
-    Object *object = objects().use("IOSurfaceLock", Kind::surface, surface);
+    Object *object = objects().use("IOSurfaceLock", Kind::Surface, surface);
     if (options != kIOSurfaceLockReadOnly)
         objects().note("IOSurfaceLock with the options " + text(options));
     if (object != nullptr)
@@ -246,7 +246,7 @@ IOReturn surfaceLock(IOSurfaceRef surface, IOSurfaceLockOptions options, std::ui
 }
 
 IOReturn surfaceUnlock(IOSurfaceRef surface, IOSurfaceLockOptions options, std::uint32_t *) {
-    Object *object = objects().use("IOSurfaceUnlock", Kind::surface, surface);
+    Object *object = objects().use("IOSurfaceUnlock", Kind::Surface, surface);
     if (options != kIOSurfaceLockReadOnly)
         objects().note("IOSurfaceUnlock with the options " + text(options));
     if (object != nullptr && --object->locks < 0)
@@ -256,7 +256,7 @@ IOReturn surfaceUnlock(IOSurfaceRef surface, IOSurfaceLockOptions options, std::
 }
 
 void *surfaceGetBaseAddress(IOSurfaceRef surface) {
-    Object *object = objects().use("IOSurfaceGetBaseAddress", Kind::surface, surface);
+    Object *object = objects().use("IOSurfaceGetBaseAddress", Kind::Surface, surface);
     if (object != nullptr && object->locks == 0)
         objects().note("IOSurfaceGetBaseAddress of " + nameOf(object) + ", which is not locked");
     record("IOSurfaceGetBaseAddress(" + nameOf(object) + ")");
@@ -318,7 +318,7 @@ void addRecordingFrameworks(Imports &imports) {
 void deliver(CGDisplayStreamFrameStatus status, const std::vector<std::uint32_t> *pixels) {
     Object *surface = nullptr;
     if (pixels != nullptr) {
-        surface = objects().make(Kind::surface);
+        surface = objects().make(Kind::Surface);
         surface->bytes.resize(pixels->size() * sizeof(std::uint32_t));
         std::memcpy(surface->bytes.data(), pixels->data(), surface->bytes.size());
     }

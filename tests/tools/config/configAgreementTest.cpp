@@ -119,7 +119,7 @@ struct Tally {
 
 } // namespace
 
-TEST(ConfigAgreement, overDamagedTrees) {
+TEST(ConfigAgreement, OverDamagedTrees) {
     Random random(1);
     Tally tally;
     for (int i = 0; i < 400; ++i) {
@@ -133,7 +133,7 @@ TEST(ConfigAgreement, overDamagedTrees) {
     EXPECT_GT(tally.refused, 50);
 }
 
-TEST(ConfigAgreement, overDamagedTexts) {
+TEST(ConfigAgreement, OverDamagedTexts) {
     Random random(2);
     Tally tally;
     for (int i = 0; i < 300; ++i) {
@@ -146,7 +146,7 @@ TEST(ConfigAgreement, overDamagedTexts) {
     EXPECT_GT(tally.refused, 50);
 }
 
-TEST(ConfigAgreement, overEveryBeginning) {
+TEST(ConfigAgreement, OverEveryBeginning) {
     const std::string text = test::goodDocument;
     Tally tally;
     for (std::size_t length = 0; length <= text.size(); length += 3)

@@ -67,7 +67,7 @@ std::string line(const Member &member, const std::string &found) {
 
 } // namespace
 
-TEST(ConfigDocument, readsEveryMember) {
+TEST(ConfigDocument, ReadsEveryMember) {
     const auto reading = config::readText(test::goodDocument);
     ASSERT_EQ(problemsOf(reading), "");
     EXPECT_EQ(reading.text, test::goodDocument);
@@ -96,14 +96,14 @@ TEST(ConfigDocument, readsEveryMember) {
     EXPECT_TRUE(second.panels.empty());
 }
 
-TEST(ConfigDocument, namesEveryMissingMember) {
+TEST(ConfigDocument, NamesEveryMissingMember) {
     for (const auto &list : {std::span<const Member>(integers), std::span<const Member>(others)})
         for (const auto &member : list)
             EXPECT_EQ(problemsIn(test::withoutValue(member.pointer)),
                       line(member, "no member of this name"));
 }
 
-TEST(ConfigDocument, saysWhatWasFoundInsteadOfAnInteger) {
+TEST(ConfigDocument, SaysWhatWasFoundInsteadOfAnInteger) {
     const std::pair<const char *, const char *> wrong[] = {
         {"null", "null"},
         {"true", "true"},
@@ -127,7 +127,7 @@ TEST(ConfigDocument, saysWhatWasFoundInsteadOfAnInteger) {
             EXPECT_EQ(problemsIn(test::withValue(member.pointer, value)), line(member, found));
 }
 
-TEST(ConfigDocument, saysHowToMendValues) {
+TEST(ConfigDocument, SaysHowToMendValues) {
     const std::pair<const char *, const char *> mended[] = {
         {"1.0", "write 1, without fraction and exponent"},
         {"1e2", "write 100, without fraction and exponent"},
@@ -151,7 +151,7 @@ TEST(ConfigDocument, saysHowToMendValues) {
               "\"shapeType\", \"ip\", \"controlVersion\"");
 }
 
-TEST(ConfigDocument, takesIntegersUpToTheirBorders) {
+TEST(ConfigDocument, TakesIntegersUpToTheirBorders) {
     for (const auto &member : integers)
         for (const char *value : {"2147483647", "-2147483648", "0", "-0"})
             EXPECT_EQ(problemsIn(test::withValue(member.pointer, value)), "") << member.pointer;
@@ -161,7 +161,7 @@ TEST(ConfigDocument, takesIntegersUpToTheirBorders) {
     EXPECT_EQ(greatest.document.mode, INT32_MAX);
 }
 
-TEST(ConfigDocument, saysWhatWasFoundInsteadOfOtherTypes) {
+TEST(ConfigDocument, SaysWhatWasFoundInsteadOfOtherTypes) {
     for (const auto &member : others) {
         EXPECT_EQ(problemsIn(test::withValue(member.pointer, "null")), line(member, "null"));
         EXPECT_EQ(problemsIn(test::withValue(member.pointer, "{}")), line(member, "an object"));
@@ -176,13 +176,13 @@ TEST(ConfigDocument, saysWhatWasFoundInsteadOfOtherTypes) {
               "/devices/0/panels/2: expected an object, found 3\n");
 }
 
-TEST(ConfigDocument, takesAnyNumberAsScaleFactor) {
+TEST(ConfigDocument, TakesAnyNumberAsScaleFactor) {
     for (const char *value : {"3", "-1", "0.0", "1e3", "4294967295", "-9223372036854775808",
                               "18446744073709551615", "1e-400"})
         EXPECT_EQ(problemsIn(test::withValue("/devices/0/scaleFactor", value)), "") << value;
 }
 
-TEST(ConfigDocument, findsAllProblemsInDocumentOrder) {
+TEST(ConfigDocument, FindsAllProblemsInDocumentOrder) {
     EXPECT_EQ(problemsIn(R"({"mode": 1.5, "devices": [
         {"panels": [{"panelID": "x", "centroidY": 1}, 4], "scaleFactor": 1, "ip": 1,
          "controlVersion": 2},
@@ -200,7 +200,7 @@ TEST(ConfigDocument, findsAllProblemsInDocumentOrder) {
               "/devices/1: expected an object, found 7\n");
 }
 
-TEST(ConfigDocument, pointsToNamesThatWereMeant) {
+TEST(ConfigDocument, PointsToNamesThatWereMeant) {
     EXPECT_EQ(problemsIn(R"({"displayId": 1, "mode": 0, "devices": []})"),
               "/displayID: expected an integer that fits 32 bits, found no member of this name\n");
     EXPECT_EQ(fixIn(R"({"displayId": 1, "mode": 0, "devices": []})"),
@@ -212,24 +212,24 @@ TEST(ConfigDocument, pointsToNamesThatWereMeant) {
               "add it, such as \"mode\": 0 (0 match, 1 melt, 2 fade, 3 palette)");
 }
 
-TEST(ConfigDocument, refusesRootsThatAreNoObject) {
+TEST(ConfigDocument, RefusesRootsThatAreNoObject) {
     EXPECT_EQ(problemsIn("[]"), "1:1: expected an object, found an array\n");
     EXPECT_EQ(problemsIn("3"), "1:1: expected an object, found 3\n");
     EXPECT_EQ(problemsIn(" null "), "1:2: expected an object, found null\n");
 }
 
-TEST(ConfigDocument, ignoresMembersThatItDoesNotKnow) {
+TEST(ConfigDocument, IgnoresMembersThatItDoesNotKnow) {
     EXPECT_EQ(problemsIn(test::withValue("/comment", R"({"displayID": "x", "deep": [[[]]]})")), "");
     EXPECT_EQ(problemsIn(test::withValue("/devices/0/panels/0/name", "null")), "");
 }
 
-TEST(ConfigDocument, acceptsNoDevicesAtAll) {
+TEST(ConfigDocument, AcceptsNoDevicesAtAll) {
     const auto reading = config::readText(R"({"displayID": 1, "mode": 0, "devices": []})");
     EXPECT_EQ(problemsOf(reading), "");
     EXPECT_TRUE(reading.document.devices.empty());
 }
 
-TEST(ConfigDocument, takesTheFirstOfMembersOfOneName) {
+TEST(ConfigDocument, TakesTheFirstOfMembersOfOneName) {
     const auto first =
         config::readText(R"({"displayID": 1, "displayID": "x", "mode": 0, "devices": []})");
     EXPECT_EQ(problemsOf(first), "");
@@ -238,26 +238,26 @@ TEST(ConfigDocument, takesTheFirstOfMembersOfOneName) {
               "/displayID: expected an integer that fits 32 bits, found the string \"x\"\n");
 }
 
-TEST(ConfigDocument, endsAddressesAtAZeroCharacter) {
+TEST(ConfigDocument, EndsAddressesAtAZeroCharacter) {
     const auto reading =
         config::readText(test::withValue("/devices/0/ip", R"("127.0.0.1\u0000junk")"));
     ASSERT_EQ(problemsOf(reading), "");
     EXPECT_EQ(reading.document.devices[0].ip, "127.0.0.1");
 }
 
-TEST(ConfigDocument, leavesAddressesToOthers) {
+TEST(ConfigDocument, LeavesAddressesToOthers) {
     EXPECT_EQ(problemsIn(test::withValue("/devices/0/ip", "\"no address\"")), "");
     EXPECT_EQ(problemsIn(test::withValue("/devices/0/ip", "\"\"")), "");
 }
 
-TEST(ConfigDocument, cutsLongStringsBetweenCharacters) {
+TEST(ConfigDocument, CutsLongStringsBetweenCharacters) {
     const std::string letters(59, 'a');
     EXPECT_EQ(problemsIn(test::withValue("/mode", "\"" + letters + "\xC3\xA9\xC3\xA9\"")),
               "/mode: expected an integer that fits 32 bits, found the string \"" + letters +
                   "\" and more\n");
 }
 
-TEST(ConfigDocument, placesWhatCannotBeParsed) {
+TEST(ConfigDocument, PlacesWhatCannotBeParsed) {
     EXPECT_EQ(problemsIn(""), "1:1: The document is empty.\n");
     EXPECT_EQ(problemsIn(" \n\n "), "3:2: The document is empty.\n");
     EXPECT_EQ(problemsIn("{"), "1:2: Missing a name for object member.\n");
@@ -270,25 +270,25 @@ TEST(ConfigDocument, placesWhatCannotBeParsed) {
     EXPECT_EQ(problemsIn("{\"a\": /1}"), "1:7: Invalid value.\n");
 }
 
-TEST(ConfigDocument, countsColumnsInCharacters) {
+TEST(ConfigDocument, CountsColumnsInCharacters) {
     EXPECT_EQ(problemsIn("{\"\xC3\xA9\xC3\xA9\" 3}"),
               "1:7: Missing a colon after a name of object member.\n");
 }
 
-TEST(ConfigDocument, explainsByteOrderMarks) {
+TEST(ConfigDocument, ExplainsByteOrderMarks) {
     EXPECT_EQ(problemsIn(std::string("\xEF\xBB\xBF") + test::goodDocument),
               "1:1: Invalid value.\n");
     EXPECT_EQ(fixIn(std::string("\xEF\xBB\xBF") + test::goodDocument),
               "the text begins with a byte order mark; save it without one");
 }
 
-TEST(ConfigDocument, refusesZeroBytes) {
+TEST(ConfigDocument, RefusesZeroBytes) {
     const std::string text = std::string(test::goodDocument) + '\0' + "more";
     EXPECT_EQ(problemsIn(text), "24:2: expected JSON text in UTF-8, "
                                 "found a zero byte, which would end it\n");
 }
 
-TEST(ConfigDocument, refusesAbsurdNesting) {
+TEST(ConfigDocument, RefusesAbsurdNesting) {
     for (const char *opening : {"[", "{\"a\":"}) {
         std::string bomb;
         for (int i = 0; i < 2000000; ++i)
@@ -310,7 +310,7 @@ TEST(ConfigDocument, refusesAbsurdNesting) {
               "");
 }
 
-TEST(ConfigDocument, refusesMoreValuesThanMemoryHolds) {
+TEST(ConfigDocument, RefusesMoreValuesThanMemoryHolds) {
     std::string flood = "[1";
     for (std::size_t i = 0; i < config::mostValues; ++i)
         flood += ",1";
@@ -319,7 +319,7 @@ TEST(ConfigDocument, refusesMoreValuesThanMemoryHolds) {
                   std::to_string(config::mostValues) + " values, found one more\n");
 }
 
-TEST(ConfigDocument, isWrittenAsItWasRead) {
+TEST(ConfigDocument, IsWrittenAsItWasRead) {
     const auto first =
         config::readText(test::withValue("/devices/0/ip", R"("a \"lamp\"")")).document;
     const std::string text = config::documentText(first);
@@ -339,7 +339,7 @@ TEST(ConfigDocument, isWrittenAsItWasRead) {
     EXPECT_EQ(problemsOf(config::readText(config::documentText(infinite))), "");
 }
 
-TEST(ConfigDocument, endsTheListOfEndlessProblems) {
+TEST(ConfigDocument, EndsTheListOfEndlessProblems) {
     std::string text = R"({"displayID": 1, "mode": 0, "devices": [0)";
     for (int i = 0; i < 200000; ++i)
         text += ",0";
@@ -372,7 +372,7 @@ public:
 
 } // namespace
 
-TEST(ConfigFile, isReadWhole) {
+TEST(ConfigFile, IsReadWhole) {
     // Longer than one read.
     const std::string text = test::goodDocument + std::string(100000, ' ');
     const ScratchFile file(text);
@@ -380,7 +380,7 @@ TEST(ConfigFile, isReadWhole) {
     EXPECT_EQ(config::readTextFile(file.path, reason), text);
 }
 
-TEST(ConfigFile, saysWhyItCannotBeRead) {
+TEST(ConfigFile, SaysWhyItCannotBeRead) {
     std::string reason;
     EXPECT_FALSE(config::readTextFile("/no/such/file", reason));
     EXPECT_EQ(reason, "No such file or directory");
@@ -388,13 +388,13 @@ TEST(ConfigFile, saysWhyItCannotBeRead) {
     EXPECT_EQ(reason, "Is a directory");
 }
 
-TEST(ConfigFile, refusesEndlessFiles) {
+TEST(ConfigFile, RefusesEndlessFiles) {
     std::string reason;
     EXPECT_FALSE(config::readTextFile("/dev/zero", reason));
     EXPECT_EQ(reason, "larger than 64 MiB");
 }
 
-TEST(ConfigFile, doesNotWaitForEverOnAPipe) {
+TEST(ConfigFile, DoesNotWaitForEverOnAPipe) {
     char folder[] = "/tmp/configTest.XXXXXX";
     ASSERT_NE(mkdtemp(folder), nullptr);
     const std::string pipe = std::string(folder) + "/pipe";
@@ -408,7 +408,7 @@ TEST(ConfigFile, doesNotWaitForEverOnAPipe) {
     std::filesystem::remove_all(folder);
 }
 
-TEST(ConfigFile, describesProblemsForPrinting) {
+TEST(ConfigFile, DescribesProblemsForPrinting) {
     EXPECT_EQ(config::describe("a.json", {"/mode", "bad"}), "a.json: /mode: bad");
     EXPECT_EQ(config::describe("a.json", {"/mode", "bad", "", {3, 7}}),
               "a.json: line 3, column 7: /mode: bad");

@@ -7,7 +7,7 @@
 
 namespace {
 
-TEST(ConfigFlashes, areReckonedFromTheLibrarysDelays) {
+TEST(ConfigFlashes, AreReckonedFromTheLibrarysDelays) {
     const MirrorManager fresh;
     EXPECT_DOUBLE_EQ(config::mostFlashes(0), 500.0 / fresh.matchFrameDelay);
     EXPECT_DOUBLE_EQ(config::mostFlashes(1), 500.0 / fresh.meltFrameDelay);

@@ -37,11 +37,11 @@ config::Problem only(const std::string &text) {
 
 } // namespace
 
-TEST(ConfigReview, findsNothingInAGoodDocument) {
+TEST(ConfigReview, FindsNothingInAGoodDocument) {
     EXPECT_EQ(outline(document("", panel)), "");
 }
 
-TEST(ConfigReview, placesMembersAtTheirNamesAndElementsWhereTheyBegin) {
+TEST(ConfigReview, PlacesMembersAtTheirNamesAndElementsWhereTheyBegin) {
     EXPECT_EQ(outline("{\n"
                       "  \"displayID\":\n"
                       "      \"x\",\r\n"
@@ -59,7 +59,7 @@ TEST(ConfigReview, placesMembersAtTheirNamesAndElementsWhereTheyBegin) {
               "warning 4:14 /\xC3\xA9\n");
 }
 
-TEST(ConfigReview, pointsToTheMemberThatIsThereAgain) {
+TEST(ConfigReview, PointsToTheMemberThatIsThereAgain) {
     const auto problem = only(R"({"displayID": 1,
  "displayID": {"mode": 1, "displayID": 5},
    "mode": 3, "devices": [{"ip": "::1", "controlVersion": 2, "shapeType": 0, "scaleFactor": 1,
@@ -69,7 +69,7 @@ TEST(ConfigReview, pointsToTheMemberThatIsThereAgain) {
     EXPECT_EQ(problem.message, "found \"displayID\" once more; the library takes the first");
 }
 
-TEST(ConfigReview, warnsOfMembersThatNobodyReads) {
+TEST(ConfigReview, WarnsOfMembersThatNobodyReads) {
     const auto problem = only(document(R"("a/b~c": {"ip": 5}, )", panel));
     EXPECT_EQ(problem.pointer, "/devices/0/a~1b~0c");
     EXPECT_EQ(problem.place.column, 1 + document(R"("a/b~c": {"ip": 5}, )", panel).find("\"a/b"));
@@ -79,7 +79,7 @@ TEST(ConfigReview, warnsOfMembersThatNobodyReads) {
     EXPECT_EQ(outline(document("", panel).insert(1, R"("$schema": "a.json", )")), "");
 }
 
-TEST(ConfigReview, warnsOfPanelsOffTheScreen) {
+TEST(ConfigReview, WarnsOfPanelsOffTheScreen) {
     EXPECT_EQ(outline(document("", R"({"panelID": 1, "centroidX": 640, "centroidY": -1})")),
               "warning 1:142 /devices/0/panels/0/centroidX\nwarning 1:160 "
               "/devices/0/panels/0/centroidY\n");
@@ -89,7 +89,7 @@ TEST(ConfigReview, warnsOfPanelsOffTheScreen) {
         "");
 }
 
-TEST(ConfigReview, warnsOfIdentifiersThatDoNotFitOrAreThereTwice) {
+TEST(ConfigReview, WarnsOfIdentifiersThatDoNotFitOrAreThereTwice) {
     const auto wide = [](const std::string &id) {
         return document("",
                         panel + R"(, {"panelID": )" + id + R"(, "centroidX": 1, "centroidY": 1})");
@@ -107,7 +107,7 @@ TEST(ConfigReview, warnsOfIdentifiersThatDoNotFitOrAreThereTwice) {
     EXPECT_NE(problems[1].message.find("identifier 1 again"), std::string::npos);
 }
 
-TEST(ConfigReview, warnsOfAddressesThatAreThereTwice) {
+TEST(ConfigReview, WarnsOfAddressesThatAreThereTwice) {
     const auto device = [](const std::string &ip, int version) {
         return R"({"ip": ")" + ip + R"(", "controlVersion": )" + std::to_string(version) +
                R"(, "shapeType": 0, "scaleFactor": 1, "panels": [)" + panel + "]}";
@@ -120,7 +120,7 @@ TEST(ConfigReview, warnsOfAddressesThatAreThereTwice) {
     EXPECT_EQ(outline(two(device("127.0.0.2", 2), device("127.0.0.3", 2))), "");
 }
 
-TEST(ConfigReview, warnsOfSizesThatMakeNoSense) {
+TEST(ConfigReview, WarnsOfSizesThatMakeNoSense) {
     const auto sized = [](const std::string &scale) {
         std::string text = document("", panel);
         return text.replace(text.find("scaleFactor\": 1") + 14, 1, scale);
@@ -140,12 +140,12 @@ TEST(ConfigReview, warnsOfSizesThatMakeNoSense) {
     EXPECT_EQ(only(sized("4.9")).pointer, "/devices/0/scaleFactor");
 }
 
-TEST(ConfigReview, warnsOfWhatStaysDark) {
+TEST(ConfigReview, WarnsOfWhatStaysDark) {
     EXPECT_EQ(only(R"({"displayID": 1, "mode": 0, "devices": []})").pointer, "/devices");
     EXPECT_EQ(only(document("", "")).pointer, "/devices/0/panels");
 }
 
-TEST(ConfigReview, warnsOfDatagramsThatCannotBeSent) {
+TEST(ConfigReview, WarnsOfDatagramsThatCannotBeSent) {
     std::string panels = panel;
     for (int i = 2; i <= 8188; ++i)
         panels += R"(,{"panelID":)" + std::to_string(i) + R"(,"centroidX":1,"centroidY":1})";
@@ -156,16 +156,16 @@ TEST(ConfigReview, warnsOfDatagramsThatCannotBeSent) {
                                "too large to be sent");
 }
 
-TEST(ConfigReview, cautionsWhereTheWallCanFlash) {
+TEST(ConfigReview, CautionsWhereTheWallCanFlash) {
     for (const int mode : {0, 1, 2}) {
         const auto problem = only(document("", panel, mode));
-        EXPECT_EQ(problem.severity, config::Severity::caution);
+        EXPECT_EQ(problem.severity, config::Severity::Caution);
         EXPECT_EQ(problem.pointer, "/mode");
         EXPECT_NE(problem.message.find("seizures"), std::string::npos);
     }
 }
 
-TEST(ConfigReview, drawsNoConclusionsFromWhatIsWrong) {
+TEST(ConfigReview, DrawsNoConclusionsFromWhatIsWrong) {
     // The second device's missing members are not taken for zeros.
     EXPECT_EQ(outline(R"({"displayID": 1, "mode": "x", "devices": [
 {"ip": 1, "controlVersion": 2, "shapeType": 0, "scaleFactor": "big", "panels": [
@@ -180,7 +180,7 @@ TEST(ConfigReview, drawsNoConclusionsFromWhatIsWrong) {
     EXPECT_EQ(outline("{"), "error 1:2 \n");
 }
 
-TEST(ConfigReview, boundsItsList) {
+TEST(ConfigReview, BoundsItsList) {
     std::string panels = panel;
     for (int i = 0; i < 5000; ++i)
         panels += R"(,{"panelID":1,"centroidX":-1,"centroidY":-1,"x":1})";
@@ -188,7 +188,7 @@ TEST(ConfigReview, boundsItsList) {
               config::mostProblems + 1);
 }
 
-TEST(ConfigReview, isNotHeldUpByMembersThatNobodyReads) {
+TEST(ConfigReview, IsNotHeldUpByMembersThatNobodyReads) {
     // A quadratic search would take minutes.
     std::string text = R"({"displayID": 1, "mode": 3, "devices": [{)";
     for (int i = 0; i < 500000; ++i)

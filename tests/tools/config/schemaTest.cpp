@@ -78,17 +78,17 @@ void expectRulesThatTheCheckerKnows(const rapidjson::Value &rules, const std::st
 
 } // namespace
 
-TEST(ConfigSchema, isTheOneInThePrograms) {
+TEST(ConfigSchema, IsTheOneInThePrograms) {
     EXPECT_EQ(schemaFile(), config::schemaText);
 }
 
-TEST(ConfigSchema, hasOnlyRulesThatTheCheckerKnows) {
+TEST(ConfigSchema, HasOnlyRulesThatTheCheckerKnows) {
     rapidjson::Document tree;
     tree.Parse(schemaFile().c_str());
     expectRulesThatTheCheckerKnows(tree, "");
 }
 
-TEST(ConfigSchema, judgesEveryValueOfEveryMemberAsTheLibraryDoes) {
+TEST(ConfigSchema, JudgesEveryValueOfEveryMemberAsTheLibraryDoes) {
     int accepted = 0;
     int refused = 0;
     for (const char *member : everyMember)
@@ -103,7 +103,7 @@ TEST(ConfigSchema, judgesEveryValueOfEveryMemberAsTheLibraryDoes) {
     EXPECT_GT(refused, 100);
 }
 
-TEST(ConfigSchema, asksForEveryMemberThatTheLibraryReads) {
+TEST(ConfigSchema, AsksForEveryMemberThatTheLibraryReads) {
     EXPECT_TRUE(schemaTakes(test::goodDocument));
     for (const char *member : {"/displayID", "/mode", "/devices", "/devices/0/panels",
                                "/devices/0/scaleFactor", "/devices/0/shapeType", "/devices/1/ip",
@@ -115,7 +115,7 @@ TEST(ConfigSchema, asksForEveryMemberThatTheLibraryReads) {
     }
 }
 
-TEST(ConfigSchema, takesMembersThatTheLibraryIgnores) {
+TEST(ConfigSchema, TakesMembersThatTheLibraryIgnores) {
     EXPECT_TRUE(schemaTakes(test::withValue("/$schema", "\"mirror-config.schema.json\"")));
     EXPECT_TRUE(schemaTakes(test::withValue("/devices/0/name", "{\"panels\": 3}")));
     EXPECT_FALSE(schemaTakes("[]"));

@@ -48,7 +48,7 @@ std::vector<std::string> piecesOf(const std::string &cell) {
 
 } // namespace
 
-TEST(DoctorPage, saysWhatTheDoctorSays) {
+TEST(DoctorPage, SaysWhatTheDoctorSays) {
     const std::string said = program();
     std::istringstream page(fileText(TREE "/docs/doctor.md"));
     std::size_t rows = 0;

@@ -95,7 +95,7 @@ Words offeredByZsh(const std::string &program, const std::string &words, int cur
 
 } // namespace
 
-TEST(Manual, isSetWithoutComplaint) {
+TEST(Manual, IsSetWithoutComplaint) {
     for (const char *name : {"mirrorctl.1", "panelwall.1"}) {
         const Ending lint = shell("mandoc -T lint " MANUALS + std::string(name));
         EXPECT_EQ(lint.status, 0) << lint.out;
@@ -103,7 +103,7 @@ TEST(Manual, isSetWithoutComplaint) {
     }
 }
 
-TEST(Manual, hasEveryOptionOfEveryCommandAndNoOther) {
+TEST(Manual, HasEveryOptionOfEveryCommandAndNoOther) {
     const std::string source = manual("mirrorctl.1");
     const Words commands = commandsOf(MIRRORCTL);
     ASSERT_EQ(commands.size(), 7u);
@@ -120,7 +120,7 @@ TEST(Manual, hasEveryOptionOfEveryCommandAndNoOther) {
     EXPECT_GT(optionsOf(PANELWALL).size(), 5u);
 }
 
-TEST(Manual, hasEveryExitStatus) {
+TEST(Manual, HasEveryExitStatus) {
     const auto told = [](const std::string &program) {
         const std::string text = shell(program + " --help").out;
         return matches(text.substr(text.find("Exit status")), std::regex("\n +([0-9]+)  "));
@@ -133,7 +133,7 @@ TEST(Manual, hasEveryExitStatus) {
     EXPECT_EQ(listed("panelwall.1"), told(PANELWALL));
 }
 
-TEST(Completion, offersEveryCommandAndOptionInBash) {
+TEST(Completion, OffersEveryCommandAndOptionInBash) {
     Words commands = commandsOf(MIRRORCTL);
     for (const std::string &command : commands)
         EXPECT_EQ(offeredByBash("mirrorctl", "mirrorctl " + command + " --"),
@@ -143,7 +143,7 @@ TEST(Completion, offersEveryCommandAndOptionInBash) {
     EXPECT_EQ(offeredByBash("panelwall", "panelwall a.json --"), optionsOf(PANELWALL));
 }
 
-TEST(Completion, offersValuesInBash) {
+TEST(Completion, OffersValuesInBash) {
     EXPECT_EQ(offeredByBash("mirrorctl", "mirrorctl run a.json --mode \"\""),
               (Words{"fade", "match", "melt", "palette"}));
     EXPECT_EQ(offeredByBash("mirrorctl", "mirrorctl run --s"), Words{"--seconds"});
@@ -154,7 +154,7 @@ TEST(Completion, offersValuesInBash) {
     EXPECT_TRUE(offeredByBash("mirrorctl", "mirrorctl mirror \"\"").empty());
 }
 
-TEST(Completion, offersEveryOptionInZsh) {
+TEST(Completion, OffersEveryOptionInZsh) {
     for (const std::string &command : commandsOf(MIRRORCTL))
         EXPECT_EQ(offeredByZsh("mirrorctl", "mirrorctl " + command + " --", 3),
                   optionsOf(MIRRORCTL " " + command))

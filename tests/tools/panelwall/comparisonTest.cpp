@@ -180,7 +180,7 @@ TEST(PanelwallComparison, ATruncatedRecordingIsComparedUpToItsFault) {
 TEST(PanelwallComparison, SaysWhatDiffersInTwoDatagrams) {
     using Bytes = std::vector<std::uint8_t>;
     const auto difference = [](const Bytes &left, const Bytes &right) {
-        return panelwall::describeDifference(panelwall::Layout::wide, left, right);
+        return panelwall::describeDifference(panelwall::Layout::Wide, left, right);
     };
     const Bytes one{0, 1, 0, 7, 1, 2, 3, 0, 0, 5};
     EXPECT_EQ(difference(one, {0, 1, 0, 8, 1, 2, 3, 0, 0, 5}), "record 0: panel id 7 and 8");

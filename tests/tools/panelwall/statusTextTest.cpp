@@ -26,14 +26,14 @@ TEST(PanelwallStatusText, OneLinePerDevice) {
     wall.hear(1, std::vector<std::uint8_t>{0, 1, 0, 44, 1, 2, 3, 0, 0, 1}, start);
     wall.hear(1, std::vector<std::uint8_t>{7}, start);
     const auto now = start + milliseconds(400);
-    const auto lines = deviceLines(wall, now, ReasonPlace::sameLine);
+    const auto lines = deviceLines(wall, now, ReasonPlace::SameLine);
     ASSERT_EQ(lines.size(), 2u);
     EXPECT_EQ(lines[0],
               "device 0  127.0.41.1:60221  0/2 lit   0/s  last never  malformed 0  total 0");
     EXPECT_EQ(lines[1],
               "device 1  [::1]:60222       1/2 lit   2/s  last 0.4 s  malformed 1  total 2  "
               "last malformed: 1 bytes, too short for the panel count");
-    const auto split = deviceLines(wall, now, ReasonPlace::nextLine);
+    const auto split = deviceLines(wall, now, ReasonPlace::NextLine);
     ASSERT_EQ(split.size(), 3u);
     EXPECT_EQ(split[2], "    last malformed: 1 bytes, too short for the panel count");
 }

@@ -96,7 +96,7 @@ static ExitStatus makeLayout(const LayoutOptions &options) {
     const config::Document document = layOut(plan);
     const std::string text = config::documentText(document);
     for (const auto &problem : config::review(config::readText(text), plan.screen).problems)
-        if (problem.severity != config::Severity::caution)
+        if (problem.severity != config::Severity::Caution)
             throw std::logic_error("the layout came out faulty: " +
                                    config::describe("layout", problem));
     std::fputs(text.c_str(), stdout);

@@ -82,8 +82,8 @@ std::string event(const char *name, const rapidjson::StringBuffer &text) {
 }
 
 const char *nameOf(SizeSource source) {
-    return source == SizeSource::given     ? "given"
-           : source == SizeSource::display ? "display"
+    return source == SizeSource::Given     ? "given"
+           : source == SizeSource::Display ? "display"
                                            : "panels";
 }
 
@@ -92,7 +92,7 @@ void writeDevice(Json &json, const WallDevice &device) {
     json.StartObject();
     write(json, "ip", device.ip);
     write(json, "port", device.port);
-    write(json, "layout", device.layout == Layout::narrow ? "narrow" : "wide");
+    write(json, "layout", device.layout == Layout::Narrow ? "narrow" : "wide");
     write(json, "side", std::min(side, largestLength));
     write(json, "panels", listOf(device.panels, [](const WallPanel &panel) {
               return std::array<std::int64_t, 3>{panel.panelID, panel.centreX, panel.centreY};

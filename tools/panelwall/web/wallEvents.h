@@ -18,14 +18,14 @@
 namespace panelwall {
 
 // How the outline's size came to be known.
-enum class SizeSource { given, display, panels };
+enum class SizeSource { Given, Display, Panels };
 
 struct WallFacts {
     std::string config;       // the document's path, or the recording's
     bool isRecording = false; // that is played back
     std::int32_t mode = 0;
     Size screen;
-    SizeSource sizeSource = SizeSource::panels;
+    SizeSource sizeSource = SizeSource::Panels;
     std::chrono::milliseconds transitionUnit = usualTransitionUnit;
     Clock::time_point start;
 };

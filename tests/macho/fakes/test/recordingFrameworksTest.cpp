@@ -81,7 +81,7 @@ TEST_F(RecordingFrameworks, SurfacesAreReadOnlyWhileLocked) {
     auto *lock = find<decltype(IOSurfaceLock)>(ioSurface, "_IOSurfaceLock");
     auto *unlock = find<decltype(IOSurfaceUnlock)>(ioSurface, "_IOSurfaceUnlock");
     auto *address = find<decltype(IOSurfaceGetBaseAddress)>(ioSurface, "_IOSurfaceGetBaseAddress");
-    Object *object = frameworks().objects.make(Kind::surface);
+    Object *object = frameworks().objects.make(Kind::Surface);
     const auto surface = reinterpret_cast<IOSurfaceRef>(object);
     address(surface);
     lock(surface, 0, nullptr);
