@@ -14,8 +14,8 @@ static constexpr std::chrono::microseconds lastMoment{1500};
 // Slow enough a replay would leave the clock's range.
 static constexpr std::chrono::hours longestReplay{24 * 365 * 100};
 
-Player::Player(RecordingReader &theReader, double theSpeed, Sender *theSender)
-    : reader(theReader), speed(theSpeed), sender(theSender) {
+Player::Player(RecordingReader &reader_, double speed_, Sender *sender_)
+    : reader(reader_), speed(speed_), sender(sender_) {
     readNext();
 }
 

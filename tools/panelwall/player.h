@@ -10,9 +10,9 @@ namespace panelwall {
 // One thread at a time. The recording's time 0 is the first call of playDue().
 class Player {
 public:
-    // `theReader` has read the head. With `theSender`, every datagram goes out as well. Both
-    // outlive the player. A `theSpeed` of 2 takes half the time; it is greater than 0.
-    Player(RecordingReader &theReader, double theSpeed, Sender *theSender);
+    // `reader_` has read the head. With `sender_`, every datagram goes out as well. Both
+    // outlive the player. A `speed_` of 2 takes half the time; it is greater than 0.
+    Player(RecordingReader &reader_, double speed_, Sender *sender_);
 
     // When to call playDue(): shortly before the next datagram's time, at the latest; when
     // ended() becomes true, once there is none; never, once it has.

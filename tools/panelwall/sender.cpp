@@ -17,8 +17,8 @@ int Sender::socketOf(const Endpoint &endpoint) const {
     return endpoint.address.ss_family == AF_INET ? four : six;
 }
 
-std::string Sender::open(std::vector<Endpoint> theEndpoints) {
-    endpoints = std::move(theEndpoints);
+std::string Sender::open(std::vector<Endpoint> endpoints_) {
+    endpoints = std::move(endpoints_);
     for (const Endpoint &endpoint : endpoints) {
         if (socketOf(endpoint) >= 0)
             continue;

@@ -22,7 +22,7 @@ public:
 
     // The devices' endpoints, in order. Returns the reason when no socket can be opened, else
     // nothing. Called once.
-    std::string open(std::vector<Endpoint> theEndpoints);
+    std::string open(std::vector<Endpoint> endpoints_);
 
     // Sends one datagram to device number `device`, waiting for room in the socket's queue. One
     // that cannot be sent is counted.

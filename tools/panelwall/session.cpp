@@ -24,11 +24,11 @@ static bool isCapableTerminal(int fd) {
     return isatty(fd) == 1 && !(type != nullptr && std::string_view(type) == "dumb");
 }
 
-Session::Session(const Options &theOptions, const config::Document &theDocument, Source &theSource,
-                 RecordingWriter *theRecorder, LivePage *thePage, Signals &theSignals)
-    : options(theOptions), document(theDocument), source(theSource), recorder(theRecorder),
-      page(thePage), signals(theSignals), wall(theDocument, theOptions.transitionUnit),
-      screen(screenSize(wall, theOptions.screen)), live(STDOUT_FILENO),
+Session::Session(const Options &options_, const config::Document &document_, Source &source_,
+                 RecordingWriter *recorder_, LivePage *page_, Signals &signals_)
+    : options(options_), document(document_), source(source_), recorder(recorder_), page(page_),
+      signals(signals_), wall(document_, options_.transitionUnit),
+      screen(screenSize(wall, options_.screen)), live(STDOUT_FILENO),
       onTerminal(isCapableTerminal(STDOUT_FILENO)) {}
 
 int Session::run() {

@@ -9,8 +9,8 @@ namespace panelwall {
 // The wall's ears, or a recording that is played back. Owns neither; they outlive it.
 class Source {
 public:
-    explicit Source(Receiver &theReceiver) : receiver(&theReceiver) {}
-    explicit Source(Player &thePlayer) : player(&thePlayer) {}
+    explicit Source(Receiver &receiver_) : receiver(&receiver_) {}
+    explicit Source(Player &player_) : player(&player_) {}
 
     bool isRecording() const { return player != nullptr; }
 

@@ -14,9 +14,9 @@ using Places = std::array<std::vector<std::size_t>, 2>;
 class Pass {
 public:
     Pass(const OpenRecording &open, const std::vector<ComparedDevice> &devices,
-         const std::vector<Layout> &layouts, const Places &thePlaces,
+         const std::vector<Layout> &layouts, const Places &places_,
          const std::vector<std::size_t> &wanted)
-        : places(thePlaces), inputs{open(first), open(second)},
+        : places(places_), inputs{open(first), open(second)},
           readers{RecordingReader(*inputs[first]), RecordingReader(*inputs[second])} {
         for (const std::size_t device : wanted) {
             const auto made = comparisons.emplace(device, layouts[device]).first;
