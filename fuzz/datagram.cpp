@@ -54,7 +54,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         requireSound(layout, lights::decode(layout, bytes), bytes.size());
 
         const std::uint64_t malformed = wall.devices()[device].malformed;
-        wall.hear(device, bytes, now);
+        wall.receive(device, bytes, now);
         const WallDevice &after = wall.devices()[device];
         require(after.datagrams == ++heard[device], "every datagram counts");
         require(after.malformed == malformed ||

@@ -162,7 +162,7 @@ TEST_F(Network, GoneAndBackLosesNoFrameAfterItsReturn) {
         switchLink(hereControl, "mirror0", false);
         far->drain();
         screen->fill(colour);
-        ASSERT_TRUE(awaitAttempts(6)); // it goes on, although nobody hears it
+        ASSERT_TRUE(awaitAttempts(6)); // it goes on, although nobody receives it
         EXPECT_FALSE(far->next(0ms));
         switchLink(hereControl, "mirror0", true);
         const auto back = Clock::now();

@@ -177,7 +177,7 @@ test("what comes late turns no panel back", async () => {
     for (let at = 2; at < 1500; at += 8) {
       while (events.length > 0 && events[0].at <= at) {
         const event = events.shift();
-        clock.hear(event.time, event.at);
+        clock.follow(event.time, event.at);
         wall.update(event);
       }
       seen.push([wall.shownBy(wall.panels[0], clock.at(at)) >> 16, (at - 2) * (200 / 1500)]);
@@ -262,7 +262,7 @@ test("silence is told plainly, with what to check, and so is a wall that has end
   await sender.send("127.0.72.6", wide([[1, 0xffffff, 1]]));
   await notice.waitFor({ state: "hidden" });
   await page.waitForSelector("#state[data-state=live]");
-  assert.match(await page.locator(".device").nth(1).innerText(), /Others hear something/);
+  assert.match(await page.locator(".device").nth(1).innerText(), /Others receive something/);
   await notice.waitFor({ state: "visible" });
   assert.match(await notice.innerText(), /^Nothing has arrived for \d\.\d s\./);
 

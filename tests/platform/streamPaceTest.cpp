@@ -55,7 +55,7 @@ TEST(StreamPace, AStillScreenIsNotTouchedAtAll) {
         ours.erase(other);
     ASSERT_EQ(ours.size(), 2u);
     ASSERT_TRUE(stream.waitForCalls(1));
-    // A second after a change the stream looks once more, in vain; the handler hears nothing of it.
+    // A second after a change the stream looks once more, in vain; the handler is not called.
     EXPECT_FALSE(stream.waitForCalls(2, 1500ms));
 
     const long sleeps = test::sleepsOf(ours);

@@ -1,4 +1,4 @@
-// A light device's ear in a test: one bound UDP socket.
+// A light device in a test: one bound UDP socket.
 #pragma once
 
 #include <chrono>

@@ -44,7 +44,7 @@ int Session::run() {
             page->show(wall, Clock::now());
         waitUntil(nextDue());
         handleSignals();
-        hear();
+        receive();
         if (source.ended() && page == nullptr)
             ended = true;
         if (options.duration && Clock::now() - start >= *options.duration)
@@ -59,10 +59,10 @@ int Session::run() {
     return outputGone ? exitOther : exitOk;
 }
 
-void Session::hear() {
+void Session::receive() {
     const auto take = [this](std::size_t device, std::span<const std::uint8_t> bytes,
                              Clock::time_point arrival) {
-        wall.hear(device, bytes, arrival);
+        wall.receive(device, bytes, arrival);
         if (recorder != nullptr)
             recorder->note(device, bytes, arrival);
     };

@@ -29,7 +29,7 @@ private:
     void announce();
 
     // Takes in what has come from the source.
-    void hear();
+    void receive();
     void waitUntil(Clock::time_point when);
     void handleSignals();
     void pause();

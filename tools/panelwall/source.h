@@ -6,7 +6,7 @@
 
 namespace panelwall {
 
-// The wall's ears, or a recording that is played back. Owns neither; they outlive it.
+// The wall's receiver, or a recording that is played back. Owns neither; they outlive it.
 class Source {
 public:
     explicit Source(Receiver &receiver_) : receiver(&receiver_) {}

@@ -36,8 +36,8 @@ static std::string adviseOn(int error) {
 }
 
 Receiver::~Receiver() {
-    for (const Ear &ear : ears)
-        close(ear.socket);
+    for (const Socket &socket : sockets)
+        close(socket.fd);
 }
 
 std::vector<config::Problem> Receiver::open(const config::Document &document,
@@ -49,7 +49,7 @@ std::vector<config::Problem> Receiver::open(const config::Document &document,
         const auto *address = reinterpret_cast<const sockaddr *>(&endpoint.address);
         const int fd = socket(endpoint.address.ss_family, SOCK_DGRAM, 0);
         if (fd >= 0) {
-            ears.push_back({fd, {}});
+            sockets.push_back({fd, {}});
             fcntl(fd, F_SETFD, FD_CLOEXEC);
             askForArrivals(fd);
         }
@@ -62,21 +62,21 @@ std::vector<config::Problem> Receiver::open(const config::Document &document,
 }
 
 void Receiver::appendTo(std::vector<pollfd> &waiting) const {
-    for (const Ear &ear : ears)
-        waiting.push_back({ear.socket, POLLIN, 0});
+    for (const Socket &socket : sockets)
+        waiting.push_back({socket.fd, POLLIN, 0});
 }
 
 std::vector<int> Receiver::fds() const {
     std::vector<int> all;
-    for (const Ear &ear : ears)
-        all.push_back(ear.socket);
+    for (const Socket &socket : sockets)
+        all.push_back(socket.fd);
     return all;
 }
 
 bool Receiver::readAll(const Handler &handler) {
     bool any = false;
-    for (std::size_t i = 0; i < ears.size(); ++i) {
-        Ear &ear = ears[i];
+    for (std::size_t i = 0; i < sockets.size(); ++i) {
+        Socket &socket = sockets[i];
         for (int turn = 0; turn < datagramsPerTurn; ++turn) {
             iovec place{buffer.data(), buffer.size()};
             ArrivalRoom room;
@@ -85,11 +85,12 @@ bool Receiver::readAll(const Handler &handler) {
             message.msg_iovlen = 1;
             message.msg_control = room.bytes;
             message.msg_controllen = sizeof room.bytes;
-            const ssize_t size = recvmsg(ear.socket, &message, MSG_DONTWAIT);
+            const ssize_t size = recvmsg(socket.fd, &message, MSG_DONTWAIT);
             if (size < 0)
                 break;
-            ear.lastArrival = std::max(ear.lastArrival, arrivalOf(message, Clock::now()));
-            handler(i, std::span(buffer.data(), static_cast<std::size_t>(size)), ear.lastArrival);
+            socket.lastArrival = std::max(socket.lastArrival, arrivalOf(message, Clock::now()));
+            handler(i, std::span(buffer.data(), static_cast<std::size_t>(size)),
+                    socket.lastArrival);
             any = true;
         }
     }

@@ -1,4 +1,4 @@
-// The wall's ears: one bound UDP socket per device.
+// Receives the wall's datagrams: one bound UDP socket per device.
 #pragma once
 
 #include "tools/config/configDocument.h"
@@ -43,12 +43,12 @@ public:
     bool readAll(const Handler &handler);
 
 private:
-    struct Ear {
-        int socket;
+    struct Socket {
+        int fd;
         Clock::time_point lastArrival;
     };
 
-    std::vector<Ear> ears;
+    std::vector<Socket> sockets;
     std::vector<std::uint8_t> buffer;
 };
 

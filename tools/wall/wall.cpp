@@ -35,7 +35,7 @@ Wall::Wall(const config::Document &document, std::chrono::milliseconds transitio
         panelCount += device.panels.size();
 }
 
-void Wall::hear(std::size_t index, std::span<const std::uint8_t> bytes, Clock::time_point now) {
+void Wall::receive(std::size_t index, std::span<const std::uint8_t> bytes, Clock::time_point now) {
     WallDevice &device = allDevices.at(index);
     ++device.datagrams;
     device.lastArrival = now;

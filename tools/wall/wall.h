@@ -1,4 +1,4 @@
-// The wall: what every panel shows and what every device has heard.
+// The wall: what every panel shows and what every device has received.
 //
 // One thread uses it at a time; it has no lock. It knows neither sockets nor screens: whoever has
 // bytes for a device hands them over, whoever wants to show the wall reads it.
@@ -68,10 +68,10 @@ public:
                   std::chrono::milliseconds transitionUnit = usualTransitionUnit);
 
     // One datagram for device number `device` (its index in the document). A malformed one is
-    // counted and changes no panel. A record colours every panel of the device that bears its
+    // counted and changes no panel. A record colours every panel of the device that has its
     // identifier, as a device could not tell them apart either; later records win. A panel moves
     // from the colour that it shows now to the record's, within the record's transition time.
-    void hear(std::size_t device, std::span<const std::uint8_t> bytes, Clock::time_point now);
+    void receive(std::size_t device, std::span<const std::uint8_t> bytes, Clock::time_point now);
 
     const std::vector<WallDevice> &devices() const { return allDevices; }
 

@@ -58,11 +58,11 @@ TEST(PanelwallColourHistory, OfTheWallHoldsWhatDevicesWereSent) {
     device.panels = {{1, 0, 0}, {2, 0, 0}};
     document.devices = {device, device};
     Wall wall(document);
-    wall.hear(0, std::vector<std::uint8_t>{0, 1, 0, 1, 1, 1, 1, 0, 0, 5}, start);
+    wall.receive(0, std::vector<std::uint8_t>{0, 1, 0, 1, 1, 1, 1, 0, 0, 5}, start);
     EXPECT_FALSE(wall.devices()[0].history);
     wall.keepHistory(2);
-    wall.hear(0, std::vector<std::uint8_t>{0, 1, 0, 2, 7, 8, 9, 0, 0, 5}, start);
-    wall.hear(0, std::vector<std::uint8_t>{1}, start + ColourHistory::slotLength);
+    wall.receive(0, std::vector<std::uint8_t>{0, 1, 0, 2, 7, 8, 9, 0, 0, 5}, start);
+    wall.receive(0, std::vector<std::uint8_t>{1}, start + ColourHistory::slotLength);
     ASSERT_TRUE(wall.devices()[0].history);
     EXPECT_EQ(wall.devices()[0].history->rowPanels().size(), 1u);
     ASSERT_EQ(wall.devices()[0].history->entries().size(), 1u);

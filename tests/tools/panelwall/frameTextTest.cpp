@@ -27,7 +27,7 @@ static Wall makeWall() {
     device.panels = {{1, 100, 100}, {2, 900, 500}};
     document.devices.push_back(device);
     Wall wall(document);
-    wall.hear(0, std::vector<std::uint8_t>{1, 1, 1, 12, 34, 56, 0, 0}, later);
+    wall.receive(0, std::vector<std::uint8_t>{1, 1, 1, 12, 34, 56, 0, 0}, later);
     return wall;
 }
 

@@ -33,7 +33,7 @@ static Wall makeWall(double scaleFactor, const std::vector<PanelAt> &places, std
     }
     document.devices.push_back(device);
     Wall wall(document);
-    wall.hear(0, bytes, moment - std::chrono::seconds(1));
+    wall.receive(0, bytes, moment - std::chrono::seconds(1));
     return wall;
 }
 
@@ -133,8 +133,8 @@ TEST(PanelwallPicture, HollowIsToldFromBlack) {
     device.panels = {{1, 100, 100}, {2, 300, 100}};
     document.devices.push_back(device);
     Wall wall(document);
-    wall.hear(0, std::vector<std::uint8_t>{1, 1, 1, 0, 0, 0, 0, 1},
-              moment - std::chrono::seconds(1));
+    wall.receive(0, std::vector<std::uint8_t>{1, 1, 1, 0, 0, 0, 0, 1},
+                 moment - std::chrono::seconds(1));
     const Canvas canvas = drawFine(wall, moment, {400, 200}, {400, 200});
     EXPECT_EQ(rgb(canvas.at(100, 100)), 0u);
     EXPECT_EQ(rgb(canvas.at(300, 100)), dark);

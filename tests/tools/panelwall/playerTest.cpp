@@ -25,14 +25,15 @@ TEST(PanelwallPlayer, PlaysEachDatagramAtItsTime) {
     const Clock::time_point begin = Clock::now();
     Player player(reader, 1.0, nullptr);
     std::vector<Clock::time_point> heard;
-    const auto hear = [&](std::size_t, std::span<const std::uint8_t> bytes, Clock::time_point at) {
+    const auto receive = [&](std::size_t, std::span<const std::uint8_t> bytes,
+                             Clock::time_point at) {
         EXPECT_EQ(bytes[4], heard.size() + 1);
         heard.push_back(at);
     };
     EXPECT_LT(player.due(), Clock::now());
     while (!player.ended()) {
         std::this_thread::sleep_until(player.due());
-        player.playDue(hear);
+        player.playDue(receive);
     }
     ASSERT_EQ(heard.size(), 2u);
     EXPECT_GE(heard[1] - begin, std::chrono::milliseconds(30));

@@ -28,7 +28,7 @@ TEST(PanelwallRedrawPace, FollowsAPanelToItsColourAndNoFurther) {
     Wall wall(document);
     RedrawPace pace;
     pace.drawn(start);
-    wall.hear(0, std::vector<std::uint8_t>{1, 1, 1, 200, 0, 0, 0, 10}, start);
+    wall.receive(0, std::vector<std::uint8_t>{1, 1, 1, 200, 0, 0, 0, 10}, start);
 
     std::vector<int> reds;
     bool changed = true;

@@ -23,8 +23,8 @@ static config::Document twoDevices() {
 
 TEST(PanelwallStatusText, OneLinePerDevice) {
     Wall wall(twoDevices());
-    wall.hear(1, std::vector<std::uint8_t>{0, 1, 0, 44, 1, 2, 3, 0, 0, 1}, start);
-    wall.hear(1, std::vector<std::uint8_t>{7}, start);
+    wall.receive(1, std::vector<std::uint8_t>{0, 1, 0, 44, 1, 2, 3, 0, 0, 1}, start);
+    wall.receive(1, std::vector<std::uint8_t>{7}, start);
     const auto now = start + milliseconds(400);
     const auto lines = deviceLines(wall, now, ReasonPlace::SameLine);
     ASSERT_EQ(lines.size(), 2u);
@@ -44,7 +44,7 @@ TEST(PanelwallStatusText, SilenceIsToldAfterThreeSecondsAndEndsWithADatagram) {
     EXPECT_EQ(describeSilence(wall, 0, start, start + seconds(4))
                   .find("Nothing has arrived at all in 4.0 s. Match mode sends"),
               0u);
-    wall.hear(0, std::vector<std::uint8_t>{0}, start + seconds(5));
+    wall.receive(0, std::vector<std::uint8_t>{0}, start + seconds(5));
     EXPECT_EQ(describeSilence(wall, 0, start, start + seconds(6)), "");
     EXPECT_EQ(
         describeSilence(wall, 0, start, start + seconds(15)).find("Nothing has arrived for 10"),
@@ -55,8 +55,8 @@ TEST(PanelwallStatusText, AWallThatFlashesIsWarnedOf) {
     Wall wall(twoDevices());
     auto now = start;
     const auto light = [&](std::uint8_t level) {
-        wall.hear(0, std::vector<std::uint8_t>{1, 44, 1, level, level, level, 0, 1}, now);
-        wall.hear(1, std::vector<std::uint8_t>{0, 1, 0, 44, level, level, level, 0, 0, 1}, now);
+        wall.receive(0, std::vector<std::uint8_t>{1, 44, 1, level, level, level, 0, 1}, now);
+        wall.receive(1, std::vector<std::uint8_t>{0, 1, 0, 44, level, level, level, 0, 0, 1}, now);
         now += milliseconds(100);
     };
     for (int i = 0; i < 7; ++i) {
@@ -80,8 +80,8 @@ TEST(PanelwallStatusText, AFewPanelsAreNotTheWall) {
     Wall wall(document);
     for (int i = 0; i < 50; ++i) {
         const std::uint8_t level = i % 2 == 0 ? 255 : 0;
-        wall.hear(0, std::vector<std::uint8_t>{1, 7, 1, level, level, level, 0, 1},
-                  start + milliseconds(40 * i));
+        wall.receive(0, std::vector<std::uint8_t>{1, 7, 1, level, level, level, 0, 1},
+                     start + milliseconds(40 * i));
     }
     EXPECT_EQ(wall.flashes().most(), 0.0);
 }

@@ -93,7 +93,7 @@ TEST(PanelwallTransition, PanelsTakeTheTimeOfTheirRecords) {
     Wall wall(twoPanels(2));
     EXPECT_FALSE(shown(wall, 0, 0));
     EXPECT_FALSE(wall.isMoving(start));
-    wall.hear(0, Bytes{0, 2, 0, 1, 100, 0, 0, 0, 0, 2, 0, 2, 0, 100, 0, 0, 1, 0}, start);
+    wall.receive(0, Bytes{0, 2, 0, 1, 100, 0, 0, 0, 0, 2, 0, 2, 0, 100, 0, 0, 1, 0}, start);
     EXPECT_EQ(shown(wall, 0, 0), (Colour{0, 0, 0})); // dark, no longer hollow
     EXPECT_EQ(shown(wall, 0, 100), (Colour{50, 0, 0}));
     EXPECT_EQ(shown(wall, 0, 200), (Colour{100, 0, 0}));
@@ -105,8 +105,8 @@ TEST(PanelwallTransition, PanelsTakeTheTimeOfTheirRecords) {
 
 TEST(PanelwallTransition, OtherPanelsGoOnMeanwhile) {
     Wall wall(twoPanels(1));
-    wall.hear(0, Bytes{2, 1, 1, 100, 0, 0, 0, 10, 2, 1, 100, 0, 0, 0, 10}, start);
-    wall.hear(0, Bytes{1, 1, 1, 0, 0, 50, 0, 1}, after(500));
+    wall.receive(0, Bytes{2, 1, 1, 100, 0, 0, 0, 10, 2, 1, 100, 0, 0, 0, 10}, start);
+    wall.receive(0, Bytes{1, 1, 1, 0, 0, 50, 0, 1}, after(500));
     EXPECT_EQ(shown(wall, 0, 550), (Colour{25, 0, 25}));
     EXPECT_EQ(shown(wall, 1, 550), (Colour{55, 0, 0}));
 }
@@ -115,7 +115,7 @@ TEST(PanelwallTransition, TheUnitIsGiven) {
     Wall slow(twoPanels(1), milliseconds(1000));
     Wall instant(twoPanels(1), milliseconds(0));
     for (Wall *wall : {&slow, &instant})
-        wall->hear(0, Bytes{1, 1, 1, 100, 0, 0, 0, 255}, start);
+        wall->receive(0, Bytes{1, 1, 1, 100, 0, 0, 0, 255}, start);
     EXPECT_EQ(shown(slow, 0, 127500), (Colour{50, 0, 0}));
     EXPECT_EQ(shown(instant, 0, 0), (Colour{100, 0, 0}));
     EXPECT_FALSE(instant.isMoving(start));
@@ -123,7 +123,7 @@ TEST(PanelwallTransition, TheUnitIsGiven) {
 
 TEST(PanelwallTransition, MalformedDatagramsStopNothing) {
     Wall wall(twoPanels(1));
-    wall.hear(0, Bytes{1, 1, 1, 100, 0, 0, 0, 10}, start);
-    wall.hear(0, Bytes{1, 1, 1, 0, 0, 0, 7, 0}, after(100));
+    wall.receive(0, Bytes{1, 1, 1, 100, 0, 0, 0, 10}, start);
+    wall.receive(0, Bytes{1, 1, 1, 0, 0, 0, 7, 0}, after(100));
     EXPECT_EQ(shown(wall, 0, 500), (Colour{50, 0, 0}));
 }

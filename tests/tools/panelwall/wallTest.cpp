@@ -36,7 +36,7 @@ TEST(PanelwallWall, BeginsWithoutColours) {
 
 TEST(PanelwallWall, RecordsColourTheirPanels) {
     Wall wall(oneDevice(1, {3, 300}));
-    wall.hear(0, Bytes{2, 3, 1, 10, 20, 30, 0, 5, 44, 1, 1, 2, 3, 0, 6}, start);
+    wall.receive(0, Bytes{2, 3, 1, 10, 20, 30, 0, 5, 44, 1, 1, 2, 3, 0, 6}, start);
     const WallDevice &device = wall.devices()[0];
     EXPECT_EQ(device.panels[0].colour, (Colour{10, 20, 30}));
     EXPECT_EQ(device.panels[0].transitionTime, 5);
@@ -49,26 +49,26 @@ TEST(PanelwallWall, RecordsColourTheirPanels) {
 
 TEST(PanelwallWall, PartialDatagramsLeaveOtherPanelsAlone) {
     Wall wall(oneDevice(2, {1, 2}));
-    wall.hear(0, Bytes{0, 1, 0, 2, 9, 8, 7, 0, 0, 12}, start);
+    wall.receive(0, Bytes{0, 1, 0, 2, 9, 8, 7, 0, 0, 12}, start);
     EXPECT_FALSE(wall.devices()[0].panels[0].colour);
     EXPECT_EQ(wall.devices()[0].litPanels(), 1u);
-    wall.hear(0, Bytes{0, 1, 0, 1, 1, 1, 1, 0, 0, 10}, start);
+    wall.receive(0, Bytes{0, 1, 0, 1, 1, 1, 1, 0, 0, 10}, start);
     EXPECT_EQ(wall.devices()[0].panels[1].colour, (Colour{9, 8, 7}));
     EXPECT_EQ(wall.devices()[0].litPanels(), 2u);
 }
 
 TEST(PanelwallWall, PanelsThatShareAnIdentifierShowTheLastRecordForIt) {
     Wall wall(oneDevice(1, {44, 300}));
-    wall.hear(0, Bytes{2, 44, 1, 1, 1, 1, 0, 5, 44, 1, 2, 2, 2, 0, 5}, start);
+    wall.receive(0, Bytes{2, 44, 1, 1, 1, 1, 0, 5, 44, 1, 2, 2, 2, 0, 5}, start);
     EXPECT_EQ(wall.devices()[0].panels[0].colour, (Colour{2, 2, 2}));
     EXPECT_EQ(wall.devices()[0].panels[1].colour, (Colour{2, 2, 2}));
 }
 
 TEST(PanelwallWall, MalformedDatagramsAreCountedAndChangeNothing) {
     Wall wall(oneDevice(1, {3, 4}));
-    wall.hear(0, Bytes{1, 3, 1, 10, 20, 30, 0, 5}, start);
-    wall.hear(0, Bytes{2, 3, 1, 99, 99, 99, 0, 5, 4, 1, 9, 9, 9, 1, 5}, start);
-    wall.hear(0, Bytes{2, 3, 1, 99, 99, 99, 0, 5, 5, 1, 9, 9, 9, 0, 5}, start + milliseconds(7));
+    wall.receive(0, Bytes{1, 3, 1, 10, 20, 30, 0, 5}, start);
+    wall.receive(0, Bytes{2, 3, 1, 99, 99, 99, 0, 5, 4, 1, 9, 9, 9, 1, 5}, start);
+    wall.receive(0, Bytes{2, 3, 1, 99, 99, 99, 0, 5, 5, 1, 9, 9, 9, 0, 5}, start + milliseconds(7));
     const WallDevice &device = wall.devices()[0];
     EXPECT_EQ(device.panels[0].colour, (Colour{10, 20, 30}));
     EXPECT_FALSE(device.panels[1].colour);

@@ -111,7 +111,7 @@ class DeviceCard {
     let remark = "";
     if (state.malformed > 0) remark = `Last malformed: ${state.reason}`;
     else if (never && othersHear)
-      remark = "Others hear something: check this device's address and control version.";
+      remark = "Others receive something: check this device's address and control version.";
     setText(this.remark, remark);
     this.remark.hidden = remark === "";
   }

@@ -38,7 +38,7 @@ export class WallClock {
 
   // An event of the wall's time came at `at` of the page's clock. The quickest one says most: those
   // that come later than it were held up on their way and turn nothing back.
-  hear(time, at) {
+  follow(time, at) {
     const least = this.ahead - drift * (at - this.heardAt);
     this.ahead = Math.max(time - at, least);
     this.heardAt = at;

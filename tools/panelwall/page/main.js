@@ -154,7 +154,7 @@ listen({
     ++counts.events;
     state = event;
     stateAt = performance.now();
-    clock.hear(event.time, stateAt);
+    clock.follow(event.time, stateAt);
     wall.update(event);
     timeline.update(event, stateAt);
     repaint();

@@ -29,7 +29,7 @@ public:
     // To poll for: readable when show() has something to do before due().
     int fd() const { return feed.fd(); }
 
-    // When show() is to be called next; `changed` tells that the wall has heard something since.
+    // When show() is to be called next; `changed` tells that the wall has received something since.
     Clock::time_point due() const;
     void noteChange() { changed = true; }
 

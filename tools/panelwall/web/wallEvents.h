@@ -1,8 +1,8 @@
-// The wall as the page hears of it: server-sent events with JSON texts.
+// The wall as the page gets it: server-sent events with JSON texts.
 //
 //     wall    once: the configuration, the outline and every panel's place
 //     past    once: the colours sent within the last minute
-//     now     again and again: what every panel shows and every device has heard
+//     now     again and again: what every panel shows and every device has received
 //
 // docs/page.md describes their members.
 #pragma once

@@ -67,7 +67,7 @@ TEST(PanelwallWallEvents, TellWhatPanelsShowAndWhereTheyAreGoing) {
     Wall wall(twoDevices(), milliseconds(100));
     WallFacts facts;
     facts.start = start;
-    wall.hear(0, std::vector<std::uint8_t>{1, 8, 1, 200, 100, 0, 0, 10}, start);
+    wall.receive(0, std::vector<std::uint8_t>{1, 8, 1, 200, 100, 0, 0, 10}, start);
     const auto event =
         dataOf(nowEvent(wall, facts, {5, std::nullopt}, start + milliseconds(500)), "now");
     const auto &device = event["devices"][0];
@@ -90,7 +90,7 @@ TEST(PanelwallWallEvents, TellWhatPanelsShowAndWhereTheyAreGoing) {
 TEST(PanelwallWallEvents, TellOneTimeOfArrivalWheneverTheyAreMade) {
     Wall wall(twoDevices(), milliseconds(100));
     const auto begin = start + std::chrono::microseconds(300);
-    wall.hear(0, std::vector<std::uint8_t>{1, 8, 1, 200, 100, 0, 0, 10}, begin);
+    wall.receive(0, std::vector<std::uint8_t>{1, 8, 1, 200, 100, 0, 0, 10}, begin);
     for (int microseconds = 0; microseconds < 1'000'000; microseconds += 33'333) {
         const auto now = begin + std::chrono::microseconds(microseconds);
         const auto event = dataOf(nowEvent(wall, {}, {}, now), "now");
@@ -107,8 +107,8 @@ TEST(PanelwallWallEvents, WarnOfFlashes) {
     EXPECT_STREQ(dataOf(nowEvent(wall, {}, {}, start), "now")["warning"].GetString(), "");
     for (int i = 0; i < 8; ++i) {
         const std::uint8_t level = i % 2 == 0 ? 255 : 0;
-        wall.hear(0, std::vector<std::uint8_t>{1, 7, 1, level, level, level, 0, 1},
-                  start + milliseconds(50 * i));
+        wall.receive(0, std::vector<std::uint8_t>{1, 7, 1, level, level, level, 0, 1},
+                     start + milliseconds(50 * i));
     }
     const std::string warning =
         dataOf(nowEvent(wall, {}, {}, start + milliseconds(400)), "now")["warning"].GetString();
@@ -117,7 +117,7 @@ TEST(PanelwallWallEvents, WarnOfFlashes) {
 
 TEST(PanelwallWallEvents, TellTheReasonOfMalformedOnes) {
     Wall wall(twoDevices());
-    wall.hear(0, std::vector<std::uint8_t>{}, start);
+    wall.receive(0, std::vector<std::uint8_t>{}, start);
     const auto event = dataOf(nowEvent(wall, {}, {}, start), "now");
     EXPECT_EQ(event["devices"][0]["malformed"].GetInt(), 1);
     EXPECT_STREQ(event["devices"][0]["reason"].GetString(),
@@ -127,8 +127,8 @@ TEST(PanelwallWallEvents, TellTheReasonOfMalformedOnes) {
 TEST(PanelwallWallEvents, TellTheColoursOfTheLastMinute) {
     Wall wall(twoDevices());
     wall.keepHistory(100);
-    wall.hear(0, std::vector<std::uint8_t>{1, 7, 1, 1, 2, 3, 0, 10}, start);
-    wall.hear(0, std::vector<std::uint8_t>{1, 8, 1, 4, 5, 6, 0, 10}, start + milliseconds(400));
+    wall.receive(0, std::vector<std::uint8_t>{1, 7, 1, 1, 2, 3, 0, 10}, start);
+    wall.receive(0, std::vector<std::uint8_t>{1, 8, 1, 4, 5, 6, 0, 10}, start + milliseconds(400));
     const auto event = dataOf(pastEvent(wall), "past");
     ASSERT_EQ(event[0].Size(), 4u);
     EXPECT_EQ(event[0][2].GetInt64() - event[0][0].GetInt64(), 10);
