@@ -43,10 +43,10 @@ void readAll(const std::string &bytes) {
         require(!reader.next(datagram), "an end is an end");
         require(reader.end() >= time, "the end comes last");
     } else {
-        require(!reader.trouble().empty(), "what has no head has a fault");
+        require(!reader.error().empty(), "what has no head has a fault");
     }
     require(reader.datagrams() == count, "datagrams are counted");
-    require(reader.trouble().find('\n') == std::string::npos, "a fault is told on one line");
+    require(reader.error().find('\n') == std::string::npos, "a fault is told on one line");
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 // The first frame of a configuration, which is copied over black.
 //
-// Whoever reads the frame buffer while a later frame arrives sees two frames of one film, which is
+// Reading the frame buffer while a later frame arrives gives two frames of one film, which is
 // accepted. A mixture of the first frame and black is a picture that was never on the screen, and
 // the colours that melt, fade and palette mode take from it stay on the lights.
 #pragma once

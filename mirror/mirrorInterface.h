@@ -58,7 +58,7 @@
  *    yourself.
  * 7. **Signals.** Starting a run installs handlers for SIGINT, SIGABRT, SIGTERM, SIGBUS, SIGFPE,
  *    SIGPIPE and SIGSEGV which end the run and exit the process with the signal's number. They are
- *    in place when startMirror() has returned 1, stay after the run, and are installed anew by
+ *    in place when startMirror() has returned 1, stay after the run, and are installed again by
  *    every start; unloading gives back what the host had. They run on the alternate stack of a
  *    thread that has one. A host that handles signals itself, ignores SIGPIPE, or has a runtime
  *    that does (Python, Node.js, Java, Go, .NET) puts back what it had, at every start:

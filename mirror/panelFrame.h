@@ -12,7 +12,7 @@
 // bytes. Values wider than their field keep their low bits.
 class PanelFrame {
 public:
-    // Starts anew: the narrow layout for control version 1, else the wide one. `panelCount` is
+    // Starts over: the narrow layout for control version 1, else the wide one. `panelCount` is
     // what the header says, whatever is added afterwards.
     void begin(int controlVersion, int panelCount);
 

@@ -40,7 +40,7 @@ const xcb_screen_t *screenOf(const xcb_setup_t &setup, int number) {
 std::unique_ptr<Connection> Connection::open() {
     const Clock::time_point deadline = Clock::now() + serverPatience;
     // XCB does not tell a server that hangs up from one that refuses, and with a refusal a second
-    // try is in vain. So a client of our own asks, and stays until XCB is in as well.
+    // try is pointless. So a client of our own asks, and stays until XCB is in as well.
     Descriptor otherClient;
     for (;;) {
         ServerSocket server = openServerSocket(deadline);

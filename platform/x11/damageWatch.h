@@ -23,7 +23,7 @@ public:
     // the server stays silent until the damage is taken or forgotten, however much is drawn.
     bool isReport(const xcb_generic_event_t &event) const;
 
-    // Takes the damage off the server; what is drawn later is reported anew, so this comes before
+    // Takes the damage off the server; what is drawn later is reported again, so this comes before
     // the pixels are read. Does not wait: each ask() is followed by an answer().
     void ask();
     // A rectangle around all that had been drawn on.

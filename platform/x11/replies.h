@@ -1,7 +1,7 @@
 // Whether what a server sent is as long as it says that it is.
 //
 // XCB hands out a reply with as many bytes as its length field names, and walks through the lists
-// in it by their own counts. A server that is broken, or means ill, can make them disagree; XCB
+// in it by their own counts. A server that is broken or malicious can make them disagree; XCB
 // would then read on behind the reply. Pure functions.
 #pragma once
 

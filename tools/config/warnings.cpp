@@ -56,14 +56,15 @@ static void warnOfFlashes(const Document &document, WarningList &list) {
     const bool hasPanels = std::any_of(document.devices.begin(), document.devices.end(),
                                        [](const auto &device) { return !device.panels.empty(); });
     if (flashes > harmlessFlashes && hasPanels)
-        list.add("/mode",
-                 std::string(modeName(document.mode)) + " mode lets the whole wall flash up to " +
-                     shown("%.1f", flashes) +
-                     " times a second when the screen does; more than 3 flashes a second can set "
-                     "off seizures in some people",
-                 "warn whoever will see the wall; for pictures that flash choose palette mode (3), "
-                 "whose panels hold each colour for a second or more",
-                 Severity::Caution);
+        list.add(
+            "/mode",
+            std::string(modeName(document.mode)) + " mode lets the whole wall flash up to " +
+                shown("%.1f", flashes) +
+                " times a second when the screen does; more than 3 flashes a second can set "
+                "off seizures in some people",
+            "warn anyone who will see the wall; for pictures that flash choose palette mode (3), "
+            "whose panels hold each colour for a second or more",
+            Severity::Caution);
 }
 
 // `devices` has the pointer to the first device at each endpoint.

@@ -9,7 +9,7 @@
 namespace panelwall {
 
 // The exit statuses of comparing programs.
-enum { theSame = 0, different = 1, trouble = 2 };
+enum { theSame = 0, different = 1, failed = 2 };
 
 static int compareOpenable(const std::array<std::string, 2> &paths) {
     bool readable = true;
@@ -17,11 +17,11 @@ static int compareOpenable(const std::array<std::string, 2> &paths) {
         RecordingFile file(path);
         if (file.open())
             continue;
-        complain(path, file.trouble());
+        complain(path, file.error());
         readable = false;
     }
     if (!readable)
-        return trouble;
+        return failed;
 
     const Comparison comparison = compareRecordings(
         [&](Side side) { return std::make_unique<std::ifstream>(paths[side], std::ios::binary); });
@@ -31,13 +31,13 @@ static int compareOpenable(const std::array<std::string, 2> &paths) {
     std::cout.flush();
     bool whole = static_cast<bool>(std::cout);
     for (const Side side : bothSides) {
-        if (comparison.troubles[side].empty())
+        if (comparison.errors[side].empty())
             continue;
-        complain(paths[side], comparison.troubles[side] + "; compared up to there");
+        complain(paths[side], comparison.errors[side] + "; compared up to there");
         whole = false;
     }
     if (!whole)
-        return trouble;
+        return failed;
     return comparison.differs() ? different : theSame;
 }
 
@@ -46,7 +46,7 @@ int compareFiles(const std::string &left, const std::string &right) {
         return compareOpenable({left, right});
     } catch (const std::exception &error) {
         std::cerr << "panelwall: " << error.what() << "\n";
-        return trouble;
+        return failed;
     }
 }
 

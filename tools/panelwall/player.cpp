@@ -58,7 +58,7 @@ bool Player::playDue(const Receiver::Handler &handler) {
         any = true;
         readNext();
     }
-    over = !more && (!reader.trouble().empty() || Clock::now() >= momentOf(reader.end()));
+    over = !more && (!reader.error().empty() || Clock::now() >= momentOf(reader.end()));
     return any;
 }
 

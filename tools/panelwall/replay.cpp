@@ -39,7 +39,7 @@ static void reportSending(const Sender &sender) {
 int replay(const Options &options) {
     RecordingFile file(*options.replayPath);
     if (!file.open()) {
-        complain(file.path, file.trouble());
+        complain(file.path, file.error());
         return exitRecording;
     }
     const auto chosen = chooseDocument(options, file.reader.document());
@@ -72,9 +72,9 @@ int replay(const Options &options) {
         Session(options, document, source, nullptr, page ? &*page : nullptr, signals).run();
     if (options.send)
         reportSending(sender);
-    if (file.trouble().empty())
+    if (file.error().empty())
         return status;
-    complain(file.path, file.trouble());
+    complain(file.path, file.error());
     return exitRecording;
 }
 

@@ -74,9 +74,9 @@ void Session::receive() {
     if (recorder == nullptr)
         return;
     recorder->endTurn();
-    if (!recorder->trouble().empty() && !recordingTroubleTold) {
-        recordingTroubleTold = true;
-        tell("the recording ends here: " + recorder->trouble());
+    if (!recorder->error().empty() && !recordingErrorReported) {
+        recordingErrorReported = true;
+        tell("the recording ends here: " + recorder->error());
     }
 }
 
@@ -216,13 +216,13 @@ bool Session::saveSnapshot() {
     const std::string &path = *options.snapshotPath;
     const Size largest{std::min(screen.width, largestPictureSide),
                        std::min(screen.height, largestPictureSide)};
-    const std::string trouble =
+    const std::string error =
         writePng(drawFine(wall, Clock::now(), screen, fitInto(screen, largest)), path);
-    if (trouble.empty()) {
+    if (error.empty()) {
         tell("picture written: " + path);
         return true;
     }
-    const std::string text = "picture " + path + " cannot be written: " + trouble;
+    const std::string text = "picture " + path + " cannot be written: " + error;
     if (onTerminal && !ended)
         tell(text);
     else
@@ -235,12 +235,12 @@ bool Session::finishRecording() {
     const std::string &path = *options.recordPath;
     const std::string amount = std::to_string(recorder->datagrams()) + " datagrams, " +
                                std::to_string(recorder->bytes()) + " bytes";
-    if (recorder->trouble().empty()) {
+    if (recorder->error().empty()) {
         print("recorded: " + amount + " in " + path);
         return true;
     }
     writeAll(STDERR_FILENO, "panelwall: recording " + path + " is cut off after " + amount + ": " +
-                                recorder->trouble() + "\n");
+                                recorder->error() + "\n");
     return false;
 }
 

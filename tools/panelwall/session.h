@@ -74,7 +74,7 @@ private:
     bool changed = false;        // the wall since it was last drawn, or it will
     bool silenceTold = false;
     bool flashesTold = false;
-    bool recordingTroubleTold = false;
+    bool recordingErrorReported = false;
     bool ended = false;
     bool outputGone = false;
     std::string notice;

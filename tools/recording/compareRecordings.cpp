@@ -158,22 +158,22 @@ bool Comparison::differs() const {
                        [](const ComparedDevice &device) { return device.differs(); });
 }
 
-// Reads to the end of a recording for its trouble.
-static std::string readTrouble(std::istream &input) {
+// Reads to the end of a recording for its error.
+static std::string readError(std::istream &input) {
     RecordingReader reader(input);
     if (reader.readHead()) {
         RecordedDatagram ignored;
         while (reader.next(ignored)) {
         }
     }
-    return reader.trouble();
+    return reader.error();
 }
 
 Comparison compareRecordings(const OpenRecording &open, std::size_t mostHeld) {
     Comparison comparison;
     for (const Side side : bothSides) {
         const auto input = open(side);
-        comparison.troubles[side] = readTrouble(*input);
+        comparison.errors[side] = readError(*input);
         const auto head = open(side);
         RecordingReader reader(*head);
         if (reader.readHead())

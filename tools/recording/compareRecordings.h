@@ -23,12 +23,12 @@ struct Comparison {
     std::array<config::Document, 2> documents;
     std::vector<ComparedDevice> devices;    // those of the first, then those of the second only
     std::vector<std::string> configuration; // how the documents differ beyond their devices
-    std::array<std::string, 2> troubles; // what is wrong with each file; compared is what is before
+    std::array<std::string, 2> errors; // what is wrong with each file; compared is what is before
 
     bool differs() const;
 };
 
-// Opens one of the recordings at its beginning. It is opened anew when what is to be remembered
+// Opens one of the recordings at its beginning. It is opened again when what is to be remembered
 // outgrows the memory set aside.
 using OpenRecording = std::function<std::unique_ptr<std::istream>(Side)>;
 

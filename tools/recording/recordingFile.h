@@ -15,12 +15,12 @@ public:
     RecordingFile(const RecordingFile &) = delete;
     RecordingFile &operator=(const RecordingFile &) = delete;
 
-    // Opens the file and reads the head. False when that fails, with the reason in trouble(). Only
+    // Opens the file and reads the head. False when that fails, with the reason in error(). Only
     // a regular file will do: reading from anything else could wait. Called once.
     bool open();
 
     // The first thing wrong with the file; empty while nothing is.
-    std::string trouble() const { return obstacle.empty() ? reader.trouble() : obstacle; }
+    std::string error() const { return obstacle.empty() ? reader.error() : obstacle; }
 
     const std::string path;
 

@@ -19,7 +19,7 @@ struct RecordedDatagram {
     std::vector<std::uint8_t> bytes;
 };
 
-// Takes any bytes: what is wrong with them is told in trouble(), and everything before the fault
+// Takes any bytes: what is wrong with them is told in error(), and everything before the fault
 // has been handed out by then. Holds the document and one datagram, however long the file. One
 // thread at a time.
 class RecordingReader {
@@ -46,7 +46,7 @@ public:
     std::uint64_t datagrams() const { return handedOut; }
 
     // The first thing wrong with the file, in words and on one line; empty while nothing is.
-    const std::string &trouble() const { return fault; }
+    const std::string &error() const { return fault; }
 
 private:
     // A number of at most `largest`; nothing, and a fault, when there is none. `what` names it.

@@ -14,7 +14,7 @@ namespace panelwall {
 
 // Owns the file. One thread at a time. What was written is a whole recording once finish() was
 // called; before that, a recording that is cut off at some datagram. After a failed write it writes
-// nothing more, and trouble() tells why.
+// nothing more, and error() tells why.
 class RecordingWriter {
 public:
     RecordingWriter() = default;
@@ -40,7 +40,7 @@ public:
     void finish(Clock::time_point end);
 
     // Why writing failed; empty as long as it has not.
-    const std::string &trouble() const { return failure; }
+    const std::string &error() const { return failure; }
 
     std::uint64_t datagrams() const { return writtenDatagrams; }
     std::uint64_t bytes() const { return writtenBytes; }

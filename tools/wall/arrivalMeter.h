@@ -12,7 +12,7 @@
 namespace panelwall {
 
 // Looks at the last `kept` intervals between one datagram and the next. After a pause of
-// `longestInterval` or more it begins anew: a run that ended says nothing about the rhythm of the
+// `longestInterval` or more it starts over: a run that ended says nothing about the rhythm of the
 // next. Times come from the caller and only go forward.
 class ArrivalMeter {
 public:

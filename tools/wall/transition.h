@@ -28,7 +28,7 @@ public:
     bool isMoving(Clock::time_point now) const;
 
 private:
-    // Unrounded, since a panel may set out anew many times on its way: by less than a step of a
+    // Unrounded, since a panel may set out again many times on its way: by less than a step of a
     // channel each time it would never arrive.
     using Channels = std::array<double, 3>;
 

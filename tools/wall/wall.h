@@ -1,7 +1,7 @@
 // The wall: what every panel shows and what every device has received.
 //
-// One thread uses it at a time; it has no lock. It knows neither sockets nor screens: whoever has
-// bytes for a device hands them over, whoever wants to show the wall reads it.
+// One thread uses it at a time; it has no lock. It knows neither sockets nor screens: a caller
+// hands over the bytes for a device, and reads what is to be shown.
 #pragma once
 
 #include "tools/config/configDocument.h"

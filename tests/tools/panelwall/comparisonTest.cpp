@@ -172,8 +172,8 @@ TEST(PanelwallComparison, WhatOutgrowsTheMemoryIsReadAgain) {
 TEST(PanelwallComparison, ATruncatedRecordingIsComparedUpToItsFault) {
     const auto left = shades({1, 2, 3});
     const auto comparison = compare(left, left.substr(0, left.size() - 10));
-    EXPECT_EQ(comparison.troubles[first], "");
-    EXPECT_NE(comparison.troubles[second].find("after 2 whole datagrams"), std::string::npos);
+    EXPECT_EQ(comparison.errors[first], "");
+    EXPECT_NE(comparison.errors[second].find("after 2 whole datagrams"), std::string::npos);
     EXPECT_EQ(comparison.devices.at(0).findings.same, 2u);
 }
 

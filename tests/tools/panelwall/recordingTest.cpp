@@ -44,7 +44,7 @@ TEST(PanelwallRecording, GivesBackWhatWasWritten) {
     document.devices[1].panels.clear();
     const Read read = readRecording(record(document, threeDatagrams, 1'000'000));
     EXPECT_TRUE(read.head);
-    EXPECT_EQ(read.trouble, "");
+    EXPECT_EQ(read.error, "");
     EXPECT_EQ(read.end, 1'000'000);
     ASSERT_EQ(read.datagrams.size(), 3u);
     expectSame(read.datagrams, threeDatagrams, 3);
@@ -76,7 +76,7 @@ TEST(PanelwallRecording, EveryTruncationGivesWhatIsBeforeIt) {
     const std::size_t ends[] = {headEnd, headEnd + 13, headEnd + 18, headEnd + 324};
     for (std::size_t size = 0; size < whole.size(); ++size) {
         const Read read = readRecording(whole.substr(0, size));
-        EXPECT_NE(read.trouble, "") << size;
+        EXPECT_NE(read.error, "") << size;
         EXPECT_EQ(read.head, size >= headEnd) << size;
         const std::size_t expected = size < ends[1]   ? 0
                                      : size < ends[2] ? 1
@@ -85,11 +85,11 @@ TEST(PanelwallRecording, EveryTruncationGivesWhatIsBeforeIt) {
         ASSERT_EQ(read.datagrams.size(), expected) << size;
         expectSame(read.datagrams, threeDatagrams, expected);
         if (size > 0) {
-            EXPECT_NE(read.trouble.find("ends at byte " + std::to_string(size)), std::string::npos)
-                << read.trouble;
-            EXPECT_NE(read.trouble.find("after " + std::to_string(expected) + " whole datagrams"),
+            EXPECT_NE(read.error.find("ends at byte " + std::to_string(size)), std::string::npos)
+                << read.error;
+            EXPECT_NE(read.error.find("after " + std::to_string(expected) + " whole datagrams"),
                       std::string::npos)
-                << read.trouble;
+                << read.error;
         }
         EXPECT_EQ(read.end, expected > 0 ? threeDatagrams[expected - 1].time.count() : 0) << size;
     }
@@ -97,25 +97,25 @@ TEST(PanelwallRecording, EveryTruncationGivesWhatIsBeforeIt) {
 
 TEST(PanelwallRecording, ForeignFilesAreNamedAsSuch) {
     const std::string good = threeRecorded();
-    const auto troubleOf = [](const std::string &bytes) {
+    const auto errorOf = [](const std::string &bytes) {
         const Read read = readRecording(bytes);
         EXPECT_FALSE(read.head);
-        return read.trouble;
+        return read.error;
     };
-    EXPECT_EQ(troubleOf(""), "is empty, and so no recording");
+    EXPECT_EQ(errorOf(""), "is empty, and so no recording");
     for (const std::string &foreign : {std::string("{\"displayID\": 1}"), std::string(4096, '\0'),
                                        std::string("\x89PNG\r\n\x1a\n")})
-        EXPECT_EQ(troubleOf(foreign), "is no recording of a wall: it begins with other bytes");
+        EXPECT_EQ(errorOf(foreign), "is no recording of a wall: it begins with other bytes");
     std::string text = good;
     text.erase(4, 1); // what a transfer as text makes of \r\n
-    EXPECT_EQ(troubleOf(text), "is a recording whose line ends were changed on its way here; "
-                               "transfer it as a binary file");
+    EXPECT_EQ(errorOf(text), "is a recording whose line ends were changed on its way here; "
+                             "transfer it as a binary file");
     std::string newer = good;
     newer[8] = 2;
-    EXPECT_EQ(troubleOf(newer), "is a recording of version 2; this program reads version 1");
+    EXPECT_EQ(errorOf(newer), "is a recording of version 2; this program reads version 1");
     std::string misspelt = good;
     misspelt.replace(good.find("displayID"), 9, "displayId");
-    const std::string invalid = troubleOf(misspelt);
+    const std::string invalid = errorOf(misspelt);
     EXPECT_EQ(invalid.find("holds a configuration that is not valid: "), 0u) << invalid;
     EXPECT_NE(invalid.find("displayID"), std::string::npos) << invalid;
 }
@@ -148,11 +148,11 @@ TEST(PanelwallRecording, DamageIsToldWithItsPlace) {
         {good + std::string("\x00\x00\x02", 3), 1, "ends after 1 datagrams, but 2 were recorded"},
         {good + std::string("\x00\x00\x01\x00", 4), 1, "behind its end"},
     };
-    for (const auto &[records, count, trouble] : cases) {
+    for (const auto &[records, count, error] : cases) {
         const Read read = readRecording(withRecords(records));
         EXPECT_TRUE(read.head);
-        EXPECT_EQ(read.datagrams.size(), count) << trouble;
-        EXPECT_NE(read.trouble.find(trouble), std::string::npos) << read.trouble;
+        EXPECT_EQ(read.datagrams.size(), count) << error;
+        EXPECT_NE(read.error.find(error), std::string::npos) << read.error;
     }
 }
 
@@ -163,7 +163,7 @@ TEST(PanelwallRecording, TimesDoNotOverflow) {
     panelwall::appendNumber(step, 0);
     const Read read = readRecording(withRecords(step + step));
     EXPECT_EQ(read.datagrams.size(), 1u);
-    EXPECT_NE(read.trouble.find("a time is too large"), std::string::npos) << read.trouble;
+    EXPECT_NE(read.error.find("a time is too large"), std::string::npos) << read.error;
 }
 
 // The length that a file claims does not decide how much memory is taken.
@@ -172,13 +172,13 @@ TEST(PanelwallRecording, AClaimedLengthIsNotBelieved) {
     panelwall::appendNumber(bytes, 0);
     std::string huge = bytes;
     panelwall::appendNumber(huge, panelwall::longestRecordedDocument + 1);
-    EXPECT_NE(readRecording(huge).trouble.find("the length of its configuration is too large"),
+    EXPECT_NE(readRecording(huge).error.find("the length of its configuration is too large"),
               std::string::npos);
     panelwall::appendNumber(bytes, panelwall::longestRecordedDocument);
     rusage before;
     getrusage(RUSAGE_SELF, &before);
     for (int i = 0; i < 10; ++i)
-        EXPECT_NE(readRecording(bytes).trouble.find("ends at byte"), std::string::npos);
+        EXPECT_NE(readRecording(bytes).error.find("ends at byte"), std::string::npos);
     rusage after;
     getrusage(RUSAGE_SELF, &after);
     EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 4096); // KiB
@@ -211,7 +211,7 @@ TEST(PanelwallRecording, WhatWasWrittenBeforeAKillCanBeRead) {
     writer.note(0, panelOne(2), start);
     const Read read = readRecording(readBytes(folder.file("a")));
     EXPECT_EQ(read.datagrams.size(), 1u);
-    EXPECT_NE(read.trouble.find("after 1 whole datagrams"), std::string::npos);
+    EXPECT_NE(read.error.find("after 1 whole datagrams"), std::string::npos);
 }
 
 TEST(PanelwallRecording, AFullDiskIsToldOnce) {
@@ -221,6 +221,6 @@ TEST(PanelwallRecording, AFullDiskIsToldOnce) {
               "No space left on device");
     writer.note(0, panelOne(1), start);
     writer.finish(start);
-    EXPECT_EQ(writer.trouble(), "No space left on device");
+    EXPECT_EQ(writer.error(), "No space left on device");
     EXPECT_EQ(writer.datagrams(), 0u);
 }

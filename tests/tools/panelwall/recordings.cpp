@@ -40,8 +40,8 @@ std::string record(const config::Document &document, const std::vector<RecordedD
     for (const RecordedDatagram &datagram : datagrams)
         writer.note(datagram.device, datagram.bytes, start + datagram.time);
     writer.finish(start + std::chrono::microseconds(end));
-    if (!writer.trouble().empty())
-        throw std::runtime_error(writer.trouble());
+    if (!writer.error().empty())
+        throw std::runtime_error(writer.error());
     return readBytes(folder.file("recording"));
 }
 
@@ -63,7 +63,7 @@ Read readRecording(const std::string &bytes) {
             read.datagrams.push_back(datagram);
     }
     read.end = static_cast<long>(reader.end().count());
-    read.trouble = reader.trouble();
+    read.error = reader.error();
     return read;
 }
 

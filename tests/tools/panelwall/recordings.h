@@ -28,7 +28,7 @@ struct Read {
     bool head = false;
     std::vector<RecordedDatagram> datagrams;
     long end = 0; // microseconds
-    std::string trouble;
+    std::string error;
     config::Document document;
 };
 Read readRecording(const std::string &bytes);

@@ -12,7 +12,7 @@ SystemChecks examineSystem() {
           "not permitted for this program, or for the terminal that it was started from",
           "System Settings, Privacy & Security, Screen Recording: switch it on for the terminal "
           "or program, quit that and start it again; if it is on already, take it off the list "
-          "and add it anew, since a grant can outlive the program that it was given to",
+          "and add it again, since a grant can outlive the program that it was given to",
           ExitStatus::CaptureRefused}},
         nullptr};
 }

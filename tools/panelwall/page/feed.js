@@ -4,7 +4,7 @@ const quietTime = 4000; // the wall tells something every second; silence from h
 const pauseBeforeRetry = 2000;
 
 // Calls on.wall, on.past and on.now with what the events hold, and on.lost when the wall cannot be
-// heard any more; then connects anew.
+// heard any more; then reconnects.
 export function listen(on) {
   const source = new EventSource("events");
   let watch;
