@@ -22,7 +22,7 @@ static void write(const std::string &path, const std::string &bytes) {
     std::ofstream(path, std::ios::binary) << bytes;
 }
 
-static std::string troubleOf(std::vector<std::string> arguments, int status) {
+static std::string errorsOf(std::vector<std::string> arguments, int status) {
     Process wall(commandOf(std::move(arguments)));
     EXPECT_EQ(wall.finish().status, status) << wall.err();
     return wall.err();
@@ -53,7 +53,7 @@ TEST(PanelwallRecord, KeepsEveryDatagramMalformedOnesToo) {
         << wall.out();
 
     const Read read = readRecording(bytes);
-    EXPECT_EQ(read.trouble, "");
+    EXPECT_EQ(read.error, "");
     EXPECT_EQ(read.document.mode, 3);
     ASSERT_EQ(read.document.devices.size(), 2u);
     EXPECT_EQ(read.document.devices[1].panels.at(0).panelID, 258);
@@ -167,10 +167,9 @@ TEST(PanelwallReplay, SendsBeyondThisMachineOnlyWhenAsked) {
     const Folder folder;
     const auto file = folder.file("a.wall");
     write(file, record(wideDevices({"127.0.45.18", "192.0.2.7"}), {}, 10));
-    EXPECT_NE(troubleOf({"--replay", file, "--send"}, 5).find("/devices/1/ip: "),
-              std::string::npos);
-    EXPECT_EQ(troubleOf({"--replay", file, "--send", "--anywhere"}, 0), "");
-    EXPECT_EQ(troubleOf({"--replay", file}, 0), "");
+    EXPECT_NE(errorsOf({"--replay", file, "--send"}, 5).find("/devices/1/ip: "), std::string::npos);
+    EXPECT_EQ(errorsOf({"--replay", file, "--send", "--anywhere"}, 0), "");
+    EXPECT_EQ(errorsOf({"--replay", file}, 0), "");
 }
 
 TEST(PanelwallReplay, AnAddressCannotReachTheTerminal) {
@@ -186,26 +185,26 @@ TEST(PanelwallReplay, SaysWhatIsWrongWithFilesAndOptions) {
     const Folder folder;
     const auto config =
         folder.write("wall.json", documentText({deviceText("127.0.45.19", 2, {{1, 1, 1}})}));
-    EXPECT_NE(troubleOf({"--replay", folder.file("none")}, 7).find("none: cannot be read: No such"),
+    EXPECT_NE(errorsOf({"--replay", folder.file("none")}, 7).find("none: cannot be read: No such"),
               std::string::npos);
-    EXPECT_NE(troubleOf({"--replay", folder.file("")}, 7).find("is no regular file"),
+    EXPECT_NE(errorsOf({"--replay", folder.file("")}, 7).find("is no regular file"),
               std::string::npos);
-    EXPECT_NE(troubleOf({"--replay", config}, 7).find(config + ": is no recording of a wall"),
+    EXPECT_NE(errorsOf({"--replay", config}, 7).find(config + ": is no recording of a wall"),
               std::string::npos);
-    EXPECT_NE(troubleOf({config, "--record", folder.file("no/a.wall")}, 3)
+    EXPECT_NE(errorsOf({config, "--record", folder.file("no/a.wall")}, 3)
                   .find("a recording cannot be written here: No such file"),
               std::string::npos);
     const auto file = folder.file("a.wall");
     write(file, record(wideDevices({"127.0.45.19", "127.0.45.20"}), {}, 10));
-    EXPECT_NE(troubleOf({config, "--replay", file}, 4).find("there are 1 devices, but 2 in the"),
+    EXPECT_NE(errorsOf({config, "--replay", file}, 4).find("there are 1 devices, but 2 in the"),
               std::string::npos);
     for (const char *speed : {"0", "-1", "fast", "1e9", "nan"})
-        EXPECT_NE(troubleOf({"--replay", file, "--speed", speed}, 2), "") << speed;
-    EXPECT_NE(troubleOf({config, "--speed", "2"}, 2), "");
-    EXPECT_NE(troubleOf({config, "--send"}, 2), "");
-    EXPECT_NE(troubleOf({"--replay", file, "--anywhere"}, 2), "");
-    EXPECT_NE(troubleOf({config, "--replay", file, "--record", file}, 2), "");
-    EXPECT_NE(troubleOf({"--compare", file}, 2), "");
+        EXPECT_NE(errorsOf({"--replay", file, "--speed", speed}, 2), "") << speed;
+    EXPECT_NE(errorsOf({config, "--speed", "2"}, 2), "");
+    EXPECT_NE(errorsOf({config, "--send"}, 2), "");
+    EXPECT_NE(errorsOf({"--replay", file, "--anywhere"}, 2), "");
+    EXPECT_NE(errorsOf({config, "--replay", file, "--record", file}, 2), "");
+    EXPECT_NE(errorsOf({"--compare", file}, 2), "");
 }
 
 TEST(PanelwallCompare, ExitStatusSaysWhetherTheyDiffer) {
