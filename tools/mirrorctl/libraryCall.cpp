@@ -3,11 +3,11 @@
 #include "tools/mirrorctl/server.h"
 
 #include <atomic>
-#include <chrono>
 #include <cstdio>
 #include <cstring>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 
 namespace mirrorctl {
 
@@ -15,13 +15,14 @@ LibraryCall::LibraryCall(std::function<ExitStatus()> work) : done(std::make_shar
     std::packaged_task<ExitStatus()> task(std::move(work));
     outcome = task.get_future();
     std::thread([own = done, task = std::move(task)]() mutable {
-        task();
+        // What the work threw belongs to the other thread alone once this is done.
+        std::exchange(task, {})();
         own->signal();
     }).detach();
 }
 
 bool LibraryCall::isDone() const {
-    return outcome.wait_for(std::chrono::seconds(0)) == std::future_status::ready;
+    return awaitReadable({descriptor()}, 0);
 }
 
 void reportInterruption(const char *nothing, int signum) {

@@ -84,6 +84,17 @@ TEST(MirrorctlNoAnswer, BlackIsNoAnswerUntilTheScreenWasSeen) {
     }
 }
 
+TEST(MirrorctlNoAnswer, AFrameThatShowsTheScreenToSomePanelsIsNoAnswer) {
+    const Ending ending = ask({"snapshot", "-"}, "wholeness",
+                              R"({"displayID": 5, "mode": 0, "devices": [{"ip": "127.0.58.9",
+                                  "controlVersion": 2, "shapeType": 0, "scaleFactor": 1,
+                                  "panels": [{"panelID": 17, "centroidX": 100, "centroidY": 100},
+                                             {"panelID": 18, "centroidX": 200, "centroidY": 100}]}]})");
+    EXPECT_EQ(ending.status, 0) << ending.err;
+    EXPECT_TRUE(test::contains(ending.out, "     17  #ffff00\n")) << ending.out;
+    EXPECT_TRUE(test::contains(ending.out, "     18  #ffff00\n")) << ending.out;
+}
+
 // What the library prints goes to standard error, or programs could not read the output.
 TEST(MirrorctlNoAnswer, LibraryMessagesGoToStandardError) {
     const Ending palette = askPalette("silence");

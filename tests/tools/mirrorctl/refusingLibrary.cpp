@@ -43,10 +43,17 @@ int getDisplays(char *buffer, int bufferLength) {
     return 1;
 }
 
-// A frame for panel 17.
+// A frame for panel 17; refusing wholeness, for panels 17 and 18, of which the first frame shows
+// the screen to only one.
 static const char *sentText() {
     if (refuses("frame sense"))
         return "{\"numDevices\":1,\"devices\":[{\"animData\":\"1 17\"}]}";
+    if (refuses("wholeness"))
+        return framesSent == 1
+                   ? "{\"numDevices\":1,\"devices\":[{\"ip\":\"127.0.58.9\",\"animData\":"
+                     "\"2 17 1 0 0 0 0 5 18 1 255 255 0 0 5\"}]}"
+                   : "{\"numDevices\":1,\"devices\":[{\"ip\":\"127.0.58.9\",\"animData\":"
+                     "\"2 17 1 255 255 0 0 5 18 1 255 255 0 0 5\"}]}";
     if (!isSeen())
         return "{\"numDevices\":1,\"devices\":[{\"ip\":\"127.0.58.9\",\"animData\":"
                "\"1 17 1 0 0 0 0 5\"}]}";

@@ -15,6 +15,7 @@
 #include <cstdio>
 #include <stdexcept>
 #include <unistd.h>
+#include <utility>
 
 namespace mirrorctl {
 
@@ -85,11 +86,14 @@ static std::optional<Snapshot> await(const config::Document &document,
     const auto begin = std::chrono::steady_clock::now();
     std::optional<Snapshot> dark;
     bool hasFrame = false; // when it was captured
+    // In match mode the screen's first frame may come while one is being sent, so that only some
+    // panels show it. The next one sent is whole.
+    bool mayBePartial = document.mode == matchMode;
     for (;;) {
         auto snapshot = capture(document, options.json);
         if (snapshot && sendsUnseen && !showsLight(snapshot->frames))
             dark = std::move(snapshot);
-        else if (snapshot)
+        else if (snapshot && !std::exchange(mayBePartial, false))
             return snapshot;
         if (const int signum = signals.take()) {
             reportInterruption(noSnapshot, signum);
