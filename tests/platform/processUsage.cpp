@@ -1,12 +1,12 @@
 #include "tests/platform/processUsage.h"
 
 #include <chrono>
-#include <ctime>
 #include <filesystem>
 #include <fstream>
 #include <functional>
 #include <iterator>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <unistd.h>
@@ -90,35 +90,45 @@ std::size_t mappings() {
     return linesOf("/proc/self/maps");
 }
 
-std::set<int> threadIds() {
+std::set<int> threadIds(const std::set<int> &others) {
     // Together with the first thread, a sanitizer may start one of its own.
     [[maybe_unused]] static const bool started = [] {
         std::thread([] {}).join();
         return true;
     }();
     std::set<int> ids;
-    for (const auto &task : std::filesystem::directory_iterator("/proc/self/task"))
-        if (isAlive(task.path()))
-            ids.insert(std::stoi(task.path().filename()));
+    for (const auto &task : std::filesystem::directory_iterator("/proc/self/task")) {
+        const int id = std::stoi(task.path().filename());
+        if (!others.contains(id) && isAlive(task.path()))
+            ids.insert(id);
+    }
     return ids;
 }
 
-long sleepsOf(const std::set<int> &threads) {
-    long sleeps = 0;
+long long runTimeOf(const std::set<int> &threads) {
+    long long sum = 0;
     for (const int thread : threads) {
-        std::ifstream status("/proc/self/task/" + std::to_string(thread) + "/status");
-        const std::string wanted = "voluntary_ctxt_switches:";
-        for (std::string line; std::getline(status, line);)
-            if (line.starts_with(wanted))
-                sleeps += std::stol(line.substr(wanted.size()));
+        std::ifstream statistics("/proc/self/task/" + std::to_string(thread) + "/schedstat");
+        long long time = 0;
+        if (!(statistics >> time))
+            throw std::runtime_error("no thread statistics");
+        sum += time;
     }
-    return sleeps;
+    return sum;
 }
 
-double processorSeconds() {
-    timespec time{};
-    clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
+bool comeToRest(const std::set<int> &threads) {
+    // Many short looks, since a machine that stands still for a second is no sign of rest.
+    constexpr int looks = 150;
+    int quietLooks = 0;
+    long long last = runTimeOf(threads);
+    return becomes([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        const long long now = runTimeOf(threads);
+        quietLooks = now == last ? quietLooks + 1 : 0;
+        last = now;
+        return quietLooks == looks;
+    });
 }
 
 } // namespace test

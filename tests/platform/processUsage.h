@@ -15,11 +15,13 @@ std::size_t mappings();
 bool openDescriptorsBecome(std::size_t number);
 bool threadsBecome(std::size_t number);
 
-// The threads of this process, and how often these have gone to sleep so far.
-std::set<int> threadIds();
-long sleepsOf(const std::set<int> &threads);
+// The threads of this process, but for these.
+std::set<int> threadIds(const std::set<int> &others = {});
 
-// Processor time of the whole process, in seconds.
-double processorSeconds();
+// How long these threads have run so far, in nanoseconds.
+long long runTimeOf(const std::set<int> &threads);
+
+// Waits until these threads have not run for a second and a half; false when they went on running.
+bool comeToRest(const std::set<int> &threads);
 
 } // namespace test
