@@ -101,8 +101,11 @@ Handshake tryOnce(Clock::time_point deadline) {
 } // namespace
 
 Handshake shakeHands(Clock::time_point deadline) {
-    for (;;) {
+    for (bool hungUp = false;; hungUp = true) {
         Handshake result = tryOnce(deadline);
+        // The last try may have had no time for an answer.
+        if (hungUp && result.answer == Answer::Silence)
+            result.answer = Answer::HangUp;
         if (result.answer != Answer::HangUp || Clock::now() + pauseAfterHangUp >= deadline)
             return result;
         std::this_thread::sleep_for(pauseAfterHangUp);

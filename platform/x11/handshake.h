@@ -12,7 +12,7 @@ enum class Answer {
     Welcome,
     NoServer,
     Silence, // it did not accept the connection, or did not answer, in time
-    HangUp,  // it closed the connection without an answer, every time
+    HangUp,  // it closed the connection without an answer, whenever there was time for one
     Refusal,
 };
 

@@ -1,6 +1,7 @@
 // Servers that let a client in at the second attempt, or not at all, however they are reached.
 #include "platform/x11/connection.h"
 #include "platform/objects/signals.h"
+#include "platform/x11/handshake.h"
 #include "platform/x11/monitors.h"
 
 #include "tests/platform/processUsage.h"
@@ -183,6 +184,19 @@ TEST(Connection, AServerThatAlwaysHangsUpCostsSecondsAndLittleWork) {
     EXPECT_GT(attempts, 2);
     EXPECT_LE(attempts, 2 + platform::serverPatience / 10ms);
     EXPECT_EQ(test::openDescriptors(), descriptors);
+}
+
+// The last attempt, cut short by the deadline, says nothing of the server.
+TEST(Connection, AServerThatHungUpIsNotCalledSilent) {
+    Descriptor last;
+    int attempts = 0;
+    const Listener server([&](Descriptor client) {
+        if (++attempts > 1)
+            last = std::move(client);
+    });
+    const Variable display("DISPLAY", server.display);
+    const auto handshake = platform::x11::shakeHands(platform::Clock::now() + 1s);
+    EXPECT_EQ(handshake.answer, platform::x11::Answer::HangUp);
 }
 
 // All answers together take longer than one may.
