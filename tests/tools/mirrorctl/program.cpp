@@ -19,12 +19,14 @@ Program::Program(std::vector<std::string> arguments, const Variables &variables,
               {.variables = variables, .input = input, .ignoredSignal = ignoredSignal}) {}
 
 void Program::waitForSignals() const {
+    // These alone: a thread that makes another holds all signals back for a moment.
+    constexpr unsigned long long wanted =
+        1 << (SIGHUP - 1) | 1 << (SIGINT - 1) | 1 << (SIGTERM - 1);
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
     while (std::chrono::steady_clock::now() < deadline) {
         std::ifstream file("/proc/" + std::to_string(pid()) + "/status");
         for (std::string line; std::getline(file, line);)
-            if (line.starts_with("SigBlk:") &&
-                (std::stoull(line.substr(7), nullptr, 16) >> (SIGINT - 1) & 1) != 0)
+            if (line.starts_with("SigBlk:") && std::stoull(line.substr(7), nullptr, 16) == wanted)
                 return;
         poll(nullptr, 0, 2);
     }
