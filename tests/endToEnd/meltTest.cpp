@@ -60,8 +60,8 @@ TEST_F(Melt, ARunStartsFromBlackAndSeedsAnew) {
                     return false;
             return true;
         }));
+        pollFreely();
         ASSERT_EQ(stopMirror(), 1);
-        output.reset();
         expectNothing();
     }
 }

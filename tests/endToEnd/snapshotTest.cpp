@@ -65,6 +65,7 @@ class ChangingSnapshot : public Snapshot, public testing::WithParamInterface<int
 
 TEST_P(ChangingSnapshot, OfTheNextChange) {
     startAtPoll(GetParam(), wall);
+    pollFreely();
     std::atomic<bool> done = false;
     std::thread painter([&] {
         constexpr std::uint32_t hues[] = {0xff0000, 0xffff00, 0x00ff00,
@@ -95,6 +96,7 @@ TEST_P(ChangingSnapshot, OfAStillScreenThereIsNone) {
     startAtPoll(GetParam(), wall);
     show(test::plainScreen(0xff0000));
     expectFrame(0xff0000);
+    pollFreely();
     const auto asked = std::chrono::steady_clock::now();
     EXPECT_EQ(captureCurrentStreamFrames(), -1);
     EXPECT_GE(std::chrono::steady_clock::now() - asked, std::chrono::milliseconds(1010));

@@ -2,20 +2,13 @@
 #include "mirror/mirrorInterface.h"
 #include "tests/colour/transcription.h"
 
-#include <cstdio>
-#include <fcntl.h>
 #include <poll.h>
-#include <unistd.h>
 
 namespace test {
 
 namespace {
 
 constexpr int patience = 10000; // milliseconds
-
-// Lines that the library prints must arrive one by one. The C library heeds this only before the
-// first output.
-[[maybe_unused]] const int lineByLine = std::setvbuf(stdout, nullptr, _IOLBF, 0);
 
 std::string paletteText(const Pixels &screen) {
     std::string text;
@@ -27,73 +20,13 @@ std::string paletteText(const Pixels &screen) {
 
 } // namespace
 
-OutputLines::OutputLines() {
-    std::fflush(stdout);
-    int ends[2];
-    EXPECT_EQ(pipe2(ends, O_CLOEXEC), 0);
-    real = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0);
-    dup2(ends[1], STDOUT_FILENO);
-    close(ends[1]);
-    pipeEnd = ends[0];
-}
-
-OutputLines::~OutputLines() {
-    std::fflush(stdout);
-    dup2(real, STDOUT_FILENO);
-    while (read(0)) {
-    }
-    others += pending;
-    std::fputs(others.c_str(), stdout);
-    close(real);
-    close(pipeEnd);
-}
-
-bool OutputLines::read(int wait) {
-    pollfd waiting{pipeEnd, POLLIN, 0};
-    if (poll(&waiting, 1, wait) != 1)
-        return false;
-    char bytes[4096];
-    const ssize_t got = ::read(pipeEnd, bytes, sizeof bytes);
-    if (got <= 0)
-        return false;
-    pending.append(bytes, static_cast<std::size_t>(got));
-    return true;
-}
-
-std::optional<std::string> OutputLines::takeLine() {
-    const std::size_t end = pending.find('\n');
-    if (end == std::string::npos)
-        return std::nullopt;
-    const std::string line = pending.substr(0, end);
-    pending.erase(0, end + 1);
-    return line;
-}
-
-bool OutputLines::next(const std::string &line, int count) {
-    while (read(0)) {
-    }
-    while (const auto old = takeLine())
-        if (*old != line)
-            others += *old + "\n";
-    while (count > 0) {
-        const auto now = takeLine();
-        if (now && *now == line)
-            --count;
-        else if (now)
-            others += *now + "\n";
-        else if (!read(patience))
-            return false;
-    }
-    return true;
-}
-
 void WallRun::SetUp() {
     screen.use();
 }
 
 void WallRun::TearDown() {
+    pollFreely();
     EXPECT_EQ(stopMirror(), 1);
-    output.reset();
 }
 
 void WallRun::start(int mode, const std::vector<LightSetup> &wanted) {
@@ -110,12 +43,23 @@ void WallRun::start(int mode, const std::vector<LightSetup> &wanted) {
 void WallRun::startAtPoll(int mode, const std::vector<LightSetup> &wanted) {
     const Pixels dark = averagingTo({0, 0, 0});
     screen.putPixels(0, 0, screenSide, screenSide, dark.data());
-    output.emplace();
+    pause.emplace();
     start(mode, wanted);
-    ASSERT_TRUE(polledAgain(1));
+    pollAgain();
 }
 
 void WallRun::show(const Pixels &pixels) {
+    const std::string wanted = paletteText(pixels);
+    // Two screens may have one palette: between polls, one with another comes before.
+    const std::string red = paletteText(plainScreen(0xff0000));
+    if (pause)
+        draw(plainScreen(wanted == red ? 0x00ff00 : 0xff0000));
+    draw(pixels);
+    if (pause)
+        pollAgain();
+}
+
+void WallRun::draw(const Pixels &pixels) {
     screen.putPixels(0, 0, screenSide, screenSide, pixels.data());
     const std::string wanted = paletteText(pixels);
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::milliseconds(patience);
@@ -155,13 +99,8 @@ void WallRun::expectNothing() {
         EXPECT_EQ(receivers[d]->next(std::chrono::milliseconds(0)), std::nullopt) << lights[d].ip;
 }
 
-bool WallRun::polledAgain(int polls) {
-    if (!output || !output->next("Resorting to averaging", polls))
-        return false;
-    // The line is printed in the middle of a poll. This is no wait for its end, which nothing
-    // tells, but a choice of the moment to go on: well after this poll, well before the next one.
-    poll(nullptr, 0, 20);
-    return true;
+void WallRun::pollAgain() {
+    ASSERT_TRUE(pause->awaitNext());
 }
 
 std::string WallRun::snapshotText() {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tests/colour/dominantScreen.h"
+#include "tests/endToEnd/heldSleep.h"
 #include "tests/endToEnd/lightSetup.h"
 #include "tests/support/panelRecords.h"
 #include "tests/support/virtualScreen.h"
@@ -16,29 +17,6 @@
 
 namespace test {
 
-// Catches what is written to standard output, so that the library's lines can be waited for. What
-// nobody has waited for is written out in the end.
-class OutputLines {
-public:
-    OutputLines();
-    ~OutputLines();
-    OutputLines(const OutputLines &) = delete;
-    OutputLines &operator=(const OutputLines &) = delete;
-
-    // Throws away the lines so far, then waits for `count` times this line; false when they take
-    // too long.
-    bool next(const std::string &line, int count);
-
-private:
-    bool read(int patience); // milliseconds
-    std::optional<std::string> takeLine();
-
-    int real = -1;
-    int pipeEnd = -1;
-    std::string pending;
-    std::string others;
-};
-
 class WallRun : public testing::Test {
 protected:
     void SetUp() override;
@@ -47,13 +25,20 @@ protected:
     // Configures and starts. `lights` are on 127.0.57.x; listens to each from before the start.
     void start(int mode, const std::vector<LightSetup> &lights);
 
-    // The same for melt and fade mode, over a dark screen, and waits for a poll of it. Who draws
-    // right after a poll, or after a datagram, which follows on one, has drawn long before the next
-    // poll: a frame that is read while it is written, which may give any colour, is out of the way.
+    // The same for melt and fade mode, over a dark screen, which is polled once. From then on the
+    // test says when the screen is polled: a frame that is read while it is written may give any
+    // colour.
     void startAtPoll(int mode, const std::vector<LightSetup> &lights);
 
-    // Draws a screen and waits until the library's frame is that screen.
+    // Draws a screen and waits until the library's frame has its palette; after startAtPoll(),
+    // until that screen has been polled once.
     void show(const Pixels &screen);
+
+    // Polls once more; only after startAtPoll().
+    void pollAgain();
+
+    // From here on, the screen is polled as often as the mode wants.
+    void pollFreely() { pause.reset(); }
 
     // The next datagram of each light, in order, as records. An empty list when one is missing or
     // malformed.
@@ -64,10 +49,6 @@ protected:
 
     // No light has been sent anything that was not looked at.
     void expectNothing();
-
-    // Waits for so many more polls of the screen by a run of startAtPoll(), and returns between two
-    // polls. Only for a screen that averages: each poll of such a one prints a line.
-    bool polledAgain(int polls = 2);
 
     // The JSON text of the frames captured last, fetched into a buffer of exactly its size.
     static std::string snapshotText();
@@ -86,7 +67,10 @@ protected:
     std::vector<LightSetup> lights;
     std::vector<std::unique_ptr<LightReceiver>> receivers;
     std::time_t startedAt = 0;
-    std::optional<OutputLines> output;
+    std::optional<HeldSleep> pause; // between two polls
+
+private:
+    void draw(const Pixels &pixels);
 };
 
 // `count` panels with identifiers from `first` on, in the middle of the screen.
