@@ -4,6 +4,8 @@
 #include "tools/panelwall/player.h"
 #include "tools/wall/receiver.h"
 
+#include <poll.h>
+
 namespace panelwall {
 
 // The wall's receiver, or a recording that is played back. Owns neither; they outlive it.
@@ -17,7 +19,8 @@ public:
     // What to wait for.
     void appendTo(std::vector<pollfd> &waiting) const {
         if (receiver != nullptr)
-            receiver->appendTo(waiting);
+            for (const int fd : receiver->fds())
+                waiting.push_back({fd, POLLIN, 0});
     }
 
     // The latest time to call readAll(), though nothing that was waited for has happened.

@@ -13,38 +13,36 @@ void ArrivalMeter::note(Clock::time_point now) {
     if (!before)
         return;
     if (now - *before >= longestInterval) {
-        count = 0;
+        intervals.clear();
         return;
     }
     const double passed = std::chrono::duration<double, std::milli>(now - *before).count();
-    if (count >= leastForGaps) {
+    if (intervals.size() >= leastForGaps) {
         const double usual = *interval();
         if (passed > 2 * usual && passed > usual + leastExcess)
             ++gapCount;
     }
-    intervals[next] = passed;
-    next = (next + 1) % kept;
-    count = std::min(count + 1, kept);
+    intervals.push_back(passed);
+    if (intervals.size() > kept)
+        intervals.pop_front();
 }
 
 std::optional<double> ArrivalMeter::interval() const {
-    if (count == 0)
+    if (intervals.empty())
         return std::nullopt;
-    std::array<double, kept> sorted;
-    for (std::size_t i = 0; i < count; ++i)
-        sorted[i] = at(i);
-    const auto middle = sorted.begin() + static_cast<std::ptrdiff_t>(count / 2);
-    std::nth_element(sorted.begin(), middle, sorted.begin() + static_cast<std::ptrdiff_t>(count));
+    std::deque<double> sorted = intervals;
+    const auto middle = sorted.begin() + static_cast<std::ptrdiff_t>(sorted.size() / 2);
+    std::nth_element(sorted.begin(), middle, sorted.end());
     return *middle;
 }
 
 std::optional<double> ArrivalMeter::jitter() const {
-    if (count < 2)
+    if (intervals.size() < 2)
         return std::nullopt;
     double sum = 0.0;
-    for (std::size_t i = 0; i + 1 < count; ++i)
-        sum += std::abs(at(i) - at(i + 1));
-    return sum / static_cast<double>(count - 1);
+    for (std::size_t i = 1; i < intervals.size(); ++i)
+        sum += std::abs(intervals[i] - intervals[i - 1]);
+    return sum / static_cast<double>(intervals.size() - 1);
 }
 
 } // namespace panelwall

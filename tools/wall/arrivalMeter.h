@@ -3,10 +3,10 @@
 
 #include "tools/wall/rateMeter.h"
 
-#include <array>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
+#include <deque>
 #include <optional>
 
 namespace panelwall {
@@ -36,12 +36,8 @@ private:
     // The median of few intervals says little.
     static constexpr std::size_t leastForGaps = 8;
 
-    double at(std::size_t age) const { return intervals[(next + kept - 1 - age) % kept]; }
-
     std::optional<Clock::time_point> last;
-    std::array<double, kept> intervals{}; // milliseconds
-    std::size_t next = 0;
-    std::size_t count = 0;
+    std::deque<double> intervals; // milliseconds
     std::uint64_t gapCount = 0;
 };
 

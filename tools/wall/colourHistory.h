@@ -4,6 +4,7 @@
 #include "tools/lights/device.h"
 #include "tools/wall/rateMeter.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -32,16 +33,24 @@ public:
     };
 
     // A row for each of `panels` panels, or for `mostRows` of them, evenly chosen.
-    ColourHistory(std::size_t panels, std::size_t mostRows);
+    ColourHistory(std::size_t panels, std::size_t mostRows) {
+        const std::size_t rows = std::min(panels, mostRows);
+        for (std::size_t i = 0; i < rows; ++i)
+            chosen.push_back(i * panels / rows);
+    }
 
     // The index of the panel that each row is for.
     const std::vector<std::size_t> &rowPanels() const { return chosen; }
 
     // Notes the colours of this moment; `colourOf` is called with a panel's index.
     template <typename ColourOf> void note(Clock::time_point now, ColourOf colourOf) {
-        Entry &entry = entryFor(now);
+        const std::int64_t slot = slotOf(now);
+        if (kept.empty() || kept.back().slot < slot)
+            kept.push_back({slot, std::vector<std::optional<Colour>>(chosen.size())});
+        while (kept.size() > 1 && kept[1].slot <= slot - slotCount)
+            kept.pop_front();
         for (std::size_t i = 0; i < chosen.size(); ++i)
-            entry.rows[i] = colourOf(chosen[i]);
+            kept.back().rows[i] = colourOf(chosen[i]);
     }
 
     // Oldest first: the entries of the last minute before the newest, and the one in force when it
@@ -53,8 +62,6 @@ public:
     }
 
 private:
-    Entry &entryFor(Clock::time_point now);
-
     std::vector<std::size_t> chosen;
     std::deque<Entry> kept;
 };

@@ -3,7 +3,6 @@
 #include "tools/lights/text.h"
 
 #include <map>
-#include <string_view>
 
 namespace panelwall {
 
@@ -18,24 +17,18 @@ std::vector<Endpoint> findEndpoints(const config::Document &document,
                                 lights::nameDevice(i, device) + ": " + text});
         };
         const auto endpoint = lights::parseEndpoint(device.ip, device.port());
-        if (!endpoint) {
+        if (!endpoint)
             report("the address does not parse; write four decimal numbers such as 127.0.0.2, or "
                    "::1");
-            continue;
-        }
-        if (reach == Reach::Loopback && !lights::isLoopback(*endpoint)) {
+        else if (reach == Reach::Loopback && !lights::isLoopback(*endpoint))
             report("not a loopback address; the wall listens on this machine only, so give the "
                    "device an address in 127.0.0.0/8, or ::1");
-            continue;
-        }
-        const auto [earlier, isNew] = taken.emplace(endpoint->bytes(), i);
-        if (!isNew) {
+        else if (const auto [earlier, isNew] = taken.emplace(endpoint->bytes(), i); !isNew)
             report("device " + std::to_string(earlier->second) +
                    " has the same address and port; give each device an address of its own, such "
                    "as 127.0.0.2, 127.0.0.3 and so on");
-            continue;
-        }
-        endpoints.push_back(*endpoint);
+        else
+            endpoints.push_back(*endpoint);
     }
     return endpoints;
 }

@@ -1,5 +1,7 @@
 #include "tools/wall/flashMeter.h"
 
+#include "tools/config/modes.h"
+
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -44,7 +46,7 @@ void FlashMeter::change(Direction to, Clock::time_point now) {
     changes.push_back(now);
     const double flashes = perSecond(now);
     highest = std::max(highest, flashes);
-    if (flashes > harmless)
+    if (flashes > config::harmlessFlashes)
         excess = now;
 }
 

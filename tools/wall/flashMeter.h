@@ -20,8 +20,6 @@ double relativeLuminance(Colour colour);
 // Steps in the same direction add up to one change. Times come from the caller and only go forward.
 class FlashMeter {
 public:
-    static constexpr double harmless = 3.0;
-
     void note(double luminance, Clock::time_point now);
 
     // Flashes within the last second. A change without its opposite is half of one.

@@ -39,9 +39,7 @@ private:
     };
 
     static std::int64_t tenthOf(Clock::time_point time) {
-        return std::chrono::duration_cast<std::chrono::milliseconds>(time.time_since_epoch())
-                   .count() /
-               100;
+        return time.time_since_epoch() / std::chrono::milliseconds(100);
     }
 
     std::array<Slot, slotCount> slots{};

@@ -1,12 +1,13 @@
 #include "tools/wall/receiver.h"
 
 #include "tools/lights/text.h"
-#include "tools/wall/arrivalClock.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <sys/time.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace panelwall {
@@ -17,9 +18,11 @@ static constexpr std::size_t largestDatagram = 65536;
 // So many of one device are read before others, the signals and the drawing get their turn.
 static constexpr int datagramsPerTurn = 4096;
 
+// A datagram that waited longer counts as arrived this long ago.
+static constexpr std::chrono::microseconds longestWait = std::chrono::seconds(1);
+
 static std::string adviseOn(int error) {
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
-    const std::string reason = std::strerror(error);
+    const std::string reason = std::generic_category().message(error);
     switch (error) {
     case EADDRINUSE:
         return "the port is in use, perhaps by another wall; end the program that holds it, or "
@@ -51,7 +54,8 @@ std::vector<config::Problem> Receiver::open(const config::Document &document,
         if (fd >= 0) {
             sockets.push_back({fd, {}});
             fcntl(fd, F_SETFD, FD_CLOEXEC);
-            askForArrivals(fd);
+            const int on = 1; // every datagram comes with its time of arrival
+            setsockopt(fd, SOL_SOCKET, SO_TIMESTAMP, &on, sizeof on);
         }
         if (fd < 0 || bind(fd, address, endpoint.length) != 0)
             problems.push_back(
@@ -61,16 +65,28 @@ std::vector<config::Problem> Receiver::open(const config::Document &document,
     return problems;
 }
 
-void Receiver::appendTo(std::vector<pollfd> &waiting) const {
-    for (const Socket &socket : sockets)
-        waiting.push_back({socket.fd, POLLIN, 0});
-}
-
 std::vector<int> Receiver::fds() const {
     std::vector<int> all;
     for (const Socket &socket : sockets)
         all.push_back(socket.fd);
     return all;
+}
+
+// The time of arrival that came with a datagram, at most `now`, the time of reading it; `now` when
+// none came. The system tells it by the calendar, so that setting the clock between arrival and
+// reading shifts it; it is then no more than a second too early.
+static Clock::time_point arrivalOf(const msghdr &message, Clock::time_point now) {
+    auto *header = message.msg_controllen > 0 ? CMSG_FIRSTHDR(&message) : nullptr;
+    if (header == nullptr || header->cmsg_level != SOL_SOCKET || header->cmsg_type != SCM_TIMESTAMP)
+        return now;
+    timeval arrival;
+    std::memcpy(&arrival, CMSG_DATA(header), sizeof arrival);
+    timeval read;
+    gettimeofday(&read, nullptr);
+    const std::chrono::microseconds waited =
+        std::chrono::seconds(read.tv_sec - arrival.tv_sec) +
+        std::chrono::microseconds(read.tv_usec - arrival.tv_usec);
+    return now - std::clamp(waited, std::chrono::microseconds::zero(), longestWait);
 }
 
 bool Receiver::readAll(const Handler &handler) {
@@ -79,12 +95,12 @@ bool Receiver::readAll(const Handler &handler) {
         Socket &socket = sockets[i];
         for (int turn = 0; turn < datagramsPerTurn; ++turn) {
             iovec place{buffer.data(), buffer.size()};
-            ArrivalRoom room;
+            alignas(cmsghdr) char arrival[CMSG_SPACE(sizeof(timeval))];
             msghdr message{};
             message.msg_iov = &place;
             message.msg_iovlen = 1;
-            message.msg_control = room.bytes;
-            message.msg_controllen = sizeof room.bytes;
+            message.msg_control = arrival;
+            message.msg_controllen = sizeof arrival;
             const ssize_t size = recvmsg(socket.fd, &message, MSG_DONTWAIT);
             if (size < 0)
                 break;

@@ -8,7 +8,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
-#include <poll.h>
 #include <span>
 #include <vector>
 
@@ -32,10 +31,7 @@ public:
     using Handler =
         std::function<void(std::size_t, std::span<const std::uint8_t>, Clock::time_point)>;
 
-    // What to wait for: an entry per device, in order, ready for poll().
-    void appendTo(std::vector<pollfd> &waiting) const;
-
-    // The sockets, an entry per device, in order; they stay the receiver's.
+    // The sockets to wait for, one per device, in order; they stay the receiver's.
     std::vector<int> fds() const;
 
     // Hands over everything that has arrived, oldest first for each device, and does not wait.

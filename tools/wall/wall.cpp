@@ -72,26 +72,23 @@ void Wall::receive(std::size_t index, std::span<const std::uint8_t> bytes, Clock
 }
 
 void Wall::keepHistory(std::size_t mostRows) {
-    const std::size_t rows =
-        std::max<std::size_t>(1, mostRows / std::max<std::size_t>(1, allDevices.size()));
     for (WallDevice &device : allDevices)
-        device.history.emplace(device.panels.size(), rows);
+        device.history.emplace(device.panels.size(),
+                               std::max<std::size_t>(1, mostRows / allDevices.size()));
 }
 
 bool Wall::isMoving(Clock::time_point now) const {
-    const auto panelMoves = [now](const WallPanel &panel) {
-        return panel.transition.isMoving(now);
-    };
-    return std::any_of(allDevices.begin(), allDevices.end(), [&](const WallDevice &device) {
-        return std::any_of(device.panels.begin(), device.panels.end(), panelMoves);
-    });
+    for (const WallDevice &device : allDevices)
+        for (const WallPanel &panel : device.panels)
+            if (panel.transition.isMoving(now))
+                return true;
+    return false;
 }
 
 std::optional<Clock::time_point> Wall::lastArrival() const {
-    std::optional<Clock::time_point> last;
+    std::optional<Clock::time_point> last; // less than any time while it has none
     for (const WallDevice &device : allDevices)
-        if (device.lastArrival && (!last || *device.lastArrival > *last))
-            last = device.lastArrival;
+        last = std::max(last, device.lastArrival);
     return last;
 }
 
