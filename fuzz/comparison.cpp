@@ -1,7 +1,7 @@
 // Any two sequences of datagrams, compared: each is accounted for, sequences that are alike are the
 // same, and what differs is found.
 #include "fuzz/require.h"
-#include "tools/recording/comparisonText.h"
+#include "tools/recording/compareRecordings.h"
 
 #include <fuzzer/FuzzedDataProvider.h>
 

@@ -2,7 +2,7 @@
 // what was handed out can be compared with itself.
 #include "fuzz/require.h"
 #include "fuzz/seldom.h"
-#include "tools/recording/comparisonText.h"
+#include "tools/recording/compareRecordings.h"
 #include "tools/recording/recordingFormat.h"
 #include "tools/recording/recordingReader.h"
 
@@ -29,12 +29,10 @@ std::string usualHead() {
 void readAll(const std::string &bytes) {
     std::istringstream input(bytes);
     RecordingReader reader(input);
-    std::uint64_t count = 0;
     if (reader.readHead()) {
         RecordedDatagram datagram;
         auto time = std::chrono::microseconds::zero();
         while (reader.next(datagram)) {
-            ++count;
             require(datagram.device < reader.document().devices.size(), "the device is there");
             require(datagram.time >= time, "time does not go back");
             require(datagram.bytes.size() <= bytes.size(), "no datagram is larger than the file");
@@ -45,7 +43,6 @@ void readAll(const std::string &bytes) {
     } else {
         require(!reader.error().empty(), "what has no head has a fault");
     }
-    require(reader.datagrams() == count, "datagrams are counted");
     require(reader.error().find('\n') == std::string::npos, "a fault is told on one line");
 }
 

@@ -1,7 +1,6 @@
 #include "tools/panelwall/steps.h"
 
-#include "tools/recording/comparisonText.h"
-#include "tools/recording/recordingFile.h"
+#include "tools/recording/compareRecordings.h"
 
 #include <exception>
 #include <iostream>
@@ -11,14 +10,24 @@ namespace panelwall {
 // The exit statuses of comparing programs.
 enum { theSame = 0, different = 1, failed = 2 };
 
+// What is wrong with the file's head; empty when it can be read.
+static std::string headError(const std::string &path) {
+    std::ifstream stream;
+    std::string reason = openRecording(path, stream);
+    if (!reason.empty())
+        return reason;
+    RecordingReader reader(stream);
+    reader.readHead();
+    return reader.error();
+}
+
 static int compareOpenable(const std::array<std::string, 2> &paths) {
     bool readable = true;
     for (const std::string &path : paths) {
-        RecordingFile file(path);
-        if (file.open())
-            continue;
-        complain(path, file.error());
-        readable = false;
+        if (const std::string error = headError(path); !error.empty()) {
+            complain(path, error);
+            readable = false;
+        }
     }
     if (!readable)
         return failed;

@@ -2,7 +2,6 @@
 
 #include "tools/panelwall/player.h"
 #include "tools/panelwall/session.h"
-#include "tools/recording/recordingFile.h"
 #include "tools/wall/deviceEndpoints.h"
 
 #include <cstdio>
@@ -37,12 +36,18 @@ static void reportSending(const Sender &sender) {
 }
 
 int replay(const Options &options) {
-    RecordingFile file(*options.replayPath);
-    if (!file.open()) {
-        complain(file.path, file.error());
+    const std::string &path = *options.replayPath;
+    std::ifstream stream;
+    if (const std::string reason = openRecording(path, stream); !reason.empty()) {
+        complain(path, reason);
         return exitRecording;
     }
-    const auto chosen = chooseDocument(options, file.reader.document());
+    RecordingReader reader(stream);
+    if (!reader.readHead()) {
+        complain(path, reader.error());
+        return exitRecording;
+    }
+    const auto chosen = chooseDocument(options, reader.document());
     if (const auto *status = std::get_if<ExitStatus>(&chosen))
         return *status;
     const auto &document = std::get<config::Document>(chosen);
@@ -51,19 +56,19 @@ int replay(const Options &options) {
     std::vector<config::Problem> problems;
     const auto endpoints = findEndpoints(document, problems, reach);
     if (!problems.empty()) {
-        complain(options.configPath.empty() ? file.path : options.configPath, problems);
+        complain(options.configPath.empty() ? path : options.configPath, problems);
         return exitAddress;
     }
     Sender sender;
     if (options.send) {
         if (const std::string reason = sender.open(endpoints); !reason.empty()) {
-            complain(file.path, "cannot be sent: " + reason);
+            complain(path, "cannot be sent: " + reason);
             return exitSocket;
         }
     }
 
     Signals signals;
-    Player player(file.reader, options.speed, options.send ? &sender : nullptr);
+    Player player(reader, options.speed, options.send ? &sender : nullptr);
     std::optional<LivePage> page;
     if (const auto status = servePage(options, document, {}, page); status != exitOk)
         return status;
@@ -72,9 +77,9 @@ int replay(const Options &options) {
         Session(options, document, source, nullptr, page ? &*page : nullptr, signals).run();
     if (options.send)
         reportSending(sender);
-    if (file.error().empty())
+    if (reader.error().empty())
         return status;
-    complain(file.path, file.error());
+    complain(path, reader.error());
     return exitRecording;
 }
 

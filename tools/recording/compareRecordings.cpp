@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <map>
+#include <numeric>
 
 namespace panelwall {
 
@@ -14,12 +15,11 @@ using Places = std::array<std::vector<std::size_t>, 2>;
 class Pass {
 public:
     Pass(const OpenRecording &open, const std::vector<ComparedDevice> &devices,
-         const std::vector<Layout> &layouts, const Places &places_,
-         const std::vector<std::size_t> &wanted)
+         const Places &places_, const std::vector<std::size_t> &wanted)
         : places(places_), inputs{open(first), open(second)},
           readers{RecordingReader(*inputs[first]), RecordingReader(*inputs[second])} {
         for (const std::size_t device : wanted) {
-            const auto made = comparisons.emplace(device, layouts[device]).first;
+            const auto made = comparisons.emplace(device, devices[device].layout).first;
             for (const Side side : bothSides)
                 if (!devices[device].index[side])
                     made->second.end(side);
@@ -42,6 +42,9 @@ public:
         }
         return leftOut;
     }
+
+    // What is wrong with a file, once run() has read it.
+    const std::string &error(Side side) const { return readers[side].error(); }
 
     std::map<std::size_t, DeviceComparison> comparisons;
 
@@ -89,31 +92,31 @@ private:
     std::vector<std::size_t> leftOut;
 };
 
-std::string both(const std::string &what, const std::string &left, const std::string &right) {
-    return what + ": " + left + " and " + right;
+// Adds a line when the values differ.
+template <typename Value>
+void compareValues(std::vector<std::string> &lines, const std::string &what, Value left,
+                   Value right) {
+    if (left != right)
+        lines.push_back(what + ": " + std::to_string(left) + " and " + std::to_string(right));
 }
 
 std::vector<std::string> compareEntries(const config::DeviceEntry &left,
                                         const config::DeviceEntry &right) {
     std::vector<std::string> lines;
-    if (left.shapeType != right.shapeType)
-        lines.push_back(
-            both("shape type", std::to_string(left.shapeType), std::to_string(right.shapeType)));
-    if (left.scaleFactor != right.scaleFactor)
-        lines.push_back(both("scale factor", std::to_string(left.scaleFactor),
-                             std::to_string(right.scaleFactor)));
-    if (left.panels.size() != right.panels.size())
-        lines.push_back(both("panels", std::to_string(left.panels.size()),
-                             std::to_string(right.panels.size())));
+    compareValues(lines, "shape type", left.shapeType, right.shapeType);
+    compareValues(lines, "scale factor", left.scaleFactor, right.scaleFactor);
+    compareValues(lines, "panels", left.panels.size(), right.panels.size());
     const auto text = [](const config::PanelEntry &panel) {
         return std::to_string(panel.panelID) + " at (" + std::to_string(panel.centroidX) + ", " +
                std::to_string(panel.centroidY) + ")";
     };
     for (std::size_t i = 0; i < std::min(left.panels.size(), right.panels.size()); ++i) {
-        if (text(left.panels[i]) == text(right.panels[i]))
+        const std::string ours = text(left.panels[i]);
+        const std::string theirs = text(right.panels[i]);
+        if (ours == theirs)
             continue;
-        lines.push_back(both("the first panel that differs, number " + std::to_string(i),
-                             text(left.panels[i]), text(right.panels[i])));
+        lines.push_back("the first panel that differs, number " + std::to_string(i) + ": " + ours +
+                        " and " + theirs);
         break;
     }
     return lines;
@@ -130,7 +133,9 @@ Places matchDevices(Comparison &comparison) {
         const std::size_t place = comparison.devices.size();
         unmatched.emplace(keyOf(entry), place);
         places[first].push_back(place);
-        comparison.devices.emplace_back().index[first] = place;
+        ComparedDevice &device = comparison.devices.emplace_back();
+        device.layout = lights::layoutOf(entry.controlVersion);
+        device.index[first] = place;
     }
     for (const config::DeviceEntry &entry : comparison.documents[second].devices) {
         const std::size_t index = places[second].size();
@@ -142,7 +147,7 @@ Places matchDevices(Comparison &comparison) {
             comparison.devices[place].configuration =
                 compareEntries(comparison.documents[first].devices[place], entry);
         } else {
-            comparison.devices.emplace_back();
+            comparison.devices.emplace_back().layout = lights::layoutOf(entry.controlVersion);
         }
         comparison.devices[place].index[second] = index;
         places[second].push_back(place);
@@ -158,46 +163,26 @@ bool Comparison::differs() const {
                        [](const ComparedDevice &device) { return device.differs(); });
 }
 
-// Reads to the end of a recording for its error.
-static std::string readError(std::istream &input) {
-    RecordingReader reader(input);
-    if (reader.readHead()) {
-        RecordedDatagram ignored;
-        while (reader.next(ignored)) {
-        }
-    }
-    return reader.error();
-}
-
 Comparison compareRecordings(const OpenRecording &open, std::size_t mostHeld) {
     Comparison comparison;
     for (const Side side : bothSides) {
         const auto input = open(side);
-        comparison.errors[side] = readError(*input);
-        const auto head = open(side);
-        RecordingReader reader(*head);
-        if (reader.readHead())
-            comparison.documents[side] = reader.document();
+        RecordingReader reader(*input);
+        reader.readHead();
+        comparison.documents[side] = reader.document();
     }
-    const auto &documents = comparison.documents;
-    if (documents[first].mode != documents[second].mode)
-        comparison.configuration.push_back(both("mode", std::to_string(documents[first].mode),
-                                                std::to_string(documents[second].mode)));
+    compareValues(comparison.configuration, "mode", comparison.documents[first].mode,
+                  comparison.documents[second].mode);
     const Places places = matchDevices(comparison);
-    std::vector<Layout> layouts;
-    std::vector<std::size_t> wanted;
-    for (const ComparedDevice &device : comparison.devices) {
-        const Side side = device.index[first] ? first : second;
-        layouts.push_back(
-            lights::layoutOf(documents[side].devices[*device.index[side]].controlVersion));
-        wanted.push_back(wanted.size());
-    }
-    while (!wanted.empty()) {
-        Pass pass(open, comparison.devices, layouts, places, wanted);
+    std::vector<std::size_t> wanted(comparison.devices.size());
+    std::iota(wanted.begin(), wanted.end(), std::size_t{0});
+    do { // even without a device, for the errors
+        Pass pass(open, comparison.devices, places, wanted);
         wanted = pass.run(mostHeld);
         for (const auto &[device, finished] : pass.comparisons)
             comparison.devices[device].findings = finished.findings();
-    }
+        comparison.errors = {pass.error(first), pass.error(second)};
+    } while (!wanted.empty());
     return comparison;
 }
 

@@ -12,6 +12,7 @@ namespace panelwall {
 // index is that of the recording's document.
 struct ComparedDevice {
     std::array<std::optional<std::size_t>, 2> index;
+    Layout layout = Layout::Wide; // the port goes with it
     DeviceFindings findings;
     std::vector<std::string> configuration; // how the document's entries differ, in words
 
@@ -35,5 +36,12 @@ using OpenRecording = std::function<std::unique_ptr<std::istream>(Side)>;
 // Compares what can be read, in bounded memory: bytes held beyond `mostHeld` make it read the
 // recordings once more for some of the devices.
 Comparison compareRecordings(const OpenRecording &open, std::size_t mostHeld = 64u << 20);
+
+// The comparison in words, line by line; the last one says whether they differ.
+std::vector<std::string> describe(const Comparison &comparison);
+
+// The first thing in which two datagrams of a device differ, in words.
+std::string describeDifference(Layout layout, const std::vector<std::uint8_t> &left,
+                               const std::vector<std::uint8_t> &right);
 
 } // namespace panelwall

@@ -1,6 +1,5 @@
-#include "tools/recording/comparisonText.h"
-
 #include "tools/lights/text.h"
+#include "tools/recording/compareRecordings.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -85,9 +84,8 @@ static std::string describeTiming(const DeviceFindings &found) {
 static void describeDevice(const Comparison &comparison, const ComparedDevice &device,
                            std::vector<std::string> &lines) {
     const Side side = device.index[first] ? first : second;
-    const config::Document &document = comparison.documents[side];
-    const std::string name =
-        lights::nameDevice(*device.index[side], document.devices[*device.index[side]]);
+    const std::size_t index = *device.index[side];
+    const std::string name = lights::nameDevice(index, comparison.documents[side].devices[index]);
     const DeviceFindings &found = device.findings;
     if (!device.isInBoth()) {
         lines.push_back(name + ": only in the " + (side == first ? "first" : "second") + ", with " +
@@ -104,10 +102,7 @@ static void describeDevice(const Comparison &comparison, const ComparedDevice &d
                     std::to_string(found.only[first]) + " only in the first, " +
                     std::to_string(found.only[second]) + " only in the second");
     if (found.differs())
-        lines.push_back(
-            "    first difference: " +
-            describeFirst(lights::layoutOf(document.devices[*device.index[side]].controlVersion),
-                          found));
+        lines.push_back("    first difference: " + describeFirst(device.layout, found));
     lines.push_back("    timing: " + describeTiming(found));
 }
 

@@ -76,13 +76,13 @@ bool DeviceComparison::settleFronts() {
     for (const Side side : bothSides)
         if (!ended[side] && queues[side].size() < searched)
             return false;
-    const std::size_t most = queues[first].size() + queues[second].size();
-    for (std::size_t sum = 1; sum < std::min(most, 2 * searched); ++sum) {
-        for (std::size_t i = 0; i <= std::min(sum, searched - 1); ++i) {
-            const std::size_t j = sum - i;
-            if (i < queues[first].size() && j < std::min(searched, queues[second].size()) &&
-                isSame(queues[first][i], queues[second][j])) {
-                settleChange(i, j);
+    const std::size_t ofFirst = std::min(queues[first].size(), searched);
+    const std::size_t ofSecond = std::min(queues[second].size(), searched);
+    for (std::size_t sum = 1; sum < ofFirst + ofSecond; ++sum) {
+        for (std::size_t i = 0; i <= sum; ++i) {
+            if (i < ofFirst && sum - i < ofSecond &&
+                isSame(queues[first][i], queues[second][sum - i])) {
+                settleChange(i, sum - i);
                 return true;
             }
         }
@@ -93,7 +93,7 @@ bool DeviceComparison::settleFronts() {
 
 void DeviceComparison::settleChange(std::size_t ofFirst, std::size_t ofSecond) {
     for (; ofFirst > 0 && ofSecond > 0; --ofFirst, --ofSecond) {
-        noteDifference(true, true);
+        noteDifference({first, second});
         ++found.changed;
         drop(first);
         drop(second);
@@ -105,18 +105,16 @@ void DeviceComparison::settleChange(std::size_t ofFirst, std::size_t ofSecond) {
 }
 
 void DeviceComparison::settleOnly(Side side) {
-    noteDifference(side == first, side == second);
+    noteDifference({side});
     ++found.only[side];
     drop(side);
 }
 
-void DeviceComparison::noteDifference(bool inFirst, bool inSecond) {
+void DeviceComparison::noteDifference(std::initializer_list<Side> sides) {
     if (found.differs())
         return;
-    if (inFirst)
-        found.firstDifference[first] = queues[first].front().datagram;
-    if (inSecond)
-        found.firstDifference[second] = queues[second].front().datagram;
+    for (const Side side : sides)
+        found.firstDifference[side] = queues[side].front().datagram;
 }
 
 void DeviceComparison::drop(Side side) {

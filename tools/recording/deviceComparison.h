@@ -6,6 +6,7 @@
 
 #include <array>
 #include <deque>
+#include <initializer_list>
 #include <optional>
 
 namespace panelwall {
@@ -96,7 +97,7 @@ private:
     bool settleFronts();
     void settleChange(std::size_t ofFirst, std::size_t ofSecond);
     void settleOnly(Side side);
-    void noteDifference(bool inFirst, bool inSecond);
+    void noteDifference(std::initializer_list<Side> sides);
     void drop(Side side);
 
     Layout layoutOfBoth;

@@ -22,9 +22,6 @@ inline constexpr std::uint64_t longestRecordedDocument = 16u << 20;
 // Over a hundred years; sums of times stay far from overflowing.
 inline constexpr std::uint64_t longestRecordedTime = 1ull << 52; // microseconds
 
-// A number of 64 bits takes ten bytes of seven.
-inline constexpr int longestNumber = 10;
-
 // Appends a number: seven bits a byte, the low ones first, the high bit set in all but the last.
 inline void appendNumber(std::string &bytes, std::uint64_t number) {
     while (number >= 0x80) {

@@ -3,6 +3,9 @@
 #include "tools/recording/recordingFormat.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <filesystem>
+#include <system_error>
 
 namespace panelwall {
 
@@ -54,10 +57,8 @@ bool RecordingReader::readHead() {
     if (version != recordingVersion)
         return fail("is a recording of version " + std::to_string(version) +
                     "; this program reads version " + std::to_string(recordingVersion));
-    const auto start = readNumber(longestRecordedTime, "the time of its beginning");
-    if (!start)
+    if (!readNumber(longestRecordedTime, "the time of its beginning"))
         return false;
-    begin = std::chrono::microseconds(*start);
     const auto size = readNumber(longestRecordedDocument, "the length of its configuration");
     std::string text;
     if (!size || !readBytes(text, *size))
@@ -88,27 +89,23 @@ bool RecordingReader::next(RecordedDatagram &datagram) {
         return fail("is damaged at byte " + std::to_string(recordAt) + ": device " +
                     std::to_string(*device - 1) + ", but there are only " +
                     std::to_string(recorded.devices.size()));
-    const auto before = time;
+    const auto at = readTime();
     const auto size =
-        readTime() ? readNumber(longestRecordedDatagram, "a datagram's length") : std::nullopt;
-    if (!size || !readBytes(datagram.bytes, *size)) {
-        time = before;
+        at ? readNumber(longestRecordedDatagram, "a datagram's length") : std::nullopt;
+    if (!size || !readBytes(datagram.bytes, *size))
         return false;
-    }
     datagram.device = *device - 1;
-    datagram.time = time;
+    datagram.time = time = *at;
     ++handedOut;
     return true;
 }
 
 void RecordingReader::readEnd() {
-    const auto before = time;
-    const auto count =
-        readTime() ? readNumber(UINT64_MAX, "the number of datagrams") : std::nullopt;
-    if (!count) {
-        time = before;
+    const auto at = readTime();
+    const auto count = at ? readNumber(UINT64_MAX, "the number of datagrams") : std::nullopt;
+    if (!count)
         return;
-    }
+    time = *at;
     if (*count != handedOut)
         fail("is damaged: it ends after " + std::to_string(handedOut) + " datagrams, but " +
              std::to_string(*count) + " were recorded");
@@ -117,20 +114,21 @@ void RecordingReader::readEnd() {
     ended = true;
 }
 
-bool RecordingReader::readTime() {
+std::optional<std::chrono::microseconds> RecordingReader::readTime() {
     const auto passed = readNumber(longestRecordedTime, "a time");
     if (!passed)
-        return false;
-    if (*passed > longestRecordedTime - static_cast<std::uint64_t>(time.count()))
-        return fail("is damaged before byte " + std::to_string(offset) + ": a time is too large");
-    time += std::chrono::microseconds(*passed);
-    return true;
+        return std::nullopt;
+    if (*passed > longestRecordedTime - static_cast<std::uint64_t>(time.count())) {
+        fail("is damaged before byte " + std::to_string(offset) + ": a time is too large");
+        return std::nullopt;
+    }
+    return time + std::chrono::microseconds(*passed);
 }
 
 std::optional<std::uint64_t> RecordingReader::readNumber(std::uint64_t largest, const char *what) {
     const std::uint64_t numberAt = offset;
     std::uint64_t number = 0;
-    for (int i = 0; i < longestNumber; ++i) {
+    for (int shift = 0; shift < 64; shift += 7) {
         const int got = input.get();
         if (got == std::istream::traits_type::eof()) {
             failCut();
@@ -138,7 +136,6 @@ std::optional<std::uint64_t> RecordingReader::readNumber(std::uint64_t largest, 
         }
         ++offset;
         const auto bits = static_cast<std::uint64_t>(got & 0x7f);
-        const int shift = 7 * i;
         if (bits << shift >> shift != bits)
             break;
         number |= bits << shift;
@@ -166,6 +163,16 @@ template <typename Bytes> bool RecordingReader::readBytes(Bytes &bytes, std::siz
             return failCut();
     }
     return true;
+}
+
+std::string openRecording(const std::string &path, std::ifstream &stream) {
+    std::error_code ignored;
+    const auto status = std::filesystem::status(path, ignored);
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
+        return "is no regular file";
+    errno = 0;
+    stream.open(path, std::ios::binary);
+    return stream ? "" : "cannot be read: " + std::generic_category().message(errno);
 }
 
 } // namespace panelwall

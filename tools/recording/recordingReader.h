@@ -6,7 +6,7 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <istream>
+#include <fstream>
 #include <optional>
 #include <string>
 #include <vector>
@@ -30,8 +30,6 @@ public:
     // Reads up to the first datagram. False when that fails. Called once, before anything else.
     bool readHead();
 
-    // When the recording began, microseconds since 1970 (UTC).
-    std::chrono::microseconds startOnCalendar() const { return begin; }
     const config::Document &document() const { return recorded; }
 
     // Reads the next datagram into `datagram`. False when there is none: at the end of the
@@ -41,9 +39,6 @@ public:
     // When the recording ended, once next() has returned false; after a fault, the time of the last
     // datagram.
     std::chrono::microseconds end() const { return time; }
-
-    // How many datagrams next() has handed out.
-    std::uint64_t datagrams() const { return handedOut; }
 
     // The first thing wrong with the file, in words and on one line; empty while nothing is.
     const std::string &error() const { return fault; }
@@ -56,8 +51,8 @@ private:
     // many.
     template <typename Bytes> bool readBytes(Bytes &bytes, std::size_t size);
 
-    // Adds the time passed since the last record. False, and a fault, when that cannot be.
-    bool readTime();
+    // The time of this record; nothing, and a fault, when that cannot be.
+    std::optional<std::chrono::microseconds> readTime();
     void readEnd();
     bool checkMagic();
     bool fail(const std::string &text);
@@ -65,12 +60,15 @@ private:
 
     std::istream &input;
     std::uint64_t offset = 0; // of the next byte
-    std::chrono::microseconds begin{};
     config::Document recorded;
     std::chrono::microseconds time{};
-    std::uint64_t handedOut = 0;
+    std::uint64_t handedOut = 0; // datagrams
     bool ended = false;
     std::string fault;
 };
+
+// Opens the file for a reader. Returns the reason when that fails, else nothing. Only a regular
+// file will do: reading from anything else could wait.
+std::string openRecording(const std::string &path, std::ifstream &stream);
 
 } // namespace panelwall

@@ -4,8 +4,8 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace panelwall {
@@ -25,11 +25,9 @@ std::string RecordingWriter::open(const std::string &path, const config::Documen
         return "the configuration is too large for a recording";
     file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
     if (file < 0)
-        // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
-        return std::strerror(errno);
+        return std::generic_category().message(errno);
     begin = start;
-    const auto sinceStart = Clock::now() - start;
-    const auto startOnCalendar = std::chrono::system_clock::now() - sinceStart;
+    const auto startOnCalendar = std::chrono::system_clock::now() - (Clock::now() - start);
     std::string head(recordingMagic);
     head += static_cast<char>(recordingVersion);
     appendNumber(head, static_cast<std::uint64_t>(std::max<std::int64_t>(
@@ -75,19 +73,15 @@ void RecordingWriter::finish(Clock::time_point end) {
     appendNumber(record, writtenDatagrams);
     write(record);
     if (file >= 0 && close(file) != 0 && failure.empty())
-        // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
-        failure = std::strerror(errno);
+        failure = std::generic_category().message(errno);
     file = -1;
 }
 
 std::uint64_t RecordingWriter::advanceTo(Clock::time_point time) {
-    const auto sinceBegin =
-        std::chrono::duration_cast<std::chrono::microseconds>(time - begin).count();
-    const auto now = std::max(lastTime, static_cast<std::uint64_t>(std::max<std::int64_t>(
-                                            0, static_cast<std::int64_t>(sinceBegin))));
-    const std::uint64_t passed = now - lastTime;
-    lastTime = now;
-    return passed;
+    const auto sinceBegin = std::chrono::duration_cast<std::chrono::microseconds>(time - begin);
+    const auto passed = std::max(sinceBegin - lastTime, std::chrono::microseconds::zero());
+    lastTime += passed;
+    return static_cast<std::uint64_t>(passed.count());
 }
 
 void RecordingWriter::write(const std::string &text) {
@@ -98,8 +92,7 @@ void RecordingWriter::write(const std::string &text) {
             rest.remove_prefix(static_cast<std::size_t>(size));
             writtenBytes += static_cast<std::uint64_t>(size);
         } else if (errno != EINTR) {
-            // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
-            failure = std::strerror(errno);
+            failure = std::generic_category().message(errno);
         }
     }
 }

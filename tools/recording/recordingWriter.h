@@ -27,8 +27,6 @@ public:
     std::string open(const std::string &path, const config::Document &document,
                      Clock::time_point start);
 
-    bool isOpen() const { return file >= 0; }
-
     // One datagram for device number `device` (its index in the document). The datagrams of a
     // device come in the order of their times; those of several may be mixed up within a turn.
     void note(std::size_t device, std::span<const std::uint8_t> bytes, Clock::time_point arrival);
@@ -59,7 +57,7 @@ private:
 
     int file = -1;
     Clock::time_point begin;
-    std::uint64_t lastTime = 0; // microseconds since `begin`
+    std::chrono::microseconds lastTime{}; // since `begin`
     std::vector<Noted> noted;
     std::string notedBytes;
     std::uint64_t writtenDatagrams = 0;

@@ -1,5 +1,5 @@
 #include "tests/tools/panelwall/recordings.h"
-#include "tools/recording/comparisonText.h"
+#include "tools/recording/compareRecordings.h"
 
 #include <gtest/gtest.h>
 #include <sstream>
