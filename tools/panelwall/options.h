@@ -23,6 +23,11 @@ enum ExitStatus {
     exitPage = 8,
 };
 
+// Thrown to end the program, once the reason has been printed.
+struct Exit {
+    ExitStatus status;
+};
+
 // Where the live page is served.
 struct WebOptions {
     std::string address = "127.0.0.1";
@@ -46,8 +51,7 @@ struct Options {
     std::vector<std::string> comparedPaths; // two or none
 };
 
-// Fills `options` from the arguments. An exit status when the program shall end at once, after help
-// or a complaint has been printed.
-std::optional<int> parseOptions(int argc, char **argv, Options &options);
+// What the arguments ask for. Throws Exit after help or a complaint.
+Options parseOptions(int argc, char **argv);
 
 } // namespace panelwall

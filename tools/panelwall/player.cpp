@@ -1,7 +1,10 @@
 #include "tools/panelwall/player.h"
 
-#include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+#include <system_error>
 #include <thread>
+#include <unistd.h>
 
 namespace panelwall {
 
@@ -14,25 +17,54 @@ static constexpr std::chrono::microseconds lastMoment{1500};
 // Slow enough a replay would leave the clock's range.
 static constexpr std::chrono::hours longestReplay{24 * 365 * 100};
 
-Player::Player(RecordingReader &reader_, double speed_, Sender *sender_)
-    : reader(reader_), speed(speed_), sender(sender_) {
-    readNext();
+Sender::~Sender() {
+    for (const auto &[family, fd] : sockets)
+        close(fd);
 }
 
-void Player::readNext() {
-    more = reader.next(upcoming);
+std::string Sender::open(std::vector<Endpoint> endpoints_) {
+    endpoints = std::move(endpoints_);
+    for (const Endpoint &endpoint : endpoints) {
+        const int family = endpoint.address.ss_family;
+        if (sockets.contains(family))
+            continue;
+        const int fd = socket(family, SOCK_DGRAM, 0);
+        if (fd < 0)
+            return std::generic_category().message(errno);
+        fcntl(fd, F_SETFD, FD_CLOEXEC);
+        sockets.emplace(family, fd);
+    }
+    return {};
 }
+
+void Sender::send(std::size_t device, std::span<const std::uint8_t> bytes) {
+    const Endpoint &endpoint = endpoints.at(device);
+    ssize_t size;
+    do
+        size = sendto(sockets.at(endpoint.address.ss_family), bytes.data(), bytes.size(), 0,
+                      &endpoint.any, endpoint.length);
+    while (size < 0 && errno == EINTR);
+    if (size >= 0) {
+        ++sentCount;
+        return;
+    }
+    ++failedCount;
+    failure = std::generic_category().message(errno);
+}
+
+Player::Player(RecordingReader &reader_, double speed_, Sender *sender_)
+    : reader(reader_), speed(speed_), sender(sender_), more(reader.next(upcoming)) {}
 
 Clock::time_point Player::momentOf(std::chrono::microseconds time) const {
     const std::chrono::duration<double, std::micro> scaled(static_cast<double>(time.count()) /
                                                            speed);
     if (scaled > longestReplay)
-        return begin + longestReplay;
-    return begin + std::chrono::duration_cast<Clock::duration>(scaled);
+        return *begin + longestReplay;
+    return *begin + std::chrono::duration_cast<Clock::duration>(scaled);
 }
 
 Clock::time_point Player::due() const {
-    if (!begun)
+    if (!begin)
         return {};
     if (more)
         return momentOf(upcoming.time) - lastMoment;
@@ -40,10 +72,8 @@ Clock::time_point Player::due() const {
 }
 
 bool Player::playDue(const Receiver::Handler &handler) {
-    if (!begun) {
-        begun = true;
+    if (!begin)
         begin = Clock::now();
-    }
     bool any = false;
     for (int turn = 0; more && turn < datagramsPerTurn; ++turn) {
         const auto moment = momentOf(upcoming.time);
@@ -56,7 +86,7 @@ bool Player::playDue(const Receiver::Handler &handler) {
             sender->send(upcoming.device, upcoming.bytes);
         handler(upcoming.device, upcoming.bytes, Clock::now());
         any = true;
-        readNext();
+        more = reader.next(upcoming);
     }
     over = !more && (!reader.error().empty() || Clock::now() >= momentOf(reader.end()));
     return any;

@@ -1,11 +1,41 @@
-// Plays a recording back: each datagram at its time.
+// Plays a recording back: each datagram at its time, and to its device if need be.
 #pragma once
 
-#include "tools/panelwall/sender.h"
 #include "tools/recording/recordingReader.h"
 #include "tools/wall/receiver.h"
 
+#include <map>
+
 namespace panelwall {
+
+// Sends recorded datagrams to the devices that they were recorded for. Owns its sockets, one per
+// address family in use. One thread at a time.
+class Sender {
+public:
+    Sender() = default;
+    ~Sender();
+    Sender(const Sender &) = delete;
+    Sender &operator=(const Sender &) = delete;
+
+    // The devices' endpoints, in order. Returns the reason when no socket can be opened, else
+    // nothing. Called once.
+    std::string open(std::vector<Endpoint> endpoints_);
+
+    // Sends one datagram to device number `device`, waiting for room in the socket's queue. One
+    // that cannot be sent is counted.
+    void send(std::size_t device, std::span<const std::uint8_t> bytes);
+
+    std::uint64_t sent() const { return sentCount; }
+    std::uint64_t failed() const { return failedCount; }
+    const std::string &lastFailure() const { return failure; } // in words
+
+private:
+    std::vector<Endpoint> endpoints;
+    std::map<int, int> sockets; // by address family
+    std::uint64_t sentCount = 0;
+    std::uint64_t failedCount = 0;
+    std::string failure;
+};
 
 // One thread at a time. The recording's time 0 is the first call of playDue().
 class Player {
@@ -28,16 +58,14 @@ public:
 private:
     // The moment at which what was recorded at `time` is due.
     Clock::time_point momentOf(std::chrono::microseconds time) const;
-    void readNext();
 
     RecordingReader &reader;
     const double speed;
     Sender *const sender;
 
-    bool begun = false;
-    Clock::time_point begin;
+    std::optional<Clock::time_point> begin; // none before the first call of playDue()
     RecordedDatagram upcoming;
-    bool more = true; // `upcoming` is to be played
+    bool more; // `upcoming` is to be played
     bool over = false;
 };
 

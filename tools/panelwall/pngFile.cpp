@@ -2,30 +2,21 @@
 
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
+#include <fstream>
 #include <png.h>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace panelwall {
 
-static png_image headOf(const Canvas &canvas) {
+std::string encodePng(const Canvas &canvas) {
     png_image image{};
     image.version = PNG_IMAGE_VERSION;
     image.width = static_cast<png_uint_32>(canvas.width());
     image.height = static_cast<png_uint_32>(canvas.height());
     image.format = PNG_FORMAT_RGB;
     image.flags = PNG_IMAGE_FLAG_FAST; // a live program writes it; a third larger, far quicker
-    return image;
-}
-
-static bool encode(const Canvas &canvas, std::FILE *file) {
-    png_image image = headOf(canvas);
-    return png_image_write_to_stdio(&image, file, 0, canvas.row(0), 0, nullptr) != 0;
-}
-
-std::string encodePng(const Canvas &canvas) {
-    png_image image = headOf(canvas);
     png_alloc_size_t size = PNG_IMAGE_PNG_SIZE_MAX(image);
     std::string bytes(size, '\0');
     if (png_image_write_to_memory(&image, bytes.data(), &size, 0, canvas.row(0), 0, nullptr) == 0)
@@ -36,18 +27,16 @@ std::string encodePng(const Canvas &canvas) {
 }
 
 std::string writePng(const Canvas &canvas, const std::string &path) {
+    const std::string bytes = encodePng(canvas);
+    if (bytes.empty())
+        return "the picture is not encoded";
     const std::string draft = path + ".part-" + std::to_string(getpid());
-    std::FILE *file = std::fopen(draft.c_str(), "wb");
-    if (!file)
-        // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
-        return std::strerror(errno);
-    errno = 0;
-    const bool encoded = encode(canvas, file);
-    const bool closed = std::fclose(file) == 0;
-    if (encoded && closed && std::rename(draft.c_str(), path.c_str()) == 0)
+    std::ofstream file(draft, std::ios::binary);
+    file << bytes;
+    file.close();
+    if (file && std::rename(draft.c_str(), path.c_str()) == 0)
         return {};
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
-    std::string reason = errno != 0 ? std::strerror(errno) : "the picture is not encoded";
+    std::string reason = std::generic_category().message(errno);
     std::remove(draft.c_str());
     return reason;
 }
@@ -59,8 +48,7 @@ std::string findObstacle(const std::string &path) {
     if (stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode))
         return "it is a folder";
     if (access(folder.c_str(), W_OK | X_OK) != 0)
-        // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
-        return "folder " + folder + ": " + std::strerror(errno);
+        return "folder " + folder + ": " + std::generic_category().message(errno);
     return {};
 }
 

@@ -1,30 +1,22 @@
+#include "tools/panelwall/session.h"
 #include "tools/panelwall/steps.h"
 
-#include "tools/panelwall/player.h"
-#include "tools/panelwall/session.h"
-#include "tools/wall/deviceEndpoints.h"
-
-#include <cstdio>
 #include <iostream>
 
 namespace panelwall {
 
 // The document to show and send by: the recording's own, or the one that the command line names
 // instead.
-static std::variant<config::Document, ExitStatus> chooseDocument(const Options &options,
-                                                                 const config::Document &recorded) {
+static config::Document chooseDocument(const Options &options, const config::Document &recorded) {
     if (options.configPath.empty())
         return recorded;
-    auto other = readWallDocument(options);
-    const auto *document = std::get_if<config::Document>(&other);
-    if (document == nullptr || document->devices.size() == recorded.devices.size())
-        return other;
-    complain(options.configPath,
-             std::vector<config::Problem>{
-                 {"/devices", "there are " + std::to_string(document->devices.size()) +
-                                  " devices, but " + std::to_string(recorded.devices.size()) +
-                                  " in the recording; a replay needs as many"}});
-    return exitDocument;
+    config::Document other = readWallDocument(options);
+    if (other.devices.size() != recorded.devices.size())
+        refuse(exitDocument, options.configPath,
+               {{"/devices", "there are " + std::to_string(other.devices.size()) +
+                                 " devices, but " + std::to_string(recorded.devices.size()) +
+                                 " in the recording; a replay needs as many"}});
+    return other;
 }
 
 static void reportSending(const Sender &sender) {
@@ -38,49 +30,33 @@ static void reportSending(const Sender &sender) {
 int replay(const Options &options) {
     const std::string &path = *options.replayPath;
     std::ifstream stream;
-    if (const std::string reason = openRecording(path, stream); !reason.empty()) {
-        complain(path, reason);
-        return exitRecording;
-    }
+    if (const std::string reason = openRecording(path, stream); !reason.empty())
+        refuse(exitRecording, path, reason);
     RecordingReader reader(stream);
-    if (!reader.readHead()) {
-        complain(path, reader.error());
-        return exitRecording;
-    }
-    const auto chosen = chooseDocument(options, reader.document());
-    if (const auto *status = std::get_if<ExitStatus>(&chosen))
-        return *status;
-    const auto &document = std::get<config::Document>(chosen);
+    if (!reader.readHead())
+        refuse(exitRecording, path, reader.error());
+    const config::Document document = chooseDocument(options, reader.document());
 
     const Reach reach = options.send && !options.anywhere ? Reach::Loopback : Reach::Anywhere;
     std::vector<config::Problem> problems;
     const auto endpoints = findEndpoints(document, problems, reach);
-    if (!problems.empty()) {
-        complain(options.configPath.empty() ? path : options.configPath, problems);
-        return exitAddress;
-    }
+    if (!problems.empty())
+        refuse(exitAddress, options.configPath.empty() ? path : options.configPath, problems);
     Sender sender;
     if (options.send) {
-        if (const std::string reason = sender.open(endpoints); !reason.empty()) {
-            complain(path, "cannot be sent: " + reason);
-            return exitSocket;
-        }
+        if (const std::string reason = sender.open(endpoints); !reason.empty())
+            refuse(exitSocket, path, "cannot be sent: " + reason);
     }
 
-    Signals signals;
     Player player(reader, options.speed, options.send ? &sender : nullptr);
-    std::optional<LivePage> page;
-    if (const auto status = servePage(options, document, {}, page); status != exitOk)
-        return status;
-    Source source(player);
-    const int status =
-        Session(options, document, source, nullptr, page ? &*page : nullptr, signals).run();
+    Receiver none;
+    Session session(options, document, none, &player);
+    const int status = session.run();
     if (options.send)
         reportSending(sender);
-    if (reader.error().empty())
-        return status;
-    complain(path, reader.error());
-    return exitRecording;
+    if (!reader.error().empty())
+        refuse(exitRecording, path, reader.error());
+    return status;
 }
 
 } // namespace panelwall

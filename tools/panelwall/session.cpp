@@ -3,10 +3,12 @@
 #include "tools/lights/text.h"
 #include "tools/panelwall/pngFile.h"
 #include "tools/panelwall/statusText.h"
+#include "tools/panelwall/steps.h"
 #include "tools/panelwall/terminal/output.h"
 
 #include <algorithm>
 #include <cstdlib>
+#include <poll.h>
 #include <string_view>
 #include <unistd.h>
 
@@ -24,28 +26,27 @@ static bool isCapableTerminal(int fd) {
     return isatty(fd) == 1 && !(type != nullptr && std::string_view(type) == "dumb");
 }
 
-Session::Session(const Options &options_, const config::Document &document_, Source &source_,
-                 RecordingWriter *recorder_, LivePage *page_, Signals &signals_)
-    : options(options_), document(document_), source(source_), recorder(recorder_), page(page_),
-      signals(signals_), wall(document_, options_.transitionUnit),
-      screen(screenSize(wall, options_.screen)), live(STDOUT_FILENO),
-      onTerminal(isCapableTerminal(STDOUT_FILENO)) {}
+Session::Session(const Options &options_, const config::Document &document_, Receiver &receiver_,
+                 Player *player_)
+    : options(options_), document(document_), receiver(receiver_), player(player_),
+      wall(document_, options_.transitionUnit), screen(screenSize(wall, options_.screen)),
+      live(STDOUT_FILENO), onTerminal(isCapableTerminal(STDOUT_FILENO)),
+      nextLines(start + lineInterval) {}
 
 int Session::run() {
-    start = Clock::now();
-    nextLines = start + lineInterval;
-    preparePage();
+    beginRecording();
+    servePage();
     if (onTerminal)
         live.enter();
     announce();
     while (!ended && !outputGone) {
         show();
-        if (page != nullptr)
+        if (page)
             page->show(wall, Clock::now());
         waitUntil(nextDue());
         handleSignals();
         receive();
-        if (source.ended() && page == nullptr)
+        if (player != nullptr && player->ended() && !page)
             ended = true;
         if (options.duration && Clock::now() - start >= *options.duration)
             ended = true;
@@ -53,7 +54,7 @@ int Session::run() {
     live.leave();
     for (const std::string &line : deviceLines(wall, Clock::now(), ReasonPlace::SameLine))
         print("ended: " + line);
-    const bool recorded = recorder == nullptr || finishRecording();
+    const bool recorded = !recorder || finishRecording();
     if ((options.snapshotPath && !saveSnapshot()) || !recorded)
         return exitFile;
     return outputGone ? exitOther : exitOk;
@@ -63,15 +64,15 @@ void Session::receive() {
     const auto take = [this](std::size_t device, std::span<const std::uint8_t> bytes,
                              Clock::time_point arrival) {
         wall.receive(device, bytes, arrival);
-        if (recorder != nullptr)
+        if (recorder)
             recorder->note(device, bytes, arrival);
     };
-    if (source.readAll(take)) {
+    if (player != nullptr ? player->playDue(take) : receiver.readAll(take)) {
         changed = true;
-        if (page != nullptr)
+        if (page)
             page->noteChange();
     }
-    if (recorder == nullptr)
+    if (!recorder)
         return;
     recorder->endTurn();
     if (!recorder->error().empty() && !recordingErrorReported) {
@@ -80,25 +81,41 @@ void Session::receive() {
     }
 }
 
-void Session::preparePage() {
-    if (page == nullptr)
+void Session::beginRecording() {
+    if (!options.recordPath)
         return;
-    wall.keepHistory(mostHistoryRows);
+    const std::string reason = recorder.emplace().open(*options.recordPath, document, start);
+    if (!reason.empty())
+        refuse(exitFile, *options.recordPath, "a recording cannot be written here: " + reason);
+}
+
+void Session::servePage() {
+    if (!options.web)
+        return;
+    const auto display = static_cast<std::uint32_t>(document.displayID);
     WallFacts facts;
     facts.config = options.replayPath.value_or(options.configPath);
-    facts.isRecording = source.isRecording();
+    facts.isRecording = player != nullptr;
     facts.mode = document.mode;
     facts.screen = screen;
-    facts.sizeSource = options.screen ? SizeSource::Given : SizeSource::Panels;
     facts.transitionUnit = options.transitionUnit;
     facts.start = start;
-    Size display;
-    if (!options.screen && measureDisplay(static_cast<std::uint32_t>(document.displayID),
-                                          display.width, display.height)) {
-        facts.screen = display;
-        facts.sizeSource = SizeSource::Display;
+    if (options.screen) {
+        facts.sizeFrom = "given";
+    } else if (const auto measured = measureDisplay(display)) {
+        facts.screen = *measured;
+        facts.sizeFrom = "display";
     }
-    page->describe(facts);
+    wall.keepHistory(mostHistoryRows);
+    page.emplace(display, receiver.fds(), facts);
+    if (const auto reason = page->open(options.web->address, options.web->port); !reason.empty()) {
+        writeAll(STDERR_FILENO, "panelwall: " + reason + "\n");
+        throw Exit{exitPage};
+    }
+    const std::string &path = options.web->linkPath;
+    const std::string reason = path.empty() ? "" : page->writeLink(path);
+    if (!reason.empty())
+        refuse(exitFile, path, "a link to the live page cannot be written here: " + reason);
 }
 
 void Session::announce() {
@@ -107,17 +124,18 @@ void Session::announce() {
     if (onTerminal)
         return;
     for (std::size_t i = 0; i < document.devices.size(); ++i)
-        print((source.isRecording() ? "replaying: " : "listening: ") +
+        print((player != nullptr ? "replaying: " : "listening: ") +
               lights::nameDevice(i, document.devices[i]) + ", " +
               std::to_string(document.devices[i].panels.size()) + " panels");
-    if (page != nullptr)
+    if (page)
         print("live page: " + page->url());
 }
 
 void Session::waitUntil(Clock::time_point when) {
     std::vector<pollfd> waiting{{signals.fd(), POLLIN, 0}};
-    source.appendTo(waiting);
-    if (page != nullptr)
+    for (const int fd : receiver.fds())
+        waiting.push_back({fd, POLLIN, 0});
+    if (page)
         waiting.push_back({page->fd(), POLLIN, 0});
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(when - Clock::now());
     const auto patience = std::clamp<std::int64_t>(left.count(), 0, 60'000);
@@ -155,8 +173,9 @@ void Session::pause() {
 
 Clock::time_point Session::nextDue() const {
     Clock::time_point due = onTerminal ? live.due(changed) : nextLines;
-    due = std::min(due, source.due());
-    if (page != nullptr)
+    if (player != nullptr)
+        due = std::min(due, player->due());
+    if (page)
         due = std::min(due, page->due());
     if (options.duration)
         due = std::min(due, start + *options.duration);
@@ -174,7 +193,7 @@ void Session::show() {
         return;
     changed = wall.isMoving(now);
     FrameContent content;
-    content.title = "panelwall " + (page != nullptr ? page->url() + "  " : "") +
+    content.title = "panelwall " + (page ? page->url() + "  " : "") +
                     options.replayPath.value_or(options.configPath) + "  " +
                     modeName(document.mode) + "  " + std::to_string(screen.width) + " x " +
                     std::to_string(screen.height) + "  Ctrl-C ends";
@@ -190,18 +209,17 @@ void Session::showLines() {
         nextLines += lineInterval;
     for (const std::string &line : deviceLines(wall, now, ReasonPlace::SameLine))
         print(line);
-    const std::string text = silence(now);
-    if (!text.empty() && !silenceTold)
-        print(text);
-    silenceTold = !text.empty();
-    const std::string warning = describeFlashes(wall, now);
-    if (!warning.empty() && !flashesTold)
-        print(warning);
-    flashesTold = !warning.empty();
+    const auto printOnce = [this](const std::string &text, bool &told) {
+        if (!text.empty() && !told)
+            print(text);
+        told = !text.empty();
+    };
+    printOnce(silence(now), silenceTold);
+    printOnce(describeFlashes(wall, now), flashesTold);
 }
 
 std::string Session::silence(Clock::time_point now) const {
-    if (source.isRecording())
+    if (player != nullptr)
         return {};
     return describeSilence(wall, document.mode, start, now);
 }

@@ -3,8 +3,8 @@
 #pragma once
 
 #include "tools/panelwall/options.h"
+#include "tools/panelwall/player.h"
 #include "tools/panelwall/signals.h"
-#include "tools/panelwall/source.h"
 #include "tools/panelwall/terminal/liveView.h"
 #include "tools/panelwall/web/livePage.h"
 #include "tools/recording/recordingWriter.h"
@@ -16,19 +16,21 @@ namespace panelwall {
 
 class Session {
 public:
-    // `source` has its sockets open; `recorder`, if there is one, its file; `page`, if there is
-    // one, is served already. All arguments must outlive the session.
-    Session(const Options &options, const config::Document &document, Source &source,
-            RecordingWriter *recorder, LivePage *page, Signals &signals);
+    // Datagrams come from `receiver`, whose sockets are open, or from `player` if there is one;
+    // then the receiver has none. All arguments must outlive the session.
+    Session(const Options &options_, const config::Document &document_, Receiver &receiver_,
+            Player *player_);
 
-    // Runs to the end; returns an exit status.
+    // Runs to the end; returns an exit status. Throws Exit, after a complaint, when what was asked
+    // for cannot be recorded or served.
     int run();
 
 private:
-    void preparePage();
+    void beginRecording();
+    void servePage();
     void announce();
 
-    // Takes in what has come from the source.
+    // Takes in what has come.
     void receive();
     void waitUntil(Clock::time_point when);
     void handleSignals();
@@ -59,17 +61,18 @@ private:
 
     const Options &options;
     const config::Document &document;
-    Source &source;
-    RecordingWriter *const recorder;
-    LivePage *const page;
-    Signals &signals;
+    Receiver &receiver;
+    Player *const player;
+    Signals signals;
 
     Wall wall;
     Size screen;
     LiveView live;
     const bool onTerminal;
+    std::optional<RecordingWriter> recorder;
+    std::optional<LivePage> page;
 
-    Clock::time_point start;
+    const Clock::time_point start = Clock::now();
     Clock::time_point nextLines; // when the next lines are due, off a terminal
     bool changed = false;        // the wall since it was last drawn, or it will
     bool silenceTold = false;

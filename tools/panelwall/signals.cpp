@@ -29,17 +29,17 @@ Signals::Signals() {
 }
 
 Signals::~Signals() {
-    for (const Saved &one : saved)
-        sigaction(one.signal, &one.action, nullptr);
+    for (const auto &[signal, action] : saved)
+        sigaction(signal, &action, nullptr);
     pipeForHandler = -1;
 }
 
 void Signals::take(int signal, void (*handler)(int)) {
-    Saved one{signal, {}};
-    sigaction(signal, nullptr, &one.action);
-    if (signal == SIGHUP && one.action.sa_handler == SIG_IGN)
+    struct sigaction before {};
+    sigaction(signal, nullptr, &before);
+    if (signal == SIGHUP && before.sa_handler == SIG_IGN)
         return;
-    saved.push_back(one);
+    saved.emplace_back(signal, before);
     // Without SA_RESTART, so that a write to a halted terminal comes back.
     struct sigaction action {};
     action.sa_handler = handler;

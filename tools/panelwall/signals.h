@@ -5,6 +5,7 @@
 
 #include <csignal>
 #include <optional>
+#include <utility>
 #include <vector>
 
 namespace panelwall {
@@ -30,15 +31,10 @@ public:
     static int endCount();
 
 private:
-    struct Saved {
-        int signal;
-        struct sigaction action;
-    };
-
     void take(int signal, void (*handler)(int));
 
     Pipe queue;
-    std::vector<Saved> saved;
+    std::vector<std::pair<int, struct sigaction>> saved;
 };
 
 } // namespace panelwall

@@ -3,30 +3,25 @@
 
 #include "tools/config/configDocument.h"
 #include "tools/panelwall/options.h"
-#include "tools/panelwall/web/livePage.h"
 
-#include <optional>
 #include <string>
-#include <variant>
 #include <vector>
 
 namespace panelwall {
 
-// On standard error: a line per problem with the file at `path`; one line.
-void complain(const std::string &path, const std::vector<config::Problem> &problems);
+// One line on standard error about the file at `path`.
 void complain(const std::string &path, const std::string &text);
 
-// The document at `options.configPath`, with at least one device; or, after complaints, the exit
-// status to end with.
-std::variant<config::Document, ExitStatus> readWallDocument(const Options &options);
+// Complains, a line per problem, and throws Exit.
+[[noreturn]] void refuse(ExitStatus status, const std::string &path,
+                         const std::vector<config::Problem> &problems);
+[[noreturn]] void refuse(ExitStatus status, const std::string &path, const std::string &text);
 
-// Makes `page`, begins to serve it and writes the link to it; leaves it empty when it was not asked
-// for. `sockets` are the devices', in order, or none in a replay. Not exitOk after a complaint.
-ExitStatus servePage(const Options &options, const config::Document &document,
-                     std::vector<int> sockets, std::optional<LivePage> &page);
+// The document at `options.configPath`, with at least one device; refuses others.
+config::Document readWallDocument(const Options &options);
 
-// With --replay: plays the recording to its end, complaining about what is wrong; returns an exit
-// status.
+// With --replay: plays the recording to its end, and refuses it there if something is wrong with
+// it; returns an exit status.
 int replay(const Options &options);
 
 // With --compare: prints where the recordings at these paths differ. Returns 0 when they do not, 1

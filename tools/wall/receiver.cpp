@@ -49,7 +49,6 @@ std::vector<config::Problem> Receiver::open(const config::Document &document,
     buffer.resize(largestDatagram);
     for (std::size_t i = 0; i < endpoints.size(); ++i) {
         const Endpoint &endpoint = endpoints[i];
-        const auto *address = reinterpret_cast<const sockaddr *>(&endpoint.address);
         const int fd = socket(endpoint.address.ss_family, SOCK_DGRAM, 0);
         if (fd >= 0) {
             sockets.push_back({fd, {}});
@@ -57,7 +56,7 @@ std::vector<config::Problem> Receiver::open(const config::Document &document,
             const int on = 1; // every datagram comes with its time of arrival
             setsockopt(fd, SOL_SOCKET, SO_TIMESTAMP, &on, sizeof on);
         }
-        if (fd < 0 || bind(fd, address, endpoint.length) != 0)
+        if (fd < 0 || bind(fd, &endpoint.any, endpoint.length) != 0)
             problems.push_back(
                 {"/devices/" + std::to_string(i),
                  lights::nameDevice(i, document.devices[i]) + ": " + adviseOn(errno)});

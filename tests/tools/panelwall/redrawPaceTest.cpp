@@ -7,16 +7,18 @@
 using namespace panelwall;
 using std::chrono::milliseconds;
 
+static constexpr int noTerminal = -1; // accepts nothing, ever
+
 static const Clock::time_point start = Clock::time_point(std::chrono::hours(5));
 
 TEST(PanelwallRedrawPace, DrawsAtOnceAndThenByWhatChanges) {
-    RedrawPace pace;
-    EXPECT_LE(pace.due(false), start);
-    pace.drawn(start);
-    EXPECT_EQ(pace.due(true), start + milliseconds(50));
-    EXPECT_EQ(pace.due(false), start + milliseconds(250));
-    pace.reset();
-    EXPECT_LE(pace.due(false), start);
+    LiveView view(noTerminal);
+    EXPECT_LE(view.due(false), start);
+    view.draw(Wall({}), {}, {}, start);
+    EXPECT_EQ(view.due(true), start + milliseconds(50));
+    EXPECT_EQ(view.due(false), start + milliseconds(250));
+    view.resize();
+    EXPECT_LE(view.due(false), start);
 }
 
 // The program's loop by a clock that jumps to whatever is due next: a panel fades for a second.
@@ -26,17 +28,17 @@ TEST(PanelwallRedrawPace, FollowsAPanelToItsColourAndNoFurther) {
     document.devices[0].controlVersion = 1;
     document.devices[0].panels = {{1, 100, 100}};
     Wall wall(document);
-    RedrawPace pace;
-    pace.drawn(start);
+    LiveView view(noTerminal);
+    view.draw(wall, {}, {}, start);
     wall.receive(0, std::vector<std::uint8_t>{1, 1, 1, 200, 0, 0, 0, 10}, start);
 
     std::vector<int> reds;
     bool changed = true;
     auto now = start;
-    while (now = pace.due(changed), now <= start + milliseconds(3000)) {
+    while (now = view.due(changed), now <= start + milliseconds(3000)) {
         changed = wall.isMoving(now);
         reds.push_back(wall.devices()[0].panels[0].shownAt(now)->red);
-        pace.drawn(now);
+        view.draw(wall, {}, {}, now);
     }
     ASSERT_EQ(reds.size(), 28u); // twenty in the first second, then four a second
     for (int i = 0; i < 28; ++i)

@@ -16,7 +16,7 @@ static const char eraseBelow[] = "\x1b[J";
 
 void LiveView::enter() {
     entered = true;
-    pace.reset();
+    resize();
     writeAll(fd, enterCodes);
 }
 
@@ -28,7 +28,7 @@ void LiveView::leave() {
 
 bool LiveView::draw(const Wall &wall, Size screen, const FrameContent &content,
                     Clock::time_point now) {
-    pace.drawn(now);
+    lastDrawn = now;
     if (!canWrite(fd))
         return true;
     std::string frame = home;

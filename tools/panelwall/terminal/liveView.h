@@ -4,28 +4,8 @@
 #include "tools/panelwall/terminal/frameText.h"
 
 #include <chrono>
-#include <optional>
 
 namespace panelwall {
-
-// When the terminal is to be drawn again. At most twenty times a second, which also is the pace of
-// panels on their way to another colour; four times a second while nothing changes, so that ages
-// and rates stay true.
-class RedrawPace {
-public:
-    // At once after the beginning and after reset().
-    Clock::time_point due(bool changed) const {
-        if (!lastDrawn)
-            return Clock::time_point::min();
-        return *lastDrawn + std::chrono::milliseconds(changed ? 50 : 250);
-    }
-
-    void drawn(Clock::time_point now) { lastDrawn = now; }
-    void reset() { lastDrawn.reset(); }
-
-private:
-    std::optional<Clock::time_point> lastDrawn;
-};
 
 // Holds the terminal's alternate screen from enter() to leave(); the destructor leaves too.
 class LiveView {
@@ -38,9 +18,13 @@ public:
     void enter();
     void leave();
 
-    // When to draw next: at once after enter() and resize().
-    Clock::time_point due(bool changed) const { return pace.due(changed); }
-    void resize() { pace.reset(); }
+    // When to draw next: at once after enter() and resize(), then at most twenty times a second,
+    // which also is the pace of panels on their way to another colour; four times a second while
+    // nothing changes, so that ages and rates stay true.
+    Clock::time_point due(bool changed) const {
+        return lastDrawn + std::chrono::milliseconds(changed ? 50 : 250);
+    }
+    void resize() { lastDrawn = {}; }
 
     // Draws one frame, with the colours of this moment. A terminal that accepts nothing at the
     // moment misses it. False when the terminal is gone.
@@ -51,7 +35,7 @@ private:
 
     int fd;
     bool entered = false;
-    RedrawPace pace;
+    Clock::time_point lastDrawn; // long ago when it is to be drawn at once
 };
 
 } // namespace panelwall

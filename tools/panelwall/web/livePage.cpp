@@ -3,6 +3,10 @@
 #include "tools/panelwall/web/droppedDatagrams.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <fcntl.h>
+#include <system_error>
+#include <unistd.h>
 
 namespace panelwall {
 
@@ -10,8 +14,23 @@ static constexpr std::chrono::milliseconds shortestPace{33};
 static constexpr std::chrono::seconds idlePace{1};
 static constexpr double bytesPerSecond = 4e6;
 
-LivePage::LivePage(std::uint32_t display, std::vector<int> sockets_)
-    : sockets(std::move(sockets_)), picture(display), server(feed, picture) {}
+LivePage::LivePage(std::uint32_t display, std::vector<int> sockets_, WallFacts facts_)
+    : sockets(std::move(sockets_)), facts(std::move(facts_)), picture(display),
+      server(feed, picture) {}
+
+// Always a new file, so that nobody who may read an older one can read this.
+std::string LivePage::writeLink(const std::string &path) const {
+    const std::string text =
+        "<!doctype html><meta http-equiv=\"refresh\" content=\"0; url=" + url() + "\">\n";
+    unlink(path.c_str());
+    const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600);
+    const bool written =
+        fd >= 0 && write(fd, text.data(), text.size()) == static_cast<ssize_t>(text.size());
+    const std::string reason = written ? "" : std::generic_category().message(errno);
+    if (fd >= 0)
+        close(fd);
+    return reason;
+}
 
 Clock::time_point LivePage::due() const {
     if (feed.readers() == 0)

@@ -16,15 +16,15 @@ namespace panelwall {
 class LivePage {
 public:
     // `display` is the mirrored one; `sockets` are the devices', in order, open as long as the
-    // page.
-    LivePage(std::uint32_t display, std::vector<int> sockets_);
+    // page, or none.
+    LivePage(std::uint32_t display, std::vector<int> sockets_, WallFacts facts_);
 
     // Begins to serve. What is wrong, in words, or nothing.
     std::string open(const std::string &address, int port) { return server.open(address, port); }
     std::string url() const { return server.url(); }
 
-    // Before the first show(), once.
-    void describe(WallFacts facts_) { facts = std::move(facts_); }
+    // Makes a file that leads to the page. What is wrong, in words, or nothing.
+    std::string writeLink(const std::string &path) const;
 
     // To poll for: readable when show() has something to do before due().
     int fd() const { return feed.fd(); }
@@ -41,10 +41,10 @@ private:
     std::string state(const Wall &wall, Clock::time_point now) const;
 
     const std::vector<int> sockets;
+    const WallFacts facts;
     LiveFeed feed;
     ScreenPicture picture;
     PageServer server; // last: its threads use the others
-    WallFacts facts;
     bool changed = false;
     Clock::time_point lastShown;
     std::size_t lastSize = 0; // bytes

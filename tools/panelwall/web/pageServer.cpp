@@ -7,7 +7,7 @@
 
 #include <cerrno>
 #include <csignal>
-#include <cstring>
+#include <system_error>
 #include <unistd.h>
 
 namespace panelwall {
@@ -73,8 +73,7 @@ static std::string describeFailure(int port, int error) {
         return name + " is reserved for the system; choose one from 1024 on";
     if (error == EADDRNOTAVAIL)
         return "this machine has no such address; 127.0.0.1 is its own, 0.0.0.0 means all";
-    // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
-    return std::strerror(error);
+    return std::generic_category().message(error);
 }
 
 std::string PageServer::open(const std::string &address, int port) {

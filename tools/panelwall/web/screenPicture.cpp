@@ -2,7 +2,6 @@
 // platform needs nothing new.
 #include "tools/panelwall/web/screenPicture.h"
 
-#include "tools/panelwall/canvas.h"
 #include "tools/panelwall/pngFile.h"
 
 #include <CoreGraphics/CoreGraphics.h>
@@ -68,11 +67,11 @@ std::shared_ptr<const ScreenShot> ScreenPicture::take() {
     return last;
 }
 
-bool measureDisplay(std::uint32_t display, int &width, int &height) {
+std::optional<Size> measureDisplay(std::uint32_t display) {
     const auto image = own(CGDisplayCreateImage(display), &CGImageRelease);
-    width = static_cast<int>(CGImageGetWidth(image.get()));
-    height = static_cast<int>(CGImageGetHeight(image.get()));
-    return width > 0 && height > 0;
+    const Size size{static_cast<int>(CGImageGetWidth(image.get())),
+                    static_cast<int>(CGImageGetHeight(image.get()))};
+    return size.width > 0 && size.height > 0 ? std::optional(size) : std::nullopt;
 }
 
 } // namespace panelwall

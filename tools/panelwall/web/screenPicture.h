@@ -1,10 +1,13 @@
 // A picture of the display that is being mirrored, to look at behind the panels.
 #pragma once
 
+#include "tools/panelwall/picture.h"
+
 #include <chrono>
 #include <cstdint>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 
 namespace panelwall {
@@ -33,7 +36,7 @@ private:
     std::chrono::steady_clock::time_point takenAt;
 };
 
-// The size of a display in pixels; false when it cannot be seen from here.
-bool measureDisplay(std::uint32_t display, int &width, int &height);
+// The size of a display in pixels; nothing when it cannot be seen from here.
+std::optional<Size> measureDisplay(std::uint32_t display);
 
 } // namespace panelwall

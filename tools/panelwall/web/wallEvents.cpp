@@ -81,12 +81,6 @@ std::string event(const char *name, const rapidjson::StringBuffer &text) {
     return std::string("event: ") + name + "\ndata: " + text.GetString() + "\n\n";
 }
 
-const char *nameOf(SizeSource source) {
-    return source == SizeSource::Given     ? "given"
-           : source == SizeSource::Display ? "display"
-                                           : "panels";
-}
-
 void writeDevice(Json &json, const WallDevice &device) {
     const double side = device.panels.empty() ? 0 : 2 * device.panels[0].halfSide;
     json.StartObject();
@@ -146,7 +140,7 @@ std::string wallEvent(const Wall &wall, const WallFacts &facts) {
     write(json, "steady", facts.mode == 0); // whether it sends in a rhythm, so that gaps count
     write(json, "width", facts.screen.width);
     write(json, "height", facts.screen.height);
-    write(json, "sizeFrom", nameOf(facts.sizeSource));
+    write(json, "sizeFrom", facts.sizeFrom);
     write(json, "unit", facts.transitionUnit.count());
     write(json, "slotLength", ColourHistory::slotLength.count());
     write(json, "slotCount", ColourHistory::slotCount);

@@ -17,15 +17,12 @@
 
 namespace panelwall {
 
-// How the outline's size came to be known.
-enum class SizeSource { Given, Display, Panels };
-
 struct WallFacts {
     std::string config;       // the document's path, or the recording's
     bool isRecording = false; // that is played back
     std::int32_t mode = 0;
     Size screen;
-    SizeSource sizeSource = SizeSource::Panels;
+    std::string sizeFrom = "panels"; // or "given" or "display": how its size came to be known
     std::chrono::milliseconds transitionUnit = usualTransitionUnit;
     Clock::time_point start;
 };

@@ -28,11 +28,10 @@ TEST(PanelwallScreenPicture, IsOfTheDisplayAtItsSize) {
     screen.fill(0x102030);
     screen.fillRect(300, 202, 1, 1, 0xfedcba);
     const std::uint32_t display = onlyDisplay();
-    int width = 0;
-    int height = 0;
-    EXPECT_TRUE(measureDisplay(display, width, height));
-    EXPECT_EQ(width, 301);
-    EXPECT_EQ(height, 203);
+    const auto size = measureDisplay(display);
+    ASSERT_TRUE(size);
+    EXPECT_EQ(size->width, 301);
+    EXPECT_EQ(size->height, 203);
     ScreenPicture picture(display);
     const auto shot = picture.take();
     ASSERT_TRUE(shot);
