@@ -12,17 +12,21 @@ static constexpr Colour white{255, 255, 255};
 
 static constexpr double largestSide = 1 << 20;
 
+template <typename Use> static void forEachPanel(const Wall &wall, Use use) {
+    for (const WallDevice &device : wall.devices())
+        for (const WallPanel &panel : device.panels)
+            use(panel);
+}
+
 Size screenSize(const Wall &wall, std::optional<Size> given) {
     if (given)
         return *given;
     double right = 0.0;
     double bottom = 0.0;
-    for (const WallDevice &device : wall.devices()) {
-        for (const WallPanel &panel : device.panels) {
-            right = std::max(right, panel.centreX + std::max(panel.halfSide, 1.0));
-            bottom = std::max(bottom, panel.centreY + std::max(panel.halfSide, 1.0));
-        }
-    }
+    forEachPanel(wall, [&](const WallPanel &panel) {
+        right = std::max(right, panel.centreX + std::max(panel.halfSide, 1.0));
+        bottom = std::max(bottom, panel.centreY + std::max(panel.halfSide, 1.0));
+    });
     if (right < 1.0 || bottom < 1.0)
         return {1920, 1080};
     return {static_cast<int>(std::min(right, largestSide)),
@@ -32,32 +36,25 @@ Size screenSize(const Wall &wall, std::optional<Size> given) {
 Size fitInto(Size screen, Size room) {
     const double scale = std::min(static_cast<double>(room.width) / screen.width,
                                   static_cast<double>(room.height) / screen.height);
-    return {
-        std::clamp(static_cast<int>(std::lround(screen.width * scale)), 1, std::max(room.width, 1)),
-        std::clamp(static_cast<int>(std::lround(screen.height * scale)), 1,
-                   std::max(room.height, 1))};
+    const auto scaled = [scale](int side) {
+        return std::max(static_cast<int>(std::lround(side * scale)), 1);
+    };
+    return {scaled(screen.width), scaled(screen.height)};
 }
 
 // A panel's square on the canvas, in whole pixels and at least one pixel large. The side is rounded
 // before the place, so that equal panels look equal.
 static Box place(const WallPanel &panel, Size screen, const Canvas &canvas) {
-    const auto edges = [&](double centre, int screenSide, int canvasSide, double &low,
-                           double &high) {
-        const double scale = static_cast<double>(canvasSide) / screenSide;
+    const auto edges = [&panel](double centre, double scale) {
         const double side = std::max(1.0, std::round(2 * panel.halfSide * scale));
-        low = std::floor(centre * scale - std::floor(side / 2));
-        high = low + side;
+        const double low = std::floor(centre * scale - std::floor(side / 2));
+        return std::pair(low, low + side);
     };
-    Box box;
-    edges(panel.centreX, screen.width, canvas.width(), box.left, box.right);
-    edges(panel.centreY, screen.height, canvas.height(), box.top, box.bottom);
-    return box;
-}
-
-template <typename Draw> static void forEachPanel(const Wall &wall, Draw draw) {
-    for (const WallDevice &device : wall.devices())
-        for (const WallPanel &panel : device.panels)
-            draw(panel);
+    const auto [left, right] =
+        edges(panel.centreX, static_cast<double>(canvas.width()) / screen.width);
+    const auto [top, bottom] =
+        edges(panel.centreY, static_cast<double>(canvas.height()) / screen.height);
+    return {left, top, right, bottom};
 }
 
 Canvas drawFine(const Wall &wall, Clock::time_point now, Size screen, Size size) {

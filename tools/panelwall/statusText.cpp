@@ -23,32 +23,29 @@ static std::string describeAge(Clock::duration age) {
     return text;
 }
 
-static std::string addressAndPort(const WallDevice &device) {
-    return lights::endpointText(device.ip, device.port);
-}
-
-static std::size_t digits(std::size_t number) {
-    return std::to_string(number).size();
+static int widthOf(const std::string &text) {
+    return static_cast<int>(text.size());
 }
 
 std::vector<std::string> deviceLines(const Wall &wall, Clock::time_point now, ReasonPlace place) {
-    std::size_t widestAddress = 0;
-    std::size_t widestPanels = 0;
+    const int numberWidth = widthOf(std::to_string(wall.devices().size() - 1));
+    int addressWidth = 0;
+    int panelsWidth = 0;
     for (const WallDevice &device : wall.devices()) {
-        widestAddress = std::max(widestAddress, addressAndPort(device).size());
-        widestPanels = std::max(widestPanels, digits(device.panels.size()));
+        addressWidth =
+            std::max(addressWidth, widthOf(lights::endpointText(device.ip, device.port)));
+        panelsWidth = std::max(panelsWidth, widthOf(std::to_string(device.panels.size())));
     }
 
     std::vector<std::string> lines;
     for (std::size_t i = 0; i < wall.devices().size(); ++i) {
         const WallDevice &device = wall.devices()[i];
         std::ostringstream line;
-        line << "device " << std::setw(static_cast<int>(digits(wall.devices().size() - 1))) << i
-             << "  " << std::left << std::setw(static_cast<int>(widestAddress))
-             << addressAndPort(device) << "  " << std::right
-             << std::setw(static_cast<int>(widestPanels)) << device.litPanels() << "/" << std::left
-             << std::setw(static_cast<int>(widestPanels)) << device.panels.size() << " lit  "
-             << std::right << std::setw(2) << device.rate.perSecond(now) << "/s  last "
+        line << "device " << std::setw(numberWidth) << i << "  " << std::left
+             << std::setw(addressWidth) << lights::endpointText(device.ip, device.port) << "  "
+             << std::right << std::setw(panelsWidth) << device.litPanels() << "/" << std::left
+             << std::setw(panelsWidth) << device.panels.size() << " lit  " << std::right
+             << std::setw(2) << device.rate.perSecond(now) << "/s  last "
              << (device.lastArrival ? describeAge(now - *device.lastArrival) : "never")
              << "  malformed " << device.malformed << "  total " << device.datagrams;
         if (device.malformed > 0 && place == ReasonPlace::SameLine)

@@ -58,12 +58,11 @@ static std::vector<std::string> framedPicture(const Wall &wall, Clock::time_poin
     return lines;
 }
 
-// The device lines in at most `room` lines.
-static std::vector<std::string> fittingDevices(const std::vector<std::string> &devices, int room,
-                                               std::size_t columns) {
+// The device lines in at most `most` lines.
+static std::vector<std::string> fittingDevices(const std::vector<std::string> &devices,
+                                               std::size_t most, std::size_t columns) {
     std::vector<std::string> lines;
-    const auto limit = static_cast<std::size_t>(std::max(room, 1));
-    const std::size_t shown = devices.size() <= limit ? devices.size() : limit - 1;
+    const std::size_t shown = devices.size() <= most ? devices.size() : most - 1;
     for (std::size_t i = 0; i < shown; ++i)
         lines.push_back(cutToWidth(devices[i], columns));
     if (shown < devices.size())
