@@ -45,11 +45,19 @@ void Sender::send(std::size_t device, std::span<const std::uint8_t> bytes) {
                       &endpoint.any, endpoint.length);
     while (size < 0 && errno == EINTR);
     if (size >= 0) {
-        ++sentCount;
+        ++sent;
         return;
     }
-    ++failedCount;
-    failure = std::generic_category().message(errno);
+    ++failed;
+    lastFailure = std::generic_category().message(errno);
+}
+
+std::string Sender::report() const {
+    std::string text = "sent: " + std::to_string(sent) + " datagrams";
+    if (failed > 0)
+        text += "; " + std::to_string(failed) +
+                " could not be sent, the last of them because: " + lastFailure;
+    return text;
 }
 
 Player::Player(RecordingReader &reader_, double speed_, Sender *sender_)

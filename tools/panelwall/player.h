@@ -25,16 +25,15 @@ public:
     // that cannot be sent is counted.
     void send(std::size_t device, std::span<const std::uint8_t> bytes);
 
-    std::uint64_t sent() const { return sentCount; }
-    std::uint64_t failed() const { return failedCount; }
-    const std::string &lastFailure() const { return failure; } // in words
+    // How many were sent and how many could not be, in words.
+    std::string report() const;
 
 private:
     std::vector<Endpoint> endpoints;
     std::map<int, int> sockets; // by address family
-    std::uint64_t sentCount = 0;
-    std::uint64_t failedCount = 0;
-    std::string failure;
+    std::uint64_t sent = 0;
+    std::uint64_t failed = 0;
+    std::string lastFailure;
 };
 
 // One thread at a time. The recording's time 0 is the first call of playDue().

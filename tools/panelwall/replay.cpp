@@ -19,14 +19,6 @@ static config::Document chooseDocument(const Options &options, const config::Doc
     return other;
 }
 
-static void reportSending(const Sender &sender) {
-    std::string text = "sent: " + std::to_string(sender.sent()) + " datagrams";
-    if (sender.failed() > 0)
-        text += "; " + std::to_string(sender.failed()) +
-                " could not be sent, the last of them because: " + sender.lastFailure();
-    std::cout << text << std::endl;
-}
-
 int replay(const Options &options) {
     const std::string &path = *options.replayPath;
     std::ifstream stream;
@@ -53,7 +45,7 @@ int replay(const Options &options) {
     Session session(options, document, none, &player);
     const int status = session.run();
     if (options.send)
-        reportSending(sender);
+        std::cout << sender.report() << std::endl;
     if (!reader.error().empty())
         refuse(exitRecording, path, reader.error());
     return status;

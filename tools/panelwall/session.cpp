@@ -4,7 +4,6 @@
 #include "tools/panelwall/pngFile.h"
 #include "tools/panelwall/statusText.h"
 #include "tools/panelwall/steps.h"
-#include "tools/panelwall/terminal/output.h"
 
 #include <algorithm>
 #include <cstdlib>

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cerrno>
+#include <poll.h>
 #include <unistd.h>
 
 namespace panelwall {
@@ -54,8 +55,27 @@ std::optional<int> Signals::next() {
     return byte;
 }
 
-int Signals::endCount() {
-    return ends;
+bool canWrite(int fd) {
+    pollfd waiting{fd, POLLOUT, 0};
+    return poll(&waiting, 1, 0) > 0;
+}
+
+bool writeAll(int fd, std::string_view text) {
+    const int endsBefore = ends;
+    while (!text.empty()) {
+        const ssize_t written = write(fd, text.data(), text.size());
+        if (written > 0) {
+            text.remove_prefix(static_cast<std::size_t>(written));
+        } else if (errno == EAGAIN) {
+            pollfd waiting{fd, POLLOUT, 0};
+            poll(&waiting, 1, -1);
+        } else if (errno != EINTR) {
+            return false;
+        }
+        if (ends != endsBefore)
+            return true;
+    }
+    return true;
 }
 
 } // namespace panelwall

@@ -1,10 +1,11 @@
-// Signals as something to poll for.
+// Signals as something to poll for, and output that they end.
 #pragma once
 
 #include "tools/panelwall/pipe.h"
 
 #include <csignal>
 #include <optional>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -27,14 +28,20 @@ public:
     // The oldest signal that has come and was not returned before; never waits.
     std::optional<int> next();
 
-    // How many SIGINT, SIGTERM and SIGHUP have come, returned by next() or not.
-    static int endCount();
-
 private:
     void take(int signal, void (*handler)(int));
 
     Pipe queue;
     std::vector<std::pair<int, struct sigaction>> saved;
 };
+
+// Whether a few lines can be written now without waiting. A closed reader counts as ready: the
+// write then fails at once.
+bool canWrite(int fd);
+
+// Writes all of it, waiting as needed; gives up when a signal to end comes meanwhile (SIGINT,
+// SIGTERM or SIGHUP). False when not everything was written for another reason (the reader is gone,
+// the disk is full).
+bool writeAll(int fd, std::string_view text);
 
 } // namespace panelwall

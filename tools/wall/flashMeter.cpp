@@ -28,19 +28,14 @@ double relativeLuminance(Colour colour) {
 void FlashMeter::note(double luminance, Clock::time_point now) {
     darkest = std::min(darkest, luminance);
     brightest = std::max(brightest, luminance);
-    if (direction != Direction::Up && luminance - darkest >= leastChange &&
-        darkest < harmlessBrightness)
-        change(Direction::Up, now);
-    else if (direction != Direction::Down && brightest - luminance >= leastChange &&
-             luminance < harmlessBrightness)
-        change(Direction::Down, now);
-    else
+    const bool brighter = direction != Direction::Up && luminance - darkest >= leastChange &&
+                          darkest < harmlessBrightness;
+    const bool darker = direction != Direction::Down && brightest - luminance >= leastChange &&
+                        luminance < harmlessBrightness;
+    if (!brighter && !darker)
         return;
+    direction = brighter ? Direction::Up : Direction::Down;
     darkest = brightest = luminance;
-}
-
-void FlashMeter::change(Direction to, Clock::time_point now) {
-    direction = to;
     while (!changes.empty() && (now - changes.front() >= window || changes.size() >= mostChanges))
         changes.pop_front();
     changes.push_back(now);

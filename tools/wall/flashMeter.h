@@ -35,8 +35,6 @@ private:
     // A flood takes no more room than this; no light changes as often.
     static constexpr std::size_t mostChanges = 1000;
 
-    void change(Direction to, Clock::time_point now);
-
     Direction direction = Direction::None; // of the last change
     double darkest = 1.0;                  // since it began
     double brightest = 0.0;

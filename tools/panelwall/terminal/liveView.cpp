@@ -1,6 +1,6 @@
 #include "tools/panelwall/terminal/liveView.h"
 
-#include "tools/panelwall/terminal/output.h"
+#include "tools/panelwall/signals.h"
 
 #include <sys/ioctl.h>
 
