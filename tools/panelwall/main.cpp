@@ -1,24 +1,10 @@
 #include "tools/panelwall/pngFile.h"
-#include "tools/panelwall/session.h"
 #include "tools/panelwall/steps.h"
 
 #include <exception>
 #include <iostream>
 
 using namespace panelwall;
-
-static int runWall(const Options &options) {
-    const config::Document document = readWallDocument(options);
-    std::vector<config::Problem> problems;
-    const auto endpoints = findEndpoints(document, problems);
-    if (!problems.empty())
-        refuse(exitAddress, options.configPath, problems);
-    Receiver receiver;
-    problems = receiver.open(document, endpoints);
-    if (!problems.empty())
-        refuse(exitSocket, options.configPath, problems);
-    return Session(options, document, receiver, nullptr).run();
-}
 
 static int runProgram(const Options &options) {
     if (!options.comparedPaths.empty())

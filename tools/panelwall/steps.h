@@ -1,24 +1,17 @@
-// What the ways to run the program share, and the ways themselves.
+// The ways to run the program.
 #pragma once
 
-#include "tools/config/configDocument.h"
 #include "tools/panelwall/options.h"
 
 #include <string>
-#include <vector>
 
 namespace panelwall {
 
-// One line on standard error about the file at `path`.
-void complain(const std::string &path, const std::string &text);
-
-// Complains, a line per problem, and throws Exit.
-[[noreturn]] void refuse(ExitStatus status, const std::string &path,
-                         const std::vector<config::Problem> &problems);
+// Complains in one line about the file at `path` and throws Exit.
 [[noreturn]] void refuse(ExitStatus status, const std::string &path, const std::string &text);
 
-// The document at `options.configPath`, with at least one device; refuses others.
-config::Document readWallDocument(const Options &options);
+// Listens until the end; returns an exit status.
+int runWall(const Options &options);
 
 // With --replay: plays the recording to its end, and refuses it there if something is wrong with
 // it; returns an exit status.

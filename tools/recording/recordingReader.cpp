@@ -165,14 +165,17 @@ template <typename Bytes> bool RecordingReader::readBytes(Bytes &bytes, std::siz
     return true;
 }
 
-std::string openRecording(const std::string &path, std::ifstream &stream) {
+std::string openRecording(const std::string &path, std::ifstream &stream, RecordingReader &reader) {
     std::error_code ignored;
     const auto status = std::filesystem::status(path, ignored);
     if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
         return "is no regular file";
     errno = 0;
     stream.open(path, std::ios::binary);
-    return stream ? "" : "cannot be read: " + std::generic_category().message(errno);
+    if (!stream)
+        return "cannot be read: " + std::generic_category().message(errno);
+    reader.readHead();
+    return reader.error();
 }
 
 } // namespace panelwall

@@ -67,8 +67,8 @@ private:
     std::string fault;
 };
 
-// Opens the file for a reader. Returns the reason when that fails, else nothing. Only a regular
-// file will do: reading from anything else could wait.
-std::string openRecording(const std::string &path, std::ifstream &stream);
+// Opens the stream that the reader reads, and reads the head. Returns what is wrong, else nothing.
+// Only a regular file will do: reading from anything else could wait.
+std::string openRecording(const std::string &path, std::ifstream &stream, RecordingReader &reader);
 
 } // namespace panelwall

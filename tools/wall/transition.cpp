@@ -31,12 +31,8 @@ Colour Transition::at(Clock::time_point now) const {
 }
 
 Clock::duration Transition::left(Clock::time_point now) const {
-    return isMoving(now) ? length - std::max(now - begin, Clock::duration::zero())
-                         : Clock::duration::zero();
-}
-
-bool Transition::isMoving(Clock::time_point now) const {
-    return now - begin < length && from != to;
+    return from == to ? Clock::duration::zero()
+                      : std::clamp(length - (now - begin), Clock::duration::zero(), length);
 }
 
 } // namespace panelwall

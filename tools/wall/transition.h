@@ -25,7 +25,7 @@ public:
     Clock::duration left(Clock::time_point now) const;
 
     // Whether the colour at a later moment can be another one.
-    bool isMoving(Clock::time_point now) const;
+    bool isMoving(Clock::time_point now) const { return left(now) > Clock::duration::zero(); }
 
 private:
     // Unrounded, since a panel may set out again many times on its way: by less than a step of a
