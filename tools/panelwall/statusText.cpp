@@ -40,14 +40,15 @@ std::vector<std::string> deviceLines(const Wall &wall, Clock::time_point now, Re
     std::vector<std::string> lines;
     for (std::size_t i = 0; i < wall.devices().size(); ++i) {
         const WallDevice &device = wall.devices()[i];
+        const auto last = device.arrivals.last();
         std::ostringstream line;
         line << "device " << std::setw(numberWidth) << i << "  " << std::left
              << std::setw(addressWidth) << lights::endpointText(device.ip, device.port) << "  "
              << std::right << std::setw(panelsWidth) << device.litPanels() << "/" << std::left
              << std::setw(panelsWidth) << device.panels.size() << " lit  " << std::right
-             << std::setw(2) << device.rate.perSecond(now) << "/s  last "
-             << (device.lastArrival ? describeAge(now - *device.lastArrival) : "never")
-             << "  malformed " << device.malformed << "  total " << device.datagrams;
+             << std::setw(2) << device.arrivals.perSecond(now) << "/s  last "
+             << (last ? describeAge(now - *last) : "never") << "  malformed " << device.malformed
+             << "  total " << device.datagrams;
         if (device.malformed > 0 && place == ReasonPlace::SameLine)
             line << "  last malformed: " << device.lastMalformed;
         lines.push_back(line.str());

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "tools/config/configDocument.h"
-#include "tools/wall/rateMeter.h"
+#include "tools/wall/clock.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -7,9 +7,19 @@ namespace panelwall {
 
 static constexpr double leastExcess = 20.0;
 
+static std::int64_t tenthOf(Clock::time_point time) {
+    return time.time_since_epoch() / std::chrono::milliseconds(100);
+}
+
 void ArrivalMeter::note(Clock::time_point now) {
-    const auto before = last;
-    last = now;
+    const std::int64_t number = tenthOf(now);
+    Tenth &tenth = tenths[static_cast<std::size_t>(number) % tenths.size()];
+    if (tenth.number != number)
+        tenth = {number, 0};
+    ++tenth.count;
+
+    const auto before = lastArrival;
+    lastArrival = now;
     if (!before)
         return;
     if (now - *before >= longestInterval) {
@@ -25,6 +35,14 @@ void ArrivalMeter::note(Clock::time_point now) {
     intervals.push_back(passed);
     if (intervals.size() > kept)
         intervals.pop_front();
+}
+
+std::uint64_t ArrivalMeter::perSecond(Clock::time_point now) const {
+    std::uint64_t sum = 0;
+    for (const Tenth &tenth : tenths)
+        if (tenth.number < tenthOf(now) && tenth.number >= tenthOf(now) - 10)
+            sum += tenth.count;
+    return sum;
 }
 
 std::optional<double> ArrivalMeter::interval() const {

@@ -1,8 +1,9 @@
-// How regularly datagrams come.
+// How often and how regularly datagrams come.
 #pragma once
 
-#include "tools/wall/rateMeter.h"
+#include "tools/wall/clock.h"
 
+#include <array>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -21,6 +22,11 @@ public:
 
     void note(Clock::time_point now);
 
+    std::optional<Clock::time_point> last() const { return lastArrival; }
+
+    // How many came within the ten whole tenths of a second before the one that `now` lies in.
+    std::uint64_t perSecond(Clock::time_point now) const;
+
     // The usual interval, the median, in milliseconds; none before the second datagram.
     std::optional<double> interval() const;
 
@@ -36,7 +42,14 @@ private:
     // The median of few intervals says little.
     static constexpr std::size_t leastForGaps = 8;
 
-    std::optional<Clock::time_point> last;
+    // In a flood they take no more room than in a trickle.
+    struct Tenth {
+        std::int64_t number = -1000; // since the clock began
+        std::uint64_t count = 0;
+    };
+
+    std::array<Tenth, 11> tenths{};
+    std::optional<Clock::time_point> lastArrival;
     std::deque<double> intervals; // milliseconds
     std::uint64_t gapCount = 0;
 };

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "tools/lights/device.h"
-#include "tools/wall/rateMeter.h"
+#include "tools/wall/clock.h"
 
 #include <deque>
 #include <optional>

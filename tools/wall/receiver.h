@@ -2,8 +2,8 @@
 #pragma once
 
 #include "tools/config/configDocument.h"
+#include "tools/wall/clock.h"
 #include "tools/wall/deviceEndpoints.h"
-#include "tools/wall/rateMeter.h"
 
 #include <cstddef>
 #include <cstdint>

@@ -38,8 +38,6 @@ Wall::Wall(const config::Document &document, std::chrono::milliseconds transitio
 void Wall::receive(std::size_t index, std::span<const std::uint8_t> bytes, Clock::time_point now) {
     WallDevice &device = allDevices.at(index);
     ++device.datagrams;
-    device.lastArrival = now;
-    device.rate.note(now);
     device.arrivals.note(now);
 
     lights::Decoding decoding = lights::decode(device.layout, bytes);
@@ -88,7 +86,7 @@ bool Wall::isMoving(Clock::time_point now) const {
 std::optional<Clock::time_point> Wall::lastArrival() const {
     std::optional<Clock::time_point> last; // less than any time while it has none
     for (const WallDevice &device : allDevices)
-        last = std::max(last, device.lastArrival);
+        last = std::max(last, device.arrivals.last());
     return last;
 }
 

@@ -9,7 +9,6 @@
 #include "tools/wall/arrivalMeter.h"
 #include "tools/wall/colourHistory.h"
 #include "tools/wall/flashMeter.h"
-#include "tools/wall/rateMeter.h"
 #include "tools/wall/transition.h"
 
 #include <chrono>
@@ -50,8 +49,6 @@ struct WallDevice {
     std::uint64_t datagrams = 0; // all that came, the malformed among them
     std::uint64_t malformed = 0;
     std::string lastMalformed; // the reason of the last malformed one
-    std::optional<Clock::time_point> lastArrival;
-    RateMeter rate;
     ArrivalMeter arrivals;
     std::optional<ColourHistory> history; // once it is kept
 

@@ -69,3 +69,15 @@ TEST(PanelwallArrivalMeter, APauseBeginsAnew) {
     moments.push_back(moments.back() + 99);
     EXPECT_EQ(meterOf(moments).interval(), 99.0);
 }
+
+TEST(PanelwallArrivalMeter, CountsTheLastSecond) {
+    ArrivalMeter meter;
+    EXPECT_EQ(meter.perSecond(start), 0u);
+    for (int i = 0; i < 100; ++i)
+        meter.note(start + milliseconds(i * 50));
+    const auto end = start + milliseconds(5000);
+    EXPECT_EQ(meter.perSecond(end), 20u);
+    EXPECT_EQ(meter.perSecond(end + milliseconds(500)), 10u);
+    EXPECT_EQ(meter.perSecond(end + milliseconds(1000)), 0u);
+    EXPECT_EQ(meter.perSecond(end + std::chrono::hours(1)), 0u);
+}

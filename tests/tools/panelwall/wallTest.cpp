@@ -75,7 +75,7 @@ TEST(PanelwallWall, MalformedDatagramsAreCountedAndChangeNothing) {
     EXPECT_EQ(device.datagrams, 3u);
     EXPECT_EQ(device.malformed, 2u);
     EXPECT_EQ(device.lastMalformed, "record 1: panel id 5 is unknown to this device");
-    EXPECT_EQ(device.lastArrival, start + milliseconds(7));
+    EXPECT_EQ(device.arrivals.last(), start + milliseconds(7));
 }
 
 TEST(PanelwallWall, PanelSizeFollowsShapeAndScale) {
@@ -91,16 +91,4 @@ TEST(PanelwallWall, PanelSizeFollowsShapeAndScale) {
     EXPECT_EQ(halfSideOf(0, 1.5), 75.0);
     EXPECT_EQ(halfSideOf(0, 0.0), 0.0);
     EXPECT_EQ(halfSideOf(0, -2.0), 0.0);
-}
-
-TEST(PanelwallRateMeter, CountsTheLastSecond) {
-    RateMeter rate;
-    EXPECT_EQ(rate.perSecond(start), 0u);
-    for (int i = 0; i < 100; ++i)
-        rate.note(start + milliseconds(i * 50));
-    const auto end = start + milliseconds(5000);
-    EXPECT_EQ(rate.perSecond(end), 20u);
-    EXPECT_EQ(rate.perSecond(end + milliseconds(500)), 10u);
-    EXPECT_EQ(rate.perSecond(end + milliseconds(1000)), 0u);
-    EXPECT_EQ(rate.perSecond(end + std::chrono::hours(1)), 0u);
 }

@@ -99,7 +99,7 @@ void writeState(Json &json, const WallDevice &device, const std::optional<std::u
                 Clock::time_point now) {
     json.StartObject();
     write(json, "total", device.datagrams);
-    write(json, "rate", device.rate.perSecond(now));
+    write(json, "rate", device.arrivals.perSecond(now));
     if (const auto interval = device.arrivals.interval())
         write(json, "interval", *interval);
     if (const auto jitter = device.arrivals.jitter())
@@ -110,8 +110,8 @@ void writeState(Json &json, const WallDevice &device, const std::optional<std::u
     write(json, "malformed", device.malformed);
     if (device.malformed > 0)
         write(json, "reason", device.lastMalformed);
-    if (device.lastArrival)
-        write(json, "age", millisecondsOf(now - *device.lastArrival));
+    if (const auto last = device.arrivals.last())
+        write(json, "age", millisecondsOf(now - *last));
     std::string sent;
     std::string shown;
     for (const WallPanel &panel : device.panels) {
