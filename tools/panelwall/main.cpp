@@ -1,10 +1,140 @@
+#include "tools/config/textFile.h"
 #include "tools/panelwall/pngFile.h"
-#include "tools/panelwall/steps.h"
+#include "tools/panelwall/session.h"
+#include "tools/recording/compareRecordings.h"
 
 #include <exception>
 #include <iostream>
 
 using namespace panelwall;
+
+// Complains, a line per problem, and throws Exit.
+[[noreturn]] static void refuse(ExitStatus status, const std::string &path,
+                                const std::vector<config::Problem> &problems) {
+    for (const config::Problem &problem : problems)
+        std::cerr << "panelwall: " << config::describe(path, problem) << "\n";
+    throw Exit{status};
+}
+
+// The document at `options.configPath`, with at least one device; refuses others.
+static config::Document readWallDocument(const Options &options) {
+    const std::string &path = options.configPath;
+    std::string reason;
+    const auto text = config::readTextFile(path, reason);
+    if (!text)
+        refuse(exitFile, path, "cannot be read: " + reason);
+    config::Reading reading = config::readText(*text);
+    if (reading.problems.empty() && reading.document.devices.empty())
+        reading.problems.push_back({"/devices", "there is no device to listen for; add one"});
+    if (!reading.problems.empty())
+        refuse(exitDocument, path, reading.problems);
+    return std::move(reading.document);
+}
+
+// Listens until the end; returns an exit status.
+static int runWall(const Options &options) {
+    const config::Document document = readWallDocument(options);
+    std::vector<config::Problem> problems;
+    const auto endpoints = findEndpoints(document, problems);
+    if (!problems.empty())
+        refuse(exitAddress, options.configPath, problems);
+    Receiver receiver;
+    problems = receiver.open(document, endpoints);
+    if (!problems.empty())
+        refuse(exitSocket, options.configPath, problems);
+    return Session(options, document, receiver, nullptr).run();
+}
+
+// The document to show and send by: the recording's own, or the one that the command line names
+// instead.
+static config::Document chooseDocument(const Options &options, const config::Document &recorded) {
+    if (options.configPath.empty())
+        return recorded;
+    config::Document other = readWallDocument(options);
+    if (other.devices.size() != recorded.devices.size())
+        refuse(exitDocument, options.configPath,
+               {{"/devices", "there are " + std::to_string(other.devices.size()) +
+                                 " devices, but " + std::to_string(recorded.devices.size()) +
+                                 " in the recording; a replay needs as many"}});
+    return other;
+}
+
+// Plays the recording to its end, and refuses it there if something is wrong with it; returns an
+// exit status.
+static int replay(const Options &options) {
+    const std::string &path = *options.replayPath;
+    std::ifstream stream;
+    RecordingReader reader(stream);
+    if (const std::string error = openRecording(path, stream, reader); !error.empty())
+        refuse(exitRecording, path, error);
+    const config::Document document = chooseDocument(options, reader.document());
+
+    const Reach reach = options.send && !options.anywhere ? Reach::Loopback : Reach::Anywhere;
+    std::vector<config::Problem> problems;
+    const auto endpoints = findEndpoints(document, problems, reach);
+    if (!problems.empty())
+        refuse(exitAddress, options.configPath.empty() ? path : options.configPath, problems);
+    Sender sender;
+    if (options.send) {
+        if (const std::string reason = sender.open(endpoints); !reason.empty())
+            refuse(exitSocket, path, "cannot be sent: " + reason);
+    }
+
+    Player player(reader, options.speed, options.send ? &sender : nullptr);
+    Receiver none;
+    Session session(options, document, none, &player);
+    const int status = session.run();
+    if (options.send)
+        std::cout << sender.report() << std::endl;
+    if (!reader.error().empty())
+        refuse(exitRecording, path, reader.error());
+    return status;
+}
+
+// The exit statuses of comparing programs.
+enum { theSame = 0, different = 1, failed = 2 };
+
+static int compareOpenable(const std::array<std::string, 2> &paths) {
+    bool readable = true;
+    for (const std::string &path : paths) {
+        std::ifstream stream;
+        RecordingReader reader(stream);
+        if (const std::string error = openRecording(path, stream, reader); !error.empty()) {
+            complain(path, error);
+            readable = false;
+        }
+    }
+    if (!readable)
+        return failed;
+
+    const Comparison comparison = compareRecordings(
+        [&](Side side) { return std::make_unique<std::ifstream>(paths[side], std::ios::binary); });
+    std::cout << "first: " << paths[first] << "\nsecond: " << paths[second] << "\n";
+    for (const std::string &line : describe(comparison))
+        std::cout << line << "\n";
+    std::cout.flush();
+    bool whole = static_cast<bool>(std::cout);
+    for (const Side side : bothSides) {
+        if (comparison.errors[side].empty())
+            continue;
+        complain(paths[side], comparison.errors[side] + "; compared up to there");
+        whole = false;
+    }
+    if (!whole)
+        return failed;
+    return comparison.differs() ? different : theSame;
+}
+
+// Prints where the recordings at these paths differ. Returns 0 when they do not, 1 when they do,
+// and 2 when one of them cannot be read to its end, after a comparison up to there.
+static int compareFiles(const std::string &left, const std::string &right) {
+    try {
+        return compareOpenable({left, right});
+    } catch (const std::exception &error) {
+        std::cerr << "panelwall: " << error.what() << "\n";
+        return failed;
+    }
+}
 
 static int runProgram(const Options &options) {
     if (!options.comparedPaths.empty())

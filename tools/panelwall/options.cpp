@@ -4,8 +4,18 @@
 
 #include <CLI/CLI.hpp>
 #include <charconv>
+#include <iostream>
 
 namespace panelwall {
+
+void complain(const std::string &path, const std::string &text) {
+    std::cerr << "panelwall: " << config::describe(path, {"", text}) << "\n";
+}
+
+void refuse(ExitStatus status, const std::string &path, const std::string &text) {
+    complain(path, text);
+    throw Exit{status};
+}
 
 static const char about[] =
     "Light devices in software: listens at the address and port of every device of a mirroring\n"

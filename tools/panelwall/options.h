@@ -1,4 +1,4 @@
-// The command line.
+// The command line, and how the program ends.
 #pragma once
 
 #include "tools/panelwall/picture.h"
@@ -27,6 +27,12 @@ enum ExitStatus {
 struct Exit {
     ExitStatus status;
 };
+
+// One line on standard error about the file at `path`.
+void complain(const std::string &path, const std::string &text);
+
+// Complains and throws Exit.
+[[noreturn]] void refuse(ExitStatus status, const std::string &path, const std::string &text);
 
 // Where the live page is served.
 struct WebOptions {

@@ -3,7 +3,6 @@
 #include "tools/lights/text.h"
 #include "tools/panelwall/pngFile.h"
 #include "tools/panelwall/statusText.h"
-#include "tools/panelwall/steps.h"
 
 #include <algorithm>
 #include <cstdlib>

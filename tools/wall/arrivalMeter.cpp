@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <vector>
 
 namespace panelwall {
 
@@ -48,7 +49,7 @@ std::uint64_t ArrivalMeter::perSecond(Clock::time_point now) const {
 std::optional<double> ArrivalMeter::interval() const {
     if (intervals.empty())
         return std::nullopt;
-    std::deque<double> sorted = intervals;
+    std::vector<double> sorted(intervals.begin(), intervals.end());
     const auto middle = sorted.begin() + static_cast<std::ptrdiff_t>(sorted.size() / 2);
     std::nth_element(sorted.begin(), middle, sorted.end());
     return *middle;
