@@ -27,11 +27,6 @@ double Intervals::spread() const {
     return number > 0 ? std::sqrt(squares / static_cast<double>(number)) : 0.0;
 }
 
-static std::size_t hashOf(const std::vector<std::uint8_t> &bytes) {
-    return std::hash<std::string_view>()(
-        std::string_view(reinterpret_cast<const char *>(bytes.data()), bytes.size()));
-}
-
 bool DeviceComparison::isSame(const Waiting &left, const Waiting &right) {
     return left.hash == right.hash && left.datagram.bytes == right.datagram.bytes;
 }
@@ -41,7 +36,10 @@ void DeviceComparison::take(Side side, const RecordedDatagram &datagram) {
     if (!lights::decode(layoutOfBoth, datagram.bytes).malformed.empty())
         ++found.malformed[side];
     found.intervals[side].note(datagram.time);
-    queues[side].push_back({{number, datagram.time, datagram.bytes}, hashOf(datagram.bytes)});
+    const std::string_view text(reinterpret_cast<const char *>(datagram.bytes.data()),
+                                datagram.bytes.size());
+    queues[side].push_back(
+        {{number, datagram.time, datagram.bytes}, std::hash<std::string_view>()(text)});
     heldBytes += sizeof(Waiting) + datagram.bytes.size();
     settle();
 }

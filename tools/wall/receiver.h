@@ -1,9 +1,9 @@
-// Receives the wall's datagrams: one bound UDP socket per device.
+// Receives the wall's datagrams: one bound UDP socket per device, no two with one address.
 #pragma once
 
 #include "tools/config/configDocument.h"
+#include "tools/lights/address.h"
 #include "tools/wall/clock.h"
-#include "tools/wall/deviceEndpoints.h"
 
 #include <cstddef>
 #include <cstdint>
@@ -12,6 +12,18 @@
 #include <vector>
 
 namespace panelwall {
+
+using lights::Endpoint;
+
+// Which addresses will do: loopback (127.0.0.0/8 or ::1), or any.
+enum class Reach { Loopback, Anywhere };
+
+// The endpoint of every device, in order. Appends a problem for each device whose address does not
+// parse, is out of reach, or has been taken with its port by a device before. The endpoints are
+// complete exactly when no problem was found.
+std::vector<Endpoint> findEndpoints(const config::Document &document,
+                                    std::vector<config::Problem> &problems,
+                                    Reach reach = Reach::Loopback);
 
 // Owns its sockets. One thread at a time.
 class Receiver {

@@ -10,29 +10,23 @@ std::size_t WallDevice::litPanels() const {
         panels.begin(), panels.end(), [](const WallPanel &panel) { return panel.colour; }));
 }
 
-static WallDevice makeDevice(const config::DeviceEntry &entry) {
-    WallDevice device;
-    device.ip = entry.ip;
-    device.port = entry.port();
-    device.layout = lights::layoutOf(entry.controlVersion);
-    for (const config::PanelEntry &panel : entry.panels) {
-        WallPanel made;
-        made.panelID = panel.panelID;
-        made.centreX = panel.centroidX;
-        made.centreY = panel.centroidY;
-        made.halfSide = std::max(0.0, std::trunc(halfSide(entry)));
-        device.panels.push_back(made);
-        ++device.knownIds[lights::wireId(device.layout, panel.panelID)];
-    }
-    return device;
-}
-
 Wall::Wall(const config::Document &document, std::chrono::milliseconds transitionUnit)
     : unit(transitionUnit) {
-    for (const config::DeviceEntry &entry : document.devices)
-        allDevices.push_back(makeDevice(entry));
-    for (const WallDevice &device : allDevices)
+    for (const config::DeviceEntry &entry : document.devices) {
+        WallDevice &device = allDevices.emplace_back();
+        device.ip = entry.ip;
+        device.port = entry.port();
+        device.layout = lights::layoutOf(entry.controlVersion);
+        for (const config::PanelEntry &panel : entry.panels) {
+            WallPanel &made = device.panels.emplace_back();
+            made.panelID = panel.panelID;
+            made.centreX = panel.centroidX;
+            made.centreY = panel.centroidY;
+            made.halfSide = std::max(0.0, std::trunc(halfSide(entry)));
+            ++device.knownIds[lights::wireId(device.layout, panel.panelID)];
+        }
         panelCount += device.panels.size();
+    }
 }
 
 void Wall::receive(std::size_t index, std::span<const std::uint8_t> bytes, Clock::time_point now) {

@@ -1,4 +1,4 @@
-#include "tools/wall/deviceEndpoints.h"
+#include "tools/wall/receiver.h"
 
 #include <gtest/gtest.h>
 

@@ -32,12 +32,10 @@ bool LiveView::draw(const Wall &wall, Size screen, const FrameContent &content,
     if (!canWrite(fd))
         return true;
     std::string frame = home;
-    bool first = true;
+    const char *lineBreak = "";
     for (const std::string &line : composeFrame(wall, now, screen, content, terminalSize())) {
-        if (!first)
-            frame += "\r\n";
-        first = false;
-        frame += line + eraseRestOfLine;
+        frame += lineBreak + line + eraseRestOfLine;
+        lineBreak = "\r\n";
     }
     return writeAll(fd, frame + eraseBelow);
 }
