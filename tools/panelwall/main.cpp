@@ -136,20 +136,17 @@ static int compareFiles(const std::string &left, const std::string &right) {
     }
 }
 
-static int runProgram(const Options &options) {
-    if (!options.comparedPaths.empty())
-        return compareFiles(options.comparedPaths[0], options.comparedPaths[1]);
-    if (options.snapshotPath) {
-        const std::string &path = *options.snapshotPath;
-        if (const auto reason = findObstacle(path); !reason.empty())
-            refuse(exitFile, path, "a picture cannot be written here: " + reason);
-    }
-    return options.replayPath ? replay(options) : runWall(options);
-}
-
 int main(int argc, char **argv) {
     try {
-        return runProgram(parseOptions(argc, argv));
+        const Options options = parseOptions(argc, argv);
+        if (!options.comparedPaths.empty())
+            return compareFiles(options.comparedPaths[0], options.comparedPaths[1]);
+        if (options.snapshotPath) {
+            const std::string &path = *options.snapshotPath;
+            if (const auto reason = findObstacle(path); !reason.empty())
+                refuse(exitFile, path, "a picture cannot be written here: " + reason);
+        }
+        return options.replayPath ? replay(options) : runWall(options);
     } catch (const Exit &end) {
         return end.status;
     } catch (const std::exception &error) {

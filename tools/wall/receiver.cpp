@@ -67,19 +67,20 @@ static std::string adviseOn(int error) {
 }
 
 Receiver::~Receiver() {
-    for (const Socket &socket : sockets)
-        close(socket.fd);
+    for (const int fd : sockets)
+        close(fd);
 }
 
 std::vector<config::Problem> Receiver::open(const config::Document &document,
                                             const std::vector<Endpoint> &endpoints) {
     std::vector<config::Problem> problems;
     buffer.resize(largestDatagram);
+    lastArrivals.resize(endpoints.size());
     for (std::size_t i = 0; i < endpoints.size(); ++i) {
         const Endpoint &endpoint = endpoints[i];
         const int fd = socket(endpoint.address.ss_family, SOCK_DGRAM, 0);
         if (fd >= 0) {
-            sockets.push_back({fd, {}});
+            sockets.push_back(fd);
             fcntl(fd, F_SETFD, FD_CLOEXEC);
             const int on = 1; // every datagram comes with its time of arrival
             setsockopt(fd, SOL_SOCKET, SO_TIMESTAMP, &on, sizeof on);
@@ -90,13 +91,6 @@ std::vector<config::Problem> Receiver::open(const config::Document &document,
                  lights::nameDevice(i, document.devices[i]) + ": " + adviseOn(errno)});
     }
     return problems;
-}
-
-std::vector<int> Receiver::fds() const {
-    std::vector<int> all;
-    for (const Socket &socket : sockets)
-        all.push_back(socket.fd);
-    return all;
 }
 
 // The time of arrival that came with a datagram, at most `now`, the time of reading it; `now` when
@@ -119,7 +113,7 @@ static Clock::time_point arrivalOf(const msghdr &message, Clock::time_point now)
 bool Receiver::readAll(const Handler &handler) {
     bool any = false;
     for (std::size_t i = 0; i < sockets.size(); ++i) {
-        Socket &socket = sockets[i];
+        Clock::time_point &last = lastArrivals[i];
         for (int turn = 0; turn < datagramsPerTurn; ++turn) {
             iovec place{buffer.data(), buffer.size()};
             alignas(cmsghdr) char arrival[CMSG_SPACE(sizeof(timeval))];
@@ -128,12 +122,11 @@ bool Receiver::readAll(const Handler &handler) {
             message.msg_iovlen = 1;
             message.msg_control = arrival;
             message.msg_controllen = sizeof arrival;
-            const ssize_t size = recvmsg(socket.fd, &message, MSG_DONTWAIT);
+            const ssize_t size = recvmsg(sockets[i], &message, MSG_DONTWAIT);
             if (size < 0)
                 break;
-            socket.lastArrival = std::max(socket.lastArrival, arrivalOf(message, Clock::now()));
-            handler(i, std::span(buffer.data(), static_cast<std::size_t>(size)),
-                    socket.lastArrival);
+            last = std::max(last, arrivalOf(message, Clock::now()));
+            handler(i, std::span(buffer.data(), static_cast<std::size_t>(size)), last);
             any = true;
         }
     }

@@ -44,19 +44,15 @@ public:
         std::function<void(std::size_t, std::span<const std::uint8_t>, Clock::time_point)>;
 
     // The sockets to wait for, one per device, in order; they stay the receiver's.
-    std::vector<int> fds() const;
+    const std::vector<int> &fds() const { return sockets; }
 
     // Hands over everything that has arrived, oldest first for each device, and does not wait.
     // Under a flood it returns after some thousand datagrams per device. True when anything came.
     bool readAll(const Handler &handler);
 
 private:
-    struct Socket {
-        int fd;
-        Clock::time_point lastArrival;
-    };
-
-    std::vector<Socket> sockets;
+    std::vector<int> sockets;
+    std::vector<Clock::time_point> lastArrivals; // for each socket
     std::vector<std::uint8_t> buffer;
 };
 
