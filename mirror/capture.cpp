@@ -1,4 +1,5 @@
 // The frame buffer and the display stream that keeps it current.
+#include "mirror/displayStreams.h"
 #include "mirror/firstFrame.h"
 #include "mirror/frameLease.h"
 #include "mirror/screenMirrorMac.h"
@@ -82,6 +83,10 @@ Frame MirrorManager::currentFrame() const {
 
 int MirrorManager::initDisplayStream() {
     displayStream = nullptr; // a stream of another size may not outlive a failure
+    if (!hasDisplayStreams()) {
+        std::puts("This system has no display streams!");
+        return 0;
+    }
     try {
         const CFNumberRef frameTime =
             CFNumberCreate(kCFAllocatorDefault, kCFNumberDoubleType, &minimumFrameTime);

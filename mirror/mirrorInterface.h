@@ -167,8 +167,9 @@ int getPalette(char *buffer);
  *            Initialization failed!" is printed, and the next run will end at once.)
  * @retval 0  It was not. "Bad json!": the text is not JSON, nothing has changed. "Screen Recording
  *            not allowed!": the display may not be captured or is not there; display and frame
- *            buffer are replaced, devices and mode are as before. "Bad config!": memory ran out,
- *            what was done so far stays.
+ *            buffer are replaced, devices and mode are as before. "This system has no display
+ *            streams!": a later macOS may lack them; the same is replaced. "Bad config!": memory
+ *            ran out, what was done so far stays.
  */
 int setMirrorConfig(char *json);
 

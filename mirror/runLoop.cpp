@@ -1,4 +1,5 @@
 // A run from start to end: the mirroring thread and its sockets.
+#include "mirror/displayStreams.h"
 #include "mirror/runPhase.h"
 #include "mirror/screenMirrorMac.h"
 #include "mirror/sharedFlag.h"
@@ -59,7 +60,8 @@ void MirrorManager::runMirror() {
     try {
         const int deviceCount = static_cast<int>(devices.size());
         const auto sockets = std::make_unique<UdpSocket[]>(devices.size());
-        if (CGDisplayStreamStart(displayStream) != kCGErrorSuccess) {
+        // Without a stream there may be nothing to call either.
+        if (displayStream == nullptr || CGDisplayStreamStart(displayStream) != kCGErrorSuccess) {
             std::puts("Stream start failed!");
         } else {
             for (int i = 0; i < deviceCount; ++i)

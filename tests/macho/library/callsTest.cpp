@@ -78,6 +78,26 @@ TEST_F(Calls, ARefusedStreamIsToldAndNothingElseIsLeft) {
     EXPECT_EQ(alive(), (Lines{"number 1", "dictionary 1", "queue 1"}));
 }
 
+// As it may be on a later system.
+TEST_F(Calls, WithoutDisplayStreamsAHostStartsAndIsTold) {
+    for (const char *symbol : {"_CGDisplayStreamCreateWithDispatchQueue", "_CGDisplayStreamStart",
+                               "_CGDisplayStreamStop", "_kCGDisplayStreamMinimumFrameTime",
+                               "_kCGDisplayStreamShowCursor"}) {
+        unload();
+        Imports imports = recordingImports();
+        imports.add(coreGraphics, symbol, static_cast<void *>(nullptr));
+        load(imports);
+        CaptureStdout();
+        EXPECT_EQ(configure(document()), 0) << symbol;
+        EXPECT_EQ(start(), 0) << symbol;
+        EXPECT_EQ(stop(), 1) << symbol;
+        std::fflush(stdout);
+        EXPECT_EQ(GetCapturedStdout(), "This system has no display streams!\nNo devices.\n")
+            << symbol;
+    }
+    EXPECT_EQ(alive(), Lines());
+}
+
 TEST_F(Calls, AStreamThatDoesNotStartOrStopIsTold) {
     ASSERT_EQ(configure(document()), 1);
     fake::frameworks().script.startResult = kCGErrorFailure;

@@ -21,7 +21,9 @@ protected:
     LibraryOverFakes();
     ~LibraryOverFakes() override;
 
-    void load() { image = std::make_unique<Image>(MIRROR_DYLIB, recordingImports()); }
+    void load(const Imports &imports = recordingImports()) {
+        image = std::make_unique<Image>(MIRROR_DYLIB, imports);
+    }
     void unload() { image.reset(); }
     // The exported function of this name and of `Function`'s type.
     template <class Function> Function *find(const char *name) {

@@ -15,6 +15,7 @@ struct Bind {
     const char *library;
     const char *symbol; // with its leading underscore
     std::uint64_t addend;
+    std::uint64_t isOptional; // null when nobody has it
 };
 
 using Initialiser = void (*)(int, const char **, const char **, const char **);
@@ -79,9 +80,10 @@ void Image::bindAll(const Imports &imports) const {
     std::string missing;
     for (const auto *bind = table<Bind>("machoBinds"); bind->place != nullptr; ++bind) {
         const void *target = imports.find(bind->library, bind->symbol);
-        if (target == nullptr)
+        if (target == nullptr && bind->isOptional == 0)
             missing += std::string("\n  ") + bind->symbol + " from " + bind->library;
-        *bind->place = reinterpret_cast<std::uintptr_t>(target) + bind->addend;
+        *bind->place =
+            target == nullptr ? 0 : reinterpret_cast<std::uintptr_t>(target) + bind->addend;
     }
     if (!missing.empty())
         throw LoadError("nothing here stands for these imports:" + missing);

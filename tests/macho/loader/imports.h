@@ -20,7 +20,8 @@ inline constexpr char ioSurface[] = "IOSurface";
 
 class Imports {
 public:
-    // `symbol` with its leading underscore. A symbol can be given again, the last one counts.
+    // `symbol` with its leading underscore. A symbol can be given again, the last one counts; null
+    // stands for one that is not there.
     template <class FunctionOrObject>
     void add(const std::string &library, const std::string &symbol, FunctionOrObject *address) {
         addresses[{library, symbol}] = reinterpret_cast<const void *>(address);

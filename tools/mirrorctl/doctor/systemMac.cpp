@@ -1,20 +1,32 @@
 #include "tools/mirrorctl/doctor/doctor.h"
 
 #include <CoreGraphics/CoreGraphics.h>
+#include <dlfcn.h>
 
 namespace mirrorctl {
 
-SystemChecks examineSystem() {
+static Check checkPermission() {
     if (CGPreflightScreenCaptureAccess())
-        return {{{Verdict::Good, "screen recording", "permitted"}}, nullptr};
-    return {
-        {{Verdict::Bad, "screen recording",
-          "not permitted for this program, or for the terminal that it was started from",
-          "System Settings, Privacy & Security, Screen Recording: switch it on for the terminal "
-          "or program, quit that and start it again; if it is on already, take it off the list "
-          "and add it again, since a grant can outlive the program that it was given to",
-          ExitStatus::CaptureRefused}},
-        nullptr};
+        return {Verdict::Good, "screen recording", "permitted"};
+    return {Verdict::Bad, "screen recording",
+            "not permitted for this program, or for the terminal that it was started from",
+            "System Settings, Privacy & Security, Screen Recording: switch it on for the terminal "
+            "or program, quit that and start it again; if it is on already, take it off the list "
+            "and add it again, since a grant can outlive the program that it was given to",
+            ExitStatus::CaptureRefused};
+}
+
+// What the library takes its frames from; it loads without them.
+static Check checkDisplayStreams() {
+    if (dlsym(RTLD_DEFAULT, "CGDisplayStreamCreateWithDispatchQueue"))
+        return {Verdict::Good, "display streams", "this macOS has them"};
+    return {Verdict::Bad, "display streams",
+            "this macOS has them no longer, and the library has no other way to the screen",
+            "mirror from a Mac whose macOS has them", ExitStatus::CaptureRefused};
+}
+
+SystemChecks examineSystem() {
+    return {{checkPermission(), checkDisplayStreams()}, nullptr};
 }
 
 // Connected sockets report them all by themselves.

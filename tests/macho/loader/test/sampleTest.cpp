@@ -133,6 +133,15 @@ TEST(SampleImports, TheSameSymbolOfAnotherLibraryIsNoHelp) {
     EXPECT_EQ(Image(MISSING, imports).function<int()>("callNobody")(), 42);
 }
 
+TEST(SampleImports, AWeakOneMayBeMissing) {
+    Imports imports = sampleImports();
+    const auto one = +[] { return 1; };
+    imports.add(libSystem, "_nobodyHasThis", one);
+    EXPECT_EQ(Image(MISSING, imports).function<int()>("callIfThere")(), 0);
+    imports.add(libSystem, "_nobodyNeedsThis", one);
+    EXPECT_EQ(Image(MISSING, imports).function<int()>("callIfThere")(), 1);
+}
+
 } // namespace
 
 } // namespace macho
