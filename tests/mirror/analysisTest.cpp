@@ -88,10 +88,10 @@ TEST_F(Analysis, TheDominantColourAndThePaletteOfTheScreen) {
         const Pixels screen = noise(random, static_cast<std::uint32_t>(random()) & 0x3f3f3f);
         show(screen);
         const auto words = test::samplesOf(screen);
-        testing::internal::CaptureStdout();
+        CaptureStdout();
         EXPECT_EQ(packed(mirrorManager.getDominantScreenColour()),
                   packed(transcription::dominantOf(words).colour));
-        testing::internal::GetCapturedStdout();
+        GetCapturedStdout();
         const auto got = mirrorManager.getPaletteFromScreen(round);
         const auto wanted = transcription::paletteOf(words, round);
         ASSERT_EQ(got.size(), wanted.size());
@@ -116,9 +116,9 @@ TEST_F(Analysis, TheLastSampleCountsOnlyForTheAverage) {
 
 TEST_F(Analysis, AveragingIsSaid) {
     show(test::averagingTo({4, 4, 4}));
-    testing::internal::CaptureStdout();
+    CaptureStdout();
     EXPECT_EQ(packed(mirrorManager.getDominantScreenColour()), 0x040404u);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "Resorting to averaging\n");
+    EXPECT_EQ(GetCapturedStdout(), "Resorting to averaging\n");
 }
 
 TEST_F(Analysis, AnExceptionOnTheWayIsSaidAndTheColourBlack) {
@@ -126,15 +126,20 @@ TEST_F(Analysis, AnExceptionOnTheWayIsSaidAndTheColourBlack) {
     GTEST_SKIP() << "in the sanitizers' builds no exception passes the C library's puts()";
 #endif
     show(test::averagingTo({4, 4, 4}));
-    testing::internal::CaptureStdout();
+    CaptureStdout();
     averagingFails = true;
     EXPECT_EQ(packed(mirrorManager.getDominantScreenColour()), 0u);
     averagingFails = false;
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "Error during dominant colour calculation\n");
+    EXPECT_EQ(GetCapturedStdout(), "Error during dominant colour calculation\n");
 }
 
-TEST_F(Analysis, WithoutAFrameTheScreenIsBlack) {
+TEST_F(Analysis, WithoutABufferTheScreenIsBlack) {
+    show(test::plainScreen(0xffffffff));
+    EXPECT_EQ(packed(mirrorManager.grabPixel(5)), 0xffffffu);
     mirrorManager.deInitScreen();
+    int indices[] = {0, 1, 2};
+    EXPECT_EQ(packed(mirrorManager.grabPixel(5)), 0u);
+    EXPECT_EQ(packed(mirrorManager.averagePixels(indices, 3)), 0u);
     EXPECT_EQ(packed(mirrorManager.getDominantScreenColour()), 0u);
     EXPECT_EQ(paletteText(), bounded(R"({"palette":[{"R":0,"G":0,"B":0}]})"));
 }
@@ -195,9 +200,9 @@ TEST_F(Analysis, ANegativeSizeFailsAndFreesTheMutex) {
     mirrorManager.paletteSize = -1;
     EXPECT_THROW(mirrorManager.getPaletteFromScreen(-1), std::length_error);
     std::string buffer(600, '\x7e');
-    testing::internal::CaptureStdout();
+    CaptureStdout();
     EXPECT_EQ(mirrorManager.getPalette(buffer.data()), -1);
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(GetCapturedStdout(), "");
     EXPECT_EQ(buffer, std::string(600, '\x7e'));
     EXPECT_TRUE(mutexIsFree());
     ASSERT_EQ(mirrorManager.palette.size(), 1u); // the one before

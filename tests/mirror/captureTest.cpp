@@ -10,8 +10,14 @@ namespace {
 
 class Capture : public ManagerTest {
 protected:
+    static constexpr std::size_t pixels = 64 * 48;
+
     static std::vector<std::uint32_t> screenOf(std::uint32_t word) {
-        return std::vector<std::uint32_t>(64 * 48, word);
+        return std::vector<std::uint32_t>(pixels, word);
+    }
+
+    static void deliver(const std::vector<std::uint32_t> &screen) {
+        fake::deliver(kCGDisplayStreamFrameStatusFrameComplete, &screen);
     }
 
     static bool bufferIs(const std::vector<std::uint32_t> &words) {
@@ -20,21 +26,21 @@ protected:
 };
 
 TEST_F(Capture, CompleteFrameIsCopiedUnderAReadOnlyLock) {
-    ASSERT_EQ(configure(document("[]")), 1);
+    ASSERT_EQ(setDevices({}), 1);
     std::vector<std::uint32_t> screen = screenOf(0);
     for (std::size_t i = 0; i < screen.size(); ++i)
         screen[i] = static_cast<std::uint32_t>(i * 2654435761u);
     fake::platform().calls.clear();
-    fake::deliver(kCGDisplayStreamFrameStatusFrameComplete, &screen);
+    deliver(screen);
     EXPECT_TRUE(bufferIs(screen));
     EXPECT_EQ(fake::platform().calls,
               (std::vector<std::string>{"IOSurfaceLock", "IOSurfaceUnlock"}));
 }
 
 TEST_F(Capture, OtherNotificationsChangeNothing) {
-    ASSERT_EQ(configure(document("[]")), 1);
+    ASSERT_EQ(setDevices({}), 1);
     const auto kept = screenOf(0x11223344), other = screenOf(0x55667788);
-    fake::deliver(kCGDisplayStreamFrameStatusFrameComplete, &kept);
+    deliver(kept);
     for (const int status : std::initializer_list<int>{kCGDisplayStreamFrameStatusFrameIdle,
                                                        kCGDisplayStreamFrameStatusFrameBlank,
                                                        kCGDisplayStreamFrameStatusStopped, -1, 4}) {
@@ -46,11 +52,10 @@ TEST_F(Capture, OtherNotificationsChangeNothing) {
 }
 
 TEST_F(Capture, WithoutABufferNothingIsCopied) {
-    ASSERT_EQ(configure(document("[]")), 1);
+    ASSERT_EQ(setDevices({}), 1);
     mirrorManager.deInitScreen();
     EXPECT_EQ(mirrorManager.frameBuffer, nullptr);
-    const auto screen = screenOf(1);
-    fake::deliver(kCGDisplayStreamFrameStatusFrameComplete, &screen);
+    deliver(screenOf(1));
     EXPECT_EQ(mirrorManager.frameBuffer, nullptr);
     mirrorManager.deInitScreen();
 }
@@ -81,40 +86,43 @@ TEST_F(Capture, GrabScreenCopiesOnce) {
     EXPECT_EQ(mirrorManager.frameBuffer[1], 31);
 }
 
-TEST_F(Capture, NoBufferReadsAsBlack) {
-    ASSERT_EQ(configure(document("[]")), 1);
-    const auto white = screenOf(0xffffffff);
-    fake::deliver(kCGDisplayStreamFrameStatusFrameComplete, &white);
-    EXPECT_EQ(mirrorManager.grabPixel(5).r, 255);
-    mirrorManager.deInitScreen();
-    int indices[] = {0, 1, 2};
-    EXPECT_EQ(mirrorManager.grabPixel(5).r, 0);
-    EXPECT_EQ(mirrorManager.averagePixels(indices, 3).g, 0);
-    EXPECT_EQ(mirrorManager.getDominantScreenColour().b, 0);
-    char text[512];
-    EXPECT_EQ(mirrorManager.getPalette(text), 0);
-    EXPECT_STREQ(text, R"({"palette":[{"R":0,"G":0,"B":0}]})");
-}
-
 // A run that failed leaves its stream running; the next configuration may be for a larger display.
 TEST_F(Capture, FramesOfAnEarlierConfigurationsSizeAreNotTaken) {
-    ASSERT_EQ(configure(document("[]")), 1);
+    ASSERT_EQ(setDevices({}), 1);
     mirrorManager.deInitScreen();
     mirrorManager.screenWidth = 1000;
     mirrorManager.frameBuffer = new unsigned char[1000 * 48 * 4]();
-    const auto white = screenOf(0xffffffff);
-    fake::deliver(kCGDisplayStreamFrameStatusFrameComplete, &white);
+    deliver(screenOf(0xffffffff));
     EXPECT_EQ(mirrorManager.grabPixel(5).r, 0);
 }
 
 // The buffer and the stream have four bytes a pixel, also when the display's images have more.
 TEST_F(Capture, DeepDisplaysFitTheBuffer) {
     fake::platform().displays = {{1, 64, 48, 64}};
-    ASSERT_EQ(configure(document("[]")), 1);
+    ASSERT_EQ(setDevices({}), 1);
     EXPECT_EQ(mirrorManager.bytesPerPixel, 8u);
     const auto screen = screenOf(0x010203);
-    fake::deliver(kCGDisplayStreamFrameStatusFrameComplete, &screen);
+    deliver(screen);
     EXPECT_TRUE(bufferIs(screen));
+}
+
+// A copy takes as many bytes a pixel as the display's images have.
+TEST_F(Capture, ADisplayOf16BitsFillsHalfTheBuffer) {
+    const auto expectHalfFilled = [] {
+        for (std::size_t i = 0; i < pixels * 4; ++i)
+            ASSERT_EQ(mirrorManager.frameBuffer[i], i < pixels * 2 ? 0xab : 0) << i;
+    };
+    fake::platform().displays = {{1, 64, 48, 16}};
+    ASSERT_EQ(setDevices({}), 1);
+    EXPECT_EQ(mirrorManager.bytesPerPixel, 2u);
+    deliver(screenOf(0xabababab));
+    expectHalfFilled();
+
+    mirrorManager.deInitScreen();
+    mirrorManager.initScreen();
+    fake::platform().imageBytes.assign(pixels * 4, 0xab);
+    mirrorManager.grabScreen();
+    expectHalfFilled();
 }
 
 // A run may end by itself, and free its buffer, while the host asks for a palette.
@@ -148,11 +156,11 @@ TEST_F(Capture, ABufferThatIsBeingReadIsNotFreed) {
 // The grid of a large screen may outlive it.
 TEST_F(Capture, SamplesOfALargerScreenReadAsBlack) {
     fake::reset(1000, 800);
-    ASSERT_EQ(configure(document("[]")), 1);
+    ASSERT_EQ(setDevices({}), 1);
     mirrorManager.setScreenSamplePixels();
     mirrorManager.deInitScreen();
     fake::reset(4, 4);
-    ASSERT_EQ(configure(document("[]")), 1);
+    ASSERT_EQ(setDevices({}), 1);
     char text[512];
     EXPECT_EQ(mirrorManager.getPalette(text), 0);
     EXPECT_STREQ(text, R"({"palette":[{"R":0,"G":0,"B":0}]})");

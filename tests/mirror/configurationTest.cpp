@@ -1,16 +1,18 @@
-#include "mirror/mirrorInterface.h"
 #include "tests/mirror/manager.h"
 
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <future>
-#include <thread>
+#include <tuple>
 
 namespace {
 
-class Configuration : public ManagerTest {};
-class ConfigurationDeathTest : public ManagerTest {};
+class Configuration : public ManagerTest {
+protected:
+    const std::vector<DeviceSetup> oneDevice = {{"127.0.0.2", 2}};
+};
+class ConfigurationDeathTest : public Configuration {};
 
 TEST_F(Configuration, BecomesDevicesAndPanels) {
     ASSERT_EQ(configure(R"({"displayID":1,"mode":2,"ignored":[{}],"devices":[
@@ -30,15 +32,13 @@ TEST_F(Configuration, BecomesDevicesAndPanels) {
     EXPECT_EQ(first.scaleFactor, 1.5);
     EXPECT_EQ(first.numPanels, 3);
     ASSERT_EQ(first.panels.size(), 3u);
-    EXPECT_EQ(first.panels[0].panelID, 101);
-    EXPECT_EQ(first.panels[0].centroidX, 640);
-    EXPECT_EQ(first.panels[0].centroidY, -50);
+    const auto numbersOf = [](const Panel &panel) {
+        return std::tuple(panel.panelID, panel.centroidX, panel.centroidY);
+    };
+    EXPECT_EQ(numbersOf(first.panels[0]), std::tuple(101, 640, -50));
+    EXPECT_EQ(numbersOf(first.panels[1]), std::tuple(-4, -50, 6));
+    EXPECT_EQ(numbersOf(first.panels[2]), std::tuple(2147483647, -2147483647 - 1, 0));
     EXPECT_EQ(first.panels[0].numSamplePixels, 100);
-    EXPECT_EQ(first.panels[1].panelID, -4);
-    EXPECT_EQ(first.panels[1].centroidX, -50);
-    EXPECT_EQ(first.panels[1].centroidY, 6);
-    EXPECT_EQ(first.panels[2].panelID, 2147483647);
-    EXPECT_EQ(first.panels[2].centroidX, -2147483647 - 1);
     EXPECT_EQ(first.screenWidth, 64u);
     EXPECT_EQ(first.screenHeight, 48u);
     EXPECT_EQ(first.bytesPerPixel, 4u);
@@ -52,36 +52,25 @@ TEST_F(Configuration, ARunThatCannotBeJoinedIsToldAndTheDocumentApplied) {
 #if __has_feature(thread_sanitizer)
     GTEST_SKIP() << "the thread sanitizer forgets a thread that tries to join itself";
 #endif
-    int result = 0;
-    std::promise<void> handleIsThere;
     CaptureStdout();
-    mirrorManager.mirrorThread = std::thread([&] {
-        handleIsThere.get_future().wait();
-        result = configure(document("[" + device("127.0.0.2", 2, "[]") + "]", 3));
-    });
-    handleIsThere.set_value();
-    mirrorManager.mirrorThread.join();
+    EXPECT_EQ(onMirroringThread([&] { return setDevices(oneDevice, 3); }), 1);
     EXPECT_EQ(GetCapturedStdout(), "Error stopping mirror\n");
-    EXPECT_EQ(result, 1);
     EXPECT_EQ(mirrorManager.mode, 3);
     EXPECT_EQ(mirrorManager.devices.size(), 1u);
 }
 
 TEST_F(Configuration, SamplesAreReadyBeforeTheDeviceIsStored) {
-    ASSERT_EQ(configure(document("[" + device("127.0.0.2", 2, "[" + panel(1, 20, 10) + "]") + "]")),
-              1);
+    ASSERT_EQ(setDevices({{"127.0.0.2", 2, {{1, 20, 10}}}}), 1);
     Device expected = mirrorManager.devices[0];
-    for (std::int32_t &sample : expected.panels[0].samplePixels)
-        sample = -1;
+    std::ranges::fill(expected.panels[0].samplePixels, -1);
     expected.calculateSamplePixels();
-    for (int i = 0; i < panelSampleCount; ++i)
-        EXPECT_EQ(mirrorManager.devices[0].panels[0].samplePixels[i],
-                  expected.panels[0].samplePixels[i]);
+    EXPECT_TRUE(std::ranges::equal(mirrorManager.devices[0].panels[0].samplePixels,
+                                   expected.panels[0].samplePixels));
 }
 
 TEST_F(Configuration, MeasuresTheDisplayAndMakesABlackBuffer) {
     fake::platform().displays = {{9, 10, 10}, {77, 33, 22, 64}};
-    ASSERT_EQ(configure(document("[]", 0, 77)), 1);
+    ASSERT_EQ(setDevices({}, 0, 77), 1);
     EXPECT_EQ(mirrorManager.screenWidth, 33u);
     EXPECT_EQ(mirrorManager.screenHeight, 22u);
     EXPECT_EQ(mirrorManager.bytesPerPixel, 8u);
@@ -92,7 +81,7 @@ TEST_F(Configuration, MeasuresTheDisplayAndMakesABlackBuffer) {
 }
 
 TEST_F(Configuration, AsksForTheStreamThatItNeeds) {
-    ASSERT_EQ(configure(document("[]")), 1);
+    ASSERT_EQ(setDevices({}), 1);
     const fake::StreamRequest &request = fake::platform().request;
     EXPECT_EQ(request.display, 1u);
     EXPECT_EQ(request.width, 64u);
@@ -110,18 +99,17 @@ TEST_F(Configuration, AsksForTheStreamThatItNeeds) {
 
 TEST_F(Configuration, TheStreamsFrameTimeIsTheFields) {
     mirrorManager.minimumFrameTime = 0.5;
-    ASSERT_EQ(configure(document("[]")), 1);
+    ASSERT_EQ(setDevices({}), 1);
     EXPECT_EQ(fake::platform().request.minimumFrameTime, 0.5);
 }
 
 TEST_F(Configuration, KeepsTheIpUpToItsFirstNul) {
-    ASSERT_EQ(configure(document("[" + device("10.0.0.1\\u0000junk", 2, "[]") + "]")), 1);
+    ASSERT_EQ(setDevices({{"10.0.0.1\\u0000junk", 2}}), 1);
     EXPECT_EQ(mirrorManager.devices[0].ip, "10.0.0.1");
 }
 
 TEST_F(Configuration, TwiceGivesTheSameDevices) {
-    const std::string text = document("[" + device("127.0.0.2", 2, "[" + panel(1, 1, 1) + "]") +
-                                      "," + device("127.0.0.3", 1, "[]") + "]");
+    const std::string text = document({{"127.0.0.2", 2, {{1, 1, 1}}}, {"127.0.0.3", 1}});
     ASSERT_EQ(configure(text), 1);
     unsigned char *first = mirrorManager.frameBuffer;
     ASSERT_EQ(configure(text), 1);
@@ -132,13 +120,13 @@ TEST_F(Configuration, TwiceGivesTheSameDevices) {
 }
 
 TEST_F(Configuration, EmptyDeviceListIsAccepted) {
-    ASSERT_EQ(configure(document("[" + device("127.0.0.2", 2, "[]") + "]")), 1);
-    EXPECT_EQ(configure(document("[]")), 1);
+    ASSERT_EQ(setDevices(oneDevice), 1);
+    EXPECT_EQ(setDevices({}), 1);
     EXPECT_TRUE(mirrorManager.devices.empty());
 }
 
 TEST_F(Configuration, UnparsableTextChangesNothing) {
-    ASSERT_EQ(configure(document("[" + device("127.0.0.2", 2, "[]") + "]", 3)), 1);
+    ASSERT_EQ(setDevices(oneDevice, 3), 1);
     unsigned char *buffer = mirrorManager.frameBuffer;
     for (const char *text : {"{", "", "{\"displayID\":1,}", "nothing", "{}{}", "{\"a\":01}"}) {
         CaptureStdout();
@@ -162,17 +150,17 @@ TEST_F(Configuration, DeepNestingDoesNotEndTheProcess) {
         EXPECT_EQ(GetCapturedStdout(), "Bad json!\n");
     }
     const std::string nest = std::string(deep, '[') + std::string(deep, ']');
-    EXPECT_EQ(configure("{\"ignored\":" + nest + "," + document("[]", 2).substr(1)), 1);
+    EXPECT_EQ(configure("{\"ignored\":" + nest + "," + document({}, 2).substr(1)), 1);
     EXPECT_EQ(mirrorManager.mode, 2);
 }
 
 TEST_F(Configuration, RefusedStreamKeepsModeAndDevices) {
-    ASSERT_EQ(configure(document("[" + device("127.0.0.2", 2, "[]") + "]", 3)), 1);
+    ASSERT_EQ(setDevices(oneDevice, 3), 1);
     unsigned char *buffer = mirrorManager.frameBuffer;
     fake::platform().displays = {{5, 20, 10}};
     fake::platform().refuseStreams = true;
     CaptureStdout();
-    EXPECT_EQ(configure(document("[]", 1, 5)), 0);
+    EXPECT_EQ(setDevices({}, 1, 5), 0);
     EXPECT_EQ(GetCapturedStdout(), "Screen Recording not allowed!\n");
     EXPECT_EQ(mirrorManager.displayStream, nullptr);
     EXPECT_EQ(mirrorManager.displayID, 5u);
@@ -187,7 +175,7 @@ TEST_F(Configuration, RefusedStreamKeepsModeAndDevices) {
 TEST_F(Configuration, DisplayThatIsNotThereHasNoSize) {
     fake::platform().refuseStreams = true;
     CaptureStdout();
-    EXPECT_EQ(configure(document("[]", 0, 4711)), 0);
+    EXPECT_EQ(setDevices({}, 0, 4711), 0);
     GetCapturedStdout();
     EXPECT_EQ(mirrorManager.screenWidth, 0u);
     EXPECT_EQ(mirrorManager.screenHeight, 0u);
@@ -199,7 +187,7 @@ TEST_F(Configuration, DisplayThatIsNotThereHasNoSize) {
 TEST_F(Configuration, ExceptionOfTheStreamCountsAsSuccess) {
     fake::platform().throwOnCreate = true;
     CaptureStdout();
-    EXPECT_EQ(configure(document("[" + device("127.0.0.2", 2, "[]") + "]", 2)), 1);
+    EXPECT_EQ(setDevices(oneDevice, 2), 1);
     EXPECT_EQ(GetCapturedStdout(), "CGDisplayStream Initialization failed!\n");
     EXPECT_EQ(mirrorManager.devices.size(), 1u);
     CaptureStdout();
@@ -211,12 +199,12 @@ TEST_F(Configuration, FailedAllocationIsBadConfig) {
 #if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
     GTEST_SKIP() << "the sanitizers' operator new ends the process instead of throwing";
 #endif
-    ASSERT_EQ(configure(document("[" + device("127.0.0.2", 2, "[]") + "]", 3)), 1);
+    ASSERT_EQ(setDevices(oneDevice, 3), 1);
     mirrorManager.deInitScreen();
     for (const std::size_t side : {std::size_t{1} << 40, std::size_t{1} << 23}) {
         fake::platform().displays = {{5, side, side}};
         CaptureStdout();
-        EXPECT_EQ(configure(document("[]", 1, 5)), 0);
+        EXPECT_EQ(setDevices({}, 1, 5), 0);
         EXPECT_EQ(GetCapturedStdout(), "Bad config!\n");
         EXPECT_EQ(mirrorManager.screenWidth, side);
         EXPECT_EQ(mirrorManager.frameBuffer, nullptr);
@@ -226,8 +214,7 @@ TEST_F(Configuration, FailedAllocationIsBadConfig) {
 }
 
 TEST_F(Configuration, EndsARunningMirrorFirst) {
-    const std::string text = document("[" + device("127.0.51.1", 2, "[]") + "]");
-    ASSERT_EQ(configure(text), 1);
+    ASSERT_EQ(setDevices({{"127.0.51.1", 2}}), 1);
     ASSERT_EQ(mirrorManager.startMirror(), 1);
     CaptureStdout();
     EXPECT_EQ(configure("{"), 0);
@@ -240,9 +227,10 @@ TEST_F(Configuration, EndsARunningMirrorFirst) {
 // The process stops in the JSON library's own assertion.
 TEST_F(ConfigurationDeathTest, MissingOrMistypedMembersStopTheProcess) {
     GTEST_FLAG_SET(death_test_style, "fast");
-    const std::string ok = device("127.0.0.2", 2, "[" + panel(1, 2, 3) + "]");
+    const std::vector<PanelSetup> panels = {{1, 2, 3}};
+    const std::vector<DeviceSetup> devices = {{"127.0.0.2", 2, panels}};
     const auto with = [&](const std::string &from, const std::string &to) {
-        std::string changed = document("[" + ok + "]");
+        std::string changed = document(devices);
         const std::size_t at = changed.find(from);
         EXPECT_NE(at, std::string::npos) << from;
         return changed.replace(at, from.size(), to);
@@ -259,9 +247,9 @@ TEST_F(ConfigurationDeathTest, MissingOrMistypedMembersStopTheProcess) {
         with("\"displayID\":1", "\"displayID\":1.0"),
         with("\"mode\":0", "\"mode\":null"),
         with("\"mode\":0", "\"m\":0"),
-        with("\"devices\":[" + ok + "]", "\"devices\":{}"),
-        with("\"devices\":[" + ok + "]", "\"devices\":[1]"),
-        with("\"devices\":[" + ok + "]", "\"d\":[]"),
+        with("\"devices\":" + textOf(devices), "\"devices\":{}"),
+        with("\"devices\":" + textOf(devices), "\"devices\":[1]"),
+        with("\"devices\":" + textOf(devices), "\"d\":[]"),
         with("\"ip\":\"127.0.0.2\"", "\"ip\":127"),
         with("\"ip\":\"127.0.0.2\"", "\"IP\":\"127.0.0.2\""),
         with("\"controlVersion\":2", "\"controlVersion\":2.5"),
@@ -270,9 +258,9 @@ TEST_F(ConfigurationDeathTest, MissingOrMistypedMembersStopTheProcess) {
         with("\"shapeType\":0", "\"s\":0"),
         with("\"scaleFactor\":0.1", "\"scaleFactor\":\"1\""),
         with("\"scaleFactor\":0.1", "\"f\":1"),
-        with("\"panels\":[" + panel(1, 2, 3) + "]", "\"panels\":null"),
-        with("\"panels\":[" + panel(1, 2, 3) + "]", "\"panels\":[[]]"),
-        with("\"panels\":[" + panel(1, 2, 3) + "]", "\"p\":[]"),
+        with("\"panels\":" + textOf(panels), "\"panels\":null"),
+        with("\"panels\":" + textOf(panels), "\"panels\":[[]]"),
+        with("\"panels\":" + textOf(panels), "\"p\":[]"),
         with("\"panelID\":1", "\"panelID\":2.5"),
         with("\"panelID\":1", "\"id\":1"),
         with("\"centroidX\":2", "\"centroidX\":-2147483649"),
@@ -300,7 +288,7 @@ void printAbortedManager(int) {
 TEST_F(ConfigurationDeathTest, AnEmptyObjectStopsTheProcessBeforeAnythingChanges) {
     GTEST_FLAG_SET(death_test_style, "fast");
     fake::platform().displays = {{42, 20, 10}};
-    ASSERT_EQ(configure(document("[" + device("127.0.0.2", 2, "[]") + "]", 3, 42)), 1);
+    ASSERT_EQ(setDevices(oneDevice, 3, 42), 1);
     fake::forgetCalls();
     aborted = &mirrorManager;
     earlierBuffer = mirrorManager.frameBuffer;
@@ -311,18 +299,6 @@ TEST_F(ConfigurationDeathTest, AnEmptyObjectStopsTheProcessBeforeAnythingChanges
         },
         testing::ExitedWithCode(3),
         "calls 0 display 42 size 20x10x4 mode 3 devices 1 same buffer same stream");
-}
-
-TEST_F(Configuration, FunctionsForwardToTheManager) {
-    std::string text = document("[]");
-    EXPECT_EQ(setMirrorConfig(text.data()), 1);
-    EXPECT_EQ(stopMirror(), 1);
-    char buffer[256];
-    EXPECT_EQ(getDisplays(buffer, sizeof buffer), 1);
-    EXPECT_STREQ(buffer,
-                 R"({"numDisplays":1,"displays":[{"displayID":1,"width":64,"height":48}]})");
-    EXPECT_EQ(getSizeOfStreamFrameJson(), 0);
-    EXPECT_EQ(getStreamFrameJson(buffer), 0);
 }
 
 } // namespace

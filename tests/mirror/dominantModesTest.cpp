@@ -14,14 +14,10 @@ namespace {
 struct Kind {
     const char *name;
     Mode mode;
-    std::int32_t MirrorManager::*delay;
-    int milliseconds;
 };
 
-const Kind kinds[] = {
-    {"melt", &MirrorManager::mirrorModeMelt, &MirrorManager::meltFrameDelay, 99},
-    {"fade", &MirrorManager::mirrorModeFade, &MirrorManager::fadeFrameDelay, 149},
-};
+const Kind kinds[] = {{"melt", &MirrorManager::mirrorModeMelt},
+                      {"fade", &MirrorManager::mirrorModeFade}};
 
 class DominantModes : public ModeSteps, public testing::WithParamInterface<Kind> {
 protected:
@@ -36,7 +32,7 @@ protected:
         std::vector<bool> sent;
         RGB last;
         show(screens[0]);
-        testing::internal::CaptureStdout();
+        CaptureStdout();
         run(GetParam().mode, [&](int poll) {
             const std::size_t now = static_cast<std::size_t>(poll);
             const RGB colour = dominantOf(screens[now]);
@@ -55,7 +51,7 @@ protected:
             show(screens[now + 1]);
             return true;
         });
-        testing::internal::GetCapturedStdout();
+        GetCapturedStdout();
         return sent;
     }
 
@@ -83,14 +79,10 @@ protected:
 
 TEST_P(DominantModes, StepsOfFourAreHeldAndOfFiveSent) {
     lights({{1, {3, 300}}, {2, {258}}});
-    EXPECT_EQ(watchAverages({0x0a0a0a, 0x0e0e0e}), (std::vector<bool>{true, false}));
-    EXPECT_EQ(watchAverages({0x0a0a0a, 0x0f0a0a}), (std::vector<bool>{true, true}));
-    EXPECT_EQ(watchAverages({0x0a0a0a, 0x0a0f0a}), (std::vector<bool>{true, true}));
-    EXPECT_EQ(watchAverages({0x0a0a0a, 0x0a0a0f}), (std::vector<bool>{true, true}));
-    EXPECT_EQ(watchAverages({0x0a0a0a, 0x060606}), (std::vector<bool>{true, false}));
-    EXPECT_EQ(watchAverages({0x0a0a0a, 0x0a0a05}), (std::vector<bool>{true, true}));
-    EXPECT_EQ(watchAverages({0x0a0a0a, 0x0a050a}), (std::vector<bool>{true, true}));
-    EXPECT_EQ(watchAverages({0x0a0a0a, 0x050a0a}), (std::vector<bool>{true, true}));
+    for (const std::uint32_t held : {0x0e0e0e, 0x060606})
+        EXPECT_EQ(watchAverages({0x0a0a0a, held}), (std::vector<bool>{true, false}));
+    for (const std::uint32_t sent : {0x0f0a0a, 0x0a0f0a, 0x0a0a0f, 0x0a0a05, 0x0a050a, 0x050a0a})
+        EXPECT_EQ(watchAverages({0x0a0a0a, sent}), (std::vector<bool>{true, true}));
 }
 
 // Held colours are compared with the one sent last, not with each other.
@@ -160,46 +152,6 @@ TEST_P(DominantModes, RandomScreens) {
     EXPECT_GT(std::count(sent.begin(), sent.end(), false), 100);
 }
 
-TEST_P(DominantModes, SleepsItsDelayAfterEveryPoll) {
-    lights({{1, {3}}});
-    watch({test::plainScreen(0), test::plainScreen(0xff0000), test::plainScreen(0xff0000)});
-    EXPECT_EQ(system.sleeps, std::vector<std::chrono::nanoseconds>(
-                                 3, std::chrono::milliseconds(GetParam().milliseconds)));
-    system.sleeps.clear();
-    mirrorManager.*GetParam().delay = 1;
-    watch({test::plainScreen(0), test::plainScreen(0xff0000)});
-    EXPECT_EQ(system.sleeps,
-              std::vector<std::chrono::nanoseconds>(2, std::chrono::milliseconds(1)));
-}
-
-TEST_P(DominantModes, WithoutADelayItDoesNotSleep) {
-    lights({{1, {3}}});
-    for (const int delay : {0, -1}) {
-        mirrorManager.*GetParam().delay = delay;
-        show(test::plainScreen(0x0000ff));
-        mirrorManager.running = true;
-        std::thread mode([&] { (mirrorManager.*GetParam().mode)(1, sockets.get()); });
-        EXPECT_TRUE(receivers[0]->next());
-        show(test::plainScreen(0x00ff00));
-        EXPECT_TRUE(receivers[0]->next());
-        writeFlag(mirrorManager.running, false);
-        mode.join();
-        receivers[0]->drain(); // a poll may have met half a frame
-    }
-    EXPECT_TRUE(system.sleeps.empty());
-}
-
-TEST_P(DominantModes, AlreadyStoppedItOnlyRebuildsTheGrid) {
-    lights({{1, {3}}});
-    show(test::plainScreen(0xffffff));
-    mirrorManager.running = false;
-    (mirrorManager.*GetParam().mode)(1, sockets.get());
-    EXPECT_TRUE(arrived(0).empty());
-    EXPECT_EQ(mirrorManager.samplePixels[0], 10 * 100 + 10);
-    EXPECT_EQ(mirrorManager.samplePixels[6399], 89 * 100 + 89);
-    EXPECT_TRUE(system.draws.empty());
-}
-
 // The grid is made once a run, not kept up with the screen.
 TEST_P(DominantModes, TheGridIsThatOfTheScreen) {
     lights({{1, {3}}});
@@ -246,21 +198,6 @@ TEST_P(DominantModes, WithoutDevicesAChangeConsumesACapture) {
     });
     EXPECT_FALSE(mirrorManager.captureRequested);
     EXPECT_TRUE(mirrorManager.streamFrames.empty());
-}
-
-// A cycle that has begun sends to every device; a stop is seen after the sleep.
-TEST_P(DominantModes, AStopBeforeTheSleepEndsTheRunAfterIt) {
-    lights({{1, {3}}, {2, {4}}});
-    show(test::plainScreen(0xff0000));
-    int sleeps = 0;
-    run(GetParam().mode, [&](int) {
-        ++sleeps;
-        show(test::plainScreen(0x00ff00)); // never looked at
-        return false;
-    });
-    EXPECT_EQ(sleeps, 1);
-    EXPECT_EQ(arrived(0).size(), 1u);
-    EXPECT_EQ(arrived(1).size(), 1u);
 }
 
 INSTANTIATE_TEST_SUITE_P(Modes, DominantModes, testing::ValuesIn(kinds),

@@ -42,9 +42,7 @@ protected:
         EXPECT_GT(failures, 0);
     }
 
-    void oneDevice() {
-        ASSERT_EQ(configure(document("[" + device("127.0.59.1", 2, "[]") + "]")), 1);
-    }
+    void oneDevice() { ASSERT_EQ(setDevices({{"127.0.59.1", 2}}), 1); }
 };
 
 TEST_F(AllocationFailure, OfTheDisplayListLeavesTheBufferAsItWas) {
@@ -117,9 +115,8 @@ TEST_F(AllocationFailure, OfASocketsAddressNamesTheSocket) {
 
 // Once the stream is there, whatever was read stays: the mode, and the devices up to the failure.
 TEST_F(AllocationFailure, OfAConfigurationKeepsWhatWasReadBeforeIt) {
-    std::string both = document("[" + device("127.0.59.11", 1, "[" + panel(1, 2, 3) + "]") + "," +
-                                    device("127.0.59.12", 2, "[" + panel(4, 5, 6) + "]") + "]",
-                                3);
+    std::string both =
+        document({{"127.0.59.11", 1, {{1, 2, 3}}}, {"127.0.59.12", 2, {{4, 5, 6}}}}, 3);
     int afterTheFirst = 0;
     for (int nth = 1;; ++nth) {
         mirrorManager.deInitScreen();

@@ -29,8 +29,7 @@ class FirstFrameTest : public ManagerTest {
 protected:
     FirstFrameTest() {
         fake::reset(side, side);
-        EXPECT_EQ(configure(document("[" + device("-", 1, "[" + panel(1, 200, 200) + "]") + "]")),
-                  1);
+        EXPECT_EQ(setDevices({{"-", 1, {{1, 200, 200}}}}), 1);
         mirrorManager.setScreenSamplePixels();
         own = std::exchange(mirrorManager.frameBuffer, memory.bytes());
     }

@@ -11,10 +11,10 @@ namespace {
 class FrameExport : public ManagerTest {
 protected:
     void devices(const std::vector<std::string> &ips) {
-        std::string list = "[";
+        std::vector<DeviceSetup> setups;
         for (const std::string &ip : ips)
-            list += (list.size() > 1 ? "," : "") + device(ip, 1, "[]");
-        ASSERT_EQ(configure(document(list + "]")), 1);
+            setups.push_back({ip, 1});
+        ASSERT_EQ(setDevices(setups), 1);
     }
 
     // Fetches into a buffer with guards behind it, of which none may change. Gives `size` bytes.

@@ -4,7 +4,6 @@
 #include "tests/mirror/manager.h"
 #include "tests/mirror/scriptedSystem.h"
 
-#include <future>
 #include <string_view>
 
 namespace {
@@ -25,10 +24,13 @@ protected:
 
 TEST_F(Interface, GetDisplays) {
     EXPECT_EQ(getDisplays(buffer, sizeof buffer), 1);
+    EXPECT_STREQ(buffer,
+                 R"({"numDisplays":1,"displays":[{"displayID":1,"width":64,"height":48}]})");
     EXPECT_EQ(withoutMemory([&] { return getDisplays(buffer, sizeof buffer); }), -1);
 }
 
 TEST_F(Interface, GetSizeOfStreamFrameJson) {
+    EXPECT_EQ(getSizeOfStreamFrameJson(), 0);
     mirrorManager.streamFrames = {"0 "};
     constexpr std::string_view text = R"({"numDevices":0,"devices":[]})";
     EXPECT_EQ(getSizeOfStreamFrameJson(), static_cast<int>(text.size()));
@@ -56,29 +58,21 @@ TEST_F(Interface, GetPalette) {
 }
 
 TEST_F(Interface, SetMirrorConfig) {
-    std::string good = document("[]"), bad = "{";
+    std::string good = document({}), bad = "{";
     EXPECT_EQ(setMirrorConfig(good.data()), 1);
     EXPECT_EQ(setMirrorConfig(bad.data()), 0);
 }
 
 TEST_F(Interface, StartMirror) {
     EXPECT_EQ(startMirror(), 0);
-    ASSERT_EQ(configure(document("[" + device("127.0.59.2", 1, "[]") + "]")), 1);
+    ASSERT_EQ(setDevices({{"127.0.59.2", 1}}), 1);
     EXPECT_EQ(withoutMemory([] { return startMirror(); }), -1);
     EXPECT_EQ(startMirror(), 1);
 }
 
 TEST_F(Interface, StopMirror) {
     EXPECT_EQ(stopMirror(), 1);
-    int result = 0;
-    std::promise<void> handleIsThere;
-    mirrorManager.mirrorThread = std::thread([&] {
-        handleIsThere.get_future().wait();
-        result = stopMirror();
-    });
-    handleIsThere.set_value();
-    mirrorManager.mirrorThread.join();
-    EXPECT_EQ(result, -1);
+    EXPECT_EQ(onMirroringThread(stopMirror), -1);
 }
 
 } // namespace

@@ -1,23 +1,20 @@
 #include "mirror/sharedFlag.h"
 #include "tests/mirror/manager.h"
 #include "tests/support/lightReceiver.h"
+#include "tests/support/noDescriptors.h"
 
-#include <future>
 #include <pthread.h>
-#include <thread>
 
 namespace {
 
 class Lifecycle : public ManagerTest {
 protected:
-    static std::string oneDevice(const std::string &ip, int mode = 0) {
-        return document("[" + device(ip, 1, "[]") + "]", mode);
-    }
-
-    // Waits until the run that is under way has ended by itself.
-    static void awaitCall(const std::string &name) {
-        while (!called(name))
-            std::this_thread::yield();
+    // Starts a run, waits until it has ended by itself and gives what it said.
+    static std::string run() {
+        CaptureStdout();
+        EXPECT_EQ(mirrorManager.startMirror(), 1);
+        mirrorManager.mirrorThread.join();
+        return GetCapturedStdout();
     }
 
     static bool called(const std::string &name) { return fake::callCount(name) > 0; }
@@ -36,7 +33,7 @@ TEST_F(Lifecycle, StopWithoutARunIsQuiet) {
 }
 
 TEST_F(Lifecycle, SecondStartIsRefused) {
-    ASSERT_EQ(configure(oneDevice("127.0.53.1")), 1);
+    ASSERT_EQ(setDevices({{"127.0.53.1", 1}}), 1);
     ASSERT_EQ(mirrorManager.startMirror(), 1);
     CaptureStdout();
     EXPECT_EQ(mirrorManager.startMirror(), 0);
@@ -47,7 +44,7 @@ TEST_F(Lifecycle, SecondStartIsRefused) {
 }
 
 TEST_F(Lifecycle, ARunFreesTheBuffer) {
-    ASSERT_EQ(configure(oneDevice("127.0.53.2")), 1);
+    ASSERT_EQ(setDevices({{"127.0.53.2", 1}}), 1);
     ASSERT_EQ(mirrorManager.startMirror(), 1);
     EXPECT_TRUE(readFlag(mirrorManager.running));
     ASSERT_EQ(mirrorManager.stopMirror(), 1);
@@ -57,7 +54,7 @@ TEST_F(Lifecycle, ARunFreesTheBuffer) {
 }
 
 TEST_F(Lifecycle, StopRightAfterStartDoesNotHang) {
-    ASSERT_EQ(configure(oneDevice("127.0.53.3")), 1);
+    ASSERT_EQ(setDevices({{"127.0.53.3", 1}}), 1);
     mirrorManager.matchFrameDelay = 0;
     for (int round = 0; round < 1000; ++round) {
         ASSERT_EQ(mirrorManager.startMirror(), 1);
@@ -67,8 +64,7 @@ TEST_F(Lifecycle, StopRightAfterStartDoesNotHang) {
 
 TEST_F(Lifecycle, ASecondRunWithoutConfigurationIsBlack) {
     test::LightReceiver light("127.0.53.4", 60221);
-    ASSERT_EQ(configure(document("[" + device("127.0.53.4", 1, "[" + panel(9, 5, 5) + "]") + "]")),
-              1);
+    ASSERT_EQ(setDevices({{"127.0.53.4", 1, {{9, 5, 5}}}}), 1);
     const std::vector<std::uint32_t> white(64 * 48, 0xffffff);
     fake::deliver(kCGDisplayStreamFrameStatusFrameComplete, &white);
     ASSERT_EQ(mirrorManager.startMirror(), 1);
@@ -84,7 +80,7 @@ TEST_F(Lifecycle, ASecondRunWithoutConfigurationIsBlack) {
 TEST_F(Lifecycle, PortFollowsTheControlVersion) {
     test::LightReceiver narrow("127.0.53.5", 60221), wide("127.0.53.5", 60222);
     for (const int version : {0, 1, 2, -1}) {
-        ASSERT_EQ(configure(document("[" + device("127.0.53.5", version, "[]") + "]")), 1);
+        ASSERT_EQ(setDevices({{"127.0.53.5", version}}), 1);
         narrow.drain();
         wide.drain();
         ASSERT_EQ(mirrorManager.startMirror(), 1);
@@ -94,35 +90,50 @@ TEST_F(Lifecycle, PortFollowsTheControlVersion) {
     }
 }
 
-TEST_F(Lifecycle, UnknownModeEndsByItselfAndStillHasToBeStopped) {
+TEST_F(Lifecycle, ARunWithoutAModeEndsByItselfAndStillHasToBeStopped) {
+    test::LightReceiver light("127.0.53.6", 60221);
     for (const int mode : {4, -1, 2147483647}) {
+        ASSERT_EQ(setDevices({{"127.0.53.6", 1}}, mode), 1);
         fake::forgetCalls();
-        ASSERT_EQ(configure(oneDevice("127.0.53.6", mode)), 1);
-        ASSERT_EQ(mirrorManager.startMirror(), 1);
-        awaitCall("CGDisplayStreamStop");
         CaptureStdout();
+        ASSERT_EQ(mirrorManager.startMirror(), 1);
+        while (!called("CGDisplayStreamStop"))
+            std::this_thread::yield();
         EXPECT_EQ(mirrorManager.startMirror(), 0);
-        EXPECT_EQ(GetCapturedStdout(), "Mirroring already running.\n");
         EXPECT_TRUE(mirrorManager.running);
         EXPECT_EQ(mirrorManager.stopMirror(), 1);
+        EXPECT_EQ(GetCapturedStdout(), "Mirroring already running.\n");
+        EXPECT_EQ(fake::platform().calls,
+                  (std::vector<std::string>{"CGDisplayStreamStart", "CGDisplayStreamStop"}));
         EXPECT_EQ(mirrorManager.frameBuffer, nullptr);
+        EXPECT_FALSE(light.next(std::chrono::milliseconds(0)));
+    }
+}
+
+TEST_F(Lifecycle, WithoutAModeASocketADeviceIsOpenedAllTheSame) {
+    for (const int mode : {4, -1}) {
+        ASSERT_EQ(setDevices({{"127.0.59.5", 1}, {"127.0.59.5", 2}}, mode), 1);
+        CaptureStdout();
+        {
+            const test::NoDescriptors none;
+            EXPECT_EQ(mirrorManager.startMirror(), 1);
+            mirrorManager.mirrorThread.join();
+        }
+        EXPECT_EQ(GetCapturedStdout(), "cannot open socket\ncannot open socket\n");
     }
 }
 
 TEST_F(Lifecycle, RefusedStreamStartSkipsTheRun) {
-    ASSERT_EQ(configure(oneDevice("127.0.53.7")), 1);
+    ASSERT_EQ(setDevices({{"127.0.53.7", 1}}), 1);
     fake::platform().startResult = kCGErrorFailure;
-    CaptureStdout();
-    ASSERT_EQ(mirrorManager.startMirror(), 1);
-    mirrorManager.mirrorThread.join();
-    EXPECT_EQ(GetCapturedStdout(), "Stream start failed!\n");
+    EXPECT_EQ(run(), "Stream start failed!\n");
     EXPECT_FALSE(called("CGDisplayStreamStop"));
     EXPECT_NE(mirrorManager.frameBuffer, nullptr);
     EXPECT_TRUE(mirrorManager.running);
 }
 
 TEST_F(Lifecycle, MissingStreamIsAStartFailure) {
-    ASSERT_EQ(configure(oneDevice("127.0.53.8")), 1);
+    ASSERT_EQ(setDevices({{"127.0.53.8", 1}}), 1);
     mirrorManager.displayStream = nullptr;
     CaptureStdout();
     ASSERT_EQ(mirrorManager.startMirror(), 1);
@@ -131,7 +142,7 @@ TEST_F(Lifecycle, MissingStreamIsAStartFailure) {
 }
 
 TEST_F(Lifecycle, FailedStreamStopIsToldAndTheRunGoesOnToItsEnd) {
-    ASSERT_EQ(configure(oneDevice("127.0.53.9")), 1);
+    ASSERT_EQ(setDevices({{"127.0.53.9", 1}}), 1);
     fake::platform().stopResult = kCGErrorFailure;
     CaptureStdout();
     ASSERT_EQ(mirrorManager.startMirror(), 1);
@@ -141,23 +152,27 @@ TEST_F(Lifecycle, FailedStreamStopIsToldAndTheRunGoesOnToItsEnd) {
 }
 
 TEST_F(Lifecycle, ExceptionEndsTheRunWithoutStoppingTheStream) {
-    ASSERT_EQ(configure(oneDevice("127.0.53.10")), 1);
+    ASSERT_EQ(setDevices({{"127.0.53.10", 1}}), 1);
     fake::platform().throwOnStart = true;
-    CaptureStdout();
-    ASSERT_EQ(mirrorManager.startMirror(), 1);
-    mirrorManager.mirrorThread.join();
-    EXPECT_EQ(GetCapturedStdout(), "Error during runMirror\n");
+    EXPECT_EQ(run(), "Error during runMirror\n");
     EXPECT_FALSE(called("CGDisplayStreamStop"));
+    EXPECT_NE(mirrorManager.frameBuffer, nullptr);
+    EXPECT_TRUE(mirrorManager.running);
+}
+
+TEST_F(Lifecycle, ExceptionInAModeLeavesTheStreamAndTheBuffer) {
+    ASSERT_EQ(setDevices({{"127.0.59.6", 1}}, 3), 1);
+    mirrorManager.paletteSize = -1;
+    fake::forgetCalls();
+    EXPECT_EQ(run(), "Error during runMirror\n");
+    EXPECT_EQ(fake::platform().calls, std::vector<std::string>{"CGDisplayStreamStart"});
     EXPECT_NE(mirrorManager.frameBuffer, nullptr);
     EXPECT_TRUE(mirrorManager.running);
 }
 
 TEST_F(Lifecycle, AnAddressThatDoesNotParseHoldsUpNobody) {
     test::LightReceiver light("127.0.53.11", 60221);
-    ASSERT_EQ(configure(document("[" + device("nowhere", 2, "[]") + "," +
-                                 device("10.0.0.5:60222", 2, "[]") + "," +
-                                 device("127.0.53.11", 1, "[]") + "]")),
-              1);
+    ASSERT_EQ(setDevices({{"nowhere", 2}, {"10.0.0.5:60222", 2}, {"127.0.53.11", 1}}), 1);
     ASSERT_EQ(mirrorManager.startMirror(), 1);
     EXPECT_TRUE(light.next());
     EXPECT_TRUE(light.next());
@@ -169,7 +184,7 @@ TEST_F(Lifecycle, AThreadThatCannotBeMadeIsAnError) {
 #if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
     GTEST_SKIP() << "the sanitizers end the process when a thread cannot be made";
 #endif
-    ASSERT_EQ(configure(oneDevice("127.0.53.13")), 1);
+    ASSERT_EQ(setDevices({{"127.0.53.13", 1}}), 1);
     pthread_attr_t before, huge;
     pthread_getattr_default_np(&before);
     pthread_attr_init(&huge);
@@ -191,17 +206,9 @@ TEST_F(Lifecycle, JoiningOneselfIsAnError) {
 #if __has_feature(thread_sanitizer)
     GTEST_SKIP() << "the thread sanitizer forgets a thread that tries to join itself";
 #endif
-    int result = 0;
-    std::promise<void> handleIsThere;
     CaptureStdout();
-    mirrorManager.mirrorThread = std::thread([&] {
-        handleIsThere.get_future().wait();
-        result = mirrorManager.stopMirror();
-    });
-    handleIsThere.set_value();
-    mirrorManager.mirrorThread.join();
+    EXPECT_EQ(onMirroringThread([] { return mirrorManager.stopMirror(); }), -1);
     EXPECT_EQ(GetCapturedStdout(), "Error stopping mirror\n");
-    EXPECT_EQ(result, -1);
 }
 
 } // namespace

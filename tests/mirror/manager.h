@@ -4,8 +4,11 @@
 #include "mirror/screenMirrorMac.h"
 #include "tests/fakes/fakePlatform.h"
 
+#include <future>
 #include <gtest/gtest.h>
 #include <string>
+#include <thread>
+#include <vector>
 
 using testing::internal::CaptureStdout;
 using testing::internal::GetCapturedStdout;
@@ -19,23 +22,53 @@ protected:
     }
     ~ManagerTest() override { clear(); }
 
-    static int configure(std::string json) { return mirrorManager.setMirrorConfig(json.data()); }
+    struct PanelSetup {
+        int id, x, y;
+    };
+    struct DeviceSetup {
+        std::string ip;
+        int controlVersion;
+        std::vector<PanelSetup> panels = {};
+    };
 
-    // A document with `devices` as the text of its device array.
-    static std::string document(const std::string &devices, int mode = 0, int display = 1) {
+    static std::string textOf(const PanelSetup &panel) {
+        return "{\"panelID\":" + std::to_string(panel.id) +
+               ",\"centroidX\":" + std::to_string(panel.x) +
+               ",\"centroidY\":" + std::to_string(panel.y) + "}";
+    }
+    static std::string textOf(const DeviceSetup &device) {
+        return "{\"ip\":\"" + device.ip +
+               "\",\"controlVersion\":" + std::to_string(device.controlVersion) +
+               ",\"shapeType\":0,\"scaleFactor\":0.1,\"panels\":" + textOf(device.panels) + "}";
+    }
+    template <class Setup> static std::string textOf(const std::vector<Setup> &setups) {
+        std::string text;
+        for (const Setup &setup : setups)
+            text += (text.empty() ? "" : ",") + textOf(setup);
+        return "[" + text + "]";
+    }
+    static std::string document(const std::vector<DeviceSetup> &devices, int mode = 0,
+                                int display = 1) {
         return "{\"displayID\":" + std::to_string(display) + ",\"mode\":" + std::to_string(mode) +
-               ",\"devices\":" + devices + "}";
+               ",\"devices\":" + textOf(devices) + "}";
     }
 
-    static std::string device(const std::string &ip, int controlVersion,
-                              const std::string &panels) {
-        return "{\"ip\":\"" + ip + "\",\"controlVersion\":" + std::to_string(controlVersion) +
-               ",\"shapeType\":0,\"scaleFactor\":0.1,\"panels\":" + panels + "}";
+    static int configure(std::string json) { return mirrorManager.setMirrorConfig(json.data()); }
+    static int setDevices(const std::vector<DeviceSetup> &devices, int mode = 0, int display = 1) {
+        return configure(document(devices, mode, display));
     }
 
-    static std::string panel(int id, int x, int y) {
-        return "{\"panelID\":" + std::to_string(id) + ",\"centroidX\":" + std::to_string(x) +
-               ",\"centroidY\":" + std::to_string(y) + "}";
+    // Makes a call on a thread that stands for the mirroring thread; gives its answer.
+    template <class Call> static int onMirroringThread(Call call) {
+        int result = 0;
+        std::promise<void> handleIsThere;
+        mirrorManager.mirrorThread = std::thread([&] {
+            handleIsThere.get_future().wait();
+            result = call();
+        });
+        handleIsThere.set_value();
+        mirrorManager.mirrorThread.join();
+        return result;
     }
 
 private:

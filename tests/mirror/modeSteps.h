@@ -11,11 +11,10 @@
 #include "tests/support/panelRecords.h"
 
 #include <memory>
-#include <thread>
 
 using Mode = void (MirrorManager::*)(int, UdpSocket *);
 
-// The screen is one of test::Pixels. Devices are made by lights(), one a control version.
+// The screen is one of test::Pixels. Devices are made by lights() or place().
 class ModeSteps : public ManagerTest {
 protected:
     ModeSteps() { fake::reset(test::screenSide, test::screenSide); }
@@ -35,21 +34,25 @@ protected:
         std::vector<int> panelIDs;
     };
 
-    // Configures these devices and aims a socket at a receiver for each.
+    // Configures these devices and aims a socket at a receiver for each. All panels are in the
+    // middle of the screen.
     void lights(const std::vector<Light> &wanted) {
-        std::string devices = "[";
+        std::vector<DeviceSetup> setups;
         for (const Light &light : wanted) {
-            std::string panels = "[";
+            setups.push_back({"127.0.57.1", light.controlVersion});
             for (const int id : light.panelIDs)
-                panels += (panels.size() > 1 ? "," : "") + panel(id, 50, 50);
-            devices += (devices.size() > 1 ? "," : "") +
-                       device("127.0.57.1", light.controlVersion, panels + "]");
+                setups.back().panels.push_back({id, 50, 50});
         }
-        ASSERT_EQ(configure(document(devices + "]")), 1);
+        place(setups);
         all = wanted;
-        sockets = std::make_unique<UdpSocket[]>(wanted.size());
+    }
+
+    // The same with panels anywhere.
+    void place(const std::vector<DeviceSetup> &setups) {
+        ASSERT_EQ(setDevices(setups), 1);
+        sockets = std::make_unique<UdpSocket[]>(setups.size());
         receivers.clear();
-        for (std::size_t d = 0; d < wanted.size(); ++d) {
+        for (std::size_t d = 0; d < setups.size(); ++d) {
             receivers.push_back(std::make_unique<test::LightReceiver>("127.0.57.1", 0));
             sockets[d].setRemote("127.0.57.1", receivers[d]->port());
         }
@@ -59,7 +62,7 @@ protected:
         fake::deliver(kCGDisplayStreamFrameStatusFrameComplete, &screen);
     }
 
-    int count() const { return static_cast<int>(all.size()); }
+    int count() const { return static_cast<int>(receivers.size()); }
 
     // Runs the mode; `atSleep(n)` stands for its n-th sleep, 0 first, and ends the run by false.
     template <class AtSleep> void run(Mode mode, AtSleep atSleep) {

@@ -1,10 +1,8 @@
 #include "tests/mirror/modeSteps.h"
 
-#include <ctime>
 #include <deque>
 #include <future>
 #include <poll.h>
-#include <random>
 #include <stdexcept>
 
 using test::Datagram;
@@ -140,8 +138,6 @@ TEST_F(PaletteMode, EveryByteOfManyTicks) {
         return tick < 300 && !HasFailure();
     });
     EXPECT_EQ(system.seeds.size(), 1u);
-    EXPECT_EQ(system.sleeps,
-              std::vector<std::chrono::nanoseconds>(301, std::chrono::milliseconds(99)));
 }
 
 TEST_F(PaletteMode, OtherHoldTimes) {
@@ -306,15 +302,6 @@ TEST_F(PaletteMode, AQuietTickConsumesACaptureWithoutALine) {
     EXPECT_TRUE(mirrorManager.streamFrames.empty());
 }
 
-TEST_F(PaletteMode, WithoutDevicesACaptureIsConsumed) {
-    lights({});
-    mirrorManager.captureRequested = true;
-    run(palette, [](int) { return false; });
-    EXPECT_FALSE(mirrorManager.captureRequested);
-    EXPECT_TRUE(mirrorManager.streamFrames.empty());
-    EXPECT_TRUE(system.draws.empty());
-}
-
 TEST_F(PaletteMode, ACaptureWithdrawnInMidTickIsStillTaken) {
     lights({{1, {1}}, {2, {2}}});
     show(test::plainScreen(0xff0000));
@@ -337,20 +324,6 @@ TEST_F(PaletteMode, ACaptureAskedForInMidTickTakesALaterOne) {
     run(palette, [](int) { return false; });
     EXPECT_TRUE(mirrorManager.captureRequested);
     EXPECT_TRUE(mirrorManager.streamFrames.empty());
-}
-
-TEST_F(PaletteMode, SeedsOnceWithTheTimeEvenWhenAlreadyStopped) {
-    lights({{1, {1}}});
-    mirrorManager.running = false;
-    const auto before = static_cast<unsigned>(std::time(nullptr));
-    mirrorManager.mirrorModePalette(1, sockets.get());
-    const auto after = static_cast<unsigned>(std::time(nullptr));
-    ASSERT_EQ(system.seeds.size(), 1u);
-    EXPECT_GE(system.seeds[0], before);
-    EXPECT_LE(system.seeds[0], after);
-    EXPECT_TRUE(arrived(0).empty());
-    EXPECT_TRUE(mirrorManager.palette.empty());
-    EXPECT_EQ(mirrorManager.samplePixels[6399], 89 * 100 + 89);
 }
 
 // Another thread that has the manager's mutex, from its construction until letGo().
@@ -438,21 +411,6 @@ TEST_F(PaletteMode, ANegativePanelCountLeavesTheMode) {
     lights({{1, {1}}});
     mirrorManager.devices[0].numPanels = -1;
     EXPECT_THROW(run(palette, [](int) { return false; }), std::length_error);
-}
-
-TEST_F(PaletteMode, WithoutADelayItDoesNotSleep) {
-    for (const int delay : {0, -3}) {
-        lights({{1, {1}}});
-        mirrorManager.paletteFrameDelay = delay;
-        show(stripes());
-        mirrorManager.running = true;
-        std::thread mode([&] { mirrorManager.mirrorModePalette(1, sockets.get()); });
-        for (int i = 0; i < 20; ++i)
-            EXPECT_TRUE(receivers[0]->next());
-        writeFlag(mirrorManager.running, false);
-        mode.join();
-    }
-    EXPECT_TRUE(system.sleeps.empty());
 }
 
 TEST_F(PaletteMode, TheMutexIsFreeBetweenTicks) {
