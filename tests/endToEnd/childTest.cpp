@@ -1,5 +1,4 @@
 // Hosts that load the library themselves: unloading in mid-run, and the signals.
-#include "mirror/mirrorInterface.h"
 #include "tests/endToEnd/exitStatus.h"
 #include "tests/endToEnd/lightSetup.h"
 #include "tests/support/process.h"
@@ -25,17 +24,13 @@ void sendSignal(const Process &host, int number) {
 class ChildTest : public testing::Test {
 protected:
     void SetUp() override {
-        screen.use();
         // What an unloaded library leaves behind by design cannot be named any more, and an exit
         // inside a handler leaves everything.
         addOption("ASAN_OPTIONS", "detect_leaks=0");
-        config = test::documentOf(test::displayIDs().at(0), 0,
-                                  {{"127.0.56.1", 1, 0, 0.2, {{1, 40, 40}}}});
     }
 
-    test::VirtualScreen screen{200, 100};
-    static std::string inPaletteMode() {
-        return test::documentOf(test::displayIDs().at(0), 3,
+    static std::string configIn(int mode) {
+        return test::documentOf(test::displayIDs().at(0), mode,
                                 {{"127.0.56.1", 1, 0, 0.2, {{1, 40, 40}}}});
     }
 
@@ -47,10 +42,9 @@ protected:
     // The exit may come between the end of a thread and its join.
     static void expectUnjoinedThreads() { addOption("TSAN_OPTIONS", "report_thread_leaks=0"); }
 
-    // What such a host has said by its end.
-    static std::string interruptInPaletteMode(const char *what, int round) {
-        expectUnjoinedThreads();
-        Process host({SIGNALHOST, MIRROR_LIBRARY, inPaletteMode(), what});
+    // What a host that is interrupted at some moment has said by its end.
+    static std::string interrupt(const char *what, const std::string &config, int round) {
+        Process host({SIGNALHOST, MIRROR_LIBRARY, config, what});
         host.waitFor("ready\n");
         usleep(static_cast<useconds_t>(round * 7919)); // spreads the moments; nothing is awaited
         sendSignal(host, SIGINT);
@@ -58,7 +52,8 @@ protected:
         return host.out();
     }
 
-    std::string config;
+    test::UsedScreen screen{200, 100};
+    const std::string config = configIn(0);
 };
 
 TEST_F(ChildTest, UnloadInMidRun) {
@@ -130,25 +125,22 @@ TEST_F(ChildTest, InterruptAtAnyMoment) {
 #if __has_feature(thread_sanitizer)
     GTEST_SKIP() << "the thread sanitizer knows no join inside a join";
 #endif
-    for (int round = 0; round < 20; ++round) {
-        Process host({SIGNALHOST, MIRROR_LIBRARY, config, "cycle"});
-        host.waitFor("ready\n");
-        usleep(static_cast<useconds_t>(round * 7919)); // spreads the moments; nothing is awaited
-        sendSignal(host, SIGINT);
-        ASSERT_EQ(host.finish().status, exitStatusOf(SIGINT)) << host.out();
-    }
+    for (int round = 0; round < 20 && !HasFailure(); ++round)
+        interrupt("cycle", config, round);
 }
 
 // The interrupted thread may hold the lock that the mode wants.
 TEST_F(ChildTest, InterruptWhileAskingForThePalette) {
+    expectUnjoinedThreads();
     for (int round = 0; round < 20; ++round)
-        interruptInPaletteMode("ask", round);
+        interrupt("ask", configIn(3), round);
 }
 
 // The process ends on one thread while another is inside the library.
 TEST_F(ChildTest, InterruptOnTheMirroringThreadWhileAskingForThePalette) {
+    expectUnjoinedThreads();
     for (int round = 0; round < 10; ++round)
-        EXPECT_NE(interruptInPaletteMode("elsewhere", round).find("Error stopping mirror"),
+        EXPECT_NE(interrupt("elsewhere", configIn(3), round).find("Error stopping mirror"),
                   std::string::npos);
 }
 

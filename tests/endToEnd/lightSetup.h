@@ -1,10 +1,12 @@
 // Lights of an end-to-end test: what the configuration says of them, and which bytes they must get.
 #pragma once
 
+#include "mirror/mirrorInterface.h"
 #include "tests/support/lightReceiver.h"
 
 #include <cstdint>
 #include <gtest/gtest.h>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -42,12 +44,41 @@ std::string documentOf(std::uint32_t displayID, int mode, const std::vector<Ligh
 // The datagram that match mode sends to `light` for `picture`, worked out on its own.
 Datagram matchDatagram(const LightSetup &light, const Picture &picture);
 
-// Waits for `wanted`; every datagram before it must be `earlier`, but for one that was made while
-// the new frame was being copied. False with a message otherwise.
+// Waits for `wanted`. Every datagram before it must be `earlier`, if that is given, but for one
+// that was made while the new frame was being copied. False with a message otherwise.
 testing::AssertionResult arrives(LightReceiver &receiver, const Datagram &wanted,
-                                 const Datagram &earlier);
+                                 const std::optional<Datagram> &earlier = std::nullopt);
 
 // The identifiers that getDisplays lists, in its order.
 std::vector<std::uint32_t> displayIDs();
+
+// A run of the library with one light, seen as the light sees it.
+class OneLightRun : public testing::Test {
+protected:
+    explicit OneLightRun(const std::string &ip) : light{ip, 1, 0, 0.2, {{1, 40, 40}}} {}
+    void TearDown() override { stopMirror(); }
+
+    static int configure(std::string text) { return setMirrorConfig(text.data()); }
+    // The configuration of the light, for the display that is listed first.
+    std::string document(int mode = 0) const {
+        return documentOf(displayIDs().at(0), mode, {light});
+    }
+
+    // Configures and starts in match mode, unless another configuration is given.
+    void start() { start(document()); }
+    void start(const std::string &text);
+
+    // The datagram of a screen of this colour.
+    Datagram plainDatagram(std::uint32_t colour) const {
+        return matchDatagram(light, plain(100, 100, colour));
+    }
+    // Waits until the light shows this colour, which the whole screen must have.
+    testing::AssertionResult showsPlain(std::uint32_t colour) {
+        return arrives(receiver, plainDatagram(colour));
+    }
+
+    LightSetup light;
+    LightReceiver receiver{light.ip, light.port()};
+};
 
 } // namespace test

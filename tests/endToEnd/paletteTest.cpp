@@ -1,16 +1,12 @@
 #include "tests/colour/transcription.h"
-#include "tests/endToEnd/paletteRun.h"
+#include "tests/endToEnd/systemRandom.h"
 #include "tests/endToEnd/wallRun.h"
-
-#include "mirror/mirrorInterface.h"
 
 #include <algorithm>
 #include <cmath>
 
 using test::Datagram;
 using test::LightReceiver;
-using test::Palette;
-using test::PaletteForecast;
 using test::Pixels;
 using test::Record;
 
@@ -28,11 +24,67 @@ Pixels quarters(std::uint32_t a, std::uint32_t b, std::uint32_t c, std::uint32_t
     return pixels;
 }
 
+using Palette = std::vector<std::uint32_t>;
+
 Palette paletteOf(const Pixels &pixels) {
     Palette palette;
     for (const RGB &colour : transcription::paletteOf(test::samplesOf(pixels), 8))
         palette.push_back(transcription::packed(colour));
     return palette;
+}
+
+// Palette mode foretold: its datagrams tick by tick from the number that seeded it.
+class PaletteForecast {
+public:
+    PaletteForecast(const std::vector<test::LightSetup> &lights_, unsigned seed)
+        : lights(lights_), random(seed) {
+        for (const test::LightSetup &light : lights)
+            left.emplace_back(light.panels.size(), 0);
+    }
+
+    // A panel that changes in this tick; its colour is `colourDraw` modulo the palette's length.
+    struct Change {
+        int id;
+        int hold;
+        int colourDraw;
+    };
+
+    // The next tick: for each light the panels that change.
+    std::vector<std::vector<Change>> tick() {
+        std::vector<std::vector<Change>> all;
+        for (std::size_t d = 0; d < lights.size(); ++d) {
+            std::vector<Change> changes;
+            for (std::size_t p = 0; p < left[d].size(); ++p) {
+                if (left[d][p] == 0) {
+                    left[d][p] = 10 + random.draw() % 5;
+                    const int id =
+                        lights[d].panels[p].id & (lights[d].controlVersion == 1 ? 0xff : 0xffff);
+                    changes.push_back({id, left[d][p], 0});
+                }
+                --left[d][p];
+            }
+            for (Change &change : changes)
+                change.colourDraw = random.draw();
+            all.push_back(changes);
+        }
+        return all;
+    }
+
+private:
+    const std::vector<test::LightSetup> &lights;
+    test::SystemRandom random;
+    std::vector<std::vector<int>> left; // ticks until a panel changes; 0: now
+};
+
+// The records of these changes under a palette.
+std::vector<Record> recordsOf(const std::vector<PaletteForecast::Change> &changes,
+                              const Palette &palette) {
+    std::vector<Record> records;
+    for (const PaletteForecast::Change &change : changes)
+        records.push_back({change.id,
+                           palette[static_cast<std::size_t>(change.colourDraw) % palette.size()], 0,
+                           change.hold});
+    return records;
 }
 
 class PaletteRun : public test::WallRun {
@@ -89,7 +141,7 @@ protected:
                 return from;
             const int version = lights[d].controlVersion;
             const auto fits = [&](const Palette &palette) {
-                return *datagram == test::encode(version, test::recordsOf(changes[d], palette));
+                return *datagram == test::encode(version, recordsOf(changes[d], palette));
             };
             while (from < palettes.size() && !fits(palettes[from]))
                 ++from;
@@ -214,7 +266,7 @@ TEST_F(PaletteRun, Snapshots) {
         const auto changes = forecast.tick();
         std::vector<std::string> lines;
         for (std::size_t d = 0; d < lights.size(); ++d) {
-            const auto records = test::recordsOf(changes[d], blue);
+            const auto records = recordsOf(changes[d], blue);
             if (records.empty())
                 continue;
             lines.push_back(test::lineOf(static_cast<int>(lights[d].panels.size()), records));

@@ -2,7 +2,6 @@
 // The library is its only client, so that nearly every call meets a reset.
 //
 // MIRROR_RESET_ROUNDS in the environment says how many rounds it has to hold.
-#include "mirror/mirrorInterface.h"
 #include "tests/endToEnd/lightSetup.h"
 #include "tests/platform/processUsage.h"
 #include "tests/support/virtualScreen.h"
@@ -16,20 +15,12 @@ int rounds() {
     return wanted != nullptr ? std::atoi(wanted) : 10;
 }
 
-class ResettingServer : public testing::Test {
+class ResettingServer : public test::OneLightRun {
 protected:
-    void SetUp() override {
-        screen.disconnect();
-        screen.use();
-    }
-    void TearDown() override { stopMirror(); }
+    ResettingServer() : OneLightRun("127.0.55.2") { screen.disconnect(); }
 
     // White after every reset; the library's own frame begins black.
-    test::VirtualScreen screen{200, 100, 24, {"-reset", "-wr"}};
-    const test::LightSetup light{"127.0.55.2", 1, 0, 0.2, {{1, 40, 40}}};
-    test::LightReceiver receiver{light.ip, light.port()};
-    const test::Datagram black = test::matchDatagram(light, test::plain(200, 100, 0));
-    const test::Datagram white = test::matchDatagram(light, test::plain(200, 100, 0xffffff));
+    test::UsedScreen screen{200, 100, 24, {"-reset", "-wr"}};
 };
 
 TEST_F(ResettingServer, EveryRoundOfCallsIsServed) {
@@ -43,11 +34,10 @@ TEST_F(ResettingServer, EveryRoundOfCallsIsServed) {
             << list;
         const auto displays = test::displayIDs();
         ASSERT_EQ(displays.size(), 1u);
-        std::string document = test::documentOf(displays.at(0), 0, {light});
-        ASSERT_EQ(setMirrorConfig(document.data()), 1);
+        ASSERT_EQ(configure(test::documentOf(displays.at(0), 0, {light})), 1);
         receiver.drain();
         ASSERT_EQ(startMirror(), 1);
-        ASSERT_TRUE(test::arrives(receiver, white, black));
+        ASSERT_TRUE(test::arrives(receiver, plainDatagram(0xffffff), plainDatagram(0)));
         ASSERT_EQ(stopMirror(), 1);
     }
     EXPECT_TRUE(test::threadsBecome(threads));

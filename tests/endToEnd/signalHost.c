@@ -8,11 +8,9 @@
  *       "cycle"  prints "ready" and then starts and stops without end
  *       "after"  prints "ready" after a run has been stopped and waits
  *       "ask"    prints "ready" and then asks for the palette without end
- *       "elsewhere"  does the same and has signals come to the library's threads alone; "ready"
- * once something has been sent, since the thread sanitizer loses a signal that comes amid a
- * thread's first call that may block "again"  is interrupted in its second start, just before the
- * thread is made "newborn"  is interrupted in its second start, on the new thread before it does
- * anything
+ *       "elsewhere"  does the same and has signals come to the library's threads alone
+ *       "again"  is interrupted in its second start, just before the thread is made
+ *       "newborn"  is interrupted in its second start, on the new thread before it does anything
  */
 #define _GNU_SOURCE
 #include "mirror/mirrorInterface.h"
@@ -131,6 +129,7 @@ int main(int argc, char **argv) {
         sigemptyset(&interrupt);
         sigaddset(&interrupt, SIGINT);
         pthread_sigmask(SIG_BLOCK, &interrupt, NULL);
+        /* The thread sanitizer loses a signal that comes amid a thread's first blocking call. */
         while (!__atomic_load_n(&sent, __ATOMIC_ACQUIRE))
             usleep(1000);
     }

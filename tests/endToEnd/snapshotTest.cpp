@@ -1,5 +1,4 @@
 // A snapshot holds what the lights were really sent. (Palette mode's is in paletteTest.cpp.)
-#include "mirror/mirrorInterface.h"
 #include "tests/endToEnd/wallRun.h"
 
 #include <algorithm>

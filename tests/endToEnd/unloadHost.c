@@ -11,7 +11,6 @@
 #include <dirent.h>
 #include <dlfcn.h>
 #include <poll.h>
-#include <sched.h>
 #include <signal.h>
 #include <stdio.h>
 #include <stdlib.h>
@@ -35,8 +34,8 @@ static int countEntries(const char *path) {
 
 /* A thread that was joined may still be listed for a moment. */
 static int threadsBecome(int count) {
-    for (int tries = 0; tries < 10000 && countEntries("/proc/self/task") != count; ++tries)
-        sched_yield();
+    for (int tries = 0; tries < 20000 && countEntries("/proc/self/task") != count; ++tries)
+        poll(NULL, 0, 1); /* milliseconds */
     return countEntries("/proc/self/task") == count;
 }
 

@@ -1,5 +1,4 @@
 #include "tests/endToEnd/wallRun.h"
-#include "mirror/mirrorInterface.h"
 #include "tests/colour/transcription.h"
 
 #include <poll.h>
@@ -19,10 +18,6 @@ std::string paletteText(const Pixels &screen) {
 }
 
 } // namespace
-
-void WallRun::SetUp() {
-    screen.use();
-}
 
 void WallRun::TearDown() {
     pollFreely();

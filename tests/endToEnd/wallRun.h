@@ -19,7 +19,6 @@ namespace test {
 
 class WallRun : public testing::Test {
 protected:
-    void SetUp() override;
     void TearDown() override;
 
     // Configures and starts. `lights` are on 127.0.57.x; listens to each from before the start.
@@ -63,7 +62,7 @@ protected:
         return std::nullopt;
     }
 
-    VirtualScreen screen{screenSide, screenSide};
+    UsedScreen screen{screenSide, screenSide};
     std::vector<LightSetup> lights;
     std::vector<std::unique_ptr<LightReceiver>> receivers;
     std::time_t startedAt = 0;

@@ -71,4 +71,14 @@ private:
     int depth = 0;
 };
 
+// One that this process uses from the start.
+class UsedScreen : public VirtualScreen {
+public:
+    UsedScreen(int width, int height, int depth = 24,
+               const std::vector<std::string> &extraArguments = {})
+        : VirtualScreen(width, height, depth, extraArguments) {
+        use();
+    }
+};
+
 } // namespace test
