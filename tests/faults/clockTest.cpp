@@ -54,12 +54,10 @@ using Steady = std::chrono::steady_clock;
 
 class ClockJump : public test::FaultRun {
 protected:
-    void SetUp() override { screen.use(); }
     void TearDown() override {
         FaultRun::TearDown();
         shift = 0;
     }
-    test::VirtualScreen screen{200, 100};
 };
 
 TEST_F(ClockJump, IsNotNoticed) {

@@ -25,11 +25,6 @@ std::string told(const test::Holdings &holdings) {
 
 class Cycle : public test::FaultRun {
 protected:
-    void SetUp() override {
-        screen.use();
-        screen.fill(0x00ff00);
-    }
-
     // Runs `once` often and expects that the process holds the same from the first tenth on, but
     // for `kept` bytes each time.
     template <class Once>
@@ -52,8 +47,6 @@ protected:
         EXPECT_LE(late.heapBytes, early.heapBytes + keptInAll + 4096);
         EXPECT_LE(late.residentBytes, early.residentBytes + keptInAll + pageSlack);
     }
-
-    test::VirtualScreen screen{200, 100};
 };
 
 TEST_F(Cycle, StartAndStop) {

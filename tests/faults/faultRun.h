@@ -1,15 +1,11 @@
 // A run of the library around which things go wrong, seen as its lights see it.
 #pragma once
 
-#include "mirror/mirrorInterface.h"
 #include "tests/endToEnd/lightSetup.h"
 #include "tests/support/virtualScreen.h"
 
-#include <chrono>
 #include <cstddef>
-#include <gtest/gtest.h>
 #include <string>
-#include <vector>
 
 namespace test {
 
@@ -28,24 +24,15 @@ struct Holdings {
 };
 Holdings holdings();
 
-class FaultRun : public testing::Test {
+// One light, and a screen that is green at first.
+class FaultRun : public OneLightRun {
 protected:
-    void TearDown() override { stopMirror(); }
+    explicit FaultRun(int width = 200, int height = 100)
+        : OneLightRun("127.0.62.1"), screen(width, height) {
+        screen.fill(0x00ff00);
+    }
 
-    static int configure(std::string text) { return setMirrorConfig(text.data()); }
-    // The configuration of the one light, for the display that is listed first.
-    std::string document(int mode = 0) const;
-
-    // Configures and starts in match mode.
-    void start();
-
-    // Waits until the light shows this colour, which the whole screen must have.
-    testing::AssertionResult showsPlain(std::uint32_t colour);
-    // The datagram of a screen of this colour.
-    Datagram plainDatagram(std::uint32_t colour) const;
-
-    LightSetup light{"127.0.62.1", 1, 0, 0.2, {{1, 40, 40}}};
-    LightReceiver receiver{"127.0.62.1", 60221};
+    UsedScreen screen;
 };
 
 } // namespace test

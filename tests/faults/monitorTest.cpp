@@ -6,9 +6,9 @@ namespace {
 // A root of 400 x 400 that is red on top and blue below, with a monitor somewhere on it.
 class MonitorFault : public test::FaultRun {
 protected:
+    MonitorFault() : FaultRun(400, 400) {}
     void SetUp() override {
         light.panels = {{1, 40, 20}};
-        screen.use();
         screen.fillRect(0, 0, 400, 200, 0xff0000);
         screen.fillRect(0, 200, 400, 200, 0x0000ff);
         place("200/100x100/50+0+0");
@@ -24,8 +24,6 @@ protected:
         place(geometry);
     }
     void takeAway() { screen.run({"xrandr", "--delmonitor", "watched"}); }
-
-    test::VirtualScreen screen{400, 400};
 };
 
 TEST_F(MonitorFault, ResizedGoesOnAndANewConfigurationTakesTheNewSize) {
@@ -77,8 +75,7 @@ TEST_F(MonitorFault, AnotherOneAddedChangesNothingAndCanBeMirrored) {
     EXPECT_TRUE(showsPlain(0x00ff00));
     const auto displays = test::displayIDs();
     ASSERT_EQ(displays.size(), 2u);
-    ASSERT_EQ(configure(test::documentOf(displays[1], 0, {light})), 1);
-    ASSERT_EQ(startMirror(), 1);
+    start(test::documentOf(displays[1], 0, {light}));
     EXPECT_TRUE(showsPlain(0x0000ff));
 }
 

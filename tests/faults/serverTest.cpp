@@ -3,14 +3,9 @@
 
 namespace {
 
-class Server : public test::FaultRun {
-protected:
-    static constexpr int sides[] = {200, 100};
-    test::VirtualScreen screen{sides[0], sides[1]};
-};
+class Server : public test::FaultRun {};
 
 TEST_F(Server, BackUnderItsNameServesANewConfiguration) {
-    screen.use();
     screen.fill(0xff0000);
     start();
     ASSERT_TRUE(showsPlain(0xff0000));
@@ -28,7 +23,6 @@ TEST_F(Server, BackUnderItsNameServesANewConfiguration) {
 
 // Who misses the loss altogether only starts anew.
 TEST_F(Server, ARunThatOutlivesItsServerEndsAndTheNextOneNeedsOnlyTheConfiguration) {
-    screen.use();
     screen.fill(0xff0000);
     start();
     ASSERT_TRUE(showsPlain(0xff0000));

@@ -1,9 +1,9 @@
 // Shared memory refused, in each of the ways in which a system can.
 #include "tests/faults/faultRun.h"
 #include "tests/faults/systemRefusals.h"
+#include "tests/platform/processUsage.h"
 
 #include <csignal>
-#include <fstream>
 #include <sys/resource.h>
 
 namespace {
@@ -14,21 +14,11 @@ using testing::internal::GetCapturedStdout;
 
 class SharedMemory : public test::FaultRun {
 protected:
-    void SetUp() override {
-        screen.use();
-        screen.fill(0x00ff00);
-    }
-    test::VirtualScreen screen{640, 480};
-};
+    SharedMemory() : FaultRun(640, 480) {}
 
-// Whether a frame lies in memory that is shared with the server.
-bool isShared() {
-    std::ifstream maps("/proc/self/maps");
-    for (std::string line; std::getline(maps, line);)
-        if (line.find("screen pixels") != std::string::npos)
-            return true;
-    return false;
-}
+    // Whether a frame lies in memory that is shared with the server.
+    static bool isShared() { return test::mappings("screen pixels") > 0; }
+};
 
 // A frame then travels over the connection to the server, and nothing is different to a light.
 class Unshared : public SharedMemory, public testing::WithParamInterface<Refusal> {};

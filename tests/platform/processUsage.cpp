@@ -15,19 +15,6 @@ namespace test {
 
 namespace {
 
-std::size_t entriesOf(const char *folder) {
-    const std::filesystem::directory_iterator entries(folder);
-    return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
-}
-
-std::size_t linesOf(const char *file) {
-    std::ifstream stream(file);
-    std::size_t count = 0;
-    for (std::string line; std::getline(stream, line);)
-        ++count;
-    return count;
-}
-
 bool becomes(const std::function<bool()> &condition) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
     while (!condition()) {
@@ -56,7 +43,8 @@ bool isAlive(const std::filesystem::path &task) {
 } // namespace
 
 std::size_t openDescriptors() {
-    return entriesOf("/proc/self/fd");
+    const std::filesystem::directory_iterator entries("/proc/self/fd");
+    return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
 }
 
 std::size_t threads() {
@@ -86,8 +74,12 @@ std::size_t systemSharedSegments() {
     return count;
 }
 
-std::size_t mappings() {
-    return linesOf("/proc/self/maps");
+std::size_t mappings(const std::string &text, int process) {
+    std::ifstream maps("/proc/" + (process == 0 ? "self" : std::to_string(process)) + "/maps");
+    std::size_t count = 0;
+    for (std::string line; std::getline(maps, line);)
+        count += line.find(text) != std::string::npos;
+    return count;
 }
 
 std::set<int> threadIds(const std::set<int> &others) {

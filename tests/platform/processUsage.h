@@ -3,13 +3,15 @@
 
 #include <cstddef>
 #include <set>
+#include <string>
 
 namespace test {
 
 std::size_t openDescriptors();
 std::size_t threads();
 std::size_t systemSharedSegments(); // System V ones, made by this process
-std::size_t mappings();
+// Those whose line in the system's list holds this text, of this process unless one is given.
+std::size_t mappings(const std::string &text = {}, int process = 0);
 
 // Wait until it is so; false when it was not in time.
 bool openDescriptorsBecome(std::size_t number);
