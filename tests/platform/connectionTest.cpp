@@ -7,7 +7,6 @@
 #include "tests/platform/processUsage.h"
 #include "tests/support/virtualScreen.h"
 
-#include <arpa/inet.h>
 #include <atomic>
 #include <cstdio>
 #include <cstdlib>
@@ -67,13 +66,19 @@ public:
         testing::TempDir() + "connectionTest." + std::to_string(getpid()) + ".authority";
 };
 
+sockaddr_in loopback(int port) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<std::uint16_t>(port));
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    return address;
+}
+
 // Takes connections on a port of its own and does with each what it was told to.
 class Listener {
 public:
     explicit Listener(std::function<void(Descriptor)> onConnection) {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        inet_pton(AF_INET, "127.0.0.1", &address.sin_addr);
+        sockaddr_in address = loopback(0);
         socklen_t length = sizeof address;
         if (bind(fd.get(), reinterpret_cast<sockaddr *>(&address), length) != 0 ||
             listen(fd.get(), 16) != 0 ||
@@ -203,11 +208,7 @@ TEST(Connection, AServerThatHungUpIsNotCalledSilent) {
 TEST(Connection, AServerThatAnswersSlowlyIsWaitedFor) {
     const VirtualScreen screen(64, 48, 24, {"-listen", "tcp"});
     const Listener slow([&screen](Descriptor client) {
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_port =
-            htons(static_cast<std::uint16_t>(6000 + std::stoi(screen.display().substr(1))));
-        inet_pton(AF_INET, "127.0.0.1", &address.sin_addr);
+        sockaddr_in address = loopback(6000 + std::stoi(screen.display().substr(1)));
         const Descriptor server(socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
         ASSERT_EQ(connect(server.get(), reinterpret_cast<sockaddr *>(&address), sizeof address), 0);
         relay(client.get(), server.get(), 700ms);

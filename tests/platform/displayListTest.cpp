@@ -9,41 +9,24 @@
 #include <gtest/gtest.h>
 #include <set>
 
-using test::VirtualScreen;
-
-namespace {
-
-std::vector<CGDirectDisplayID> activeDisplays() {
-    std::array<CGDirectDisplayID, 32> ids{};
-    std::uint32_t count = 0;
-    EXPECT_EQ(CGGetActiveDisplayList(32, ids.data(), &count), kCGErrorSuccess);
-    return {ids.begin(), ids.begin() + count};
-}
-
-void setMonitor(const VirtualScreen &screen, const std::string &name, const std::string &geometry) {
-    screen.run({"xrandr", "--setmonitor", name, geometry, "none"});
-}
-
-} // namespace
+using test::UsedScreen;
 
 TEST(DisplayList, IdentifiersOutliveTheServer) {
     std::vector<CGDirectDisplayID> before;
     std::vector<CGDirectDisplayID> after;
     {
-        const VirtualScreen screen(320, 200);
-        screen.use();
-        setMonitor(screen, "left", "160/40x200/50+0+0");
-        setMonitor(screen, "right", "160/40x200/50+160+0");
-        before = activeDisplays();
+        const UsedScreen screen(320, 200);
+        test::addMonitor(screen, "160/40x200/50+0+0", "left");
+        test::addMonitor(screen, "160/40x200/50+160+0", "right");
+        before = test::activeDisplays();
     }
     {
         // Atoms and the order of things differ in the second server's life.
-        const VirtualScreen screen(640, 400);
-        screen.use();
+        const UsedScreen screen(640, 400);
         screen.run({"xprop", "-root", "-f", "SOMETHING_ELSE", "8s", "-set", "SOMETHING_ELSE", "x"});
-        setMonitor(screen, "right", "160/40x200/50+160+0");
-        setMonitor(screen, "left", "160/40x200/50+0+0");
-        after = activeDisplays();
+        test::addMonitor(screen, "160/40x200/50+160+0", "right");
+        test::addMonitor(screen, "160/40x200/50+0+0", "left");
+        after = test::activeDisplays();
     }
     ASSERT_EQ(before.size(), 3u);
     ASSERT_EQ(after.size(), 3u);
@@ -54,26 +37,24 @@ TEST(DisplayList, IdentifiersOutliveTheServer) {
 }
 
 TEST(DisplayList, KeepsTheServersOrderAndFollowsChanges) {
-    const VirtualScreen screen(320, 200);
-    screen.use();
-    setMonitor(screen, "b", "160/40x200/50+0+0");
-    const auto one = activeDisplays();
+    const UsedScreen screen(320, 200);
+    test::addMonitor(screen, "160/40x200/50+0+0", "b");
+    const auto one = test::activeDisplays();
     ASSERT_EQ(one.size(), 2u);
-    setMonitor(screen, "a", "160/40x200/50+160+0");
-    const auto two = activeDisplays();
+    test::addMonitor(screen, "160/40x200/50+160+0", "a");
+    const auto two = test::activeDisplays();
     ASSERT_EQ(two.size(), 3u);
     EXPECT_EQ(two.at(0), one.at(0));
     screen.run({"xrandr", "--delmonitor", "b"});
-    const auto left = activeDisplays();
+    const auto left = test::activeDisplays();
     ASSERT_EQ(left.size(), 2u);
     EXPECT_EQ(left.at(0), two.at(1));
 }
 
 TEST(DisplayList, CapacityBoundsTheListButNotTheBareCount) {
-    const VirtualScreen screen(320, 200);
-    screen.use();
+    const UsedScreen screen(320, 200);
     for (int i = 0; i < 11; ++i)
-        setMonitor(screen, "m" + std::to_string(i), "100/10x100/10+0+0");
+        test::addMonitor(screen, "100/10x100/10+0+0", "m" + std::to_string(i));
 
     std::uint32_t count = 99;
     EXPECT_EQ(CGGetActiveDisplayList(10, nullptr, &count), kCGErrorSuccess);
@@ -103,16 +84,14 @@ TEST(DisplayList, WithoutAServerIsEmptyAndAnError) {
 }
 
 TEST(DisplayList, AServerWithoutMonitorsIsAnError) {
-    const VirtualScreen screen(320, 200, 24, {"-extension", "RANDR"});
-    screen.use();
+    const UsedScreen screen(320, 200, 24, {"-extension", "RANDR"});
     std::uint32_t count = 7;
     EXPECT_NE(CGGetActiveDisplayList(10, nullptr, &count), kCGErrorSuccess);
     EXPECT_EQ(count, 0u);
 }
 
 TEST(DisplayList, AHungServerCostsSecondsAtMost) {
-    const VirtualScreen screen(320, 200);
-    screen.use();
+    const UsedScreen screen(320, 200);
     const CGDirectDisplayID id = test::onlyDisplay();
     kill(screen.pid(), SIGSTOP);
     const auto before = std::chrono::steady_clock::now();
@@ -122,5 +101,5 @@ TEST(DisplayList, AHungServerCostsSecondsAtMost) {
     EXPECT_EQ(CGDisplayCreateImage(id), nullptr);
     EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(10));
     kill(screen.pid(), SIGCONT);
-    EXPECT_EQ(activeDisplays().size(), 1u);
+    EXPECT_EQ(test::activeDisplays().size(), 1u);
 }

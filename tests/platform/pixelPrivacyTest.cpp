@@ -16,7 +16,7 @@
 #include <xcb/shm.h>
 
 using test::StreamProbe;
-using test::VirtualScreen;
+using test::UsedScreen;
 
 namespace {
 
@@ -46,12 +46,8 @@ extern "C" xcb_void_cookie_t __wrap_xcb_shm_attach_fd_checked(xcb_connection_t *
 namespace {
 
 // How many mappings of screen memory a process has.
-int pixelMappings(pid_t process) {
-    std::ifstream stream("/proc/" + std::to_string(process) + "/maps");
-    int count = 0;
-    for (std::string line; std::getline(stream, line);)
-        count += line.find("screen pixels") != std::string::npos ? 1 : 0;
-    return count;
+std::size_t pixelMappings(pid_t process) {
+    return test::mappings("screen pixels", process);
 }
 
 // Shared memory that has a name and outlives processes: files, and System V segments.
@@ -82,32 +78,29 @@ int descriptorsOf(const std::string &name) {
 } // namespace
 
 TEST(PixelPrivacy, ScreenMemoryIsNobodyElses) {
-    const VirtualScreen screen(64, 48);
-    screen.use();
+    const UsedScreen screen(64, 48);
     const auto before = namedMemory();
     shared = {};
     StreamProbe stream(test::onlyDisplay(), 64, 48);
-    ASSERT_EQ(stream.start(), kCGErrorSuccess);
-    ASSERT_TRUE(stream.waitForCount(kCGDisplayStreamFrameStatusFrameComplete, 1));
+    ASSERT_TRUE(stream.startAndWait());
     ASSERT_GE(shared.count, 1);
     EXPECT_EQ(shared.file.st_mode & 0777, 0600u);
     EXPECT_EQ(shared.file.st_uid, geteuid());
     EXPECT_EQ(shared.file.st_nlink, 0u); // it has no name
-    EXPECT_GE(pixelMappings(getpid()), 1);
+    EXPECT_GE(pixelMappings(getpid()), 1u);
     EXPECT_EQ(descriptorsOf("screen pixels"), 0); // nothing left to open it by
     EXPECT_EQ(test::systemSharedSegments(), 0u);
     EXPECT_EQ(namedMemory(), before);
 }
 
 TEST(PixelPrivacy, NothingOutlivesACrash) {
-    const VirtualScreen screen(64, 48);
+    const UsedScreen screen(64, 48);
     const auto before = namedMemory();
     int ready[2];
     ASSERT_EQ(pipe(ready), 0);
     const pid_t child = fork();
     if (child == 0) {
         prctl(PR_SET_PDEATHSIG, SIGKILL);
-        screen.use();
         StreamProbe stream(test::onlyDisplay(), 64, 48);
         const char good = stream.start() == kCGErrorSuccess &&
                                   stream.waitForCount(kCGDisplayStreamFrameStatusFrameComplete, 1)
@@ -121,15 +114,15 @@ TEST(PixelPrivacy, NothingOutlivesACrash) {
     EXPECT_EQ(read(ready[0], &good, 1), 1);
     EXPECT_EQ(good, 1);
     EXPECT_EQ(namedMemory(), before);
-    EXPECT_GE(pixelMappings(child), 1);
-    EXPECT_GE(pixelMappings(screen.pid()), 1);
+    EXPECT_GE(pixelMappings(child), 1u);
+    EXPECT_GE(pixelMappings(screen.pid()), 1u);
     kill(child, SIGKILL);
     EXPECT_EQ(waitpid(child, nullptr, 0), child);
     // The server lets go as soon as it has read that the connection has ended.
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
     while (pixelMappings(screen.pid()) > 0 && std::chrono::steady_clock::now() < deadline)
         std::this_thread::yield();
-    EXPECT_EQ(pixelMappings(screen.pid()), 0);
+    EXPECT_EQ(pixelMappings(screen.pid()), 0u);
     EXPECT_EQ(namedMemory(), before);
     close(ready[0]);
     close(ready[1]);

@@ -179,8 +179,7 @@ TEST_F(Signals, OurThreadsTakeNoneButFaults) {
 }
 
 TEST_F(Signals, TheHandlersThreadTakesNoneOfTheHosts) {
-    const test::VirtualScreen screen(64, 48);
-    screen.use();
+    const test::UsedScreen screen(64, 48);
     test::StreamProbe stream(test::onlyDisplay(), 64, 48);
     std::atomic<bool> blocked = true;
     stream.onCall = [&](const test::HandlerCall &) {
@@ -188,15 +187,13 @@ TEST_F(Signals, TheHandlersThreadTakesNoneOfTheHosts) {
             if (!isBlocked(each))
                 blocked = false;
     };
-    ASSERT_EQ(stream.start(), kCGErrorSuccess);
-    ASSERT_TRUE(stream.waitForCalls(1));
+    ASSERT_TRUE(stream.startAndWait());
     ASSERT_EQ(stream.stop(), kCGErrorSuccess);
     EXPECT_TRUE(blocked);
 }
 
 TEST_F(Signals, ADeadServerRaisesNothingInAnyCall) {
-    test::VirtualScreen screen(64, 48);
-    screen.use();
+    test::UsedScreen screen(64, 48);
     const CGDirectDisplayID id = test::onlyDisplay();
     test::StreamProbe stream(id, 64, 48);
     ASSERT_EQ(stream.start(), kCGErrorSuccess);

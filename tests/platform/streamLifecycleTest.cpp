@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 
 using test::StreamProbe;
-using test::VirtualScreen;
+using test::UsedScreen;
 using namespace std::chrono_literals;
 
 namespace {
@@ -20,8 +20,7 @@ constexpr auto stopped = kCGDisplayStreamFrameStatusStopped;
 } // namespace
 
 TEST(StreamLifecycle, BadArgumentsAreRefused) {
-    const VirtualScreen screen(64, 48);
-    screen.use();
+    const UsedScreen screen(64, 48);
     const CGDirectDisplayID id = test::onlyDisplay();
     static dispatch_queue_t queue = dispatch_queue_create("queue", nullptr);
     const CGDisplayStreamFrameAvailableHandler handler =
@@ -46,15 +45,13 @@ TEST(StreamLifecycle, WithoutAServerOrDamageThereIsNoStream) {
     unsetenv("DISPLAY");
     EXPECT_EQ(StreamProbe(1438993425, 64, 48).get(), nullptr);
     for (const char *extension : {"DAMAGE", "RANDR", "XFIXES"}) {
-        const VirtualScreen screen(64, 48, 24, {"-extension", extension});
-        screen.use();
+        const UsedScreen screen(64, 48, 24, {"-extension", extension});
         EXPECT_EQ(StreamProbe(1438993425, 64, 48).get(), nullptr) << extension;
     }
 }
 
 TEST(StreamLifecycle, StartAndStopOutOfTurnAreErrors) {
-    const VirtualScreen screen(64, 48);
-    screen.use();
+    const UsedScreen screen(64, 48);
     EXPECT_NE(CGDisplayStreamStart(nullptr), kCGErrorSuccess);
     EXPECT_NE(CGDisplayStreamStop(nullptr), kCGErrorSuccess);
     StreamProbe stream(test::onlyDisplay(), 64, 48);
@@ -66,17 +63,12 @@ TEST(StreamLifecycle, StartAndStopOutOfTurnAreErrors) {
 }
 
 TEST(StreamLifecycle, StartOfALostDisplayIsAnError) {
-    VirtualScreen screen(64, 48);
-    screen.use();
-    screen.run({"xrandr", "--setmonitor", "extra", "20/10x10/10+0+0", "none"});
-    CGDirectDisplayID ids[2] = {};
-    std::uint32_t count = 0;
-    CGGetActiveDisplayList(2, ids, &count);
-    StreamProbe stream(ids[0], 20, 10);
+    UsedScreen screen(64, 48);
+    StreamProbe stream(test::addMonitor(screen, "20/10x10/10+0+0", "extra"), 20, 10);
     ASSERT_NE(stream.get(), nullptr);
     screen.run({"xrandr", "--delmonitor", "extra"});
     EXPECT_NE(stream.start(), kCGErrorSuccess);
-    screen.run({"xrandr", "--setmonitor", "extra", "20/10x10/10+0+0", "none"});
+    test::addMonitor(screen, "20/10x10/10+0+0", "extra");
     EXPECT_EQ(stream.start(), kCGErrorSuccess);
     EXPECT_EQ(stream.stop(), kCGErrorSuccess);
     screen.kill();
@@ -85,8 +77,7 @@ TEST(StreamLifecycle, StartOfALostDisplayIsAnError) {
 }
 
 TEST(StreamLifecycle, StoppedIsTheLastCallAndComesBeforeTheStopReturns) {
-    VirtualScreen screen(64, 48);
-    screen.use();
+    UsedScreen screen(64, 48);
     StreamProbe stream(test::onlyDisplay(), 64, 48);
     for (std::size_t round = 1; round <= 20; ++round) {
         ASSERT_EQ(stream.start(), kCGErrorSuccess);
@@ -103,8 +94,7 @@ TEST(StreamLifecycle, StoppedIsTheLastCallAndComesBeforeTheStopReturns) {
 }
 
 TEST(StreamLifecycle, TheHandlerRunsOnAThreadOfItsOwn) {
-    VirtualScreen screen(64, 48);
-    screen.use();
+    UsedScreen screen(64, 48);
     const std::size_t threadsBefore = test::threads();
     StreamProbe stream(test::onlyDisplay(), 64, 48);
     EXPECT_TRUE(test::threadsBecome(threadsBefore));
@@ -124,8 +114,7 @@ TEST(StreamLifecycle, TheHandlerRunsOnAThreadOfItsOwn) {
 }
 
 TEST(StreamLifecycle, ManyRoundsLeaveNothingBehind) {
-    const VirtualScreen screen(64, 48);
-    screen.use();
+    const UsedScreen screen(64, 48);
     const CGDirectDisplayID id = test::onlyDisplay();
     { // What the first round alone sets up for good is not counted.
         StreamProbe stream(id, 64, 48);
@@ -150,8 +139,7 @@ TEST(StreamLifecycle, ManyRoundsLeaveNothingBehind) {
 }
 
 TEST(StreamLifecycle, StopFromTheQueueReturnsAndStoppedFollows) {
-    const VirtualScreen screen(64, 48);
-    screen.use();
+    const UsedScreen screen(64, 48);
     const std::size_t descriptors = test::openDescriptors();
     const std::size_t threads = test::threads();
     StreamProbe stream(test::onlyDisplay(), 64, 48);
@@ -172,8 +160,7 @@ TEST(StreamLifecycle, StopFromTheQueueReturnsAndStoppedFollows) {
 }
 
 TEST(StreamLifecycle, AHangingHandlerDoesNotHangTheStop) {
-    VirtualScreen screen(64, 48);
-    screen.use();
+    UsedScreen screen(64, 48);
     std::atomic<bool> goOn = false;
     std::atomic<bool> wentOn = false;
     StreamProbe stream(test::onlyDisplay(), 64, 48);
@@ -183,8 +170,7 @@ TEST(StreamLifecycle, AHangingHandlerDoesNotHangTheStop) {
         wentOn.notify_all();
     };
     const std::size_t threads = test::threads();
-    ASSERT_EQ(stream.start(), kCGErrorSuccess);
-    ASSERT_TRUE(stream.waitForCalls(1));
+    ASSERT_TRUE(stream.startAndWait());
     const auto before = platform::Clock::now();
     EXPECT_NE(stream.stop(), kCGErrorSuccess);
     const auto taken = platform::Clock::now() - before;
@@ -200,8 +186,7 @@ TEST(StreamLifecycle, AHangingHandlerDoesNotHangTheStop) {
 }
 
 TEST(StreamLifecycle, TwoStreamsRunSideBySide) {
-    VirtualScreen screen(64, 48);
-    screen.use();
+    UsedScreen screen(64, 48);
     screen.fill(0);
     StreamProbe first(test::onlyDisplay(), 64, 48);
     StreamProbe second(test::onlyDisplay(), 32, 24);

@@ -7,12 +7,11 @@
 #include <gtest/gtest.h>
 
 using test::StreamProbe;
-using test::VirtualScreen;
+using test::UsedScreen;
 using namespace std::chrono_literals;
 
 TEST(StreamPace, MinimumFrameTimeIsKeptUnderConstantDrawing) {
-    VirtualScreen screen(320, 200);
-    screen.use();
+    UsedScreen screen(320, 200);
     StreamProbe stream(test::onlyDisplay(), 320, 200, 0.03);
     ASSERT_EQ(stream.start(), kCGErrorSuccess);
     const auto begin = platform::Clock::now();
@@ -29,12 +28,10 @@ TEST(StreamPace, MinimumFrameTimeIsKeptUnderConstantDrawing) {
 }
 
 TEST(StreamPace, AfterAPauseAFrameGoesOutAtOnce) {
-    VirtualScreen screen(320, 200);
-    screen.use();
+    UsedScreen screen(320, 200);
     // Anything that waited for a multiple of this time would show.
     StreamProbe stream(test::onlyDisplay(), 320, 200, 1.0);
-    ASSERT_EQ(stream.start(), kCGErrorSuccess);
-    ASSERT_TRUE(stream.waitForCalls(1));
+    ASSERT_TRUE(stream.startAndWait());
     EXPECT_FALSE(stream.waitForCalls(2, 1100ms));
     const auto before = platform::Clock::now();
     screen.fill(0x112233);
@@ -44,8 +41,7 @@ TEST(StreamPace, AfterAPauseAFrameGoesOutAtOnce) {
 }
 
 TEST(StreamPace, AStillScreenIsNotTouchedAtAll) {
-    VirtualScreen screen(1920, 1080);
-    screen.use();
+    UsedScreen screen(1920, 1080);
     screen.fill(0x223344);
     const std::set<int> others = test::threadIds();
     StreamProbe stream(test::onlyDisplay(), 1920, 1080, 0.03);
@@ -64,14 +60,12 @@ TEST(StreamPace, AStillScreenIsNotTouchedAtAll) {
 }
 
 TEST(StreamPace, FramesDoNotPileUpBehindASlowHandler) {
-    VirtualScreen screen(64, 48);
-    screen.use();
+    UsedScreen screen(64, 48);
     screen.fill(0);
     std::atomic<bool> drawn = false;
     StreamProbe stream(test::onlyDisplay(), 64, 48);
     stream.onCall = [&](const test::HandlerCall &) { drawn.wait(false); };
-    ASSERT_EQ(stream.start(), kCGErrorSuccess);
-    ASSERT_TRUE(stream.waitForCalls(1));
+    ASSERT_TRUE(stream.startAndWait());
     std::uint32_t colour = 0;
     for (int i = 0; i < 300; ++i)
         screen.fill(++colour);

@@ -29,11 +29,56 @@ Frame frameOf(const void *bgra_, int width, int height) {
     return frame;
 }
 
-CGDirectDisplayID onlyDisplay() {
+std::vector<CGDirectDisplayID> activeDisplays() {
+    std::vector<CGDirectDisplayID> ids(32);
     std::uint32_t count = 0;
-    CGDirectDisplayID ids[2] = {};
-    CGGetActiveDisplayList(2, ids, &count);
-    return count == 1 ? ids[0] : 0;
+    CGGetActiveDisplayList(32, ids.data(), &count);
+    ids.resize(count);
+    return ids;
+}
+
+CGDirectDisplayID onlyDisplay() {
+    const auto ids = activeDisplays();
+    return ids.size() == 1 ? ids[0] : 0;
+}
+
+CGDirectDisplayID addMonitor(const VirtualScreen &screen, const std::string &geometry,
+                             const std::string &name) {
+    screen.run({"xrandr", "--setmonitor", name, geometry, "none"});
+    return activeDisplays().at(0);
+}
+
+PictureScreen::PictureScreen(int width, int height, const std::vector<std::string> &extraArguments)
+    : UsedScreen(width, height, 24, extraArguments), picture{width, height, {}} {
+    std::uint32_t state = 5;
+    for (int i = 0; i < width * height; ++i) {
+        state = state * 1664525u + 1013904223u;
+        picture.pixels.push_back(state >> 8);
+    }
+    putPixels(0, 0, width, height, picture.pixels.data());
+}
+
+void PictureScreen::paint(int x, int y, int width, int height, std::uint32_t colour) {
+    fillRect(x, y, width, height, colour);
+    for (int row = y; row < y + height; ++row)
+        std::fill_n(picture.pixels.begin() + row * picture.width + x, width, colour);
+}
+
+Frame PictureScreen::part(int x, int y, int width, int height) const {
+    return part(x, y, width, height, width, height);
+}
+
+Frame PictureScreen::part(int x, int y, int width, int height, int frameWidth,
+                          int frameHeight) const {
+    Frame frame{frameWidth, frameHeight, {}};
+    for (int row = 0; row < frameHeight; ++row)
+        for (int column = 0; column < frameWidth; ++column) {
+            const int fromX = x + column * width / frameWidth;
+            const int fromY = y + row * height / frameHeight;
+            const bool isInside = fromX < picture.width && fromY < picture.height;
+            frame.pixels.push_back(isInside ? picture.at(fromX, fromY) : 0);
+        }
+    return frame;
 }
 
 StreamProbe::StreamProbe(CGDirectDisplayID display, int width, int height, double minimumFrameTime)
@@ -111,6 +156,10 @@ bool StreamProbe::waitForFrame(const std::function<bool(const Frame &)> &conditi
                              [&] { return latest.width != 0 && condition(latest); });
 }
 
+bool StreamProbe::waitForFrame(const Frame &wanted) {
+    return waitForFrame([&](const Frame &frame) { return frame == wanted; });
+}
+
 bool StreamProbe::waitForPixel(int x, int y, std::uint32_t colour) {
     return waitForFrame([=](const Frame &frame) { return frame.at(x, y) == colour; });
 }
@@ -118,17 +167,6 @@ bool StreamProbe::waitForPixel(int x, int y, std::uint32_t colour) {
 Frame StreamProbe::latestFrame() const {
     const std::lock_guard lock(mutex);
     return latest;
-}
-
-std::vector<std::uint32_t> noise(int width, int height, std::uint32_t seed) {
-    std::vector<std::uint32_t> pixels(static_cast<std::size_t>(width) *
-                                      static_cast<std::size_t>(height));
-    std::uint32_t state = seed;
-    for (std::uint32_t &pixel : pixels) {
-        state = state * 1664525u + 1013904223u;
-        pixel = state >> 8;
-    }
-    return pixels;
 }
 
 } // namespace test

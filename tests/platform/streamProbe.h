@@ -2,12 +2,14 @@
 #pragma once
 
 #include "platform/objects/monotonicCondition.h"
+#include "tests/support/virtualScreen.h"
 
 #include <CoreGraphics/CoreGraphics.h>
 #include <chrono>
 #include <cstdint>
 #include <functional>
 #include <mutex>
+#include <string>
 #include <thread>
 #include <vector>
 
@@ -26,6 +28,7 @@ struct Frame {
     int height = 0;
     std::vector<std::uint32_t> pixels;
 
+    bool operator==(const Frame &) const = default;
     std::uint32_t at(int x, int y) const {
         return pixels[static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
                       static_cast<std::size_t>(x)];
@@ -35,8 +38,32 @@ struct Frame {
 // Turns BGRA bytes into a frame; the fourth byte of a pixel is left out.
 Frame frameOf(const void *bgra, int width, int height);
 
+// The identifiers of the displays, in the server's order; none without a server.
+std::vector<CGDirectDisplayID> activeDisplays();
+
 // The identifier of the only display; 0 when there is not exactly one.
 CGDirectDisplayID onlyDisplay();
+
+// Adds a monitor to the server that is used. Gives the identifier of the first one, which it is if
+// no other has been added.
+CGDirectDisplayID addMonitor(const VirtualScreen &screen, const std::string &geometry,
+                             const std::string &name = "added");
+
+// A screen that shows a picture in which every pixel differs from its neighbours.
+class PictureScreen : public UsedScreen {
+public:
+    PictureScreen(int width, int height, const std::vector<std::string> &extraArguments = {});
+
+    // Fills a rectangle of the screen and of the picture.
+    void paint(int x, int y, int width, int height, std::uint32_t colour);
+
+    // What a frame of this part of the picture shows, black beyond its edges; scaled to another
+    // size.
+    Frame part(int x, int y, int width, int height) const;
+    Frame part(int x, int y, int width, int height, int frameWidth, int frameHeight) const;
+
+    Frame picture;
+};
 
 class StreamProbe {
 public:
@@ -52,6 +79,8 @@ public:
     CGDisplayStreamRef get() const { return stream; }
     CGError start() { return CGDisplayStreamStart(stream); }
     CGError stop() { return CGDisplayStreamStop(stream); }
+    // Starts and waits for the first call of the handler; false when either fails.
+    bool startAndWait() { return start() == kCGErrorSuccess && waitForCalls(1); }
 
     // Runs at the end of each call of the handler, on the queue. Set before the start.
     std::function<void(const HandlerCall &)> onCall;
@@ -66,6 +95,7 @@ public:
     // Until the latest frame satisfies `condition`.
     bool waitForFrame(const std::function<bool(const Frame &)> &condition,
                       std::chrono::milliseconds limit = patience);
+    bool waitForFrame(const Frame &wanted);
     bool waitForPixel(int x, int y, std::uint32_t colour);
 
     Frame latestFrame() const;
@@ -83,8 +113,5 @@ private:
     std::vector<HandlerCall> received;
     Frame latest;
 };
-
-// A picture in which every pixel differs from its neighbours.
-std::vector<std::uint32_t> noise(int width, int height, std::uint32_t seed);
 
 } // namespace test

@@ -8,7 +8,7 @@
 #include <gtest/gtest.h>
 
 using test::StreamProbe;
-using test::VirtualScreen;
+using test::UsedScreen;
 using namespace std::chrono_literals;
 
 namespace {
@@ -44,8 +44,7 @@ int __wrap_pthread_sigmask(int how, const sigset_t *set, sigset_t *before) {
 }
 
 TEST(StreamStart, TheFirstCallOfTheHandlerMayStopTheStream) {
-    const VirtualScreen screen(64, 48);
-    screen.use();
+    const UsedScreen screen(64, 48);
     const std::size_t threads = test::threads();
     StreamProbe stream(test::onlyDisplay(), 64, 48);
     std::atomic<CGError> result = kCGErrorFailure;

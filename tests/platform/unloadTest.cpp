@@ -7,14 +7,13 @@
 #include <cstdlib>
 #include <deque>
 #include <dlfcn.h>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
 
 using test::StreamProbe;
-using test::VirtualScreen;
+using test::UsedScreen;
 
 namespace {
 
@@ -24,17 +23,8 @@ ModuleRun &newRun() {
     return runs->emplace_back();
 }
 
-bool isMapped(const std::string &file) {
-    std::ifstream maps("/proc/self/maps");
-    for (std::string line; std::getline(maps, line);)
-        if (line.find(file) != std::string::npos)
-            return true;
-    return false;
-}
-
 // Loads the module, has it stream until a frame came, and unloads it.
-void runAndUnload(const VirtualScreen &screen, ModuleRun &run) {
-    screen.use();
+void runAndUnload(ModuleRun &run) {
     void *module = dlopen(UNLOAD_MODULE, RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(module, nullptr) << dlerror();
     auto *start = reinterpret_cast<StartInModule *>(dlsym(module, "startInModule"));
@@ -45,17 +35,17 @@ void runAndUnload(const VirtualScreen &screen, ModuleRun &run) {
         std::this_thread::yield();
     EXPECT_GT(run.frames, 0);
     ASSERT_EQ(dlclose(module), 0);
-    EXPECT_FALSE(isMapped(UNLOAD_MODULE));
+    EXPECT_EQ(test::mappings(UNLOAD_MODULE), 0u);
 }
 
 } // namespace
 
 TEST(Unload, AStreamThatNobodyStopsIsStopped) {
-    VirtualScreen screen(64, 48);
+    UsedScreen screen(64, 48);
     const std::size_t threads = test::threads();
     const std::size_t descriptors = test::openDescriptors();
     for (int round = 0; round < 50; ++round) {
-        runAndUnload(screen, newRun());
+        runAndUnload(newRun());
         ASSERT_TRUE(test::threadsBecome(threads));
         // Whoever still watched the screen would now run code that is gone.
         screen.fill(static_cast<std::uint32_t>(round));
@@ -64,12 +54,12 @@ TEST(Unload, AStreamThatNobodyStopsIsStopped) {
 }
 
 TEST(Unload, DestructorsOfTheLibraryComeFirstAndFindTheStreamRunning) {
-    VirtualScreen screen(64, 48);
+    UsedScreen screen(64, 48);
     const std::size_t threads = test::threads();
     for (int round = 0; round < 50; ++round) {
         ModuleRun &run = newRun();
         run.stopInDestructor = true;
-        runAndUnload(screen, run);
+        runAndUnload(run);
         EXPECT_EQ(run.stopResult, kCGErrorSuccess);
         ASSERT_TRUE(test::threadsBecome(threads));
     }
@@ -83,8 +73,7 @@ protected:
 TEST_F(ExitTest, OfTheProcessWhileAStreamRuns) {
     EXPECT_EXIT(
         {
-            const VirtualScreen screen(64, 48);
-            screen.use();
+            const UsedScreen screen(64, 48);
             auto *stream = new StreamProbe(test::onlyDisplay(), 64, 48);
             if (stream->start() == kCGErrorSuccess && stream->waitForCalls(1))
                 exit(7);
@@ -95,8 +84,7 @@ TEST_F(ExitTest, OfTheProcessWhileAStreamRuns) {
 TEST_F(ExitTest, CalledByTheHandlerItself) {
     EXPECT_EXIT(
         {
-            const VirtualScreen screen(64, 48);
-            screen.use();
+            const UsedScreen screen(64, 48);
             auto *stream = new StreamProbe(test::onlyDisplay(), 64, 48);
             stream->onCall = [](const test::HandlerCall &) { exit(8); };
             if (stream->start() == kCGErrorSuccess)
@@ -106,11 +94,9 @@ TEST_F(ExitTest, CalledByTheHandlerItself) {
 }
 
 TEST_F(ExitTest, OfAForkedChildLeavesTheParentsStreamAlone) {
-    VirtualScreen screen(64, 48);
-    screen.use();
+    UsedScreen screen(64, 48);
     StreamProbe stream(test::onlyDisplay(), 64, 48);
-    ASSERT_EQ(stream.start(), kCGErrorSuccess);
-    ASSERT_TRUE(stream.waitForCalls(1));
+    ASSERT_TRUE(stream.startAndWait());
     const pid_t child = fork();
     if (child == 0)
         exit(0);
