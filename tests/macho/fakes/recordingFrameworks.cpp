@@ -38,26 +38,54 @@ const Display *displayWith(CGDirectDisplayID id) {
     return nullptr;
 }
 
-const CFAllocatorRef defaultAllocator = nullptr;
-
-const CFBooleanRef &falseBoolean() {
-    static const auto boolean = as<CFBooleanRef>(constant());
-    return boolean;
+// The display of an image; null for a null image.
+const Display *displayOf(const std::string &call, CGImageRef image) {
+    Object *object = image == nullptr ? nullptr : objects().use(call, Kind::Image, image);
+    record(call + "(" + nameOf(object) + ")");
+    return object == nullptr ? nullptr : displayWith(static_cast<CGDirectDisplayID>(object->value));
 }
 
-const CFStringRef &minimumFrameTimeKey() {
-    static const auto key = as<CFStringRef>(constant());
-    return key;
+std::string optionsText(const Object *dictionary) {
+    std::string all;
+    for (const auto &[key, value] : dictionary->entries) {
+        const Object *object = objects().use("a stream's option", value);
+        all += all.empty() ? "" : ", ";
+        if (key == kCGDisplayStreamMinimumFrameTime && object != nullptr &&
+            object->kind == Kind::Number)
+            all += "at least " + std::to_string(object->value) + " s a frame";
+        else if (key == kCGDisplayStreamShowCursor && value == kCFBooleanFalse)
+            all += "no cursor";
+        else
+            objects().note("a stream with an unknown option");
+    }
+    return all;
 }
 
-const CFStringRef &showCursorKey() {
-    static const auto key = as<CFStringRef>(constant());
-    return key;
+CGError startOrStop(const std::string &call, CGDisplayStreamRef stream, CGError result) {
+    if (stream == nullptr) {
+        record(call + "(null)");
+        return kCGErrorIllegalArgument;
+    }
+    record(call + "(" + nameOf(objects().use(call, Kind::Stream, stream)) + ")");
+    return result;
 }
+
+} // namespace
+
+} // namespace macho::fake
+
+using namespace macho::fake;
+
+extern "C" {
+
+const CFAllocatorRef kCFAllocatorDefault = nullptr;
+const CFBooleanRef kCFBooleanFalse = as<CFBooleanRef>(constant());
+const CFStringRef kCGDisplayStreamMinimumFrameTime = as<CFStringRef>(constant());
+const CFStringRef kCGDisplayStreamShowCursor = as<CFStringRef>(constant());
 
 // Displays and images.
 
-CGError getActiveDisplayList(std::uint32_t room, CGDirectDisplayID *list, std::uint32_t *count) {
+CGError CGGetActiveDisplayList(std::uint32_t room, CGDirectDisplayID *list, std::uint32_t *count) {
     const auto &displays = frameworks().script.displays;
     const std::size_t told =
         list == nullptr ? displays.size() : std::min<std::size_t>(room, displays.size());
@@ -69,7 +97,7 @@ CGError getActiveDisplayList(std::uint32_t room, CGDirectDisplayID *list, std::u
     return kCGErrorSuccess;
 }
 
-CGImageRef displayCreateImage(CGDirectDisplayID id) {
+CGImageRef CGDisplayCreateImage(CGDirectDisplayID id) {
     const Display *display = displayWith(id);
     Object *image = display == nullptr ? nullptr : objects().make(Kind::Image);
     if (image != nullptr)
@@ -78,29 +106,22 @@ CGImageRef displayCreateImage(CGDirectDisplayID id) {
     return as<CGImageRef>(image);
 }
 
-// The display of an image; null for a null image.
-const Display *displayOf(const std::string &call, CGImageRef image) {
-    Object *object = image == nullptr ? nullptr : objects().use(call, Kind::Image, image);
-    record(call + "(" + nameOf(object) + ")");
-    return object == nullptr ? nullptr : displayWith(static_cast<CGDirectDisplayID>(object->value));
-}
-
-std::size_t imageGetWidth(CGImageRef image) {
+std::size_t CGImageGetWidth(CGImageRef image) {
     const Display *display = displayOf("CGImageGetWidth", image);
     return display == nullptr ? 0 : display->width;
 }
 
-std::size_t imageGetHeight(CGImageRef image) {
+std::size_t CGImageGetHeight(CGImageRef image) {
     const Display *display = displayOf("CGImageGetHeight", image);
     return display == nullptr ? 0 : display->height;
 }
 
-std::size_t imageGetBitsPerPixel(CGImageRef image) {
+std::size_t CGImageGetBitsPerPixel(CGImageRef image) {
     const Display *display = displayOf("CGImageGetBitsPerPixel", image);
     return display == nullptr ? 0 : display->bitsPerPixel;
 }
 
-CGDataProviderRef imageGetDataProvider(CGImageRef image) {
+CGDataProviderRef CGImageGetDataProvider(CGImageRef image) {
     const Display *display = displayOf("CGImageGetDataProvider", image);
     if (display == nullptr)
         return nullptr;
@@ -110,7 +131,7 @@ CGDataProviderRef imageGetDataProvider(CGImageRef image) {
     return as<CGDataProviderRef>(provider);
 }
 
-void imageRelease(CGImageRef image) {
+void CGImageRelease(CGImageRef image) {
     if (image == nullptr) {
         record("CGImageRelease(null)");
         return;
@@ -119,7 +140,7 @@ void imageRelease(CGImageRef image) {
     objects().release("CGImageRelease", image);
 }
 
-CFDataRef dataProviderCopyData(CGDataProviderRef provider) {
+CFDataRef CGDataProviderCopyData(CGDataProviderRef provider) {
     Object *from = provider == nullptr
                        ? nullptr
                        : objects().use("CGDataProviderCopyData", Kind::Provider, provider);
@@ -132,7 +153,7 @@ CFDataRef dataProviderCopyData(CGDataProviderRef provider) {
 
 // CoreFoundation.
 
-CFNumberRef numberCreate(CFAllocatorRef allocator, CFNumberType type, const void *value) {
+CFNumberRef CFNumberCreate(CFAllocatorRef allocator, CFNumberType type, const void *value) {
     if (allocator != nullptr || type != kCFNumberDoubleType || value == nullptr) {
         objects().note("CFNumberCreate with the type " + std::to_string(type));
         return nullptr;
@@ -143,9 +164,9 @@ CFNumberRef numberCreate(CFAllocatorRef allocator, CFNumberType type, const void
     return as<CFNumberRef>(number);
 }
 
-CFDictionaryRef dictionaryCreate(CFAllocatorRef allocator, const void **keys, const void **values,
-                                 CFIndex count, const CFDictionaryKeyCallBacks *keyCallBacks,
-                                 const CFDictionaryValueCallBacks *valueCallBacks) {
+CFDictionaryRef CFDictionaryCreate(CFAllocatorRef allocator, const void **keys, const void **values,
+                                   CFIndex count, const CFDictionaryKeyCallBacks *keyCallBacks,
+                                   const CFDictionaryValueCallBacks *valueCallBacks) {
     if (allocator != nullptr || keyCallBacks != nullptr || valueCallBacks != nullptr)
         objects().note("CFDictionaryCreate with an allocator or callbacks");
     Object *dictionary = objects().make(Kind::Dictionary);
@@ -159,45 +180,29 @@ CFDictionaryRef dictionaryCreate(CFAllocatorRef allocator, const void **keys, co
     return as<CFDictionaryRef>(dictionary);
 }
 
-const UInt8 *dataGetBytePtr(CFDataRef data) {
+const UInt8 *CFDataGetBytePtr(CFDataRef data) {
     Object *object = objects().use("CFDataGetBytePtr", Kind::Data, data);
     record("CFDataGetBytePtr(" + nameOf(object) + ")");
     return object == nullptr ? nullptr : object->bytes.data();
 }
 
-void release(CFTypeRef reference) {
+void CFRelease(CFTypeRef reference) {
     record("CFRelease(" + nameOf(objects().use("CFRelease", reference)) + ")");
     objects().release("CFRelease", reference);
 }
 
 // Streams.
 
-dispatch_queue_t queueCreate(const char *label, dispatch_queue_attr_t attributes) {
+dispatch_queue_t dispatch_queue_create(const char *label, dispatch_queue_attr_t attributes) {
     Object *queue = objects().make(Kind::Queue);
     record("dispatch_queue_create(\"" + std::string(label) + "\", " +
            (attributes == nullptr ? "serial" : "other") + ") = " + nameOf(queue));
     return as<dispatch_queue_t>(queue);
 }
 
-std::string optionsText(const Object *dictionary) {
-    std::string all;
-    for (const auto &[key, value] : dictionary->entries) {
-        const Object *object = objects().use("a stream's option", value);
-        all += all.empty() ? "" : ", ";
-        if (key == minimumFrameTimeKey() && object != nullptr && object->kind == Kind::Number)
-            all += "at least " + std::to_string(object->value) + " s a frame";
-        else if (key == showCursorKey() && value == falseBoolean())
-            all += "no cursor";
-        else
-            objects().note("a stream with an unknown option");
-    }
-    return all;
-}
-
-CGDisplayStreamRef streamCreate(CGDirectDisplayID id, std::size_t width, std::size_t height,
-                                std::int32_t format, CFDictionaryRef options,
-                                dispatch_queue_t queue,
-                                CGDisplayStreamFrameAvailableHandler handler) {
+CGDisplayStreamRef CGDisplayStreamCreateWithDispatchQueue(
+    CGDirectDisplayID id, std::size_t width, std::size_t height, std::int32_t format,
+    CFDictionaryRef options, dispatch_queue_t queue, CGDisplayStreamFrameAvailableHandler handler) {
     const std::string call = "CGDisplayStreamCreateWithDispatchQueue";
     Object *dictionary = objects().use(call, Kind::Dictionary, options);
     objects().use(call, Kind::Queue, queue);
@@ -216,26 +221,17 @@ CGDisplayStreamRef streamCreate(CGDirectDisplayID id, std::size_t width, std::si
     return as<CGDisplayStreamRef>(stream);
 }
 
-CGError startOrStop(const std::string &call, CGDisplayStreamRef stream, CGError result) {
-    if (stream == nullptr) {
-        record(call + "(null)");
-        return kCGErrorIllegalArgument;
-    }
-    record(call + "(" + nameOf(objects().use(call, Kind::Stream, stream)) + ")");
-    return result;
-}
-
-CGError streamStart(CGDisplayStreamRef stream) {
+CGError CGDisplayStreamStart(CGDisplayStreamRef stream) {
     return startOrStop("CGDisplayStreamStart", stream, frameworks().script.startResult);
 }
 
-CGError streamStop(CGDisplayStreamRef stream) {
+CGError CGDisplayStreamStop(CGDisplayStreamRef stream) {
     return startOrStop("CGDisplayStreamStop", stream, frameworks().script.stopResult);
 }
 
 // Surfaces.
 
-IOReturn surfaceLock(IOSurfaceRef surface, IOSurfaceLockOptions options, std::uint32_t *) {
+IOReturn IOSurfaceLock(IOSurfaceRef surface, IOSurfaceLockOptions options, std::uint32_t *) {
     Object *object = objects().use("IOSurfaceLock", Kind::Surface, surface);
     if (options != kIOSurfaceLockReadOnly)
         objects().note("IOSurfaceLock with the options " + text(options));
@@ -245,7 +241,7 @@ IOReturn surfaceLock(IOSurfaceRef surface, IOSurfaceLockOptions options, std::ui
     return 0;
 }
 
-IOReturn surfaceUnlock(IOSurfaceRef surface, IOSurfaceLockOptions options, std::uint32_t *) {
+IOReturn IOSurfaceUnlock(IOSurfaceRef surface, IOSurfaceLockOptions options, std::uint32_t *) {
     Object *object = objects().use("IOSurfaceUnlock", Kind::Surface, surface);
     if (options != kIOSurfaceLockReadOnly)
         objects().note("IOSurfaceUnlock with the options " + text(options));
@@ -255,7 +251,7 @@ IOReturn surfaceUnlock(IOSurfaceRef surface, IOSurfaceLockOptions options, std::
     return 0;
 }
 
-void *surfaceGetBaseAddress(IOSurfaceRef surface) {
+void *IOSurfaceGetBaseAddress(IOSurfaceRef surface) {
     Object *object = objects().use("IOSurfaceGetBaseAddress", Kind::Surface, surface);
     if (object != nullptr && object->locks == 0)
         objects().note("IOSurfaceGetBaseAddress of " + nameOf(object) + ", which is not locked");
@@ -263,7 +259,9 @@ void *surfaceGetBaseAddress(IOSurfaceRef surface) {
     return object == nullptr ? nullptr : object->bytes.data();
 }
 
-} // namespace
+} // extern "C"
+
+namespace macho::fake {
 
 void Frameworks::record(const std::string &call) {
     const std::lock_guard lock(mutex);
@@ -287,32 +285,6 @@ void Frameworks::forget() {
 Frameworks &frameworks() {
     static Frameworks all;
     return all;
-}
-
-void addRecordingFrameworks(Imports &imports) {
-    imports.add(coreGraphics, "_CGGetActiveDisplayList", getActiveDisplayList);
-    imports.add(coreGraphics, "_CGDisplayCreateImage", displayCreateImage);
-    imports.add(coreGraphics, "_CGImageGetWidth", imageGetWidth);
-    imports.add(coreGraphics, "_CGImageGetHeight", imageGetHeight);
-    imports.add(coreGraphics, "_CGImageGetBitsPerPixel", imageGetBitsPerPixel);
-    imports.add(coreGraphics, "_CGImageGetDataProvider", imageGetDataProvider);
-    imports.add(coreGraphics, "_CGImageRelease", imageRelease);
-    imports.add(coreGraphics, "_CGDataProviderCopyData", dataProviderCopyData);
-    imports.add(coreGraphics, "_CGDisplayStreamCreateWithDispatchQueue", streamCreate);
-    imports.add(coreGraphics, "_CGDisplayStreamStart", streamStart);
-    imports.add(coreGraphics, "_CGDisplayStreamStop", streamStop);
-    imports.add(coreGraphics, "_kCGDisplayStreamMinimumFrameTime", &minimumFrameTimeKey());
-    imports.add(coreGraphics, "_kCGDisplayStreamShowCursor", &showCursorKey());
-    imports.add(coreFoundation, "_CFNumberCreate", numberCreate);
-    imports.add(coreFoundation, "_CFDictionaryCreate", dictionaryCreate);
-    imports.add(coreFoundation, "_CFDataGetBytePtr", dataGetBytePtr);
-    imports.add(coreFoundation, "_CFRelease", release);
-    imports.add(coreFoundation, "_kCFAllocatorDefault", &defaultAllocator);
-    imports.add(coreFoundation, "_kCFBooleanFalse", &falseBoolean());
-    imports.add(ioSurface, "_IOSurfaceLock", surfaceLock);
-    imports.add(ioSurface, "_IOSurfaceUnlock", surfaceUnlock);
-    imports.add(ioSurface, "_IOSurfaceGetBaseAddress", surfaceGetBaseAddress);
-    imports.add(libSystem, "_dispatch_queue_create", queueCreate);
 }
 
 void deliver(CGDisplayStreamFrameStatus status, const std::vector<std::uint32_t> *pixels) {

@@ -1,9 +1,8 @@
-// A stand-in for the frameworks that writes down every call of the library, hands out objects that
-// are counted, and delivers frames as a test asks for them.
+// A stand-in for the frameworks, under their names, that writes down every call of the library,
+// hands out objects that are counted, and delivers frames as a test asks for them.
 #pragma once
 
 #include "tests/macho/fakes/objects.h"
-#include "tests/macho/loader/imports.h"
 
 #include <CoreGraphics/CoreGraphics.h>
 #include <cstdint>
@@ -50,8 +49,6 @@ private:
 
 // Those of the process.
 Frameworks &frameworks();
-
-void addRecordingFrameworks(Imports &imports);
 
 // Calls the handler of the stream made last, from a thread of its own, and waits for its return.
 // `pixels` may be null: no surface. A surface that is left locked is noted as a problem.

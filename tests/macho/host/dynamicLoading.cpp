@@ -1,7 +1,7 @@
 // dlopen and its family for hosts that open the library themselves. The linker puts these in the
 // place of the C library's (--wrap), so that the hosts' sources stay as they are. What is not a
 // dylib is left to the C library.
-#include "tests/macho/host/x11Imports.h"
+#include "tests/macho/host/libraryImports.h"
 #include "tests/macho/loader/image.h"
 
 #include <dlfcn.h>
@@ -31,7 +31,7 @@ void *__wrap_dlopen(const char *path, int mode) {
         return __real_dlopen(path, mode);
     error.clear();
     try {
-        return *images.insert(new macho::Image(path, macho::x11Imports())).first;
+        return *images.insert(new macho::Image(path, macho::libraryImports())).first;
     } catch (const macho::LoadError &loadError) {
         error = loadError.what();
         return nullptr;

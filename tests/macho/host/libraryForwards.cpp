@@ -1,7 +1,7 @@
 // The eight functions of the C interface, over the dylib in the loader: linked into a program in
 // the place of the library.
 #include "mirror/mirrorInterface.h"
-#include "tests/macho/host/x11Imports.h"
+#include "tests/macho/host/libraryImports.h"
 #include "tests/macho/loader/image.h"
 
 #include <cstdio>
@@ -15,7 +15,7 @@ macho::Image &library() {
     static macho::Image *image = nullptr;
     if (image == nullptr) {
         try {
-            image = new macho::Image(MIRROR_DYLIB, macho::x11Imports());
+            image = new macho::Image(MIRROR_DYLIB, macho::libraryImports());
         } catch (const macho::LoadError &error) {
             std::fprintf(stderr, "%s\n", error.what());
             std::exit(1);

@@ -84,7 +84,7 @@ TEST_F(Calls, WithoutDisplayStreamsAHostStartsAndIsTold) {
                                "_CGDisplayStreamStop", "_kCGDisplayStreamMinimumFrameTime",
                                "_kCGDisplayStreamShowCursor"}) {
         unload();
-        Imports imports = recordingImports();
+        Imports imports = libraryImports();
         imports.add(coreGraphics, symbol, static_cast<void *>(nullptr));
         load(imports);
         CaptureStdout();

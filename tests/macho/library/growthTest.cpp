@@ -1,35 +1,16 @@
 // Loading, running and unloading over and over leaves nothing behind.
 #include "tests/macho/library/libraryOverFakes.h"
+#include "tests/platform/processUsage.h"
 #include "tests/support/lightReceiver.h"
 
-#include <algorithm>
-#include <filesystem>
-#include <fstream>
 #include <malloc.h>
-#include <sched.h>
 
 namespace macho {
 
 namespace {
 
-std::size_t entriesOf(const char *folder) {
-    const std::filesystem::directory_iterator all(folder);
-    return static_cast<std::size_t>(std::distance(begin(all), end(all)));
-}
-
-// A thread that was joined may still be listed for a moment.
-std::size_t threadsWhenThereAre(std::size_t wanted) {
-    for (int tries = 0; tries < 10000 && entriesOf("/proc/self/task") != wanted; ++tries)
-        sched_yield();
-    return entriesOf("/proc/self/task");
-}
-
 std::size_t mappingsOfTheLibrary() {
-    std::ifstream maps("/proc/self/maps");
-    std::size_t count = 0;
-    for (std::string line; std::getline(maps, line);)
-        count += line.find("libscreenMirrorMac") != std::string::npos;
-    return count;
+    return test::mappings("libscreenMirrorMac");
 }
 
 class Growth : public LibraryOverFakes {
@@ -56,14 +37,13 @@ TEST_F(Growth, TwoHundredRounds) {
     unload();
     for (int i = 0; i < 5; ++i) // until every table of the C library has its size
         ASSERT_NO_FATAL_FAILURE(runOnce());
-    const std::size_t descriptors = entriesOf("/proc/self/fd");
-    const std::size_t threads = threadsWhenThereAre(1);
+    const std::size_t descriptors = test::openDescriptors();
+    ASSERT_TRUE(test::threadsBecome(1));
     const std::size_t bytes = mallinfo2().uordblks;
     for (int round = 0; round < 200; ++round)
         ASSERT_NO_FATAL_FAILURE(runOnce());
-    EXPECT_EQ(entriesOf("/proc/self/fd"), descriptors);
-    EXPECT_EQ(threadsWhenThereAre(threads), threads);
-    EXPECT_EQ(threads, 1u);
+    EXPECT_EQ(test::openDescriptors(), descriptors);
+    EXPECT_TRUE(test::threadsBecome(1));
     // The least that a round could leave is a block of 32 bytes. The C library itself keeps a table
     // of some 400 for each of the threads of which it ever had more at once.
     EXPECT_LT(mallinfo2().uordblks, bytes + 200 * 32 / 2);

@@ -1,19 +1,6 @@
 #include "tests/macho/library/libraryOverFakes.h"
-#include "tests/macho/shims/cxxRuntime.h"
-#include "tests/macho/shims/system.h"
 
 namespace macho {
-
-const Imports &recordingImports() {
-    static const Imports imports = [] {
-        Imports all;
-        addSystem(all);
-        addCxxRuntime(all);
-        fake::addRecordingFrameworks(all);
-        return all;
-    }();
-    return imports;
-}
 
 LibraryOverFakes::LibraryOverFakes() {
     fake::frameworks().script = {.displays = {{.id = 1, .width = 40, .height = 30}}};

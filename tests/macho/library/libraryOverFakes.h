@@ -3,6 +3,7 @@
 
 #include "mirror/mirrorInterface.h"
 #include "tests/macho/fakes/recordingFrameworks.h"
+#include "tests/macho/host/libraryImports.h"
 #include "tests/macho/loader/image.h"
 
 #include <gtest/gtest.h>
@@ -12,8 +13,6 @@
 
 namespace macho {
 
-const Imports &recordingImports();
-
 // Loads the library afresh for each test, with one display, and forgets what was recorded at the
 // end, when nothing may be wrong.
 class LibraryOverFakes : public testing::Test {
@@ -21,7 +20,7 @@ protected:
     LibraryOverFakes();
     ~LibraryOverFakes() override;
 
-    void load(const Imports &imports = recordingImports()) {
+    void load(const Imports &imports = libraryImports()) {
         image = std::make_unique<Image>(MIRROR_DYLIB, imports);
     }
     void unload() { image.reset(); }

@@ -11,7 +11,7 @@ namespace macho {
 namespace {
 
 template <class Function> Function *import(const char *library, const char *symbol) {
-    const void *address = recordingImports().find(library, symbol);
+    const void *address = libraryImports().find(library, symbol);
     EXPECT_NE(address, nullptr) << symbol;
     return reinterpret_cast<Function *>(const_cast<void *>(address));
 }

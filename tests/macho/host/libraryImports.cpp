@@ -1,4 +1,4 @@
-#include "tests/macho/host/x11Imports.h"
+#include "tests/macho/host/libraryImports.h"
 #include "tests/macho/shims/cxxRuntime.h"
 #include "tests/macho/shims/system.h"
 
@@ -38,7 +38,7 @@ void addFrameworks(Imports &imports) {
 
 } // namespace
 
-const Imports &x11Imports() {
+const Imports &libraryImports() {
     static const Imports imports = [] {
         Imports all;
         addSystem(all);
