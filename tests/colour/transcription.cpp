@@ -245,6 +245,14 @@ std::vector<RGB> paletteOf(const std::vector<std::uint32_t> &words, int size) {
     return palette;
 }
 
+std::string paletteText(const std::vector<RGB> &palette) {
+    std::string text;
+    for (const RGB &colour : palette)
+        text += (text.empty() ? "" : ",") + (R"({"R":)" + std::to_string(colour.r)) + R"(,"G":)" +
+                std::to_string(colour.g) + R"(,"B":)" + std::to_string(colour.b) + "}";
+    return R"({"palette":[)" + text + "]}";
+}
+
 bool differs(RGB now, RGB last) {
     const int c[3] = {now.r, now.g, now.b};
     const int p[3] = {last.r, last.g, last.b};

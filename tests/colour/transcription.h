@@ -6,6 +6,7 @@
 #include "colour/colour.h"
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 namespace transcription {
@@ -49,6 +50,9 @@ std::vector<RGB> paletteOf(const std::vector<std::uint32_t> &words, int size);
 
 // The root mean square of all words.
 RGB averageOf(const std::vector<std::uint32_t> &words);
+
+// The text of a palette, as the host gets it.
+std::string paletteText(const std::vector<RGB> &palette);
 
 // Whether a mode that sends on changes has to send `now` after `last`.
 bool differs(RGB now, RGB last);

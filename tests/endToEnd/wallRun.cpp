@@ -10,11 +10,7 @@ namespace {
 constexpr int patience = 10000; // milliseconds
 
 std::string paletteText(const Pixels &screen) {
-    std::string text;
-    for (const RGB &colour : transcription::paletteOf(samplesOf(screen), 8))
-        text += (text.empty() ? "" : ",") + (R"({"R":)" + std::to_string(colour.r)) + R"(,"G":)" +
-                std::to_string(colour.g) + R"(,"B":)" + std::to_string(colour.b) + "}";
-    return R"({"palette":[)" + text + "]}";
+    return transcription::paletteText(transcription::paletteOf(samplesOf(screen), 8));
 }
 
 } // namespace

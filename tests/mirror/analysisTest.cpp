@@ -33,15 +33,6 @@ protected:
         return buffer.substr(0, 512);
     }
 
-    static std::string jsonOf(const std::vector<RGB> &palette) {
-        std::string text = R"({"palette":[)";
-        for (const RGB &colour : palette)
-            text += (text.back() == '}' ? "," : "") + (R"({"R":)" + std::to_string(colour.r)) +
-                    R"(,"G":)" + std::to_string(colour.g) + R"(,"B":)" + std::to_string(colour.b) +
-                    "}";
-        return text + "]}";
-    }
-
     // The first 512 bytes of a text, filled up with zeros.
     static std::string bounded(std::string text) {
         text.resize(512, '\0');
@@ -158,8 +149,9 @@ TEST_F(Analysis, ThePaletteIsStored) {
     show(screen);
     mirrorManager.palette = {{1, 2, 3}};
     const std::string text = paletteText();
-    EXPECT_EQ(text, bounded(jsonOf(transcription::paletteOf(test::samplesOf(screen), 8))));
-    EXPECT_EQ(bounded(jsonOf(mirrorManager.palette)), text);
+    EXPECT_EQ(text, bounded(transcription::paletteText(
+                        transcription::paletteOf(test::samplesOf(screen), 8))));
+    EXPECT_EQ(bounded(transcription::paletteText(mirrorManager.palette)), text);
     EXPECT_EQ(mirrorManager.palette.size(), 8u);
     EXPECT_TRUE(mutexIsFree());
 }
@@ -171,8 +163,8 @@ TEST_F(Analysis, APaletteIsCutAt512Bytes) {
     int rounds = 0;
     for (; rounds < 3000 && !(seen[0] && seen[1] && seen[2]); ++rounds) {
         const Pixels screen = noise(random, 0x1f1f1f | static_cast<std::uint32_t>(random()));
-        const std::string whole =
-            jsonOf(transcription::paletteOf(test::samplesOf(screen), mirrorManager.paletteSize));
+        const std::string whole = transcription::paletteText(
+            transcription::paletteOf(test::samplesOf(screen), mirrorManager.paletteSize));
         if (whole.size() < 511 || whole.size() > 513)
             continue;
         show(screen);
@@ -190,7 +182,7 @@ TEST_F(Analysis, MoreColoursThanThereAreHues) {
         mirrorManager.paletteSize = size;
         const std::string text = paletteText();
         EXPECT_EQ(mirrorManager.palette.size(), 80u);
-        EXPECT_EQ(text, bounded(jsonOf(mirrorManager.palette)));
+        EXPECT_EQ(text, bounded(transcription::paletteText(mirrorManager.palette)));
     }
 }
 

@@ -1,5 +1,4 @@
 #include "tests/macho/host/libraryImports.h"
-#include "tests/macho/shims/cxxRuntime.h"
 #include "tests/macho/shims/system.h"
 
 #include <CoreGraphics/CoreGraphics.h>

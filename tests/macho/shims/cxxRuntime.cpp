@@ -1,8 +1,6 @@
-#include "tests/macho/shims/cxxRuntime.h"
 #include "tests/macho/shims/errors.h"
-#include "tests/macho/shims/mutexes.h"
 #include "tests/macho/shims/refuse.h"
-#include "tests/macho/shims/threadKeys.h"
+#include "tests/macho/shims/system.h"
 
 #include <atomic>
 #include <dlfcn.h>

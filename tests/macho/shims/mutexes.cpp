@@ -1,6 +1,5 @@
-#include "tests/macho/shims/mutexes.h"
-#include "tests/macho/shims/process.h"
 #include "tests/macho/shims/refuse.h"
+#include "tests/macho/shims/system.h"
 
 #include <cstdint>
 #include <pthread.h>

@@ -1,4 +1,3 @@
-#include "tests/macho/shims/process.h"
 #include "tests/macho/loader/image.h"
 #include "tests/macho/shims/refuse.h"
 #include "tests/macho/shims/system.h"

@@ -1,15 +1,21 @@
 #include "tests/macho/shims/errors.h"
 #include "tests/macho/shims/refuse.h"
 #include "tests/macho/shims/system.h"
-#include "tests/macho/shims/threadKeys.h"
 
 #include <atomic>
 #include <memory>
-#include <pthread.h>
 
 namespace macho {
 
 namespace {
+
+constexpr std::uint64_t keyMark = 0x4b657900'00000000;
+
+pthread_key_t keyHere(std::uint64_t darwin) {
+    if (darwin >> 32 != keyMark >> 32)
+        refuse("a thread-specific value with the unknown key " + std::to_string(darwin));
+    return static_cast<pthread_key_t>(darwin);
+}
 
 using Run = void *(*)(void *);
 
@@ -46,6 +52,10 @@ int shimSetSpecific(std::uint64_t key, const void *value) {
 }
 
 } // namespace
+
+std::uint64_t darwinKey(pthread_key_t key) {
+    return keyMark | key;
+}
 
 void addThreads(Imports &imports) {
     imports.add(libSystem, "_pthread_create", shimCreate);

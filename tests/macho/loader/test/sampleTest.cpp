@@ -1,6 +1,5 @@
 // A small dylib with one of everything: initialisers, pointers, zeros, exceptions, at-exit entries.
 #include "tests/macho/loader/image.h"
-#include "tests/macho/shims/cxxRuntime.h"
 #include "tests/macho/shims/refuse.h"
 #include "tests/macho/shims/system.h"
 
