@@ -1,16 +1,100 @@
-// Shared memory refused, in each of the ways in which a system can.
+// Shared memory refused, in each of the ways in which a system can: the calls that make, fill and
+// map memory for frames stand here before the C library's.
 #include "tests/faults/faultRun.h"
-#include "tests/faults/systemRefusals.h"
 #include "tests/platform/processUsage.h"
 
+#include <atomic>
+#include <cerrno>
 #include <csignal>
+#include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
 namespace {
 
-using test::Refusal;
 using testing::internal::CaptureStdout;
 using testing::internal::GetCapturedStdout;
+
+enum class Refusal {
+    MakeFile,    // memfd_create
+    ProtectFile, // fchmod
+    FillFile,    // posix_fallocate
+    FillInPeace, // posix_fallocate on a thread that an alarm can interrupt, as a long one would be
+    MapFrame,    // mmap of as much memory as a frame of 640 x 480 takes
+};
+
+constexpr int none = -1;
+std::atomic<int> refusedKind = none;
+std::atomic<int> refusals = 0;
+
+bool isRefused(Refusal kind) {
+    if (refusedKind != static_cast<int>(kind))
+        return false;
+    ++refusals;
+    return true;
+}
+
+// One kind of call fails while one of these exists; one at a time.
+class Refused {
+public:
+    explicit Refused(Refusal what) {
+        refusals = 0;
+        refusedKind = static_cast<int>(what);
+    }
+    ~Refused() { refusedKind = none; }
+    Refused(const Refused &) = delete;
+    Refused &operator=(const Refused &) = delete;
+
+    // How often it has been refused.
+    static int times() { return refusals; }
+};
+
+} // namespace
+
+extern "C" {
+
+int memfd_create(const char *name, unsigned flags) noexcept {
+    if (isRefused(Refusal::MakeFile)) {
+        errno = ENFILE;
+        return -1;
+    }
+    return static_cast<int>(syscall(SYS_memfd_create, name, flags));
+}
+
+int fchmod(int fd, mode_t mode) noexcept {
+    if (isRefused(Refusal::ProtectFile)) {
+        errno = EPERM;
+        return -1;
+    }
+    return static_cast<int>(syscall(SYS_fchmod, fd, mode));
+}
+
+int posix_fallocate(int fd, off_t offset, off_t length) {
+    if (isRefused(Refusal::FillFile))
+        return ENOSPC;
+    sigset_t blocked;
+    pthread_sigmask(SIG_BLOCK, nullptr, &blocked);
+    if (sigismember(&blocked, SIGALRM) == 0 && isRefused(Refusal::FillInPeace))
+        return EINTR;
+    return syscall(SYS_fallocate, fd, 0, offset, length) == 0 ? 0 : errno;
+}
+
+void *mmap(void *wanted, std::size_t length, int protection, int flags, int fd,
+           off_t offset) noexcept {
+    const bool isFrame = length >= std::size_t{640} * 480 * 4;
+    if (isFrame && isRefused(Refusal::MapFrame)) {
+        errno = ENOMEM;
+        return MAP_FAILED;
+    }
+    return reinterpret_cast<void *>(
+        syscall(SYS_mmap, wanted, length, protection, flags, fd, offset));
+}
+}
+
+namespace {
 
 class SharedMemory : public test::FaultRun {
 protected:
@@ -25,7 +109,7 @@ class Unshared : public SharedMemory, public testing::WithParamInterface<Refusal
 
 TEST_P(Unshared, FramesAreTheSame) {
     {
-        const test::Refused refused(GetParam());
+        const Refused refused(GetParam());
         start();
         EXPECT_TRUE(showsPlain(0x00ff00));
         screen.fill(0x0000ff);
@@ -45,7 +129,7 @@ INSTANTIATE_TEST_SUITE_P(All, Unshared,
 
 // The memory of a large frame takes longer to come by than a busy host is left in peace.
 TEST_F(SharedMemory, AlarmsDoNotKeepItFromBeingMade) {
-    const test::Refused refused(Refusal::FillInPeace);
+    const Refused refused(Refusal::FillInPeace);
     start();
     EXPECT_TRUE(showsPlain(0x00ff00));
     EXPECT_TRUE(isShared());
@@ -57,7 +141,7 @@ TEST_F(SharedMemory, NoMemoryForAFrameAtAll) {
     CaptureStdout();
     int configured = -1;
     {
-        const test::Refused refused(Refusal::MapFrame);
+        const Refused refused(Refusal::MapFrame);
         configured = configure(text);
         EXPECT_GT(refused.times(), 0);
     }
@@ -67,7 +151,7 @@ TEST_F(SharedMemory, NoMemoryForAFrameAtAll) {
     ASSERT_EQ(configure(text), 1);
     CaptureStdout();
     {
-        const test::Refused refused(Refusal::MapFrame);
+        const Refused refused(Refusal::MapFrame);
         EXPECT_EQ(startMirror(), 1);
         EXPECT_EQ(stopMirror(), 1);
     }

@@ -1,4 +1,4 @@
-// HueToRGB over a fine grid and at the borders of its branches, to the last bit.
+// HueToRGB, Min and Max to the last bit.
 #include "colour/conversion.h"
 #include "tests/colour/transcription.h"
 
@@ -10,6 +10,8 @@
 #include <vector>
 
 namespace {
+
+using Limits = std::numeric_limits<float>;
 
 std::uint32_t bits(float value) {
     return std::bit_cast<std::uint32_t>(value);
@@ -28,7 +30,7 @@ std::vector<float> borders() {
                 all.push_back(above = std::nextafter(above, 10.0f));
             }
         }
-    for (const float tiny : {-0.0f, std::numeric_limits<float>::denorm_min(), -1e-9f, 1e-9f})
+    for (const float tiny : {-0.0f, Limits::denorm_min(), -1e-9f, 1e-9f})
         all.push_back(tiny);
     return all;
 }
@@ -68,6 +70,50 @@ TEST(HueToRgb, OneValueOfEachBranch) {
     EXPECT_EQ(HueToRGB(0.25f, 0.75f, -0.25f), 0.25f);
     EXPECT_EQ(HueToRGB(0.25f, 0.75f, 1.25f), 0.75f);
     EXPECT_EQ(HueToRGB(0.0f, 1.0f, 0.5f), (0.6666667f - 0.5f) * 6.0f);
+}
+
+// To the last bit, it shows which of equal arguments came back.
+const float values[] = {0.0f,
+                        -0.0f,
+                        1.0f,
+                        -1.0f,
+                        0.5f,
+                        Limits::denorm_min(),
+                        Limits::max(),
+                        Limits::lowest(),
+                        Limits::infinity(),
+                        -Limits::infinity(),
+                        Limits::quiet_NaN(),
+                        -Limits::quiet_NaN()};
+
+TEST(MinMax, EveryTriple) {
+    for (const float a : values)
+        for (const float b : values)
+            for (const float c : values) {
+                EXPECT_EQ(bits(Min(a, b, c)), bits(transcription::least(a, b, c)))
+                    << a << " " << b << " " << c;
+                EXPECT_EQ(bits(Max(a, b, c)), bits(transcription::greatest(a, b, c)))
+                    << a << " " << b << " " << c;
+            }
+}
+
+TEST(MinMax, OfEqualsTheEarlierOneStays) {
+    EXPECT_EQ(bits(Min(0.0f, -0.0f, -0.0f)), bits(0.0f));
+    EXPECT_EQ(bits(Min(-0.0f, 0.0f, 0.0f)), bits(-0.0f));
+    EXPECT_EQ(bits(Max(0.0f, -0.0f, -0.0f)), bits(0.0f));
+    EXPECT_EQ(bits(Max(-0.0f, 0.0f, 0.0f)), bits(-0.0f));
+    EXPECT_EQ(bits(Min(1.0f, -0.0f, 0.0f)), bits(-0.0f));
+    EXPECT_EQ(bits(Max(-1.0f, -0.0f, 0.0f)), bits(-0.0f));
+}
+
+// Nothing is smaller or larger than not-a-number, so it stays when it comes first and is passed
+// over when it comes later.
+TEST(MinMax, NotANumber) {
+    const float nan = Limits::quiet_NaN();
+    EXPECT_EQ(bits(Min(nan, 1.0f, 2.0f)), bits(nan));
+    EXPECT_EQ(bits(Max(nan, 1.0f, 2.0f)), bits(nan));
+    EXPECT_EQ(Min(2.0f, nan, 1.0f), 1.0f);
+    EXPECT_EQ(Max(1.0f, 2.0f, nan), 2.0f);
 }
 
 } // namespace
