@@ -4,7 +4,6 @@
 
 #include <gtest/gtest.h>
 #include <map>
-#include <numeric>
 
 using test::add;
 using transcription::Dominant;

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
+#include <numeric>
 #include <random>
 #include <vector>
 
@@ -56,8 +57,7 @@ TEST(RootMeanSquare, WeighsBrightPixelsMore) {
 TEST(RootMeanSquare, OfPureRedIsPureRed) {
     const std::vector<std::uint32_t> words(100, 0xaaff0000);
     std::vector<std::int32_t> all(100);
-    for (int i = 0; i < 100; ++i)
-        all[static_cast<std::size_t>(i)] = i;
+    std::iota(all.begin(), all.end(), 0);
     const RGB average = rootMeanSquare(frameOf(words), all.data(), 100);
     EXPECT_EQ(average.r, 255);
     EXPECT_EQ(average.g, 0);

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <numeric>
 #include <random>
 #include <vector>
 
@@ -21,12 +22,10 @@ public:
         pixels.resize(words.size() * 2);
         for (std::uint32_t &pixel : pixels)
             pixel = static_cast<std::uint32_t>(random());
-        std::vector<std::int32_t> places(pixels.size());
-        for (std::size_t i = 0; i < places.size(); ++i)
-            places[i] = static_cast<std::int32_t>(i);
-        std::shuffle(places.begin(), places.end(), random);
-        places.resize(words.size());
-        samples = places;
+        samples.resize(pixels.size());
+        std::iota(samples.begin(), samples.end(), 0);
+        std::shuffle(samples.begin(), samples.end(), random);
+        samples.resize(words.size());
         for (std::size_t i = 0; i < words.size(); ++i) {
             std::uint32_t &pixel = pixels[static_cast<std::size_t>(samples[i])];
             pixel = (pixel & 0xff000000u) | (words[i] & 0xffffffu);

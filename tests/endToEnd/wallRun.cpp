@@ -98,14 +98,12 @@ std::string WallRun::snapshotText() {
     const int size = getSizeOfStreamFrameJson();
     if (size <= 0)
         return std::to_string(size);
-    constexpr std::size_t guard = 64;
-    std::vector<char> bytes(static_cast<std::size_t>(size) + 2 * guard, '\x7e');
-    EXPECT_EQ(getStreamFrameJson(bytes.data() + guard), 0);
-    for (std::size_t i = 0; i < guard; ++i) {
-        EXPECT_EQ(bytes[i], '\x7e');
-        EXPECT_EQ(bytes[bytes.size() - 1 - i], '\x7e');
-    }
-    return std::string(bytes.data() + guard, static_cast<std::size_t>(size));
+    const std::string guard(64, '\x7e');
+    const std::string room(static_cast<std::size_t>(size), ' ');
+    std::string bytes = guard + room + guard;
+    EXPECT_EQ(getStreamFrameJson(bytes.data() + guard.size()), 0);
+    EXPECT_TRUE(bytes.starts_with(guard) && bytes.ends_with(guard));
+    return bytes.substr(guard.size(), room.size());
 }
 
 std::string WallRun::snapshotOf(const std::vector<std::string> &lines) const {

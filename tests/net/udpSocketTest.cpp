@@ -30,6 +30,13 @@ bool isOpen(int fd) {
     return fcntl(fd, F_GETFD) != -1;
 }
 
+int optionOf(int fd, int option) {
+    int value = 0;
+    socklen_t length = sizeof value;
+    getsockopt(fd, SOL_SOCKET, option, &value, &length);
+    return value;
+}
+
 int boundPort(const UdpSocket &socket) {
     sockaddr_in address{};
     socklen_t length = sizeof address;
@@ -57,12 +64,8 @@ TEST(UdpSocket, DefaultConstructorOpensIpv4) {
         EXPECT_EQ(socket.spareIpAddr, "");
         EXPECT_EQ(socket.timeout.tv_sec, 0);
         EXPECT_EQ(socket.timeout.tv_usec, 0);
-        int domain = 0, type = 0;
-        socklen_t length = sizeof domain;
-        getsockopt(fd, SOL_SOCKET, SO_DOMAIN, &domain, &length);
-        getsockopt(fd, SOL_SOCKET, SO_TYPE, &type, &length);
-        EXPECT_EQ(domain, AF_INET);
-        EXPECT_EQ(type, SOCK_DGRAM);
+        EXPECT_EQ(optionOf(fd, SO_DOMAIN), AF_INET);
+        EXPECT_EQ(optionOf(fd, SO_TYPE), SOCK_DGRAM);
     }
     EXPECT_FALSE(isOpen(fd));
 }
@@ -118,9 +121,7 @@ TEST(UdpSocket, SetRemoteTellsAnAddressFromNone) {
 }
 
 TEST(UdpSocket, TwoArgumentConstructorBinds) {
-    test::LightReceiver *freed = new test::LightReceiver("127.0.50.2", 0);
-    const int port = freed->port();
-    delete freed;
+    const int port = test::LightReceiver("127.0.50.2", 0).port(); // which is free again
     UdpSocket socket("127.0.50.2", port);
     EXPECT_TRUE(socket.connected);
     EXPECT_EQ(socket.getIpAddr(), "127.0.50.2");
@@ -128,10 +129,7 @@ TEST(UdpSocket, TwoArgumentConstructorBinds) {
     EXPECT_EQ(socket.sinFamily, AF_INET);
     EXPECT_EQ(socket.getPort(), port);
     EXPECT_EQ(boundPort(socket), port);
-    int allowed = 0;
-    socklen_t length = sizeof allowed;
-    getsockopt(socket.socketFd, SOL_SOCKET, SO_BROADCAST, &allowed, &length);
-    EXPECT_NE(allowed, 0);
+    EXPECT_NE(optionOf(socket.socketFd, SO_BROADCAST), 0);
 }
 
 TEST(UdpSocket, TwoArgumentConstructorBindsIpv6) {
