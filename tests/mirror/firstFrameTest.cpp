@@ -1,17 +1,80 @@
 // The first frame of a configuration, met half-way: whoever reads it gets all of it or nothing.
 #include "mirror/sharedFlag.h"
-#include "tests/mirror/heldMemory.h"
 #include "tests/mirror/manager.h"
 #include "tests/mirror/scriptedSystem.h"
 #include "tests/support/lightReceiver.h"
 
 #include <algorithm>
-#include <string>
-#include <thread>
+#include <csignal>
+#include <cstdlib>
+#include <semaphore.h>
+#include <sys/mman.h>
 #include <utility>
-#include <vector>
 
 namespace {
+
+sem_t held; // posted when a thread is held
+sem_t free_;
+
+// Memory whose second half holds up the thread that touches it, one thread at a time. One at a
+// time; handles SIGSEGV meanwhile.
+class HeldMemory {
+public:
+    explicit HeldMemory(std::size_t bytes) // zeroed; pages, twice a whole number of them
+        : base(static_cast<unsigned char *>(
+              mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))),
+          size(bytes) {
+        if (base == MAP_FAILED)
+            std::abort();
+        sem_init(&held, 0, 0);
+        sem_init(&free_, 0, 0);
+        struct sigaction action = {};
+        action.sa_handler = hold;
+        sigaction(SIGSEGV, &action, &before);
+    }
+    ~HeldMemory() {
+        sigaction(SIGSEGV, &before, nullptr);
+        munmap(base, size);
+        sem_destroy(&held);
+        sem_destroy(&free_);
+    }
+    HeldMemory(const HeldMemory &) = delete;
+    HeldMemory &operator=(const HeldMemory &) = delete;
+
+    unsigned char *bytes() const { return base; }
+
+    void holdReaders() const { allow(PROT_NONE); }
+    void holdWriters() const { allow(PROT_READ); }
+    void open() const { allow(PROT_READ | PROT_WRITE); } // who is held, stays
+
+    // Waits until a thread is held.
+    void awaitSomebody() {
+        while (sem_wait(&held) != 0) {
+        }
+        isHeld = true;
+    }
+    // Opens the memory and lets the thread go on that is held, if there is one.
+    void letGo() {
+        open();
+        if (isHeld)
+            sem_post(&free_);
+        isHeld = false;
+    }
+
+private:
+    // On the thread that is held.
+    static void hold(int) {
+        sem_post(&held);
+        while (sem_wait(&free_) != 0) {
+        }
+    }
+    void allow(int protection) const { mprotect(base + size / 2, size / 2, protection); }
+
+    unsigned char *base;
+    std::size_t size;
+    bool isHeld = false; // by the thread that waits for `held`
+    struct sigaction before;
+};
 
 constexpr int side = 256;
 // Of the whole frame the lower colour has the most, of its first half the upper one.
@@ -56,7 +119,7 @@ protected:
     void deliver() const { fake::deliver(kCGDisplayStreamFrameStatusFrameComplete, &screen); }
 
     const std::vector<std::uint32_t> screen = picture();
-    test::HeldMemory memory{side * side * 4};
+    HeldMemory memory{side * side * 4};
     unsigned char *own = nullptr;
     std::thread stream;
 };

@@ -57,8 +57,8 @@ private:
 };
 
 TEST_F(Handlers, AreInstalledAtEveryRunAndStayAfterIt) {
-    for (const bool overOthers : {true, true, false}) {
-        if (overOthers)
+    for (const bool resetFirst : {true, true, false}) {
+        if (resetFirst)
             for (const int number : handledSignals)
                 std::signal(number, SIG_DFL);
         ASSERT_EQ(mirrorManager.startMirror(), 1);
