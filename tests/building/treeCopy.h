@@ -1,9 +1,11 @@
 // A copy of the sources, in a folder whose name has spaces and umlauts.
 #pragma once
 
+#include "tests/support/expectations.h"
+#include "tests/support/files.h"
 #include "tests/support/process.h"
-#include "tests/tools/panelwall/wallSetup.h"
 
+#include <stdexcept>
 #include <string>
 
 namespace test {
@@ -11,7 +13,17 @@ namespace test {
 class TreeCopy {
 public:
     // Throws std::runtime_error when it cannot be made.
-    TreeCopy();
+    TreeCopy() {
+        // Neither build folders nor the tests, which would make it large.
+        const Ending made =
+            shell("mkdir -p " + at("tree") +
+                  " && cd " SOURCE " && cp -R "
+                  "CHANGELOG.md CMakeLists.txt LICENSE README.md cmake colour copyright "
+                  "device docs examples mirror net platform scripts tools " +
+                  at("tree"));
+        if (made.status != 0)
+            throw std::runtime_error(made.out);
+    }
 
     // A path in the folder, in which the copy is "tree", as a word of the shell's.
     std::string at(const std::string &name) const { return '"' + path(name) + '"'; }

@@ -1,5 +1,5 @@
 // Links between the documents, and from them into the tree.
-#include "tests/docs/links.h"
+#include "tests/docs/markdown.h"
 
 #include <filesystem>
 #include <gtest/gtest.h>

@@ -1,12 +1,15 @@
 #include "tests/docs/markdown.h"
 
+#include "tests/support/files.h"
+
 #include <algorithm>
 #include <cctype>
 #include <cmark.h>
 #include <filesystem>
-#include <fstream>
 #include <memory>
-#include <sstream>
+#include <regex>
+
+namespace fs = std::filesystem;
 
 namespace test {
 
@@ -78,7 +81,6 @@ Page readPage(const std::string &path, const std::string &text) {
 }
 
 std::vector<Page> pagesOf(const std::string &tree) {
-    namespace fs = std::filesystem;
     std::vector<Page> pages;
     for (fs::recursive_directory_iterator i(tree), end; i != end; ++i) {
         const std::string name = i->path().filename();
@@ -92,15 +94,32 @@ std::vector<Page> pagesOf(const std::string &tree) {
     return pages;
 }
 
-std::string fileText(const std::string &path) {
-    std::ifstream file(path);
-    std::ostringstream text;
-    text << file.rdbuf();
-    return text.str();
-}
-
 std::string place(const Page &page, int line) {
     return page.path + ':' + std::to_string(line);
+}
+
+const Page *pageAt(const std::vector<Page> &pages, const std::string &path) {
+    const auto found = std::find_if(pages.begin(), pages.end(),
+                                    [&](const Page &page) { return page.path == path; });
+    return found == pages.end() ? nullptr : &*found;
+}
+
+std::string brokenLinks(const std::string &tree, const std::vector<Page> &pages, const Page &page) {
+    std::string broken;
+    for (const Link &link : page.links) {
+        if (std::regex_search(link.target, std::regex("^[a-z]+:")))
+            continue; // it leads outside
+        const auto hash = link.target.find('#');
+        const std::string file = link.target.substr(0, hash);
+        const fs::path path =
+            file.empty() ? fs::path(page.path) : fs::path(page.path).parent_path() / file;
+        const Page *there = pageAt(pages, path.lexically_normal());
+        const bool isMissing = !there && (!fs::exists(tree / path) || hash != std::string::npos);
+        if (isMissing ||
+            (hash != std::string::npos && !there->anchors.count(link.target.substr(hash + 1))))
+            broken += place(page, link.line) + ": " + link.target + '\n';
+    }
+    return broken;
 }
 
 } // namespace test

@@ -1,4 +1,4 @@
-// What the tests of the documents read of a Markdown page.
+// What the tests of the documents read of a Markdown page, and where its links lead.
 #pragma once
 
 #include <set>
@@ -32,9 +32,13 @@ Page readPage(const std::string &path, const std::string &text);
 // Every page of the tree, in the order of their paths.
 std::vector<Page> pagesOf(const std::string &tree);
 
-std::string fileText(const std::string &path);
-
 // "docs/modes.md:12"
 std::string place(const Page &page, int line);
+
+// The page that a link leads to, or null when it leads to another kind of file.
+const Page *pageAt(const std::vector<Page> &pages, const std::string &path);
+
+// What is wrong with the links of a page of the tree, a line each.
+std::string brokenLinks(const std::string &tree, const std::vector<Page> &pages, const Page &page);
 
 } // namespace test

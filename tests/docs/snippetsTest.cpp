@@ -1,10 +1,10 @@
 // The documents' snippets: programs compile, configurations pass the check, commands exist, and
 // blocks of shell commands run.
 #include "tests/docs/markdown.h"
+#include "tests/support/files.h"
 #include "tests/support/process.h"
 
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <map>
 #include <regex>
@@ -22,18 +22,10 @@ namespace {
 class Snippets : public testing::Test {
 protected:
     Snippets() {
-        std::string name = (fs::temp_directory_path() / "snippetsXXXXXX").string();
-        folder = mkdtemp(name.data());
-        fs::create_directory(folder / "build");
-        fs::create_directory_symlink(BUILD, folder / "build/release");
+        fs::create_directory(folder.file("build"));
+        fs::create_directory_symlink(BUILD, folder.file("build/release"));
         for (const char *room : {"docs", "examples", "mirror", "scripts", "tests", "tools"})
-            fs::create_directory_symlink(fs::path(TREE) / room, folder / room);
-    }
-    ~Snippets() override { fs::remove_all(folder); }
-
-    std::string write(const std::string &name, const std::string &text) {
-        std::ofstream(folder / name) << text;
-        return folder / name;
+            fs::create_directory_symlink(fs::path(TREE) / room, folder.file(room));
     }
 
     // Calls `use` with each block in that language and its place; there must be some.
@@ -48,7 +40,7 @@ protected:
         EXPECT_GT(count, 0) << language;
     }
 
-    fs::path folder;
+    const test::Folder folder;
 };
 
 // "cpp" is for the pages whose steps a test of their own follows.
@@ -67,24 +59,24 @@ TEST_F(Snippets, InCCompile) {
     forEachBlock("c", [&](const CodeBlock &block, const std::string &place) {
         const Ending output =
             shell(CC " -std=gnu99 -Wall -Wextra -Werror -fsyntax-only -I " TREE " " +
-                  write("snippet.c", block.text));
+                  folder.write("snippet.c", block.text));
         EXPECT_EQ(output.status, 0) << place << '\n' << output.out;
     });
 }
 
 TEST_F(Snippets, InJsonAreConfigurations) {
     forEachBlock("json", [&](const CodeBlock &block, const std::string &place) {
-        const Ending output =
-            shell(BUILD "/mirrorctl check --screen 1920x1080 " + write("config.json", block.text));
+        const Ending output = shell(BUILD "/mirrorctl check --screen 1920x1080 " +
+                                    folder.write("config.json", block.text));
         EXPECT_EQ(output.status, 0) << place << '\n' << output.out;
     });
 }
 
 TEST_F(Snippets, OfTheShellRunWithoutADesktop) {
     forEachBlock("sh", [&](const CodeBlock &block, const std::string &place) {
-        const Ending output = shell("cd " + folder.string() +
+        const Ending output = shell("cd " + folder.file("") +
                                     "; unset DISPLAY XAUTHORITY; PATH=\"" BUILD ":$PATH\" sh -eu " +
-                                    write("snippet.sh", block.text));
+                                    folder.write("snippet.sh", block.text));
         EXPECT_EQ(output.status, 0) << place << '\n' << output.out;
     });
 }

@@ -1,4 +1,5 @@
 // The example hosts as people run them.
+#include "tests/support/expectations.h"
 #include "tests/support/panelRecords.h"
 #include "tests/support/process.h"
 #include "tests/support/virtualScreen.h"
@@ -7,7 +8,6 @@
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <regex>
 #include <thread>
@@ -90,10 +90,8 @@ protected:
     static bool awaitSleep(const test::Process &host) {
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
         while (std::chrono::steady_clock::now() < deadline) {
-            std::ifstream file("/proc/" + std::to_string(host.pid()) + "/status");
-            for (std::string line; std::getline(file, line);)
-                if (line.starts_with("State:\tS"))
-                    return true;
+            if (host.status("State").starts_with('S'))
+                return true;
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
         }
         return false;
@@ -103,12 +101,15 @@ protected:
     // what it has printed.
     static std::string expectOneLine(const std::vector<std::string> &arguments,
                                      const std::string &line, int status = 1) {
-        test::Process host = run(arguments);
-        EXPECT_EQ(host.finish().status, status) << host.out();
-        EXPECT_NE(host.err().find(line), std::string::npos) << host.err();
-        EXPECT_EQ(std::count(host.err().begin(), host.err().end(), '\n'), 1) << host.err();
-        EXPECT_TRUE(host.err().ends_with("\n")) << host.err();
-        return host.out();
+        const test::Ending ending = run(arguments).finish();
+        test::expectErrors(ending, status, {line});
+        expectALine(ending.err);
+        return ending.out;
+    }
+
+    static void expectALine(const std::string &text) {
+        EXPECT_TRUE(text.ends_with("\n")) << text;
+        EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 1) << text;
     }
 };
 
@@ -140,7 +141,7 @@ TEST_P(HostTest, MirrorsTheFirstDisplay) {
     test::LightReceiver light(address, 60222);
     test::Process host = run({address, "2"});
     host.waitFor(" onto " + address + "\n");
-    EXPECT_NE(host.out().find(": 480 x 300\n"), std::string::npos) << host.out();
+    EXPECT_TRUE(test::contains(host.out(), ": 480 x 300\n"));
 
     // The light shows the screen and follows it.
     EXPECT_TRUE(shows(light, 0x00ff00, 0x00ff00));
@@ -151,8 +152,8 @@ TEST_P(HostTest, MirrorsTheFirstDisplay) {
     EXPECT_EQ(errorsOf(host), "");
     const std::string animData =
         "4 1 1 255 0 0 0 5 2 1 255 0 0 0 5 3 1 0 0 255 0 5 4 1 0 0 255 0 5";
-    EXPECT_NE(host.out().find(animData), std::string::npos) << host.out();
-    EXPECT_NE(host.out().find("palette: #ff0000 #"), std::string::npos) << host.out();
+    EXPECT_TRUE(test::contains(host.out(), animData));
+    EXPECT_TRUE(test::contains(host.out(), "palette: #ff0000 #"));
 }
 
 // The library's handler of SIGPIPE would end it.
@@ -169,7 +170,7 @@ TEST_P(HostTest, GoesOnWhenAPipeBreaksInMidRun) {
     EXPECT_EQ(host.finish().status, 1);
     const std::string errors = errorsOf(host);
     EXPECT_TRUE(errors.ends_with(": standard output cannot be written\n")) << errors;
-    EXPECT_EQ(std::count(errors.begin(), errors.end(), '\n'), 1) << errors;
+    expectALine(errors);
 }
 
 // As without the library, whose handlers are gone.
@@ -188,10 +189,8 @@ TEST_P(HostTest, ShowsThePaletteInColourOnATerminal) {
     drawHalves(screen);
     screen.use();
     test::Process host = run({"::1", "1"}, {.terminal = test::TerminalSize{}});
-    EXPECT_EQ(host.finish().status, 0) << host.out();
-    EXPECT_NE(host.out().find("palette: \x1b[48;2;255;0;0m  \x1b[0m #ff0000 \x1b[48;2;"),
-              std::string::npos)
-        << host.out();
+    test::expectOutput(host.finish(), 0,
+                       {"palette: \x1b[48;2;255;0;0m  \x1b[0m #ff0000 \x1b[48;2;"});
 }
 
 TEST_P(HostTest, SaysThatAnAddressDoesNotParse) {

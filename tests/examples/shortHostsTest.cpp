@@ -20,13 +20,8 @@ test::Process run(const std::vector<std::string> &command, const char *function 
 
 // The library ends the process if it is given any display but that which it lists.
 TEST(ShortHosts, MirrorTheFirstDisplay) {
-    for (const auto &command :
-         {std::vector<std::string>{README_HOST, "127.0.0.1"}, {HEADER_HOST}}) {
-        test::Process host = run(command);
-        EXPECT_EQ(host.finish().status, 0) << command[0] << ": " << host.err();
-        EXPECT_EQ(host.out(), "stopped\n");
-        EXPECT_EQ(host.err(), "");
-    }
+    for (const auto &command : {std::vector<std::string>{README_HOST, "127.0.0.1"}, {HEADER_HOST}})
+        EXPECT_EQ(run(command).finish(), (test::Ending{0, "stopped\n", ""})) << command[0];
 }
 
 TEST(ShortHosts, SayWhyTheyEnd) {
@@ -43,13 +38,13 @@ TEST(ShortHosts, SayWhyTheyEnd) {
         {"stopMirror", "-1", "mirroring could not be stopped"},
     };
     for (const auto &failure : failures) {
-        test::Process host = run({README_HOST, "127.0.0.1"}, failure.function, failure.result);
-        EXPECT_EQ(host.finish().status, 1) << failure.line;
-        EXPECT_EQ(host.err(), "host: " + std::string(failure.line) + "\n");
-        test::Process header = run({HEADER_HOST}, failure.function, failure.result);
-        EXPECT_EQ(header.finish().status, 1) << failure.line;
+        const test::Ending host =
+            run({README_HOST, "127.0.0.1"}, failure.function, failure.result).finish();
+        EXPECT_EQ(host.status, 1) << failure.line;
+        EXPECT_EQ(host.err, "host: " + std::string(failure.line) + "\n");
+        const int status = run({HEADER_HOST}, failure.function, failure.result).finish().status;
+        EXPECT_EQ(status, 1) << failure.line;
     }
-    test::Process unaddressed({README_HOST});
-    EXPECT_EQ(unaddressed.finish().status, 1);
-    EXPECT_EQ(unaddressed.err(), "host: name the address of a light, such as 192.0.2.7\n");
+    EXPECT_EQ(test::Process({README_HOST}).finish(),
+              (test::Ending{1, "", "host: name the address of a light, such as 192.0.2.7\n"}));
 }

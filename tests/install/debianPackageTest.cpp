@@ -88,13 +88,13 @@ TEST_F(DebianPackages, HoldWhatIsInstalledAndAskForWhatTheyLoad) {
     const std::string loads = " " + field(library, "Depends");
     for (const char *package : {"libc6", "libstdc++6", "libblocksruntime0", "libxau6", "libxcb1",
                                 "libxcb-damage0", "libxcb-randr0", "libxcb-shm0", "libxcb-xfixes0"})
-        EXPECT_NE(loads.find(" " + std::string(package)), std::string::npos) << loads;
+        EXPECT_TRUE(test::contains(loads, " " + std::string(package)));
     const std::string same = library + " (= " VERSION "-0.1)";
     EXPECT_EQ(field(development, "Depends"), same + "\n");
     const std::string programsLoad = field(programs, "Depends");
     for (const std::string &package :
          {same, std::string("libcpp-httplib0"), std::string("libpng16-16"), std::string("libxcb1")})
-        EXPECT_NE(programsLoad.find(package), std::string::npos) << programsLoad;
+        EXPECT_TRUE(test::contains(programsLoad, package));
     EXPECT_EQ(field(manual, "Depends"), "\n");
 
     const std::string run = "env -i LD_LIBRARY_PATH=" + folder.file(library) + "/usr/" LIBDIR " " +

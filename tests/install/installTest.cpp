@@ -17,8 +17,7 @@ protected:
         screen.use();
         test::LightReceiver light(address, 60222);
         const test::Ending run = test::shell(host + " " + address + " 0");
-        EXPECT_EQ(run.status, 0) << run.out;
-        EXPECT_NE(run.out.find("palette: #000000\n"), std::string::npos) << run.out;
+        test::expectOutput(run, 0, {"palette: #000000\n"});
         EXPECT_TRUE(light.next());
     }
 
@@ -58,14 +57,12 @@ TEST_F(Install, NamesNoPlaceWhereItWasMade) {
 TEST_F(Install, ProgramsFindTheLibraryAfterTheMove) {
     const test::Ending loaded =
         test::shell("LD_TRACE_LOADED_OBJECTS=1 " + installed.at("bin/mirrorctl"));
-    EXPECT_NE(loaded.out.find("libscreenMirrorMac.so.1 => " + installed.at("bin/../" LIBDIR "/")),
-              std::string::npos)
-        << loaded.out;
+    EXPECT_TRUE(test::contains(loaded.out,
+                               "libscreenMirrorMac.so.1 => " + installed.at("bin/../" LIBDIR "/")));
     test::VirtualScreen screen(400, 300);
     screen.use();
-    const test::Ending displays = test::shell(installed.at("bin/mirrorctl") + " displays --json");
-    EXPECT_EQ(displays.status, 0);
-    EXPECT_NE(displays.out.find("\"width\":400,\"height\":300"), std::string::npos) << displays.out;
+    test::expectOutput(test::shell(installed.at("bin/mirrorctl") + " displays --json"), 0,
+                       {"\"width\":400,\"height\":300"});
     EXPECT_EQ(test::shell(installed.at("bin/panelwall") + " --help").status, 0);
 }
 

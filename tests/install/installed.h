@@ -1,21 +1,38 @@
 // An installation in a folder of its own, moved after it was made.
 #pragma once
 
+#include "tests/support/expectations.h"
+#include "tests/support/files.h"
 #include "tests/support/process.h"
-#include "tests/tools/panelwall/wallSetup.h"
 
+#include <algorithm>
+#include <filesystem>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
 namespace test {
 
 // The files and links below a folder, sorted, by their names from there.
-std::vector<std::string> filesBelow(const std::string &folder);
+inline std::vector<std::string> filesBelow(const std::string &folder) {
+    std::vector<std::string> files;
+    for (const auto &entry : std::filesystem::recursive_directory_iterator(folder))
+        if (!entry.is_directory())
+            files.push_back(std::filesystem::relative(entry.path().parent_path(), folder) /
+                            entry.path().filename());
+    std::sort(files.begin(), files.end());
+    return files;
+}
 
 class Installed {
 public:
     // Throws std::runtime_error when it cannot be installed.
-    Installed();
+    Installed() {
+        const Ending result = shell(CMAKE " --install " BUILD " --prefix " + folder.file("first") +
+                                    " && mv " + folder.file("first") + " " + folder.file("moved"));
+        if (result.status != 0)
+            throw std::runtime_error(result.out);
+    }
 
     // A path below the prefix, as it is after the move.
     std::string at(const std::string &name) const { return folder.file("moved/" + name); }

@@ -1,5 +1,5 @@
 // The manual as it is installed.
-#include "tests/docs/links.h"
+#include "tests/docs/markdown.h"
 #include "tests/install/installed.h"
 
 #include <filesystem>
@@ -29,8 +29,8 @@ TEST(InstalledManual, HasPagesWhoseLinksLeadSomewhere) {
         // What leads nowhere is still said.
         if (page.path == "README.md") {
             const std::string text = test::fileText(installed.manual() + "/README.md");
-            EXPECT_NE(text.find("zsh in tools/completions."), std::string::npos);
-            EXPECT_NE(text.find("[docs/x11.md](docs/x11.md)"), std::string::npos);
+            EXPECT_TRUE(test::contains(text, "zsh in tools/completions."));
+            EXPECT_TRUE(test::contains(text, "[docs/x11.md](docs/x11.md)"));
         }
     }
 }
@@ -49,7 +49,7 @@ TEST(InstalledManual, HasEveryDocumentThatProgramsAndTheHeaderName) {
                    "doctor; do " +
                    mirrorctl + " $command --help; done")
                  .out;
-    EXPECT_NE(texts.find("docs/recordings.md"), std::string::npos);
+    EXPECT_TRUE(test::contains(texts, "docs/recordings.md"));
     EXPECT_EQ(missing(texts, installed.manual()), "");
     EXPECT_EQ(missing("see docs/nothing.md", installed.manual()), "docs/nothing.md\n");
 }

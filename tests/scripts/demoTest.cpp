@@ -1,16 +1,14 @@
 // The demo on a terminal, as a person meets it.
+#include "tests/support/files.h"
 #include "tests/support/process.h"
 #include "tests/support/virtualScreen.h"
-#include "tests/tools/panelwall/wallSetup.h"
 #include "tests/tools/panelwall/web/httpClient.h"
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <poll.h>
 #include <regex>
-#include <sstream>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -19,12 +17,6 @@ using namespace test;
 // What every process of this test's demo has in its environment.
 static std::string mark() {
     return "DEMO_TEST=" + std::to_string(getpid());
-}
-
-static std::string readAll(const std::filesystem::path &path) {
-    std::ostringstream text;
-    text << std::ifstream(path, std::ios::binary).rdbuf();
-    return text.str();
 }
 
 // The command lines of all processes that the demo has started and that still run.
@@ -37,10 +29,10 @@ static std::vector<std::string> running() {
             name == std::to_string(getpid()))
             continue;
         // Each variable follows on a zero byte, or is the first.
-        const std::string variables = '\0' + readAll(process.path() / "environ");
+        const std::string variables = '\0' + fileText(process.path() / "environ");
         const std::string wanted = '\0' + mark() + '\0';
         if (variables.find(wanted) != std::string::npos)
-            commands.push_back(readAll(process.path() / "cmdline"));
+            commands.push_back(fileText(process.path() / "cmdline"));
     }
     return commands;
 }
@@ -101,11 +93,11 @@ TEST_F(Demo, OpensThePageWhereThereIsADesktop) {
     screen.use();
     Process demo({"/bin/sh", DEMO, "match"}, {.terminal = test::TerminalSize{100, 40}});
     demo.waitFor("15/15 lit");
-    for (int tries = 0; tries < 1000 && readAll(asked).empty(); ++tries)
+    for (int tries = 0; tries < 1000 && fileText(asked).empty(); ++tries)
         poll(nullptr, 0, 10);
     // Others can see what it is asked for, so that is a file, and the address in it.
-    const std::string link = readAll(asked);
-    const Page page = pageIn(readAll(link.substr(0, link.find('\n'))));
+    const std::string link = fileText(asked);
+    const Page page = pageIn(fileText(link.substr(0, link.find('\n'))));
     EXPECT_EQ(statusOf(get(page.port, page.path)), 200) << link;
     EXPECT_EQ(link.find(page.path), std::string::npos) << link;
     demo.type("\x03");

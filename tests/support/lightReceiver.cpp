@@ -1,9 +1,11 @@
 #include "tests/support/lightReceiver.h"
 
 #include <algorithm>
-#include <arpa/inet.h>
 #include <cerrno>
 #include <cstring>
+#include <memory>
+#include <netdb.h>
+#include <netinet/in.h>
 #include <poll.h>
 #include <stdexcept>
 #include <sys/socket.h>
@@ -11,32 +13,33 @@
 
 namespace test {
 
-LightReceiver::LightReceiver(const std::string &ip, int port) : boundPort(port) {
-    sockaddr_storage address{};
-    socklen_t length = sizeof(sockaddr_in);
-    const bool six = ip.find(':') != std::string::npos;
-    if (six) {
-        auto *in6 = reinterpret_cast<sockaddr_in6 *>(&address);
-        in6->sin6_family = AF_INET6;
-        in6->sin6_port = htons(static_cast<std::uint16_t>(port));
-        inet_pton(AF_INET6, ip.c_str(), &in6->sin6_addr);
-        length = sizeof *in6;
-    } else {
-        auto *in = reinterpret_cast<sockaddr_in *>(&address);
-        in->sin_family = AF_INET;
-        in->sin_port = htons(static_cast<std::uint16_t>(port));
-        inet_pton(AF_INET, ip.c_str(), &in->sin_addr);
-    }
-    fd = socket(six ? AF_INET6 : AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0);
-    if (fd < 0 || bind(fd, reinterpret_cast<sockaddr *>(&address), length) != 0)
+namespace {
+
+using Address = std::unique_ptr<addrinfo, decltype(&freeaddrinfo)>;
+
+Address udpAddress(const std::string &ip, int port) {
+    addrinfo wanted{};
+    wanted.ai_flags = AI_NUMERICHOST | AI_NUMERICSERV;
+    wanted.ai_socktype = SOCK_DGRAM;
+    addrinfo *found = nullptr;
+    if (getaddrinfo(ip.c_str(), std::to_string(port).c_str(), &wanted, &found) != 0)
+        throw std::runtime_error("no address: " + ip);
+    return Address(found, &freeaddrinfo);
+}
+
+} // namespace
+
+LightReceiver::LightReceiver(const std::string &ip, int port) {
+    const Address address = udpAddress(ip, port);
+    fd = socket(address->ai_family, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    if (fd < 0 || bind(fd, address->ai_addr, address->ai_addrlen) != 0)
         throw std::runtime_error("bind " + ip + ": " + std::strerror(errno));
     const int yes = 1;
     setsockopt(fd, SOL_SOCKET, SO_TIMESTAMPNS, &yes, sizeof yes);
-    if (port == 0) {
-        getsockname(fd, reinterpret_cast<sockaddr *>(&address), &length);
-        boundPort = ntohs(six ? reinterpret_cast<sockaddr_in6 *>(&address)->sin6_port
-                              : reinterpret_cast<sockaddr_in *>(&address)->sin_port);
-    }
+    sockaddr_in6 bound{}; // an IPv4 address has its port in the same place
+    socklen_t length = sizeof bound;
+    getsockname(fd, reinterpret_cast<sockaddr *>(&bound), &length);
+    boundPort = ntohs(bound.sin6_port);
 }
 
 LightReceiver::~LightReceiver() {
@@ -79,6 +82,16 @@ void LightReceiver::drain() {
     char byte;
     while (recv(fd, &byte, sizeof byte, MSG_DONTWAIT) >= 0) {
     }
+}
+
+void sendTo(const std::string &ip, int port, const Datagram &bytes) {
+    const Address address = udpAddress(ip, port);
+    const int fd = socket(address->ai_family, SOCK_DGRAM | SOCK_CLOEXEC, 0);
+    const ssize_t sent =
+        sendto(fd, bytes.data(), bytes.size(), 0, address->ai_addr, address->ai_addrlen);
+    close(fd);
+    if (sent != static_cast<ssize_t>(bytes.size()))
+        throw std::runtime_error("not sent to " + ip);
 }
 
 } // namespace test

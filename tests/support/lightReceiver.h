@@ -1,4 +1,4 @@
-// A light device in a test: one bound UDP socket.
+// A light device in a test: one bound UDP socket; and what sends to such a one.
 #pragma once
 
 #include <chrono>
@@ -38,5 +38,8 @@ private:
     int boundPort = 0;
     Arrival lastArrival;
 };
+
+// Sends one datagram from a socket of its own; throws std::runtime_error when that fails.
+void sendTo(const std::string &ip, int port, const Datagram &bytes);
 
 } // namespace test

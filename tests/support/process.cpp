@@ -3,6 +3,8 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <fstream>
+#include <ostream>
 #include <poll.h>
 #include <pty.h>
 #include <sys/ioctl.h>
@@ -81,6 +83,10 @@ void readInto(int &fd, std::string &text) {
 
 } // namespace
 
+void PrintTo(const Ending &ending, std::ostream *stream) {
+    *stream << "status " << ending.status << ", output\n" << ending.out << "errors\n" << ending.err;
+}
+
 Process::Process(std::vector<std::string> command, const Surroundings &surroundings)
     : name(command.at(0)), patience(surroundings.patience) {
     std::map<std::string, std::string> wanted = surroundings.variables;
@@ -133,6 +139,14 @@ Process::~Process() {
 
 std::runtime_error Process::failure(const std::string &what) const {
     return std::runtime_error(name + " " + what + " after\n" + ending.out + ending.err);
+}
+
+std::string Process::status(const std::string &field) const {
+    std::ifstream file("/proc/" + std::to_string(child) + "/status");
+    for (std::string line; std::getline(file, line);)
+        if (line.starts_with(field + ":\t"))
+            return line.substr(field.size() + 2);
+    return "";
 }
 
 bool Process::readMore() {

@@ -1,6 +1,7 @@
 // Programs as child processes, with their output caught through pipes or a pseudo-terminal.
 #pragma once
 
+#include <iosfwd>
 #include <map>
 #include <optional>
 #include <stdexcept>
@@ -15,7 +16,12 @@ struct Ending {
     int status = -1; // the exit status, or minus the number of the signal that ended it
     std::string out;
     std::string err;
+
+    bool operator==(const Ending &) const = default;
 };
+
+// For tests that compare endings.
+void PrintTo(const Ending &ending, std::ostream *stream);
 
 struct TerminalSize {
     int columns = 80;
@@ -47,6 +53,9 @@ public:
     pid_t pid() const { return child; }
     const std::string &out() const { return ending.out; }
     const std::string &err() const { return ending.err; }
+
+    // A field of what the system says of the running program, such as its "State".
+    std::string status(const std::string &field) const;
 
     // Waits until standard output holds `text` beyond position `from`; standard error.
     void waitFor(const std::string &text, std::size_t from = 0);

@@ -19,10 +19,6 @@ namespace test {
 
 namespace {
 
-std::runtime_error systemFailure(const std::string &what) {
-    return std::runtime_error(what + ": " + std::strerror(errno));
-}
-
 // Binds a socket to a display number that no other test's screen has, above those that a server
 // which looks for a free one tries. Thus nobody's server takes the name while there is none under
 // it.
@@ -42,7 +38,7 @@ int reserveNumber(int &number) {
             break;
         }
     }
-    throw systemFailure("a display number");
+    throw std::runtime_error(std::string("a display number: ") + std::strerror(errno));
 }
 
 std::uint32_t channel(std::uint32_t eightBits, std::uint32_t mask) {

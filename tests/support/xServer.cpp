@@ -1,5 +1,6 @@
 #include "tests/support/xServer.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <stdexcept>
@@ -17,18 +18,8 @@ namespace {
     _exit(0);
 }
 
-bool isOneOf(int value, std::initializer_list<int> values) {
-    for (const int each : values)
-        if (value == each)
-            return true;
-    return false;
-}
-
 bool has(const std::vector<std::string> &words, const std::string &word) {
-    for (const std::string &each : words)
-        if (each == word)
-            return true;
-    return false;
+    return std::find(words.begin(), words.end(), word) != words.end();
 }
 
 std::string bySize(const ServerWish &wish) {
@@ -36,7 +27,7 @@ std::string bySize(const ServerWish &wish) {
 }
 
 std::vector<std::string> xvnc(const ServerWish &wish) {
-    if (!isOneOf(wish.depth, {16, 24}))
+    if (wish.depth != 16 && wish.depth != 24)
         skipTest("Xvnc has no depth of " + std::to_string(wish.depth));
     return {"Xvnc",           "-geometry", bySize(wish), "-depth", std::to_string(wish.depth),
             "-rfbport",       "-1", // nobody is to look at it
@@ -44,7 +35,7 @@ std::vector<std::string> xvnc(const ServerWish &wish) {
 }
 
 std::vector<std::string> xorg(const ServerWish &wish) {
-    if (!isOneOf(wish.depth, {16, 24, 30}))
+    if (wish.depth != 16 && wish.depth != 24 && wish.depth != 30)
         skipTest("Xorg's dummy driver has no depth of " + std::to_string(wish.depth));
     if (wish.width < 64 || wish.height < 64)
         skipTest("Xorg's dummy driver has no screen of " + bySize(wish));

@@ -21,8 +21,8 @@ struct ServerWish {
     std::vector<std::string> extraArguments;
 };
 
-// The command that starts such a server on a display number that it writes to descriptor 3. Skips
-// the test when this kind of server cannot do what is wished.
+// The command that starts such a server, without the display's name; it writes a line to standard
+// output once it is ready. Skips the test when this kind of server cannot do what is wished.
 std::vector<std::string> serverCommand(ServerKind kind, const ServerWish &wish);
 
 // What has to be run on the server before its screen is as wished.

@@ -1,22 +1,15 @@
-#include "tests/support/process.h"
 #include "tests/tools/panelwall/wallSetup.h"
 
-#include <csignal>
-#include <gtest/gtest.h>
-
 using namespace test;
+using PanelwallIpv6 = WallTest;
 
-TEST(PanelwallIpv6, HearsBothPorts) {
-    const Folder folder;
-    const auto config =
-        folder.write("wall.json", documentText({deviceText("::1", 1, {{3, 100, 100}}),
-                                                deviceText("::1", 2, {{258, 300, 100}})}));
-    Process wall({PANELWALL_PROGRAM, config});
+TEST_F(PanelwallIpv6, HearsBothPorts) {
+    Process wall = start({writeConfig(
+        {deviceText("::1", 1, {{3, 100, 100}}), deviceText("::1", 2, {{258, 300, 100}})})});
     wall.waitFor("listening: device 1 at \"::1\", UDP port 60222");
     sendTo("::1", 60221, {1, 3, 1, 10, 20, 30, 0, 5});
     sendTo("::1", 60222, {0, 1, 1, 2, 9, 8, 7, 0, 0, 5});
     wall.waitFor("device 0  [::1]:60221  1/1 lit");
     wall.waitFor("device 1  [::1]:60222  1/1 lit");
-    wall.signal(SIGINT);
-    EXPECT_EQ(wall.finish().status, 0);
+    end(wall);
 }

@@ -1,6 +1,7 @@
 // The form of recordings: what is written can be read, and what cannot be read is told.
+#include "tests/support/expectations.h"
+#include "tests/support/files.h"
 #include "tests/tools/panelwall/recordings.h"
-#include "tests/tools/panelwall/wallSetup.h"
 #include "tools/recording/recordingFormat.h"
 #include "tools/recording/recordingWriter.h"
 
@@ -209,7 +210,7 @@ TEST(PanelwallRecording, WhatWasWrittenBeforeAKillCanBeRead) {
     writer.note(0, panelOne(1), start);
     writer.endTurn();
     writer.note(0, panelOne(2), start);
-    const Read read = readRecording(readBytes(folder.file("a")));
+    const Read read = readRecording(fileText(folder.file("a")));
     EXPECT_EQ(read.datagrams.size(), 1u);
     EXPECT_NE(read.error.find("after 1 whole datagrams"), std::string::npos);
 }

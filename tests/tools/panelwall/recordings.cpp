@@ -1,9 +1,8 @@
 #include "tests/tools/panelwall/recordings.h"
 
-#include "tests/tools/panelwall/wallSetup.h"
+#include "tests/support/files.h"
 #include "tools/recording/recordingWriter.h"
 
-#include <fstream>
 #include <sstream>
 #include <stdexcept>
 
@@ -14,14 +13,8 @@ using panelwall::Clock;
 config::Document wideDevices(const std::vector<std::string> &ips) {
     config::Document document;
     document.displayID = 1;
-    for (const std::string &ip : ips) {
-        config::DeviceEntry device;
-        device.ip = ip;
-        device.controlVersion = 2;
-        device.scaleFactor = 1.5;
-        device.panels.push_back({1, 100, 200});
-        document.devices.push_back(device);
-    }
+    for (const std::string &ip : ips)
+        document.devices.push_back({ip, 2, 0, 1.5, {{1, 100, 200}}});
     return document;
 }
 
@@ -42,13 +35,7 @@ std::string record(const config::Document &document, const std::vector<RecordedD
     writer.finish(start + std::chrono::microseconds(end));
     if (!writer.error().empty())
         throw std::runtime_error(writer.error());
-    return readBytes(folder.file("recording"));
-}
-
-std::string readBytes(const std::string &path) {
-    std::ostringstream bytes;
-    bytes << std::ifstream(path, std::ios::binary).rdbuf();
-    return bytes.str();
+    return fileText(folder.file("recording"));
 }
 
 Read readRecording(const std::string &bytes) {

@@ -20,9 +20,6 @@ std::vector<std::uint8_t> panelOne(int red, int green = 0, int blue = 0);
 std::string record(const config::Document &document, const std::vector<RecordedDatagram> &datagrams,
                    long end);
 
-// A file's bytes.
-std::string readBytes(const std::string &path);
-
 // What a reader makes of some bytes.
 struct Read {
     bool head = false;

@@ -1,31 +1,17 @@
-// What the tests of the whole program share: a folder, a document, and a sender of datagrams.
+// What the tests of the whole program share: its configurations, and the program as a process.
 #pragma once
 
-#include <cstdint>
+#include "tests/support/expectations.h"
+#include "tests/support/files.h"
+#include "tests/support/lightReceiver.h"
+#include "tests/support/process.h"
+
+#include <csignal>
+#include <gtest/gtest.h>
 #include <string>
 #include <vector>
 
 namespace test {
-
-// A folder of its own, removed with all that is in it.
-class Folder {
-public:
-    Folder();
-    ~Folder();
-    Folder(const Folder &) = delete;
-    Folder &operator=(const Folder &) = delete;
-
-    std::string file(const std::string &name) const { return path + "/" + name; }
-
-    // Writes a file and returns its path.
-    std::string write(const std::string &name, const std::string &text) const;
-
-    // The names of the files in it, sorted.
-    std::vector<std::string> list() const;
-
-private:
-    std::string path;
-};
 
 // A device object with scale factor 1 and shape type 0; each panel is {id, x, y}.
 std::string deviceText(const std::string &ip, int controlVersion,
@@ -34,7 +20,23 @@ std::string deviceText(const std::string &ip, int controlVersion,
 // A document with these device objects.
 std::string documentText(const std::vector<std::string> &devices, int mode = 0);
 
-// Sends one datagram from a socket of its own; throws std::runtime_error when that fails.
-void sendTo(const std::string &ip, int port, const std::vector<std::uint8_t> &bytes);
+class WallTest : public testing::Test {
+protected:
+    static Process start(std::vector<std::string> arguments, const Surroundings &surroundings = {});
+
+    // Starts panelwall and waits for its end.
+    static Ending run(const std::vector<std::string> &arguments);
+
+    // Ends it by a signal, which it has to heed with exit status 0.
+    static void end(Process &wall, int signal = SIGINT);
+
+    // Writes a configuration and returns its path.
+    std::string writeConfig(const std::vector<std::string> &devices, int mode = 0) const;
+
+    // One of a wide device with a single panel, number 1 at (100, 100).
+    std::string writeOnePanel(const std::string &ip, int mode = 0) const;
+
+    Folder folder;
+};
 
 } // namespace test

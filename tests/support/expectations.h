@@ -1,0 +1,31 @@
+// What tests expect of texts, and of programs that have ended.
+#pragma once
+
+#include "tests/support/process.h"
+
+#include <gtest/gtest.h>
+
+namespace test {
+
+// Whether `part` occurs in `text`; a failure shows both.
+inline testing::AssertionResult contains(const std::string &text, const std::string &part) {
+    return testing::AssertionResult(text.find(part) != std::string::npos)
+           << '"' << part << "\" in\n"
+           << text;
+}
+
+// The exit status, and texts that occur on standard output.
+inline void expectOutput(const Ending &ending, int status, const std::vector<std::string> &parts) {
+    EXPECT_EQ(ending.status, status) << ending.out << ending.err;
+    for (const std::string &part : parts)
+        EXPECT_TRUE(contains(ending.out, part));
+}
+
+// The exit status, and texts that occur on standard error.
+inline void expectErrors(const Ending &ending, int status, const std::vector<std::string> &parts) {
+    EXPECT_EQ(ending.status, status) << ending.out << ending.err;
+    for (const std::string &part : parts)
+        EXPECT_TRUE(contains(ending.err, part));
+}
+
+} // namespace test
