@@ -1,14 +1,9 @@
-#include "tests/support/virtualScreen.h"
-#include "tests/tools/mirrorctl/lightsFile.h"
-#include "tests/tools/mirrorctl/program.h"
+#include "tests/tools/mirrorctl/mirrorSetup.h"
 
-#include <gtest/gtest.h>
 #include <random>
-#include <rapidjson/document.h>
 
 using test::contains;
 using test::Ending;
-using test::LightsFile;
 using test::lightsText;
 using test::mirrorctl;
 
@@ -55,13 +50,12 @@ TEST(MirrorctlCheck, TellsEverythingAtOnce) {
 }
 
 TEST(MirrorctlCheck, PrintsForScripts) {
-    const LightsFile file(lightsText(5, "fe80::58:60", 3));
-    const Ending ending = mirrorctl({"check", file.path(), "--json"}, {{"DISPLAY", ""}});
+    const test::Folder folder;
+    const std::string path = folder.write("a.json", lightsText(5, "fe80::58:60", 3));
+    const Ending ending = mirrorctl({"check", path, "--json"}, {{"DISPLAY", ""}});
     EXPECT_EQ(ending.status, 0);
-    rapidjson::Document tree;
-    tree.Parse(ending.out.c_str());
-    ASSERT_FALSE(tree.HasParseError()) << ending.out;
-    EXPECT_EQ(tree["file"].GetString(), file.path());
+    const auto tree = test::parsed(ending.out);
+    EXPECT_EQ(tree["file"].GetString(), path);
     EXPECT_TRUE(tree["valid"].GetBool());
     EXPECT_EQ(tree["errors"].GetUint(), 0u);
     EXPECT_EQ(tree["warnings"].GetUint(), 1u);
@@ -95,11 +89,10 @@ TEST(MirrorctlCheck, SaysFineBeforeAnyCaution) {
                                        "standard input:1:18: caution: /mode: match mode lets the "
                                        "whole wall flash up to 11.9 times a second"))
         << ending.out;
-    EXPECT_TRUE(contains(ending.out, "\n    What to do: ")) << ending.out;
+    EXPECT_TRUE(contains(ending.out, "\n    What to do: "));
     const Ending faulty = check(lightsText(5, "lamp", 0), {"--screen", "640x480"});
     EXPECT_TRUE(contains(faulty.out, "standard input: 1 error, 0 warnings.\n"
-                                     "standard input:1:18: caution: "))
-        << faulty.out;
+                                     "standard input:1:18: caution: "));
 }
 
 // What a run refuses is an error, with the status that the run would end with.
@@ -147,19 +140,14 @@ TEST(MirrorctlCheck, LooksForTheDisplayWhereThereIsAServer) {
 TEST(MirrorctlCheck, NeedsADisplayOnlyWhenTold) {
     const std::string good = lightsText(5, "127.0.58.60", 3);
     EXPECT_EQ(check(good, {"--no-display"}).status, 0);
-    const Ending needed = check(good, {"--display"});
-    EXPECT_EQ(needed.status, 69);
-    EXPECT_TRUE(contains(needed.out, "standard input:1:2: error: /displayID: expected a display, "
-                                     "but there is none at all; found 5.\n"))
-        << needed.out;
+    test::expectOutput(check(good, {"--display"}), 69,
+                       {"standard input:1:2: error: /displayID: expected a display, but there is "
+                        "none at all; found 5.\n"});
     // A display that gives no picture is there all the same.
-    const Ending unseen =
-        mirrorctl({"check", "-"}, {{"LD_PRELOAD", REFUSING_LIBRARY}, {"REFUSE", "picture"}},
-                  lightsText(6, "127.0.58.60", 3));
-    EXPECT_EQ(unseen.status, 0);
-    EXPECT_TRUE(contains(unseen.out, "fine.\nThe display gives no picture, so its size is not "
-                                     "known. The panels' places were not checked;"))
-        << unseen.out;
+    test::expectOutput(
+        mirrorctl({"check", "-"}, test::refusing("picture"), lightsText(6, "127.0.58.60", 3)), 0,
+        {"fine.\nThe display gives no picture, so its size is not known. The panels' places were "
+         "not checked;"});
     // Nobody is at this address of a server.
     const Ending absent = mirrorctl({"check", "-"}, {{"DISPLAY", "/nonexistent/words:0"}}, good);
     EXPECT_EQ(absent.status, 0);
@@ -194,14 +182,10 @@ TEST(MirrorctlCheck, TellsAddressesThatNoLightCanHave) {
         {"[", "expected an IPv4 or IPv6 address in numbers", "names are not looked up"},
         {"[::1]x:1", "expected an IPv4 or IPv6 address in numbers", "names are not looked up"},
     };
-    for (const auto &one : cases) {
-        const Ending ending = check(lightsText(5, one.ip, 3), {"--screen", "640x480"});
-        EXPECT_EQ(ending.status, 68) << one.ip;
-        EXPECT_TRUE(contains(ending.out, "error: /devices/0/ip: ")) << ending.out;
-        EXPECT_TRUE(contains(ending.out, one.words)) << ending.out;
-        EXPECT_TRUE(contains(ending.out, one.remedy)) << ending.out;
-        EXPECT_TRUE(contains(ending.out, "found \"" + std::string(one.ip) + "\"")) << ending.out;
-    }
+    for (const auto &one : cases)
+        test::expectOutput(check(lightsText(5, one.ip, 3), {"--screen", "640x480"}), 68,
+                           {"error: /devices/0/ip: ", one.words, one.remedy,
+                            "found \"" + std::string(one.ip) + "\""});
     for (const char *ip : {"223.255.255.255", "240.0.0.1", "192.168.1.255", "fd00::1", "fe00::1"})
         EXPECT_EQ(check(lightsText(5, ip, 3), {"--screen", "640x480"}).out,
                   "standard input: fine.\n");
@@ -220,12 +204,10 @@ TEST(MirrorctlCheck, NamesComments) {
          {"// a comment\n" + good, with("\"displayID", "/* a */ "), with("5", "// a\n"),
           with(", \"mode", " # a\n"), with("{\"panelID", "// a\n"), with("}]}]}", " // a\n"),
           with("]}]}", " // a\n"), good + " // a", with(":", "/**/")}) {
-        const Ending ending = check(text);
-        EXPECT_EQ(ending.status, 65);
-        EXPECT_TRUE(contains(ending.out, "error: found a comment; JSON has no comments.\n"
-                                         "    To fix it: remove the comments.\n"))
-            << text << '\n'
-            << ending.out;
+        SCOPED_TRACE(text);
+        test::expectOutput(check(text), 65,
+                           {"error: found a comment; JSON has no comments.\n"
+                            "    To fix it: remove the comments.\n"});
     }
     EXPECT_FALSE(contains(check("{\"a\":/1}").out, "comment"));
 }
@@ -245,7 +227,7 @@ TEST(MirrorctlCheck, ComparesWithTheDisplayThatIsThere) {
     std::string text = lightsText(there, "127.0.58.60", 3);
     EXPECT_EQ(look(text).out, "standard input: fine.\n");
     text.replace(text.find("\"centroidX\": 100"), 16, "\"centroidX\": 640");
-    EXPECT_TRUE(contains(look(text).out, "0 to 639, found 640")) << look(text).out;
+    EXPECT_TRUE(contains(look(text).out, "0 to 639, found 640"));
 }
 
 TEST(MirrorctlCheck, SaysWhatItCouldNotCompare) {
@@ -258,12 +240,12 @@ TEST(MirrorctlCheck, SaysWhatItCouldNotCompare) {
 TEST(MirrorctlCheck, PrintsNoControlCharacters) {
     const Ending ending =
         check(R"({"\u001b[31m\n": 1, "displayID": "\u001b[0m\u0007", "mode": 0, "devices": [}])");
-    EXPECT_EQ(ending.out.find('\x1b'), std::string::npos);
+    EXPECT_FALSE(contains(ending.out, "\x1b"));
     const Ending parsed =
         check(R"({"\u001b[31m\n": 1, "displayID": "\u001b[0m\u0007", "mode": 0, "devices": []})");
     EXPECT_EQ(parsed.status, 65);
-    EXPECT_EQ(parsed.out.find('\x1b'), std::string::npos) << parsed.out;
-    EXPECT_EQ(parsed.out.find('\x07'), std::string::npos) << parsed.out;
+    EXPECT_FALSE(contains(parsed.out, "\x1b"));
+    EXPECT_FALSE(contains(parsed.out, "\x07"));
 }
 
 TEST(MirrorctlCheck, TellsWhatIsNoDocumentInWholeSentences) {
@@ -284,9 +266,8 @@ TEST(MirrorctlCheck, TellsHowToMendWhateverDoesNotParse) {
          {"", "{}{}", "{\"a\":tru}", "{\"a\":1,}", "{\"a\" 1}", "{\"a\":1 \"b\":2}", "[1 2]",
           "{\"a\":\"\\q\"}", "{\"a\":\"\\u12x4\"}", "{\"a\":\"\\ud800\"}", "{\"a\":\"x",
           "{\"a\":\"\xff\"}", "{\"a\":1.}", "{\"a\":1e}", "{\"a\":1e999}"}) {
-        const Ending ending = check(text);
-        EXPECT_EQ(ending.status, 65) << text;
-        EXPECT_TRUE(contains(ending.out, "    To fix it: ")) << text << ": " << ending.out;
+        SCOPED_TRACE(text);
+        test::expectOutput(check(text), 65, {"    To fix it: "});
     }
 }
 

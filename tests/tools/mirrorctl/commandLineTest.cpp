@@ -1,17 +1,13 @@
-#include "tests/tools/mirrorctl/program.h"
-
-#include <gtest/gtest.h>
+#include "tests/tools/mirrorctl/mirrorSetup.h"
 
 using test::Ending;
 using test::mirrorctl;
 
 TEST(MirrorctlCommandLine, HelpNamesCommandsAndExitStatuses) {
-    const Ending ending = mirrorctl({"--help"});
-    EXPECT_EQ(ending.status, 0);
-    for (const char *word : {"displays", "check", "layout", "doctor", "run", "palette", "snapshot",
-                             "\n     0  ", "\n    64  ", "\n    65  ", "\n    66  ", "\n    68  ",
-                             "\n    69  ", "\n    70  ", "\n    71  ", "\n    75  ", "\n    77  "})
-        EXPECT_NE(ending.out.find(word), std::string::npos) << word << " in\n" << ending.out;
+    test::expectOutput(mirrorctl({"--help"}), 0,
+                       {"displays", "check", "layout", "doctor", "run", "palette", "snapshot",
+                        "\n     0  ", "\n    64  ", "\n    65  ", "\n    66  ", "\n    68  ",
+                        "\n    69  ", "\n    70  ", "\n    71  ", "\n    75  ", "\n    77  "});
 }
 
 TEST(MirrorctlCommandLine, EachCommandHelps) {
@@ -69,10 +65,7 @@ TEST(MirrorctlCommandLine, RefusesWhatItDoesNotUnderstand) {
 }
 
 TEST(MirrorctlCommandLine, NamesTheVersion) {
-    const Ending ending = mirrorctl({"--version"});
-    EXPECT_EQ(ending.status, 0);
-    EXPECT_EQ(ending.out, "mirrorctl " PROJECT_VERSION "\n");
-    EXPECT_EQ(ending.err, "");
+    EXPECT_EQ(mirrorctl({"--version"}), (Ending{0, "mirrorctl " PROJECT_VERSION "\n", ""}));
 }
 
 TEST(MirrorctlCommandLine, SuggestsTheCommandThatWasMeant) {
@@ -80,12 +73,10 @@ TEST(MirrorctlCommandLine, SuggestsTheCommandThatWasMeant) {
         {"rnu", "run"},           {"Run", "run"},        {"chek", "check"},
         {"dispalys", "displays"}, {"lay-out", "layout"}, {"docter", "doctor"}};
     for (const auto &[word, command] : meant) {
-        const Ending ending = mirrorctl({word, "wall.json", "--json"});
-        EXPECT_EQ(ending.status, 64) << word;
-        EXPECT_EQ(ending.out, "");
-        EXPECT_EQ(ending.err, "mirrorctl has no command \"" + std::string(word) +
-                                  "\". Did you mean \"" + command +
-                                  "\"?\nRun with --help for the list of commands.\n");
+        const std::string suggestion = "mirrorctl has no command \"" + std::string(word) +
+                                       "\". Did you mean \"" + command +
+                                       "\"?\nRun with --help for the list of commands.\n";
+        EXPECT_EQ(mirrorctl({word, "wall.json", "--json"}), (Ending{64, "", suggestion}));
     }
     EXPECT_EQ(mirrorctl({"mirror"}).err, "mirrorctl has no command \"mirror\".\n"
                                          "Run with --help for the list of commands.\n");
@@ -95,7 +86,6 @@ TEST(MirrorctlCommandLine, SuggestsTheCommandThatWasMeant) {
 }
 
 TEST(MirrorctlCommandLine, HelpSaysWhatBecomesOfTheLights) {
-    EXPECT_NE(mirrorctl({"palette", "--help"}).out.find("The lights are left alone"),
-              std::string::npos);
-    EXPECT_NE(mirrorctl({"snapshot", "--help"}).out.find("THE LIGHTS CHANGE"), std::string::npos);
+    test::expectOutput(mirrorctl({"palette", "--help"}), 0, {"The lights are left alone"});
+    test::expectOutput(mirrorctl({"snapshot", "--help"}), 0, {"THE LIGHTS CHANGE"});
 }

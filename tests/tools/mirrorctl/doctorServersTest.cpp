@@ -1,166 +1,130 @@
 // mirrorctl doctor on X servers that capture is refused on, or dear, or that cannot be asked.
-#include "tests/support/process.h"
-#include "tests/support/virtualScreen.h"
+#include "tests/tools/mirrorctl/mirrorSetup.h"
 #include "tests/tools/mirrorctl/plainProxy.h"
-#include "tests/tools/mirrorctl/program.h"
 #include "tests/tools/mirrorctl/waylandSession.h"
 
 #include <csignal>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <gtest/gtest.h>
-#include <stdexcept>
 
+using test::contains;
+using test::doctor;
 using test::Ending;
+using test::expectOutput;
 using test::PlainProxy;
 using test::VirtualScreen;
 using test::WaylandSession;
 
 namespace {
 
-Ending doctorOn(const std::string &display, test::Program::Variables variables = {}) {
-    // Whatever session the tests run in.
-    for (const char *name : {"WAYLAND_DISPLAY", "XDG_SESSION_TYPE"})
-        variables.emplace(name, "");
-    variables["DISPLAY"] = display;
-    return test::mirrorctl({"doctor"}, variables);
+// What a key file holds that has one key for every server.
+std::string anyServersKey(char letter) {
+    const std::string protocol = "MIT-MAGIC-COOKIE-1";
+    const std::string anyServer("\xFF\xFF\0\0\0\0", 6);
+    return anyServer + '\0' + static_cast<char>(protocol.size()) + protocol + '\0' + '\x10' +
+           std::string(16, letter);
 }
-
-void expectWords(const Ending &ending, int status, const std::vector<std::string> &words) {
-    EXPECT_EQ(ending.status, status) << ending.err;
-    for (const std::string &part : words)
-        EXPECT_NE(ending.out.find(part), std::string::npos) << part << "\nin\n" << ending.out;
-}
-
-// A directory for key files, removed with all that is in it.
-class KeyFiles {
-public:
-    KeyFiles() {
-        if (!mkdtemp(directory.data()))
-            throw std::runtime_error("no directory for keys");
-    }
-    ~KeyFiles() { std::filesystem::remove_all(directory); }
-    KeyFiles(const KeyFiles &) = delete;
-    KeyFiles &operator=(const KeyFiles &) = delete;
-
-    std::string path(const std::string &name) const { return directory + "/" + name; }
-
-    // A key for every server.
-    std::string write(const std::string &name, char letter) const {
-        const std::string protocol = "MIT-MAGIC-COOKIE-1";
-        const std::string anyServer("\xFF\xFF\0\0\0\0", 6);
-        std::ofstream(path(name), std::ios::binary)
-            << anyServer << '\0' << static_cast<char>(protocol.size()) << protocol << '\0' << '\x10'
-            << std::string(16, letter);
-        return path(name);
-    }
-
-private:
-    std::string directory = "/tmp/keys.XXXXXX";
-};
 
 } // namespace
 
 TEST(MirrorctlDoctorServers, SaysThatPixelsTravelOverTheNetwork) {
     const VirtualScreen screen(640, 480, 24, {"-listen", "tcp"});
-    expectWords(doctorOn("localhost" + screen.display()), 0,
-                {"unsure  MIT-SHM: of no use, since DISPLAY names a server over the network; the "
-                 "screen is read through the connection, at several times the cost.\n"
-                 "          To fix it: run this on the machine that the screen belongs to",
-                 "frames arrive", "8 good, 1 unsure, 0 bad."});
-    expectWords(doctorOn("unix" + screen.display()), 0, {"good    MIT-SHM: the screen is read"});
+    expectOutput(doctor("localhost" + screen.display()), 0,
+                 {"unsure  MIT-SHM: of no use, since DISPLAY names a server over the network; the "
+                  "screen is read through the connection, at several times the cost.\n"
+                  "          To fix it: run this on the machine that the screen belongs to",
+                  "frames arrive", "8 good, 1 unsure, 0 bad."});
+    expectOutput(doctor("unix" + screen.display()), 0, {"good    MIT-SHM: the screen is read"});
 }
 
 TEST(MirrorctlDoctorServers, TriesToShareMemory) {
     const VirtualScreen screen(640, 480);
     const PlainProxy proxy(screen.display());
-    expectWords(doctorOn(proxy.display()), 0,
-                {"unsure  MIT-SHM: there, but memory cannot be shared, as when a proxy stands "
-                 "between this program and the server; the screen is read through the connection, "
-                 "at several times the cost.\n          To fix it: set DISPLAY to the name of "
-                 "the server itself",
-                 "frames arrive", "8 good, 1 unsure, 0 bad."});
+    expectOutput(doctor(proxy.display()), 0,
+                 {"unsure  MIT-SHM: there, but memory cannot be shared, as when a proxy stands "
+                  "between this program and the server; the screen is read through the connection, "
+                  "at several times the cost.\n          To fix it: set DISPLAY to the name of "
+                  "the server itself",
+                  "frames arrive", "8 good, 1 unsure, 0 bad."});
 }
 
 TEST(MirrorctlDoctorServers, TellsThatSharedMemoryIsMissing) {
     const VirtualScreen screen(640, 480, 24, {"-extension", "MIT-SHM"});
-    expectWords(doctorOn(screen.display()), 0,
-                {"unsure  MIT-SHM: missing; the screen is read through the connection"});
+    expectOutput(doctor(screen.display()), 0,
+                 {"unsure  MIT-SHM: missing; the screen is read through the connection"});
 }
 
 TEST(MirrorctlDoctorServers, FindsServersBadThatDoNotTellOfChanges) {
     const VirtualScreen withoutDamage(640, 480, 24, {"-extension", "DAMAGE"});
-    expectWords(doctorOn(withoutDamage.display()), 77,
-                {"bad     DAMAGE: missing; without DAMAGE and XFIXES, which tell of changes, "
-                 "nothing is captured.\n          To fix it: switch the extension on",
-                 "capturing it was refused; the library said: Screen Recording not allowed!\n"
-                 "          To fix it: first fix what is bad under System.\n",
-                 "7 good, 0 unsure, 2 bad."});
+    expectOutput(doctor(withoutDamage.display()), 77,
+                 {"bad     DAMAGE: missing; without DAMAGE and XFIXES, which tell of changes, "
+                  "nothing is captured.\n          To fix it: switch the extension on",
+                  "capturing it was refused; the library said: Screen Recording not allowed!\n"
+                  "          To fix it: first fix what is bad under System.\n",
+                  "7 good, 0 unsure, 2 bad."});
     // This server crashes when the first of several clients leaves, so that nothing more is seen.
     const VirtualScreen withoutFixes(640, 480, 24, {"-extension", "XFIXES"});
-    expectWords(doctorOn(withoutFixes.display()), 77,
-                {"bad     XFIXES: missing; without DAMAGE and XFIXES, which tell of changes, "
-                 "nothing is captured.\n          To fix it: switch the extension on"});
+    expectOutput(doctor(withoutFixes.display()), 77,
+                 {"bad     XFIXES: missing; without DAMAGE and XFIXES, which tell of changes, "
+                  "nothing is captured.\n          To fix it: switch the extension on"});
 }
 
 TEST(MirrorctlDoctorServers, FindsServersBadThatListNoDisplays) {
     const VirtualScreen screen(640, 480, 24, {"-extension", "RANDR"});
-    expectWords(doctorOn(screen.display()), 69,
-                {"bad     RANDR: missing; without it there are no displays to name.",
-                 "bad     displays: there is none to mirror.\n"
-                 "          To fix it: first fix what is bad under System.\n"});
+    expectOutput(doctor(screen.display()), 69,
+                 {"bad     RANDR: missing; without it there are no displays to name.",
+                  "bad     displays: there is none to mirror.\n"
+                  "          To fix it: first fix what is bad under System.\n"});
 }
 
 TEST(MirrorctlDoctorServers, FindsColourTablesBad) {
     const VirtualScreen screen(640, 480, 8);
-    expectWords(doctorOn(screen.display()), 77,
-                {"bad     screen: 8 bits a pixel, looked up in a table of colours; the library "
-                 "reads 16 or 32 bits of red, green and blue.\n"
-                 "          To fix it: give the screen a depth of 16 or 24: ",
-                 ": no picture available.\n"
-                 "          To fix it: first fix what is bad under System.\n",
-                 " good, 0 unsure, 2 bad."});
+    expectOutput(doctor(screen.display()), 77,
+                 {"bad     screen: 8 bits a pixel, looked up in a table of colours; the library "
+                  "reads 16 or 32 bits of red, green and blue.\n"
+                  "          To fix it: give the screen a depth of 16 or 24: ",
+                  ": no picture available.\n"
+                  "          To fix it: first fix what is bad under System.\n",
+                  " good, 0 unsure, 2 bad."});
 }
 
 TEST(MirrorctlDoctorServers, KnowsUntrustedConnections) {
     const VirtualScreen screen(640, 480);
-    const KeyFiles keys;
-    const std::string file = keys.path("untrusted");
+    const test::Folder keys;
+    const std::string file = keys.file("untrusted");
     const auto made = test::shell("DISPLAY=" + screen.display() + " xauth -f " + file +
                                   " generate " + screen.display() + " . untrusted");
     ASSERT_EQ(made.status, 0) << made.out;
-    const Ending ending = doctorOn(screen.display(), {{"XAUTHORITY", file}});
-    expectWords(ending, 77,
-                {"bad     screen: the X server does not trust this connection",
-                 "To fix it: use ssh -Y in place of ssh -X, or run this in the session itself"});
+    const Ending ending = doctor(screen.display(), {}, {{"XAUTHORITY", file}});
+    expectOutput(ending, 77,
+                 {"bad     screen: the X server does not trust this connection",
+                  "To fix it: use ssh -Y in place of ssh -X, or run this in the session itself"});
     // These are hidden and not missing.
     for (const char *extension : {"RANDR", "MIT-SHM", "DAMAGE", "XFIXES"})
-        EXPECT_EQ(ending.out.find(extension), std::string::npos) << ending.out;
+        EXPECT_FALSE(contains(ending.out, extension));
 }
 
 TEST(MirrorctlDoctorServers, KnowsWaylandSessionsWithoutAnXServer) {
     for (const auto &[name, value] :
          {std::pair("WAYLAND_DISPLAY", "wayland-0"), std::pair("XDG_SESSION_TYPE", "wayland")})
-        expectWords(doctorOn("", {{name, value}}), 69,
-                    {"bad     X server: the variable DISPLAY is not set: this is a Wayland session "
-                     "without an X server, and its screen cannot be mirrored.\n"
-                     "          To fix it: log out, and choose an X11 session where you log in."});
+        expectOutput(
+            doctor("", {}, {{name, value}}), 69,
+            {"bad     X server: the variable DISPLAY is not set: this is a Wayland session "
+             "without an X server, and its screen cannot be mirrored.\n"
+             "          To fix it: log out, and choose an X11 session where you log in."});
 }
 
 TEST(MirrorctlDoctorServers, KnowsXServersInWaylandSessions) {
     const WaylandSession session;
-    const Ending within = doctorOn(session.display(), {{"WAYLAND_DISPLAY", "wayland-0"}});
-    expectWords(within, 77,
-                {"bad     session: this is a Wayland session; the X server has no picture of the "
-                 "screen, only of the windows of X programs.\n"
-                 "          To fix it: log out, and choose an X11 session where you log in",
-                 ": no picture available.\n"
-                 "          To fix it: first fix what is bad under System.\n",
-                 " good, 0 unsure, 2 bad."});
-    const Ending fromAfar = doctorOn(session.display());
-    expectWords(
-        fromAfar, 77,
+    expectOutput(doctor(session.display(), {}, {{"WAYLAND_DISPLAY", "wayland-0"}}), 77,
+                 {"bad     session: this is a Wayland session; the X server has no picture of the "
+                  "screen, only of the windows of X programs.\n"
+                  "          To fix it: log out, and choose an X11 session where you log in",
+                  ": no picture available.\n"
+                  "          To fix it: first fix what is bad under System.\n",
+                  " good, 0 unsure, 2 bad."});
+    // From afar.
+    expectOutput(
+        doctor(session.display()), 77,
         {"bad     session: the X server belongs to a Wayland session on the machine that "
          "it runs on, as its output XWAYLAND0 shows; the X server has no picture of the screen",
          "To fix it: choose an X11 session when you log in at that machine's screen"});
@@ -168,53 +132,54 @@ TEST(MirrorctlDoctorServers, KnowsXServersInWaylandSessions) {
 
 TEST(MirrorctlDoctorServers, DoesNotTakeAnotherXServerForTheSessions) {
     const VirtualScreen screen(640, 480);
-    expectWords(doctorOn(screen.display(), {{"WAYLAND_DISPLAY", "wayland-0"}}), 0,
-                {"unsure  session: this is a Wayland session, but the X server is no part of it",
-                 "frames arrive"});
+    expectOutput(doctor(screen.display(), {}, {{"WAYLAND_DISPLAY", "wayland-0"}}), 0,
+                 {"unsure  session: this is a Wayland session, but the X server is no part of it",
+                  "frames arrive"});
 }
 
 TEST(MirrorctlDoctorServers, TellsWhyNobodyIsLetIn) {
-    const KeyFiles keys;
-    const std::string right = keys.write("right", 'a');
+    const test::Folder keys;
+    const std::string right = keys.write("right", anyServersKey('a'));
     setenv("XAUTHORITY", right.c_str(), 1);
     const VirtualScreen screen(640, 480, 24, {"-auth", right});
     unsetenv("XAUTHORITY");
     const std::string name = "\"" + screen.display() + "\"";
-    expectWords(doctorOn(screen.display(), {{"XAUTHORITY", right}}), 0, {"0 bad."});
-    expectWords(doctorOn(screen.display(), {{"XAUTHORITY", keys.write("wrong", 'b')}}), 69,
-                {"bad     X server: " + name +
-                 " does not let this user in, and says: Invalid "
-                 "MIT-MAGIC-COOKIE-1 key.\n          To fix it: the key file has an old or "
-                 "another server's key for it"});
-    expectWords(doctorOn(screen.display(), {{"XAUTHORITY", keys.path("none")}}), 69,
-                {"bad     X server: " + name +
-                 " does not let this user in, and says: "
-                 "Authorization required, but no authorization protocol specified.\n"
-                 "          To fix it: the key file has no key for it"});
+    expectOutput(doctor(screen.display(), {}, {{"XAUTHORITY", right}}), 0, {"0 bad."});
+    expectOutput(
+        doctor(screen.display(), {}, {{"XAUTHORITY", keys.write("wrong", anyServersKey('b'))}}), 69,
+        {"bad     X server: " + name +
+         " does not let this user in, and says: Invalid "
+         "MIT-MAGIC-COOKIE-1 key.\n          To fix it: the key file has an old or "
+         "another server's key for it"});
+    expectOutput(doctor(screen.display(), {}, {{"XAUTHORITY", keys.file("none")}}), 69,
+                 {"bad     X server: " + name +
+                  " does not let this user in, and says: "
+                  "Authorization required, but no authorization protocol specified.\n"
+                  "          To fix it: the key file has no key for it"});
 }
 
 TEST(MirrorctlDoctorServers, TellsServersApartThatCannotBeAsked) {
     VirtualScreen screen(640, 480);
     const std::string name = "\"" + screen.display() + "\"";
     kill(screen.pid(), SIGSTOP);
-    const Ending hung = doctorOn(screen.display());
+    const Ending hung = doctor(screen.display());
     kill(screen.pid(), SIGCONT);
-    expectWords(hung, 69,
-                {"bad     X server: " + name +
-                 " does not answer.\n"
-                 "          To fix it: the server hangs, or the connection to it is interrupted"});
+    expectOutput(hung, 69,
+                 {"bad     X server: " + name +
+                  " does not answer.\n"
+                  "          To fix it: the server hangs, or the connection to it is interrupted"});
     screen.kill();
-    expectWords(doctorOn(screen.display()), 69,
-                {"bad     X server: the server that DISPLAY names, " + name +
-                 ", is not there.\n"
-                 "          To fix it: run this in the desktop session, or set DISPLAY"});
+    expectOutput(doctor(screen.display()), 69,
+                 {"bad     X server: the server that DISPLAY names, " + name +
+                  ", is not there.\n"
+                  "          To fix it: run this in the desktop session, or set DISPLAY"});
     const PlainProxy proxy(screen.display());
-    expectWords(doctorOn(proxy.display()), 69,
-                {"bad     X server: \"" + proxy.display() +
-                 "\" accepts the connection and closes it without an answer.\n"
-                 "          To fix it: if DISPLAY was set by ssh, log in with it again"});
-    expectWords(doctorOn("screen"), 69,
-                {"bad     X server: \"screen\", the value of DISPLAY, is not a server's name.\n"});
+    expectOutput(doctor(proxy.display()), 69,
+                 {"bad     X server: \"" + proxy.display() +
+                  "\" accepts the connection and closes it without an answer.\n"
+                  "          To fix it: if DISPLAY was set by ssh, log in with it again"});
+    expectOutput(doctor("screen"), 69,
+                 {"bad     X server: \"screen\", the value of DISPLAY, is not a server's name.\n"});
 }
 
 // Each client that leaves such a server as the last one takes down those that are just coming.
@@ -222,15 +187,21 @@ TEST(MirrorctlDoctorServers, KeepsServersFromResetting) {
     VirtualScreen screen(640, 480, 24, {"-reset"});
     screen.disconnect();
     for (int i = 0; i < 5; ++i)
-        expectWords(doctorOn(screen.display()), 0, {"9 good, 0 unsure, 0 bad."});
+        expectOutput(doctor(screen.display()), 0, {"9 good, 0 unsure, 0 bad."});
+}
+
+TEST(MirrorctlDoctorServers, SaysThatThereIsNoDisplay) {
+    expectOutput(
+        doctor(""), 69,
+        {"X server: the variable DISPLAY is not set", "displays: there is none to mirror"});
 }
 
 // The mark must not be taken for something that the screen shows anyway.
 TEST(MirrorctlDoctorServers, KnowsNothingOfTheScreenBeforeAFrameIsWhole) {
     VirtualScreen screen(640, 480);
     screen.fill(0xFF00FF);
-    const Ending ending = doctorOn(
-        screen.display(), {{"LD_PRELOAD", std::string(UNMAPPED_WINDOWS) + ":" + LATE_FRAMES},
-                           {"LATE_FRAMES", "1000"}});
-    expectWords(ending, 75, {"a picture arrives, but not the mark that was drawn"});
+    const test::Variables late = {{"LD_PRELOAD", std::string(UNMAPPED_WINDOWS) + ":" + LATE_FRAMES},
+                                  {"LATE_FRAMES", "1000"}};
+    expectOutput(doctor(screen.display(), {}, late), 75,
+                 {"a picture arrives, but not the mark that was drawn"});
 }

@@ -1,41 +1,42 @@
 // The commands on an X server that hangs: it takes connections and answers nothing.
-#include "tests/support/virtualScreen.h"
-#include "tests/tools/mirrorctl/lightsFile.h"
-#include "tests/tools/mirrorctl/program.h"
+#include "tests/tools/mirrorctl/mirrorSetup.h"
 
 #include <chrono>
 #include <csignal>
-#include <gtest/gtest.h>
+#include <poll.h>
 
 using test::contains;
 using test::Ending;
-using test::lightsText;
-using test::Program;
+using test::Process;
 
 namespace {
 
-class HungServer {
-public:
-    HungServer() : display(test::onlyDisplay(screen.display())) { kill(screen.pid(), SIGSTOP); }
+class MirrorctlHungServer : public test::ScreenTest {
+protected:
+    MirrorctlHungServer() { kill(screen.pid(), SIGSTOP); }
 
-    Program start(const std::vector<std::string> &arguments) const {
-        return Program(arguments, {{"DISPLAY", screen.display()}},
-                       lightsText(display, "127.0.58.90"));
+    Process start(const std::vector<std::string> &arguments) const {
+        return ScreenTest::start(arguments, {.input = lights("127.0.58.90")});
     }
 
     std::string silence() const {
         return "The X server \"" + screen.display() + "\" does not answer";
     }
-
-private:
-    test::VirtualScreen screen{640, 480};
-    const std::uint32_t display;
 };
+
+// Waits until the program holds signals back: from then on a signal does not end it by itself.
+void waitForSignals(const Process &program) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while ((std::stoull("0" + program.status("SigBlk"), nullptr, 16) >> (SIGINT - 1) & 1) == 0) {
+        if (std::chrono::steady_clock::now() > deadline)
+            throw std::runtime_error("mirrorctl holds no signal back");
+        poll(nullptr, 0, 2);
+    }
+}
 
 } // namespace
 
-TEST(MirrorctlHungServer, IsLeftAtOnceOnASignal) {
-    const HungServer server;
+TEST_F(MirrorctlHungServer, IsLeftAtOnceOnASignal) {
     const struct {
         std::vector<std::string> arguments;
         std::string words;
@@ -49,8 +50,8 @@ TEST(MirrorctlHungServer, IsLeftAtOnceOnASignal) {
         {{"displays"}, "The displays are not listed: Interrupt.\n", SIGINT},
     };
     for (const auto &one : cases) {
-        Program program = server.start(one.arguments);
-        program.waitForSignals();
+        Process program = start(one.arguments);
+        waitForSignals(program);
         const auto sent = std::chrono::steady_clock::now();
         program.signal(one.signum);
         const Ending ending = program.finish();
@@ -59,32 +60,23 @@ TEST(MirrorctlHungServer, IsLeftAtOnceOnASignal) {
         // sanitizer, which sleeps at the end; the library itself gives up after four.
         EXPECT_LT(taken.count(), 2.5) << one.words;
         EXPECT_EQ(ending.status, 75) << one.words;
-        EXPECT_EQ(ending.err, one.words + server.silence() + ". Is it stopped or overloaded?\n");
+        EXPECT_EQ(ending.err, one.words + silence() + ". Is it stopped or overloaded?\n");
     }
 }
 
-TEST(MirrorctlHungServer, IsNamed) {
-    const HungServer server;
+TEST_F(MirrorctlHungServer, IsNamed) {
     for (const auto &arguments :
          {std::vector<std::string>{"displays"}, {"run", "-"}, {"layout", "1x1", "127.0.58.90"}}) {
-        Program program = server.start(arguments);
-        const Ending ending = program.finish();
-        EXPECT_EQ(ending.status, 69) << arguments[0];
-        EXPECT_TRUE(contains(ending.err, server.silence())) << ending.err;
-        EXPECT_FALSE(contains(ending.err, "no display")) << ending.err;
+        const Ending ending = start(arguments).finish();
+        test::expectErrors(ending, 69, {silence()});
+        EXPECT_FALSE(contains(ending.err, "no display"));
     }
 }
 
-TEST(MirrorctlHungServer, IsNoFindingOfACheckUnlessADisplayIsNeeded) {
-    const HungServer server;
-    const Ending ending = server.start({"check", "-"}).finish();
-    EXPECT_EQ(ending.status, 0) << ending.out;
-    const std::string silence = server.silence().substr(1); // "he X server ..."
-    EXPECT_TRUE(contains(ending.out, "standard input: fine.\nThe displays are not known, since t" +
-                                         silence + "."))
-        << ending.out;
-    const Ending needed = server.start({"check", "-", "--display"}).finish();
-    EXPECT_EQ(needed.status, 69) << needed.out;
-    EXPECT_TRUE(contains(needed.out, "error: /displayID: cannot be looked for, since t" + silence))
-        << needed.out;
+TEST_F(MirrorctlHungServer, IsNoFindingOfACheckUnlessADisplayIsNeeded) {
+    const std::string reason = "since t" + silence().substr(1); // "since the X server ..."
+    test::expectOutput(start({"check", "-"}).finish(), 0,
+                       {"standard input: fine.\nThe displays are not known, " + reason + "."});
+    test::expectOutput(start({"check", "-", "--display"}).finish(), 69,
+                       {"error: /displayID: cannot be looked for, " + reason});
 }

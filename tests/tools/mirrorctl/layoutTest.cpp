@@ -1,10 +1,7 @@
-#include "tests/support/virtualScreen.h"
-#include "tests/tools/mirrorctl/program.h"
+#include "tests/tools/mirrorctl/mirrorSetup.h"
 #include "tools/config/configDocument.h"
 #include "tools/lights/device.h"
 #include "tools/mirrorctl/layout/layoutPlan.h"
-
-#include <gtest/gtest.h>
 
 using namespace mirrorctl;
 using test::contains;
@@ -123,11 +120,10 @@ TEST(MirrorctlLayout, MakesWhatCheckAccepts) {
         const Ending made =
             layout({shape, "127.0.58.61", "::1", "--mode", "palette"}, screen.display());
         ASSERT_EQ(made.status, 0) << made.err;
-        EXPECT_TRUE(contains(made.err, " panels on 2 devices, each coloured by ")) << made.err;
-        const Ending checked =
-            test::mirrorctl({"check", "-", "--strict"}, {{"DISPLAY", screen.display()}}, made.out);
-        EXPECT_EQ(checked.status, 0);
-        EXPECT_EQ(checked.out, "standard input: fine.\n");
+        EXPECT_TRUE(contains(made.err, " panels on 2 devices, each coloured by "));
+        EXPECT_EQ(
+            test::mirrorctl({"check", "-", "--strict"}, {{"DISPLAY", screen.display()}}, made.out),
+            (Ending{0, "standard input: fine.\n", ""}));
     }
 }
 
@@ -154,19 +150,14 @@ TEST(MirrorctlLayout, NeedsNoDisplayWhenAllIsSaid) {
 }
 
 TEST(MirrorctlLayout, GuessesNoDisplay) {
-    const Ending none = layout({"4x6", "127.0.58.61"});
-    EXPECT_EQ(none.status, 69);
-    EXPECT_TRUE(contains(none.err, "There is no display here.")) << none.err;
+    test::expectErrors(layout({"4x6", "127.0.58.61"}), 69, {"There is no display here."});
     const test::VirtualScreen screen(1440, 600);
     screen.run({"xrandr", "--setmonitor", "LEFT", "800/200x600/150+0+0", screen.output()});
     screen.run({"xrandr", "--setmonitor", "RIGHT", "640/160x480/120+800+0", "none"});
-    const Ending two = layout({"4x6", "127.0.58.61"}, screen.display());
-    EXPECT_EQ(two.status, 69);
-    EXPECT_TRUE(contains(two.err, "There are several displays; name one with --display:\n"));
-    EXPECT_TRUE(contains(two.err, "(640 x 480)\n"));
-    const Ending wrong = layout({"4x6", "127.0.58.61", "--display", "3"}, screen.display());
-    EXPECT_EQ(wrong.status, 69);
-    EXPECT_TRUE(contains(wrong.err, "There is no such display here. There are:\n")) << wrong.err;
+    test::expectErrors(layout({"4x6", "127.0.58.61"}, screen.display()), 69,
+                       {"There are several displays; name one with --display:\n", "(640 x 480)\n"});
+    test::expectErrors(layout({"4x6", "127.0.58.61", "--display", "3"}, screen.display()), 69,
+                       {"There is no such display here. There are:\n"});
 }
 
 TEST(MirrorctlLayout, RefusesWordsThatItDoesNotUnderstand) {

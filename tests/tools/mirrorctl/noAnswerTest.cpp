@@ -1,8 +1,5 @@
 // palette and snapshot when something fails, with a library that fails as it is told to.
-#include "tests/tools/mirrorctl/lightsFile.h"
-#include "tests/tools/mirrorctl/program.h"
-
-#include <gtest/gtest.h>
+#include "tests/tools/mirrorctl/mirrorSetup.h"
 
 using test::Ending;
 using test::lightsText;
@@ -10,10 +7,9 @@ using test::mirrorctl;
 
 namespace {
 
-// The library has display 5 and refuses `function`.
 Ending ask(const std::vector<std::string> &arguments, const std::string &function,
            const std::string &text) {
-    return mirrorctl(arguments, {{"LD_PRELOAD", REFUSING_LIBRARY}, {"REFUSE", function}}, text);
+    return mirrorctl(arguments, test::refusing(function), text);
 }
 
 Ending askPalette(const std::string &function) {
@@ -25,9 +21,8 @@ Ending askSnapshot(const std::string &function, int mode = 0) {
 }
 
 void expectFailure(const Ending &ending, int status, const std::string &message) {
-    EXPECT_EQ(ending.status, status);
     EXPECT_EQ(ending.out, "");
-    EXPECT_NE(ending.err.find(message), std::string::npos) << ending.err;
+    test::expectErrors(ending, status, {message});
 }
 
 } // namespace
@@ -78,10 +73,8 @@ TEST(MirrorctlNoAnswer, ControlCEndsTheWait) {
 
 TEST(MirrorctlNoAnswer, BlackIsNoAnswerUntilTheScreenWasSeen) {
     EXPECT_EQ(askPalette("promptness").out, "{\"palette\":[{\"R\":255,\"G\":255,\"B\":0}]}\n");
-    for (const int mode : {0, 3}) {
-        const Ending ending = askSnapshot("promptness", mode);
-        EXPECT_NE(ending.out.find("     17  #ffff00\n"), std::string::npos) << ending.out;
-    }
+    for (const int mode : {0, 3})
+        EXPECT_TRUE(test::contains(askSnapshot("promptness", mode).out, "     17  #ffff00\n"));
 }
 
 TEST(MirrorctlNoAnswer, AFrameThatShowsTheScreenToSomePanelsIsNoAnswer) {
@@ -90,22 +83,17 @@ TEST(MirrorctlNoAnswer, AFrameThatShowsTheScreenToSomePanelsIsNoAnswer) {
                                   "controlVersion": 2, "shapeType": 0, "scaleFactor": 1,
                                   "panels": [{"panelID": 17, "centroidX": 100, "centroidY": 100},
                                              {"panelID": 18, "centroidX": 200, "centroidY": 100}]}]})");
-    EXPECT_EQ(ending.status, 0) << ending.err;
-    EXPECT_TRUE(test::contains(ending.out, "     17  #ffff00\n")) << ending.out;
-    EXPECT_TRUE(test::contains(ending.out, "     18  #ffff00\n")) << ending.out;
+    test::expectOutput(ending, 0, {"     17  #ffff00\n", "     18  #ffff00\n"});
 }
 
 // What the library prints goes to standard error, or programs could not read the output.
 TEST(MirrorctlNoAnswer, LibraryMessagesGoToStandardError) {
-    const Ending palette = askPalette("silence");
-    EXPECT_EQ(palette.status, 0);
-    EXPECT_EQ(palette.out, "{\"palette\":[{\"R\":255,\"G\":255,\"B\":0}]}\n");
-    EXPECT_EQ(palette.err, "The library talks.\n");
-    const Ending snapshot =
-        ask({"snapshot", "-", "--json"}, "silence", lightsText(5, "127.0.58.9"));
-    EXPECT_EQ(snapshot.status, 0);
-    EXPECT_EQ(snapshot.out, R"({"numDevices":1,"devices":[{"ip":"127.0.58.9",)"
-                            R"("animData":"1 17 1 255 255 0 0 5"}]})"
-                            "\n");
-    EXPECT_EQ(snapshot.err, "The library talks.\n");
+    EXPECT_EQ(askPalette("silence"), (Ending{0, "{\"palette\":[{\"R\":255,\"G\":255,\"B\":0}]}\n",
+                                             "The library talks.\n"}));
+    EXPECT_EQ(ask({"snapshot", "-", "--json"}, "silence", lightsText(5, "127.0.58.9")),
+              (Ending{0,
+                      R"({"numDevices":1,"devices":[{"ip":"127.0.58.9",)"
+                      R"("animData":"1 17 1 255 255 0 0 5"}]})"
+                      "\n",
+                      "The library talks.\n"}));
 }

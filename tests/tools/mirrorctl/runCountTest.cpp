@@ -1,33 +1,25 @@
 // What a run tells about itself, held against what the light received.
-#include "tests/support/lightReceiver.h"
-#include "tests/support/virtualScreen.h"
-#include "tests/tools/mirrorctl/lightsFile.h"
-#include "tests/tools/mirrorctl/program.h"
+#include "tests/tools/mirrorctl/mirrorSetup.h"
 #include "tools/config/configDocument.h"
 #include "tools/mirrorctl/run/frameCounter.h"
 
 #include <csignal>
-#include <gtest/gtest.h>
-#include <rapidjson/document.h>
 #include <sstream>
 
 using test::contains;
 using test::Ending;
 using test::LightReceiver;
-using test::LightsFile;
-using test::lightsText;
-using test::Program;
+using test::Process;
 
 namespace {
+
+using MirrorctlRunCount = test::ScreenTest;
 
 std::vector<rapidjson::Document> jsonLines(const std::string &out) {
     std::vector<rapidjson::Document> lines;
     std::istringstream stream(out);
-    for (std::string line; std::getline(stream, line);) {
-        lines.emplace_back();
-        lines.back().Parse(line.c_str());
-        EXPECT_FALSE(lines.back().HasParseError()) << line;
-    }
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(test::parsed(line));
     return lines;
 }
 
@@ -41,13 +33,9 @@ std::size_t received(LightReceiver &light) {
 
 } // namespace
 
-TEST(MirrorctlRunCount, CountsEveryFrameThatTheLightReceived) {
-    test::VirtualScreen screen(640, 480);
+TEST_F(MirrorctlRunCount, CountsEveryFrameThatTheLightReceived) {
     LightReceiver light("127.0.58.70", 60222);
-    const auto display = test::onlyDisplay(screen.display());
-    const Ending ending =
-        test::mirrorctl({"run", "-", "--seconds", "2.2", "--json"}, {{"DISPLAY", screen.display()}},
-                        lightsText(display, "127.0.58.70"));
+    const Ending ending = run({"run", "-", "--seconds", "2.2", "--json"}, lights("127.0.58.70"));
     ASSERT_EQ(ending.status, 0) << ending.err;
     EXPECT_EQ(ending.err, "");
     const auto lines = jsonLines(ending.out);
@@ -64,77 +52,59 @@ TEST(MirrorctlRunCount, CountsEveryFrameThatTheLightReceived) {
     EXPECT_EQ(end["errors"].GetUint(), 0u);
 }
 
-TEST(MirrorctlRunCount, CountsChangesOfColour) {
-    test::VirtualScreen screen(640, 480);
+TEST_F(MirrorctlRunCount, CountsChangesOfColour) {
     screen.fill(0xFF0000);
     LightReceiver light("127.0.58.71", 60222);
-    const auto display = test::onlyDisplay(screen.display());
-    Program program({"run", "-", "--mode", "fade"}, {{"DISPLAY", screen.display()}},
-                    lightsText(display, "127.0.58.71"));
+    Process program = start({"run", "-", "--mode", "fade"}, {.input = lights("127.0.58.71")});
     ASSERT_TRUE(light.next());
     screen.fill(0x0000FF);
     ASSERT_TRUE(light.next());
     program.signal(SIGINT);
     const Ending ending = program.finish();
-    EXPECT_EQ(ending.status, 0) << ending.err;
     const std::size_t frames = 2 + received(light);
-    EXPECT_TRUE(
-        contains(ending.out, "Sent " + std::to_string(frames) + " frames to every device.\n"))
-        << ending.out;
+    test::expectOutput(ending, 0,
+                       {"Sent " + std::to_string(frames) + " frames to every device.\n"});
 }
 
-TEST(MirrorctlRunCount, ShowsSignsOfLifeInPaletteMode) {
-    test::VirtualScreen screen(640, 480);
+TEST_F(MirrorctlRunCount, ShowsSignsOfLifeInPaletteMode) {
     screen.fill(0xFF0000);
-    const auto display = test::onlyDisplay(screen.display());
-    const Ending ending =
-        test::mirrorctl({"run", "-", "--seconds", "0.5", "--json"}, {{"DISPLAY", screen.display()}},
-                        lightsText(display, "127.0.58.72", 3));
+    const Ending ending = run({"run", "-", "--seconds", "0.5", "--json"}, lights("127.0.58.72", 3));
     const auto lines = jsonLines(ending.out);
     ASSERT_FALSE(lines.empty());
     EXPECT_GE(lines.back()["signsOfLife"].GetUint(), 1u) << ending.out;
 }
 
-TEST(MirrorctlRunCount, HandsOverTheDocumentAsItIsWhenTold) {
-    test::VirtualScreen screen(640, 480);
-    const auto display = test::onlyDisplay(screen.display());
+TEST_F(MirrorctlRunCount, HandsOverTheDocumentAsItIsWhenTold) {
     const Ending ending =
-        test::mirrorctl({"run", "-", "--seconds", "0.3", "--no-count"},
-                        {{"DISPLAY", screen.display()}}, lightsText(display, "127.0.58.73"));
+        run({"run", "-", "--seconds", "0.3", "--no-count"}, lights("127.0.58.73"));
     EXPECT_EQ(ending.status, 0) << ending.err;
-    EXPECT_FALSE(contains(ending.out, "Sent")) << ending.out;
+    EXPECT_FALSE(contains(ending.out, "Sent"));
 }
 
-TEST(MirrorctlRunCount, TellsWhatTheLibraryReports) {
+TEST_F(MirrorctlRunCount, TellsWhatTheLibraryReports) {
     const Ending ending =
-        test::mirrorctl({"run", "-", "--seconds", "0.1"},
-                        {{"LD_PRELOAD", REFUSING_LIBRARY}, {"REFUSE", "socket not connected"}},
-                        lightsText(5, "127.0.58.74"));
-    EXPECT_EQ(ending.status, 0);
+        test::mirrorctl({"run", "-", "--seconds", "0.1"}, test::refusing("socket not connected"),
+                        test::lightsText(5, "127.0.58.74"));
     EXPECT_EQ(ending.err, "socket not connected\n");
-    EXPECT_TRUE(contains(ending.out, "The library reported 1 error, the last: socket not "
-                                     "connected\n"))
-        << ending.out;
+    test::expectOutput(ending, 0,
+                       {"The library reported 1 error, the last: socket not connected\n"});
 }
 
-TEST(MirrorctlRunCount, IsLiveOnATerminal) {
-    test::VirtualScreen screen(640, 480);
-    screen.use();
-    const LightsFile file(lightsText(test::onlyDisplay(screen.display()), "127.0.58.75"));
-    test::Process process(
-        {"/usr/bin/env", "TERM=xterm", MIRRORCTL, "run", file.path(), "--seconds", "60"},
-        {.terminal = test::TerminalSize{100, 24}});
+TEST_F(MirrorctlRunCount, IsLiveOnATerminal) {
+    const std::string file = folder.write("lights.json", lights("127.0.58.75"));
+    Process process =
+        start({"run", file, "--seconds", "60"},
+              {.variables = {{"TERM", "xterm"}}, .terminal = test::TerminalSize{100, 24}});
     process.waitFor("\r\x1b[K[--------------------]   0 %  0 of 60 s  ");
     process.waitFor("/s  jitter ");
     process.waitFor("  no error");
     process.type("\x03");
     Ending ending = process.finish();
-    EXPECT_EQ(ending.status, 0) << ending.out;
     // The terminal echoes the key somewhere in what the program says then.
     if (const auto echo = ending.out.find("^C"); echo != std::string::npos)
         ending.out.erase(echo, 2);
-    EXPECT_TRUE(contains(ending.out, "Stopping: Interrupt.\r\nMirrored display ")) << ending.out;
-    EXPECT_TRUE(contains(ending.out, " frames to every device, ")) << ending.out;
+    test::expectOutput(ending, 0,
+                       {"Stopping: Interrupt.\r\nMirrored display ", " frames to every device, "});
 }
 
 TEST(MirrorctlFrameCounter, IsAnotherDeviceOfTheDocument) {

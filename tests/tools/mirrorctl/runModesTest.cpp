@@ -1,48 +1,43 @@
 // Every mode over a real screen, and the mode of the command line.
-#include "tests/support/lightReceiver.h"
-#include "tests/support/virtualScreen.h"
-#include "tests/tools/mirrorctl/lightsFile.h"
-#include "tests/tools/mirrorctl/program.h"
+#include "tests/tools/mirrorctl/mirrorSetup.h"
 
 #include <csignal>
-#include <gtest/gtest.h>
 
 using test::Ending;
 using test::LightReceiver;
-using test::LightsFile;
-using test::lightsText;
-using test::Program;
+using test::Process;
 
 namespace {
 
-// Mirrors a red screen with `arguments` until the only panel, number 17, is sent red in the wide
-// layout. Returns the transition time that came with it, or -1.
-int transitionOfRed(const std::string &ip, int documentMode,
-                    const std::vector<std::string> &arguments, const std::string &modeName) {
-    test::VirtualScreen screen(640, 480);
-    screen.fill(0xFF0000);
-    LightReceiver light(ip, 60222);
-    const LightsFile file(lightsText(test::onlyDisplay(screen.display()), ip, documentMode));
-    std::vector<std::string> words = {"run", file.path()};
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    Program program(words, {{"DISPLAY", screen.display()}});
-    program.waitFor(" in " + modeName + " mode onto 1 device with 1 panel. Ctrl-C stops.\n");
-    int transition = -1;
-    for (int i = 0; i < 200 && transition < 0; ++i) {
-        const auto datagram = light.next();
-        if (!datagram || datagram->size() != 10)
-            break;
-        // Before the first picture has come, some modes send black.
-        if (test::Datagram(datagram->begin(), datagram->begin() + 8) ==
-            test::Datagram{0, 1, 0, 17, 255, 0, 0, 0})
-            transition = (*datagram)[8] << 8 | (*datagram)[9];
+class MirrorctlRunModes : public test::ScreenTest {
+protected:
+    // Mirrors a red screen with `options` until the only panel, number 17, is sent red in the wide
+    // layout. Returns the transition time that came with it, or -1.
+    int transitionOfRed(const std::string &ip, int documentMode,
+                        const std::vector<std::string> &options, const std::string &modeName) {
+        screen.fill(0xFF0000);
+        LightReceiver light(ip, 60222);
+        std::vector<std::string> arguments = {"run", "-"};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        Process program = start(arguments, {.input = lights(ip, documentMode)});
+        program.waitFor(" in " + modeName + " mode onto 1 device with 1 panel. Ctrl-C stops.\n");
+        int transition = -1;
+        for (int i = 0; i < 200 && transition < 0; ++i) {
+            const auto datagram = light.next();
+            if (!datagram || datagram->size() != 10)
+                break;
+            // Before the first picture has come, some modes send black.
+            if (test::Datagram(datagram->begin(), datagram->begin() + 8) ==
+                test::Datagram{0, 1, 0, 17, 255, 0, 0, 0})
+                transition = (*datagram)[8] << 8 | (*datagram)[9];
+        }
+        program.signal(SIGINT);
+        const Ending ending = program.finish();
+        EXPECT_EQ(ending.status, 0) << ending.err;
+        EXPECT_EQ(ending.err, "");
+        return transition;
     }
-    program.signal(SIGINT);
-    const Ending ending = program.finish();
-    EXPECT_EQ(ending.status, 0) << ending.err;
-    EXPECT_EQ(ending.err, "");
-    return transition;
-}
+};
 
 void expectBetween(int value, int least, int most) {
     EXPECT_GE(value, least);
@@ -51,34 +46,34 @@ void expectBetween(int value, int least, int most) {
 
 } // namespace
 
-TEST(MirrorctlRunModes, RunsTheModeOfTheDocument) {
+TEST_F(MirrorctlRunModes, RunsTheModeOfTheDocument) {
     EXPECT_EQ(transitionOfRed("127.0.58.10", 0, {}, "match"), 1);
     expectBetween(transitionOfRed("127.0.58.10", 1, {}, "melt"), 2, 10);
     EXPECT_EQ(transitionOfRed("127.0.58.10", 2, {}, "fade"), 5);
     expectBetween(transitionOfRed("127.0.58.10", 3, {}, "palette"), 10, 14);
 }
 
-TEST(MirrorctlRunModes, TakesNamesInsteadOfTheDocumentsMode) {
+TEST_F(MirrorctlRunModes, TakesNamesInsteadOfTheDocumentsMode) {
     EXPECT_EQ(transitionOfRed("127.0.58.11", 2, {"--mode", "match"}, "match"), 1);
     expectBetween(transitionOfRed("127.0.58.11", 0, {"--mode", "melt"}, "melt"), 2, 10);
     EXPECT_EQ(transitionOfRed("127.0.58.11", 0, {"--mode", "fade"}, "fade"), 5);
     expectBetween(transitionOfRed("127.0.58.11", 0, {"--mode", "palette"}, "palette"), 10, 14);
 }
 
-TEST(MirrorctlRunModes, TakesNumbersInsteadOfTheDocumentsMode) {
+TEST_F(MirrorctlRunModes, TakesNumbersInsteadOfTheDocumentsMode) {
     EXPECT_EQ(transitionOfRed("127.0.58.12", 2, {"--mode", "0"}, "match"), 1);
     EXPECT_EQ(transitionOfRed("127.0.58.12", 3, {"--mode=2"}, "fade"), 5);
 }
 
-TEST(MirrorctlRunModes, MendsAModeThatDoesNotExist) {
+TEST_F(MirrorctlRunModes, MendsAModeThatDoesNotExist) {
     EXPECT_EQ(transitionOfRed("127.0.58.13", 7, {"--mode", "fade"}, "fade"), 5);
 }
 
-TEST(MirrorctlRunModes, DoesNotExcuseAModeThatIsMissing) {
-    const LightsFile file(R"({"displayID": 5, "devices": []})");
-    const Ending ending = test::mirrorctl({"run", file.path(), "--mode", "fade"});
+TEST_F(MirrorctlRunModes, DoesNotExcuseAModeThatIsMissing) {
+    const std::string file = folder.write("lights.json", R"({"displayID": 5, "devices": []})");
+    const Ending ending = run({"run", file, "--mode", "fade"});
     EXPECT_EQ(ending.status, 65);
-    EXPECT_TRUE(ending.err.starts_with(file.path() +
+    EXPECT_TRUE(ending.err.starts_with(file +
                                        ": line 1, column 1: /mode: expected an integer that fits "
                                        "32 bits, found no member of this name\n"))
         << ending.err;

@@ -1,34 +1,28 @@
 // Runs of mirrorctl whose X server hangs, dies and comes back.
-#include "tests/support/lightReceiver.h"
-#include "tests/support/virtualScreen.h"
-#include "tests/tools/mirrorctl/lightsFile.h"
-#include "tests/tools/mirrorctl/program.h"
+#include "tests/tools/mirrorctl/mirrorSetup.h"
 
 #include <chrono>
 #include <csignal>
-#include <fstream>
-#include <gtest/gtest.h>
+#include <optional>
 
 using test::contains;
 using test::Ending;
 using test::greenPanel;
 using test::LightReceiver;
-using test::lightsText;
-using test::Program;
+using test::Process;
 using test::receives;
 using test::redPanel;
 
 namespace {
 
 // A run in match mode that has sent the screen's red.
-class MirrorctlRunServer : public testing::Test {
+class MirrorctlRunServer : public test::ScreenTest {
 protected:
     void begin(const std::string &ip, std::vector<std::string> options) {
         screen.fill(0xFF0000);
         light.emplace(ip, 60222);
         options.insert(options.begin(), {"run", "-"});
-        program.emplace(options, Program::Variables{{"DISPLAY", screen.display()}},
-                        lightsText(test::onlyDisplay(screen.display()), ip));
+        program.reset(new Process(start(options, {.input = lights(ip)})));
         ASSERT_TRUE(receives(*light, redPanel));
         // The program has seen the server answer.
         program->waitFor(options[2] == "--json" ? "\"running\"" : "Mirroring display");
@@ -38,9 +32,8 @@ protected:
         return "The X server \"" + screen.display() + "\" " + predicate;
     }
 
-    test::VirtualScreen screen{640, 480};
     std::optional<LightReceiver> light;
-    std::optional<Program> program;
+    std::unique_ptr<Process> program;
 };
 
 } // namespace
@@ -59,9 +52,7 @@ TEST_F(MirrorctlRunServer, GoesOnWhenTheServerIsBack) {
         program->waitFor("{\"event\":\"resumed\"");
     }
     program->signal(SIGINT);
-    const Ending ending = program->finish();
-    EXPECT_EQ(ending.status, 0) << ending.err;
-    EXPECT_TRUE(contains(ending.out, "{\"event\":\"stopped\"")) << ending.out;
+    test::expectOutput(program->finish(), 0, {"{\"event\":\"stopped\""});
 }
 
 TEST_F(MirrorctlRunServer, SaysThatTheServerHasGone) {
@@ -71,9 +62,7 @@ TEST_F(MirrorctlRunServer, SaysThatTheServerHasGone) {
     screen.restart();
     program->waitForError(server("is back; display "));
     program->signal(SIGTERM);
-    const Ending ending = program->finish();
-    EXPECT_EQ(ending.status, 0) << ending.err;
-    EXPECT_TRUE(contains(ending.out, "The display server was gone for ")) << ending.out;
+    test::expectOutput(program->finish(), 0, {"The display server was gone for "});
 }
 
 TEST_F(MirrorctlRunServer, IsStoppedWhileTheServerIsAway) {
@@ -81,9 +70,7 @@ TEST_F(MirrorctlRunServer, IsStoppedWhileTheServerIsAway) {
     screen.kill();
     program->waitForError("has gone");
     program->signal(SIGINT);
-    const Ending ending = program->finish();
-    EXPECT_EQ(ending.status, 0) << ending.err;
-    EXPECT_TRUE(contains(ending.out, "Stopping: Interrupt.\nMirrored display ")) << ending.out;
+    test::expectOutput(program->finish(), 0, {"Stopping: Interrupt.\nMirrored display "});
 }
 
 TEST_F(MirrorctlRunServer, EndsInTimeWhileTheServerIsAway) {
@@ -95,11 +82,8 @@ TEST_F(MirrorctlRunServer, EndsInTimeWhileTheServerIsAway) {
 TEST_F(MirrorctlRunServer, EndsWithTheServerWhenTold) {
     begin("127.0.58.95", {"--once"});
     screen.kill();
-    const Ending ending = program->finish();
-    EXPECT_EQ(ending.status, 74);
-    EXPECT_TRUE(contains(ending.err,
-                         "Mirroring ended: the X server \"" + screen.display() + "\" has gone.\n"))
-        << ending.err;
+    test::expectErrors(program->finish(), 74,
+                       {"Mirroring ended: the X server \"" + screen.display() + "\" has gone.\n"});
 }
 
 TEST_F(MirrorctlRunServer, TellsAHungServerFromADeadOne) {
@@ -113,7 +97,7 @@ TEST_F(MirrorctlRunServer, TellsAHungServerFromADeadOne) {
     program->signal(SIGINT);
     const Ending ending = program->finish();
     EXPECT_EQ(ending.status, 0) << ending.err;
-    EXPECT_FALSE(contains(ending.out, "serverGone")) << ending.out;
+    EXPECT_FALSE(contains(ending.out, "serverGone"));
 }
 
 TEST_F(MirrorctlRunServer, IsStoppedWhileTheServerHangs) {
@@ -125,23 +109,16 @@ TEST_F(MirrorctlRunServer, IsStoppedWhileTheServerHangs) {
     const Ending ending = program->finish();
     const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - sent;
     EXPECT_LT(taken.count(), 2.5); // see IsLeftAtOnceOnASignal
-    EXPECT_EQ(ending.status, 0) << ending.err;
-    EXPECT_TRUE(contains(ending.out, "Mirrored display ")) << ending.out;
+    test::expectOutput(ending, 0, {"Mirrored display "});
 }
 
 // Frames are counted by their time of arrival, so that nobody has to wake for each.
 TEST_F(MirrorctlRunServer, SleepsBetweenItsReports) {
     begin("127.0.58.98", {"--json"});
-    const auto switches = [&] {
-        const std::string task = std::to_string(program->pid());
-        std::ifstream file("/proc/" + task + "/task/" + task + "/status");
-        for (std::string line; std::getline(file, line);)
-            if (line.starts_with("voluntary_ctxt_switches:"))
-                return std::stol(line.substr(line.find(':') + 1));
-        return -1L;
-    };
+    // Of the first thread, which reports.
+    const auto switches = [&] { return std::stol(program->status("voluntary_ctxt_switches")); };
     const long before = switches();
-    program->waitFor("\"seconds\":3.");
-    EXPECT_GE(before, 0);
+    for (int report = 0; report < 2; ++report)
+        program->waitFor("\"running\"", program->out().size());
     EXPECT_LT(switches() - before, 20); // it sends 24 frames a second
 }

@@ -1,16 +1,8 @@
-#include "tests/support/lightReceiver.h"
-#include "tests/support/virtualScreen.h"
-#include "tests/tools/mirrorctl/lightsFile.h"
-#include "tests/tools/mirrorctl/program.h"
-
-#include <gtest/gtest.h>
+#include "tests/tools/mirrorctl/mirrorSetup.h"
 
 using test::contains;
 using test::Ending;
 using test::LightReceiver;
-using test::LightsFile;
-using test::lightsText;
-using test::mirrorctl;
 
 namespace {
 
@@ -29,35 +21,31 @@ std::string threeDevices(std::uint32_t displayID, const std::string &net, int mo
            device("3", 2, "") + "]}";
 }
 
-// Red at the left, green at the right, blue below.
-void drawThreeColours(test::VirtualScreen &screen) {
-    screen.fill(0x0000FF);
-    screen.fillRect(0, 0, 300, 200, 0xFF0000);
-    screen.fillRect(300, 0, 340, 200, 0x00FF00);
-}
-
-Ending snapshot(const test::VirtualScreen &screen, const std::string &text,
-                const std::vector<std::string> &arguments = {}) {
-    std::vector<std::string> words = {"snapshot", "-"};
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    return mirrorctl(words, {{"DISPLAY", screen.display()}}, text);
-}
+class MirrorctlSnapshot : public test::ScreenTest {
+protected:
+    Ending snapshot(const std::string &text, const std::vector<std::string> &arguments = {}) const {
+        std::vector<std::string> words = {"snapshot", "-"};
+        words.insert(words.end(), arguments.begin(), arguments.end());
+        return run(words, text);
+    }
+};
 
 } // namespace
 
-TEST(MirrorctlSnapshot, ListsWhatEachDeviceWasSent) {
-    test::VirtualScreen screen(640, 480);
-    drawThreeColours(screen);
-    const std::string text = threeDevices(test::onlyDisplay(screen.display()), "127.0.58.3", 0);
-    const Ending ending = snapshot(screen, text);
-    EXPECT_EQ(ending.status, 0) << ending.err;
-    EXPECT_EQ(ending.err, "");
-    EXPECT_EQ(ending.out, "device  address            panel  colour\n"
-                          "     0  127.0.58.31:60221     44  #ff0000\n"
-                          "     0  127.0.58.31:60221      2  #00ff00\n"
-                          "     1  127.0.58.32:60222    300  #0000ff\n"
-                          "     2  127.0.58.33:60222      -  no panels\n");
-    const Ending json = snapshot(screen, text, {"--json"});
+TEST_F(MirrorctlSnapshot, ListsWhatEachDeviceWasSent) {
+    // Red at the left, green at the right, blue below.
+    screen.fill(0x0000FF);
+    screen.fillRect(0, 0, 300, 200, 0xFF0000);
+    screen.fillRect(300, 0, 340, 200, 0x00FF00);
+    const std::string text = threeDevices(display, "127.0.58.3", 0);
+    EXPECT_EQ(snapshot(text), (Ending{0,
+                                      "device  address            panel  colour\n"
+                                      "     0  127.0.58.31:60221     44  #ff0000\n"
+                                      "     0  127.0.58.31:60221      2  #00ff00\n"
+                                      "     1  127.0.58.32:60222    300  #0000ff\n"
+                                      "     2  127.0.58.33:60222      -  no panels\n",
+                                      ""}));
+    const Ending json = snapshot(text, {"--json"});
     EXPECT_EQ(json.status, 0) << json.err;
     EXPECT_EQ(json.out, R"({"numDevices":3,"devices":[)"
                         R"({"ip":"127.0.58.31","animData":"2 44 1 255 0 0 0 5 2 1 0 255 0 0 5"},)"
@@ -66,108 +54,78 @@ TEST(MirrorctlSnapshot, ListsWhatEachDeviceWasSent) {
                         "\n");
 }
 
-TEST(MirrorctlSnapshot, LightsTheDevices) {
-    test::VirtualScreen screen(640, 480);
+TEST_F(MirrorctlSnapshot, LightsTheDevices) {
     screen.fill(0xFF0000);
     LightReceiver light("127.0.58.40", 60222);
-    const Ending ending =
-        snapshot(screen, lightsText(test::onlyDisplay(screen.display()), "127.0.58.40"));
+    const Ending ending = snapshot(lights("127.0.58.40"));
     EXPECT_EQ(ending.status, 0) << ending.err;
     std::optional<test::Datagram> last;
     while (const auto datagram = light.next(std::chrono::milliseconds(0)))
         last = datagram;
-    EXPECT_EQ(last, (test::Datagram{0, 1, 0, 17, 255, 0, 0, 0, 0, 1}));
+    EXPECT_EQ(last, test::redPanel);
 }
 
-TEST(MirrorctlSnapshot, ShowsTheFirstColourOfMeltAndFade) {
-    test::VirtualScreen screen(640, 480);
+TEST_F(MirrorctlSnapshot, ShowsTheFirstColourOfMeltAndFade) {
     screen.fill(0xFF0000);
-    const auto display = test::onlyDisplay(screen.display());
     const std::string wanted = "device  address            panel  colour\n"
                                "     0  127.0.58.41:60222     17  #ff0000\n";
     for (const int mode : {1, 2}) {
-        const Ending ending = snapshot(screen, lightsText(display, "127.0.58.41", mode));
+        const Ending ending = snapshot(lights("127.0.58.41", mode));
         EXPECT_EQ(ending.status, 0) << ending.err;
         EXPECT_EQ(ending.out, wanted);
     }
 }
 
-TEST(MirrorctlSnapshot, WaitsForTheScreenToChange) {
-    test::VirtualScreen screen(640, 480);
-    const LightsFile file(lightsText(test::onlyDisplay(screen.display()), "127.0.58.42", 2));
+TEST_F(MirrorctlSnapshot, WaitsForTheScreenToChange) {
     // Nothing is sent before the colour comes, however late that is.
-    test::Program program({"snapshot", file.path(), "--seconds", "60"},
-                          {{"DISPLAY", screen.display()}});
+    test::Process program =
+        start({"snapshot", "-", "--seconds", "60"}, {.input = lights("127.0.58.42", 2)});
     screen.fill(0xFF0000);
-    const Ending ending = program.finish();
-    EXPECT_EQ(ending.status, 0) << ending.err;
-    EXPECT_TRUE(contains(ending.out, "  #ff0000\n")) << ending.out;
+    test::expectOutput(program.finish(), 0, {"  #ff0000\n"});
 }
 
-TEST(MirrorctlSnapshot, SaysWhyNothingCame) {
-    const test::VirtualScreen screen(640, 480);
-    const auto display = test::onlyDisplay(screen.display());
+TEST_F(MirrorctlSnapshot, SaysWhyNothingCame) {
     const std::string names[] = {"melt", "fade"};
     for (const int mode : {1, 2}) {
-        const Ending ending =
-            snapshot(screen, lightsText(display, "127.0.58.43", mode), {"--seconds", "0.1"});
-        EXPECT_EQ(ending.status, 75);
+        const Ending ending = snapshot(lights("127.0.58.43", mode), {"--seconds", "0.1"});
         EXPECT_EQ(ending.out, "");
         // The library's second may last longer on a busy machine.
-        EXPECT_TRUE(contains(ending.err, "No snapshot: nothing was sent in " + names[mode - 1] +
-                                             " mode within "))
-            << ending.err;
-        EXPECT_TRUE(contains(ending.err, "only when the screen's dominant colour changes"));
+        test::expectErrors(ending, 75,
+                           {"No snapshot: nothing was sent in " + names[mode - 1] + " mode within ",
+                            "only when the screen's dominant colour changes"});
     }
 }
 
-TEST(MirrorctlSnapshot, BelievesABlackScreenInTheEnd) {
-    const test::VirtualScreen screen(640, 480);
-    const auto display = test::onlyDisplay(screen.display());
-    for (const int mode : {0, 3}) {
-        const Ending ending = snapshot(screen, lightsText(display, "127.0.58.44", mode));
-        EXPECT_EQ(ending.status, 0) << ending.err;
-        EXPECT_TRUE(contains(ending.out, "     17  #000000\n")) << ending.out;
-    }
+TEST_F(MirrorctlSnapshot, BelievesABlackScreenInTheEnd) {
+    for (const int mode : {0, 3})
+        test::expectOutput(snapshot(lights("127.0.58.44", mode)), 0, {"     17  #000000\n"});
 }
 
-TEST(MirrorctlSnapshot, WaitsForAFrameThatComesLate) {
-    test::VirtualScreen screen(640, 480);
+TEST_F(MirrorctlSnapshot, WaitsForAFrameThatComesLate) {
     screen.fill(0xFF0000);
-    const auto display = test::onlyDisplay(screen.display());
     for (const int mode : {0, 3}) {
-        const Ending ending = mirrorctl(
-            {"snapshot", "-", "--seconds", "30"},
-            {{"DISPLAY", screen.display()}, {"LD_PRELOAD", LATE_FRAMES}, {"LATE_FRAMES", "2500"}},
-            lightsText(display, "127.0.58.45", mode));
-        EXPECT_EQ(ending.status, 0) << ending.err;
-        EXPECT_TRUE(contains(ending.out, "     17  #ff0000\n")) << ending.out;
+        test::Process program =
+            start({"snapshot", "-", "--seconds", "30"},
+                  {.variables = {{"LD_PRELOAD", LATE_FRAMES}, {"LATE_FRAMES", "2500"}},
+                   .input = lights("127.0.58.45", mode)});
+        test::expectOutput(program.finish(), 0, {"     17  #ff0000\n"});
     }
 }
 
-TEST(MirrorctlSnapshot, ShowsColoursOfThePalette) {
-    test::VirtualScreen screen(640, 480);
+TEST_F(MirrorctlSnapshot, ShowsColoursOfThePalette) {
     screen.fill(0xFF0000);
-    const std::string text = threeDevices(test::onlyDisplay(screen.display()), "127.0.58.5", 3);
-    const Ending ending = snapshot(screen, text, {"--seconds", "30"});
-    EXPECT_EQ(ending.status, 0) << ending.err;
+    const Ending ending = snapshot(threeDevices(display, "127.0.58.5", 3), {"--seconds", "30"});
     // Which panels were due is a matter of chance.
-    EXPECT_TRUE(contains(ending.out, "#ff0000\n")) << ending.out;
-    EXPECT_FALSE(contains(ending.out, "#000000")) << ending.out;
-    EXPECT_TRUE(contains(ending.out, "     2  127.0.58.53:60222      -  nothing in this frame\n"))
-        << ending.out;
-    for (const char *device : {"     0  127.0.58.51:60221", "     1  127.0.58.52:60222"})
-        EXPECT_TRUE(contains(ending.out, device)) << ending.out;
+    test::expectOutput(ending, 0,
+                       {"#ff0000\n", "     0  127.0.58.51:60221", "     1  127.0.58.52:60222",
+                        "     2  127.0.58.53:60222      -  nothing in this frame\n"});
+    EXPECT_FALSE(contains(ending.out, "#000000"));
 }
 
-TEST(MirrorctlSnapshot, ShowsSwatchesOnATerminal) {
-    test::VirtualScreen screen(640, 480);
-    screen.use();
+TEST_F(MirrorctlSnapshot, ShowsSwatchesOnATerminal) {
     screen.fill(0xFF8000);
-    const LightsFile file(lightsText(test::onlyDisplay(screen.display()), "127.0.58.45"));
-    const Ending ending =
-        test::Process({MIRRORCTL, "snapshot", file.path()}, {.terminal = test::TerminalSize()})
-            .finish();
+    const std::string file = folder.write("lights.json", lights("127.0.58.45"));
+    const Ending ending = start({"snapshot", file}, {.terminal = test::TerminalSize()}).finish();
     EXPECT_EQ(ending.status, 0) << ending.out;
     EXPECT_EQ(ending.out, "device  address            panel  colour\r\n"
                           "     0  127.0.58.45:60222     17  \x1b[48;2;255;128;0m    \x1b[0m "

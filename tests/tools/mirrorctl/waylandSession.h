@@ -1,8 +1,9 @@
 // A Wayland session of its own for one test, without a screen, with a real X server in it.
 #pragma once
 
+#include "tests/support/process.h"
+
 #include <string>
-#include <sys/types.h>
 
 namespace test {
 
@@ -19,10 +20,7 @@ public:
     const std::string &display() const { return name; }
 
 private:
-    void end();
-
-    pid_t shell = -1;
-    int keeper = -1; // closed to end the session
+    Process session;
     std::string name;
 };
 

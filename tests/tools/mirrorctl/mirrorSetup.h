@@ -1,0 +1,64 @@
+// What the tests of mirrorctl share: the program as a process, its documents, and a screen for it.
+#pragma once
+
+#include "tests/support/expectations.h"
+#include "tests/support/files.h"
+#include "tests/support/lightReceiver.h"
+#include "tests/support/process.h"
+#include "tests/support/virtualScreen.h"
+
+#include <cstdint>
+#include <gtest/gtest.h>
+#include <map>
+#include <rapidjson/document.h>
+#include <string>
+#include <vector>
+
+namespace test {
+
+using Variables = std::map<std::string, std::string>;
+
+// Starts mirrorctl and waits for its end. `variables` are set in its environment, or removed when
+// empty; `input` is what it reads.
+Ending mirrorctl(std::vector<std::string> arguments, const Variables &variables = {},
+                 const std::string &input = "");
+
+// `mirrorctl doctor` with these arguments on an X server, whatever session the tests run in.
+Ending doctor(const std::string &server, std::vector<std::string> arguments = {},
+              Variables variables = {}, const std::string &input = "");
+
+// For a library that has display 5 and refuses `function`; see refusingLibrary.cpp.
+Variables refusing(const std::string &function);
+
+// A text that has to be JSON.
+rapidjson::Document parsed(const std::string &text);
+
+// The identifier of the only display on an X server, as mirrorctl lists it.
+std::uint32_t onlyDisplay(const std::string &server);
+
+// One device of one panel: panel 17, in wide layout, whose area lies around (100, 100).
+std::string lightsText(std::uint32_t displayID, const std::string &ip, int mode = 0);
+
+// What that device is sent in match mode on a screen of one colour.
+inline const Datagram redPanel = {0, 1, 0, 17, 255, 0, 0, 0, 0, 1};
+inline const Datagram greenPanel = {0, 1, 0, 17, 0, 255, 0, 0, 0, 1};
+
+// Reads datagrams until one is `wanted`. The first ones may have been sent before the first frame
+// came.
+testing::AssertionResult receives(LightReceiver &light, const Datagram &wanted);
+
+// mirrorctl on a screen of its own.
+class ScreenTest : public testing::Test {
+protected:
+    Process start(std::vector<std::string> arguments, Surroundings surroundings = {}) const;
+    Ending run(const std::vector<std::string> &arguments, const std::string &input = "") const;
+
+    // lightsText() for the screen.
+    std::string lights(const std::string &ip, int mode = 0) const;
+
+    VirtualScreen screen{640, 480};
+    const std::uint32_t display = onlyDisplay(screen.display());
+    const Folder folder;
+};
+
+} // namespace test
