@@ -1,18 +1,16 @@
 #include "tools/config/configDocument.h"
+#include "tests/support/expectations.h"
+#include "tests/support/files.h"
 #include "tests/tools/config/goodDocument.h"
 #include "tools/config/textFile.h"
 #include "tools/config/tree.h"
 
-#include <cstdlib>
-#include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
 #include <limits>
 #include <span>
-#include <stdexcept>
 #include <sys/stat.h>
 #include <thread>
-#include <unistd.h>
 
 namespace {
 
@@ -296,8 +294,8 @@ TEST(ConfigDocument, RefusesAbsurdNesting) {
         const auto reading = config::readText(bomb);
         ASSERT_EQ(reading.problems.size(), 1u);
         EXPECT_EQ(reading.problems[0].pointer, "");
-        EXPECT_NE(reading.problems[0].message.find("expected nesting no deeper than 256 levels"),
-                  std::string::npos);
+        EXPECT_TRUE(test::contains(reading.problems[0].message,
+                                   "expected nesting no deeper than 256 levels"));
     }
     // Also where nobody would read it.
     const auto nested = [](int depth) {
@@ -328,10 +326,9 @@ TEST(ConfigDocument, IsWrittenAsItWasRead) {
     EXPECT_EQ(config::documentText(reading.document), text);
     EXPECT_EQ(reading.document.devices[0].ip, "a \"lamp\"");
     EXPECT_EQ(reading.document.devices[0].scaleFactor, 1.5);
-    EXPECT_NE(text.find("\n        {\"panelID\": 102, \"centroidX\": -50, \"centroidY\": 361},\n"),
-              std::string::npos)
-        << text;
-    EXPECT_NE(text.find("\"panels\": []"), std::string::npos) << text;
+    EXPECT_TRUE(test::contains(
+        text, "\n        {\"panelID\": 102, \"centroidX\": -50, \"centroidY\": 361},\n"));
+    EXPECT_TRUE(test::contains(text, "\"panels\": []"));
     // A number that the parser takes for infinite.
     const auto large = config::readText(test::withValue("/devices/0/scaleFactor", "1.7e308"));
     config::Document infinite = large.document;
@@ -349,35 +346,12 @@ TEST(ConfigDocument, EndsTheListOfEndlessProblems) {
     EXPECT_EQ(reading.problems[1000].message, "there may be more errors than these");
 }
 
-namespace {
-
-// A file of its own name in the temporary folder, removed at the end.
-class ScratchFile {
-public:
-    explicit ScratchFile(const std::string &text) {
-        char name[] = "/tmp/configTest.XXXXXX";
-        const int fd = mkstemp(name);
-        if (fd < 0)
-            throw std::runtime_error("no scratch file");
-        close(fd);
-        path = name;
-        std::ofstream(path, std::ios::binary) << text;
-    }
-    ~ScratchFile() { std::filesystem::remove(path); }
-    ScratchFile(const ScratchFile &) = delete;
-    ScratchFile &operator=(const ScratchFile &) = delete;
-
-    std::string path;
-};
-
-} // namespace
-
 TEST(ConfigFile, IsReadWhole) {
     // Longer than one read.
     const std::string text = test::goodDocument + std::string(100000, ' ');
-    const ScratchFile file(text);
+    const test::Folder folder;
     std::string reason;
-    EXPECT_EQ(config::readTextFile(file.path, reason), text);
+    EXPECT_EQ(config::readTextFile(folder.write("a.json", text), reason), text);
 }
 
 TEST(ConfigFile, SaysWhyItCannotBeRead) {
@@ -395,9 +369,8 @@ TEST(ConfigFile, RefusesEndlessFiles) {
 }
 
 TEST(ConfigFile, DoesNotWaitForEverOnAPipe) {
-    char folder[] = "/tmp/configTest.XXXXXX";
-    ASSERT_NE(mkdtemp(folder), nullptr);
-    const std::string pipe = std::string(folder) + "/pipe";
+    const test::Folder folder;
+    const std::string pipe = folder.file("pipe");
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     std::string reason;
     EXPECT_FALSE(config::readTextFile(pipe, reason, std::chrono::milliseconds(50)));
@@ -405,7 +378,6 @@ TEST(ConfigFile, DoesNotWaitForEverOnAPipe) {
     std::thread writer([&] { std::ofstream(pipe) << "slow, " << std::flush << "but there"; });
     EXPECT_EQ(config::readTextFile(pipe, reason), "slow, but there");
     writer.join();
-    std::filesystem::remove_all(folder);
 }
 
 TEST(ConfigFile, DescribesProblemsForPrinting) {

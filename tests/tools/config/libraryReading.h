@@ -5,8 +5,8 @@
 
 namespace test {
 
-// Reads `text` as the library reads it, every member in its order, in a child process, since a
-// member that is missing or mistyped ends the process. True when the child came to the end.
+// Reads `text` as the library reads it, every member in its order. False when it does not parse, or
+// when the library would end the process at a member that is missing or mistyped.
 bool libraryReads(const std::string &text);
 
 } // namespace test

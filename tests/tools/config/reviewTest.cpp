@@ -1,8 +1,10 @@
 // Warnings, cautions and the places of everything.
-#include "tests/tools/config/goodDocument.h"
+#include "tests/support/expectations.h"
 #include "tools/config/configDocument.h"
 
 #include <gtest/gtest.h>
+
+using test::contains;
 
 namespace {
 
@@ -95,16 +97,15 @@ TEST(ConfigReview, WarnsOfIdentifiersThatDoNotFitOrAreThereTwice) {
                         panel + R"(, {"panelID": )" + id + R"(, "centroidX": 1, "centroidY": 1})");
     };
     EXPECT_EQ(outline(wide("65535")), "");
-    EXPECT_NE(only(wide("65536")).message.find("sent as 0"), std::string::npos);
-    EXPECT_NE(only(wide("-1")).message.find("sent as 65535"), std::string::npos);
-    EXPECT_NE(only(wide("1")).message.find("identifier 1 again, that of panel 0"),
-              std::string::npos);
+    EXPECT_TRUE(contains(only(wide("65536")).message, "sent as 0"));
+    EXPECT_TRUE(contains(only(wide("-1")).message, "sent as 65535"));
+    EXPECT_TRUE(contains(only(wide("1")).message, "identifier 1 again, that of panel 0"));
     std::string narrow = wide("257");
     narrow.replace(narrow.find("controlVersion\": 2") + 17, 1, "1");
     const auto problems = config::review(config::readText(narrow), screen).problems;
     ASSERT_EQ(problems.size(), 2u);
-    EXPECT_NE(problems[0].message.find("from 0 to 255, found 257"), std::string::npos);
-    EXPECT_NE(problems[1].message.find("identifier 1 again"), std::string::npos);
+    EXPECT_TRUE(contains(problems[0].message, "from 0 to 255, found 257"));
+    EXPECT_TRUE(contains(problems[1].message, "identifier 1 again"));
 }
 
 TEST(ConfigReview, WarnsOfAddressesThatAreThereTwice) {
@@ -161,7 +162,7 @@ TEST(ConfigReview, CautionsWhereTheWallCanFlash) {
         const auto problem = only(document("", panel, mode));
         EXPECT_EQ(problem.severity, config::Severity::Caution);
         EXPECT_EQ(problem.pointer, "/mode");
-        EXPECT_NE(problem.message.find("seizures"), std::string::npos);
+        EXPECT_TRUE(contains(problem.message, "seizures"));
     }
 }
 
