@@ -1,19 +1,12 @@
 // The page about the doctor's findings against what the program can say.
+#include "tests/support/files.h"
+
 #include <filesystem>
-#include <fstream>
 #include <gtest/gtest.h>
 #include <regex>
 #include <sstream>
 
 namespace {
-
-std::string fileText(const std::string &path) {
-    std::ifstream file(path);
-    std::stringstream text;
-    text << file.rdbuf();
-    EXPECT_FALSE(text.str().empty()) << path;
-    return text.str();
-}
 
 // What the program is made of, with literals that are spread over several lines put together.
 std::string program() {
@@ -22,7 +15,7 @@ std::string program() {
         for (const auto &entry :
              std::filesystem::recursive_directory_iterator(TREE "/tools/" + std::string(room)))
             if (entry.path().extension() == ".cpp")
-                text += fileText(entry.path());
+                text += test::fileText(entry.path());
     text = std::regex_replace(text, std::regex("\"\\s+\""), "");
     return std::regex_replace(text, std::regex("\\\\\""), "\"");
 }
@@ -50,7 +43,7 @@ std::vector<std::string> piecesOf(const std::string &cell) {
 
 TEST(DoctorPage, SaysWhatTheDoctorSays) {
     const std::string said = program();
-    std::istringstream page(fileText(TREE "/docs/doctor.md"));
+    std::istringstream page(test::fileText(TREE "/docs/doctor.md"));
     std::size_t rows = 0;
     for (std::string line; std::getline(page, line);) {
         const std::vector<std::string> cells = cellsOf(line);

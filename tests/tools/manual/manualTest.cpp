@@ -1,27 +1,20 @@
 // The manual pages and the completions against what the programs say of themselves.
+#include "tests/support/expectations.h"
+#include "tests/support/files.h"
 #include "tests/support/process.h"
 
-#include <fstream>
 #include <gtest/gtest.h>
-#include <memory>
 #include <regex>
 #include <set>
 #include <sstream>
 
 using test::Ending;
+using test::fileText;
 using test::shell;
 
 namespace {
 
 using Words = std::set<std::string>;
-
-std::string fileText(const std::string &path) {
-    std::ifstream file(path);
-    std::stringstream text;
-    text << file.rdbuf();
-    EXPECT_FALSE(text.str().empty()) << path;
-    return text.str();
-}
 
 Words matches(const std::string &text, const std::regex &pattern) {
     Words found;
@@ -96,11 +89,8 @@ Words offeredByZsh(const std::string &program, const std::string &words, int cur
 } // namespace
 
 TEST(Manual, IsSetWithoutComplaint) {
-    for (const char *name : {"mirrorctl.1", "panelwall.1"}) {
-        const Ending lint = shell("mandoc -T lint " MANUALS + std::string(name));
-        EXPECT_EQ(lint.status, 0) << lint.out;
-        EXPECT_EQ(lint.out, "");
-    }
+    for (const char *name : {"mirrorctl.1", "panelwall.1"})
+        EXPECT_EQ(shell("mandoc -T lint " MANUALS + std::string(name)), (Ending{0, "", ""}));
 }
 
 TEST(Manual, HasEveryOptionOfEveryCommandAndNoOther) {
@@ -115,7 +105,7 @@ TEST(Manual, HasEveryOptionOfEveryCommandAndNoOther) {
     }
     EXPECT_EQ(optionsOf(MIRRORCTL), (Words{"--help", "--version"}));
     for (const std::string &option : optionsOf(MIRRORCTL))
-        EXPECT_NE(section(source, ".SH DESCRIPTION").find(".BR " + option), std::string::npos);
+        EXPECT_TRUE(test::contains(section(source, ".SH DESCRIPTION"), ".BR " + option));
     EXPECT_EQ(optionsIn(section(manual("panelwall.1"), ".SH OPTIONS")), optionsOf(PANELWALL));
     EXPECT_GT(optionsOf(PANELWALL).size(), 5u);
 }

@@ -27,7 +27,10 @@ protected:
 // Waits until the program holds signals back: from then on a signal does not end it by itself.
 void waitForSignals(const Process &program) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    while ((std::stoull("0" + program.status("SigBlk"), nullptr, 16) >> (SIGINT - 1) & 1) == 0) {
+    // These alone: a thread that makes another holds all signals back for a moment.
+    constexpr unsigned long long wanted =
+        1 << (SIGHUP - 1) | 1 << (SIGINT - 1) | 1 << (SIGTERM - 1);
+    while (std::stoull("0" + program.status("SigBlk"), nullptr, 16) != wanted) {
         if (std::chrono::steady_clock::now() > deadline)
             throw std::runtime_error("mirrorctl holds no signal back");
         poll(nullptr, 0, 2);

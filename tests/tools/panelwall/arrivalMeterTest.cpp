@@ -1,11 +1,11 @@
 #include "tools/wall/arrivalMeter.h"
+#include "tests/tools/panelwall/walls.h"
 
 #include <gtest/gtest.h>
 
 using namespace panelwall;
 using std::chrono::milliseconds;
-
-static const Clock::time_point start = Clock::time_point(std::chrono::hours(5));
+using test::start;
 
 // Notes datagrams at these moments, in milliseconds from the start.
 static ArrivalMeter meterOf(const std::vector<int> &moments) {

@@ -1,5 +1,5 @@
 #include "tools/wall/colourHistory.h"
-#include "tools/wall/wall.h"
+#include "tests/tools/panelwall/walls.h"
 
 #include <gtest/gtest.h>
 
@@ -51,18 +51,14 @@ TEST(PanelwallColourHistory, ChoosesRowsEvenly) {
 }
 
 TEST(PanelwallColourHistory, OfTheWallHoldsWhatDevicesWereSent) {
-    config::Document document;
-    config::DeviceEntry device;
-    device.ip = "127.0.71.1";
-    device.controlVersion = 2;
-    device.panels = {{1, 0, 0}, {2, 0, 0}};
-    document.devices = {device, device};
+    config::Document document = test::oneDevice(2, {{1, 0, 0}, {2, 0, 0}});
+    document.devices.push_back(document.devices[0]);
     Wall wall(document);
-    wall.receive(0, std::vector<std::uint8_t>{0, 1, 0, 1, 1, 1, 1, 0, 0, 5}, start);
+    wall.receive(0, test::Bytes{0, 1, 0, 1, 1, 1, 1, 0, 0, 5}, start);
     EXPECT_FALSE(wall.devices()[0].history);
     wall.keepHistory(2);
-    wall.receive(0, std::vector<std::uint8_t>{0, 1, 0, 2, 7, 8, 9, 0, 0, 5}, start);
-    wall.receive(0, std::vector<std::uint8_t>{1}, start + ColourHistory::slotLength);
+    wall.receive(0, test::Bytes{0, 1, 0, 2, 7, 8, 9, 0, 0, 5}, start);
+    wall.receive(0, test::Bytes{1}, start + ColourHistory::slotLength);
     ASSERT_TRUE(wall.devices()[0].history);
     EXPECT_EQ(wall.devices()[0].history->rowPanels().size(), 1u);
     ASSERT_EQ(wall.devices()[0].history->entries().size(), 1u);

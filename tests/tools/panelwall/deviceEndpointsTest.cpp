@@ -1,18 +1,16 @@
 #include "tools/wall/receiver.h"
+#include "tests/support/expectations.h"
 
 #include <gtest/gtest.h>
 
 using namespace panelwall;
+using test::contains;
 
 static std::vector<config::Problem> problemsOf(const std::vector<std::string> &ips,
                                                const std::vector<int> &versions = {}) {
     config::Document document;
-    for (std::size_t i = 0; i < ips.size(); ++i) {
-        config::DeviceEntry device;
-        device.ip = ips[i];
-        device.controlVersion = i < versions.size() ? versions[i] : 2;
-        document.devices.push_back(device);
-    }
+    for (std::size_t i = 0; i < ips.size(); ++i)
+        document.devices.push_back({ips[i], i < versions.size() ? versions[i] : 2, 0, 0.0, {}});
     std::vector<config::Problem> problems;
     const auto endpoints = findEndpoints(document, problems);
     EXPECT_EQ(endpoints.size() + problems.size(), ips.size());
@@ -29,11 +27,9 @@ TEST(PanelwallLoopbackAddress, RefusesEverythingElse) {
         const auto problems = problemsOf({"127.0.0.1", ip});
         ASSERT_EQ(problems.size(), 1u) << ip;
         EXPECT_EQ(problems[0].pointer, "/devices/1/ip");
-        EXPECT_NE(
-            problems[0].message.find(std::string("device 1 at \"") + ip + "\", UDP port 60222"),
-            std::string::npos)
-            << problems[0].message;
-        EXPECT_NE(problems[0].message.find("not a loopback address"), std::string::npos);
+        EXPECT_TRUE(contains(problems[0].message,
+                             std::string("device 1 at \"") + ip + "\", UDP port 60222"));
+        EXPECT_TRUE(contains(problems[0].message, "not a loopback address"));
     }
 }
 
@@ -42,8 +38,8 @@ TEST(PanelwallLoopbackAddress, RefusesWhatDoesNotParse) {
                            "127.0.0.256", "\x1b[2J"}) {
         const auto problems = problemsOf({ip});
         ASSERT_EQ(problems.size(), 1u) << ip;
-        EXPECT_NE(problems[0].message.find("does not parse"), std::string::npos);
-        EXPECT_EQ(problems[0].message.find('\x1b'), std::string::npos);
+        EXPECT_TRUE(contains(problems[0].message, "does not parse"));
+        EXPECT_FALSE(contains(problems[0].message, "\x1b"));
     }
 }
 
@@ -51,8 +47,7 @@ TEST(PanelwallLoopbackAddress, TwoDevicesCannotShareAddressAndPort) {
     const auto problems = problemsOf({"127.0.0.1", "127.0.0.2", "127.0.0.1"});
     ASSERT_EQ(problems.size(), 1u);
     EXPECT_EQ(problems[0].pointer, "/devices/2/ip");
-    EXPECT_NE(problems[0].message.find("device 0 has the same address and port"),
-              std::string::npos);
+    EXPECT_TRUE(contains(problems[0].message, "device 0 has the same address and port"));
     EXPECT_EQ(problemsOf({"::1", "0:0:0:0:0:0:0:1"}).size(), 1u);
 }
 

@@ -1,11 +1,11 @@
 #include "tools/wall/flashMeter.h"
+#include "tests/tools/panelwall/walls.h"
 
 #include <gtest/gtest.h>
 
 using namespace panelwall;
 using std::chrono::milliseconds;
-
-static const Clock::time_point start = Clock::time_point(std::chrono::hours(5));
+using test::start;
 
 // Takes turns between two brightnesses for two seconds, one every so many milliseconds.
 static FlashMeter alternate(double one, double other, int every) {

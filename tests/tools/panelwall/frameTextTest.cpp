@@ -1,8 +1,11 @@
 #include "tools/panelwall/terminal/frameText.h"
+#include "tests/support/expectations.h"
+#include "tests/tools/panelwall/walls.h"
 
 #include <gtest/gtest.h>
 
 using namespace panelwall;
+using test::start;
 
 // The characters of a line that take a place on the terminal.
 static std::size_t widthOf(const std::string &line) {
@@ -16,18 +19,10 @@ static std::size_t widthOf(const std::string &line) {
     return width;
 }
 
-static const Clock::time_point later = Clock::time_point(std::chrono::hours(5));
-
-// Its only colour has arrived, before `later`.
+// Its only colour has arrived.
 static Wall makeWall() {
-    config::Document document;
-    config::DeviceEntry device;
-    device.controlVersion = 1;
-    device.scaleFactor = 1.0;
-    device.panels = {{1, 100, 100}, {2, 900, 500}};
-    document.devices.push_back(device);
-    Wall wall(document);
-    wall.receive(0, std::vector<std::uint8_t>{1, 1, 1, 12, 34, 56, 0, 0}, later);
+    Wall wall(test::oneDevice(1, {{1, 100, 100}, {2, 900, 500}}));
+    wall.receive(0, test::Bytes{1, 1, 1, 12, 34, 56, 0, 0}, start);
     return wall;
 }
 
@@ -41,7 +36,7 @@ TEST(PanelwallHalfBlocks, TwoRowsShareALine) {
 }
 
 TEST(PanelwallFrameText, ShowsTitlePictureDevicesAndMessageInThisOrder) {
-    const auto lines = composeFrame(makeWall(), later, {1920, 1080},
+    const auto lines = composeFrame(makeWall(), start, {1920, 1080},
                                     {"the title", {"device line"}, "a message"}, {80, 24});
     ASSERT_EQ(lines.size(), 24u);
     EXPECT_EQ(lines[0], "the title");
@@ -50,7 +45,7 @@ TEST(PanelwallFrameText, ShowsTitlePictureDevicesAndMessageInThisOrder) {
     std::string all;
     for (const std::string &line : lines)
         all += line;
-    EXPECT_NE(all.find("8;2;12;34;56m"), std::string::npos);
+    EXPECT_TRUE(test::contains(all, "8;2;12;34;56m"));
 }
 
 TEST(PanelwallFrameText, NeverOutgrowsTheTerminal) {
@@ -59,7 +54,7 @@ TEST(PanelwallFrameText, NeverOutgrowsTheTerminal) {
     for (int width = 1; width < 130; width += 7) {
         for (int height = 1; height < 60; ++height) {
             const auto lines =
-                composeFrame(makeWall(), later, {1920, 1080}, content, {width, height});
+                composeFrame(makeWall(), start, {1920, 1080}, content, {width, height});
             EXPECT_LE(lines.size(), static_cast<std::size_t>(height));
             for (const std::string &line : lines)
                 EXPECT_LE(widthOf(line), static_cast<std::size_t>(width));
@@ -69,6 +64,6 @@ TEST(PanelwallFrameText, NeverOutgrowsTheTerminal) {
 
 TEST(PanelwallFrameText, SaysWhatASmallTerminalLeavesOut) {
     const FrameContent content{"t", std::vector<std::string>(9, "device"), ""};
-    const auto lines = composeFrame(makeWall(), later, {1920, 1080}, content, {60, 8});
+    const auto lines = composeFrame(makeWall(), start, {1920, 1080}, content, {60, 8});
     EXPECT_EQ(lines.back(), "and 7 more lines; a taller terminal shows them");
 }

@@ -1,7 +1,8 @@
 #include "tools/panelwall/picture.h"
 
+#include "tests/support/files.h"
 #include "tests/tools/panelwall/readPng.h"
-#include "tests/tools/panelwall/wallSetup.h"
+#include "tests/tools/panelwall/walls.h"
 #include "tools/panelwall/pngFile.h"
 
 #include <gtest/gtest.h>
@@ -11,28 +12,18 @@ using namespace panelwall;
 static constexpr std::uint32_t dark = 0x13151a;
 
 // When the pictures are taken; all colours have arrived.
-static const Clock::time_point moment = Clock::time_point(std::chrono::hours(5));
-
-struct PanelAt {
-    int x;
-    int y;
-};
+static const Clock::time_point moment = test::start;
 
 // A narrow device of shape type 0; panel i has identifier i and the colour (100 + i, 0, 200).
-static Wall makeWall(double scaleFactor, const std::vector<PanelAt> &places, std::size_t lit) {
-    config::Document document;
-    config::DeviceEntry device;
-    device.controlVersion = 1;
-    device.scaleFactor = scaleFactor;
-    std::vector<std::uint8_t> bytes{static_cast<std::uint8_t>(lit)};
-    for (std::size_t i = 0; i < places.size(); ++i) {
-        device.panels.push_back({static_cast<std::int32_t>(i), places[i].x, places[i].y});
-        const auto id = static_cast<std::uint8_t>(i);
-        if (i < lit)
-            bytes.insert(bytes.end(), {id, 1, static_cast<std::uint8_t>(100 + i), 0, 200, 0, 1});
-    }
-    document.devices.push_back(device);
-    Wall wall(document);
+static Wall makeWall(double scaleFactor, const std::vector<std::pair<int, int>> &places,
+                     std::uint8_t lit) {
+    std::vector<config::PanelEntry> panels;
+    for (const auto &[x, y] : places)
+        panels.push_back({static_cast<std::int32_t>(panels.size()), x, y});
+    test::Bytes bytes{lit};
+    for (std::uint8_t id = 0; id < lit; ++id)
+        bytes.insert(bytes.end(), {id, 1, static_cast<std::uint8_t>(100 + id), 0, 200, 0, 1});
+    Wall wall(test::oneDevice(1, panels, scaleFactor));
     wall.receive(0, bytes, moment - std::chrono::seconds(1));
     return wall;
 }
@@ -126,15 +117,8 @@ TEST(PanelwallPicture, ScaledDownPanelsKeepTheirCentres) {
 }
 
 TEST(PanelwallPicture, HollowIsToldFromBlack) {
-    config::Document document;
-    config::DeviceEntry device;
-    device.controlVersion = 1;
-    device.scaleFactor = 1.0;
-    device.panels = {{1, 100, 100}, {2, 300, 100}};
-    document.devices.push_back(device);
-    Wall wall(document);
-    wall.receive(0, std::vector<std::uint8_t>{1, 1, 1, 0, 0, 0, 0, 1},
-                 moment - std::chrono::seconds(1));
+    Wall wall(test::oneDevice(1, {{1, 100, 100}, {2, 300, 100}}));
+    wall.receive(0, test::Bytes{1, 1, 1, 0, 0, 0, 0, 1}, moment - std::chrono::seconds(1));
     const Canvas canvas = drawFine(wall, moment, {400, 200}, {400, 200});
     EXPECT_EQ(rgb(canvas.at(100, 100)), 0u);
     EXPECT_EQ(rgb(canvas.at(300, 100)), dark);

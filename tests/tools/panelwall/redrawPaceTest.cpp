@@ -1,15 +1,14 @@
+#include "tests/tools/panelwall/walls.h"
 #include "tools/panelwall/terminal/liveView.h"
-
-#include "tools/wall/wall.h"
 
 #include <gtest/gtest.h>
 
 using namespace panelwall;
 using std::chrono::milliseconds;
+using test::Bytes;
+using test::start;
 
 static constexpr int noTerminal = -1; // accepts nothing, ever
-
-static const Clock::time_point start = Clock::time_point(std::chrono::hours(5));
 
 TEST(PanelwallRedrawPace, DrawsAtOnceAndThenByWhatChanges) {
     LiveView view(noTerminal);
@@ -23,14 +22,10 @@ TEST(PanelwallRedrawPace, DrawsAtOnceAndThenByWhatChanges) {
 
 // The program's loop by a clock that jumps to whatever is due next: a panel fades for a second.
 TEST(PanelwallRedrawPace, FollowsAPanelToItsColourAndNoFurther) {
-    config::Document document;
-    document.devices.emplace_back();
-    document.devices[0].controlVersion = 1;
-    document.devices[0].panels = {{1, 100, 100}};
-    Wall wall(document);
+    Wall wall(test::oneDevice(1, {{1, 100, 100}}));
     LiveView view(noTerminal);
     view.draw(wall, {}, {}, start);
-    wall.receive(0, std::vector<std::uint8_t>{1, 1, 1, 200, 0, 0, 0, 10}, start);
+    wall.receive(0, Bytes{1, 1, 1, 200, 0, 0, 0, 10}, start);
 
     std::vector<int> reds;
     bool changed = true;

@@ -1,30 +1,27 @@
 #include "tools/panelwall/statusText.h"
+#include "tests/support/expectations.h"
+#include "tests/tools/panelwall/walls.h"
 
 #include <gtest/gtest.h>
 
 using namespace panelwall;
 using std::chrono::milliseconds;
 using std::chrono::seconds;
-
-static const Clock::time_point start = Clock::time_point(std::chrono::hours(5));
+using test::Bytes;
+using test::start;
 
 static config::Document twoDevices() {
-    config::Document document;
-    config::DeviceEntry device;
-    device.ip = "127.0.41.1";
-    device.controlVersion = 1;
-    device.panels = {{44, 0, 0}, {300, 0, 0}};
-    document.devices.push_back(device);
-    device.ip = "::1";
-    device.controlVersion = 2;
-    document.devices.push_back(device);
+    config::Document document = test::oneDevice(1, {{44, 0, 0}, {300, 0, 0}});
+    document.devices.push_back(document.devices[0]);
+    document.devices[1].ip = "::1";
+    document.devices[1].controlVersion = 2;
     return document;
 }
 
 TEST(PanelwallStatusText, OneLinePerDevice) {
     Wall wall(twoDevices());
-    wall.receive(1, std::vector<std::uint8_t>{0, 1, 0, 44, 1, 2, 3, 0, 0, 1}, start);
-    wall.receive(1, std::vector<std::uint8_t>{7}, start);
+    wall.receive(1, Bytes{0, 1, 0, 44, 1, 2, 3, 0, 0, 1}, start);
+    wall.receive(1, Bytes{7}, start);
     const auto now = start + milliseconds(400);
     const auto lines = deviceLines(wall, now, ReasonPlace::SameLine);
     ASSERT_EQ(lines.size(), 2u);
@@ -44,7 +41,7 @@ TEST(PanelwallStatusText, SilenceIsToldAfterThreeSecondsAndEndsWithADatagram) {
     EXPECT_EQ(describeSilence(wall, 0, start, start + seconds(4))
                   .find("Nothing has arrived at all in 4.0 s. Match mode sends"),
               0u);
-    wall.receive(0, std::vector<std::uint8_t>{0}, start + seconds(5));
+    wall.receive(0, Bytes{0}, start + seconds(5));
     EXPECT_EQ(describeSilence(wall, 0, start, start + seconds(6)), "");
     EXPECT_EQ(
         describeSilence(wall, 0, start, start + seconds(15)).find("Nothing has arrived for 10"),
@@ -55,8 +52,8 @@ TEST(PanelwallStatusText, AWallThatFlashesIsWarnedOf) {
     Wall wall(twoDevices());
     auto now = start;
     const auto light = [&](std::uint8_t level) {
-        wall.receive(0, std::vector<std::uint8_t>{1, 44, 1, level, level, level, 0, 1}, now);
-        wall.receive(1, std::vector<std::uint8_t>{0, 1, 0, 44, level, level, level, 0, 0, 1}, now);
+        wall.receive(0, Bytes{1, 44, 1, level, level, level, 0, 1}, now);
+        wall.receive(1, Bytes{0, 1, 0, 44, level, level, level, 0, 0, 1}, now);
         now += milliseconds(100);
     };
     for (int i = 0; i < 7; ++i) {
@@ -80,8 +77,7 @@ TEST(PanelwallStatusText, AFewPanelsAreNotTheWall) {
     Wall wall(document);
     for (int i = 0; i < 50; ++i) {
         const std::uint8_t level = i % 2 == 0 ? 255 : 0;
-        wall.receive(0, std::vector<std::uint8_t>{1, 7, 1, level, level, level, 0, 1},
-                     start + milliseconds(40 * i));
+        wall.receive(0, Bytes{1, 7, 1, level, level, level, 0, 1}, start + milliseconds(40 * i));
     }
     EXPECT_EQ(wall.flashes().most(), 0.0);
 }
@@ -90,10 +86,9 @@ TEST(PanelwallStatusText, SilenceMeansSomethingElseInEachMode) {
     const Wall wall(twoDevices());
     const auto later = start + seconds(9);
     for (const int mode : {1, 2})
-        EXPECT_NE(describeSilence(wall, mode, start, later).find("does not change"),
-                  std::string::npos);
-    EXPECT_NE(describeSilence(wall, 3, start, later).find("Palette mode"), std::string::npos);
-    EXPECT_NE(describeSilence(wall, 7, start, later).find("Mode 7 is none of"), std::string::npos);
+        EXPECT_TRUE(test::contains(describeSilence(wall, mode, start, later), "does not change"));
+    EXPECT_TRUE(test::contains(describeSilence(wall, 3, start, later), "Palette mode"));
+    EXPECT_TRUE(test::contains(describeSilence(wall, 7, start, later), "Mode 7 is none of"));
 }
 
 TEST(PanelwallStatusText, SharedIdentifiersAreNamed) {

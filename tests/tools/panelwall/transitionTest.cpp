@@ -1,7 +1,6 @@
 // Panels on their way from colour to colour, by a clock that the tests set.
 #include "tools/wall/transition.h"
-
-#include "tools/wall/wall.h"
+#include "tests/tools/panelwall/walls.h"
 
 #include <gtest/gtest.h>
 #include <ostream>
@@ -9,9 +8,8 @@
 using namespace panelwall;
 using std::chrono::milliseconds;
 
-using Bytes = std::vector<std::uint8_t>;
-
-static const Clock::time_point start = Clock::time_point(std::chrono::hours(5));
+using test::Bytes;
+using test::start;
 
 static Clock::time_point after(int time) {
     return start + milliseconds(time);
@@ -76,13 +74,7 @@ TEST(PanelwallTransition, ArrivesAlthoughItIsSentOnAgainAndAgain) {
 }
 
 static config::Document twoPanels(int controlVersion) {
-    config::Document document;
-    config::DeviceEntry device;
-    device.controlVersion = controlVersion;
-    device.scaleFactor = 1.0;
-    device.panels = {{1, 100, 200}, {2, 300, 200}};
-    document.devices.push_back(device);
-    return document;
+    return test::oneDevice(controlVersion, {{1, 100, 200}, {2, 300, 200}});
 }
 
 static std::optional<Colour> shown(const Wall &wall, std::size_t panel, int time) {

@@ -1,28 +1,15 @@
-#include "tools/wall/wall.h"
+#include "tests/tools/panelwall/walls.h"
 
 #include <gtest/gtest.h>
 
 using namespace panelwall;
 using std::chrono::milliseconds;
-
-using Bytes = std::vector<std::uint8_t>;
-
-static const Clock::time_point start = Clock::time_point(std::chrono::hours(5));
-
-static config::Document oneDevice(int controlVersion, const std::vector<std::int32_t> &ids) {
-    config::Document document;
-    config::DeviceEntry device;
-    device.ip = "127.0.41.1";
-    device.controlVersion = controlVersion;
-    device.scaleFactor = 1.0;
-    for (const auto id : ids)
-        device.panels.push_back({id, 100, 200});
-    document.devices.push_back(device);
-    return document;
-}
+using test::Bytes;
+using test::oneDevice;
+using test::start;
 
 TEST(PanelwallWall, BeginsWithoutColours) {
-    const Wall wall(oneDevice(1, {3, 300}));
+    const Wall wall(oneDevice(1, {{3, 100, 200}, {300, 100, 200}}));
     ASSERT_EQ(wall.devices().size(), 1u);
     const WallDevice &device = wall.devices()[0];
     EXPECT_EQ(device.port, 60221);
@@ -35,7 +22,7 @@ TEST(PanelwallWall, BeginsWithoutColours) {
 }
 
 TEST(PanelwallWall, RecordsColourTheirPanels) {
-    Wall wall(oneDevice(1, {3, 300}));
+    Wall wall(oneDevice(1, {{3, 100, 200}, {300, 100, 200}}));
     wall.receive(0, Bytes{2, 3, 1, 10, 20, 30, 0, 5, 44, 1, 1, 2, 3, 0, 6}, start);
     const WallDevice &device = wall.devices()[0];
     EXPECT_EQ(device.panels[0].colour, (Colour{10, 20, 30}));
@@ -48,7 +35,7 @@ TEST(PanelwallWall, RecordsColourTheirPanels) {
 }
 
 TEST(PanelwallWall, PartialDatagramsLeaveOtherPanelsAlone) {
-    Wall wall(oneDevice(2, {1, 2}));
+    Wall wall(oneDevice(2, {{1, 100, 200}, {2, 100, 200}}));
     wall.receive(0, Bytes{0, 1, 0, 2, 9, 8, 7, 0, 0, 12}, start);
     EXPECT_FALSE(wall.devices()[0].panels[0].colour);
     EXPECT_EQ(wall.devices()[0].litPanels(), 1u);
@@ -58,14 +45,14 @@ TEST(PanelwallWall, PartialDatagramsLeaveOtherPanelsAlone) {
 }
 
 TEST(PanelwallWall, PanelsThatShareAnIdentifierShowTheLastRecordForIt) {
-    Wall wall(oneDevice(1, {44, 300}));
+    Wall wall(oneDevice(1, {{44, 100, 200}, {300, 100, 200}}));
     wall.receive(0, Bytes{2, 44, 1, 1, 1, 1, 0, 5, 44, 1, 2, 2, 2, 0, 5}, start);
     EXPECT_EQ(wall.devices()[0].panels[0].colour, (Colour{2, 2, 2}));
     EXPECT_EQ(wall.devices()[0].panels[1].colour, (Colour{2, 2, 2}));
 }
 
 TEST(PanelwallWall, MalformedDatagramsAreCountedAndChangeNothing) {
-    Wall wall(oneDevice(1, {3, 4}));
+    Wall wall(oneDevice(1, {{3, 100, 200}, {4, 100, 200}}));
     wall.receive(0, Bytes{1, 3, 1, 10, 20, 30, 0, 5}, start);
     wall.receive(0, Bytes{2, 3, 1, 99, 99, 99, 0, 5, 4, 1, 9, 9, 9, 1, 5}, start);
     wall.receive(0, Bytes{2, 3, 1, 99, 99, 99, 0, 5, 5, 1, 9, 9, 9, 0, 5}, start + milliseconds(7));
@@ -80,9 +67,8 @@ TEST(PanelwallWall, MalformedDatagramsAreCountedAndChangeNothing) {
 
 TEST(PanelwallWall, PanelSizeFollowsShapeAndScale) {
     const auto halfSideOf = [](std::int32_t shapeType, double scaleFactor) {
-        config::Document document = oneDevice(2, {1});
+        config::Document document = oneDevice(2, {{1, 100, 200}}, scaleFactor);
         document.devices[0].shapeType = shapeType;
-        document.devices[0].scaleFactor = scaleFactor;
         return Wall(document).devices()[0].panels[0].halfSide;
     };
     EXPECT_EQ(halfSideOf(0, 1.0), 50.0);

@@ -1,4 +1,5 @@
 #include "tools/panelwall/web/wallEvents.h"
+#include "tests/tools/panelwall/walls.h"
 
 #include <gtest/gtest.h>
 #include <limits>
@@ -6,23 +7,12 @@
 
 using namespace panelwall;
 using std::chrono::milliseconds;
-
-static const Clock::time_point start = Clock::time_point(std::chrono::hours(5));
+using test::Bytes;
+using test::start;
 
 static config::Document twoDevices() {
-    config::Document document;
-    config::DeviceEntry device;
-    device.ip = "127.0.71.1";
-    device.controlVersion = 1;
-    device.scaleFactor = 1.5;
-    device.panels = {{7, 100, 200}, {8, -5, 300}};
-    document.devices.push_back(device);
-    device.ip = "::1";
-    device.controlVersion = 2;
-    device.shapeType = 1;
-    device.panels.clear();
-    document.devices.push_back(device);
-    return document;
+    return {
+        0, 0, {{"127.0.71.1", 1, 0, 1.5, {{7, 100, 200}, {8, -5, 300}}}, {"::1", 2, 1, 1.5, {}}}};
 }
 
 // What an event of this name holds.
@@ -67,7 +57,7 @@ TEST(PanelwallWallEvents, TellWhatPanelsShowAndWhereTheyAreGoing) {
     Wall wall(twoDevices(), milliseconds(100));
     WallFacts facts;
     facts.start = start;
-    wall.receive(0, std::vector<std::uint8_t>{1, 8, 1, 200, 100, 0, 0, 10}, start);
+    wall.receive(0, Bytes{1, 8, 1, 200, 100, 0, 0, 10}, start);
     const auto event =
         dataOf(nowEvent(wall, facts, {5, std::nullopt}, start + milliseconds(500)), "now");
     const auto &device = event["devices"][0];
@@ -90,7 +80,7 @@ TEST(PanelwallWallEvents, TellWhatPanelsShowAndWhereTheyAreGoing) {
 TEST(PanelwallWallEvents, TellOneTimeOfArrivalWheneverTheyAreMade) {
     Wall wall(twoDevices(), milliseconds(100));
     const auto begin = start + std::chrono::microseconds(300);
-    wall.receive(0, std::vector<std::uint8_t>{1, 8, 1, 200, 100, 0, 0, 10}, begin);
+    wall.receive(0, Bytes{1, 8, 1, 200, 100, 0, 0, 10}, begin);
     for (int microseconds = 0; microseconds < 1'000'000; microseconds += 33'333) {
         const auto now = begin + std::chrono::microseconds(microseconds);
         const auto event = dataOf(nowEvent(wall, {}, {}, now), "now");
@@ -107,8 +97,7 @@ TEST(PanelwallWallEvents, WarnOfFlashes) {
     EXPECT_STREQ(dataOf(nowEvent(wall, {}, {}, start), "now")["warning"].GetString(), "");
     for (int i = 0; i < 8; ++i) {
         const std::uint8_t level = i % 2 == 0 ? 255 : 0;
-        wall.receive(0, std::vector<std::uint8_t>{1, 7, 1, level, level, level, 0, 1},
-                     start + milliseconds(50 * i));
+        wall.receive(0, Bytes{1, 7, 1, level, level, level, 0, 1}, start + milliseconds(50 * i));
     }
     const std::string warning =
         dataOf(nowEvent(wall, {}, {}, start + milliseconds(400)), "now")["warning"].GetString();
@@ -117,7 +106,7 @@ TEST(PanelwallWallEvents, WarnOfFlashes) {
 
 TEST(PanelwallWallEvents, TellTheReasonOfMalformedOnes) {
     Wall wall(twoDevices());
-    wall.receive(0, std::vector<std::uint8_t>{}, start);
+    wall.receive(0, Bytes{}, start);
     const auto event = dataOf(nowEvent(wall, {}, {}, start), "now");
     EXPECT_EQ(event["devices"][0]["malformed"].GetInt(), 1);
     EXPECT_STREQ(event["devices"][0]["reason"].GetString(),
@@ -127,8 +116,8 @@ TEST(PanelwallWallEvents, TellTheReasonOfMalformedOnes) {
 TEST(PanelwallWallEvents, TellTheColoursOfTheLastMinute) {
     Wall wall(twoDevices());
     wall.keepHistory(100);
-    wall.receive(0, std::vector<std::uint8_t>{1, 7, 1, 1, 2, 3, 0, 10}, start);
-    wall.receive(0, std::vector<std::uint8_t>{1, 8, 1, 4, 5, 6, 0, 10}, start + milliseconds(400));
+    wall.receive(0, Bytes{1, 7, 1, 1, 2, 3, 0, 10}, start);
+    wall.receive(0, Bytes{1, 8, 1, 4, 5, 6, 0, 10}, start + milliseconds(400));
     const auto event = dataOf(pastEvent(wall), "past");
     ASSERT_EQ(event[0].Size(), 4u);
     EXPECT_EQ(event[0][2].GetInt64() - event[0][0].GetInt64(), 10);
