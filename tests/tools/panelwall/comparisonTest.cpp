@@ -1,3 +1,4 @@
+#include "tests/support/expectations.h"
 #include "tests/tools/panelwall/recordings.h"
 #include "tools/recording/compareRecordings.h"
 
@@ -74,12 +75,10 @@ TEST(PanelwallComparison, OneChangedDatagramIsFound) {
     const auto &found = comparison.devices.at(0).findings;
     EXPECT_EQ(found.same, 199u);
     EXPECT_EQ(found.changed, 1u);
-    EXPECT_NE(textOf(comparison)
-                  .find("first difference: datagram 150 at 6.000 s and datagram 150 "
-                        "at 6.000 s: panel id 1: colour (150, 0, 0) and (7, 0, 0)\n"),
-              std::string::npos)
-        << textOf(comparison);
-    EXPECT_NE(textOf(comparison).find("different: 1 of 1 devices\n"), std::string::npos);
+    EXPECT_TRUE(contains(textOf(comparison),
+                         "first difference: datagram 150 at 6.000 s and datagram 150 "
+                         "at 6.000 s: panel id 1: colour (150, 0, 0) and (7, 0, 0)\n"));
+    EXPECT_TRUE(contains(textOf(comparison), "different: 1 of 1 devices\n"));
 }
 
 TEST(PanelwallComparison, DatagramsLeftOutAndAddedAreFound) {
@@ -125,12 +124,10 @@ TEST(PanelwallComparison, DevicesAreMatchedByAddressAndPort) {
     EXPECT_FALSE(comparison.devices[1].differs());
     EXPECT_EQ(comparison.devices[1].findings.same, 1u);
     const auto text = textOf(comparison);
-    EXPECT_NE(text.find("device 0 at \"127.0.45.1\", UDP port 60222: only in the first, with 1 "),
-              std::string::npos)
-        << text;
-    EXPECT_NE(text.find("device 1 at \"127.0.45.3\", UDP port 60222: only in the second, with 1 "),
-              std::string::npos)
-        << text;
+    EXPECT_TRUE(
+        contains(text, "device 0 at \"127.0.45.1\", UDP port 60222: only in the first, with 1 "));
+    EXPECT_TRUE(
+        contains(text, "device 1 at \"127.0.45.3\", UDP port 60222: only in the second, with 1 "));
     EXPECT_EQ(comparison.devices[2].findings.malformed[second], 1u);
 }
 
@@ -140,9 +137,9 @@ TEST(PanelwallComparison, ConfigurationsAreComparedToo) {
     document.mode = 2;
     document.devices[0].panels[0].centroidX = 101;
     const auto text = textOf(compare(left, record(document, {}, 10)));
-    EXPECT_NE(text.find("configuration: mode: 0 and 2\n"), std::string::npos) << text;
-    EXPECT_NE(text.find("1 at (100, 200) and 1 at (101, 200)\n"), std::string::npos) << text;
-    EXPECT_NE(text.find("different: 1 of 1 devices\n"), std::string::npos) << text;
+    EXPECT_TRUE(contains(text, "configuration: mode: 0 and 2\n"));
+    EXPECT_TRUE(contains(text, "1 at (100, 200) and 1 at (101, 200)\n"));
+    EXPECT_TRUE(contains(text, "different: 1 of 1 devices\n"));
 }
 
 // One device's datagrams stand at the beginning of one recording and at the end of the other.
@@ -173,7 +170,7 @@ TEST(PanelwallComparison, ATruncatedRecordingIsComparedUpToItsFault) {
     const auto left = shades({1, 2, 3});
     const auto comparison = compare(left, left.substr(0, left.size() - 10));
     EXPECT_EQ(comparison.errors[first], "");
-    EXPECT_NE(comparison.errors[second].find("after 2 whole datagrams"), std::string::npos);
+    EXPECT_TRUE(contains(comparison.errors[second], "after 2 whole datagrams"));
     EXPECT_EQ(comparison.devices.at(0).findings.same, 2u);
 }
 

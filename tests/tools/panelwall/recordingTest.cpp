@@ -86,11 +86,9 @@ TEST(PanelwallRecording, EveryTruncationGivesWhatIsBeforeIt) {
         ASSERT_EQ(read.datagrams.size(), expected) << size;
         expectSame(read.datagrams, threeDatagrams, expected);
         if (size > 0) {
-            EXPECT_NE(read.error.find("ends at byte " + std::to_string(size)), std::string::npos)
-                << read.error;
-            EXPECT_NE(read.error.find("after " + std::to_string(expected) + " whole datagrams"),
-                      std::string::npos)
-                << read.error;
+            EXPECT_TRUE(contains(read.error, "ends at byte " + std::to_string(size)));
+            EXPECT_TRUE(
+                contains(read.error, "after " + std::to_string(expected) + " whole datagrams"));
         }
         EXPECT_EQ(read.end, expected > 0 ? threeDatagrams[expected - 1].time.count() : 0) << size;
     }
@@ -118,7 +116,7 @@ TEST(PanelwallRecording, ForeignFilesAreNamedAsSuch) {
     misspelt.replace(good.find("displayID"), 9, "displayId");
     const std::string invalid = errorOf(misspelt);
     EXPECT_EQ(invalid.find("holds a configuration that is not valid: "), 0u) << invalid;
-    EXPECT_NE(invalid.find("displayID"), std::string::npos) << invalid;
+    EXPECT_TRUE(contains(invalid, "displayID"));
 }
 
 namespace {
@@ -153,7 +151,7 @@ TEST(PanelwallRecording, DamageIsToldWithItsPlace) {
         const Read read = readRecording(withRecords(records));
         EXPECT_TRUE(read.head);
         EXPECT_EQ(read.datagrams.size(), count) << error;
-        EXPECT_NE(read.error.find(error), std::string::npos) << read.error;
+        EXPECT_TRUE(contains(read.error, error));
     }
 }
 
@@ -164,7 +162,7 @@ TEST(PanelwallRecording, TimesDoNotOverflow) {
     panelwall::appendNumber(step, 0);
     const Read read = readRecording(withRecords(step + step));
     EXPECT_EQ(read.datagrams.size(), 1u);
-    EXPECT_NE(read.error.find("a time is too large"), std::string::npos) << read.error;
+    EXPECT_TRUE(contains(read.error, "a time is too large"));
 }
 
 // The length that a file claims does not decide how much memory is taken.
@@ -173,13 +171,13 @@ TEST(PanelwallRecording, AClaimedLengthIsNotBelieved) {
     panelwall::appendNumber(bytes, 0);
     std::string huge = bytes;
     panelwall::appendNumber(huge, panelwall::longestRecordedDocument + 1);
-    EXPECT_NE(readRecording(huge).error.find("the length of its configuration is too large"),
-              std::string::npos);
+    EXPECT_TRUE(
+        contains(readRecording(huge).error, "the length of its configuration is too large"));
     panelwall::appendNumber(bytes, panelwall::longestRecordedDocument);
     rusage before;
     getrusage(RUSAGE_SELF, &before);
     for (int i = 0; i < 10; ++i)
-        EXPECT_NE(readRecording(bytes).error.find("ends at byte"), std::string::npos);
+        EXPECT_TRUE(contains(readRecording(bytes).error, "ends at byte"));
     rusage after;
     getrusage(RUSAGE_SELF, &after);
     EXPECT_LT(after.ru_maxrss - before.ru_maxrss, 4096); // KiB
@@ -212,7 +210,7 @@ TEST(PanelwallRecording, WhatWasWrittenBeforeAKillCanBeRead) {
     writer.note(0, panelOne(2), start);
     const Read read = readRecording(fileText(folder.file("a")));
     EXPECT_EQ(read.datagrams.size(), 1u);
-    EXPECT_NE(read.error.find("after 1 whole datagrams"), std::string::npos);
+    EXPECT_TRUE(contains(read.error, "after 1 whole datagrams"));
 }
 
 TEST(PanelwallRecording, AFullDiskIsToldOnce) {

@@ -1,5 +1,5 @@
 #include "tools/panelwall/web/droppedDatagrams.h"
-#include "tests/tools/panelwall/wallSetup.h"
+#include "tests/support/lightReceiver.h"
 #include "tools/lights/address.h"
 
 #include <gtest/gtest.h>

@@ -1,14 +1,17 @@
 #include "tools/panelwall/web/pageServer.h"
+#include "tests/support/expectations.h"
 #include "tests/tools/panelwall/web/httpClient.h"
 
 #include <algorithm>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <memory>
+#include <poll.h>
 #include <random>
 #include <unistd.h>
 
 using namespace panelwall;
+using test::contains;
 using test::get;
 using test::HttpClient;
 using test::statusOf;
@@ -40,11 +43,21 @@ protected:
         ASSERT_TRUE(client.waitFor("Content-Type: text/event-stream"));
     }
 
+    // Greets the reader that is about to come.
+    void greet(const std::string &text) {
+        pollfd newcomer{feed.fd(), POLLIN, 0};
+        ASSERT_EQ(poll(&newcomer, 1, 30000), 1);
+        ASSERT_TRUE(feed.takeNewcomers());
+        feed.greet(text);
+    }
+
     using Clients = std::vector<std::unique_ptr<HttpClient>>;
 
-    void openIdle(Clients &clients, int count) {
+    Clients open(int count) const {
+        Clients clients;
         for (int i = 0; i < count; ++i)
             clients.push_back(std::make_unique<HttpClient>(port));
+        return clients;
     }
 
     // That so many are told before long that there are too many; which ones is open.
@@ -69,18 +82,16 @@ protected:
 TEST_F(PanelwallPageServer, ServesThePageWithNothingFromElsewhere) {
     const std::string page = get(port, root);
     EXPECT_EQ(statusOf(page), 200);
-    EXPECT_NE(page.find("Content-Type: text/html"), std::string::npos);
-    EXPECT_NE(page.find("<title>panelwall</title>"), std::string::npos);
-    EXPECT_NE(page.find("Content-Security-Policy: default-src 'none'; script-src 'self';"),
-              std::string::npos);
     for (const char *wanted :
-         {"frame-ancestors 'none'", "X-Frame-Options: DENY", "Referrer-Policy: no-referrer",
+         {"Content-Type: text/html", "<title>panelwall</title>",
+          "Content-Security-Policy: default-src 'none'; script-src 'self';",
+          "frame-ancestors 'none'", "X-Frame-Options: DENY", "Referrer-Policy: no-referrer",
           "Cross-Origin-Resource-Policy: same-origin"})
-        EXPECT_NE(page.find(wanted), std::string::npos) << wanted;
-    EXPECT_EQ(page.find("Access-Control-"), std::string::npos);
+        EXPECT_TRUE(contains(page, wanted));
+    EXPECT_FALSE(contains(page, "Access-Control-"));
     EXPECT_EQ(page.find("://", page.find("\r\n\r\n")), std::string::npos);
-    EXPECT_NE(get(port, root + "main.js").find("Content-Type: text/javascript"), std::string::npos);
-    EXPECT_NE(get(port, root + "style.css").find("Content-Type: text/css"), std::string::npos);
+    EXPECT_TRUE(contains(get(port, root + "main.js"), "Content-Type: text/javascript"));
+    EXPECT_TRUE(contains(get(port, root + "style.css"), "Content-Type: text/css"));
     EXPECT_EQ(statusOf(get(port, root + "../main.js")), 404);
     EXPECT_EQ(statusOf(get(port, root + "index.html")), 404);
 }
@@ -93,12 +104,11 @@ TEST_F(PanelwallPageServer, TellsNothingToThoseWhoDoNotKnowItsAddress) {
           "/%2e%2e" + root + "../", "/" + std::string(22, 'A') + "/"})
         EXPECT_EQ(get(port, path), answer) << path;
     EXPECT_EQ(statusOf(answer), 404);
-    EXPECT_NE(answer.find("\r\n\r\nOpen the whole address that panelwall has printed.\n"),
-              std::string::npos);
-    EXPECT_NE(answer.find("Referrer-Policy: no-referrer"), std::string::npos);
+    EXPECT_TRUE(contains(answer, "\r\n\r\nOpen the whole address that panelwall has printed.\n"));
+    EXPECT_TRUE(contains(answer, "Referrer-Policy: no-referrer"));
     PageServer other(feed, picture);
     ASSERT_EQ(other.open("127.0.0.1", 0), "");
-    EXPECT_EQ(other.url().find(root), std::string::npos);
+    EXPECT_FALSE(contains(other.url(), root));
 }
 
 TEST_F(PanelwallPageServer, RefusesWhatIsNotForIt) {
@@ -117,16 +127,14 @@ TEST_F(PanelwallPageServer, RefusesWhatIsNotForIt) {
     }
     // Refusals say in words why, and are as closed as the page.
     const std::string refusal = get(port, root, "wall.example");
-    EXPECT_NE(refusal.find("Content-Security-Policy"), std::string::npos);
-    EXPECT_NE(refusal.find("Ask for the wall by its address"), std::string::npos);
+    EXPECT_TRUE(contains(refusal, "Content-Security-Policy"));
+    EXPECT_TRUE(contains(refusal, "Ask for the wall by its address"));
 }
 
 TEST_F(PanelwallPageServer, TellsReadersTheGreetingAndThenTheNewest) {
     HttpClient client(port);
     beginReading(client);
-    while (!feed.takeNewcomers())
-        usleep(1000);
-    feed.greet("data: hello\n\n");
+    greet("data: hello\n\n");
     ASSERT_TRUE(client.waitFor("data: hello\n\n"));
     feed.publish("data: one\n\n");
     ASSERT_TRUE(client.waitFor("data: one\n\n"));
@@ -137,25 +145,22 @@ TEST_F(PanelwallPageServer, TellsReadersTheGreetingAndThenTheNewest) {
 TEST_F(PanelwallPageServer, SharesItsPortWithNobody) {
     PageServer second(feed, picture);
     const std::string reason = second.open("127.0.0.1", port);
-    EXPECT_NE(reason.find("port " + std::to_string(port) + " is in use; "), std::string::npos)
-        << reason;
-    EXPECT_NE(reason.find("--web PORT"), std::string::npos) << reason;
+    EXPECT_TRUE(contains(reason, "port " + std::to_string(port) + " is in use; "));
+    EXPECT_TRUE(contains(reason, "--web PORT"));
 }
 
 TEST_F(PanelwallPageServer, SaysWhatIsWrongWithAnAddress) {
     PageServer second(feed, picture);
-    EXPECT_NE(second.open("localhost", 0).find("write an address such as 127.0.0.1"),
-              std::string::npos);
+    EXPECT_TRUE(contains(second.open("localhost", 0), "write an address such as 127.0.0.1"));
     PageServer third(feed, picture);
-    EXPECT_NE(third.open("192.0.2.1", 0).find("this machine has no such address"),
-              std::string::npos);
+    EXPECT_TRUE(contains(third.open("192.0.2.1", 0), "this machine has no such address"));
 }
 
 TEST_F(PanelwallPageServer, SaysWhyThereIsNoPicture) {
     unsetenv("DISPLAY");
     const std::string answer = get(port, root + "screen.png");
     EXPECT_EQ(statusOf(answer), 404);
-    EXPECT_NE(answer.find("The mirrored display cannot be seen from panelwall"), std::string::npos);
+    EXPECT_TRUE(contains(answer, "The mirrored display cannot be seen from panelwall"));
 }
 
 TEST_F(PanelwallPageServer, SurvivesAnyBytes) {
@@ -226,8 +231,7 @@ TEST_F(PanelwallPageServer, EndsRequestsThatTakeTooLong) {
 
 TEST_F(PanelwallPageServer, ManyIdleConnectionsLeaveNoneForMoreAndThenAllAgain) {
     {
-        Clients idle;
-        openIdle(idle, PageServer::mostConnections + 1);
+        const Clients idle = open(PageServer::mostConnections + 1);
         expectRefusals(idle, 1);
     }
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
@@ -237,19 +241,16 @@ TEST_F(PanelwallPageServer, ManyIdleConnectionsLeaveNoneForMoreAndThenAllAgain) 
 
 TEST_F(PanelwallPageServer, AFloodOfConnectionsCostsNoMoreThanItsLimit) {
     const std::size_t before = openDescriptors();
-    Clients flood;
-    openIdle(flood, PageServer::mostConnections + 270);
+    const Clients flood = open(PageServer::mostConnections + 270);
     expectRefusals(flood, 270);
     // What is left open: this side's ends, and the connections that are served.
     EXPECT_LE(openDescriptors(), before + flood.size() + PageServer::mostConnections);
 }
 
 TEST_F(PanelwallPageServer, ServesSoManyReadersAndSaysSoToMore) {
-    std::vector<std::unique_ptr<HttpClient>> readers;
-    for (int i = 0; i < PageServer::mostReaders; ++i) {
-        readers.push_back(std::make_unique<HttpClient>(port));
-        beginReading(*readers.back());
-    }
+    const Clients readers = open(PageServer::mostReaders);
+    for (const auto &reader : readers)
+        beginReading(*reader);
     EXPECT_EQ(statusOf(get(port, root + "events")), 503);
     expectServes();
 }
@@ -257,9 +258,7 @@ TEST_F(PanelwallPageServer, ServesSoManyReadersAndSaysSoToMore) {
 TEST_F(PanelwallPageServer, DropsReadersThatDoNotRead) {
     HttpClient client(port);
     beginReading(client);
-    while (!feed.takeNewcomers())
-        usleep(1000);
-    feed.greet("hello");
+    greet("hello");
     // More than any buffer between the two ends holds.
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
     while (feed.readers() > 0) {

@@ -1,6 +1,7 @@
+#include "tests/support/expectations.h"
+#include "tests/support/files.h"
 #include "tests/support/virtualScreen.h"
 #include "tests/tools/panelwall/readPng.h"
-#include "tests/tools/panelwall/wallSetup.h"
 #include "tests/tools/panelwall/web/httpClient.h"
 #include "tools/panelwall/web/pageServer.h"
 
@@ -64,8 +65,17 @@ TEST(PanelwallScreenPicture, OfAWideDisplayIsReduced) {
 TEST(PanelwallScreenPicture, IsNotTakenAnewForEveryAsker) {
     test::VirtualScreen screen(64, 48);
     screen.use();
-    ScreenPicture picture(onlyDisplay());
-    EXPECT_EQ(picture.take(), picture.take());
+    // A busy machine may take too long for the two.
+    const auto now = std::chrono::steady_clock::now;
+    for (auto begin = now();; begin = now()) {
+        ScreenPicture picture(onlyDisplay());
+        const auto first = picture.take();
+        const auto second = picture.take();
+        if (now() - begin >= ScreenPicture::leastAge)
+            continue;
+        EXPECT_EQ(first, second);
+        break;
+    }
 }
 
 TEST(PanelwallScreenPicture, IsServedToThoseWhoKnowTheAddress) {
@@ -81,6 +91,6 @@ TEST(PanelwallScreenPicture, IsServedToThoseWhoKnowTheAddress) {
     const std::string answer = test::get(std::stoi(url.substr(colon + 1)),
                                          url.substr(url.find('/', colon)) + "screen.png");
     EXPECT_EQ(test::statusOf(answer), 200);
-    EXPECT_NE(answer.find("X-Screen-Size: 64x48"), std::string::npos);
+    EXPECT_TRUE(test::contains(answer, "X-Screen-Size: 64x48"));
     EXPECT_EQ(decode(answer.substr(answer.find("\r\n\r\n") + 4)).at(5, 5), 0x445566u);
 }

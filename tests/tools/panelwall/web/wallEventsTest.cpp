@@ -1,4 +1,5 @@
 #include "tools/panelwall/web/wallEvents.h"
+#include "tests/support/expectations.h"
 #include "tests/tools/panelwall/walls.h"
 
 #include <gtest/gtest.h>
@@ -101,7 +102,7 @@ TEST(PanelwallWallEvents, WarnOfFlashes) {
     }
     const std::string warning =
         dataOf(nowEvent(wall, {}, {}, start + milliseconds(400)), "now")["warning"].GetString();
-    EXPECT_NE(warning.find("up to 3.5 times"), std::string::npos) << warning;
+    EXPECT_TRUE(test::contains(warning, "up to 3.5 times"));
 }
 
 TEST(PanelwallWallEvents, TellTheReasonOfMalformedOnes) {
