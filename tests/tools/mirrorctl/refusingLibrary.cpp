@@ -9,6 +9,7 @@
 #include <cstring>
 #include <initializer_list>
 #include <poll.h>
+#include <string>
 #include <unistd.h>
 
 static bool refuses(const char *function) {
@@ -27,47 +28,37 @@ static bool isSeen() {
 int getDisplays(char *buffer, int bufferLength) {
     if (refuses("getDisplays"))
         return -1;
-    if (refuses("picture")) {
-        std::strncpy(buffer,
-                     "{\"numDisplays\":2,\"displays\":"
-                     "[{\"displayID\":5,\"width\":640,\"height\":480},"
-                     "{\"displayID\":6,\"width\":0,\"height\":0}]}",
-                     static_cast<std::size_t>(bufferLength));
-        return 1;
-    }
-    std::strncpy(buffer,
-                 refuses("sense") ? "{\"displays\":[{\"displayID\":\"5\"}]}"
-                                  : "{\"numDisplays\":1,\"displays\":"
-                                    "[{\"displayID\":5,\"width\":640,\"height\":480}]}",
-                 static_cast<std::size_t>(bufferLength));
+    const char *displays =
+        R"({"numDisplays":1,"displays":[{"displayID":5,"width":640,"height":480}]})";
+    if (refuses("picture"))
+        displays = R"({"numDisplays":2,"displays":[{"displayID":5,"width":640,"height":480},)"
+                   R"({"displayID":6,"width":0,"height":0}]})";
+    else if (refuses("sense"))
+        displays = R"({"displays":[{"displayID":"5"}]})";
+    std::strncpy(buffer, displays, static_cast<std::size_t>(bufferLength));
     return 1;
 }
 
 // A frame for panel 17; refusing wholeness, for panels 17 and 18, of which the first frame shows
 // the screen to only one.
-static const char *sentText() {
+static std::string sentText() {
     if (refuses("frame sense"))
-        return "{\"numDevices\":1,\"devices\":[{\"animData\":\"1 17\"}]}";
+        return R"({"numDevices":1,"devices":[{"animData":"1 17"}]})";
+    const char *records = isSeen() ? "1 17 1 255 255 0 0 5" : "1 17 1 0 0 0 0 5";
     if (refuses("wholeness"))
-        return framesSent == 1
-                   ? "{\"numDevices\":1,\"devices\":[{\"ip\":\"127.0.58.9\",\"animData\":"
-                     "\"2 17 1 0 0 0 0 5 18 1 255 255 0 0 5\"}]}"
-                   : "{\"numDevices\":1,\"devices\":[{\"ip\":\"127.0.58.9\",\"animData\":"
-                     "\"2 17 1 255 255 0 0 5 18 1 255 255 0 0 5\"}]}";
-    if (!isSeen())
-        return "{\"numDevices\":1,\"devices\":[{\"ip\":\"127.0.58.9\",\"animData\":"
-               "\"1 17 1 0 0 0 0 5\"}]}";
-    return "{\"numDevices\":1,\"devices\":[{\"ip\":\"127.0.58.9\",\"animData\":"
-           "\"1 17 1 255 255 0 0 5\"}]}";
+        records = framesSent == 1 ? "2 17 1 0 0 0 0 5 18 1 255 255 0 0 5"
+                                  : "2 17 1 255 255 0 0 5 18 1 255 255 0 0 5";
+    return R"({"numDevices":1,"devices":[{"ip":"127.0.58.9","animData":")" + std::string(records) +
+           R"("}]})";
 }
 
 int getSizeOfStreamFrameJson(void) {
-    return refuses("getSizeOfStreamFrameJson") ? -1 : static_cast<int>(std::strlen(sentText()));
+    return refuses("getSizeOfStreamFrameJson") ? -1 : static_cast<int>(sentText().size());
 }
 int getStreamFrameJson(char *buffer) {
     if (refuses("getStreamFrameJson"))
         return -1;
-    std::memcpy(buffer, sentText(), std::strlen(sentText()));
+    sentText().copy(buffer, sentText().size());
     return 0;
 }
 int captureCurrentStreamFrames(void) {
@@ -85,11 +76,11 @@ int captureCurrentStreamFrames(void) {
 int getPalette(char *buffer) {
     if (refuses("getPalette"))
         return -1;
-    const char *palette = "{\"palette\":[{\"R\":0,\"G\":0,\"B\":0}]}";
+    const char *palette = R"({"palette":[{"R":0,"G":0,"B":0}]})";
     if (refuses("palette sense"))
-        palette = "{\"palette\":[{\"R\":256,\"G\":0,\"B\":0}]}";
+        palette = R"({"palette":[{"R":256,"G":0,"B":0}]})";
     else if (isSeen())
-        palette = "{\"palette\":[{\"R\":255,\"G\":255,\"B\":0}]}";
+        palette = R"({"palette":[{"R":255,"G":255,"B":0}]})";
     std::strncpy(buffer, palette, 512);
     return 0;
 }
