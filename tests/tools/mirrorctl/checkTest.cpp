@@ -10,10 +10,9 @@ using test::mirrorctl;
 namespace {
 
 // Without any display.
-Ending check(const std::string &text, const std::vector<std::string> &arguments = {}) {
-    std::vector<std::string> words = {"check", "-"};
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    return mirrorctl(words, {{"DISPLAY", ""}}, text);
+Ending check(const std::string &text, std::vector<std::string> arguments = {}) {
+    arguments.insert(arguments.begin(), {"check", "-"});
+    return mirrorctl(arguments, {{"DISPLAY", ""}}, text);
 }
 
 } // namespace
@@ -110,30 +109,28 @@ TEST(MirrorctlCheck, RefusesModesThatDoNotExist) {
     }
 }
 
-TEST(MirrorctlCheck, LooksForTheDisplayWhereThereIsAServer) {
-    const test::VirtualScreen screen(640, 480);
-    const auto there = test::onlyDisplay(screen.display());
-    const auto look = [&](std::uint32_t wanted, const std::vector<std::string> &arguments) {
-        std::vector<std::string> words = {"check", "-"};
-        words.insert(words.end(), arguments.begin(), arguments.end());
-        return mirrorctl(words, {{"DISPLAY", screen.display()}},
-                         lightsText(wanted, "127.0.58.60", 3));
+using MirrorctlCheckOnScreen = test::ScreenTest;
+
+TEST_F(MirrorctlCheckOnScreen, LooksForTheDisplay) {
+    const auto look = [&](std::uint32_t wanted, std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), {"check", "-"});
+        return run(arguments, lightsText(wanted, "127.0.58.60", 3));
     };
     const std::string missing =
         "standard input:1:2: error: /displayID: expected one of the displays there are: " +
-        std::to_string(there) + " (640 x 480); found " + std::to_string(there + 1) +
+        std::to_string(display) + " (640 x 480); found " + std::to_string(display + 1) +
         ".\n"
         "    To fix it: choose one of them; no other is ever taken in its place.\n";
-    EXPECT_EQ(look(there, {}).out, "standard input: fine.\n");
-    EXPECT_EQ(look(there, {"--display"}).out, "standard input: fine.\n");
-    const Ending other = look(there + 1, {});
+    EXPECT_EQ(look(display, {}).out, "standard input: fine.\n");
+    EXPECT_EQ(look(display, {"--display"}).out, "standard input: fine.\n");
+    const Ending other = look(display + 1, {});
     EXPECT_EQ(other.status, 69);
     EXPECT_EQ(other.out, missing + "standard input: 1 error, 0 warnings.\n"
                                    "The panels' places were not checked; --screen names the "
                                    "display's size.\n");
-    EXPECT_EQ(look(there + 1, {"--no-display"}).status, 0);
-    EXPECT_EQ(look(there + 1, {"--screen", "640x480"}).out, "standard input: fine.\n");
-    EXPECT_EQ(look(there + 1, {"--screen", "640x480", "--display"}).out,
+    EXPECT_EQ(look(display + 1, {"--no-display"}).status, 0);
+    EXPECT_EQ(look(display + 1, {"--screen", "640x480"}).out, "standard input: fine.\n");
+    EXPECT_EQ(look(display + 1, {"--screen", "640x480", "--display"}).out,
               missing + "standard input: 1 error, 0 warnings.\n");
 }
 
@@ -218,16 +215,10 @@ TEST(MirrorctlCheck, TellsAddressesThatAreNone) {
     EXPECT_EQ(mirrorctl({"check", "/no/such.json"}).status, 66);
 }
 
-TEST(MirrorctlCheck, ComparesWithTheDisplayThatIsThere) {
-    const test::VirtualScreen screen(640, 480);
-    const auto there = test::onlyDisplay(screen.display());
-    const auto look = [&](const std::string &text) {
-        return mirrorctl({"check", "-"}, {{"DISPLAY", screen.display()}}, text);
-    };
-    std::string text = lightsText(there, "127.0.58.60", 3);
-    EXPECT_EQ(look(text).out, "standard input: fine.\n");
+TEST_F(MirrorctlCheckOnScreen, ComparesWithTheDisplayThatIsThere) {
+    std::string text = lights("127.0.58.60", 3);
     text.replace(text.find("\"centroidX\": 100"), 16, "\"centroidX\": 640");
-    EXPECT_TRUE(contains(look(text).out, "0 to 639, found 640"));
+    EXPECT_TRUE(contains(run({"check", "-"}, text).out, "0 to 639, found 640"));
 }
 
 TEST(MirrorctlCheck, SaysWhatItCouldNotCompare) {

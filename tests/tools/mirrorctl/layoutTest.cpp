@@ -114,16 +114,16 @@ TEST(MirrorctlLayout, ObjectsToWhatCannotBe) {
     EXPECT_EQ(problemOf(plan("1x64", {64, 64})), "panels would be smaller than 4 pixels");
 }
 
-TEST(MirrorctlLayout, MakesWhatCheckAccepts) {
-    const test::VirtualScreen screen(640, 480);
+using MirrorctlLayoutOnScreen = test::ScreenTest;
+
+TEST_F(MirrorctlLayoutOnScreen, MakesWhatCheckAccepts) {
     for (const char *shape : {"4x6", "strip:60"}) {
         const Ending made =
             layout({shape, "127.0.58.61", "::1", "--mode", "palette"}, screen.display());
         ASSERT_EQ(made.status, 0) << made.err;
         EXPECT_TRUE(contains(made.err, " panels on 2 devices, each coloured by "));
-        EXPECT_EQ(
-            test::mirrorctl({"check", "-", "--strict"}, {{"DISPLAY", screen.display()}}, made.out),
-            (Ending{0, "standard input: fine.\n", ""}));
+        EXPECT_EQ(run({"check", "-", "--strict"}, made.out),
+                  (Ending{0, "standard input: fine.\n", ""}));
     }
 }
 

@@ -13,13 +13,12 @@ class MirrorctlRunModes : public test::ScreenTest {
 protected:
     // Mirrors a red screen with `options` until the only panel, number 17, is sent red in the wide
     // layout. Returns the transition time that came with it, or -1.
-    int transitionOfRed(const std::string &ip, int documentMode,
-                        const std::vector<std::string> &options, const std::string &modeName) {
+    int transitionOfRed(const std::string &ip, int documentMode, std::vector<std::string> options,
+                        const std::string &modeName) {
         screen.fill(0xFF0000);
         LightReceiver light(ip, 60222);
-        std::vector<std::string> arguments = {"run", "-"};
-        arguments.insert(arguments.end(), options.begin(), options.end());
-        Process program = start(arguments, {.input = lights(ip, documentMode)});
+        options.insert(options.begin(), {"run", "-"});
+        Process program = start(options, {.input = lights(ip, documentMode)});
         program.waitFor(" in " + modeName + " mode onto 1 device with 1 panel. Ctrl-C stops.\n");
         int transition = -1;
         for (int i = 0; i < 200 && transition < 0; ++i) {

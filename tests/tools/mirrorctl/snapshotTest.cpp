@@ -23,10 +23,9 @@ std::string threeDevices(std::uint32_t displayID, const std::string &net, int mo
 
 class MirrorctlSnapshot : public test::ScreenTest {
 protected:
-    Ending snapshot(const std::string &text, const std::vector<std::string> &arguments = {}) const {
-        std::vector<std::string> words = {"snapshot", "-"};
-        words.insert(words.end(), arguments.begin(), arguments.end());
-        return run(words, text);
+    Ending snapshot(const std::string &text, std::vector<std::string> options = {}) const {
+        options.insert(options.begin(), {"snapshot", "-"});
+        return run(options, text);
     }
 };
 
