@@ -151,9 +151,12 @@ TEST(MirrorctlCheck, NeedsADisplayOnlyWhenTold) {
 }
 
 TEST(MirrorctlCheck, EndsWithTheStatusOfARun) {
-    const std::string address = lightsText(5, "lamp", 3);
+    const std::string address = lightsText(5, "a lamp", 3);
+    EXPECT_EQ(check(address).status, 68);
+    EXPECT_EQ(check(address, {"--strict"}).status, 68);
     EXPECT_EQ(check(address, {"--display"}).status, 68);
-    EXPECT_EQ(check(lightsText(5, "lamp", 4), {"--display"}).status, 65);
+    EXPECT_EQ(check(lightsText(5, "a lamp", 4), {"--display"}).status, 65);
+    EXPECT_EQ(mirrorctl({"check", "/no/such.json"}).status, 66);
 }
 
 TEST(MirrorctlCheck, TellsAddressesThatNoLightCanHave) {
@@ -207,12 +210,6 @@ TEST(MirrorctlCheck, NamesComments) {
                             "    To fix it: remove the comments.\n"});
     }
     EXPECT_FALSE(contains(check("{\"a\":/1}").out, "comment"));
-}
-
-TEST(MirrorctlCheck, TellsAddressesThatAreNone) {
-    EXPECT_EQ(check(lightsText(5, "a lamp", 3)).status, 68);
-    EXPECT_EQ(check(lightsText(5, "a lamp", 3), {"--strict"}).status, 68);
-    EXPECT_EQ(mirrorctl({"check", "/no/such.json"}).status, 66);
 }
 
 TEST_F(MirrorctlCheckOnScreen, ComparesWithTheDisplayThatIsThere) {

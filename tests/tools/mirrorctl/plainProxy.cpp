@@ -39,6 +39,11 @@ struct Pair {
     int server;
 };
 
+void closeBoth(const Pair &pair) {
+    close(pair.client);
+    close(pair.server);
+}
+
 // False when one side has ended.
 bool pass(int from, int to) {
     char bytes[65536];
@@ -79,6 +84,7 @@ PlainProxy::~PlainProxy() {
 
 // The proxy's thread.
 void PlainProxy::serve() {
+    const Address address = abstractAddress(serverPath);
     std::vector<Pair> pairs;
     for (;;) {
         std::vector<pollfd> waiting = {{wakeUp[1], POLLIN, 0}, {listener, POLLIN, 0}};
@@ -87,36 +93,28 @@ void PlainProxy::serve() {
             waiting.push_back({pair.server, POLLIN, 0});
         }
         poll(waiting.data(), waiting.size(), -1);
-        std::vector<Pair> kept;
-        for (std::size_t i = 0; i < pairs.size(); ++i) {
-            const Pair &pair = pairs[i];
-            const bool goesOn =
-                waiting[0].revents == 0 &&
-                (waiting[2 + 2 * i].revents == 0 || pass(pair.client, pair.server)) &&
-                (waiting[3 + 2 * i].revents == 0 || pass(pair.server, pair.client));
-            if (goesOn) {
-                kept.push_back(pair);
-                continue;
-            }
-            close(pair.client);
-            close(pair.server);
-        }
-        pairs = kept;
         if (waiting[0].revents != 0)
-            return;
+            break;
+        auto next = waiting.begin() + 2;
+        std::erase_if(pairs, [&next](const Pair &pair) {
+            const bool hasClientEnded = next++->revents != 0 && !pass(pair.client, pair.server);
+            const bool hasServerEnded = next++->revents != 0 && !pass(pair.server, pair.client);
+            if (hasClientEnded || hasServerEnded)
+                closeBoth(pair);
+            return hasClientEnded || hasServerEnded;
+        });
         if (waiting[1].revents == 0)
             continue;
         const Pair pair{accept4(listener, nullptr, nullptr, SOCK_CLOEXEC),
                         socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0)};
-        const Address address = abstractAddress(serverPath);
         if (connect(pair.server, reinterpret_cast<const sockaddr *>(&address.name),
-                    address.length) == 0) {
+                    address.length) == 0)
             pairs.push_back(pair);
-        } else {
-            close(pair.client);
-            close(pair.server);
-        }
+        else
+            closeBoth(pair);
     }
+    for (const Pair &pair : pairs)
+        closeBoth(pair);
 }
 
 } // namespace test

@@ -81,16 +81,18 @@ TEST_F(PanelwallWebProgram, APortInUseIsNamed) {
     Process wall = start({writeOnePanel("127.0.71.32"), "--web", "0"});
     const std::string port = std::to_string(addressOf(wall).port);
     expectErrors(run({writeOnePanel("127.0.71.33"), "--web", port}), 8,
-                 {"port " + port + " is in use; "});
+                 {"port " + port + " is in use; ", "--web PORT"});
 }
 
-TEST_F(PanelwallWebProgram, SaysWhatIsNoPort) {
+TEST_F(PanelwallWebProgram, SaysWhatIsNoPortOrAddress) {
     const auto config = writeOnePanel("127.0.71.34");
     for (const char *port : {"65536", "-1", "80a", "wall.json"})
         expectErrors(run({config, std::string("--web=") + port}), 2,
                      {"not a port from 0 to 65535"});
     expectErrors(run({config, "--web", "0", "--web-address", "localhost"}), 8,
                  {"write an address such as 127.0.0.1"});
+    expectErrors(run({config, "--web", "0", "--web-address", "192.0.2.1"}), 8,
+                 {"this machine has no such address"});
 }
 
 TEST_F(PanelwallWebProgram, ServesAReplayAndStaysAfterItsEnd) {

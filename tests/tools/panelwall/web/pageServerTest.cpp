@@ -142,20 +142,6 @@ TEST_F(PanelwallPageServer, TellsReadersTheGreetingAndThenTheNewest) {
     ASSERT_TRUE(client.waitFor("data: two\n\n"));
 }
 
-TEST_F(PanelwallPageServer, SharesItsPortWithNobody) {
-    PageServer second(feed, picture);
-    const std::string reason = second.open("127.0.0.1", port);
-    EXPECT_TRUE(contains(reason, "port " + std::to_string(port) + " is in use; "));
-    EXPECT_TRUE(contains(reason, "--web PORT"));
-}
-
-TEST_F(PanelwallPageServer, SaysWhatIsWrongWithAnAddress) {
-    PageServer second(feed, picture);
-    EXPECT_TRUE(contains(second.open("localhost", 0), "write an address such as 127.0.0.1"));
-    PageServer third(feed, picture);
-    EXPECT_TRUE(contains(third.open("192.0.2.1", 0), "this machine has no such address"));
-}
-
 TEST_F(PanelwallPageServer, SaysWhyThereIsNoPicture) {
     unsetenv("DISPLAY");
     const std::string answer = get(port, root + "screen.png");
