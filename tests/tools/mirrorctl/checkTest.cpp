@@ -9,6 +9,8 @@ using test::mirrorctl;
 
 namespace {
 
+const Ending fine{0, "standard input: fine.\n", ""};
+
 // Without any display.
 Ending check(const std::string &text, std::vector<std::string> arguments = {}) {
     arguments.insert(arguments.begin(), {"check", "-"});
@@ -73,12 +75,9 @@ TEST(MirrorctlCheck, CountsWarningsAsFaultsOnlyWhenTold) {
     EXPECT_EQ(check(odd, {"--screen", "640x480"}).status, 0);
     EXPECT_EQ(check(odd, {"--screen", "640x480", "--strict"}).status, 65);
     // A caution is no fault.
-    const Ending match =
-        check(lightsText(5, "127.0.58.60", 0), {"--screen", "640x480", "--strict"});
-    EXPECT_EQ(match.status, 0);
-    const Ending good = check(lightsText(5, "127.0.58.60", 3), {"--screen", "640x480"});
-    EXPECT_EQ(good.status, 0);
-    EXPECT_EQ(good.out, "standard input: fine.\n");
+    const std::string match = lightsText(5, "127.0.58.60", 0);
+    EXPECT_EQ(check(match, {"--screen", "640x480", "--strict"}).status, 0);
+    EXPECT_EQ(check(lightsText(5, "127.0.58.60", 3), {"--screen", "640x480"}), fine);
 }
 
 TEST(MirrorctlCheck, SaysFineBeforeAnyCaution) {
@@ -97,15 +96,15 @@ TEST(MirrorctlCheck, SaysFineBeforeAnyCaution) {
 // What a run refuses is an error, with the status that the run would end with.
 TEST(MirrorctlCheck, RefusesModesThatDoNotExist) {
     for (const int mode : {-1, 4}) {
-        const Ending ending = check(lightsText(5, "127.0.58.60", mode), {"--screen", "640x480"});
-        EXPECT_EQ(ending.status, 65);
-        EXPECT_EQ(ending.out,
-                  "standard input:1:18: error: /mode: expected 0 (match), 1 (melt), 2 (fade) or 3 "
-                  "(palette), found " +
-                      std::to_string(mode) +
-                      "; a run in any other mode ends at once.\n"
-                      "    To fix it: choose one of these four.\n"
-                      "standard input: 1 error, 0 warnings.\n");
+        const std::string report =
+            "standard input:1:18: error: /mode: expected 0 (match), 1 (melt), 2 (fade) or 3 "
+            "(palette), found " +
+            std::to_string(mode) +
+            "; a run in any other mode ends at once.\n"
+            "    To fix it: choose one of these four.\n"
+            "standard input: 1 error, 0 warnings.\n";
+        EXPECT_EQ(check(lightsText(5, "127.0.58.60", mode), {"--screen", "640x480"}),
+                  (Ending{65, report, ""}));
     }
 }
 
@@ -121,15 +120,15 @@ TEST_F(MirrorctlCheckOnScreen, LooksForTheDisplay) {
         std::to_string(display) + " (640 x 480); found " + std::to_string(display + 1) +
         ".\n"
         "    To fix it: choose one of them; no other is ever taken in its place.\n";
-    EXPECT_EQ(look(display, {}).out, "standard input: fine.\n");
-    EXPECT_EQ(look(display, {"--display"}).out, "standard input: fine.\n");
+    EXPECT_EQ(look(display, {}), fine);
+    EXPECT_EQ(look(display, {"--display"}), fine);
     const Ending other = look(display + 1, {});
     EXPECT_EQ(other.status, 69);
     EXPECT_EQ(other.out, missing + "standard input: 1 error, 0 warnings.\n"
                                    "The panels' places were not checked; --screen names the "
                                    "display's size.\n");
     EXPECT_EQ(look(display + 1, {"--no-display"}).status, 0);
-    EXPECT_EQ(look(display + 1, {"--screen", "640x480"}).out, "standard input: fine.\n");
+    EXPECT_EQ(look(display + 1, {"--screen", "640x480"}), fine);
     EXPECT_EQ(look(display + 1, {"--screen", "640x480", "--display"}).out,
               missing + "standard input: 1 error, 0 warnings.\n");
 }
@@ -187,8 +186,7 @@ TEST(MirrorctlCheck, TellsAddressesThatNoLightCanHave) {
                            {"error: /devices/0/ip: ", one.words, one.remedy,
                             "found \"" + std::string(one.ip) + "\""});
     for (const char *ip : {"223.255.255.255", "240.0.0.1", "192.168.1.255", "fd00::1", "fe00::1"})
-        EXPECT_EQ(check(lightsText(5, ip, 3), {"--screen", "640x480"}).out,
-                  "standard input: fine.\n");
+        EXPECT_EQ(check(lightsText(5, ip, 3), {"--screen", "640x480"}), fine) << ip;
     EXPECT_TRUE(contains(check(lightsText(5, "fe80::1", 3)).out,
                          "warning: /devices/0/ip: found the link-local address fe80::1, which does "
                          "not say on which network interface the light is"));

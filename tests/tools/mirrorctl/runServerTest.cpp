@@ -3,6 +3,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <memory>
 #include <optional>
 
 using test::contains;
