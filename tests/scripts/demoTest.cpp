@@ -8,7 +8,6 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <poll.h>
-#include <regex>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -35,19 +34,6 @@ static std::vector<std::string> running() {
             commands.push_back(fileText(process.path() / "cmdline"));
     }
     return commands;
-}
-
-// The page's port and path, from a text with its address.
-struct Page {
-    int port = 0;
-    std::string path;
-};
-
-static Page pageIn(const std::string &text) {
-    std::smatch found;
-    if (!std::regex_search(text, found, std::regex("http://127\\.0\\.0\\.1:(\\d+)(/[\\w-]{22}/)")))
-        return {};
-    return {std::stoi(found[1]), found[2]};
 }
 
 class Demo : public testing::Test {
@@ -79,8 +65,8 @@ protected:
 TEST_F(Demo, ShowsThePagesAddressAndLeavesNothingRunningOnCtrlC) {
     Process demo({"/bin/sh", DEMO, "match"}, {.terminal = test::TerminalSize{100, 40}});
     demo.waitFor("15/15 lit");
-    const Page page = pageIn(demo.out());
-    EXPECT_EQ(statusOf(get(page.port, page.path)), 200) << demo.out();
+    const PageAddress page = addressIn(demo.out());
+    EXPECT_EQ(statusOf(get(page.port, page.root)), 200) << demo.out();
     interrupt(demo);
     EXPECT_THROW(HttpClient(page.port), std::runtime_error);
 }
@@ -97,9 +83,9 @@ TEST_F(Demo, OpensThePageWhereThereIsADesktop) {
         poll(nullptr, 0, 10);
     // Others can see what it is asked for, so that is a file, and the address in it.
     const std::string link = fileText(asked);
-    const Page page = pageIn(fileText(link.substr(0, link.find('\n'))));
-    EXPECT_EQ(statusOf(get(page.port, page.path)), 200) << link;
-    EXPECT_EQ(link.find(page.path), std::string::npos) << link;
+    const PageAddress page = addressIn(fileText(link.substr(0, link.find('\n'))));
+    EXPECT_EQ(statusOf(get(page.port, page.root)), 200) << link;
+    EXPECT_EQ(link.find(page.root), std::string::npos) << link;
     demo.type("\x03");
     EXPECT_EQ(demo.finish().status, 130);
 }

@@ -5,37 +5,22 @@
 
 using namespace test;
 
-// The address of a page.
-struct Address {
-    int port = 0;
-    std::string root; // "/TOKEN/"
-};
+using PanelwallWebProgram = WallTest;
 
-class PanelwallWebProgram : public WallTest {
-protected:
-    // Waits until the wall has printed it.
-    static Address addressOf(Process &wall) {
-        const std::string before = "live page: http://127.0.0.1:";
-        wall.waitFor(before);
-        wall.waitFor("/\n", wall.out().find(before));
-        const auto begin = wall.out().find(before) + before.size();
-        const auto root = wall.out().find('/', begin);
-        return {std::stoi(wall.out().substr(begin)),
-                wall.out().substr(root, wall.out().find('\n', begin) - root)};
-    }
-
-    // Begins to read the page's events.
-    static void beginReading(HttpClient &reader, const Address &page) {
-        reader.send("GET " + page.root + "events HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n");
-    }
-};
+// Waits until the wall has printed its page's address.
+static PageAddress addressOf(Process &wall) {
+    const std::string before = "live page: ";
+    wall.waitFor(before);
+    wall.waitFor("/\n", wall.out().find(before));
+    return addressIn(wall.out());
+}
 
 TEST_F(PanelwallWebProgram, TellsItsReadersWhatArrives) {
     const auto config = writeConfig({deviceText("127.0.71.30", 2, {{1, 100, 100}, {2, 300, 100}})});
     Process wall = start({config, "--size", "640x480", "--web", "0"});
-    const Address page = addressOf(wall);
+    const PageAddress page = addressOf(wall);
     HttpClient reader(page.port);
-    beginReading(reader, page);
+    EXPECT_TRUE(reader.readEvents(page.root));
     reader.waitFor("\"sent\":\"------------\"");
     EXPECT_TRUE(contains(reader.answer, "\"width\":640,\"height\":480,\"sizeFrom\":\"given\""));
     EXPECT_TRUE(contains(reader.answer, "\"panels\":[[1,100,100],[2,300,100]]"));
@@ -43,7 +28,7 @@ TEST_F(PanelwallWebProgram, TellsItsReadersWhatArrives) {
     reader.waitFor("\"sent\":\"------0a141e\"");
     // Whoever comes later is told what came before.
     HttpClient later(page.port);
-    beginReading(later, page);
+    EXPECT_TRUE(later.readEvents(page.root));
     later.waitFor("event: past");
     later.waitFor(",\"------0a141e\"]]");
     end(wall);
@@ -64,7 +49,7 @@ TEST_F(PanelwallWebProgram, WritesALinkThatOthersCannotRead) {
     const auto link = folder.write("page.html", "something older");
     chmod(link.c_str(), 0644);
     Process wall = start({config, "--web", "0", "--web-link", link});
-    const Address page = addressOf(wall);
+    const PageAddress page = addressOf(wall);
     EXPECT_EQ(fileText(link), "<!doctype html><meta http-equiv=\"refresh\" content=\"0; "
                               "url=http://127.0.0.1:" +
                                   std::to_string(page.port) + page.root + "\">\n");
@@ -106,9 +91,9 @@ TEST_F(PanelwallWebProgram, ServesAReplayAndStaysAfterItsEnd) {
     }
     Process wall = start({"--replay", recording, "--web", "0"});
     wall.waitFor("1/1 lit"); // a second after the recording's end
-    const Address page = addressOf(wall);
+    const PageAddress page = addressOf(wall);
     HttpClient reader(page.port);
-    beginReading(reader, page);
+    EXPECT_TRUE(reader.readEvents(page.root));
     reader.waitFor("\"sent\":\"0a141e\"");
     EXPECT_TRUE(
         contains(reader.answer, "The recording has a pause here, or has been played to its end."));
@@ -117,7 +102,7 @@ TEST_F(PanelwallWebProgram, ServesAReplayAndStaysAfterItsEnd) {
 
 TEST_F(PanelwallWebProgram, OnAllAddressesNamesOneToGoTo) {
     Process wall = start({writeOnePanel("127.0.71.36"), "--web", "0", "--web-address", "0.0.0.0"});
-    const Address page = addressOf(wall);
+    const PageAddress page = addressOf(wall);
     EXPECT_EQ(statusOf(get(page.port, page.root)), 200);
     EXPECT_EQ(statusOf(get(page.port, "/")), 404);
     end(wall);

@@ -3,6 +3,7 @@
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <poll.h>
+#include <regex>
 #include <stdexcept>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -52,6 +53,11 @@ bool HttpClient::readMore(SteadyClock::time_point deadline, bool &ended) {
     return !ended;
 }
 
+bool HttpClient::readEvents(const std::string &root) {
+    send("GET " + root + "events HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n");
+    return waitFor("Content-Type: text/event-stream");
+}
+
 bool HttpClient::waitFor(const std::string &text) {
     const auto deadline = SteadyClock::now() + patience;
     bool ended = false;
@@ -67,6 +73,14 @@ bool HttpClient::waitEnd(std::chrono::milliseconds limit) {
     while (readMore(deadline, ended)) {
     }
     return ended;
+}
+
+PageAddress addressIn(const std::string &text) {
+    static const std::regex address("http://127\\.0\\.0\\.1:(\\d+)(/[\\w-]{22}/)");
+    std::smatch found;
+    if (!std::regex_search(text, found, address))
+        return {};
+    return {std::stoi(found[1]), found[2]};
 }
 
 std::string get(int port, const std::string &path, const std::string &host,

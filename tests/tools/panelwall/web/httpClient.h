@@ -1,4 +1,4 @@
-// A client that sends any bytes to the page's server.
+// A client that sends any bytes to the page's server, and the address of that.
 #pragma once
 
 #include <chrono>
@@ -17,6 +17,9 @@ public:
     // False when the server takes no more.
     bool send(const std::string &bytes);
 
+    // Begins to read the events of a page; false when they do not begin.
+    bool readEvents(const std::string &root);
+
     // Reads until the answer holds `text`; false when it ends or half a minute passes before.
     bool waitFor(const std::string &text);
 
@@ -30,6 +33,15 @@ private:
 
     int fd = -1;
 };
+
+// Where a page is.
+struct PageAddress {
+    int port = 0;     // 0: nowhere
+    std::string root; // "/TOKEN/"
+};
+
+// The first one in a text.
+PageAddress addressIn(const std::string &text);
 
 // A whole answer to a GET request with this Host header value and further header lines.
 std::string get(int port, const std::string &path, const std::string &host = "127.0.0.1",

@@ -28,20 +28,13 @@ protected:
     void SetUp() override {
         server = std::make_unique<PageServer>(feed, picture);
         ASSERT_EQ(server->open("127.0.0.1", 0), "");
-        const std::string url = server->url();
-        const auto colon = url.rfind(':');
-        port = std::stoi(url.substr(colon + 1));
-        root = url.substr(url.find('/', colon));
+        const test::PageAddress address = test::addressIn(server->url());
+        port = address.port;
+        root = address.root;
     }
 
     // That the server still does its work.
     void expectServes() { EXPECT_EQ(statusOf(get(port, root)), 200); }
-
-    // Begins to read the feed, and waits for the answer to begin.
-    void beginReading(HttpClient &client) {
-        client.send("GET " + root + "events HTTP/1.1\r\nHost: 127.0.0.1\r\n\r\n");
-        ASSERT_TRUE(client.waitFor("Content-Type: text/event-stream"));
-    }
 
     // Greets the reader that is about to come.
     void greet(const std::string &text) {
@@ -133,7 +126,7 @@ TEST_F(PanelwallPageServer, RefusesWhatIsNotForIt) {
 
 TEST_F(PanelwallPageServer, TellsReadersTheGreetingAndThenTheNewest) {
     HttpClient client(port);
-    beginReading(client);
+    ASSERT_TRUE(client.readEvents(root));
     greet("data: hello\n\n");
     ASSERT_TRUE(client.waitFor("data: hello\n\n"));
     feed.publish("data: one\n\n");
@@ -158,6 +151,7 @@ TEST_F(PanelwallPageServer, SurvivesAnyBytes) {
     while (ranges.size() < 8000)
         ranges += ",0-";
     const std::string host = "Host: 127.0.0.1\r\n";
+    const std::string head = "GET " + root + " HTTP/1.1\r\n" + host;
     const std::string requests[] = {
         "\r\n\r\n",
         "GET\r\n\r\n",
@@ -166,14 +160,12 @@ TEST_F(PanelwallPageServer, SurvivesAnyBytes) {
         std::string(100000, 'x'),
         "GET " + root + std::string(100000, 'x') + " HTTP/1.1\r\n" + host + "\r\n",
         "GET " + root + std::string(7000, '%') + " HTTP/1.1\r\n" + host + "\r\n",
-        "GET " + root + " HTTP/1.1\r\n" + host + "X: " + std::string(1000000, 'x') + "\r\n\r\n",
-        "GET " + root + " HTTP/1.1\r\n" + host + ranges + "\r\n\r\n",
-        "GET " + root + " HTTP/1.1\r\n" + host + "Range: bytes=" + std::string(8000, '1') +
-            "-\r\n\r\n",
-        "GET " + root + " HTTP/1.1\r\n" + host + "Range: bytes=99999999999999999999999-\r\n\r\n",
-        "GET " + root + " HTTP/1.1\r\n" + host + "Content-Length: -1\r\n\r\n",
-        "GET " + root + " HTTP/1.1\r\n" + host +
-            "Transfer-Encoding: chunked\r\n\r\nffffffffffffffff\r\n",
+        head + "X: " + std::string(1000000, 'x') + "\r\n\r\n",
+        head + ranges + "\r\n\r\n",
+        head + "Range: bytes=" + std::string(8000, '1') + "-\r\n\r\n",
+        head + "Range: bytes=99999999999999999999999-\r\n\r\n",
+        head + "Content-Length: -1\r\n\r\n",
+        head + "Transfer-Encoding: chunked\r\n\r\nffffffffffffffff\r\n",
         "POST " + root + " HTTP/1.1\r\n" + host +
             "Transfer-Encoding: chunked\r\n\r\nffffffffffffffff\r\n",
         "GET http://[::1/ HTTP/9.9\r\n" + host + "\r\n",
@@ -185,7 +177,7 @@ TEST_F(PanelwallPageServer, SurvivesAnyBytes) {
         EXPECT_TRUE(client.waitEnd()) << request.substr(0, 60);
         EXPECT_LT(client.answer.size(), 100000u) << request.substr(0, 60);
     }
-    std::string lines = "GET " + root + " HTTP/1.1\r\n" + host;
+    std::string lines = head;
     for (int i = 0; i < 100000; ++i)
         lines += "A: b\r\n";
     HttpClient client(port);
@@ -236,14 +228,14 @@ TEST_F(PanelwallPageServer, AFloodOfConnectionsCostsNoMoreThanItsLimit) {
 TEST_F(PanelwallPageServer, ServesSoManyReadersAndSaysSoToMore) {
     const Clients readers = open(PageServer::mostReaders);
     for (const auto &reader : readers)
-        beginReading(*reader);
+        ASSERT_TRUE(reader->readEvents(root));
     EXPECT_EQ(statusOf(get(port, root + "events")), 503);
     expectServes();
 }
 
 TEST_F(PanelwallPageServer, DropsReadersThatDoNotRead) {
     HttpClient client(port);
-    beginReading(client);
+    ASSERT_TRUE(client.readEvents(root));
     greet("hello");
     // More than any buffer between the two ends holds.
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
@@ -257,7 +249,7 @@ TEST_F(PanelwallPageServer, DropsReadersThatDoNotRead) {
 
 TEST_F(PanelwallPageServer, StopsAtOnceWhateverIsOpen) {
     HttpClient reader(port);
-    beginReading(reader);
+    ASSERT_TRUE(reader.readEvents(root));
     HttpClient halfway(port);
     halfway.send("GET / HT");
     const HttpClient idle(port);

@@ -86,10 +86,8 @@ TEST(PanelwallScreenPicture, IsServedToThoseWhoKnowTheAddress) {
     ScreenPicture picture(onlyDisplay());
     PageServer server(feed, picture);
     ASSERT_EQ(server.open("127.0.0.1", 0), "");
-    const std::string url = server.url();
-    const auto colon = url.rfind(':');
-    const std::string answer = test::get(std::stoi(url.substr(colon + 1)),
-                                         url.substr(url.find('/', colon)) + "screen.png");
+    const test::PageAddress address = test::addressIn(server.url());
+    const std::string answer = test::get(address.port, address.root + "screen.png");
     EXPECT_EQ(test::statusOf(answer), 200);
     EXPECT_TRUE(test::contains(answer, "X-Screen-Size: 64x48"));
     EXPECT_EQ(decode(answer.substr(answer.find("\r\n\r\n") + 4)).at(5, 5), 0x445566u);
