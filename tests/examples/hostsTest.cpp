@@ -118,6 +118,9 @@ protected:
 constexpr int width = 480;
 constexpr int height = 300;
 
+// Within them the screen is drawn on, captured and sent, also by a busy machine.
+constexpr const char *runSeconds = "4";
+
 void drawHalves(test::VirtualScreen &screen) {
     screen.fill(0xff0000);
     screen.fillRect(245, 0, width - 245, height, 0x0000ff);
@@ -139,7 +142,7 @@ TEST_P(HostTest, MirrorsTheFirstDisplay) {
     screen.use();
     const std::string address = lightOf("127.0.76.");
     test::LightReceiver light(address, 60222);
-    test::Process host = run({address, "2"});
+    test::Process host = run({address, runSeconds});
     host.waitFor(" onto " + address + "\n");
     EXPECT_TRUE(test::contains(host.out(), ": 480 x 300\n"));
 
@@ -162,7 +165,7 @@ TEST_P(HostTest, GoesOnWhenAPipeBreaksInMidRun) {
     screen.use();
     const std::string address = lightOf("127.0.76.1");
     test::LightReceiver light(address, 60222);
-    test::Process host = run({address, "1"});
+    test::Process host = run({address, runSeconds});
     host.waitFor(" onto " + address + "\n");
     host.closeOutput();
     drawHalves(screen);

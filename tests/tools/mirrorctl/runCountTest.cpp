@@ -75,9 +75,9 @@ TEST_F(MirrorctlRunCount, ShowsSignsOfLifeInPaletteMode) {
     };
     for (int report = 0; report < 30 && !showsSign(); ++report)
         program.waitFor("\"running\"", program.out().size());
-    EXPECT_TRUE(showsSign()) << program.out();
     program.signal(SIGINT);
-    EXPECT_EQ(program.finish().status, 0);
+    const auto lines = jsonLines(program.finish().out);
+    EXPECT_GE(lines.back()["signsOfLife"].GetUint(), 1u) << program.out();
 }
 
 TEST_F(MirrorctlRunCount, HandsOverTheDocumentAsItIsWhenTold) {
