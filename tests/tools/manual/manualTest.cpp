@@ -6,7 +6,6 @@
 #include <gtest/gtest.h>
 #include <regex>
 #include <set>
-#include <sstream>
 
 using test::Ending;
 using test::fileText;
@@ -62,16 +61,11 @@ std::string section(const std::string &source, const std::string &head) {
 
 // What bash offers to complete the words' last one.
 Words offeredByBash(const std::string &program, const std::string &words) {
-    std::istringstream list(shell("bash --norc -c 'source " COMPLETIONS + program +
-                                  ".bash; COMP_WORDS=(" + words +
-                                  "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _" + program +
-                                  "; printf \"%s\\n\" \"${COMPREPLY[@]}\"'")
-                                .out);
-    Words offered;
-    for (std::string line; std::getline(list, line);)
-        if (!line.empty())
-            offered.insert(line);
-    return offered;
+    const Ending list =
+        shell("bash --norc -c 'source " COMPLETIONS + program + ".bash; COMP_WORDS=(" + words +
+              "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _" + program +
+              "; printf \"%s\\n\" \"${COMPREPLY[@]}\"'");
+    return matches(list.out, std::regex("([^\n]+)"));
 }
 
 // What zsh's function names as options, with the functions that it builds on replaced by ones that

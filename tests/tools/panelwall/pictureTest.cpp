@@ -32,6 +32,11 @@ static std::uint32_t rgb(Colour colour) {
     return static_cast<std::uint32_t>(colour.red << 16 | colour.green << 8 | colour.blue);
 }
 
+static void expectSize(Size size, int width, int height) {
+    EXPECT_EQ(size.width, width);
+    EXPECT_EQ(size.height, height);
+}
+
 TEST(PanelwallPicture, FileHoldsEveryPanelAtItsPlaceAndSize) {
     const Wall wall = makeWall(1.0, {{100, 100}, {300, 150}, {500, 250}}, 2);
     const test::Folder folder;
@@ -126,27 +131,15 @@ TEST(PanelwallPicture, HollowIsToldFromBlack) {
 
 TEST(PanelwallPicture, ScreenIsGivenOrDerived) {
     const Wall wall = makeWall(1.0, {{100, 100}, {500, 250}}, 0);
-    const Size given = screenSize(wall, Size{1920, 1080});
-    EXPECT_EQ(given.width, 1920);
-    EXPECT_EQ(given.height, 1080);
-    const Size derived = screenSize(wall, std::nullopt);
-    EXPECT_EQ(derived.width, 550);
-    EXPECT_EQ(derived.height, 300);
-    const Size empty = screenSize(makeWall(1.0, {}, 0), std::nullopt);
-    EXPECT_EQ(empty.width, 1920);
-    EXPECT_EQ(empty.height, 1080);
+    expectSize(screenSize(wall, Size{1920, 1080}), 1920, 1080);
+    expectSize(screenSize(wall, std::nullopt), 550, 300);
+    expectSize(screenSize(makeWall(1.0, {}, 0), std::nullopt), 1920, 1080);
 }
 
 TEST(PanelwallPicture, FitsIntoTheRoomInTheScreensShape) {
-    const Size wide = fitInto({1920, 1080}, {78, 100});
-    EXPECT_EQ(wide.width, 78);
-    EXPECT_EQ(wide.height, 44);
-    const Size tall = fitInto({1000, 2000}, {300, 100});
-    EXPECT_EQ(tall.width, 50);
-    EXPECT_EQ(tall.height, 100);
-    const Size tiny = fitInto({32768, 1}, {10, 10});
-    EXPECT_EQ(tiny.width, 10);
-    EXPECT_EQ(tiny.height, 1);
+    expectSize(fitInto({1920, 1080}, {78, 100}), 78, 44);
+    expectSize(fitInto({1000, 2000}, {300, 100}), 50, 100);
+    expectSize(fitInto({32768, 1}, {10, 10}), 10, 1);
 }
 
 TEST(PanelwallPicture, ReplacesAnEarlierFile) {
