@@ -4,6 +4,7 @@
 #include "tests/tools/config/libraryReading.h"
 #include "tools/config/tree.h"
 
+#include <cctype>
 #include <gtest/gtest.h>
 #include <rapidjson/schema.h>
 #include <set>
