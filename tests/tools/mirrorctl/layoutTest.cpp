@@ -19,8 +19,10 @@ LayoutPlan plan(const std::string &shape, config::ScreenSize screen = {1920, 108
     return made;
 }
 
-std::vector<std::pair<int, int>> places(const config::Document &document) {
-    std::vector<std::pair<int, int>> list;
+using Places = std::vector<std::pair<int, int>>;
+
+Places places(const config::Document &document) {
+    Places list;
     for (const auto &device : document.devices)
         for (const auto &panel : device.panels)
             list.emplace_back(panel.centroidX, panel.centroidY);
@@ -47,9 +49,8 @@ TEST(MirrorctlLayout, UnderstandsShapes) {
 
 TEST(MirrorctlLayout, FillsTheScreenWithAGrid) {
     const auto document = layOut(plan("2x3", {600, 400}));
-    EXPECT_EQ(places(document),
-              (std::vector<std::pair<int, int>>{
-                  {100, 100}, {300, 100}, {500, 100}, {100, 300}, {300, 300}, {500, 300}}));
+    const Places rows = {{100, 100}, {300, 100}, {500, 100}, {100, 300}, {300, 300}, {500, 300}};
+    EXPECT_EQ(places(document), rows);
     EXPECT_EQ(document.displayID, 5);
     EXPECT_NEAR(lights::halfSide(document.devices[0]), 100.0, 0.1);
 }
@@ -57,14 +58,9 @@ TEST(MirrorctlLayout, FillsTheScreenWithAGrid) {
 TEST(MirrorctlLayout, GoesAroundTheEdgesClockwise) {
     // Eight squares of side 100 around 300 x 300.
     const auto document = layOut(plan("strip:8", {300, 300}));
-    EXPECT_EQ(places(document), (std::vector<std::pair<int, int>>{{100, 50},
-                                                                  {200, 50},
-                                                                  {250, 100},
-                                                                  {250, 200},
-                                                                  {200, 250},
-                                                                  {100, 250},
-                                                                  {50, 200},
-                                                                  {50, 100}}));
+    const Places clockwise = {{100, 50},  {200, 50},  {250, 100}, {250, 200},
+                              {200, 250}, {100, 250}, {50, 200},  {50, 100}};
+    EXPECT_EQ(places(document), clockwise);
     EXPECT_NEAR(lights::halfSide(document.devices[0]), 50.0, 0.1);
 }
 
