@@ -2,7 +2,6 @@
 
 #include "tools/lights/text.h"
 
-#include <algorithm>
 #include <arpa/inet.h>
 
 namespace lights {
@@ -51,19 +50,13 @@ static bool isAddress(const std::string &text, int family) {
 
 // The address in front of a port, or in brackets, or both; empty when there is none of this.
 static std::string withoutPort(const std::string &text) {
-    const auto colon = text.rfind(':');
-    const bool hasPort = colon != std::string::npos &&
-                         std::all_of(text.begin() + static_cast<long>(colon) + 1, text.end(),
-                                     [](char c) { return c >= '0' && c <= '9'; });
-    if (!text.starts_with('['))
-        return hasPort && isAddress(text.substr(0, colon), AF_INET) ? text.substr(0, colon)
-                                                                    : std::string();
-    const auto bracket = text.find(']');
-    const bool endsThere = bracket + 1 == text.size() || (hasPort && bracket + 1 == colon);
-    if (bracket == std::string::npos || !endsThere)
-        return {};
-    const std::string inside = text.substr(1, bracket - 1);
-    return isAddress(inside, AF_INET6) ? inside : std::string();
+    const auto colon = text.find_last_not_of("0123456789");
+    const bool hasPort = colon != std::string::npos && text[colon] == ':';
+    std::string address = hasPort ? text.substr(0, colon) : text;
+    const bool hasBrackets = address.starts_with('[') && address.ends_with(']');
+    if (hasBrackets)
+        address = address.substr(1, address.size() - 2);
+    return isAddress(address, hasBrackets ? AF_INET6 : AF_INET) ? address : std::string();
 }
 
 // What the address stands for instead of one host; null when it is one host's.

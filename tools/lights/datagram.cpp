@@ -4,26 +4,21 @@ namespace lights {
 
 namespace {
 
-// Where things stand in a layout. Offsets count from a record's first byte.
-struct Format {
-    std::size_t headerSize;
-    std::size_t recordSize;
-    std::size_t redOffset;
-    std::size_t transitionOffset;
-    std::size_t numberSize; // of counts, identifiers and transition times; big-endian
-    bool hasFrameCount;     // the byte after the identifier
-};
+// From a record's first byte.
+constexpr std::size_t redOffset = 2;
+constexpr std::size_t transitionOffset = 6;
 
-constexpr Format narrowFormat{1, 7, 2, 6, 1, true};
-constexpr Format wideFormat{2, 8, 2, 6, 2, false};
-
-const Format &formatOf(Layout layout) {
-    return layout == Layout::Narrow ? narrowFormat : wideFormat;
+// Of counts, identifiers and transition times, in bytes; big-endian. The header is a count.
+std::size_t numberSize(Layout layout) {
+    return layout == Layout::Narrow ? 1 : 2;
 }
 
-std::uint16_t readNumber(const Format &format, std::span<const std::uint8_t> bytes,
-                         std::size_t offset) {
-    if (format.numberSize == 1)
+std::size_t recordSize(Layout layout) {
+    return transitionOffset + numberSize(layout);
+}
+
+std::uint16_t readNumber(Layout layout, std::span<const std::uint8_t> bytes, std::size_t offset) {
+    if (layout == Layout::Narrow)
         return bytes[offset];
     return static_cast<std::uint16_t>(bytes[offset] << 8 | bytes[offset + 1]);
 }
@@ -34,16 +29,16 @@ std::string inRecord(std::size_t index, const std::string &text) {
 
 // The count holds only the low bits of the number of records, so the length decides how many there
 // are and the count must agree with it.
-std::string findLengthProblem(const Format &format, std::span<const std::uint8_t> bytes) {
+std::string findLengthProblem(Layout layout, std::span<const std::uint8_t> bytes) {
     const std::string length = std::to_string(bytes.size()) + " bytes";
-    if (bytes.size() < format.headerSize)
+    if (bytes.size() < datagramSize(layout, 0))
         return length + ", too short for the panel count";
-    const std::size_t rest = bytes.size() - format.headerSize;
-    const std::size_t mask = format.numberSize == 1 ? 0xff : 0xffff;
-    const std::size_t count = readNumber(format, bytes, 0);
-    if (rest % format.recordSize != 0 || ((rest / format.recordSize) & mask) != count)
+    const std::size_t records = (bytes.size() - datagramSize(layout, 0)) / recordSize(layout);
+    const std::size_t mask = layout == Layout::Narrow ? 0xff : 0xffff;
+    const std::size_t count = readNumber(layout, bytes, 0);
+    if (bytes.size() != datagramSize(layout, records) || (records & mask) != count)
         return length + ", but a panel count of " + std::to_string(count) + " needs " +
-               std::to_string(format.headerSize + format.recordSize * count);
+               std::to_string(datagramSize(layout, count));
     return {};
 }
 
@@ -58,43 +53,35 @@ std::uint16_t wireId(Layout layout, std::int32_t panelID) {
 }
 
 std::size_t datagramSize(Layout layout, std::size_t panels) {
-    return formatOf(layout).headerSize + formatOf(layout).recordSize * panels;
+    return numberSize(layout) + recordSize(layout) * panels;
 }
 
 std::size_t mostPanels(Layout layout) {
     constexpr std::size_t largestDatagram = 65507;
-    return layout == Layout::Narrow
-               ? 255
-               : (largestDatagram - wideFormat.headerSize) / wideFormat.recordSize;
+    return layout == Layout::Narrow ? 255
+                                    : (largestDatagram - numberSize(layout)) / recordSize(layout);
 }
 
 Decoding decode(Layout layout, std::span<const std::uint8_t> bytes) {
-    const Format &format = formatOf(layout);
+    if (const std::string problem = findLengthProblem(layout, bytes); !problem.empty())
+        return {{}, problem};
     Decoding decoding;
-    decoding.malformed = findLengthProblem(format, bytes);
-    if (!decoding.malformed.empty())
-        return decoding;
-
-    std::vector<Record> records;
-    records.reserve((bytes.size() - format.headerSize) / format.recordSize);
-    for (std::size_t at = format.headerSize; at < bytes.size(); at += format.recordSize) {
-        const auto fields = bytes.subspan(at, format.recordSize);
-        const auto *colour = fields.data() + format.redOffset;
-        if (format.hasFrameCount && fields[1] != 1) {
-            decoding.malformed =
-                inRecord(records.size(), "frame count " + std::to_string(fields[1]) + ", not 1");
-            return decoding;
-        }
-        if (colour[3] != 0) {
-            decoding.malformed =
-                inRecord(records.size(), "white " + std::to_string(colour[3]) + ", not 0");
-            return decoding;
-        }
-        records.push_back({readNumber(format, fields, 0),
+    std::vector<Record> &records = decoding.records;
+    records.reserve(bytes.size() / recordSize(layout));
+    for (std::size_t at = datagramSize(layout, 0); at < bytes.size(); at += recordSize(layout)) {
+        const auto fields = bytes.subspan(at, recordSize(layout));
+        const auto *colour = fields.data() + redOffset;
+        const auto refuse = [&](const std::string &problem) {
+            return Decoding{{}, inRecord(records.size(), problem)};
+        };
+        if (layout == Layout::Narrow && fields[1] != 1)
+            return refuse("frame count " + std::to_string(fields[1]) + ", not 1");
+        if (colour[3] != 0)
+            return refuse("white " + std::to_string(colour[3]) + ", not 0");
+        records.push_back({readNumber(layout, fields, 0),
                            {colour[0], colour[1], colour[2]},
-                           readNumber(format, fields, format.transitionOffset)});
+                           readNumber(layout, fields, transitionOffset)});
     }
-    decoding.records = std::move(records);
     return decoding;
 }
 
