@@ -9,6 +9,9 @@
 
 namespace config {
 
+inline constexpr std::int32_t matchMode = 0;
+inline constexpr std::int32_t paletteMode = 3;
+
 // "match", "melt", "fade" or "palette"; null for numbers that are no mode.
 const char *modeName(std::int32_t mode);
 

@@ -1,6 +1,5 @@
 #include "tools/config/tree.h"
 
-#include <cstring>
 #include <optional>
 #include <rapidjson/error/en.h>
 #include <rapidjson/memorystream.h>
@@ -16,9 +15,8 @@ using rapidjson::SizeType;
 // token when it is behind it; where the token begins is found from the end of the one before.
 class Builder {
 public:
-    Builder(const std::string &text_, rapidjson::MemoryStream &stream_, rapidjson::Document &root_,
-            std::vector<Node> &nodes_)
-        : text(text_), stream(stream_), root(root_), nodes(nodes_) {}
+    Builder(const std::string &text_, rapidjson::MemoryStream &stream_, Tree &tree)
+        : text(text_), stream(stream_), root(tree.root), nodes(tree.nodes) {}
 
     bool Null() { return note() && root.Null(); }
     bool Bool(bool value) { return note() && root.Bool(value); }
@@ -45,17 +43,16 @@ public:
 
     // What is too much for the parser, if it stopped there.
     std::string excess;
-    std::size_t excessBegins = 0;
 
-private:
+    // Of the next token.
     std::size_t beginning() const {
         const auto at = text.find_first_not_of(" \t\r\n,:", passed);
         return at == std::string::npos ? text.size() : at;
     }
 
+private:
     bool refuse(const std::string &expected) {
         excess = "expected " + expected + ", found one more";
-        excessBegins = beginning();
         return false;
     }
 
@@ -93,12 +90,9 @@ private:
 
 } // namespace
 
-// Whether a comment begins there, in one of the ways that other formats know.
-static bool isComment(const std::string &text, std::size_t offset) {
-    const auto begins = [&](const char *mark) {
-        return text.compare(offset, std::strlen(mark), mark) == 0;
-    };
-    return offset < text.size() && (begins("//") || begins("/*") || begins("#"));
+// Whether a comment stands in front, in one of the ways that other formats know.
+static bool beginsWithComment(std::string_view text) {
+    return text.starts_with("//") || text.starts_with("/*") || text.starts_with('#');
 }
 
 static const char *fixOf(rapidjson::ParseErrorCode code) {
@@ -143,7 +137,7 @@ std::shared_ptr<const Tree> parse(const std::string &text, Problem &problem) {
     auto tree = std::make_shared<Tree>();
     rapidjson::MemoryStream stream(text.data(), text.size());
     rapidjson::Reader reader;
-    Builder builder(text, stream, tree->root, tree->nodes);
+    Builder builder(text, stream, *tree);
     const auto build = [&](rapidjson::Document &) {
         return !reader.Parse(stream, builder).IsError();
     };
@@ -151,10 +145,10 @@ std::shared_ptr<const Tree> parse(const std::string &text, Problem &problem) {
     if (!reader.HasParseError())
         return tree;
     if (!builder.excess.empty())
-        return fail(builder.excessBegins, builder.excess,
+        return fail(builder.beginning(), builder.excess,
                     "choose the file that you meant; a configuration is five levels deep");
     const std::size_t offset = reader.GetErrorOffset();
-    if (isComment(text, offset))
+    if (beginsWithComment(std::string_view(text).substr(offset)))
         return fail(offset, "found a comment; JSON has no comments", "remove the comments");
     return fail(offset, rapidjson::GetParseError_En(reader.GetParseErrorCode()),
                 text.starts_with("\xEF\xBB\xBF")

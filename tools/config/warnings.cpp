@@ -22,9 +22,9 @@ bool FaultyParts::include(const std::string &pointer) const {
 
 namespace {
 
-class WarningList {
-public:
-    explicit WarningList(const FaultyParts &faulty_) : faulty(faulty_) {}
+struct WarningList {
+    const FaultyParts &faulty;
+    std::vector<Problem> problems = {};
 
     bool isFull() const { return problems.size() >= mostProblems; }
 
@@ -33,9 +33,6 @@ public:
         if (!isFull() && !faulty.include(pointer))
             problems.push_back({pointer, message, fix, {}, severity});
     }
-
-    const FaultyParts &faulty;
-    std::vector<Problem> problems;
 };
 
 } // namespace
@@ -171,7 +168,7 @@ static void warnOfPlaces(const DeviceEntry &device, const std::string &panels,
 
 std::vector<Problem> findWarnings(const Document &document, const std::optional<ScreenSize> &screen,
                                   const FaultyParts &faulty) {
-    WarningList list(faulty);
+    WarningList list{faulty};
     std::map<std::string, std::string, std::less<>> addresses;
     warnOfFlashes(document, list);
     if (document.devices.empty())

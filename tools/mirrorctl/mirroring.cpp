@@ -138,8 +138,7 @@ ExitStatus stop() {
 // due, so that this run sends nothing at all. Palette mode also goes through its cycles, and
 // answers captures, whatever the screen shows.
 static config::Document withoutLights(std::int32_t displayID) {
-    constexpr std::int32_t paletteMode = 3;
-    return {displayID, paletteMode, {{"127.0.0.1", 2, 0, 1.0, {}}}};
+    return {displayID, config::paletteMode, {{"127.0.0.1", 2, 0, 1.0, {}}}};
 }
 
 ExitStatus mirrorBriefly(const BriefRun &run, config::Reading &reading) {

@@ -1,5 +1,6 @@
 #include "tools/mirrorctl/run/frameCounter.h"
 
+#include "tools/config/modes.h"
 #include "tools/lights/datagram.h"
 
 #include <cmath>
@@ -39,10 +40,8 @@ std::optional<FrameTally::Pace> FrameTally::recentPace() const {
     return sums.pace();
 }
 
-static constexpr std::int32_t paletteMode = 3;
-
 FrameCounter::FrameCounter(const config::Document &document)
-    : receiver(document), panels(document.mode == paletteMode ? 1 : 0) {}
+    : receiver(document), panels(document.mode == config::paletteMode ? 1 : 0) {}
 
 config::DeviceEntry FrameCounter::device() const {
     return {receiver.address(), receiver.controlVersion(), 0, 1.0,

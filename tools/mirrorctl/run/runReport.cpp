@@ -10,10 +10,9 @@
 
 namespace mirrorctl {
 
+using config::matchMode;
+using config::paletteMode;
 using lights::counted;
-
-static constexpr std::int32_t matchMode = 0;
-static constexpr std::int32_t paletteMode = 3;
 
 template <typename... Values> static std::string format(const char *pattern, Values... values) {
     char text[160];

@@ -19,6 +19,9 @@
 
 namespace mirrorctl {
 
+using config::matchMode;
+using config::paletteMode;
+
 struct SnapshotOptions {
     std::string path;
     double seconds = 5.0;
@@ -33,8 +36,6 @@ struct Snapshot {
 };
 
 static constexpr char noSnapshot[] = "No snapshot";
-static constexpr std::int32_t matchMode = 0;
-static constexpr std::int32_t paletteMode = 3;
 
 static std::string fetchText() {
     const int size = getSizeOfStreamFrameJson();
