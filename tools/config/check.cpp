@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <map>
 #include <rapidjson/pointer.h>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
@@ -99,34 +100,6 @@ static Problem explainMissing(const std::string &pointer, const std::string &nam
             "expected " + describeExpected(rules) + ", found no member of this name", fix};
 }
 
-// The value at `pointer` is not what its rules ask for.
-static Problem explainMistyped(const std::string &pointer, const Value &value, const Value &rules) {
-    return {pointer, "expected " + describeExpected(rules) + ", found " + describeFound(value),
-            findFix(value, rules)};
-}
-
-// The object at `pointer` has a member that the schema does not name, and lacks the `absent` ones.
-static Problem explainUnknown(const std::string &pointer, const std::string &name,
-                              const std::vector<std::string> &absent) {
-    const auto near = nearestName(name, absent);
-    return {stepInto(pointer, name),
-            "found a member that the library does not read",
-            near ? "rename it to " + quote(*near) : "take it away, if it is no remark of yours",
-            {},
-            Severity::Warning};
-}
-
-// The object at `pointer` has had a member of this name so many times before.
-static Problem explainRepeated(const std::string &pointer, const std::string &name,
-                               std::size_t before) {
-    return {stepInto(pointer, name),
-            "found " + quote(name) + " once more; the library takes the first",
-            "keep the one that you mean",
-            {},
-            Severity::Warning,
-            before};
-}
-
 static const rapidjson::Document &schema() {
     static const rapidjson::Document tree = [] {
         rapidjson::Document parsed;
@@ -190,17 +163,17 @@ private:
 
     bool isFull() const { return result.errors.size() >= mostProblems; }
     bool mayWarn() const { return result.unknownMembers.size() < mostProblems; }
+    void warn(const std::string &pointer, const std::string &message, const std::string &fix,
+              std::size_t occurrence = 0) {
+        result.unknownMembers.push_back({pointer, message, fix, {}, Severity::Warning, occurrence});
+    }
 };
 
 } // namespace
 
 void Checker::checkMembers(const Value &object, const Value &rules, const std::string &pointer) {
     const Value &known = rules["properties"];
-    struct Seen {
-        const Value *first = nullptr;
-        std::size_t count = 0;
-    };
-    std::vector<Seen> seen(known.MemberCount()); // in the schema's order
+    std::map<const Value *, std::size_t> counts; // of the members with each of these rules
     std::vector<std::string> others;
     for (const auto &member : object.GetObject()) {
         const auto found = known.FindMember(member.name);
@@ -209,30 +182,31 @@ void Checker::checkMembers(const Value &object, const Value &rules, const std::s
                 others.emplace_back(member.name.GetString(), member.name.GetStringLength());
             continue;
         }
-        Seen &here = seen[static_cast<std::size_t>(found - known.MemberBegin())];
-        if (here.count == 0)
-            here.first = &member.value;
-        else if (mayWarn())
-            result.unknownMembers.push_back(
-                explainRepeated(pointer, found->name.GetString(), here.count));
-        ++here.count;
+        const std::size_t before = counts[&found->value]++;
+        const std::string name = found->name.GetString();
+        if (before > 0 && mayWarn())
+            warn(stepInto(pointer, name),
+                 "found " + quote(name) + " once more; the library takes the first",
+                 "keep the one that you mean", before);
     }
     std::vector<std::string> absent;
-    for (std::size_t i = 0; i < seen.size(); ++i)
-        if (seen[i].count == 0)
-            absent.emplace_back((known.MemberBegin() + static_cast<long>(i))->name.GetString());
-    for (const std::string &name : others)
-        if (mayWarn())
-            result.unknownMembers.push_back(explainUnknown(pointer, name, absent));
+    for (const auto &property : known.GetObject())
+        if (!object.HasMember(property.name))
+            absent.emplace_back(property.name.GetString());
+    for (const std::string &name : others) {
+        if (!mayWarn())
+            break;
+        const auto near = nearestName(name, absent);
+        warn(stepInto(pointer, name), "found a member that the library does not read",
+             near ? "rename it to " + quote(*near) : "take it away, if it is no remark of yours");
+    }
 
-    auto property = known.MemberBegin();
-    for (const Seen &here : seen) {
-        const std::string name = property->name.GetString();
-        if (here.first)
-            check(*here.first, property->value, stepInto(pointer, name));
+    for (const auto &property : known.GetObject()) {
+        const std::string name = property.name.GetString();
+        if (object.HasMember(property.name))
+            check(object[property.name], property.value, stepInto(pointer, name));
         else if (isRequired(name, rules) && !isFull())
-            result.errors.push_back(explainMissing(pointer, name, follow(property->value), others));
-        ++property;
+            result.errors.push_back(explainMissing(pointer, name, follow(property.value), others));
     }
 }
 
@@ -241,7 +215,9 @@ void Checker::check(const Value &value, const Value &rulesOrReference, const std
         return;
     const Value &rules = follow(rulesOrReference);
     if (!hasType(value, rules)) {
-        result.errors.push_back(explainMistyped(pointer, value, rules));
+        result.errors.push_back(
+            {pointer, "expected " + describeExpected(rules) + ", found " + describeFound(value),
+             findFix(value, rules)});
     } else if (rules.HasMember("properties")) {
         checkMembers(value, rules, pointer);
     } else if (rules.HasMember("items")) {
