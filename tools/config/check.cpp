@@ -1,4 +1,3 @@
-#include "tools/config/nearName.h"
 #include "tools/config/tree.h"
 #include "tools/lights/text.h"
 
@@ -13,6 +12,7 @@
 
 namespace config {
 
+using lights::nearestName;
 using lights::quote;
 using Value = rapidjson::Value;
 

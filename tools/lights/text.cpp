@@ -1,5 +1,7 @@
 #include "tools/lights/text.h"
 
+#include <algorithm>
+#include <cctype>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
@@ -26,6 +28,49 @@ std::string counted(std::size_t number, const std::string &thing) {
 std::string nameDevice(std::size_t index, const DeviceEntry &device) {
     return "device " + std::to_string(index) + " at " + quote(device.ip) + ", UDP port " +
            std::to_string(device.port());
+}
+
+static char lower(char c) {
+    return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
+}
+
+// How many edits make one of the other: a letter inserted, removed or replaced, or two neighbours
+// swapped.
+static std::size_t distance(const std::string &a, const std::string &b) {
+    // Between the first i letters of one and the first j of the other.
+    std::vector<std::vector<std::size_t>> edits(a.size() + 1,
+                                                std::vector<std::size_t>(b.size() + 1));
+    const auto isSame = [&](std::size_t i, std::size_t j) { return lower(a[i]) == lower(b[j]); };
+    for (std::size_t i = 0; i <= a.size(); ++i)
+        for (std::size_t j = 0; j <= b.size(); ++j) {
+            std::size_t &least = edits[i][j];
+            least = i + j;
+            if (i == 0 || j == 0)
+                continue;
+            least = std::min({edits[i - 1][j - 1] + (isSame(i - 1, j - 1) ? 0 : 1),
+                              edits[i - 1][j] + 1, edits[i][j - 1] + 1});
+            if (i > 1 && j > 1 && isSame(i - 1, j - 2) && isSame(i - 2, j - 1))
+                least = std::min(least, edits[i - 2][j - 2] + 1);
+        }
+    return edits.back().back();
+}
+
+std::optional<std::string> nearestName(const std::string &name,
+                                       const std::vector<std::string> &candidates) {
+    // Of short names nearly all letters could be wrong.
+    const std::size_t most = name.size() < 6 ? 1 : 2;
+    std::optional<std::string> nearest;
+    std::size_t least = most + 1;
+    for (const auto &candidate : candidates) {
+        if (candidate.size() > name.size() + most || name.size() > candidate.size() + most)
+            continue;
+        const std::size_t away = distance(name, candidate);
+        if (away < least) {
+            least = away;
+            nearest = candidate;
+        }
+    }
+    return nearest;
 }
 
 } // namespace lights

@@ -1,4 +1,4 @@
-// Words for lights in messages.
+// Words and names in messages.
 //
 // Pure functions, callable from any thread.
 #pragma once
@@ -6,8 +6,10 @@
 #include "tools/lights/device.h"
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace lights {
 
@@ -20,5 +22,11 @@ std::string counted(std::size_t number, const std::string &thing);
 
 // How messages name a device: its number, its address as quoted text, and its UDP port.
 std::string nameDevice(std::size_t index, const DeviceEntry &device);
+
+// The one of `candidates` that is nearest to `name`, without regard to case: at most two edits away
+// (one for a name of fewer than six letters), where an edit is a letter that is wrong, missing or
+// extra, or two neighbours that are swapped.
+std::optional<std::string> nearestName(const std::string &name,
+                                       const std::vector<std::string> &candidates);
 
 } // namespace lights

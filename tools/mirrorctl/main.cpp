@@ -1,5 +1,4 @@
 // mirrorctl: the screen mirroring library's host for the command line.
-#include "tools/config/nearName.h"
 #include "tools/lights/text.h"
 #include "tools/mirrorctl/commands.h"
 
@@ -48,7 +47,7 @@ static std::string commandProblem(const CLI::App &program, const char *word) {
     if (*word == '-' || std::find(commands.begin(), commands.end(), word) != commands.end())
         return {};
     std::string text = "mirrorctl has no command " + lights::quote(word) + ".";
-    if (const auto near = config::nearestName(word, commands))
+    if (const auto near = lights::nearestName(word, commands))
         text += " Did you mean \"" + *near + "\"?";
     return text + "\nRun with --help for the list of commands.\n";
 }
