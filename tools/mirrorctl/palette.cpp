@@ -4,7 +4,6 @@
 #include "mirror/mirrorInterface.h"
 #include "tools/mirrorctl/commands.h"
 #include "tools/mirrorctl/libraryCall.h"
-#include "tools/mirrorctl/litDisplay.h"
 #include "tools/mirrorctl/mirroring.h"
 #include "tools/mirrorctl/server.h"
 
@@ -54,6 +53,7 @@ bool Palette::isDark() const {
 static ExitStatus awaitPalette(std::int32_t displayID, const StopSignals &signals,
                                Palette &palette) {
     using Clock = std::chrono::steady_clock;
+    constexpr double lateFrameSeconds = 5.0;
     const auto begin = Clock::now();
     bool isCycling = false;
     for (;;) {
@@ -75,13 +75,12 @@ static ExitStatus awaitPalette(std::int32_t displayID, const StopSignals &signal
         // A server that hangs has shown no frame either.
         if (reportSilentServer())
             return ExitStatus::NothingSent;
-        if (isCycling && passed.count() < lateFrameSeconds &&
-            isLit(static_cast<std::uint32_t>(displayID)))
-            continue;
-        if (isCycling)
+        if (!isCycling) {
+            std::fputs("No palette: mirroring ended by itself, or is stuck.\n", stderr);
+            return ExitStatus::NothingSent;
+        }
+        if (passed.count() >= lateFrameSeconds || !isLit(displayID))
             return ExitStatus::Done;
-        std::fputs("No palette: mirroring ended by itself, or is stuck.\n", stderr);
-        return ExitStatus::NothingSent;
     }
 }
 

@@ -20,9 +20,8 @@ struct Palette {
 // Asks the library. Throws std::runtime_error when it has no answer.
 Palette fetchPalette();
 
-// For how long after the start nothing but black is taken for a screen that has not been seen yet:
-// when the display is black, and when it is lit. The library cannot be asked whether it has.
+// For how long after the start nothing but black is taken for a screen that has not been seen yet,
+// even if the display is black. The library cannot be asked whether it has.
 inline constexpr double darknessSeconds = 2.0;
-inline constexpr double lateFrameSeconds = 5.0;
 
 } // namespace mirrorctl

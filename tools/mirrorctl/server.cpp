@@ -2,6 +2,8 @@
 
 #include "tools/mirrorctl/waiting.h"
 
+#include <CoreGraphics/CoreGraphics.h>
+#include <algorithm>
 #include <cctype>
 #include <cstdio>
 
@@ -22,6 +24,25 @@ bool reportSilentServer() {
         return false;
     std::fputs(silentServerLine().c_str(), stderr);
     return true;
+}
+
+// The picture comes the way the library's first look at a display comes, so that another platform
+// needs nothing new.
+bool isLit(std::int32_t displayID) {
+    constexpr UInt8 nearlyBlack = 32;
+    const CGImageRef image = CGDisplayCreateImage(static_cast<CGDirectDisplayID>(displayID));
+    const CFDataRef data = CGDataProviderCopyData(CGImageGetDataProvider(image));
+    const std::size_t pixels = CGImageGetWidth(image) * CGImageGetHeight(image);
+    std::size_t lit = 0;
+    if (data != nullptr && CGImageGetBitsPerPixel(image) == 32) {
+        const UInt8 *bytes = CFDataGetBytePtr(data);
+        for (std::size_t i = 0; i < pixels; ++i) // B, G, R, X each
+            lit += std::max({bytes[4 * i], bytes[4 * i + 1], bytes[4 * i + 2]}) > nearlyBlack;
+    }
+    if (data != nullptr)
+        CFRelease(data);
+    CGImageRelease(image);
+    return lit != 0 && lit >= pixels / 100;
 }
 
 bool ServerWatch::isSilentFor(double seconds) const {

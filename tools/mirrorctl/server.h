@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -25,6 +26,10 @@ bool reportSilentServer();
 
 // How many displays there are, listed by the library or not; nothing when that cannot be told.
 std::optional<std::size_t> countDisplays();
+
+// Whether a hundredth of the display's pixels or more are not nearly black; false when it cannot be
+// told. Takes milliseconds, and two seconds at most.
+bool isLit(std::int32_t displayID);
 
 // A connection of the program's own, on a thread of its own. Made and asked by one thread.
 class ServerWatch {

@@ -4,7 +4,6 @@
 #include "tools/lights/address.h"
 #include "tools/mirrorctl/commands.h"
 #include "tools/mirrorctl/libraryCall.h"
-#include "tools/mirrorctl/litDisplay.h"
 #include "tools/mirrorctl/mirroring.h"
 #include "tools/mirrorctl/palette.h"
 #include "tools/mirrorctl/server.h"
@@ -109,7 +108,7 @@ static std::optional<Snapshot> await(const config::Document &document,
             if (passed.count() >= options.seconds || (hasFrame && document.mode == matchMode))
                 return dark;
             hasFrame = !fetchPalette().isDark();
-            if (!hasFrame && !isLit(static_cast<std::uint32_t>(document.displayID)))
+            if (!hasFrame && !isLit(document.displayID))
                 return dark;
         }
         if (passed.count() >= options.seconds) {
