@@ -219,7 +219,7 @@ static ExitStatus checkDocument(const CheckOptions &options) {
                                                                        : status;
 }
 
-void addCheckCommand(CLI::App &program, Action &chosen) {
+void addCheckCommand(CLI::App &program, ExitStatus &status) {
     auto *command =
         program.add_subcommand("check", "Report everything that is wrong with a configuration");
     const auto options = std::make_shared<CheckOptions>();
@@ -254,7 +254,7 @@ void addCheckCommand(CLI::App &program, Action &chosen) {
         "editors can use it as well. Nothing is sent and nothing captured. The exit status is\n"
         "the one that mirrorctl run would end with: 65, 68 or 69 for errors. With warnings and\n"
         "cautions alone it is 0, with --strict and a warning 65.\n\n");
-    onCommand(*command, chosen, options, checkDocument);
+    onCommand(*command, status, options, checkDocument);
 }
 
 } // namespace mirrorctl

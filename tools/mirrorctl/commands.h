@@ -5,32 +5,27 @@
 #include "tools/mirrorctl/exitStatus.h"
 
 #include <CLI/App.hpp>
-#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
 
 namespace mirrorctl {
 
-// What a command line asks for. Commands run after all of it has been parsed.
-using Action = std::function<ExitStatus()>;
+// Each adds its command to the program. When the command line names it, it runs at the end of the
+// parsing, and stores its result in `status`.
+void addDisplaysCommand(CLI::App &program, ExitStatus &status);
+void addCheckCommand(CLI::App &program, ExitStatus &status);
+void addDoctorCommand(CLI::App &program, ExitStatus &status);
+void addLayoutCommand(CLI::App &program, ExitStatus &status);
+void addRunCommand(CLI::App &program, ExitStatus &status);
+void addPaletteCommand(CLI::App &program, ExitStatus &status);
+void addSnapshotCommand(CLI::App &program, ExitStatus &status);
 
-// Each adds its command to the program; when the command line names it, parsing stores what is to
-// be done in `chosen`, which must outlive the parsing.
-void addDisplaysCommand(CLI::App &program, Action &chosen);
-void addCheckCommand(CLI::App &program, Action &chosen);
-void addDoctorCommand(CLI::App &program, Action &chosen);
-void addLayoutCommand(CLI::App &program, Action &chosen);
-void addRunCommand(CLI::App &program, Action &chosen);
-void addPaletteCommand(CLI::App &program, Action &chosen);
-void addSnapshotCommand(CLI::App &program, Action &chosen);
-
-// Chooses `run` for the command, with the options that were parsed into `options`.
+// Makes `run` what the command does, with the options that were parsed into `options`.
 template <typename Options>
-void onCommand(CLI::App &command, Action &chosen, std::shared_ptr<Options> options,
+void onCommand(CLI::App &command, ExitStatus &status, std::shared_ptr<Options> options,
                ExitStatus (*run)(const Options &)) {
-    command.callback(
-        [&chosen, options, run] { chosen = [options, run] { return run(*options); }; });
+    command.callback([&status, options, run] { status = run(*options); });
 }
 
 // The path of a document.

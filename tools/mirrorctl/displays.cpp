@@ -85,16 +85,14 @@ static ExitStatus showDisplays(bool json) {
     return ExitStatus::DisplayMissing;
 }
 
-void addDisplaysCommand(CLI::App &program, Action &chosen) {
+void addDisplaysCommand(CLI::App &program, ExitStatus &status) {
     auto *command = program.add_subcommand("displays", "List the displays with their sizes");
     const auto json = std::make_shared<bool>(false);
     command->add_flag("--json", *json, "Print the library's own text");
-    command->callback([&chosen, json] {
-        chosen = [json] {
-            const StopSignals signals;
-            return untilSignal(signals, "The displays are not listed",
-                               [json] { return showDisplays(*json); });
-        };
+    command->callback([&status, json] {
+        const StopSignals signals;
+        status = untilSignal(signals, "The displays are not listed",
+                             [json] { return showDisplays(*json); });
     });
 }
 

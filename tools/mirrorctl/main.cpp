@@ -60,14 +60,14 @@ int main(int argc, char **argv) {
     CLI::App program("Mirrors a display onto networked light devices.", "mirrorctl");
     program.set_version_flag("--version", "mirrorctl " MIRROR_VERSION);
     program.require_subcommand(1);
-    mirrorctl::Action chosen;
-    mirrorctl::addDisplaysCommand(program, chosen);
-    mirrorctl::addCheckCommand(program, chosen);
-    mirrorctl::addLayoutCommand(program, chosen);
-    mirrorctl::addRunCommand(program, chosen);
-    mirrorctl::addPaletteCommand(program, chosen);
-    mirrorctl::addSnapshotCommand(program, chosen);
-    mirrorctl::addDoctorCommand(program, chosen);
+    ExitStatus status = ExitStatus::Done;
+    mirrorctl::addDisplaysCommand(program, status);
+    mirrorctl::addCheckCommand(program, status);
+    mirrorctl::addLayoutCommand(program, status);
+    mirrorctl::addRunCommand(program, status);
+    mirrorctl::addPaletteCommand(program, status);
+    mirrorctl::addSnapshotCommand(program, status);
+    mirrorctl::addDoctorCommand(program, status);
     for (CLI::App *command : program.get_subcommands(nullptr))
         command->footer(command->get_footer() + exitStatusHelp());
     program.footer("From nothing to a mirrored screen:\n"
@@ -82,17 +82,12 @@ int main(int argc, char **argv) {
         program.parse(argc, argv);
     } catch (const CLI::ParseError &error) {
         const std::string problem = argc > 1 ? commandProblem(program, argv[1]) : "";
-        if (!problem.empty()) {
-            std::fputs(problem.c_str(), stderr);
-            return static_cast<int>(ExitStatus::Usage);
-        }
-        const bool helped = program.exit(error) == 0;
-        return static_cast<int>(helped ? ExitStatus::Done : ExitStatus::Usage);
-    }
-    try {
-        return static_cast<int>(chosen());
+        std::fputs(problem.c_str(), stderr);
+        const bool isHelped = problem.empty() && program.exit(error) == 0;
+        status = isHelped ? ExitStatus::Done : ExitStatus::Usage;
     } catch (const std::exception &error) {
         std::fprintf(stderr, "mirrorctl: %s\n", error.what());
-        return static_cast<int>(ExitStatus::Failed);
+        status = ExitStatus::Failed;
     }
+    return static_cast<int>(status);
 }

@@ -113,7 +113,7 @@ static ExitStatus showPalette(const PaletteOptions &options) {
     return ExitStatus::Done;
 }
 
-void addPaletteCommand(CLI::App &program, Action &chosen) {
+void addPaletteCommand(CLI::App &program, ExitStatus &status) {
     auto *command = program.add_subcommand("palette", "Print the colours that the screen shows");
     const auto options = std::make_shared<PaletteOptions>();
     addConfig(*command, options->path,
@@ -128,7 +128,7 @@ void addPaletteCommand(CLI::App &program, Action &chosen) {
         "\n"
         "Takes as long as the first frame does. If the display is black, black is the answer\n"
         "after 2 seconds; if it is not, and no other colour comes, after 5.\n\n");
-    onCommand(*command, chosen, options, showPalette);
+    onCommand(*command, status, options, showPalette);
 }
 
 } // namespace mirrorctl

@@ -125,7 +125,7 @@ static ExitStatus examine(const DoctorOptions &options) {
                        [&] { return examineRest(options, configuration, document, signals); });
 }
 
-void addDoctorCommand(CLI::App &program, Action &chosen) {
+void addDoctorCommand(CLI::App &program, ExitStatus &status) {
     auto *command = program.add_subcommand(
         "doctor", "Find out why nothing is mirrored, or whether it would be");
     const auto options = std::make_shared<DoctorOptions>();
@@ -151,7 +151,7 @@ void addDoctorCommand(CLI::App &program, Action &chosen) {
         "allowed. That takes 3.5 seconds.\n"
         "\n"
         "The exit status is that of the first thing that is bad, 0 if nothing is.\n\n");
-    onCommand(*command, chosen, options, examine);
+    onCommand(*command, status, options, examine);
 }
 
 } // namespace mirrorctl

@@ -122,7 +122,7 @@ static std::string checkAddress(const std::string &text) {
     return fault ? fault->message + "; " + fault->fix : std::string();
 }
 
-void addLayoutCommand(CLI::App &program, Action &chosen) {
+void addLayoutCommand(CLI::App &program, ExitStatus &status) {
     auto *command =
         program.add_subcommand("layout", "Make a configuration from a shape and addresses");
     const auto options = std::make_shared<LayoutOptions>();
@@ -163,7 +163,7 @@ void addLayoutCommand(CLI::App &program, Action &chosen) {
         "clockwise from the top left corner. Several devices get equal runs of them, in order.\n"
         "For lights with other numbers, change the panelID members by hand, and let mirrorctl\n"
         "check look at the result.\n\n");
-    onCommand(*command, chosen, options, makeLayout);
+    onCommand(*command, status, options, makeLayout);
 }
 
 } // namespace mirrorctl

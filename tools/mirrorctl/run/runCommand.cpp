@@ -76,7 +76,7 @@ static ExitStatus run(const RunOptions &options) {
     return status;
 }
 
-void addRunCommand(CLI::App &program, Action &chosen) {
+void addRunCommand(CLI::App &program, ExitStatus &status) {
     auto *command = program.add_subcommand("run", "Mirror as a configuration document says");
     const auto options = std::make_shared<RunOptions>();
     addConfig(*command, options->path);
@@ -108,7 +108,7 @@ void addRunCommand(CLI::App &program, Action &chosen) {
         "That says that frames leave, not that the lights get them. Melt and fade mode send only\n"
         "when the screen's colour changes. Palette mode sends each panel something in its own\n"
         "time; there the device has one panel and shows no more than that the run is alive.\n\n");
-    onCommand(*command, chosen, options, run);
+    onCommand(*command, status, options, run);
 }
 
 } // namespace mirrorctl

@@ -162,7 +162,7 @@ static ExitStatus showSnapshot(const SnapshotOptions &options) {
     return ExitStatus::Done;
 }
 
-void addSnapshotCommand(CLI::App &program, Action &chosen) {
+void addSnapshotCommand(CLI::App &program, ExitStatus &status) {
     auto *command =
         program.add_subcommand("snapshot", "Mirror for a moment and print what was sent");
     const auto options = std::make_shared<SnapshotOptions>();
@@ -179,7 +179,7 @@ void addSnapshotCommand(CLI::App &program, Action &chosen) {
         "are due, so some panels and devices may be missing. Match and palette mode begin before\n"
         "they have seen the screen; after 2 seconds of nothing but black, black is the answer if\n"
         "the screen is black there. The wait may last a second longer than --seconds says.\n\n");
-    onCommand(*command, chosen, options, showSnapshot);
+    onCommand(*command, status, options, showSnapshot);
 }
 
 } // namespace mirrorctl
