@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/time.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace mirrorctl {
@@ -34,15 +35,15 @@ static int bindTo(const config::DeviceEntry &device) {
 static std::vector<config::DeviceEntry> candidates() {
     std::vector<config::DeviceEntry> list;
     const auto pid = static_cast<unsigned>(getpid());
+    const auto add = [&](const std::string &ip, std::int32_t controlVersion) {
+        list.push_back({ip, controlVersion, 0, 1.0, {}});
+    };
     for (unsigned i = 0; i < 4; ++i)
-        list.push_back({"127.254." + std::to_string((pid / 250 + i) % 250) + "." +
-                            std::to_string(1 + pid % 250),
-                        2,
-                        0,
-                        0.0,
-                        {}});
-    list.push_back({"127.0.0.1", 2, 0, 0.0, {}});
-    list.push_back({"127.0.0.1", 1, 0, 0.0, {}});
+        add("127.254." + std::to_string((pid / 250 + i) % 250) + "." +
+                std::to_string(1 + pid % 250),
+            2);
+    add("127.0.0.1", 2);
+    add("127.0.0.1", 1);
     return list;
 }
 
@@ -55,13 +56,11 @@ LoopbackReceiver::LoopbackReceiver(const config::Document &document) {
             continue;
         fd = bindTo(candidate);
         if (fd >= 0) {
-            ip = candidate.ip;
-            version = candidate.controlVersion;
+            own = candidate;
             why.clear();
             return;
         }
-        // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
-        why = std::strerror(errno);
+        why = std::generic_category().message(errno);
     }
 }
 

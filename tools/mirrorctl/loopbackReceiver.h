@@ -23,8 +23,8 @@ public:
     // Readable when there is a datagram; -1 when there is no address.
     int descriptor() const { return fd; }
 
-    const std::string &address() const { return ip; }
-    int controlVersion() const { return version; }
+    // The address and its control version, and no panels.
+    const config::DeviceEntry &device() const { return own; }
 
     struct Datagram {
         std::vector<unsigned char> bytes; // the first 1024
@@ -35,8 +35,7 @@ public:
     std::optional<Datagram> next();
 
 private:
-    std::string ip;
-    int version = 0;
+    config::DeviceEntry own;
     int fd = -1;
     std::string why;
 };

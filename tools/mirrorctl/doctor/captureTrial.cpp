@@ -34,20 +34,19 @@ public:
         : display(display_), mayMark(mayMark_), signals(signals_), receiver({}) {}
 
     Check run();
-    bool interrupted = false;
 
 private:
     using Clock = std::chrono::steady_clock;
 
     std::string document() const;
-    // Takes in pictures until one is as wanted; nothing after so many seconds of others.
-    std::optional<Picture> await(double seconds,
-                                 const std::function<bool(const Picture &)> &isWanted);
+    // Takes in pictures until the last is as wanted; false after so many seconds of others, or when
+    // a signal came.
+    bool await(double seconds, const std::function<bool(const Picture &)> &isWanted);
     Check look();
-    Check lookForMark(const std::optional<Picture> &lit);
+    Check lookForMark(bool isLit);
     // How long a mark took to come out; nothing when it did not, or was not drawn for the reason.
     std::optional<double> timeMark(std::uint32_t colour, std::string &reason);
-    Check lookWithoutMark(const std::optional<Picture> &lit, const std::string &reason) const;
+    Check lookWithoutMark(bool isLit, const std::string &reason) const;
 
     Check result(Verdict verdict, const std::string &finding, const std::string &remedy = {},
                  ExitStatus status = ExitStatus::NothingSent) const {
@@ -79,8 +78,8 @@ std::string Trial::document() const {
     plan.shape.columns = gridSide;
     plan.displayID = static_cast<std::int32_t>(display.displayID);
     plan.screen = {display.width, display.height};
-    plan.addresses = {receiver.address()};
-    plan.controlVersion = receiver.controlVersion();
+    plan.addresses = {receiver.device().ip};
+    plan.controlVersion = receiver.device().controlVersion;
     config::Document document = layOut(plan);
     config::DeviceEntry &device = document.devices.front();
     constexpr double fivePixels = 0.05; // wide, and well within the mark
@@ -90,28 +89,23 @@ std::string Trial::document() const {
     return config::documentText(document);
 }
 
-std::optional<Picture> Trial::await(double seconds,
-                                    const std::function<bool(const Picture &)> &isWanted) {
+bool Trial::await(double seconds, const std::function<bool(const Picture &)> &isWanted) {
     const auto end = Clock::now() + std::chrono::duration<double>(seconds);
-    const auto layout = lights::layoutOf(receiver.controlVersion());
+    const auto layout = lights::layoutOf(receiver.device().controlVersion);
     for (;;) {
         while (const auto datagram = receiver.next()) {
             Picture picture{lights::decode(layout, datagram->bytes).records, datagram->time};
             if (picture.panels.size() != markPanel + 1)
                 continue;
-            last = picture;
-            if (isWanted(picture))
-                return picture;
+            last = std::move(picture);
+            if (isWanted(*last))
+                return true;
         }
         messages.read(false);
         const std::chrono::duration<double> left = end - Clock::now();
-        if (left.count() <= 0.0)
-            return std::nullopt;
-        if (signals.waitForInput({receiver.descriptor(), messages.descriptor()}, left.count()) !=
-            0) {
-            interrupted = true;
-            return std::nullopt;
-        }
+        if (left.count() <= 0.0 ||
+            signals.waitForInput({receiver.descriptor(), messages.descriptor()}, left.count()) != 0)
+            return false;
     }
 }
 
@@ -128,8 +122,8 @@ static bool isNear(const lights::Record &panel, std::uint32_t colour) {
            isClose(panel.colour.blue, 0);
 }
 
-Check Trial::lookWithoutMark(const std::optional<Picture> &lit, const std::string &reason) const {
-    if (lit)
+Check Trial::lookWithoutMark(bool isLit, const std::string &reason) const {
+    if (isLit)
         return result(Verdict::Good,
                       "a frame arrives; how old it is cannot be told without a mark (" + reason +
                           ")");
@@ -146,29 +140,27 @@ std::optional<double> Trial::timeMark(std::uint32_t colour, std::string &reason)
     reason = mark.reason();
     if (!reason.empty())
         return std::nullopt;
-    const auto marked = await(patience, [&](const Picture &picture) {
+    const auto isMarked = [&](const Picture &picture) {
         return isNear(picture.panels[markPanel], colour);
-    });
-    if (!marked)
-        return std::nullopt;
-    return marked->time - mark.shownAt();
+    };
+    return await(patience, isMarked) ? std::optional(last->time - mark.shownAt()) : std::nullopt;
 }
 
-Check Trial::lookForMark(const std::optional<Picture> &lit) {
+Check Trial::lookForMark(bool isLit) {
     // The screen may show the first colour there anyway, and until a frame is whole it is not known
     // what it shows. The second cannot be mistaken: a moment ago the first was there.
     std::string reason;
     auto delay = timeMark(0xFF00FF, reason);
     if (delay)
         delay = timeMark(0x00FF00, reason);
-    if (interrupted)
+    if (signals.take() != 0)
         return result(Verdict::Unsure, "interrupted");
     if (!reason.empty())
-        return lookWithoutMark(lit, reason);
+        return lookWithoutMark(isLit, reason);
     if (delay)
         return result(Verdict::Good, "frames arrive; a mark drawn on the screen came out " +
                                          milliseconds(*delay) + " later");
-    if (lit || (last && last->isLit()))
+    if (isLit || last->isLit())
         return result(Verdict::Bad,
                       "a picture arrives, but not the mark that was drawn on the screen: the "
                       "picture is older than 2 s, or something covers the mark",
@@ -181,14 +173,14 @@ Check Trial::lookForMark(const std::optional<Picture> &lit) {
 }
 
 Check Trial::look() {
-    const auto lit = await(mayMark ? briefPatience : patience,
-                           [](const Picture &picture) { return picture.isLit(); });
-    if (interrupted)
+    const bool isLit = await(mayMark ? briefPatience : patience,
+                             [](const Picture &picture) { return picture.isLit(); });
+    if (signals.take() != 0)
         return result(Verdict::Unsure, "interrupted");
     if (!last)
         return result(Verdict::Bad, withMessage("mirroring started, but nothing was sent"),
                       "try again; another program may hold the display");
-    return mayMark ? lookForMark(lit) : lookWithoutMark(lit, "--no-mark was given");
+    return mayMark ? lookForMark(isLit) : lookWithoutMark(isLit, "--no-mark was given");
 }
 
 Check Trial::run() {
@@ -214,12 +206,8 @@ Check Trial::run() {
     return check;
 }
 
-Check tryCapture(const Display &display, bool mayMark, const StopSignals &signals,
-                 bool &interrupted) {
-    Trial trial(display, mayMark, signals);
-    Check check = trial.run();
-    interrupted = interrupted || trial.interrupted;
-    return check;
+Check tryCapture(const Display &display, bool mayMark, const StopSignals &signals) {
+    return Trial(display, mayMark, signals).run();
 }
 
 } // namespace mirrorctl

@@ -96,10 +96,9 @@ std::vector<Check> examineX(platform::x11::Connection &connection);
 // Whether pictures of the display arrive, and how old they are: mirrors it for a moment onto this
 // process itself. Black proves nothing, since a screen may be black and the library sends black
 // until it has seen a frame; so a mark is drawn in a corner of the screen, if that is allowed and
-// possible, and must come out. `interrupted` is set when a signal came. Calls the library, and
-// nobody else may do so meanwhile.
-Check tryCapture(const Display &display, bool mayMark, const StopSignals &signals,
-                 bool &interrupted);
+// possible, and must come out. Ends early when a signal comes. Calls the library, and nobody else
+// may do so meanwhile.
+Check tryCapture(const Display &display, bool mayMark, const StopSignals &signals);
 
 // Whether the devices can be reached, as far as this machine can tell. Sends each a datagram about
 // no panel, which changes nothing, and waits for network errors for as long as networks take to

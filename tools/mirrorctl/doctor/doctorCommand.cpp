@@ -96,23 +96,23 @@ static ExitStatus examineRest(const DoctorOptions &options, const Section &confi
              "display " + std::to_string(static_cast<std::uint32_t>(document->displayID)),
              "the configuration names it, but it is not there",
              "name one that is; no other is ever taken in its place", ExitStatus::DisplayMissing});
-    bool interrupted = false;
     for (const Display &display : wanted) {
-        if (interrupted || !display.hasPicture())
+        if (signals.take() != 0 || !display.hasPicture())
             continue;
-        Check check = tryCapture(display, !options.unmarked, signals, interrupted);
+        Check check = tryCapture(display, !options.unmarked, signals);
         if (check.status == ExitStatus::CaptureRefused)
             check.remedy = remedyAfter(system, check.remedy);
         capture.checks.push_back(std::move(check));
     }
-    if (document && !interrupted)
+    const bool isInterrupted = signals.take() != 0;
+    if (document && !isInterrupted)
         devices.checks = tryDevices(document->devices);
     const std::vector<Section> sections = {system, displays, capture, configuration, devices};
     if (options.json)
         std::puts(jsonText(sections).c_str());
     else
         print(sections);
-    return interrupted ? ExitStatus::NothingSent : statusOf(sections);
+    return isInterrupted ? ExitStatus::NothingSent : statusOf(sections);
 }
 
 static ExitStatus examine(const DoctorOptions &options) {

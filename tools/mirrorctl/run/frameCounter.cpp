@@ -44,13 +44,14 @@ FrameCounter::FrameCounter(const config::Document &document)
     : receiver(document), panels(document.mode == config::paletteMode ? 1 : 0) {}
 
 config::DeviceEntry FrameCounter::device() const {
-    return {receiver.address(), receiver.controlVersion(), 0, 1.0,
-            std::vector<config::PanelEntry>(panels)};
+    config::DeviceEntry device = receiver.device();
+    device.panels.resize(panels);
+    return device;
 }
 
 void FrameCounter::read() {
-    const std::size_t expected =
-        lights::datagramSize(lights::layoutOf(receiver.controlVersion()), panels);
+    const auto layout = lights::layoutOf(receiver.device().controlVersion);
+    const std::size_t expected = lights::datagramSize(layout, panels);
     while (const auto datagram = receiver.next())
         if (datagram->bytes.size() == expected) // anybody on this machine can send here
             frames.add(datagram->time);
