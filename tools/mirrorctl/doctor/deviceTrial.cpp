@@ -6,12 +6,10 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <cstring>
 #include <fcntl.h>
-#include <netinet/in.h>
 #include <optional>
-#include <poll.h>
 #include <sys/socket.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace mirrorctl {
@@ -66,71 +64,58 @@ void Attempt::receive() {
         error = errno;
 }
 
-Check Attempt::result() const {
-    Check check;
-    const std::string shown = lights::quote(device.ip);
-    check.subject = lights::endpointText(shown.substr(1, shown.size() - 2), device.port());
-    check.verdict = error == 0 && !fault ? Verdict::Good : Verdict::Bad;
-    check.status = ExitStatus::AddressFaulty;
-    if (fault) {
-        check.finding = fault->message;
-        check.remedy = fault->fix;
-        return check;
-    }
+// What the network reported, and what to do about it.
+static lights::AddressFault explain(int error) {
     switch (error) {
-    case 0:
-        check.finding = "sent from " + from + "; no error reported";
-        break;
     case EINVAL:
-        check.finding = "a link-local address, which does not say on which network interface";
-        check.remedy = "write the light's IPv4 address, or another of its IPv6 addresses";
-        break;
+        return {"a link-local address, which does not say on which network interface",
+                "write the light's IPv4 address, or another of its IPv6 addresses"};
     case ECONNREFUSED:
-        check.finding = "the address is in use, but nothing listens on this port";
-        check.remedy = "is it the light's address, and its control version (1 is port 60221, any "
-                       "other 60222)? On this machine, panelwall plays the lights";
-        break;
+        return {"the address is in use, but nothing listens on this port",
+                "is it the light's address, and its control version (1 is port 60221, any other "
+                "60222)? On this machine, panelwall plays the lights"};
     case EHOSTUNREACH:
     case EHOSTDOWN:
-        check.finding = "nobody has this address on the network";
-        check.remedy =
-            "is the light switched on, and in the same network? Has its address changed?";
-        break;
+        return {"nobody has this address on the network",
+                "is the light switched on, and in the same network? Has its address changed?"};
     case ENETUNREACH:
     case EADDRNOTAVAIL:
-        check.finding = "there is no route to this address";
-        check.remedy = "connect this machine to the lights' network";
-        break;
+        return {"there is no route to this address", "connect this machine to the lights' network"};
     case EACCES:
     case EPERM:
-        check.finding = "this machine does not allow sending to it";
-        check.remedy = "it is a broadcast address, or blocked by the firewall";
-        break;
+        return {"this machine does not allow sending to it",
+                "it is a broadcast address, or blocked by the firewall"};
     default:
-        // NOLINTNEXTLINE(concurrency-mt-unsafe): the text is constant or the thread's own
-        check.finding = std::strerror(error);
+        return {std::generic_category().message(error), ""};
     }
-    return check;
+}
+
+Check Attempt::result() const {
+    const std::string shown = lights::quote(device.ip);
+    const auto subject = lights::endpointText(shown.substr(1, shown.size() - 2), device.port());
+    if (!fault && error == 0)
+        return {Verdict::Good, subject, "sent from " + from + "; no error reported"};
+    const auto [finding, remedy] = fault ? *fault : explain(error);
+    return {Verdict::Bad, subject, finding, remedy, ExitStatus::AddressFaulty};
 }
 
 // Until every one has failed, or the deadline.
 static void awaitErrors(std::vector<Attempt> &attempts) {
     const bool isNear = std::all_of(attempts.begin(), attempts.end(),
                                     [](const Attempt &attempt) { return attempt.isLoopback; });
-    const auto end =
-        std::chrono::steady_clock::now() + std::chrono::milliseconds(isNear ? 200 : 3500);
+    using Clock = std::chrono::steady_clock;
+    const auto end = Clock::now() + std::chrono::milliseconds(isNear ? 200 : 3500);
     for (;;) {
-        std::vector<pollfd> open;
+        std::vector<int> open;
         for (Attempt &attempt : attempts) {
             attempt.receive();
             if (attempt.isOpen())
-                open.push_back({attempt.fd, POLLIN, 0});
+                open.push_back(attempt.fd);
         }
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-            end - std::chrono::steady_clock::now());
-        if (open.empty() || left.count() <= 0)
+        const std::chrono::duration<double> left = end - Clock::now();
+        if (open.empty() || left.count() <= 0.0)
             return;
-        poll(open.data(), static_cast<nfds_t>(open.size()), static_cast<int>(left.count()));
+        awaitReadable(open, left.count());
     }
 }
 
