@@ -45,15 +45,9 @@ struct ServerWatch::Shared {
     void follow(xcb_connection_t *connection);
 };
 
-static std::optional<double> secondsUntil(std::optional<Clock::time_point> time) {
-    if (!time)
-        return std::nullopt;
-    return std::chrono::duration<double>(*time - Clock::now()).count();
-}
-
 // The watch's thread: asks and waits until the connection or the watch ends.
 void ServerWatch::Shared::follow(xcb_connection_t *connection) {
-    std::optional<Clock::time_point> next = Clock::now(); // to ask, or to lose patience
+    auto next = Clock::now(); // to ask, or to lose patience
     unsigned question = 0;
     bool isAsking = false;
     while (xcb_connection_has_error(connection) == 0 && !isOver) {
@@ -71,18 +65,19 @@ void ServerWatch::Shared::follow(xcb_connection_t *connection) {
             become(State::Answering);
             next = Clock::now() + questionPeriod;
         }
-        if (!isAsking && (owes || *next <= Clock::now())) {
+        if (!isAsking && (owes || next <= Clock::now())) {
             question = xcb_get_input_focus(connection).sequence;
             xcb_flush(connection);
             isAsking = true;
             next = Clock::now() + answerPatience;
             continue;
         }
-        if (next && *next <= Clock::now()) {
+        if (next <= Clock::now()) {
             become(State::Silent);
-            next.reset();
+            next = Clock::time_point::max();
         }
-        awaitReadable({xcb_get_file_descriptor(connection), told.descriptor()}, secondsUntil(next));
+        const std::chrono::duration<double> left = next - Clock::now();
+        awaitReadable({xcb_get_file_descriptor(connection), told.descriptor()}, left.count());
         told.clear();
     }
 }
@@ -90,13 +85,10 @@ void ServerWatch::Shared::follow(xcb_connection_t *connection) {
 // Several threads connect, the library's among them, and what reads the authority file keeps the
 // name that it makes of HOME in one buffer for all. A name in the environment is taken as it is.
 static void nameAuthorityFile() {
-    // NOLINTBEGIN(concurrency-mt-unsafe): the first watch is made before any of these threads
-    static const bool isNamed = [] {
-        const char *home = std::getenv("HOME");
-        return !home || setenv("XAUTHORITY", (std::string(home) + "/.Xauthority").c_str(), 0) == 0;
-    }();
+    // NOLINTBEGIN(concurrency-mt-unsafe): the first watch, before any of these threads, changes it
+    if (const char *home = std::getenv("HOME"))
+        setenv("XAUTHORITY", (std::string(home) + "/.Xauthority").c_str(), 0);
     // NOLINTEND(concurrency-mt-unsafe)
-    static_cast<void>(isNamed);
 }
 
 ServerWatch::ServerWatch() : shared(std::make_shared<Shared>()) {
