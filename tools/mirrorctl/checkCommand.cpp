@@ -30,8 +30,8 @@ struct CheckOptions {
 // What is reported.
 struct CheckReport {
     std::vector<config::Problem> problems;
-    std::string remark;       // one line on what could not be checked, or empty
-    bool screenKnown = false; // the display's size, which the panels' places were compared with
+    std::string remark;                       // one line on what could not be checked, or empty
+    std::optional<config::ScreenSize> screen; // which the panels' places were compared with
 
     std::size_t count(Severity severity) const {
         return static_cast<std::size_t>(
@@ -40,27 +40,21 @@ struct CheckReport {
     }
 };
 
-// What became of looking for the document's display.
-struct DisplaySearch {
-    std::optional<config::ScreenSize> screen; // the size to compare the panels' places with
-    std::vector<config::Problem> problems;    // without places
-    std::string remark;
-};
-
-// That there is no server to ask, or that it hangs, is no problem unless the display is needed.
-static DisplaySearch findDisplay(const config::Document &document, bool isNeeded) {
-    DisplaySearch search;
+// Looks for the document's display, and notes its size in the report, or why that is not known.
+// Returns what is wrong, without places. That there is no server to ask, or that it hangs, is no
+// problem unless the display is needed.
+static std::vector<config::Problem> findDisplay(const config::Document &document, bool isNeeded,
+                                                CheckReport &report) {
     // Its connection lasts while the library asks: servers may reset when their last client leaves.
     const ServerWatch watch;
     constexpr double patience = 3.0; // a server that is only busy should not be taken for hung
     if (watch.isSilentFor(patience)) {
         const std::string reason = serverName() + " does not answer";
         if (isNeeded)
-            search.problems = {{"/displayID", "cannot be looked for, since " + reason,
-                                "is it stopped or overloaded? mirrorctl doctor says more"}};
-        else
-            search.remark = "The displays are not known, since " + reason + ".";
-        return search;
+            return {{"/displayID", "cannot be looked for, since " + reason,
+                     "is it stopped or overloaded? mirrorctl doctor says more"}};
+        report.remark = "The displays are not known, since " + reason + ".";
+        return {};
     }
     DisplayList list;
     try {
@@ -69,34 +63,31 @@ static DisplaySearch findDisplay(const config::Document &document, bool isNeeded
     } catch (const std::exception &error) {
         if (isNeeded)
             throw;
-        search.remark = "The displays are not known: " + std::string(error.what()) + ".";
-        return search;
+        report.remark = "The displays are not known: " + std::string(error.what()) + ".";
+        return {};
     }
     if (list.displays.empty() && !isNeeded && watch.state() != ServerWatch::State::Answering) {
-        search.remark = "There is no display here to look at.";
-        return search;
+        report.remark = "There is no display here to look at.";
+        return {};
     }
-    search.problems = displayProblems(document, list);
     for (const Display &display : list.displays)
         if (display.is(document.displayID) && display.hasPicture())
-            search.screen = config::ScreenSize{display.width, display.height};
+            report.screen = config::ScreenSize{display.width, display.height};
         else if (display.is(document.displayID))
-            search.remark = "The display gives no picture, so its size is not known.";
-    return search;
+            report.remark = "The display gives no picture, so its size is not known.";
+    return displayProblems(document, list);
 }
 
 // Returns the status of a run, which would be refused for the same reasons in the same order.
 static ExitStatus review(const CheckOptions &options, std::string text, CheckReport &report) {
     config::Reading reading = config::readText(std::move(text));
     const config::FaultyParts faulty(reading.problems);
-    DisplaySearch search;
+    std::vector<config::Problem> displayProblems;
     if (options.looksForDisplay() && !faulty.include("/displayID"))
-        search = findDisplay(reading.document, options.needsDisplay);
+        displayProblems = findDisplay(reading.document, options.needsDisplay, report);
     if (!options.screen.empty())
-        search.screen = config::parseScreenSize(options.screen, mostPixels);
-    report.screenKnown = search.screen.has_value();
-    report.remark = search.remark;
-    if (!search.screen && !faulty.include("/devices"))
+        report.screen = config::parseScreenSize(options.screen, mostPixels);
+    if (!report.screen && !faulty.include("/devices"))
         report.remark += std::string(report.remark.empty() ? "" : " ") +
                          "The panels' places were not checked; --screen names the display's size.";
 
@@ -111,9 +102,9 @@ static ExitStatus review(const CheckOptions &options, std::string text, CheckRep
     };
     require(modeProblems(reading.document), ExitStatus::DocumentFaulty);
     require(addressProblems(reading.document), ExitStatus::AddressFaulty);
-    require(std::move(search.problems), ExitStatus::DisplayMissing);
+    require(std::move(displayProblems), ExitStatus::DisplayMissing);
     config::locate(reading, unmet); // none when the text does not even parse
-    report.problems = config::review(std::move(reading), search.screen).problems;
+    report.problems = config::review(std::move(reading), report.screen).problems;
     std::move(unmet.begin(), unmet.end(), std::back_inserter(report.problems));
     std::stable_sort(report.problems.begin(), report.problems.end(),
                      [](const auto &a, const auto &b) {
@@ -182,7 +173,7 @@ static std::string jsonText(const std::string &name, const CheckReport &report) 
     number("warnings", report.count(Severity::Warning));
     number("cautions", report.count(Severity::Caution));
     writer.Key("screenKnown");
-    writer.Bool(report.screenKnown);
+    writer.Bool(report.screen.has_value());
     writer.Key("problems");
     writer.StartArray();
     for (const auto &problem : report.problems) {
