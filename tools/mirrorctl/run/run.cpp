@@ -11,11 +11,8 @@ namespace mirrorctl {
 
 static constexpr double tryPause = 1.0; // between two attempts to find a server that has gone
 
-Run::Run(const RunPlan &plan_, const StopSignals &signals_, FrameCounter *counter,
-         LibraryMessages &messages_)
-    : plan(plan_), signals(signals_), messages(messages_), reporter(plan_, counter, messages_) {
-    watch.emplace();
-}
+Run::Run(const RunPlan &plan_, const StopSignals &signals_, LibraryMessages &messages_)
+    : plan(plan_), signals(signals_), messages(messages_), reporter(plan_, messages_) {}
 
 ExitStatus Run::startFirst() {
     reporter.restartClock();
@@ -136,7 +133,8 @@ void Run::awaitCall() {
     }
     nextTry = reporter.elapsed();
     if (phase == Phase::Stopping) {
-        reporter.pause();
+        if (plan.counter)
+            plan.counter->pause();
         if (result != ExitStatus::Done || plan.once)
             ending = result != ExitStatus::Done ? result : ExitStatus::ServerGone;
     } else {

@@ -49,13 +49,13 @@ static ExitStatus run(const RunOptions &options) {
                      counter->reason().c_str());
         counter.reset();
     }
-    RunPlan plan{reading.document, textFor(options, reading, counter), options.seconds,
-                 options.once, ReportStyle::Plain};
+    RunPlan plan{reading.document, textFor(options, reading, counter),
+                 counter ? &*counter : nullptr, options.seconds, options.once};
     if (options.json)
         plan.style = ReportStyle::Json;
     else if (showsColours(fileno(messages.output())))
         plan.style = ReportStyle::Live;
-    Run run(plan, signals, counter ? &*counter : nullptr, messages);
+    Run run(plan, signals, messages);
     auto status = untilSignal(signals, nothingMirrored, [&] {
         auto outcome = checkRequirements(options.path, reading, true);
         if (outcome == ExitStatus::Done && signals.take() == 0)

@@ -1,7 +1,6 @@
-#include "tools/mirrorctl/run/runReporter.h"
-
 #include "tools/config/modes.h"
 #include "tools/lights/text.h"
+#include "tools/mirrorctl/run/run.h"
 
 #include <algorithm>
 #include <cstdio>
@@ -25,24 +24,23 @@ static std::size_t terminalColumns(int fd) {
     return size.ws_col;
 }
 
-RunReporter::RunReporter(const RunPlan &plan_, FrameCounter *counter_, LibraryMessages &messages_)
-    : plan(plan_), counter(counter_), messages(messages_), lights(describeLights(plan.document)),
-      begin(Clock::now()) {}
+RunReporter::RunReporter(const RunPlan &plan_, LibraryMessages &messages_)
+    : plan(plan_), messages(messages_), lights(describeLights(plan.document)) {}
 
 void RunReporter::read() {
     messages.read(plan.style == ReportStyle::Plain);
-    if (!counter)
+    if (!plan.counter)
         return;
-    const auto before = counter->tally().frames();
-    counter->read();
+    const FrameTally &tally = plan.counter->tally();
+    const auto before = tally.frames();
+    plan.counter->read();
     const double now = elapsed();
-    if (counter->tally().frames() > before) {
+    if (tally.frames() > before) {
         const double wallClock =
             std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch())
                 .count();
         // The wall clock may have been set meanwhile.
-        lastFrame =
-            now - std::clamp(wallClock - counter->tally().lastTime(), 0.0, now - lastReading);
+        lastFrame = now - std::clamp(wallClock - tally.lastTime(), 0.0, now - lastReading);
     }
     lastReading = now;
 }
@@ -65,7 +63,7 @@ std::optional<double> RunReporter::nextTime() const {
     constexpr double readingPause = 2.0;
     if (plan.style != ReportStyle::Plain)
         return nextReport;
-    return counter ? std::optional(lastReading + readingPause) : std::nullopt;
+    return plan.counter ? std::optional(lastReading + readingPause) : std::nullopt;
 }
 
 void RunReporter::reportServer(ServerState state, const char *event, const std::string &sentence) {
@@ -79,11 +77,6 @@ void RunReporter::reportServer(ServerState state, const char *event, const std::
         std::fprintf(stderr, "%s\n", sentence.c_str());
     else
         report(event);
-}
-
-void RunReporter::pause() {
-    if (counter)
-        counter->pause();
 }
 
 void RunReporter::clearLine() {
@@ -109,20 +102,21 @@ RunState RunReporter::state(bool atEnd) const {
     state.mode = plan.document.mode;
     state.elapsed = now;
     state.planned = plan.seconds;
-    state.isCounted = counter != nullptr;
+    state.isCounted = plan.counter != nullptr;
     state.silence = now - lastFrame;
     state.errors = messages.count();
     state.lastError = messages.last();
     state.server = server;
     state.outage = outage;
     state.wholeOutage = outages + (server == ServerState::Gone ? outage : 0.0);
-    if (counter) {
-        state.frames = counter->tally().frames();
-        if (atEnd)
-            state.pace = counter->tally().wholePace();
-        else if (server != ServerState::Gone)
-            state.pace = counter->tally().recentPace();
-    }
+    if (!plan.counter)
+        return state;
+    const FrameTally &tally = plan.counter->tally();
+    state.frames = tally.frames();
+    if (atEnd)
+        state.pace = tally.wholePace();
+    else if (server != ServerState::Gone)
+        state.pace = tally.recentPace();
     return state;
 }
 
