@@ -25,27 +25,28 @@ bool LibraryCall::isDone() const {
     return awaitReadable({descriptor()}, 0);
 }
 
-void reportInterruption(const char *nothing, int signum) {
+bool reportInterruption(const char *nothing, const StopSignals &signals) {
     static std::atomic_flag isReported;
-    if (!isReported.test_and_set())
+    const int signum = signals.take();
+    if (signum != 0 && !isReported.test_and_set())
         // NOLINTNEXTLINE(concurrency-mt-unsafe): a known signal has a constant name
         std::fprintf(stderr, "%s: %s.\n", nothing, strsignal(signum));
+    return signum != 0;
 }
 
 ExitStatus untilSignal(const StopSignals &signals, const char *nothing,
                        std::function<ExitStatus()> work) {
     ServerWatch watch;
     LibraryCall call(std::move(work));
-    int signum = 0;
-    while (!call.isDone() && signum == 0)
-        signum = signals.waitForInput({call.descriptor()}, std::nullopt);
+    while (!call.isDone() && signals.take() == 0)
+        signals.waitForInput({call.descriptor()}, std::nullopt);
     if (!call.isDone()) {
         watch.ask();
         awaitReadable({call.descriptor()}, graceSeconds);
     }
     if (call.isDone())
         return call.result();
-    reportInterruption(nothing, signum);
+    reportInterruption(nothing, signals);
     if (watch.state() != ServerWatch::State::Absent && watch.owesAnswer())
         std::fputs(silentServerLine().c_str(), stderr);
     endAtOnce(ExitStatus::NothingSent);

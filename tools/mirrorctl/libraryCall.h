@@ -44,9 +44,9 @@ inline constexpr double graceSeconds = 0.25;
 ExitStatus untilSignal(const StopSignals &signals, const char *nothing,
                        std::function<ExitStatus()> work);
 
-// "No palette: Interrupt." on standard error, where `nothing` is "No palette". Only the first call
-// in a process prints anything.
-void reportInterruption(const char *nothing, int signum);
+// Whether a signal has come. The first time that one has, prints "No palette: Interrupt." on
+// standard error, where `nothing` is "No palette".
+bool reportInterruption(const char *nothing, const StopSignals &signals);
 
 // Ends the process without its destructors, which would wait for the library.
 [[noreturn]] void endAtOnce(ExitStatus status);

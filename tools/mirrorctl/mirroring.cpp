@@ -141,24 +141,25 @@ static config::Document withoutLights(std::int32_t displayID) {
     return {displayID, config::paletteMode, {{"127.0.0.1", 2, 0, 1.0, {}}}};
 }
 
-ExitStatus mirrorBriefly(const BriefRun &run, config::Reading &reading) {
-    if (const auto status = load(run.path, std::nullopt, reading); status != ExitStatus::Done)
+ExitStatus mirrorBriefly(const std::string &path, bool usesLights, const char *nothing,
+                         config::Reading &reading, const BriefWork &work) {
+    if (const auto status = load(path, std::nullopt, reading); status != ExitStatus::Done)
         return status;
     const config::Document &document = reading.document;
     // Not before the document has been read: Ctrl-C must end a wait for standard input.
     const StopSignals signals;
-    return untilSignal(signals, run.nothing, [&] {
+    return untilSignal(signals, nothing, [&] {
         const MessagesToStandardError redirection;
-        auto status = checkRequirements(run.path, reading, run.usesLights);
+        auto status = checkRequirements(path, reading, usesLights);
         if (status == ExitStatus::Done)
-            status = apply(run.usesLights ? reading.text
-                                          : config::documentText(withoutLights(document.displayID)),
+            status = apply(usesLights ? reading.text
+                                      : config::documentText(withoutLights(document.displayID)),
                            document.displayID);
         if (status == ExitStatus::Done)
-            status = start(run.usesLights ? document.devices.size() : 1);
+            status = start(usesLights ? document.devices.size() : 1);
         if (status != ExitStatus::Done)
             return status;
-        const auto result = run.work(document, signals);
+        const auto result = work(signals);
         const auto stopped = stop();
         return result == ExitStatus::Done ? stopped : result;
     });

@@ -41,14 +41,11 @@ ExitStatus apply(std::string text, std::int32_t displayID);
 ExitStatus start(std::size_t deviceCount);
 ExitStatus stop();
 
-// Mirrors a document's display, onto its devices or onto none, for as long as `work` takes. Ends
-// the process when a signal comes and `work` does not return, as untilSignal() does.
-struct BriefRun {
-    std::string path;
-    bool usesLights = true;
-    const char *nothing; // what an interruption leaves undone, such as "No palette"
-    std::function<ExitStatus(const config::Document &, const StopSignals &)> work;
-};
-ExitStatus mirrorBriefly(const BriefRun &run, config::Reading &reading);
+// Reads the document and mirrors its display, onto its devices or onto none, for as long as `work`
+// takes. Ends the process when a signal comes and `work` does not return, as untilSignal() does,
+// which `nothing` is for.
+using BriefWork = std::function<ExitStatus(const StopSignals &)>;
+ExitStatus mirrorBriefly(const std::string &path, bool usesLights, const char *nothing,
+                         config::Reading &reading, const BriefWork &work);
 
 } // namespace mirrorctl

@@ -65,10 +65,8 @@ static ExitStatus awaitPalette(std::int32_t displayID, const StopSignals &signal
             if (!palette.isDark())
                 return ExitStatus::Done;
         }
-        if (const int signum = signals.take()) {
-            reportInterruption(noPalette, signum);
+        if (reportInterruption(noPalette, signals))
             return ExitStatus::NothingSent;
-        }
         const std::chrono::duration<double> passed = Clock::now() - begin;
         if (passed.count() < darknessSeconds)
             continue;
@@ -100,13 +98,13 @@ static void printTable(const Palette &palette) {
 static ExitStatus showPalette(const PaletteOptions &options) {
     config::Reading reading;
     Palette palette;
-    const auto work = [&](const config::Document &document, const StopSignals &signals) {
-        return awaitPalette(document.displayID, signals, palette);
+    const auto work = [&](const StopSignals &signals) {
+        return awaitPalette(reading.document.displayID, signals, palette);
     };
-    const auto status = mirrorBriefly({options.path, false, noPalette, work}, reading);
+    const auto status = mirrorBriefly(options.path, false, noPalette, reading, work);
     if (status != ExitStatus::Done)
         return status;
-    if (options.json || !isTerminal(STDOUT_FILENO))
+    if (options.json || isatty(STDOUT_FILENO) != 1)
         std::puts(palette.text.c_str());
     else
         printTable(palette);

@@ -7,13 +7,9 @@
 
 namespace mirrorctl {
 
-bool isTerminal(int fd) {
-    return isatty(fd) == 1;
-}
-
 bool showsColours(int fd) {
     const char *type = std::getenv("TERM");
-    return isTerminal(fd) && !(type && std::string_view(type) == "dumb");
+    return isatty(fd) == 1 && !(type && std::string_view(type) == "dumb");
 }
 
 std::string swatch(const Colour &colour) {

@@ -9,8 +9,6 @@ namespace mirrorctl {
 
 using lights::Colour;
 
-bool isTerminal(int fd);
-
 // Whether colours shall be shown there: on a terminal that does not call itself dumb.
 bool showsColours(int fd);
 

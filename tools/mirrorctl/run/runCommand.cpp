@@ -62,10 +62,8 @@ static ExitStatus run(const RunOptions &options) {
             outcome = apply(plan.text, plan.document.displayID);
         if (outcome != ExitStatus::Done)
             return outcome;
-        if (signals.take() != 0) {
-            reportInterruption(nothingMirrored, signals.take());
+        if (reportInterruption(nothingMirrored, signals))
             return ExitStatus::NothingSent;
-        }
         // From here on there is a run, which is stopped properly.
         return run.startFirst();
     });

@@ -95,10 +95,8 @@ static std::optional<Snapshot> await(const config::Document &document,
             dark = std::move(snapshot);
         else if (snapshot && !std::exchange(mayBePartial, false))
             return snapshot;
-        if (const int signum = signals.take()) {
-            reportInterruption(noSnapshot, signum);
+        if (reportInterruption(noSnapshot, signals))
             return std::nullopt;
-        }
         const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - begin;
         if (dark && passed.count() >= std::min(options.seconds, darknessSeconds)) {
             // Black is no answer of a server that hangs.
@@ -148,11 +146,11 @@ static void print(const Snapshot &snapshot, const std::vector<config::DeviceEntr
 static ExitStatus showSnapshot(const SnapshotOptions &options) {
     config::Reading reading;
     std::optional<Snapshot> snapshot;
-    const auto work = [&](const config::Document &document, const StopSignals &signals) {
-        snapshot = await(document, options, signals);
+    const auto work = [&](const StopSignals &signals) {
+        snapshot = await(reading.document, options, signals);
         return snapshot ? ExitStatus::Done : ExitStatus::NothingSent;
     };
-    const auto status = mirrorBriefly({options.path, true, noSnapshot, work}, reading);
+    const auto status = mirrorBriefly(options.path, true, noSnapshot, reading, work);
     if (status != ExitStatus::Done)
         return status;
     if (options.json)
