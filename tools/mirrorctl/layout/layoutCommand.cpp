@@ -14,11 +14,10 @@
 namespace mirrorctl {
 
 struct LayoutOptions {
+    LayoutPlan plan; // its addresses and control version
     std::string shape;
-    std::vector<std::string> addresses;
     std::optional<std::int64_t> display;
     std::string screen;
-    std::int32_t controlVersion = 2;
     std::string mode = "match";
 };
 
@@ -66,28 +65,23 @@ static std::optional<Display> findDisplay(const LayoutOptions &options) {
 }
 
 static ExitStatus makeLayout(const LayoutOptions &options) {
-    LayoutPlan plan;
-    std::optional<Display> display;
-    if (options.screen.empty() || !options.display)
-        display = findDisplay(options);
-    else
-        display = Display{static_cast<std::uint32_t>(*options.display)};
+    const auto display = options.display && !options.screen.empty()
+                             ? Display{static_cast<std::uint32_t>(*options.display)}
+                             : findDisplay(options);
     if (!display)
         return ExitStatus::DisplayMissing;
-    plan.screen = {display->width, display->height};
-    if (!options.screen.empty())
-        plan.screen = *config::parseScreenSize(options.screen, mostPixels);
-    else if (!display->hasPicture()) {
+    if (options.screen.empty() && !display->hasPicture()) {
         std::fprintf(
             stderr,
             "Display %u gives no picture, so its size is not known; name it with --screen.\n",
             display->displayID);
         return ExitStatus::DisplayMissing;
     }
-    plan.displayID = static_cast<std::int32_t>(display->displayID);
+    LayoutPlan plan = options.plan;
     plan.shape = *parseShape(options.shape);
-    plan.addresses = options.addresses;
-    plan.controlVersion = options.controlVersion;
+    plan.displayID = static_cast<std::int32_t>(display->displayID);
+    plan.screen = config::parseScreenSize(options.screen, mostPixels)
+                      .value_or(config::ScreenSize{display->width, display->height});
     plan.mode = *config::modeNumber(options.mode);
     if (const std::string problem = problemOf(plan); !problem.empty()) {
         std::fprintf(stderr, "No configuration can be made from this: %s.\n", problem.c_str());
@@ -133,7 +127,7 @@ void addLayoutCommand(CLI::App &program, ExitStatus &status) {
         ->required()
         ->type_name("")
         ->check(checkShape);
-    command->add_option("ADDRESS", options->addresses, "The devices, which share the panels")
+    command->add_option("ADDRESS", options->plan.addresses, "The devices, which share the panels")
         ->required()
         ->type_name("")
         ->check(checkAddress);
@@ -147,7 +141,7 @@ void addLayoutCommand(CLI::App &program, ExitStatus &status) {
               "The display's size in pixels, such as 1920x1080; together with --display no display "
               "is looked for");
     command
-        ->add_option("--control-version", options->controlVersion,
+        ->add_option("--control-version", options->plan.controlVersion,
                      "1 for devices with narrow datagrams, any other number for wide ones "
                      "(default 2)")
         ->type_name("N");
