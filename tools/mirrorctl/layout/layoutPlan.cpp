@@ -6,17 +6,11 @@
 #include <charconv>
 #include <cmath>
 #include <string_view>
+#include <utility>
 
 namespace mirrorctl {
 
-namespace {
-
-struct Point {
-    std::int32_t x = 0;
-    std::int32_t y = 0;
-};
-
-} // namespace
+using Point = std::pair<std::int32_t, std::int32_t>; // x and y
 
 // The number that makes up the text.
 static std::optional<std::size_t> wholeNumber(std::string_view text) {
@@ -30,13 +24,9 @@ static std::optional<std::size_t> wholeNumber(std::string_view text) {
 
 std::optional<Shape> parseShape(const std::string &text) {
     constexpr std::string_view strip = "strip:";
-    Shape shape;
     if (text.starts_with(strip)) {
         const auto length = wholeNumber(std::string_view(text).substr(strip.size()));
-        if (!length)
-            return std::nullopt;
-        shape.length = *length;
-        return shape;
+        return length ? std::optional(Shape{0, 0, *length}) : std::nullopt;
     }
     const auto x = text.find('x');
     if (x == std::string::npos)
@@ -45,9 +35,7 @@ std::optional<Shape> parseShape(const std::string &text) {
     const auto columns = wholeNumber(std::string_view(text).substr(x + 1));
     if (!rows || !columns || *rows * *columns > mostPanels)
         return std::nullopt;
-    shape.rows = *rows;
-    shape.columns = *columns;
-    return shape;
+    return Shape{*rows, *columns};
 }
 
 // The side of a panel's area, in pixels.
@@ -115,9 +103,7 @@ std::string problemOf(const LayoutPlan &plan) {
 }
 
 config::Document layOut(const LayoutPlan &plan) {
-    config::Document document;
-    document.displayID = plan.displayID;
-    document.mode = plan.mode;
+    config::Document document{plan.displayID, plan.mode, {}};
     const std::size_t panels = plan.shape.panels();
     const std::size_t devices = plan.addresses.size();
     for (std::size_t d = 0; d < devices; ++d) {
@@ -127,9 +113,9 @@ config::Document layOut(const LayoutPlan &plan) {
         device.shapeType = 0;
         device.scaleFactor = scaleOf(sideOf(plan));
         for (std::size_t i = d * panels / devices; i < (d + 1) * panels / devices; ++i) {
-            const Point at = plan.shape.rows > 0 ? gridPoint(plan, i) : stripPoint(plan, i);
+            const auto [x, y] = plan.shape.rows > 0 ? gridPoint(plan, i) : stripPoint(plan, i);
             const auto number = static_cast<std::int32_t>(device.panels.size() + 1);
-            device.panels.push_back({number, at.x, at.y});
+            device.panels.push_back({number, x, y});
         }
         document.devices.push_back(std::move(device));
     }
