@@ -4,8 +4,6 @@
 
 namespace platform::x11 {
 
-namespace {
-
 const xcb_visualtype_t *rootVisual(const xcb_screen_t &screen) {
     for (auto depths = xcb_screen_allowed_depths_iterator(&screen); depths.rem > 0;
          xcb_depth_next(&depths))
@@ -23,8 +21,6 @@ const xcb_format_t *formatOfDepth(const xcb_setup_t *setup, std::uint8_t depth) 
             return formats.data;
     return nullptr;
 }
-
-} // namespace
 
 std::optional<PixelFormat::Channel> PixelFormat::channelOf(std::uint32_t mask) {
     const int bits = std::popcount(mask);

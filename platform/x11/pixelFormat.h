@@ -11,6 +11,10 @@
 
 namespace platform::x11 {
 
+// The root window's visual, and how pixmaps of a depth are stored; null when the server has none.
+const xcb_visualtype_t *rootVisual(const xcb_screen_t &screen);
+const xcb_format_t *formatOfDepth(const xcb_setup_t *setup, std::uint8_t depth);
+
 class PixelFormat {
 public:
     // The format of the root window. Nothing when its pixels are not red, green and blue values of

@@ -106,24 +106,6 @@ static Check examineSession(Connection &connection, Reading reading) {
 
 // The screen
 
-static const xcb_visualtype_t *rootVisual(Connection &connection) {
-    for (auto depths = xcb_screen_allowed_depths_iterator(&connection.screen()); depths.rem > 0;
-         xcb_depth_next(&depths))
-        for (auto visuals = xcb_depth_visuals_iterator(depths.data); visuals.rem > 0;
-             xcb_visualtype_next(&visuals))
-            if (visuals.data->visual_id == connection.screen().root_visual)
-                return visuals.data;
-    return nullptr;
-}
-
-static int bitsPerPixel(Connection &connection) {
-    for (auto formats = xcb_setup_pixmap_formats_iterator(xcb_get_setup(connection.get()));
-         formats.rem > 0; xcb_format_next(&formats))
-        if (formats.data->depth == connection.screen().root_depth)
-            return formats.data->bits_per_pixel;
-    return 0;
-}
-
 static Check examineScreen(Connection &connection, Reading reading) {
     if (reading == Reading::Gone)
         return {Verdict::Bad, "screen", "the X server went away when it was asked for a pixel",
@@ -138,9 +120,11 @@ static Check examineScreen(Connection &connection, Reading reading) {
     if (reading == Reading::NothingThere)
         return {Verdict::Bad, "screen", "the X server has no picture of it",
                 "use an X server that shows the screen itself", ExitStatus::CaptureRefused};
-    const xcb_visualtype_t *visual = rootVisual(connection);
+    const auto *visual = platform::x11::rootVisual(connection.screen());
     const bool hasTable = !visual || visual->_class != XCB_VISUAL_CLASS_TRUE_COLOR;
-    const int bits = bitsPerPixel(connection);
+    const auto *stored = platform::x11::formatOfDepth(xcb_get_setup(connection.get()),
+                                                      connection.screen().root_depth);
+    const int bits = stored ? stored->bits_per_pixel : 0;
     const std::string format = std::to_string(bits) + " bits a pixel";
     if (hasTable || (bits != 16 && bits != 32))
         return {Verdict::Bad, "screen",
