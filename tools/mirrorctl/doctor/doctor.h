@@ -11,10 +11,6 @@
 #include <string>
 #include <vector>
 
-namespace platform::x11 {
-class Connection;
-}
-
 namespace mirrorctl {
 
 // report.cpp
@@ -82,14 +78,6 @@ private:
     std::string why;
     double time = 0.0;
 };
-
-// X11 alone: xChecks.cpp
-
-// By the session's variables; says nothing of the X server.
-bool isWaylandSession();
-
-// The kind of session, whether and in which format the screen can be read, and the extensions.
-std::vector<Check> examineX(platform::x11::Connection &connection);
 
 // captureTrial.cpp, deviceTrial.cpp
 

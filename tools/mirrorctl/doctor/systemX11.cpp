@@ -1,18 +1,31 @@
 #include "tools/mirrorctl/doctor/doctor.h"
 
 #include "platform/objects/signals.h"
-#include "platform/x11/connection.h"
 #include "platform/x11/handshake.h"
+#include "platform/x11/pixelMemory.h"
 
 #include <cstdlib>
 #include <netinet/in.h>
 #include <sys/socket.h>
+#include <xcb/randr.h>
+#include <xcb/shm.h>
 
 namespace mirrorctl {
 
 using platform::x11::Answer;
 using platform::x11::Connection;
 using platform::x11::Handshake;
+using platform::x11::PixelMemory;
+using platform::x11::Reply;
+
+// By the session's variables; says nothing of the X server.
+static bool isWaylandSession() {
+    const char *socket = std::getenv("WAYLAND_DISPLAY");
+    const char *type = std::getenv("XDG_SESSION_TYPE");
+    return (socket && *socket) || (type && std::string(type) == "wayland");
+}
+
+// Why there is no server to ask
 
 static std::string displayVariable() {
     const char *value = std::getenv("DISPLAY");
@@ -31,16 +44,6 @@ static Check missing(const std::string &finding, const std::string &remedy) {
     return {Verdict::Bad, "X server", finding, remedy, ExitStatus::DisplayMissing};
 }
 
-static Check missingName() {
-    if (isWaylandSession())
-        return missing("the variable DISPLAY is not set: this is a Wayland session without an X "
-                       "server, and its screen cannot be mirrored",
-                       "log out, and choose an X11 session where you log in");
-    return missing("the variable DISPLAY is not set, so there is none to ask",
-                   "run this in the desktop session, or set DISPLAY to its server's name, such as "
-                   ":0, and XAUTHORITY to its key file");
-}
-
 static Check refusal(const std::string &name, const Handshake &handshake) {
     const std::string finding = name + " does not let this user in" +
                                 (handshake.reason.empty() ? "" : ", and says: " + handshake.reason);
@@ -53,11 +56,16 @@ static Check refusal(const std::string &name, const Handshake &handshake) {
                                   "session it is, or set XAUTHORITY to that session's key file");
 }
 
-// Why there is no server to ask.
 static Check explain(const Handshake &handshake) {
     const std::string display = displayVariable();
+    if (display.empty() && isWaylandSession())
+        return missing("the variable DISPLAY is not set: this is a Wayland session without an X "
+                       "server, and its screen cannot be mirrored",
+                       "log out, and choose an X11 session where you log in");
     if (display.empty())
-        return missingName();
+        return missing("the variable DISPLAY is not set, so there is none to ask",
+                       "run this in the desktop session, or set DISPLAY to its server's name, "
+                       "such as :0, and XAUTHORITY to its key file");
     const std::string name = "\"" + display + "\"";
     if (!namesServer(display))
         return missing(name + ", the value of DISPLAY, is not a server's name",
@@ -83,6 +91,174 @@ static Check explain(const Handshake &handshake) {
     }
 }
 
+static bool hasExtension(Connection &connection, const std::string &name) {
+    connection.extendWatch();
+    const Reply<xcb_query_extension_reply_t> reply(xcb_query_extension_reply(
+        connection.get(),
+        xcb_query_extension(connection.get(), static_cast<std::uint16_t>(name.size()),
+                            name.c_str()),
+        nullptr));
+    return reply && reply->present;
+}
+
+// Sessions
+
+// The name of an output that only X servers in Wayland sessions have; empty when there is none.
+static std::string waylandOutput(Connection &connection) {
+    const Reply<xcb_randr_get_screen_resources_current_reply_t> resources(
+        xcb_randr_get_screen_resources_current_reply(
+            connection.get(),
+            xcb_randr_get_screen_resources_current(connection.get(), connection.root()), nullptr));
+    if (!resources)
+        return {};
+    const auto *outputs = xcb_randr_get_screen_resources_current_outputs(resources.get());
+    const int count = xcb_randr_get_screen_resources_current_outputs_length(resources.get());
+    for (int i = 0; i < count; ++i) {
+        const Reply<xcb_randr_get_output_info_reply_t> info(xcb_randr_get_output_info_reply(
+            connection.get(),
+            xcb_randr_get_output_info(connection.get(), outputs[i], XCB_CURRENT_TIME), nullptr));
+        if (!info)
+            continue;
+        std::string name(
+            reinterpret_cast<const char *>(xcb_randr_get_output_info_name(info.get())),
+            static_cast<std::size_t>(xcb_randr_get_output_info_name_length(info.get())));
+        if (name.starts_with("XWAYLAND"))
+            return name;
+    }
+    return {};
+}
+
+enum class Reading { Done, Refused, NothingThere, Gone };
+
+// Reads one pixel of the screen.
+static Reading readPixel(Connection &connection) {
+    xcb_generic_error_t *answer = nullptr;
+    const Reply<xcb_get_image_reply_t> image(
+        xcb_get_image_reply(connection.get(),
+                            xcb_get_image(connection.get(), XCB_IMAGE_FORMAT_Z_PIXMAP,
+                                          connection.root(), 0, 0, 1, 1, ~0u),
+                            &answer));
+    const Reply<xcb_generic_error_t> error(answer);
+    if (image)
+        return Reading::Done;
+    if (!error)
+        return Reading::Gone;
+    return error->error_code == XCB_ACCESS ? Reading::Refused : Reading::NothingThere;
+}
+
+static Check examineSession(Connection &connection, Reading reading) {
+    const std::string output = hasExtension(connection, "RANDR") ? waylandOutput(connection) : "";
+    const bool isWaylands = !output.empty() || hasExtension(connection, "XWAYLAND");
+    if (!isWaylands && isWaylandSession())
+        return {Verdict::Unsure, "session",
+                "this is a Wayland session, but the X server is no part of it; what the X server "
+                "shows is mirrored, and nothing of the session",
+                "log in to an X11 session to mirror all that is on the screen"};
+    if (!isWaylands)
+        return {Verdict::Good, "session", "a session of the X server's own"};
+
+    const std::string session =
+        isWaylandSession() ? "this is a Wayland session"
+                           : "the X server belongs to a Wayland session on the machine that it "
+                             "runs on" +
+                                 (output.empty() ? "" : ", as its output " + output + " shows");
+    const std::string remedy =
+        isWaylandSession()
+            ? "log out, and choose an X11 session where you log in, to mirror what is on the screen"
+            : "choose an X11 session when you log in at that machine's screen; over the network "
+              "nothing can be done";
+    if (reading == Reading::Done)
+        return {Verdict::Unsure, "session",
+                session + "; the X server shows X programs only, and black where other windows are",
+                remedy};
+    return {Verdict::Bad, "session",
+            session +
+                "; the X server has no picture of the screen, only of the windows of X programs",
+            remedy, ExitStatus::CaptureRefused};
+}
+
+// The screen
+
+static Check examineScreen(Connection &connection, Reading reading) {
+    if (reading == Reading::Gone)
+        return {Verdict::Bad, "screen", "the X server went away when it was asked for a pixel",
+                "is the server still running? Its log says why not", ExitStatus::DisplayMissing};
+    if (reading == Reading::Refused)
+        return {Verdict::Bad, "screen",
+                "the X server does not trust this connection, and so refuses to show the screen "
+                "and hides its extensions; ssh -X makes such connections",
+                "use ssh -Y in place of ssh -X, or run this in the session itself, with its own "
+                "key",
+                ExitStatus::CaptureRefused};
+    if (reading == Reading::NothingThere)
+        return {Verdict::Bad, "screen", "the X server has no picture of it",
+                "use an X server that shows the screen itself", ExitStatus::CaptureRefused};
+    const auto *visual = platform::x11::rootVisual(connection.screen());
+    const bool hasTable = !visual || visual->_class != XCB_VISUAL_CLASS_TRUE_COLOR;
+    const auto *stored = platform::x11::formatOfDepth(xcb_get_setup(connection.get()),
+                                                      connection.screen().root_depth);
+    const int bits = stored ? stored->bits_per_pixel : 0;
+    const std::string format = std::to_string(bits) + " bits a pixel";
+    if (hasTable || (bits != 16 && bits != 32))
+        return {Verdict::Bad, "screen",
+                format + (hasTable ? ", looked up in a table of colours" : "") +
+                    "; the library reads 16 or 32 bits of red, green and blue",
+                "give the screen a depth of 16 or 24: DefaultDepth 24 in the configuration of "
+                "Xorg, -screen 0 1280x720x24 for Xvfb, -depth 24 for Xvnc",
+                ExitStatus::CaptureRefused};
+    return {Verdict::Good, "screen", "can be read, " + format};
+}
+
+// Extensions
+
+static constexpr const char *switchOn = "switch the extension on in the X server's configuration";
+
+static Check examineRandr(Connection &connection) {
+    const bool isThere = hasExtension(connection, "RANDR");
+    const Reply<xcb_randr_query_version_reply_t> version(
+        isThere ? xcb_randr_query_version_reply(
+                      connection.get(), xcb_randr_query_version(connection.get(), 1, 5), nullptr)
+                : nullptr);
+    if (version && (version->major_version > 1 || version->minor_version >= 5))
+        return {Verdict::Good, "RANDR", "lists the displays"};
+    return {Verdict::Bad, "RANDR",
+            isThere ? "older than 1.5, which lists monitors"
+                    : "missing; without it there are no displays to name",
+            "use an X server with RANDR 1.5 or later", ExitStatus::DisplayMissing};
+}
+
+static Check examineSharing(Connection &connection) {
+    const std::string cost = "the screen is read through the connection, at several times the cost";
+    if (!connection.isLocal())
+        return {Verdict::Unsure, "MIT-SHM",
+                "of no use, since DISPLAY names a server over the network; " + cost,
+                "run this on the machine that the screen belongs to, with DISPLAY set to the "
+                "server's local name, such as :0"};
+    if (!hasExtension(connection, "MIT-SHM"))
+        return {Verdict::Unsure, "MIT-SHM", "missing; " + cost, switchOn};
+    const Reply<xcb_shm_query_version_reply_t> version(xcb_shm_query_version_reply(
+        connection.get(), xcb_shm_query_version(connection.get()), nullptr));
+    if (!version || (version->major_version == 1 && version->minor_version < 2))
+        return {Verdict::Unsure, "MIT-SHM", "older than 1.2, which takes descriptors; " + cost,
+                "use an X server with MIT-SHM 1.2 or later"};
+    if (!PixelMemory(connection, 1, PixelMemory::Sharing::WhenPossible).isShared())
+        return {Verdict::Unsure, "MIT-SHM",
+                "there, but memory cannot be shared, as when a proxy stands between this program "
+                "and the server; " +
+                    cost,
+                "set DISPLAY to the name of the server itself, and run this outside of containers "
+                "that keep it from sharing memory"};
+    return {Verdict::Good, "MIT-SHM", "the screen is read through shared memory"};
+}
+
+static Check examineNeeded(Connection &connection, const char *name, const std::string &use) {
+    if (hasExtension(connection, name))
+        return {Verdict::Good, name, use};
+    return {Verdict::Bad, name,
+            "missing; without DAMAGE and XFIXES, which tell of changes, nothing is captured",
+            switchOn, ExitStatus::CaptureRefused};
+}
+
 static Check describe(const Connection &connection) {
     const xcb_setup_t *setup = xcb_get_setup(connection.get());
     const xcb_screen_t &screen = connection.screen();
@@ -104,10 +280,18 @@ SystemChecks examineSystem() {
     const auto connection = handshake->answer == Answer::Welcome ? Connection::open() : nullptr;
     if (!connection)
         return {{explain(*handshake)}, handshake};
-    SystemChecks result{{describe(*connection)}, handshake};
-    for (Check &check : examineX(*connection))
-        result.checks.push_back(std::move(check));
-    return result;
+    const Reading reading = readPixel(*connection);
+    std::vector<Check> checks = {describe(*connection), examineSession(*connection, reading)};
+    // The session is the reason then, and has been told.
+    if (checks.back().verdict != Verdict::Bad)
+        checks.push_back(examineScreen(*connection, reading));
+    if (reading != Reading::Refused && reading != Reading::Gone) {
+        checks.push_back(examineRandr(*connection));
+        checks.push_back(examineSharing(*connection));
+        checks.push_back(examineNeeded(*connection, "DAMAGE", "a still screen costs nothing"));
+        checks.push_back(examineNeeded(*connection, "XFIXES", "changed regions are told apart"));
+    }
+    return {checks, handshake};
 }
 
 void requestNetworkErrors(int fd, int family) {
