@@ -13,8 +13,6 @@
 
 namespace mirrorctl {
 
-// report.cpp
-
 enum class Verdict { Good, Unsure, Bad };
 
 // The result for one thing that was examined.
@@ -25,20 +23,6 @@ struct Check {
     std::string remedy = {};
     ExitStatus status = ExitStatus::Done; // the program's, if it is bad
 };
-
-// A heading and the checks under it.
-struct Section {
-    std::string name;
-    std::vector<Check> checks;
-
-    bool isBad() const;
-};
-
-// The status of the first bad check; Done when there is none.
-ExitStatus statusOf(const std::vector<Section> &sections);
-
-void print(const std::vector<Section> &sections); // for readers, on standard output
-std::string jsonText(const std::vector<Section> &sections);
 
 // Each system in a file of its own
 
