@@ -24,34 +24,22 @@ struct Wanted {
     }
 };
 
-// Turns rising offsets into places, each at the cost of the text since the last.
-class Walker {
-public:
-    explicit Walker(const std::string &text_) : text(text_) {}
-
-    Place at(std::size_t offset) {
-        for (const std::size_t end = std::min(offset, text.size()); reached < end; ++reached) {
-            const auto byte = static_cast<unsigned char>(text[reached]);
-            if (byte == '\n') {
-                ++place.line;
-                place.column = 1;
-            } else if ((byte & 0xC0) != 0x80) { // where a character begins
-                ++place.column;
-            }
-        }
-        return place;
-    }
-
-private:
-    const std::string &text;
-    std::size_t reached = 0;
-    Place place = {1, 1};
-};
-
 } // namespace
 
+// The place behind `text`, which begins at `place`.
+static Place passOver(std::string_view text, Place place) {
+    for (const char c : text)
+        if (c == '\n') {
+            ++place.line;
+            place.column = 1;
+        } else if ((static_cast<unsigned char>(c) & 0xC0) != 0x80) { // where a character begins
+            ++place.column;
+        }
+    return place;
+}
+
 Place placeAt(const std::string &text, std::size_t offset) {
-    return Walker(text).at(offset);
+    return passOver(std::string_view(text).substr(0, offset), {1, 1});
 }
 
 std::string stepInto(const std::string &pointer, std::string_view name) {
@@ -80,7 +68,8 @@ std::string shownPointer(const std::string &pointer) {
     return isPlain && pointer.size() <= longest ? pointer : lights::quote(pointer);
 }
 
-static const Wanted *want(Wanted &root, const std::string &pointer) {
+// The part that the pointer leads to, which is made if there is none yet.
+static const Wanted &want(Wanted &root, const std::string &pointer) {
     Wanted *at = &root;
     const rapidjson::Pointer steps(pointer.data(), pointer.size());
     for (std::size_t i = 0; i < steps.GetTokenCount(); ++i) {
@@ -89,7 +78,7 @@ static const Wanted *want(Wanted &root, const std::string &pointer) {
         below.above = at;
         at = &below;
     }
-    return at;
+    return *at;
 }
 
 // Notes where everything is that is wanted of what the value holds; `node` is the value's.
@@ -120,21 +109,24 @@ void locate(const Reading &reading, std::vector<Problem> &problems) {
     if (problems.empty())
         return;
     Wanted root;
-    std::vector<const Wanted *> targets;
-    targets.reserve(problems.size());
     for (const auto &problem : problems)
-        targets.push_back(want(root, problem.pointer));
+        want(root, problem.pointer);
     root.offsets.push_back(reading.tree->nodes.front().offset);
     find(reading.tree->nodes, reading.tree->root, 0, root);
 
     std::vector<std::pair<std::size_t, Problem *>> offsets;
     offsets.reserve(problems.size());
-    for (std::size_t i = 0; i < problems.size(); ++i)
-        offsets.emplace_back(targets[i]->offset(problems[i].occurrence), &problems[i]);
+    for (auto &problem : problems)
+        offsets.emplace_back(want(root, problem.pointer).offset(problem.occurrence), &problem);
     std::sort(offsets.begin(), offsets.end());
-    Walker walker(reading.text);
-    for (const auto &[offset, problem] : offsets)
-        problem->place = walker.at(offset);
+    // Each costs the text since the last.
+    Place place = {1, 1};
+    std::size_t reached = 0;
+    for (const auto &[offset, problem] : offsets) {
+        place = passOver(std::string_view(reading.text).substr(reached, offset - reached), place);
+        reached = offset;
+        problem->place = place;
+    }
 }
 
 } // namespace config

@@ -2,12 +2,14 @@
 #include "tools/config/tree.h"
 #include "tools/lights/address.h"
 #include "tools/lights/datagram.h"
+#include "tools/lights/text.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <map>
 
 namespace config {
+
+using lights::format;
 
 FaultyParts::FaultyParts(const std::vector<Problem> &errors) {
     for (const auto &error : errors)
@@ -37,13 +39,6 @@ struct WarningList {
 
 } // namespace
 
-// "0.02"
-static std::string shown(const char *format, double number) {
-    char text[32];
-    std::snprintf(text, sizeof text, format, number);
-    return text;
-}
-
 static std::string shown(const ScreenSize &size) {
     return std::to_string(size.width) + " x " + std::to_string(size.height);
 }
@@ -56,7 +51,7 @@ static void warnOfFlashes(const Document &document, WarningList &list) {
         list.add(
             "/mode",
             std::string(modeName(document.mode)) + " mode lets the whole wall flash up to " +
-                shown("%.1f", flashes) +
+                format("%.1f", flashes) +
                 " times a second when the screen does; more than 3 flashes a second can set "
                 "off seizures in some people",
             "warn anyone who will see the wall; for pictures that flash choose palette mode (3), "
@@ -94,8 +89,8 @@ static void warnOfSize(const DeviceEntry &device, const std::string &pointer,
         return;
     if (half < 1.0)
         list.add(pointer + "/scaleFactor",
-                 "expected " + shown("%g", 3.0 / baseSize(device)) +
-                     " or more for this shapeType, found " + shown("%g", device.scaleFactor) +
+                 "expected " + format("%g", 3.0 / baseSize(device)) +
+                     " or more for this shapeType, found " + format("%g", device.scaleFactor) +
                      ", with which the panels take their colour from a single pixel",
                  "1 makes the area 100 pixels wide for shapeType 0, and 66 for any other");
     else if (screen && (2.0 * half > screen->width || 2.0 * half > screen->height))

@@ -6,6 +6,7 @@
 #include "tools/lights/device.h"
 
 #include <cstddef>
+#include <cstdio>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -16,6 +17,13 @@ namespace lights {
 // The text as a JSON string, so that it is one line without control characters; a long one is cut
 // between characters.
 std::string quote(std::string_view text);
+
+// What std::printf() would print of it, up to 159 characters.
+template <typename... Values> std::string format(const char *pattern, Values... values) {
+    char text[160];
+    std::snprintf(text, sizeof text, pattern, values...);
+    return text;
+}
 
 // "1 panel", "2 panels"
 std::string counted(std::size_t number, const std::string &thing);

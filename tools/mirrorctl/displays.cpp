@@ -57,10 +57,8 @@ std::string describeSize(const Display &display) {
 
 std::string noDisplayHint() {
     const char *server = std::getenv("DISPLAY");
-    std::string x11;
-    if (!server || !*server)
-        x11 = "the variable DISPLAY is not set; set it to the X server's name, such as :0.";
-    else
+    std::string x11 = "the variable DISPLAY is not set; set it to the X server's name, such as :0.";
+    if (server && *server)
         x11 = std::string("DISPLAY is \"") + server +
               "\"; is that X server running, does it let this user in, has it a monitor?";
     return "  On X11: " + x11 + "\n  On macOS: is a user logged in at the screen?\n";

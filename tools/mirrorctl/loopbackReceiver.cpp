@@ -10,25 +10,9 @@
 #include <sys/time.h>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 namespace mirrorctl {
-
-// A socket bound to the device's address, or -1 with errno.
-static int bindTo(const config::DeviceEntry &device) {
-    const int fd = socket(AF_INET, SOCK_DGRAM, 0);
-    if (fd < 0)
-        return -1;
-    const auto endpoint = lights::parseEndpoint(device.ip, device.port()).value();
-    const int on = 1;
-    if (fcntl(fd, F_SETFD, FD_CLOEXEC) == 0 && fcntl(fd, F_SETFL, O_NONBLOCK) == 0 &&
-        setsockopt(fd, SOL_SOCKET, SO_TIMESTAMP, &on, sizeof on) == 0 &&
-        bind(fd, &endpoint.any, endpoint.length) == 0)
-        return fd;
-    const int reason = errno;
-    close(fd);
-    errno = reason;
-    return -1;
-}
 
 // What to try, in this order. Some systems have only the last address. The process number keeps
 // several programs apart.
@@ -54,13 +38,19 @@ LoopbackReceiver::LoopbackReceiver(const config::Document &document) {
         };
         if (std::any_of(document.devices.begin(), document.devices.end(), isCandidate))
             continue;
-        fd = bindTo(candidate);
-        if (fd >= 0) {
+        const auto endpoint = lights::parseEndpoint(candidate.ip, candidate.port()).value();
+        const int on = 1;
+        fd = socket(AF_INET, SOCK_DGRAM, 0);
+        if (fd >= 0 && fcntl(fd, F_SETFD, FD_CLOEXEC) == 0 && fcntl(fd, F_SETFL, O_NONBLOCK) == 0 &&
+            setsockopt(fd, SOL_SOCKET, SO_TIMESTAMP, &on, sizeof on) == 0 &&
+            bind(fd, &endpoint.any, endpoint.length) == 0) {
             own = candidate;
             why.clear();
             return;
         }
         why = std::generic_category().message(errno);
+        if (fd >= 0)
+            close(std::exchange(fd, -1));
     }
 }
 

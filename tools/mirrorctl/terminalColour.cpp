@@ -1,6 +1,7 @@
 #include "tools/mirrorctl/terminalColour.h"
 
-#include <cstdio>
+#include "tools/lights/text.h"
+
 #include <cstdlib>
 #include <string_view>
 #include <unistd.h>
@@ -18,9 +19,7 @@ std::string swatch(const Colour &colour) {
 }
 
 std::string hexText(const Colour &colour) {
-    char text[8];
-    std::snprintf(text, sizeof text, "#%02x%02x%02x", colour.red, colour.green, colour.blue);
-    return text;
+    return lights::format("#%02x%02x%02x", colour.red, colour.green, colour.blue);
 }
 
 } // namespace mirrorctl

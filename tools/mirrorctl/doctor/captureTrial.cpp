@@ -109,10 +109,6 @@ bool Trial::await(double seconds, const std::function<bool(const Picture &)> &is
     }
 }
 
-static std::string milliseconds(double seconds) {
-    return std::to_string(std::max(0, static_cast<int>(seconds * 1e3))) + " ms";
-}
-
 static bool isNear(const lights::Record &panel, std::uint32_t colour) {
     constexpr int mostAway = 12; // a screen of few colours rounds
     const auto isClose = [&](int channel, int shift) {
@@ -158,8 +154,10 @@ Check Trial::lookForMark(bool isLit) {
     if (!reason.empty())
         return lookWithoutMark(isLit, reason);
     if (delay)
-        return result(Verdict::Good, "frames arrive; a mark drawn on the screen came out " +
-                                         milliseconds(*delay) + " later");
+        return result(Verdict::Good,
+                      "frames arrive; a mark drawn on the screen came out " +
+                          std::to_string(std::max(0, static_cast<int>(*delay * 1e3))) +
+                          " ms later");
     if (isLit || last->isLit())
         return result(Verdict::Bad,
                       "a picture arrives, but not the mark that was drawn on the screen: the "

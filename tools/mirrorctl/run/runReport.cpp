@@ -4,7 +4,6 @@
 #include "tools/lights/text.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
@@ -13,12 +12,7 @@ namespace mirrorctl {
 using config::matchMode;
 using config::paletteMode;
 using lights::counted;
-
-template <typename... Values> static std::string format(const char *pattern, Values... values) {
-    char text[160];
-    std::snprintf(text, sizeof text, pattern, values...);
-    return text;
-}
+using lights::format;
 
 // "[######--------------]  30 %"
 static std::string bar(double part) {
