@@ -39,7 +39,7 @@ ExitStatus untilSignal(const StopSignals &signals, const char *nothing,
     ServerWatch watch;
     LibraryCall call(std::move(work));
     while (!call.isDone() && signals.take() == 0)
-        signals.waitForInput({call.descriptor()}, std::nullopt);
+        awaitReadable({call.descriptor(), signals.descriptor()}, std::nullopt);
     if (!call.isDone()) {
         watch.ask();
         awaitReadable({call.descriptor()}, graceSeconds);

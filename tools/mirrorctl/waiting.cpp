@@ -94,12 +94,8 @@ int StopSignals::take() const {
     return shared->signum.load();
 }
 
-int StopSignals::waitForInput(std::initializer_list<int> descriptors,
-                              std::optional<double> timeout) const {
-    std::vector<int> all = descriptors;
-    all.push_back(shared->wakeUp.descriptor());
-    awaitReadable(all, timeout);
-    return take();
+int StopSignals::descriptor() const {
+    return shared->wakeUp.descriptor();
 }
 
 } // namespace mirrorctl

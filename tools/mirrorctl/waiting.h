@@ -1,7 +1,6 @@
 // Waiting for descriptors, for other threads, and for Ctrl-C and its like.
 #pragma once
 
-#include <initializer_list>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -44,9 +43,8 @@ public:
     // The number of the first signal that has come, or 0. Does not wait.
     int take() const;
 
-    // Returns as soon as one of the descriptors (those that are not -1) can be read, with 0; when a
-    // signal has come, with its number; after `timeout` seconds, if given, with 0.
-    int waitForInput(std::initializer_list<int> descriptors, std::optional<double> timeout) const;
+    // Readable from the first signal on.
+    int descriptor() const;
 
 private:
     struct Shared;

@@ -103,9 +103,10 @@ bool Trial::await(double seconds, const std::function<bool(const Picture &)> &is
         }
         messages.read(false);
         const std::chrono::duration<double> left = end - Clock::now();
-        if (left.count() <= 0.0 ||
-            signals.waitForInput({receiver.descriptor(), messages.descriptor()}, left.count()) != 0)
+        if (left.count() <= 0.0 || signals.take() != 0)
             return false;
+        awaitReadable({receiver.descriptor(), messages.descriptor(), signals.descriptor()},
+                      left.count());
     }
 }
 

@@ -161,9 +161,9 @@ void Run::await() const {
     std::optional<double> timeout;
     if (until)
         timeout = std::max(0.0, *until - reporter.elapsed());
-    signals.waitForInput(
-        {messages.descriptor(), watch ? watch->descriptor() : -1, call ? call->descriptor() : -1},
-        timeout);
+    awaitReadable({messages.descriptor(), watch ? watch->descriptor() : -1,
+                   call ? call->descriptor() : -1, signals.descriptor()},
+                  timeout);
 }
 
 // Stops what is still going on; false when it was not waited for, since the server hangs.
