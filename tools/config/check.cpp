@@ -154,19 +154,22 @@ namespace {
 // that the schema uses and no others; a test compares the two.
 class Checker {
 public:
-    CheckResult result;
+    explicit Checker(Reading &reading_) : reading(reading_) {}
 
     void check(const Value &value, const Value &rules, const std::string &pointer);
 
 private:
     void checkMembers(const Value &object, const Value &rules, const std::string &pointer);
 
-    bool isFull() const { return result.errors.size() >= mostProblems; }
-    bool mayWarn() const { return result.unknownMembers.size() < mostProblems; }
+    bool isFull() const { return reading.problems.size() >= mostProblems; }
+    bool mayWarn() const { return reading.unknownMembers.size() < mostProblems; }
     void warn(const std::string &pointer, const std::string &message, const std::string &fix,
               std::size_t occurrence = 0) {
-        result.unknownMembers.push_back({pointer, message, fix, {}, Severity::Warning, occurrence});
+        reading.unknownMembers.push_back(
+            {pointer, message, fix, {}, Severity::Warning, occurrence});
     }
+
+    Reading &reading;
 };
 
 } // namespace
@@ -206,7 +209,8 @@ void Checker::checkMembers(const Value &object, const Value &rules, const std::s
         if (object.HasMember(property.name))
             check(object[property.name], property.value, stepInto(pointer, name));
         else if (isRequired(name, rules) && !isFull())
-            result.errors.push_back(explainMissing(pointer, name, follow(property.value), others));
+            reading.problems.push_back(
+                explainMissing(pointer, name, follow(property.value), others));
     }
 }
 
@@ -215,7 +219,7 @@ void Checker::check(const Value &value, const Value &rulesOrReference, const std
         return;
     const Value &rules = follow(rulesOrReference);
     if (!hasType(value, rules)) {
-        result.errors.push_back(
+        reading.problems.push_back(
             {pointer, "expected " + describeExpected(rules) + ", found " + describeFound(value),
              findFix(value, rules)});
     } else if (rules.HasMember("properties")) {
@@ -227,13 +231,10 @@ void Checker::check(const Value &value, const Value &rulesOrReference, const std
     }
 }
 
-CheckResult check(const Value &root) {
-    Checker checker;
-    checker.check(root, schema(), "");
-    auto &errors = checker.result.errors;
-    if (errors.size() >= mostProblems)
-        errors.push_back({"", "there may be more errors than these"});
-    return std::move(checker.result);
+void check(Reading &reading) {
+    Checker(reading).check(reading.tree->root, schema(), "");
+    if (reading.problems.size() >= mostProblems)
+        reading.problems.push_back({"", "there may be more errors than these"});
 }
 
 } // namespace config

@@ -62,9 +62,7 @@ Reading readText(std::string text) {
         return reading;
     }
     const Value &root = reading.tree->root;
-    CheckResult result = check(root);
-    reading.problems = std::move(result.errors);
-    reading.unknownMembers = std::move(result.unknownMembers);
+    check(reading);
     reading.document = {integer(root, "displayID"), integer(root, "mode"),
                         elements(root, "devices", readDevice)};
     locate(reading, reading.problems);

@@ -47,18 +47,16 @@ std::string stepInto(const std::string &pointer, std::size_t index);
 // docs/mirror-config.schema.json
 extern const char schemaText[];
 
-// What the schema finds, without places.
-struct CheckResult {
-    // In the order in which the library would meet them: it reads the members in the order in which
-    // the schema lists them. Of members with one name the first counts, as in the library's lookup.
-    // Lists at most `mostProblems` and one that says that there are more.
-    std::vector<Problem> errors;
-    // A warning for each member that the schema does not name, and for each that is there again.
-    // Lists at most `mostProblems`, and those only of what the library would read.
-    std::vector<Problem> unknownMembers;
-};
-
-CheckResult check(const rapidjson::Value &root);
+// Adds what the schema finds in the reading's tree, without places.
+//
+// Errors come in the order in which the library would meet them: it reads the members in the order
+// in which the schema lists them. Of members with one name the first counts, as in the library's
+// lookup. Lists at most `mostProblems` and one that says that there are more.
+//
+// Among the unknown members is a warning for each member that the schema does not name, and for
+// each that is there again. Lists at most `mostProblems`, and those only of what the library would
+// read.
+void check(Reading &reading);
 
 // Warnings and cautions about a document's values, of the panels' places only when a screen is
 // given. Without places. Lists at most `mostProblems`.

@@ -82,13 +82,10 @@ void Run::followServer() {
         return;
     }
     const bool isSilent = found == ServerWatch::State::Silent;
-    const bool wasSilent = reporter.serverState() == ServerState::Silent;
-    if (isSilent && !wasSilent)
-        reporter.reportServer(ServerState::Silent, "serverSilent",
-                              serverSentence("does not answer."));
-    else if (wasSilent && !isSilent)
-        reporter.reportServer(ServerState::Answering, "serverAnswers",
-                              serverSentence("answers again."));
+    const auto state = isSilent ? ServerState::Silent : ServerState::Answering;
+    if (state != reporter.serverState())
+        reporter.reportServer(state, isSilent ? "serverSilent" : "serverAnswers",
+                              serverSentence(isSilent ? "does not answer." : "answers again."));
 }
 
 void Run::awaitServer() {
