@@ -2,20 +2,31 @@
 #pragma once
 
 #include "tools/lights/device.h"
+#include "tools/lights/text.h"
 
+#include <cstdlib>
 #include <string>
+#include <string_view>
+#include <unistd.h>
 
 namespace mirrorctl {
 
 using lights::Colour;
 
 // Whether colours shall be shown there: on a terminal that does not call itself dumb.
-bool showsColours(int fd);
+inline bool showsColours(int fd) {
+    const char *type = std::getenv("TERM");
+    return isatty(fd) == 1 && !(type && std::string_view(type) == "dumb");
+}
 
 // Four blanks on the colour, in 24-bit colour; the terminal's own colours are restored after it.
-std::string swatch(const Colour &colour);
+inline std::string swatch(const Colour &colour) {
+    return lights::format("\x1b[48;2;%d;%d;%dm    \x1b[0m", colour.red, colour.green, colour.blue);
+}
 
 // "#ff8000"
-std::string hexText(const Colour &colour);
+inline std::string hexText(const Colour &colour) {
+    return lights::format("#%02x%02x%02x", colour.red, colour.green, colour.blue);
+}
 
 } // namespace mirrorctl

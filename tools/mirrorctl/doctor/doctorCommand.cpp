@@ -23,16 +23,14 @@ struct DoctorOptions {
 struct Section {
     std::string name;
     std::vector<Check> checks = {};
-
-    bool isBad() const {
-        return std::any_of(checks.begin(), checks.end(),
-                           [](const Check &check) { return check.verdict == Verdict::Bad; });
-    }
 };
 
 // What is bad of the system explains what is bad afterwards better than any guess.
 static std::string remedyAfter(const Section &system, const std::string &guess) {
-    return system.isBad() ? "first fix what is bad under System" : guess;
+    const bool isBad =
+        std::any_of(system.checks.begin(), system.checks.end(),
+                    [](const Check &check) { return check.verdict == Verdict::Bad; });
+    return isBad ? "first fix what is bad under System" : guess;
 }
 
 // Adds to `displays` those that there are. One without a picture is bad unless the document, if

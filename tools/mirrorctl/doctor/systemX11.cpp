@@ -25,8 +25,6 @@ static bool isWaylandSession() {
     return (socket && *socket) || (type && std::string(type) == "wayland");
 }
 
-// Why there is no server to ask
-
 static std::string displayVariable() {
     const char *value = std::getenv("DISPLAY");
     return value ? value : "";
@@ -56,6 +54,7 @@ static Check refusal(const std::string &name, const Handshake &handshake) {
                                   "session it is, or set XAUTHORITY to that session's key file");
 }
 
+// Why there is no server to ask.
 static Check explain(const Handshake &handshake) {
     const std::string display = displayVariable();
     if (display.empty() && isWaylandSession())
@@ -101,8 +100,6 @@ static bool hasExtension(Connection &connection, const std::string &name) {
     return reply && reply->present;
 }
 
-// Sessions
-
 // The name of an output that only X servers in Wayland sessions have; empty when there is none.
 static std::string waylandOutput(Connection &connection) {
     const Reply<xcb_randr_get_screen_resources_current_reply_t> resources(
@@ -130,7 +127,6 @@ static std::string waylandOutput(Connection &connection) {
 
 enum class Reading { Done, Refused, NothingThere, Gone };
 
-// Reads one pixel of the screen.
 static Reading readPixel(Connection &connection) {
     xcb_generic_error_t *answer = nullptr;
     const Reply<xcb_get_image_reply_t> image(
@@ -177,8 +173,6 @@ static Check examineSession(Connection &connection, Reading reading) {
             remedy, ExitStatus::CaptureRefused};
 }
 
-// The screen
-
 static Check examineScreen(Connection &connection, Reading reading) {
     if (reading == Reading::Gone)
         return {Verdict::Bad, "screen", "the X server went away when it was asked for a pixel",
@@ -208,8 +202,6 @@ static Check examineScreen(Connection &connection, Reading reading) {
                 ExitStatus::CaptureRefused};
     return {Verdict::Good, "screen", "can be read, " + format};
 }
-
-// Extensions
 
 static constexpr const char *switchOn = "switch the extension on in the X server's configuration";
 
