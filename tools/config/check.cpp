@@ -206,8 +206,8 @@ void Checker::checkMembers(const Value &object, const Value &rules, const std::s
 
     for (const auto &property : known.GetObject()) {
         const std::string name = property.name.GetString();
-        if (object.HasMember(property.name))
-            check(object[property.name], property.value, stepInto(pointer, name));
+        if (const auto found = object.FindMember(property.name); found != object.MemberEnd())
+            check(found->value, property.value, stepInto(pointer, name));
         else if (isRequired(name, rules) && !isFull())
             reading.problems.push_back(
                 explainMissing(pointer, name, follow(property.value), others));
