@@ -40,7 +40,7 @@ struct WarningList {
 } // namespace
 
 static std::string shown(const ScreenSize &size) {
-    return std::to_string(size.width) + " x " + std::to_string(size.height);
+    return format("%u x %u", size.width, size.height);
 }
 
 static void warnOfFlashes(const Document &document, WarningList &list) {
@@ -50,10 +50,9 @@ static void warnOfFlashes(const Document &document, WarningList &list) {
     if (flashes > harmlessFlashes && hasPanels)
         list.add(
             "/mode",
-            std::string(modeName(document.mode)) + " mode lets the whole wall flash up to " +
-                format("%.1f", flashes) +
-                " times a second when the screen does; more than 3 flashes a second can set "
-                "off seizures in some people",
+            format("%s mode lets the whole wall flash up to %.1f times a second when the screen "
+                   "does; more than 3 flashes a second can set off seizures in some people",
+                   modeName(document.mode), flashes),
             "warn anyone who will see the wall; for pictures that flash choose palette mode (3), "
             "whose panels hold each colour for a second or more",
             Severity::Caution);
@@ -89,9 +88,9 @@ static void warnOfSize(const DeviceEntry &device, const std::string &pointer,
         return;
     if (half < 1.0)
         list.add(pointer + "/scaleFactor",
-                 "expected " + format("%g", 3.0 / baseSize(device)) +
-                     " or more for this shapeType, found " + format("%g", device.scaleFactor) +
-                     ", with which the panels take their colour from a single pixel",
+                 format("expected %g or more for this shapeType, found %g, with which the panels "
+                        "take their colour from a single pixel",
+                        3.0 / baseSize(device), device.scaleFactor),
                  "1 makes the area 100 pixels wide for shapeType 0, and 66 for any other");
     else if (screen && (2.0 * half > screen->width || 2.0 * half > screen->height))
         list.add(pointer + "/scaleFactor",
@@ -109,8 +108,7 @@ static void warnOfCount(const DeviceEntry &device, const std::string &pointer, W
     const std::size_t most = lights::mostPanels(layout);
     if (panels > most && !list.faulty.include(pointer + "/controlVersion"))
         list.add(pointer + "/panels",
-                 "expected at most " + std::to_string(most) + " panels, found " +
-                     std::to_string(panels) +
+                 format("expected at most %zu panels, found %zu", most, panels) +
                      (layout == lights::Layout::Narrow
                           ? "; controlVersion 1 counts them in 8 bits"
                           : "; the datagram would be too large to be sent"),
@@ -130,16 +128,16 @@ static void warnOfIdentifiers(const DeviceEntry &device, const std::string &pane
         const std::int32_t sent = lights::wireId(layout, id);
         if (sent != id)
             list.add(pointer,
-                     "expected an identifier from 0 to " + std::to_string(largest) + ", found " +
-                         std::to_string(id) + ", which is sent as " + std::to_string(sent),
+                     format("expected an identifier from 0 to %d, found %d, which is sent as %d",
+                            largest, id, sent),
                      layout == lights::Layout::Narrow
                          ? "use controlVersion 2, if the device understands it"
                          : "use the device's own identifiers");
         const auto [first, isNew] = seen.emplace(sent, i);
         if (!isNew)
             list.add(pointer,
-                     "found identifier " + std::to_string(sent) + " again, that of panel " +
-                         std::to_string(first->second) + " of this device",
+                     format("found identifier %d again, that of panel %zu of this device", sent,
+                            first->second),
                      "give each panel of a device its own identifier");
     }
 }

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdarg>
+#include <cstdio>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
@@ -21,13 +23,21 @@ std::string quote(std::string_view text) {
     return buffer.GetString() + std::string(length < text.size() ? " and more" : "");
 }
 
+std::string format(const char *pattern, ...) {
+    char text[512];
+    va_list values;
+    va_start(values, pattern);
+    std::vsnprintf(text, sizeof text, pattern, values);
+    va_end(values);
+    return text;
+}
+
 std::string counted(std::size_t number, const std::string &thing) {
     return std::to_string(number) + " " + thing + (number == 1 ? "" : "s");
 }
 
 std::string nameDevice(std::size_t index, const DeviceEntry &device) {
-    return "device " + std::to_string(index) + " at " + quote(device.ip) + ", UDP port " +
-           std::to_string(device.port());
+    return format("device %zu at %s, UDP port %d", index, quote(device.ip).c_str(), device.port());
 }
 
 static char lower(char c) {

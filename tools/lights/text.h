@@ -6,7 +6,6 @@
 #include "tools/lights/device.h"
 
 #include <cstddef>
-#include <cstdio>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -18,12 +17,8 @@ namespace lights {
 // between characters.
 std::string quote(std::string_view text);
 
-// What std::printf() would print of it, up to 159 characters.
-template <typename... Values> std::string format(const char *pattern, Values... values) {
-    char text[160];
-    std::snprintf(text, sizeof text, pattern, values...);
-    return text;
-}
+// What std::printf() would print, up to 511 characters.
+[[gnu::format(printf, 1, 2)]] std::string format(const char *pattern, ...);
 
 // "1 panel", "2 panels"
 std::string counted(std::size_t number, const std::string &thing);

@@ -32,10 +32,8 @@ static std::string exitStatusHelp() {
         {ExitStatus::CaptureRefused, "the display may not be captured"},
     };
     std::string text = "Exit status:\n";
-    for (const auto &row : rows) {
-        const std::string number = std::to_string(static_cast<int>(row.status));
-        text += std::string(6 - number.size(), ' ') + number + "  " + row.meaning + "\n";
-    }
+    for (const auto &row : rows)
+        text += lights::format("%6d  %s\n", static_cast<int>(row.status), row.meaning);
     return text;
 }
 
