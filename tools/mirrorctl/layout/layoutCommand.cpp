@@ -30,21 +30,17 @@ static std::string listed(const std::vector<Display> &displays) {
 
 // The display that is named, or the only one; none is ever guessed. Reports why there is none.
 static std::optional<Display> findDisplay(const LayoutOptions &options) {
-    DisplayList list;
-    {
-        const MessagesToStandardError redirection;
-        list = listDisplays();
-    }
+    const MessagesToStandardError redirection;
+    const DisplayList list = listDisplays();
     const auto &displays = list.displays;
-    if (displays.empty() && reportSilentServer()) {
-        std::fputs("Name a display with --display and its size with --screen.\n", stderr);
-        return std::nullopt;
-    }
     if (displays.empty()) {
-        std::fprintf(
-            stderr,
-            "There is no display here. Name one with --display and its size with --screen.\n%s",
-            noDisplayHint().c_str());
+        if (reportSilentServer())
+            std::fputs("Name a display with --display and its size with --screen.\n", stderr);
+        else
+            std::fprintf(stderr,
+                         "There is no display here. Name one with --display and its size with "
+                         "--screen.\n%s",
+                         noDisplayHint().c_str());
         return std::nullopt;
     }
     if (!options.display && displays.size() > 1) {
