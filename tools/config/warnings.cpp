@@ -27,6 +27,7 @@ namespace {
 struct WarningList {
     const FaultyParts &faulty;
     std::vector<Problem> problems = {};
+    std::map<std::string, std::string> endpoints = {}; // and the pointer to the first device there
 
     bool isFull() const { return problems.size() >= mostProblems; }
 
@@ -58,9 +59,7 @@ static void warnOfFlashes(const Document &document, WarningList &list) {
             Severity::Caution);
 }
 
-// `devices` has the pointer to the first device at each endpoint.
 static void warnOfAddress(const DeviceEntry &device, const std::string &pointer,
-                          std::map<std::string, std::string, std::less<>> &devices,
                           WarningList &list) {
     const auto endpoint = lights::parseEndpoint(device.ip, device.port());
     if (!endpoint)
@@ -73,7 +72,7 @@ static void warnOfAddress(const DeviceEntry &device, const std::string &pointer,
                  "write the light's IPv4 address, or another of its IPv6 addresses");
     if (list.faulty.include(pointer + "/ip") || list.faulty.include(pointer + "/controlVersion"))
         return;
-    const auto [first, isNew] = devices.emplace(endpoint->bytes(), pointer);
+    const auto [first, isNew] = list.endpoints.emplace(endpoint->bytes(), pointer);
     if (!isNew)
         list.add(pointer + "/ip",
                  "found " + device.ip + " again, the address of " + first->second +
@@ -147,9 +146,9 @@ static void warnOfPlaces(const DeviceEntry &device, const std::string &panels,
     const auto look = [&](std::int32_t at, std::uint32_t size, const std::string &pointer) {
         if (at < 0 || static_cast<std::uint32_t>(at) >= size)
             list.add(pointer,
-                     "expected a place on the screen, 0 to " + std::to_string(size - 1) +
-                         ", found " + std::to_string(at) +
-                         "; the panel takes its colour from the screen's edge",
+                     format("expected a place on the screen, 0 to %u, found %d; the panel takes "
+                            "its colour from the screen's edge",
+                            size - 1, at),
                      "put the panel's centre on the screen (" + shown(screen) + ")");
     };
     for (std::size_t i = 0; i < device.panels.size() && !list.isFull(); ++i) {
@@ -162,7 +161,6 @@ static void warnOfPlaces(const DeviceEntry &device, const std::string &panels,
 std::vector<Problem> findWarnings(const Document &document, const std::optional<ScreenSize> &screen,
                                   const FaultyParts &faulty) {
     WarningList list{faulty};
-    std::map<std::string, std::string, std::less<>> addresses;
     warnOfFlashes(document, list);
     if (document.devices.empty())
         list.add("/devices", "found no devices, without which nothing can be mirrored",
@@ -170,7 +168,7 @@ std::vector<Problem> findWarnings(const Document &document, const std::optional<
     for (std::size_t i = 0; i < document.devices.size() && !list.isFull(); ++i) {
         const DeviceEntry &device = document.devices[i];
         const std::string pointer = stepInto("/devices", i);
-        warnOfAddress(device, pointer, addresses, list);
+        warnOfAddress(device, pointer, list);
         warnOfSize(device, pointer, screen, list);
         warnOfCount(device, pointer, list);
         if (!faulty.include(pointer + "/controlVersion"))
