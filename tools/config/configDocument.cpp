@@ -1,9 +1,9 @@
 #include "tools/config/configDocument.h"
 
 #include "tools/config/tree.h"
+#include "tools/lights/text.h"
 
 #include <algorithm>
-#include <charconv>
 #include <limits>
 #include <rapidjson/prettywriter.h>
 #include <rapidjson/stringbuffer.h>
@@ -83,17 +83,12 @@ Reading review(Reading reading, const std::optional<ScreenSize> &screen) {
 }
 
 std::optional<ScreenSize> parseScreenSize(const std::string &text, std::uint32_t largest) {
-    ScreenSize size;
-    const char *at = text.data();
-    const char *end = at + text.size();
-    const auto readSide = [&](std::uint32_t &side) {
-        const auto read = std::from_chars(at, end, side);
-        at = read.ptr;
-        return read.ec == std::errc() && side >= 1 && side <= largest;
-    };
-    const bool isSize =
-        readSide(size.width) && at != end && *at++ == 'x' && readSide(size.height) && at == end;
-    return isSize ? std::optional(size) : std::nullopt;
+    const auto x = text.find('x');
+    if (x == std::string::npos)
+        return std::nullopt;
+    const auto width = lights::wholeNumber(std::string_view(text).substr(0, x), largest);
+    const auto height = lights::wholeNumber(std::string_view(text).substr(x + 1), largest);
+    return width && height ? std::optional(ScreenSize{*width, *height}) : std::nullopt;
 }
 
 std::string documentText(const Document &document) {

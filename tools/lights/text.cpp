@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cctype>
+#include <charconv>
 #include <cstdarg>
 #include <cstdio>
 #include <rapidjson/stringbuffer.h>
@@ -34,6 +35,13 @@ std::string format(const char *pattern, ...) {
 
 std::string counted(std::size_t number, const std::string &thing) {
     return std::to_string(number) + " " + thing + (number == 1 ? "" : "s");
+}
+
+std::optional<std::uint32_t> wholeNumber(std::string_view text, std::uint32_t largest) {
+    std::uint32_t number = 0;
+    const auto read = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool isWhole = read.ec == std::errc() && read.ptr == text.data() + text.size();
+    return isWhole && number >= 1 && number <= largest ? std::optional(number) : std::nullopt;
 }
 
 std::string nameDevice(std::size_t index, const DeviceEntry &device) {

@@ -1,4 +1,4 @@
-// Words and names in messages.
+// Words, names and numbers in messages and on the command line.
 //
 // Pure functions, callable from any thread.
 #pragma once
@@ -22,6 +22,9 @@ std::string quote(std::string_view text);
 
 // "1 panel", "2 panels"
 std::string counted(std::size_t number, const std::string &thing);
+
+// The number from 1 to `largest` that makes up the text.
+std::optional<std::uint32_t> wholeNumber(std::string_view text, std::uint32_t largest);
 
 // How messages name a device: its number, its address as quoted text, and its UDP port.
 std::string nameDevice(std::size_t index, const DeviceEntry &device);

@@ -6,7 +6,6 @@
 
 #include <CLI/App.hpp>
 #include <memory>
-#include <optional>
 #include <string>
 
 namespace mirrorctl {

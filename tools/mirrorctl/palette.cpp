@@ -7,7 +7,6 @@
 #include "tools/mirrorctl/mirroring.h"
 #include "tools/mirrorctl/server.h"
 
-#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <rapidjson/document.h>

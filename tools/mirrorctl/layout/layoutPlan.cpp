@@ -1,39 +1,30 @@
 #include "tools/mirrorctl/layout/layoutPlan.h"
 
 #include "tools/lights/datagram.h"
+#include "tools/lights/text.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cmath>
 #include <string_view>
 #include <utility>
 
 namespace mirrorctl {
 
+using lights::wholeNumber;
 using Point = std::pair<std::int32_t, std::int32_t>; // x and y
-
-// The number that makes up the text.
-static std::optional<std::size_t> wholeNumber(std::string_view text) {
-    std::size_t number = 0;
-    const auto read = std::from_chars(text.data(), text.data() + text.size(), number);
-    if (read.ec != std::errc() || read.ptr != text.data() + text.size() || number == 0 ||
-        number > mostPanels)
-        return std::nullopt;
-    return number;
-}
 
 std::optional<Shape> parseShape(const std::string &text) {
     constexpr std::string_view strip = "strip:";
     if (text.starts_with(strip)) {
-        const auto length = wholeNumber(std::string_view(text).substr(strip.size()));
+        const auto length = wholeNumber(std::string_view(text).substr(strip.size()), mostPanels);
         return length ? std::optional(Shape{0, 0, *length}) : std::nullopt;
     }
     const auto x = text.find('x');
     if (x == std::string::npos)
         return std::nullopt;
-    const auto rows = wholeNumber(std::string_view(text).substr(0, x));
-    const auto columns = wholeNumber(std::string_view(text).substr(x + 1));
-    if (!rows || !columns || *rows * *columns > mostPanels)
+    const auto rows = wholeNumber(std::string_view(text).substr(0, x), mostPanels);
+    const auto columns = wholeNumber(std::string_view(text).substr(x + 1), mostPanels);
+    if (!rows || !columns || std::size_t{*rows} * *columns > mostPanels)
         return std::nullopt;
     return Shape{*rows, *columns};
 }
