@@ -133,8 +133,7 @@ std::string documentText(const Document &document) {
 std::string describe(const std::string &path, const Problem &problem) {
     std::string text = path + ": ";
     if (problem.place.line > 0)
-        text += "line " + std::to_string(problem.place.line) + ", column " +
-                std::to_string(problem.place.column) + ": ";
+        text += lights::format("line %zu, column %zu: ", problem.place.line, problem.place.column);
     if (!problem.pointer.empty())
         text += shownPointer(problem.pointer) + ": ";
     return text + problem.message;

@@ -47,28 +47,26 @@ struct ServerWatch::Shared {
 
 // The watch's thread: asks and waits until the connection or the watch ends.
 void ServerWatch::Shared::follow(xcb_connection_t *connection) {
-    auto next = Clock::now(); // to ask, or to lose patience
-    unsigned question = 0;
-    bool isAsking = false;
+    auto next = Clock::now();         // to ask, or to lose patience
+    std::optional<unsigned> question; // that has not been answered
     while (xcb_connection_has_error(connection) == 0 && !isOver) {
         while (const Reply<xcb_generic_event_t> unasked{xcb_poll_for_event(connection)}) {
         }
         void *reply = nullptr;
         xcb_generic_error_t *error = nullptr;
-        if (isAsking && xcb_poll_for_reply(connection, question, &reply, &error) == 1) {
+        if (question && xcb_poll_for_reply(connection, *question, &reply, &error) == 1) {
             std::free(reply);
             std::free(error);
             if (xcb_connection_has_error(connection) != 0)
                 return;
-            isAsking = false;
+            question.reset();
             owes = false;
             become(State::Answering);
             next = Clock::now() + questionPeriod;
         }
-        if (!isAsking && (owes || next <= Clock::now())) {
+        if (!question && (owes || next <= Clock::now())) {
             question = xcb_get_input_focus(connection).sequence;
             xcb_flush(connection);
-            isAsking = true;
             next = Clock::now() + answerPatience;
             continue;
         }

@@ -17,11 +17,11 @@ namespace mirrorctl {
 enum class ReportStyle { Json, Live, Plain };
 
 struct RunPlan {
-    config::Document document;     // the user's
-    std::string text;              // what the library is handed
-    FrameCounter *counter;         // null: frames are not counted
-    std::optional<double> seconds; // when it ends by itself
-    bool once = false;             // it ends when the display server goes away
+    config::Document document;       // the user's
+    std::string text;                // what the library is handed
+    FrameCounter *counter = nullptr; // null: frames are not counted
+    std::optional<double> seconds;   // when it ends by itself
+    bool once = false;               // it ends when the display server goes away
     ReportStyle style = ReportStyle::Plain;
 };
 
