@@ -1,5 +1,5 @@
-#include "tools/wall/receiver.h"
 #include "tests/support/expectations.h"
+#include "tools/wall/receiver.h"
 
 #include <gtest/gtest.h>
 
