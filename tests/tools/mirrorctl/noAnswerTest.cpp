@@ -78,6 +78,11 @@ TEST(MirrorctlNoAnswer, BlackIsNoAnswerUntilTheScreenWasSeen) {
                            0, {"     17  #ffff00\n"});
 }
 
+TEST(MirrorctlNoAnswer, LightIsBelievedAlthoughBlackIsDueToBe) {
+    test::expectOutput(ask({"snapshot", "-"}, "initiative", lightsText(5, "127.0.58.9")), 0,
+                       {"     17  #ffff00\n"});
+}
+
 TEST(MirrorctlNoAnswer, AFrameThatShowsTheScreenToSomePanelsIsNoAnswer) {
     const Ending ending = ask({"snapshot", "-"}, "wholeness",
                               R"({"displayID": 5, "mode": 0, "devices": [{"ip": "127.0.58.9",

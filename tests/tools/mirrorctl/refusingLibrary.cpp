@@ -17,12 +17,14 @@ static bool refuses(const char *function) {
     return refused && std::strcmp(refused, function) == 0;
 }
 
-// How many frames have been sent since the run began.
+// How many frames have been sent since the run began, and whether somebody has asked for colours.
 static int framesSent = 0;
+static bool isAsked = false;
 
-// The screen is yellow. Refusing promptness, it is seen only after some frames have been sent.
+// The screen is yellow. Refusing promptness, it is seen only after some frames have been sent;
+// refusing initiative, only when somebody has asked for its colours.
 static bool isSeen() {
-    return !refuses("promptness") || framesSent > 5;
+    return refuses("initiative") ? isAsked : !refuses("promptness") || framesSent > 5;
 }
 
 int getDisplays(char *buffer, int bufferLength) {
@@ -76,6 +78,7 @@ int captureCurrentStreamFrames(void) {
 int getPalette(char *buffer) {
     if (refuses("getPalette"))
         return -1;
+    isAsked = true;
     const char *palette = R"({"palette":[{"R":0,"G":0,"B":0}]})";
     if (refuses("palette sense"))
         palette = R"({"palette":[{"R":256,"G":0,"B":0}]})";

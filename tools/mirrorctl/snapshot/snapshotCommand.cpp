@@ -86,14 +86,15 @@ static std::optional<Snapshot> await(const config::Document &document,
     const auto begin = std::chrono::steady_clock::now();
     std::optional<Snapshot> dark;
     bool hasFrame = false; // when it was captured
-    // In match mode the screen's first frame may come while one is being sent, so that only some
-    // panels show it. The next one sent is whole.
-    bool mayBePartial = document.mode == matchMode;
     for (;;) {
         auto snapshot = capture(document, options.json);
+        // The screen's first frame may come while one is being sent, so that only some panels show
+        // it. The next one sent is whole.
+        if (snapshot && document.mode == matchMode && showsLight(snapshot->frames))
+            snapshot = capture(document, options.json);
         if (snapshot && sendsUnseen && !showsLight(snapshot->frames))
             dark = std::move(snapshot);
-        else if (snapshot && !std::exchange(mayBePartial, false))
+        else if (snapshot)
             return snapshot;
         if (reportInterruption(noSnapshot, signals))
             return std::nullopt;
