@@ -4,6 +4,7 @@
 
 #include <CoreGraphics/CoreGraphics.h>
 
+// NOLINTBEGIN(readability-redundant-declaration): these make them weak
 extern "C" {
 extern decltype(CGDisplayStreamCreateWithDispatchQueue) CGDisplayStreamCreateWithDispatchQueue
     __attribute__((weak));
@@ -13,6 +14,7 @@ extern decltype(kCGDisplayStreamMinimumFrameTime) kCGDisplayStreamMinimumFrameTi
     __attribute__((weak));
 extern decltype(kCGDisplayStreamShowCursor) kCGDisplayStreamShowCursor __attribute__((weak));
 }
+// NOLINTEND(readability-redundant-declaration)
 
 inline bool hasDisplayStreams() {
     return &CGDisplayStreamCreateWithDispatchQueue != nullptr && &CGDisplayStreamStart != nullptr &&
