@@ -39,7 +39,7 @@ void readAll(const std::string &bytes) {
             time = datagram.time;
         }
         require(!reader.next(datagram), "an end is an end");
-        require(reader.end() >= time, "the end comes last");
+        require(reader.time() >= time, "the end comes last");
     } else {
         require(!reader.error().empty(), "what has no head has a fault");
     }

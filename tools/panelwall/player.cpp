@@ -76,7 +76,7 @@ Clock::time_point Player::due() const {
         return {};
     if (more)
         return momentOf(upcoming.time) - lastMoment;
-    return over ? Clock::time_point::max() : momentOf(reader.end());
+    return over ? Clock::time_point::max() : momentOf(reader.time());
 }
 
 bool Player::playDue(const Receiver::Handler &handler) {
@@ -96,7 +96,7 @@ bool Player::playDue(const Receiver::Handler &handler) {
         any = true;
         more = reader.next(upcoming);
     }
-    over = !more && (!reader.error().empty() || Clock::now() >= momentOf(reader.end()));
+    over = !more && (!reader.error().empty() || Clock::now() >= momentOf(reader.time()));
     return any;
 }
 

@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <fstream>
-#include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -36,34 +36,31 @@ public:
     // recording, or at a fault, and from then on.
     bool next(RecordedDatagram &datagram);
 
-    // When the recording ended, once next() has returned false; after a fault, the time of the last
-    // datagram.
-    std::chrono::microseconds end() const { return time; }
+    // The time of the last datagram, or once next() has returned false without a fault, when the
+    // recording ended.
+    std::chrono::microseconds time() const { return latest; }
 
     // The first thing wrong with the file, in words and on one line; empty while nothing is.
     const std::string &error() const { return fault; }
 
 private:
-    // A number of at most `largest`; nothing, and a fault, when there is none. `what` names it.
-    std::optional<std::uint64_t> readNumber(std::uint64_t largest, const char *what);
-
-    // `size` bytes into `bytes`, a string or vector. False, and a fault, when there are not so
-    // many.
-    template <typename Bytes> bool readBytes(Bytes &bytes, std::size_t size);
-
-    // The time of this record; nothing, and a fault, when that cannot be.
-    std::optional<std::chrono::microseconds> readTime();
+    // These throw what is wrong, in words, when they do not find what they are to read.
+    void checkMagic();
+    int readByte();
+    std::uint64_t readNumber(std::uint64_t largest, const char *what);        // which `what` names
+    template <typename Bytes> void readBytes(Bytes &bytes, std::size_t size); // string or vector
+    std::chrono::microseconds readTime();                                     // of this record
     void readEnd();
-    bool checkMagic();
-    bool fail(const std::string &text);
-    bool failCut();
+
+    // To be thrown where the file ends too early.
+    std::runtime_error cutOff() const;
 
     std::istream &input;
     std::uint64_t offset = 0; // of the next byte
     config::Document recorded;
-    std::chrono::microseconds time{};
-    std::uint64_t handedOut = 0; // datagrams
-    bool ended = false;
+    std::chrono::microseconds latest{}; // what time() returns
+    std::uint64_t handedOut = 0;        // datagrams
+    bool ended = false;                 // and read to its end
     std::string fault;
 };
 

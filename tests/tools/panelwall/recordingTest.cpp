@@ -2,6 +2,7 @@
 #include "tests/support/expectations.h"
 #include "tests/support/files.h"
 #include "tests/tools/panelwall/recordings.h"
+#include "tools/lights/text.h"
 #include "tools/recording/recordingFormat.h"
 #include "tools/recording/recordingWriter.h"
 
@@ -87,8 +88,9 @@ TEST(PanelwallRecording, EveryTruncationGivesWhatIsBeforeIt) {
         expectSame(read.datagrams, threeDatagrams, expected);
         if (size > 0) {
             EXPECT_TRUE(contains(read.error, "ends at byte " + std::to_string(size)));
-            EXPECT_TRUE(
-                contains(read.error, "after " + std::to_string(expected) + " whole datagrams"));
+            EXPECT_TRUE(contains(read.error, ", after " +
+                                                 lights::counted(expected, "whole datagram") +
+                                                 ", without the mark of its end"));
         }
         EXPECT_EQ(read.end, expected > 0 ? threeDatagrams[expected - 1].time.count() : 0) << size;
     }
@@ -144,7 +146,7 @@ TEST(PanelwallRecording, DamageIsToldWithItsPlace) {
         {std::string("\x01\x00\x80\x80\x04", 5), 0, ": a datagram's length is too large"},
         {std::string(10, '\x80'), 0, ": a device number is too large"},
         {std::string(9, '\x80') + "\x02", 0, ": a device number is too large"},
-        {good + std::string("\x00\x00\x02", 3), 1, "ends after 1 datagrams, but 2 were recorded"},
+        {good + std::string("\x00\x00\x02", 3), 1, "ends after 1 datagram, but 2 were recorded"},
         {good + std::string("\x00\x00\x01\x00", 4), 1, "behind its end"},
     };
     for (const auto &[records, count, error] : cases) {
@@ -210,7 +212,7 @@ TEST(PanelwallRecording, WhatWasWrittenBeforeAKillCanBeRead) {
     writer.note(0, panelOne(2), start);
     const Read read = readRecording(fileText(folder.file("a")));
     EXPECT_EQ(read.datagrams.size(), 1u);
-    EXPECT_TRUE(contains(read.error, "after 1 whole datagrams"));
+    EXPECT_TRUE(contains(read.error, "after 1 whole datagram,"));
 }
 
 TEST(PanelwallRecording, AFullDiskIsToldOnce) {

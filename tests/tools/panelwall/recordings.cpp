@@ -49,7 +49,7 @@ Read readRecording(const std::string &bytes) {
         while (reader.next(datagram))
             read.datagrams.push_back(datagram);
     }
-    read.end = static_cast<long>(reader.end().count());
+    read.end = static_cast<long>(reader.time().count());
     read.error = reader.error();
     return read;
 }
