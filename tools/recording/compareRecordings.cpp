@@ -1,5 +1,7 @@
 #include "tools/recording/compareRecordings.h"
 
+#include "tools/lights/text.h"
+
 #include <algorithm>
 #include <map>
 #include <numeric>
@@ -32,7 +34,6 @@ public:
             readers[side].readHead();
         while (const auto side = chooseSide()) {
             if (readers[*side].next(datagram)) {
-                times[*side] = datagram.time;
                 take(*side, mostHeld);
             } else {
                 ended[*side] = true;
@@ -57,7 +58,7 @@ private:
         if (ended[first] || ended[second])
             return ended[first] ? second : first;
         if (comparisons.size() != 1)
-            return times[first] <= times[second] ? first : second;
+            return readers[first].time() <= readers[second].time() ? first : second;
         const DeviceComparison &only = comparisons.begin()->second;
         return only.waiting(first) <= only.waiting(second) ? first : second;
     }
@@ -86,7 +87,6 @@ private:
     std::array<std::unique_ptr<std::istream>, 2> inputs;
     std::array<RecordingReader, 2> readers;
     std::array<bool, 2> ended{};
-    std::array<std::chrono::microseconds, 2> times{};
     RecordedDatagram datagram;
     std::size_t held = 0;
     std::vector<std::size_t> leftOut;
@@ -107,8 +107,7 @@ std::vector<std::string> compareEntries(const config::DeviceEntry &left,
     compareValues(lines, "scale factor", left.scaleFactor, right.scaleFactor);
     compareValues(lines, "panels", left.panels.size(), right.panels.size());
     const auto text = [](const config::PanelEntry &panel) {
-        return std::to_string(panel.panelID) + " at (" + std::to_string(panel.centroidX) + ", " +
-               std::to_string(panel.centroidY) + ")";
+        return lights::format("%d at (%d, %d)", panel.panelID, panel.centroidX, panel.centroidY);
     };
     for (std::size_t i = 0; i < std::min(left.panels.size(), right.panels.size()); ++i) {
         const std::string ours = text(left.panels[i]);
@@ -125,32 +124,25 @@ std::vector<std::string> compareEntries(const config::DeviceEntry &left,
 // Fills in the devices of both documents.
 Places matchDevices(Comparison &comparison) {
     Places places;
-    std::multimap<std::pair<std::string, int>, std::size_t> unmatched;
-    const auto keyOf = [](const config::DeviceEntry &entry) {
-        return std::pair(entry.ip, entry.port());
-    };
-    for (const config::DeviceEntry &entry : comparison.documents[first].devices) {
-        const std::size_t place = comparison.devices.size();
-        unmatched.emplace(keyOf(entry), place);
-        places[first].push_back(place);
-        ComparedDevice &device = comparison.devices.emplace_back();
-        device.layout = lights::layoutOf(entry.controlVersion);
-        device.index[first] = place;
-    }
-    for (const config::DeviceEntry &entry : comparison.documents[second].devices) {
-        const std::size_t index = places[second].size();
-        const auto match = unmatched.lower_bound(keyOf(entry));
-        std::size_t place = comparison.devices.size();
-        if (match != unmatched.end() && match->first == keyOf(entry)) {
-            place = match->second;
-            unmatched.erase(match);
-            comparison.devices[place].configuration =
-                compareEntries(comparison.documents[first].devices[place], entry);
-        } else {
-            comparison.devices.emplace_back().layout = lights::layoutOf(entry.controlVersion);
+    std::multimap<std::pair<std::string, int>, std::size_t> unmatched; // of the first document
+    for (const Side side : bothSides) {
+        for (const config::DeviceEntry &entry : comparison.documents[side].devices) {
+            const std::pair key(entry.ip, entry.port());
+            const auto [match, none] = unmatched.equal_range(key);
+            std::size_t place = comparison.devices.size();
+            if (side == second && match != none) {
+                place = match->second;
+                unmatched.erase(match);
+                comparison.devices[place].configuration =
+                    compareEntries(comparison.documents[first].devices[place], entry);
+            } else {
+                comparison.devices.emplace_back().layout = lights::layoutOf(entry.controlVersion);
+            }
+            if (side == first)
+                unmatched.emplace(key, place);
+            comparison.devices[place].index[side] = places[side].size();
+            places[side].push_back(place);
         }
-        comparison.devices[place].index[second] = index;
-        places[second].push_back(place);
     }
     return places;
 }

@@ -2,23 +2,15 @@
 #include "tools/recording/compareRecordings.h"
 
 #include <algorithm>
-#include <cstdio>
 
 namespace panelwall {
-
-static std::string number(double value, int digits) {
-    char text[400];
-    std::snprintf(text, sizeof text, "%.*f", digits, value);
-    return text;
-}
 
 static std::string both(std::uint64_t left, std::uint64_t right) {
     return std::to_string(left) + " and " + std::to_string(right);
 }
 
 static std::string text(const lights::Colour &colour) {
-    return "(" + std::to_string(colour.red) + ", " + std::to_string(colour.green) + ", " +
-           std::to_string(colour.blue) + ")";
+    return lights::format("(%d, %d, %d)", colour.red, colour.green, colour.blue);
 }
 
 std::string describeDifference(Layout layout, const std::vector<std::uint8_t> &left,
@@ -52,7 +44,7 @@ std::string describeDifference(Layout layout, const std::vector<std::uint8_t> &l
 
 static std::string placeOf(const NumberedDatagram &datagram) {
     return "datagram " + std::to_string(datagram.number) + " at " +
-           number(static_cast<double>(datagram.time.count()) / 1e6, 3) + " s";
+           lights::format("%.3f s", static_cast<double>(datagram.time.count()) / 1e6);
 }
 
 static std::string describeFirst(Layout layout, const DeviceFindings &found) {
@@ -66,18 +58,17 @@ static std::string describeFirst(Layout layout, const DeviceFindings &found) {
 static std::string describeIntervals(const Intervals &intervals) {
     if (intervals.count() == 0)
         return "none";
-    return number(intervals.mean(), 1) + " ms (spread " + number(intervals.spread(), 1) +
-           ", longest " + number(intervals.longest(), 1) + ")";
+    return lights::format("%.1f ms (spread %.1f, longest %.1f)", intervals.mean(),
+                          intervals.spread(), intervals.longest());
 }
 
 static std::string describeTiming(const DeviceFindings &found) {
     std::string text = "intervals " + describeIntervals(found.intervals[first]) + " and " +
                        describeIntervals(found.intervals[second]);
     if (found.leastDelay)
-        text += "; the same datagrams come " +
-                number(static_cast<double>(found.leastDelay->count()) / 1000, 1) + " to " +
-                number(static_cast<double>(found.greatestDelay->count()) / 1000, 1) +
-                " ms later in the second";
+        text += lights::format("; the same datagrams come %.1f to %.1f ms later in the second",
+                               static_cast<double>(found.leastDelay->count()) / 1000,
+                               static_cast<double>(found.greatestDelay->count()) / 1000);
     return text;
 }
 
@@ -89,7 +80,7 @@ static void describeDevice(const Comparison &comparison, const ComparedDevice &d
     const DeviceFindings &found = device.findings;
     if (!device.isInBoth()) {
         lines.push_back(name + ": only in the " + (side == first ? "first" : "second") + ", with " +
-                        std::to_string(found.datagrams[side]) + " datagrams");
+                        lights::counted(found.datagrams[side], "datagram"));
         return;
     }
     lines.push_back(name + ": " + (device.differs() ? "different" : "the same"));
@@ -115,10 +106,9 @@ std::vector<std::string> describe(const Comparison &comparison) {
         describeDevice(comparison, device, lines);
         different += device.differs() ? 1 : 0;
     }
-    const std::string all = std::to_string(comparison.devices.size());
-    lines.push_back(comparison.differs()
-                        ? "different: " + std::to_string(different) + " of " + all + " devices"
-                        : "the same: " + all + " devices");
+    const std::string all = lights::counted(comparison.devices.size(), "device");
+    lines.push_back(comparison.differs() ? "different: " + std::to_string(different) + " of " + all
+                                         : "the same: " + all);
     return lines;
 }
 

@@ -1,4 +1,4 @@
-#include "tools/recording/deviceComparison.h"
+#include "tools/recording/compareRecordings.h"
 
 #include <algorithm>
 #include <cmath>

@@ -63,7 +63,7 @@ TEST(PanelwallComparison, TheSameContentAtOtherTimesIsTheSame) {
               "the first, 0 only in the second\n"
               "    timing: intervals 40.0 ms (spread 0.0, longest 40.0) and 40.0 ms (spread 0.0, "
               "longest 40.0); the same datagrams come 5.0 to 5.0 ms later in the second\n"
-              "the same: 1 devices\n");
+              "the same: 1 device\n");
 }
 
 TEST(PanelwallComparison, OneChangedDatagramIsFound) {
@@ -78,7 +78,7 @@ TEST(PanelwallComparison, OneChangedDatagramIsFound) {
     EXPECT_TRUE(contains(textOf(comparison),
                          "first difference: datagram 150 at 6.000 s and datagram 150 "
                          "at 6.000 s: panel id 1: colour (150, 0, 0) and (7, 0, 0)\n"));
-    EXPECT_TRUE(contains(textOf(comparison), "different: 1 of 1 devices\n"));
+    EXPECT_TRUE(contains(textOf(comparison), "different: 1 of 1 device\n"));
 }
 
 TEST(PanelwallComparison, DatagramsLeftOutAndAddedAreFound) {
@@ -139,7 +139,7 @@ TEST(PanelwallComparison, ConfigurationsAreComparedToo) {
     const auto text = textOf(compare(left, record(document, {}, 10)));
     EXPECT_TRUE(contains(text, "configuration: mode: 0 and 2\n"));
     EXPECT_TRUE(contains(text, "1 at (100, 200) and 1 at (101, 200)\n"));
-    EXPECT_TRUE(contains(text, "different: 1 of 1 devices\n"));
+    EXPECT_TRUE(contains(text, "different: 1 of 1 device\n"));
 }
 
 // One device's datagrams stand at the beginning of one recording and at the end of the other.

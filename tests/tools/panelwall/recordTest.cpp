@@ -177,7 +177,7 @@ TEST_F(PanelwallCompare, ExitStatusSaysWhetherTheyDiffer) {
         EXPECT_EQ(ending.status, status) << ending.out << ending.err;
         return ending.out + ending.err;
     };
-    EXPECT_TRUE(contains(compare("a", "later", 0), "the same: 1 devices\n"));
+    EXPECT_TRUE(contains(compare("a", "later", 0), "the same: 1 device\n"));
     EXPECT_TRUE(contains(compare("a", "other", 1), "colour (1, 0, 0) and (2, 0, 0)"));
     const std::string cut = compare("cut", "a", 2);
     EXPECT_TRUE(contains(cut, "ends at byte"));
