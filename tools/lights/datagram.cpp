@@ -1,5 +1,7 @@
 #include "tools/lights/datagram.h"
 
+#include "tools/lights/text.h"
+
 namespace lights {
 
 namespace {
@@ -30,7 +32,7 @@ std::string inRecord(std::size_t index, const std::string &text) {
 // The count holds only the low bits of the number of records, so the length decides how many there
 // are and the count must agree with it.
 std::string findLengthProblem(Layout layout, std::span<const std::uint8_t> bytes) {
-    const std::string length = std::to_string(bytes.size()) + " bytes";
+    const std::string length = counted(bytes.size(), "byte");
     if (bytes.size() < datagramSize(layout, 0))
         return length + ", too short for the panel count";
     const std::size_t records = (bytes.size() - datagramSize(layout, 0)) / recordSize(layout);

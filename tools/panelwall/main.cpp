@@ -1,4 +1,5 @@
 #include "tools/config/textFile.h"
+#include "tools/lights/text.h"
 #include "tools/panelwall/pngFile.h"
 #include "tools/panelwall/session.h"
 #include "tools/recording/compareRecordings.h"
@@ -53,9 +54,9 @@ static config::Document chooseDocument(const Options &options, const config::Doc
     config::Document other = readWallDocument(options);
     if (other.devices.size() != recorded.devices.size())
         refuse(exitDocument, options.configPath,
-               {{"/devices", "there are " + std::to_string(other.devices.size()) +
-                                 " devices, but " + std::to_string(recorded.devices.size()) +
-                                 " in the recording; a replay needs as many"}});
+               {{"/devices", "expected " + lights::counted(recorded.devices.size(), "device") +
+                                 " as in the recording, found " +
+                                 std::to_string(other.devices.size())}});
     return other;
 }
 

@@ -1,9 +1,9 @@
 #include "tools/panelwall/options.h"
 
 #include "tools/config/configDocument.h"
+#include "tools/lights/text.h"
 
 #include <CLI/CLI.hpp>
-#include <charconv>
 #include <iostream>
 
 namespace panelwall {
@@ -92,10 +92,7 @@ static std::optional<Size> parseSize(const std::string &text) {
 }
 
 static std::optional<int> parsePort(const std::string &text) {
-    std::uint16_t port = 0;
-    const char *end = text.data() + text.size();
-    const auto result = std::from_chars(text.data(), end, port);
-    return result.ec == std::errc() && result.ptr == end ? std::optional<int>(port) : std::nullopt;
+    return text == "0" ? 0 : lights::wholeNumber(text, 65535);
 }
 
 static void addRecordingOptions(CLI::App &app, Options &options) {
@@ -155,17 +152,16 @@ Options parseOptions(int argc, char **argv) {
                    ? std::string()
                    : "not a port from 0 to 65535 (write CONFIG before --web): " + text;
     };
-    const CLI::Option *webOptions[] = {
-        app.add_option("--web", port, "Serve the live page, on this port")
-            ->type_name("[PORT]")
-            ->expected(0, 1)
-            ->check(checkPort),
-        app.add_option("--web-address", web.address,
-                       "Serve the live page at this address of the machine (default 127.0.0.1)")
-            ->type_name("ADDRESS"),
-        app.add_option("--web-link", web.linkPath,
-                       "Serve the live page, and write an HTML file that leads to it")
-            ->type_name("FILE")};
+    app.add_option("--web", port, "Serve the live page, on this port")
+        ->type_name("[PORT]")
+        ->expected(0, 1)
+        ->check(checkPort);
+    app.add_option("--web-address", web.address,
+                   "Serve the live page at this address of the machine (default 127.0.0.1)")
+        ->type_name("ADDRESS");
+    app.add_option("--web-link", web.linkPath,
+                   "Serve the live page, and write an HTML file that leads to it")
+        ->type_name("FILE");
     try {
         app.parse(argc, argv);
         if (options.configPath.empty() && !options.replayPath && options.comparedPaths.empty())
@@ -178,9 +174,8 @@ Options parseOptions(int argc, char **argv) {
     options.screen = parseSize(size);
     options.transitionUnit = std::chrono::milliseconds(unit);
     web.port = parsePort(port).value_or(web.port);
-    for (const CLI::Option *option : webOptions)
-        if (option->count() > 0)
-            options.web = web;
+    if (app.count("--web") + app.count("--web-address") + app.count("--web-link") > 0)
+        options.web = web;
     return options;
 }
 

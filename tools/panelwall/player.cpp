@@ -1,5 +1,7 @@
 #include "tools/panelwall/player.h"
 
+#include "tools/lights/text.h"
+
 #include <cerrno>
 #include <fcntl.h>
 #include <system_error>
@@ -53,7 +55,7 @@ void Sender::send(std::size_t device, std::span<const std::uint8_t> bytes) {
 }
 
 std::string Sender::report() const {
-    std::string text = "sent: " + std::to_string(sent) + " datagrams";
+    std::string text = "sent: " + lights::counted(sent, "datagram");
     if (failed > 0)
         text += "; " + std::to_string(failed) +
                 " could not be sent, the last of them because: " + lastFailure;

@@ -124,7 +124,7 @@ void Session::announce() {
     for (std::size_t i = 0; i < document.devices.size(); ++i)
         print((player != nullptr ? "replaying: " : "listening: ") +
               lights::nameDevice(i, document.devices[i]) + ", " +
-              std::to_string(document.devices[i].panels.size()) + " panels");
+              lights::counted(document.devices[i].panels.size(), "panel"));
     if (page)
         print("live page: " + page->url());
 }
@@ -249,8 +249,8 @@ bool Session::saveSnapshot() {
 bool Session::finishRecording() {
     recorder->finish(Clock::now());
     const std::string &path = *options.recordPath;
-    const std::string amount = std::to_string(recorder->datagrams()) + " datagrams, " +
-                               std::to_string(recorder->bytes()) + " bytes";
+    const std::string amount = lights::counted(recorder->datagrams(), "datagram") + ", " +
+                               lights::counted(recorder->bytes(), "byte");
     if (recorder->error().empty()) {
         print("recorded: " + amount + " in " + path);
         return true;

@@ -1,9 +1,9 @@
 #include "tools/panelwall/statusText.h"
 #include "tools/config/modes.h"
 #include "tools/lights/address.h"
+#include "tools/lights/text.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <iomanip>
 #include <sstream>
 
@@ -13,14 +13,11 @@ static constexpr std::chrono::seconds warningTime{5};
 
 static std::string describeAge(Clock::duration age) {
     const double seconds = std::chrono::duration<double>(age).count();
-    char text[40];
     if (seconds < 60)
-        std::snprintf(text, sizeof text, "%.1f s", seconds);
-    else if (seconds < 3600)
-        std::snprintf(text, sizeof text, "%.0f min", seconds / 60);
-    else
-        std::snprintf(text, sizeof text, "%.0f h", seconds / 3600);
-    return text;
+        return lights::format("%.1f s", seconds);
+    if (seconds < 3600)
+        return lights::format("%.0f min", seconds / 60);
+    return lights::format("%.0f h", seconds / 3600);
 }
 
 static int widthOf(const std::string &text) {
@@ -101,13 +98,9 @@ std::string describeFlashes(const Wall &wall, Clock::time_point now) {
     const FlashMeter &flashes = wall.flashes();
     if (!flashes.lastExcess() || now - *flashes.lastExcess() >= warningTime)
         return {};
-    char text[160];
-    std::snprintf(
-        text, sizeof text,
-        "The whole wall flashes, up to %.1f times within a second: more than 3 can set off "
-        "seizures in some people.",
-        flashes.most());
-    return text;
+    return lights::format("The whole wall flashes, up to %.1f times within a second: more than 3 "
+                          "can set off seizures in some people.",
+                          flashes.most());
 }
 
 std::vector<std::string> describeSharedIds(const Wall &wall) {
@@ -120,10 +113,9 @@ std::vector<std::string> describeSharedIds(const Wall &wall) {
             const std::uint16_t id = lights::wireId(device.layout, panel.panelID);
             const auto [earlier, isNew] = first.emplace(id, panel.panelID);
             if (!isNew && lines.size() < most)
-                lines.push_back("device " + std::to_string(i) + ": panels " +
-                                std::to_string(earlier->second) + " and " +
-                                std::to_string(panel.panelID) + " are both " + std::to_string(id) +
-                                " in datagrams and show the same colour");
+                lines.push_back(lights::format("device %zu: panels %d and %d are both %d in "
+                                               "datagrams and show the same colour",
+                                               i, earlier->second, panel.panelID, id));
         }
     }
     return lines;

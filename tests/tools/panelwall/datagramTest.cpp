@@ -79,7 +79,7 @@ TEST(PanelwallDatagram, EveryOtherLengthIsMalformed) {
         EXPECT_EQ(decode(Layout::Wide, bytes).malformed.empty(), size == 10) << size;
     }
     EXPECT_EQ(decode(Layout::Narrow, Bytes{}).malformed, "0 bytes, too short for the panel count");
-    EXPECT_EQ(decode(Layout::Wide, Bytes{0}).malformed, "1 bytes, too short for the panel count");
+    EXPECT_EQ(decode(Layout::Wide, Bytes{0}).malformed, "1 byte, too short for the panel count");
     EXPECT_EQ(decode(Layout::Wide, Bytes{0, 1, 0}).malformed,
               "3 bytes, but a panel count of 1 needs 10");
 }

@@ -9,7 +9,7 @@ TEST_F(PanelwallProgram, CountsAndColoursWhatArrives) {
         start({writeConfig({deviceText("127.0.41.1", 1, {{3, 100, 100}, {300, 300, 100}}),
                             deviceText("127.0.41.2", 2, {{258, 500, 100}})})});
     wall.waitFor("listening: device 0 at \"127.0.41.1\", UDP port 60221, 2 panels\n");
-    wall.waitFor("listening: device 1 at \"127.0.41.2\", UDP port 60222, 1 panels\n");
+    wall.waitFor("listening: device 1 at \"127.0.41.2\", UDP port 60222, 1 panel\n");
     sendTo("127.0.41.1", 60221, {2, 3, 1, 10, 20, 30, 0, 5, 44, 1, 1, 2, 3, 0, 6});
     sendTo("127.0.41.2", 60222, {0, 1, 1, 2, 9, 8, 7, 0, 0, 5});
     sendTo("127.0.41.2", 60222, {0, 1, 1, 2, 9, 8, 7, 4, 0, 5});

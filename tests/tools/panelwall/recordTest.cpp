@@ -76,7 +76,7 @@ TEST_F(PanelwallReplay, ShowsTheRecordingOnTheWall) {
                20'000));
     const auto png = folder.file("a.png");
     expectOutput(run({"--replay", file, "--snapshot", png, "--transition-unit", "0"}), 0,
-                 {"replaying: device 0 at \"127.0.45.14\", UDP port 60222, 1 panels\n",
+                 {"replaying: device 0 at \"127.0.45.14\", UDP port 60222, 1 panel\n",
                   "ended: device 0  127.0.45.14:60222  1/1 lit", "total 2\n"});
     EXPECT_EQ(readPng(png).at(100, 200), 0xC86432u);
 }
@@ -114,7 +114,7 @@ TEST_F(PanelwallReplay, SendsToTheConfigurationsDevicesInsteadOfTheRecorded) {
     const auto again = folder.file("b.wall");
     Process wall = start({config, "--record", again});
     wall.waitFor("listening: device 0");
-    expectOutput(run({config, "--replay", file, "--send"}), 0, {"sent: 1 datagrams\n"});
+    expectOutput(run({config, "--replay", file, "--send"}), 0, {"sent: 1 datagram\n"});
     wall.waitFor("1/1 lit");
     end(wall);
     const Read read = readRecording(fileText(again));
@@ -150,7 +150,8 @@ TEST_F(PanelwallReplay, SaysWhatIsWrongWithFilesAndOptions) {
     expectErrors(run({"--replay", config}), 7, {config + ": is no recording of a wall"});
     expectErrors(run({config, "--record", folder.file("no/a.wall")}), 3,
                  {"a recording cannot be written here: No such file"});
-    expectErrors(run({config, "--replay", file}), 4, {"there are 1 devices, but 2 in the"});
+    expectErrors(run({config, "--replay", file}), 4,
+                 {"expected 2 devices as in the recording, found 1"});
     const auto refuses = [](const std::vector<std::string> &arguments) {
         const Ending ending = run(arguments);
         EXPECT_EQ(ending.status, 2) << arguments.back();

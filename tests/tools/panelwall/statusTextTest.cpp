@@ -29,10 +29,10 @@ TEST(PanelwallStatusText, OneLinePerDevice) {
               "device 0  127.0.41.1:60221  0/2 lit   0/s  last never  malformed 0  total 0");
     EXPECT_EQ(lines[1],
               "device 1  [::1]:60222       1/2 lit   2/s  last 0.4 s  malformed 1  total 2  "
-              "last malformed: 1 bytes, too short for the panel count");
+              "last malformed: 1 byte, too short for the panel count");
     const auto split = deviceLines(wall, now, ReasonPlace::NextLine);
     ASSERT_EQ(split.size(), 3u);
-    EXPECT_EQ(split[2], "    last malformed: 1 bytes, too short for the panel count");
+    EXPECT_EQ(split[2], "    last malformed: 1 byte, too short for the panel count");
 }
 
 TEST(PanelwallStatusText, SilenceIsToldAfterThreeSecondsAndEndsWithADatagram) {

@@ -1,5 +1,6 @@
 #include "tools/panelwall/terminal/frameText.h"
 
+#include "tools/lights/text.h"
 #include "tools/panelwall/statusText.h"
 
 #include <algorithm>
@@ -10,8 +11,7 @@ namespace panelwall {
 static const char upperHalf[] = "\u2580";
 
 static std::string colourCode(int ground, Colour colour) {
-    return "\x1b[" + std::to_string(ground) + ";2;" + std::to_string(colour.red) + ";" +
-           std::to_string(colour.green) + ";" + std::to_string(colour.blue) + "m";
+    return lights::format("\x1b[%d;2;%d;%d;%dm", ground, colour.red, colour.green, colour.blue);
 }
 
 std::vector<std::string> halfBlockLines(const Canvas &canvas) {
