@@ -5,8 +5,10 @@
 #include <charconv>
 #include <cstdarg>
 #include <cstdio>
+#include <cstdlib>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
+#include <unistd.h>
 
 namespace lights {
 
@@ -46,6 +48,11 @@ std::optional<std::uint32_t> wholeNumber(std::string_view text, std::uint32_t la
 
 std::string nameDevice(std::size_t index, const DeviceEntry &device) {
     return format("device %zu at %s, UDP port %d", index, quote(device.ip).c_str(), device.port());
+}
+
+bool showsColours(int fd) {
+    const char *type = std::getenv("TERM");
+    return isatty(fd) == 1 && !(type && std::string_view(type) == "dumb");
 }
 
 static char lower(char c) {

@@ -1,6 +1,6 @@
 // Words, names and numbers in messages and on the command line.
 //
-// Pure functions, callable from any thread.
+// Callable from any thread.
 #pragma once
 
 #include "tools/lights/device.h"
@@ -28,6 +28,9 @@ std::optional<std::uint32_t> wholeNumber(std::string_view text, std::uint32_t la
 
 // How messages name a device: its number, its address as quoted text, and its UDP port.
 std::string nameDevice(std::size_t index, const DeviceEntry &device);
+
+// Whether a descriptor is a terminal that can show colours: one that does not call itself dumb.
+bool showsColours(int fd);
 
 // The one of `candidates` that is nearest to `name`, without regard to case: at most two edits away
 // (one for a name of fewer than six letters), where an edit is a letter that is wrong, missing or

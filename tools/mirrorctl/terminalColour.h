@@ -4,20 +4,12 @@
 #include "tools/lights/device.h"
 #include "tools/lights/text.h"
 
-#include <cstdlib>
 #include <string>
-#include <string_view>
-#include <unistd.h>
 
 namespace mirrorctl {
 
 using lights::Colour;
-
-// Whether colours shall be shown there: on a terminal that does not call itself dumb.
-inline bool showsColours(int fd) {
-    const char *type = std::getenv("TERM");
-    return isatty(fd) == 1 && !(type && std::string_view(type) == "dumb");
-}
+using lights::showsColours;
 
 // Four blanks on the colour, in 24-bit colour; the terminal's own colours are restored after it.
 inline std::string swatch(const Colour &colour) {

@@ -5,9 +5,7 @@
 #include "tools/panelwall/statusText.h"
 
 #include <algorithm>
-#include <cstdlib>
 #include <poll.h>
-#include <string_view>
 #include <unistd.h>
 
 namespace panelwall {
@@ -19,16 +17,11 @@ static constexpr int largestPictureSide = 5120;
 static constexpr std::chrono::seconds lineInterval{1};
 static constexpr std::chrono::seconds noticeTime{5};
 
-static bool isCapableTerminal(int fd) {
-    const char *type = std::getenv("TERM");
-    return isatty(fd) == 1 && !(type != nullptr && std::string_view(type) == "dumb");
-}
-
 Session::Session(const Options &options_, const config::Document &document_, Receiver &receiver_,
                  Player *player_)
     : options(options_), document(document_), receiver(receiver_), player(player_),
       wall(document_, options_.transitionUnit), screen(screenSize(wall, options_.screen)),
-      live(STDOUT_FILENO), onTerminal(isCapableTerminal(STDOUT_FILENO)),
+      live(STDOUT_FILENO), onTerminal(lights::showsColours(STDOUT_FILENO)),
       nextLines(start + lineInterval) {}
 
 int Session::run() {
