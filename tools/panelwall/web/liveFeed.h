@@ -54,10 +54,8 @@ public:
     public:
         explicit Reader(LiveFeed &feed_) : feed(feed_) {
             ++feed.readerCount;
-            {
-                const std::lock_guard lock(feed.mutex);
-                seen = feed.greeting.number;
-            }
+            const std::lock_guard lock(feed.mutex);
+            seen = feed.greeting;
             // A full pipe wakes the wall just as well.
             [[maybe_unused]] const ssize_t written = write(feed.newcomers.writeEnd(), "", 1);
         }
@@ -69,29 +67,24 @@ public:
         // the feed is closed.
         Text next() {
             std::unique_lock lock(feed.mutex);
-            const News &news = greeted ? feed.state : feed.greeting;
-            feed.changed.wait(lock, [&] { return feed.closed || news.number != seen; });
+            const Text &text = greeted ? feed.state : feed.greeting;
+            feed.changed.wait(lock, [&] { return feed.closed || text != seen; });
             greeted = true;
-            seen = feed.state.number;
-            return feed.closed ? nullptr : news.text;
+            seen = feed.state;
+            return feed.closed ? nullptr : text;
         }
 
     private:
         LiveFeed &feed;
         bool greeted = false;
-        unsigned long seen = 0; // the last greeting before it came, or once greeted state
+        Text seen; // the last greeting before it came, or once greeted state
     };
 
 private:
-    struct News {
-        Text text;
-        unsigned long number = 0;
-    };
-
-    void tell(News &news, std::string text) {
-        const auto shared = std::make_shared<const std::string>(std::move(text));
+    void tell(Text &kept, std::string text) {
+        auto shared = std::make_shared<const std::string>(std::move(text));
         const std::lock_guard lock(mutex);
-        news = {shared, news.number + 1};
+        kept = std::move(shared);
         changed.notify_all();
     }
 
@@ -101,8 +94,8 @@ private:
     std::mutex mutex;
     std::condition_variable changed;
     bool closed = false;
-    News greeting;
-    News state;
+    Text greeting;
+    Text state;
 };
 
 } // namespace panelwall
