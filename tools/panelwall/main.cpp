@@ -95,7 +95,9 @@ static int replay(const Options &options) {
 // The exit statuses of comparing programs.
 enum { theSame = 0, different = 1, failed = 2 };
 
-static int compareOpenable(const std::array<std::string, 2> &paths) {
+// Prints where the recordings at these two paths differ. Returns `failed` when one of them cannot
+// be read to its end, after a comparison up to there.
+static int compareFiles(const std::vector<std::string> &paths) {
     bool readable = true;
     for (const std::string &path : paths) {
         std::ifstream stream;
@@ -126,22 +128,14 @@ static int compareOpenable(const std::array<std::string, 2> &paths) {
     return comparison.differs() ? different : theSame;
 }
 
-// Prints where the recordings at these paths differ. Returns 0 when they do not, 1 when they do,
-// and 2 when one of them cannot be read to its end, after a comparison up to there.
-static int compareFiles(const std::string &left, const std::string &right) {
-    try {
-        return compareOpenable({left, right});
-    } catch (const std::exception &error) {
-        std::cerr << "panelwall: " << error.what() << "\n";
-        return failed;
-    }
-}
-
 int main(int argc, char **argv) {
+    int failure = exitOther; // what it ends with when something is thrown
     try {
         const Options options = parseOptions(argc, argv);
-        if (!options.comparedPaths.empty())
-            return compareFiles(options.comparedPaths[0], options.comparedPaths[1]);
+        if (!options.comparedPaths.empty()) {
+            failure = failed;
+            return compareFiles(options.comparedPaths);
+        }
         if (options.snapshotPath) {
             const std::string &path = *options.snapshotPath;
             if (const auto reason = findObstacle(path); !reason.empty())
@@ -152,6 +146,6 @@ int main(int argc, char **argv) {
         return end.status;
     } catch (const std::exception &error) {
         std::cerr << "panelwall: " << error.what() << "\n";
-        return exitOther;
+        return failure;
     }
 }

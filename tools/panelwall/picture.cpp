@@ -18,9 +18,7 @@ template <typename Use> static void forEachPanel(const Wall &wall, Use use) {
             use(panel);
 }
 
-Size screenSize(const Wall &wall, std::optional<Size> given) {
-    if (given)
-        return *given;
+Size screenSize(const Wall &wall) {
     double right = 0.0;
     double bottom = 0.0;
     forEachPanel(wall, [&](const WallPanel &panel) {

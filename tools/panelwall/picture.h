@@ -8,8 +8,6 @@
 #include "tools/panelwall/canvas.h"
 #include "tools/wall/wall.h"
 
-#include <optional>
-
 namespace panelwall {
 
 struct Size {
@@ -17,10 +15,9 @@ struct Size {
     int height = 0;
 };
 
-// The size of the screen that the wall stands on: `given` if there is one; otherwise the least
-// screen, with its origin at the top left, that holds every panel's square whole. Without panels
-// 1920 x 1080.
-Size screenSize(const Wall &wall, std::optional<Size> given);
+// The least size of a screen, with its origin at the top left, that holds every panel's square
+// whole. Without panels 1920 x 1080.
+Size screenSize(const Wall &wall);
 
 // The largest size of the screen's shape that fits into `room`, at least 1 x 1.
 Size fitInto(Size screen, Size room);

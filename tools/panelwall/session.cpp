@@ -20,7 +20,7 @@ static constexpr std::chrono::seconds noticeTime{5};
 Session::Session(const Options &options_, const config::Document &document_, Receiver &receiver_,
                  Player *player_)
     : options(options_), document(document_), receiver(receiver_), player(player_),
-      wall(document_, options_.transitionUnit), screen(screenSize(wall, options_.screen)),
+      wall(document_, options_.transitionUnit), screen(options_.screen.value_or(screenSize(wall))),
       live(STDOUT_FILENO), onTerminal(lights::showsColours(STDOUT_FILENO)),
       nextLines(start + lineInterval) {}
 

@@ -100,7 +100,7 @@ TEST(PanelwallPicture, PanelsOffTheScreenAreCut) {
 TEST(PanelwallPicture, ExtremeScalesAreDrawn) {
     for (const double scale : {0.0, -3.0, 1e-9, 1e9, 1e300}) {
         const Wall wall = makeWall(scale, {{100, 100}}, 1);
-        const Size screen = screenSize(wall, std::nullopt);
+        const Size screen = screenSize(wall);
         ASSERT_GE(screen.width, 100) << scale;
         const Canvas canvas = drawFine(wall, moment, {200, 200}, {200, 200});
         EXPECT_EQ(rgb(canvas.at(100, 100)), 0x6400c8u) << scale;
@@ -129,11 +129,10 @@ TEST(PanelwallPicture, HollowIsToldFromBlack) {
     EXPECT_EQ(rgb(canvas.at(300, 100)), dark);
 }
 
-TEST(PanelwallPicture, ScreenIsGivenOrDerived) {
+TEST(PanelwallPicture, ScreenHoldsEveryPanel) {
     const Wall wall = makeWall(1.0, {{100, 100}, {500, 250}}, 0);
-    expectSize(screenSize(wall, Size{1920, 1080}), 1920, 1080);
-    expectSize(screenSize(wall, std::nullopt), 550, 300);
-    expectSize(screenSize(makeWall(1.0, {}, 0), std::nullopt), 1920, 1080);
+    expectSize(screenSize(wall), 550, 300);
+    expectSize(screenSize(makeWall(1.0, {}, 0)), 1920, 1080);
 }
 
 TEST(PanelwallPicture, FitsIntoTheRoomInTheScreensShape) {
