@@ -1,6 +1,6 @@
-#include "tools/panelwall/terminal/frameText.h"
 #include "tests/support/expectations.h"
 #include "tests/tools/panelwall/walls.h"
+#include "tools/panelwall/terminal/liveView.h"
 
 #include <gtest/gtest.h>
 

@@ -1,10 +1,100 @@
 #include "tools/panelwall/terminal/liveView.h"
 
+#include "tools/lights/text.h"
 #include "tools/panelwall/signals.h"
+#include "tools/panelwall/statusText.h"
 
+#include <algorithm>
+#include <optional>
 #include <sys/ioctl.h>
 
 namespace panelwall {
+
+static const char upperHalf[] = "\u2580";
+
+static std::string colourCode(int ground, Colour colour) {
+    return lights::format("\x1b[%d;2;%d;%d;%dm", ground, colour.red, colour.green, colour.blue);
+}
+
+std::vector<std::string> halfBlockLines(const Canvas &canvas) {
+    std::vector<std::string> lines;
+    for (int y = 0; y < canvas.height(); y += 2) {
+        std::string line;
+        std::optional<Colour> upper;
+        std::optional<Colour> lower;
+        for (int x = 0; x < canvas.width(); ++x) {
+            if (upper != canvas.at(x, y)) {
+                upper = canvas.at(x, y);
+                line += colourCode(38, *upper);
+            }
+            if (y + 1 < canvas.height() && lower != canvas.at(x, y + 1)) {
+                lower = canvas.at(x, y + 1);
+                line += colourCode(48, *lower);
+            }
+            line += upperHalf;
+        }
+        lines.push_back(line + "\x1b[0m");
+    }
+    return lines;
+}
+
+// Fewer lines of picture than this show nothing that can be recognised.
+static constexpr int leastPictureRows = 3;
+
+static std::string repeat(const char *text, int count) {
+    std::string result;
+    for (int i = 0; i < count; ++i)
+        result += text;
+    return result;
+}
+
+// The picture in a frame of lines, in at most `room` columns and rows of characters.
+static std::vector<std::string> framedPicture(const Wall &wall, Clock::time_point now, Size screen,
+                                              Size room) {
+    const Size size = fitInto(screen, {room.width - 2, (room.height - 2) * 2});
+    std::vector<std::string> lines;
+    lines.push_back("\u250c" + repeat("\u2500", size.width) + "\u2510");
+    for (const std::string &line : halfBlockLines(drawCoarse(wall, now, screen, size)))
+        lines.push_back("\u2502" + line + "\u2502");
+    lines.push_back("\u2514" + repeat("\u2500", size.width) + "\u2518");
+    return lines;
+}
+
+// The device lines in at most `most` lines.
+static std::vector<std::string> fittingDevices(const std::vector<std::string> &devices,
+                                               std::size_t most, std::size_t columns) {
+    std::vector<std::string> lines;
+    const std::size_t shown = devices.size() <= most ? devices.size() : most - 1;
+    for (std::size_t i = 0; i < shown; ++i)
+        lines.push_back(cutToWidth(devices[i], columns));
+    if (shown < devices.size())
+        lines.push_back(cutToWidth("and " + std::to_string(devices.size() - shown) +
+                                       " more lines; a taller terminal shows them",
+                                   columns));
+    return lines;
+}
+
+std::vector<std::string> composeFrame(const Wall &wall, Clock::time_point now, Size screen,
+                                      const FrameContent &content, Size terminal) {
+    const auto columns = static_cast<std::size_t>(std::max(terminal.width, 1));
+    const int rows = std::max(terminal.height, 1);
+    std::vector<std::string> message;
+    for (const std::string &line : wrap(content.message, columns))
+        message.push_back(cutToWidth(line, columns));
+
+    std::vector<std::string> lines{cutToWidth(content.title, columns)};
+    const int below = rows - 1 - static_cast<int>(message.size());
+    const auto devices = fittingDevices(content.devices, std::max(below / 2, 1), columns);
+    const int pictureRows = below - static_cast<int>(devices.size());
+    if (pictureRows >= leastPictureRows + 2 && terminal.width >= 10)
+        for (std::string &line : framedPicture(wall, now, screen, {terminal.width, pictureRows}))
+            lines.push_back(std::move(line));
+    lines.insert(lines.end(), devices.begin(), devices.end());
+    lines.insert(lines.end(), message.begin(), message.end());
+    if (lines.size() > static_cast<std::size_t>(rows))
+        lines.resize(static_cast<std::size_t>(rows));
+    return lines;
+}
 
 // Alternate screen, hidden cursor, no wrapping at the right edge; and all of it undone.
 static const char enterCodes[] = "\x1b[?1049h\x1b[?25l\x1b[?7l\x1b[2J";
