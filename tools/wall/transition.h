@@ -4,7 +4,10 @@
 #include "tools/lights/device.h"
 #include "tools/wall/clock.h"
 
+#include <algorithm>
 #include <array>
+#include <cmath>
+#include <cstdint>
 
 namespace panelwall {
 
@@ -15,14 +18,29 @@ using lights::Colour;
 // forward.
 class Transition {
 public:
-    // Sets out for `target`, from the colour of this moment; arrives after `length`, or at once
+    // Sets out for `target`, from the colour of this moment; arrives after `newLength`, or at once
     // when that is 0.
-    void moveTo(Colour target, Clock::duration length, Clock::time_point now);
+    void moveTo(Colour target, Clock::duration newLength, Clock::time_point now) {
+        from = channelsAt(now);
+        to = {static_cast<double>(target.red), static_cast<double>(target.green),
+              static_cast<double>(target.blue)};
+        begin = now;
+        length = newLength;
+    }
 
-    Colour at(Clock::time_point now) const;
+    Colour at(Clock::time_point now) const {
+        const auto [red, green, blue] = channelsAt(now);
+        const auto rounded = [](double value) {
+            return static_cast<std::uint8_t>(std::lround(value));
+        };
+        return {rounded(red), rounded(green), rounded(blue)};
+    }
 
     // How long it is until it arrives; 0 at rest.
-    Clock::duration left(Clock::time_point now) const;
+    Clock::duration left(Clock::time_point now) const {
+        return from == to ? Clock::duration::zero()
+                          : std::clamp(length - (now - begin), Clock::duration::zero(), length);
+    }
 
     // Whether the colour at a later moment can be another one.
     bool isMoving(Clock::time_point now) const { return left(now) > Clock::duration::zero(); }
@@ -32,7 +50,16 @@ private:
     // channel each time it would never arrive.
     using Channels = std::array<double, 3>;
 
-    Channels channelsAt(Clock::time_point now) const;
+    Channels channelsAt(Clock::time_point now) const {
+        const auto passed = std::max(now - begin, Clock::duration::zero());
+        if (passed >= length)
+            return to;
+        const double share = std::chrono::duration<double>(passed) / length;
+        Channels channels;
+        for (std::size_t i = 0; i < channels.size(); ++i)
+            channels[i] = from[i] + (to[i] - from[i]) * share;
+        return channels;
+    }
 
     Channels from{};
     Channels to{};
