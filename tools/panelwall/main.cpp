@@ -64,10 +64,9 @@ static config::Document chooseDocument(const Options &options, const config::Doc
 // exit status.
 static int replay(const Options &options) {
     const std::string &path = *options.replayPath;
-    std::ifstream stream;
-    RecordingReader reader(stream);
-    if (const std::string error = openRecording(path, stream, reader); !error.empty())
-        refuse(exitRecording, path, error);
+    RecordingReader reader(path);
+    if (!reader.error().empty())
+        refuse(exitRecording, path, reader.error());
     const config::Document document = chooseDocument(options, reader.document());
 
     const Reach reach = options.send && !options.anywhere ? Reach::Loopback : Reach::Anywhere;
@@ -100,18 +99,17 @@ enum { theSame = 0, different = 1, failed = 2 };
 static int compareFiles(const std::vector<std::string> &paths) {
     bool readable = true;
     for (const std::string &path : paths) {
-        std::ifstream stream;
-        RecordingReader reader(stream);
-        if (const std::string error = openRecording(path, stream, reader); !error.empty()) {
-            complain(path, error);
+        const RecordingReader reader(path);
+        if (!reader.error().empty()) {
+            complain(path, reader.error());
             readable = false;
         }
     }
     if (!readable)
         return failed;
 
-    const Comparison comparison = compareRecordings(
-        [&](Side side) { return std::make_unique<std::ifstream>(paths[side], std::ios::binary); });
+    const Comparison comparison =
+        compareRecordings([&](Side side) { return RecordingReader(paths[side]); });
     std::cout << "first: " << paths[first] << "\nsecond: " << paths[second] << "\n";
     for (const std::string &line : describe(comparison))
         std::cout << line << "\n";

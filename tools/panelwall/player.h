@@ -39,8 +39,8 @@ private:
 // One thread at a time. The recording's time 0 is the first call of playDue().
 class Player {
 public:
-    // `reader_` has read the head. With `sender_`, every datagram goes out as well. Both
-    // outlive the player. A `speed_` of 2 takes half the time; it is greater than 0.
+    // With `sender_`, every datagram goes out as well. Both outlive the player. A `speed_` of 2
+    // takes half the time; it is greater than 0.
     Player(RecordingReader &reader_, double speed_, Sender *sender_);
 
     // When to call playDue(): shortly before the next datagram's time, at the latest; when

@@ -18,8 +18,7 @@ class Pass {
 public:
     Pass(const OpenRecording &open, const std::vector<ComparedDevice> &devices,
          const Places &places_, const std::vector<std::size_t> &wanted)
-        : places(places_), inputs{open(first), open(second)},
-          readers{RecordingReader(*inputs[first]), RecordingReader(*inputs[second])} {
+        : places(places_), readers{open(first), open(second)} {
         for (const std::size_t device : wanted) {
             const auto made = comparisons.emplace(device, devices[device].layout).first;
             for (const Side side : bothSides)
@@ -30,8 +29,6 @@ public:
 
     // The devices that had to be left out, since too much of them would have had to be held.
     std::vector<std::size_t> run(std::size_t mostHeld) {
-        for (const Side side : bothSides)
-            readers[side].readHead();
         while (const auto side = chooseSide()) {
             if (readers[*side].next(datagram)) {
                 take(*side, mostHeld);
@@ -84,7 +81,6 @@ private:
     }
 
     const Places &places;
-    std::array<std::unique_ptr<std::istream>, 2> inputs;
     std::array<RecordingReader, 2> readers;
     std::array<bool, 2> ended{};
     RecordedDatagram datagram;
@@ -157,12 +153,8 @@ bool Comparison::differs() const {
 
 Comparison compareRecordings(const OpenRecording &open, std::size_t mostHeld) {
     Comparison comparison;
-    for (const Side side : bothSides) {
-        const auto input = open(side);
-        RecordingReader reader(*input);
-        reader.readHead();
-        comparison.documents[side] = reader.document();
-    }
+    for (const Side side : bothSides)
+        comparison.documents[side] = open(side).document();
     compareValues(comparison.configuration, "mode", comparison.documents[first].mode,
                   comparison.documents[second].mode);
     const Places places = matchDevices(comparison);

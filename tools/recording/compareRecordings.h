@@ -8,7 +8,6 @@
 #include <deque>
 #include <functional>
 #include <initializer_list>
-#include <memory>
 #include <optional>
 
 namespace panelwall {
@@ -133,7 +132,7 @@ struct Comparison {
 
 // Opens one of the recordings at its beginning. It is opened again when what is to be remembered
 // outgrows the memory set aside.
-using OpenRecording = std::function<std::unique_ptr<std::istream>(Side)>;
+using OpenRecording = std::function<RecordingReader(Side)>;
 
 // Compares what can be read, in bounded memory: bytes held beyond `mostHeld` make it read the
 // recordings once more for some of the devices.

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
+#include <fstream>
 #include <system_error>
 
 namespace panelwall {
@@ -13,9 +14,28 @@ namespace panelwall {
 // What a file claims to hold is believed in steps of this size only.
 static constexpr std::size_t stepSize = 65536;
 
+RecordingReader::RecordingReader(std::unique_ptr<std::istream> stream) : input(std::move(stream)) {
+    readHead();
+}
+
+RecordingReader::RecordingReader(const std::string &path) {
+    std::error_code ignored;
+    const auto status = std::filesystem::status(path, ignored);
+    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status)) {
+        fault = "is no regular file";
+        return;
+    }
+    errno = 0;
+    input = std::make_unique<std::ifstream>(path, std::ios::binary);
+    if (*input)
+        readHead();
+    else
+        fault = "cannot be read: " + std::generic_category().message(errno);
+}
+
 std::runtime_error RecordingReader::cutOff() const {
     const std::string at = std::to_string(offset);
-    if (input.bad())
+    if (input->bad())
         return std::runtime_error("cannot be read beyond byte " + at);
     return std::runtime_error("ends at byte " + at + ", after " +
                               lights::counted(handedOut, "whole datagram") +
@@ -25,12 +45,12 @@ std::runtime_error RecordingReader::cutOff() const {
 
 void RecordingReader::checkMagic() {
     std::string magic(recordingMagic.size(), '\0');
-    input.read(magic.data(), static_cast<std::streamsize>(magic.size()));
-    magic.resize(static_cast<std::size_t>(input.gcount()));
+    input->read(magic.data(), static_cast<std::streamsize>(magic.size()));
+    magic.resize(static_cast<std::size_t>(input->gcount()));
     offset = magic.size();
     if (magic == recordingMagic)
         return;
-    if (input.bad())
+    if (input->bad())
         throw std::runtime_error("cannot be read");
     if (magic.empty())
         throw std::runtime_error("is empty, and so no recording");
@@ -43,7 +63,7 @@ void RecordingReader::checkMagic() {
     throw std::runtime_error("is no recording of a wall: it begins with other bytes");
 }
 
-bool RecordingReader::readHead() {
+void RecordingReader::readHead() {
     try {
         checkMagic();
         const int version = readByte();
@@ -62,10 +82,8 @@ bool RecordingReader::readHead() {
                                      config::describe("", problem).substr(2));
         }
         recorded = std::move(reading.document);
-        return true;
     } catch (const std::runtime_error &found) {
         fault = found.what();
-        return false;
     }
 }
 
@@ -105,7 +123,7 @@ void RecordingReader::readEnd() {
         throw std::runtime_error("is damaged: it ends after " +
                                  lights::counted(handedOut, "datagram") + ", but " +
                                  std::to_string(count) + " were recorded");
-    if (input.peek() != std::istream::traits_type::eof())
+    if (input->peek() != std::istream::traits_type::eof())
         throw std::runtime_error("goes on at byte " + std::to_string(offset) + ", behind its end");
 }
 
@@ -118,7 +136,7 @@ std::chrono::microseconds RecordingReader::readTime() {
 }
 
 int RecordingReader::readByte() {
-    const int byte = input.get();
+    const int byte = input->get();
     if (byte == std::istream::traits_type::eof())
         throw cutOff();
     ++offset;
@@ -150,26 +168,13 @@ template <typename Bytes> void RecordingReader::readBytes(Bytes &bytes, std::siz
         const std::size_t before = bytes.size();
         const std::size_t step = std::min(size - before, stepSize);
         bytes.resize(before + step);
-        input.read(reinterpret_cast<char *>(bytes.data()) + before,
-                   static_cast<std::streamsize>(step));
-        const auto got = static_cast<std::size_t>(input.gcount());
+        input->read(reinterpret_cast<char *>(bytes.data()) + before,
+                    static_cast<std::streamsize>(step));
+        const auto got = static_cast<std::size_t>(input->gcount());
         offset += got;
         if (got < step)
             throw cutOff();
     }
-}
-
-std::string openRecording(const std::string &path, std::ifstream &stream, RecordingReader &reader) {
-    std::error_code ignored;
-    const auto status = std::filesystem::status(path, ignored);
-    if (std::filesystem::exists(status) && !std::filesystem::is_regular_file(status))
-        return "is no regular file";
-    errno = 0;
-    stream.open(path, std::ios::binary);
-    if (!stream)
-        return "cannot be read: " + std::generic_category().message(errno);
-    reader.readHead();
-    return reader.error();
 }
 
 } // namespace panelwall

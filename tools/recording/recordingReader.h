@@ -6,7 +6,8 @@
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
-#include <fstream>
+#include <istream>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -24,11 +25,12 @@ struct RecordedDatagram {
 // thread at a time.
 class RecordingReader {
 public:
-    // `stream` is at the beginning of the recording, and outlives the reader.
-    explicit RecordingReader(std::istream &stream) : input(stream) {}
+    // Reads up to the first datagram; error() tells when that fails. `stream` is at the beginning
+    // of the recording.
+    explicit RecordingReader(std::unique_ptr<std::istream> stream);
 
-    // Reads up to the first datagram. False when that fails. Called once, before anything else.
-    bool readHead();
+    // The same from a file. Only a regular file will do: reading from anything else could wait.
+    explicit RecordingReader(const std::string &path);
 
     const config::Document &document() const { return recorded; }
 
@@ -44,6 +46,8 @@ public:
     const std::string &error() const { return fault; }
 
 private:
+    void readHead();
+
     // These throw what is wrong, in words, when they do not find what they are to read.
     void checkMagic();
     int readByte();
@@ -55,7 +59,7 @@ private:
     // To be thrown where the file ends too early.
     std::runtime_error cutOff() const;
 
-    std::istream &input;
+    std::unique_ptr<std::istream> input;
     std::uint64_t offset = 0; // of the next byte
     config::Document recorded;
     std::chrono::microseconds latest{}; // what time() returns
@@ -63,9 +67,5 @@ private:
     bool ended = false;                 // and read to its end
     std::string fault;
 };
-
-// Opens the stream that the reader reads, and reads the head. Returns what is wrong, else nothing.
-// Only a regular file will do: reading from anything else could wait.
-std::string openRecording(const std::string &path, std::ifstream &stream, RecordingReader &reader);
 
 } // namespace panelwall

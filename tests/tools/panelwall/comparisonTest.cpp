@@ -17,7 +17,8 @@ Comparison compare(const std::string &left, const std::string &right,
                    std::size_t mostHeld = 64u << 20) {
     return panelwall::compareRecordings(
         [&](panelwall::Side side) {
-            return std::make_unique<std::istringstream>(side == first ? left : right);
+            return panelwall::RecordingReader(
+                std::make_unique<std::istringstream>(side == first ? left : right));
         },
         mostHeld);
 }

@@ -17,11 +17,11 @@ const auto nothing = [](std::size_t, std::span<const std::uint8_t>, Clock::time_
 } // namespace
 
 TEST(PanelwallPlayer, PlaysEachDatagramAtItsTime) {
-    std::istringstream input(record(
+    auto input = std::make_unique<std::istringstream>(record(
         wideDevices({"127.0.45.1"}),
         {{0, microseconds(0), panelOne(1)}, {0, microseconds(30'000), panelOne(2)}}, 50'000));
-    panelwall::RecordingReader reader(input);
-    ASSERT_TRUE(reader.readHead());
+    panelwall::RecordingReader reader(std::move(input));
+    ASSERT_EQ(reader.error(), "");
     const Clock::time_point begin = Clock::now();
     Player player(reader, 1.0, nullptr);
     std::vector<Clock::time_point> heard;
@@ -44,9 +44,8 @@ TEST(PanelwallPlayer, PlaysEachDatagramAtItsTime) {
 TEST(PanelwallPlayer, IsNeverDueAfterItsEnd) {
     const std::string whole = record(wideDevices({"127.0.45.1"}), {}, 0);
     for (const std::string &bytes : {whole, whole.substr(0, whole.size() - 1)}) {
-        std::istringstream input(bytes);
-        panelwall::RecordingReader reader(input);
-        ASSERT_TRUE(reader.readHead());
+        panelwall::RecordingReader reader(std::make_unique<std::istringstream>(bytes));
+        ASSERT_EQ(reader.error(), "");
         Player player(reader, 1.0, nullptr);
         EXPECT_FALSE(player.ended());
         EXPECT_FALSE(player.playDue(nothing));
@@ -56,10 +55,10 @@ TEST(PanelwallPlayer, IsNeverDueAfterItsEnd) {
 }
 
 TEST(PanelwallPlayer, TheSlowestReplayStaysWithinTheClock) {
-    std::istringstream input(record(wideDevices({"127.0.45.1"}),
-                                    {{0, std::chrono::hours(24 * 365 * 90), panelOne(1)}}, 0));
-    panelwall::RecordingReader reader(input);
-    ASSERT_TRUE(reader.readHead());
+    auto input = std::make_unique<std::istringstream>(record(
+        wideDevices({"127.0.45.1"}), {{0, std::chrono::hours(24 * 365 * 90), panelOne(1)}}, 0));
+    panelwall::RecordingReader reader(std::move(input));
+    ASSERT_EQ(reader.error(), "");
     Player player(reader, 0.001, nullptr);
     EXPECT_FALSE(player.playDue(nothing));
     EXPECT_GT(player.due(), Clock::now() + std::chrono::hours(24 * 365));

@@ -39,10 +39,9 @@ std::string record(const config::Document &document, const std::vector<RecordedD
 }
 
 Read readRecording(const std::string &bytes) {
-    std::istringstream input(bytes);
-    panelwall::RecordingReader reader(input);
+    panelwall::RecordingReader reader(std::make_unique<std::istringstream>(bytes));
     Read read;
-    read.head = reader.readHead();
+    read.head = reader.error().empty();
     if (read.head) {
         read.document = reader.document();
         RecordedDatagram datagram;
