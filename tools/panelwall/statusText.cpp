@@ -121,17 +121,14 @@ std::vector<std::string> describeSharedIds(const Wall &wall) {
     return lines;
 }
 
-static bool startsCharacter(char c) {
-    return (static_cast<unsigned char>(c) & 0xc0) != 0x80;
-}
-
 std::string cutToWidth(std::string_view text, std::size_t columns) {
     std::string cut;
     std::size_t used = 0;
     for (const char c : text) {
-        if (startsCharacter(c) && ++used > columns)
-            break;
         const auto byte = static_cast<unsigned char>(c);
+        const bool startsCharacter = (byte & 0xc0) != 0x80;
+        if (startsCharacter && ++used > columns)
+            break;
         cut += byte < 0x20 || byte == 0x7f ? '?' : c;
     }
     return cut;

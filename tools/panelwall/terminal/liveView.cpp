@@ -41,36 +41,28 @@ std::vector<std::string> halfBlockLines(const Canvas &canvas) {
 // Fewer lines of picture than this show nothing that can be recognised.
 static constexpr int leastPictureRows = 3;
 
-static std::string repeat(const char *text, int count) {
-    std::string result;
-    for (int i = 0; i < count; ++i)
-        result += text;
-    return result;
-}
-
 // The picture in a frame of lines, in at most `room` columns and rows of characters.
 static std::vector<std::string> framedPicture(const Wall &wall, Clock::time_point now, Size screen,
                                               Size room) {
     const Size size = fitInto(screen, {room.width - 2, (room.height - 2) * 2});
-    std::vector<std::string> lines;
-    lines.push_back("\u250c" + repeat("\u2500", size.width) + "\u2510");
+    std::string edge;
+    for (int i = 0; i < size.width; ++i)
+        edge += "\u2500";
+    std::vector<std::string> lines{"\u250c" + edge + "\u2510"};
     for (const std::string &line : halfBlockLines(drawCoarse(wall, now, screen, size)))
         lines.push_back("\u2502" + line + "\u2502");
-    lines.push_back("\u2514" + repeat("\u2500", size.width) + "\u2518");
+    lines.push_back("\u2514" + edge + "\u2518");
     return lines;
 }
 
 // The device lines in at most `most` lines.
-static std::vector<std::string> fittingDevices(const std::vector<std::string> &devices,
-                                               std::size_t most, std::size_t columns) {
-    std::vector<std::string> lines;
-    const std::size_t shown = devices.size() <= most ? devices.size() : most - 1;
-    for (std::size_t i = 0; i < shown; ++i)
-        lines.push_back(cutToWidth(devices[i], columns));
-    if (shown < devices.size())
-        lines.push_back(cutToWidth("and " + std::to_string(devices.size() - shown) +
-                                       " more lines; a taller terminal shows them",
-                                   columns));
+static std::vector<std::string> fittingDevices(std::vector<std::string> lines, std::size_t most) {
+    if (lines.size() > most) {
+        const std::size_t hidden = lines.size() - (most - 1);
+        lines.resize(most - 1);
+        lines.push_back("and " + std::to_string(hidden) +
+                        " more lines; a taller terminal shows them");
+    }
     return lines;
 }
 
@@ -78,19 +70,18 @@ std::vector<std::string> composeFrame(const Wall &wall, Clock::time_point now, S
                                       const FrameContent &content, Size terminal) {
     const auto columns = static_cast<std::size_t>(std::max(terminal.width, 1));
     const int rows = std::max(terminal.height, 1);
-    std::vector<std::string> message;
-    for (const std::string &line : wrap(content.message, columns))
-        message.push_back(cutToWidth(line, columns));
+    const auto message = wrap(content.message, columns);
+    const int below = rows - 1 - static_cast<int>(message.size());
+    const auto devices = fittingDevices(content.devices, std::max(below / 2, 1));
+    const int pictureRows = below - static_cast<int>(devices.size());
 
     std::vector<std::string> lines{cutToWidth(content.title, columns)};
-    const int below = rows - 1 - static_cast<int>(message.size());
-    const auto devices = fittingDevices(content.devices, std::max(below / 2, 1), columns);
-    const int pictureRows = below - static_cast<int>(devices.size());
     if (pictureRows >= leastPictureRows + 2 && terminal.width >= 10)
         for (std::string &line : framedPicture(wall, now, screen, {terminal.width, pictureRows}))
             lines.push_back(std::move(line));
-    lines.insert(lines.end(), devices.begin(), devices.end());
-    lines.insert(lines.end(), message.begin(), message.end());
+    for (const auto *texts : {&devices, &message})
+        for (const std::string &text : *texts)
+            lines.push_back(cutToWidth(text, columns));
     if (lines.size() > static_cast<std::size_t>(rows))
         lines.resize(static_cast<std::size_t>(rows));
     return lines;
