@@ -75,9 +75,10 @@ void Session::receive() {
 void Session::beginRecording() {
     if (!options.recordPath)
         return;
-    const std::string reason = recorder.emplace().open(*options.recordPath, document, start);
-    if (!reason.empty())
-        refuse(exitFile, *options.recordPath, "a recording cannot be written here: " + reason);
+    const std::string &path = *options.recordPath;
+    recorder.emplace(path, document, start);
+    if (!recorder->error().empty())
+        refuse(exitFile, path, "a recording cannot be written here: " + recorder->error());
 }
 
 void Session::servePage() {

@@ -13,20 +13,19 @@ namespace panelwall {
 // A turn is written early when it has grown to this size. A flood is then in order in parts only.
 static constexpr std::size_t largestTurn = 1u << 20;
 
-RecordingWriter::~RecordingWriter() {
-    if (file >= 0)
-        close(file);
-}
-
-std::string RecordingWriter::open(const std::string &path, const config::Document &document,
-                                  Clock::time_point start) {
+RecordingWriter::RecordingWriter(const std::string &path, const config::Document &document,
+                                 Clock::time_point start)
+    : begin(start) {
     const std::string text = config::documentText(document);
-    if (text.size() > longestRecordedDocument)
-        return "the configuration is too large for a recording";
-    file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
-    if (file < 0)
-        return std::generic_category().message(errno);
-    begin = start;
+    if (text.size() > longestRecordedDocument) {
+        failure = "the configuration is too large for a recording";
+        return;
+    }
+    file = open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666);
+    if (file < 0) {
+        failure = std::generic_category().message(errno);
+        return;
+    }
     const auto startOnCalendar = std::chrono::system_clock::now() - (Clock::now() - start);
     std::string head(recordingMagic);
     head += static_cast<char>(recordingVersion);
@@ -36,7 +35,11 @@ std::string RecordingWriter::open(const std::string &path, const config::Documen
                                   .count())));
     appendNumber(head, text.size());
     write(head + text);
-    return failure;
+}
+
+RecordingWriter::~RecordingWriter() {
+    if (file >= 0)
+        close(file);
 }
 
 void RecordingWriter::note(std::size_t device, std::span<const std::uint8_t> bytes,

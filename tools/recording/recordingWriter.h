@@ -17,15 +17,13 @@ namespace panelwall {
 // nothing more, and error() tells why.
 class RecordingWriter {
 public:
-    RecordingWriter() = default;
+    // Makes the file, or empties it, and writes the head; error() tells when that fails. `start` is
+    // the recording's time 0.
+    RecordingWriter(const std::string &path, const config::Document &document,
+                    Clock::time_point start);
     ~RecordingWriter();
     RecordingWriter(const RecordingWriter &) = delete;
     RecordingWriter &operator=(const RecordingWriter &) = delete;
-
-    // Makes the file, or empties it, and writes the head. `start` is the recording's time 0.
-    // Returns the reason when that fails, else nothing. Called once, before anything else.
-    std::string open(const std::string &path, const config::Document &document,
-                     Clock::time_point start);
 
     // One datagram for device number `device` (its index in the document). The datagrams of a
     // device come in the order of their times; those of several may be mixed up within a turn.
@@ -56,7 +54,7 @@ private:
     void write(const std::string &text);
 
     int file = -1;
-    Clock::time_point begin;
+    const Clock::time_point begin;
     std::chrono::microseconds lastTime{}; // since `begin`
     std::vector<Noted> noted;
     std::string notedBytes;

@@ -204,9 +204,9 @@ TEST(PanelwallRecording, DatagramsOfATurnAreOrderedByTheirTimes) {
 
 TEST(PanelwallRecording, WhatWasWrittenBeforeAKillCanBeRead) {
     const Folder folder;
-    panelwall::RecordingWriter writer;
     const auto start = panelwall::Clock::now();
-    ASSERT_EQ(writer.open(folder.file("a"), wideDevices({"127.0.45.1"}), start), "");
+    panelwall::RecordingWriter writer(folder.file("a"), wideDevices({"127.0.45.1"}), start);
+    ASSERT_EQ(writer.error(), "");
     writer.note(0, panelOne(1), start);
     writer.endTurn();
     writer.note(0, panelOne(2), start);
@@ -216,10 +216,9 @@ TEST(PanelwallRecording, WhatWasWrittenBeforeAKillCanBeRead) {
 }
 
 TEST(PanelwallRecording, AFullDiskIsToldOnce) {
-    panelwall::RecordingWriter writer;
     const auto start = panelwall::Clock::now();
-    EXPECT_EQ(writer.open("/dev/full", wideDevices({"127.0.45.1"}), start),
-              "No space left on device");
+    panelwall::RecordingWriter writer("/dev/full", wideDevices({"127.0.45.1"}), start);
+    EXPECT_EQ(writer.error(), "No space left on device");
     writer.note(0, panelOne(1), start);
     writer.finish(start);
     EXPECT_EQ(writer.error(), "No space left on device");

@@ -27,9 +27,7 @@ std::string record(const config::Document &document, const std::vector<RecordedD
                    long end) {
     const Folder folder;
     const auto start = Clock::now();
-    panelwall::RecordingWriter writer;
-    if (!writer.open(folder.file("recording"), document, start).empty())
-        throw std::runtime_error("no recording");
+    panelwall::RecordingWriter writer(folder.file("recording"), document, start);
     for (const RecordedDatagram &datagram : datagrams)
         writer.note(datagram.device, datagram.bytes, start + datagram.time);
     writer.finish(start + std::chrono::microseconds(end));
