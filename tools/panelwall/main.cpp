@@ -9,12 +9,13 @@
 
 using namespace panelwall;
 
-// Complains, a line per problem, and throws Exit.
-[[noreturn]] static void refuse(ExitStatus status, const std::string &path,
-                                const std::vector<config::Problem> &problems) {
+// Complains, a line per problem, and throws Exit, when there are any.
+static void refuseProblems(ExitStatus status, const std::string &path,
+                           const std::vector<config::Problem> &problems) {
     for (const config::Problem &problem : problems)
         std::cerr << "panelwall: " << config::describe(path, problem) << "\n";
-    throw Exit{status};
+    if (!problems.empty())
+        throw Exit{status};
 }
 
 // The document at `options.configPath`, with at least one device; refuses others.
@@ -27,8 +28,7 @@ static config::Document readWallDocument(const Options &options) {
     config::Reading reading = config::readText(*text);
     if (reading.problems.empty() && reading.document.devices.empty())
         reading.problems.push_back({"/devices", "there is no device to listen for; add one"});
-    if (!reading.problems.empty())
-        refuse(exitDocument, path, reading.problems);
+    refuseProblems(exitDocument, path, reading.problems);
     return std::move(reading.document);
 }
 
@@ -37,12 +37,9 @@ static int runWall(const Options &options) {
     const config::Document document = readWallDocument(options);
     std::vector<config::Problem> problems;
     const auto endpoints = findEndpoints(document, problems);
-    if (!problems.empty())
-        refuse(exitAddress, options.configPath, problems);
+    refuseProblems(exitAddress, options.configPath, problems);
     Receiver receiver;
-    problems = receiver.open(document, endpoints);
-    if (!problems.empty())
-        refuse(exitSocket, options.configPath, problems);
+    refuseProblems(exitSocket, options.configPath, receiver.open(document, endpoints));
     return Session(options, document, receiver, nullptr).run();
 }
 
@@ -53,10 +50,11 @@ static config::Document chooseDocument(const Options &options, const config::Doc
         return recorded;
     config::Document other = readWallDocument(options);
     if (other.devices.size() != recorded.devices.size())
-        refuse(exitDocument, options.configPath,
-               {{"/devices", "expected " + lights::counted(recorded.devices.size(), "device") +
-                                 " as in the recording, found " +
-                                 std::to_string(other.devices.size())}});
+        refuseProblems(
+            exitDocument, options.configPath,
+            {{"/devices", "expected " + lights::counted(recorded.devices.size(), "device") +
+                              " as in the recording, found " +
+                              std::to_string(other.devices.size())}});
     return other;
 }
 
@@ -72,8 +70,7 @@ static int replay(const Options &options) {
     const Reach reach = options.send && !options.anywhere ? Reach::Loopback : Reach::Anywhere;
     std::vector<config::Problem> problems;
     const auto endpoints = findEndpoints(document, problems, reach);
-    if (!problems.empty())
-        refuse(exitAddress, options.configPath.empty() ? path : options.configPath, problems);
+    refuseProblems(exitAddress, options.configPath.empty() ? path : options.configPath, problems);
     Sender sender;
     if (options.send) {
         if (const std::string reason = sender.open(endpoints); !reason.empty())
