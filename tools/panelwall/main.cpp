@@ -9,13 +9,13 @@
 
 using namespace panelwall;
 
-// Complains, a line per problem, and throws Exit, when there are any.
+// Complains, a line per problem, and throws the status, when there are any.
 static void refuseProblems(ExitStatus status, const std::string &path,
                            const std::vector<config::Problem> &problems) {
     for (const config::Problem &problem : problems)
         std::cerr << "panelwall: " << config::describe(path, problem) << "\n";
     if (!problems.empty())
-        throw Exit{status};
+        throw status;
 }
 
 // The document at `options.configPath`, with at least one device; refuses others.
@@ -137,8 +137,8 @@ int main(int argc, char **argv) {
                 refuse(exitFile, path, "a picture cannot be written here: " + reason);
         }
         return options.replayPath ? replay(options) : runWall(options);
-    } catch (const Exit &end) {
-        return end.status;
+    } catch (const ExitStatus status) {
+        return status;
     } catch (const std::exception &error) {
         std::cerr << "panelwall: " << error.what() << "\n";
         return failure;

@@ -14,7 +14,7 @@ void complain(const std::string &path, const std::string &text) {
 
 void refuse(ExitStatus status, const std::string &path, const std::string &text) {
     complain(path, text);
-    throw Exit{status};
+    throw status;
 }
 
 static const char about[] =
@@ -167,7 +167,7 @@ Options parseOptions(int argc, char **argv) {
         if (options.configPath.empty() && !options.replayPath && options.comparedPaths.empty())
             throw CLI::RequiredError("CONFIG");
     } catch (const CLI::ParseError &error) {
-        throw Exit{app.exit(error) == 0 ? exitOk : exitUsage};
+        throw app.exit(error) == 0 ? exitOk : exitUsage;
     }
     if (seconds)
         options.duration = std::chrono::milliseconds(static_cast<std::int64_t>(*seconds * 1000));

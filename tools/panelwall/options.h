@@ -10,7 +10,8 @@
 
 namespace panelwall {
 
-// What the program ends with; --help lists them.
+// What the program ends with; --help lists them. Thrown to end it, once the reason has been
+// printed.
 enum ExitStatus {
     exitOk = 0,
     exitOther = 1,
@@ -23,15 +24,10 @@ enum ExitStatus {
     exitPage = 8,
 };
 
-// Thrown to end the program, once the reason has been printed.
-struct Exit {
-    ExitStatus status;
-};
-
 // One line on standard error about the file at `path`.
 void complain(const std::string &path, const std::string &text);
 
-// Complains and throws Exit.
+// Complains and throws the status.
 [[noreturn]] void refuse(ExitStatus status, const std::string &path, const std::string &text);
 
 // Where the live page is served.
@@ -57,7 +53,7 @@ struct Options {
     std::vector<std::string> comparedPaths; // two or none
 };
 
-// What the arguments ask for. Throws Exit after help or a complaint.
+// What the arguments ask for. Throws an ExitStatus after help or a complaint.
 Options parseOptions(int argc, char **argv);
 
 } // namespace panelwall

@@ -102,7 +102,7 @@ void Session::servePage() {
     page.emplace(display, receiver.fds(), facts);
     if (const auto reason = page->open(options.web->address, options.web->port); !reason.empty()) {
         writeAll(STDERR_FILENO, "panelwall: " + reason + "\n");
-        throw Exit{exitPage};
+        throw exitPage;
     }
     const std::string &path = options.web->linkPath;
     const std::string reason = path.empty() ? "" : page->writeLink(path);

@@ -21,7 +21,7 @@ public:
     Session(const Options &options_, const config::Document &document_, Receiver &receiver_,
             Player *player_);
 
-    // Runs to the end; returns an exit status. Throws Exit, after a complaint, when what was asked
+    // Runs to the end; returns an exit status, or throws it, after a complaint, when what was asked
     // for cannot be recorded or served.
     int run();
 
