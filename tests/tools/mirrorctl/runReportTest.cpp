@@ -1,4 +1,4 @@
-#include "tools/mirrorctl/run/runReport.h"
+#include "tools/mirrorctl/run/run.h"
 
 #include <gtest/gtest.h>
 
