@@ -23,25 +23,12 @@ MessagesToStandardError::~MessagesToStandardError() {
 
 LibraryMessages::LibraryMessages() {
     fflush(stdout);
-    int ends[2];
-    if (pipe(ends) != 0)
-        throw std::system_error(errno, std::generic_category(), "pipe");
     const int kept = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0);
     own = kept < 0 ? nullptr : fdopen(kept, "w");
-    if (!own) {
-        const int reason = errno;
-        for (const int fd : {ends[0], ends[1], kept})
-            if (fd >= 0)
-                close(fd);
-        throw std::system_error(reason, std::generic_category(), "standard output");
-    }
+    if (!own)
+        throw std::system_error(errno, std::generic_category(), "standard output");
     setvbuf(own, nullptr, _IOLBF, 0);
-    readEnd = ends[0];
-    fcntl(readEnd, F_SETFD, FD_CLOEXEC);
-    fcntl(readEnd, F_SETFL, O_NONBLOCK);
-    fcntl(ends[1], F_SETFL, O_NONBLOCK);
-    dup2(ends[1], STDOUT_FILENO);
-    close(ends[1]);
+    dup2(printed.writeEnd(), STDOUT_FILENO);
 }
 
 LibraryMessages::~LibraryMessages() {
@@ -50,7 +37,6 @@ LibraryMessages::~LibraryMessages() {
     fflush(own);
     dup2(fileno(own), STDOUT_FILENO);
     fclose(own);
-    close(readEnd);
 }
 
 void LibraryMessages::take(bool echoes) {
@@ -67,7 +53,7 @@ void LibraryMessages::take(bool echoes) {
 void LibraryMessages::read(bool echoes) {
     char part[4096];
     for (;;) {
-        const ssize_t size = ::read(readEnd, part, sizeof part);
+        const ssize_t size = ::read(printed.descriptor(), part, sizeof part);
         if (size < 0 && errno == EINTR)
             continue;
         if (size <= 0)

@@ -4,6 +4,8 @@
 // used by one thread.
 #pragma once
 
+#include "tools/mirrorctl/waiting.h"
+
 #include <cstddef>
 #include <cstdio>
 #include <set>
@@ -28,14 +30,14 @@ private:
 // library never waits for a reader: what does not fit into the pipe is lost.
 class LibraryMessages {
 public:
-    // Throws std::system_error when there is no pipe to be had.
+    // Throws std::system_error when there is no pipe to be had, or no standard output.
     LibraryMessages();
     ~LibraryMessages();
     LibraryMessages(const LibraryMessages &) = delete;
     LibraryMessages &operator=(const LibraryMessages &) = delete;
 
     // Readable when read() has something to do.
-    int descriptor() const { return readEnd; }
+    int descriptor() const { return printed.descriptor(); }
 
     // Standard output, for the program itself.
     FILE *output() const { return own; }
@@ -54,7 +56,7 @@ public:
 private:
     void take(bool echoes);
 
-    int readEnd = -1;
+    WakeUp printed; // which standard output leads into
     FILE *own = nullptr;
     std::string unfinished;
     std::string line;

@@ -11,7 +11,8 @@ namespace mirrorctl {
 // up, with true; after `timeout` seconds, if given, or when interrupted, with false.
 bool awaitReadable(const std::vector<int> &descriptors, std::optional<double> timeout);
 
-// A descriptor that any thread can make readable.
+// A pipe whose ends never make anybody wait, and are closed when another program is started: a
+// descriptor that any thread can make readable.
 class WakeUp {
 public:
     // Throws std::system_error when there is no pipe to be had.
@@ -21,6 +22,7 @@ public:
     WakeUp &operator=(const WakeUp &) = delete;
 
     int descriptor() const { return ends[0]; }
+    int writeEnd() const { return ends[1]; }
     void signal() const;
     void clear() const; // it is not readable until the next signal()
 
