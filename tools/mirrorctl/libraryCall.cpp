@@ -5,7 +5,6 @@
 #include <atomic>
 #include <cstdio>
 #include <cstring>
-#include <thread>
 #include <unistd.h>
 #include <utility>
 
@@ -14,15 +13,24 @@ namespace mirrorctl {
 LibraryCall::LibraryCall(std::function<ExitStatus()> work) : done(std::make_shared<WakeUp>()) {
     std::packaged_task<ExitStatus()> task(std::move(work));
     outcome = task.get_future();
-    std::thread([own = done, task = std::move(task)]() mutable {
-        // What the work threw belongs to the other thread alone once this is done.
-        std::exchange(task, {})();
+    thread = std::thread([own = done, task = std::move(task)]() mutable {
+        task();
         own->signal();
-    }).detach();
+    });
+}
+
+LibraryCall::~LibraryCall() {
+    if (thread.joinable())
+        isDone() ? thread.join() : thread.detach();
 }
 
 bool LibraryCall::isDone() const {
     return awaitReadable({descriptor()}, 0);
+}
+
+ExitStatus LibraryCall::result() {
+    thread.join(); // so that what the work threw belongs to this thread alone
+    return outcome.get();
 }
 
 bool reportInterruption(const char *nothing, const StopSignals &signals) {

@@ -10,6 +10,7 @@
 #include <functional>
 #include <future>
 #include <memory>
+#include <thread>
 
 namespace mirrorctl {
 
@@ -19,6 +20,9 @@ class LibraryCall {
 public:
     // Begins `work`. Throws std::system_error when there is no thread or pipe to be had.
     explicit LibraryCall(std::function<ExitStatus()> work);
+    ~LibraryCall();
+    LibraryCall(const LibraryCall &) = delete;
+    LibraryCall &operator=(const LibraryCall &) = delete;
 
     bool isDone() const;
 
@@ -26,11 +30,12 @@ public:
     int descriptor() const { return done->descriptor(); }
 
     // Waits for the end and returns what `work` returned, or throws what it threw. Once.
-    ExitStatus result() { return outcome.get(); }
+    ExitStatus result();
 
 private:
     std::shared_ptr<WakeUp> done;
     std::future<ExitStatus> outcome;
+    std::thread thread;
 };
 
 // For how many seconds after a signal calls of the library may go on before the process ends
