@@ -37,6 +37,7 @@ struct ServerWatch::Shared {
     std::atomic<bool> isOver = false; // the watch has ended, and the thread is to end
     WakeUp changed;                   // the state
     WakeUp told;                      // the thread, to look at `owes` and `isOver`
+    std::thread thread;               // touched by the watch's owner alone
 
     void become(State next) {
         if (state.exchange(next) != next)
@@ -92,17 +93,19 @@ static void nameAuthorityFile() {
 ServerWatch::ServerWatch() : shared(std::make_shared<Shared>()) {
     nameAuthorityFile();
     // Without signals: what is written to a server that has gone must not end the process.
-    platform::startThread([own = shared] {
+    shared->thread = platform::startThread([own = shared] {
         xcb_connection_t *connection = xcb_connect(nullptr, nullptr);
         own->follow(connection);
         xcb_disconnect(connection);
         own->become(own->state == State::Opening ? State::Absent : State::Gone);
-    }).detach();
+    });
 }
 
 ServerWatch::~ServerWatch() {
     shared->isOver = true;
     shared->told.signal();
+    // Only connecting can take long.
+    shared->state == State::Opening ? shared->thread.detach() : shared->thread.join();
 }
 
 ServerWatch::State ServerWatch::state() const {
