@@ -199,12 +199,12 @@ ExitStatus Run::end() {
     if (ending == ExitStatus::StartFailed) {
         std::fprintf(stderr, "Mirroring ended by itself: %s\n", endMessage());
         reportSilentServer();
-        return ending;
+    } else {
+        if (!isStopped)
+            std::fprintf(stderr, "%s\n",
+                         serverSentence("does not answer; ended without waiting for it.").c_str());
+        reporter.reportEnd();
     }
-    if (!isStopped)
-        std::fprintf(stderr, "%s\n",
-                     serverSentence("does not answer; ended without waiting for it.").c_str());
-    reporter.reportEnd();
     if (ending == ExitStatus::ServerGone)
         std::fprintf(stderr, "Mirroring ended: %s has gone.\n", serverName().c_str());
     if (!isStopped)
