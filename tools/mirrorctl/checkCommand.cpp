@@ -18,13 +18,13 @@ using config::Severity;
 
 struct CheckOptions {
     std::string path;
-    std::string screen;
+    std::optional<config::ScreenSize> screen;
     bool needsDisplay = false;
     bool ignoresDisplays = false;
     bool strict = false;
     bool json = false;
 
-    bool looksForDisplay() const { return needsDisplay || (!ignoresDisplays && screen.empty()); }
+    bool looksForDisplay() const { return needsDisplay || (!ignoresDisplays && !screen); }
 };
 
 // What is reported.
@@ -85,8 +85,8 @@ static ExitStatus review(const CheckOptions &options, std::string text, CheckRep
     std::vector<config::Problem> displayProblems;
     if (options.looksForDisplay() && !faulty.include("/displayID"))
         displayProblems = findDisplay(reading.document, options.needsDisplay, report);
-    if (!options.screen.empty())
-        report.screen = config::parseScreenSize(options.screen, mostPixels);
+    if (options.screen)
+        report.screen = options.screen;
     if (!report.screen && !faulty.include("/devices"))
         report.remark += std::string(report.remark.empty() ? "" : " ") +
                          "The panels' places were not checked; --screen names the display's size.";

@@ -8,13 +8,14 @@ CLI::Option *addConfig(CLI::App &command, std::string &path, const std::string &
     return command.add_option("CONFIG", path, help)->required()->type_name("");
 }
 
-void addScreen(CLI::App &command, std::string &size, const std::string &help) {
-    const auto check = [](const std::string &text) -> std::string {
-        if (config::parseScreenSize(text, mostPixels))
-            return {};
-        return "expected width x height in pixels, such as 1920x1080, found " + text;
+void addScreen(CLI::App &command, std::optional<config::ScreenSize> &size,
+               const std::string &help) {
+    constexpr std::uint32_t mostPixels = 65536; // a side
+    const auto read = [](const std::string &text) {
+        return config::parseScreenSize(text, mostPixels);
     };
-    command.add_option("--screen", size, help)->type_name("WxH")->check(check);
+    addParsed(command, "--screen", size, read, "width x height in pixels, such as 1920x1080", help)
+        ->type_name("WxH");
 }
 
 CLI::Option *checkSeconds(CLI::Option *option) {
@@ -28,12 +29,10 @@ CLI::Option *checkSeconds(CLI::Option *option) {
     });
 }
 
-CLI::Option *checkMode(CLI::Option *option) {
-    return option->type_name("MODE")->check([](const std::string &text) -> std::string {
-        if (config::modeNumber(text))
-            return {};
-        return "expected match, melt, fade or palette, or its number 0 to 3, found " + text;
-    });
+void addMode(CLI::App &command, std::optional<std::int32_t> &mode, const std::string &help) {
+    addParsed(command, "--mode", mode, config::modeNumber,
+              "match, melt, fade or palette, or its number 0 to 3", help)
+        ->type_name("MODE");
 }
 
 } // namespace mirrorctl

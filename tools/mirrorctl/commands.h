@@ -31,14 +31,26 @@ void onCommand(CLI::App &command, ExitStatus &status, std::shared_ptr<Options> o
 CLI::Option *addConfig(CLI::App &command, std::string &path,
                        const std::string &help = "The document; - reads standard input");
 
-// --screen: a size in pixels; config::parseScreenSize() reads it with `mostPixels`.
-void addScreen(CLI::App &command, std::string &size, const std::string &help);
-inline constexpr std::uint32_t mostPixels = 65536; // a side
+// An option whose text `parse` makes a value of, or nothing when it is not what is `expected`.
+template <typename Value, typename Parse>
+CLI::Option *addParsed(CLI::App &command, const std::string &name, Value &value, Parse parse,
+                       const std::string &expected, const std::string &help) {
+    const auto read = [&value, name, parse, expected](const std::string &text) {
+        const auto parsed = parse(text);
+        if (!parsed)
+            throw CLI::ValidationError(name, "expected " + expected + ", found " + text);
+        value = *parsed;
+    };
+    return command.add_option_function<std::string>(name, read, help);
+}
+
+// --screen: a size in pixels.
+void addScreen(CLI::App &command, std::optional<config::ScreenSize> &size, const std::string &help);
 
 // --seconds: above 0, within the range of every timer.
 CLI::Option *checkSeconds(CLI::Option *option);
 
-// --mode: a mode's name or number; config::modeNumber() reads it.
-CLI::Option *checkMode(CLI::Option *option);
+// --mode: a mode's name or number.
+void addMode(CLI::App &command, std::optional<std::int32_t> &mode, const std::string &help);
 
 } // namespace mirrorctl

@@ -14,11 +14,10 @@
 namespace mirrorctl {
 
 struct LayoutOptions {
-    LayoutPlan plan; // its addresses and control version
-    std::string shape;
+    LayoutPlan plan; // its shape, addresses and control version
     std::optional<std::int64_t> display;
-    std::string screen;
-    std::string mode = "match";
+    std::optional<config::ScreenSize> screen;
+    std::optional<std::int32_t> mode;
 };
 
 static std::string listed(const std::vector<Display> &displays) {
@@ -61,12 +60,12 @@ static std::optional<Display> findDisplay(const LayoutOptions &options) {
 }
 
 static ExitStatus makeLayout(const LayoutOptions &options) {
-    const auto display = options.display && !options.screen.empty()
+    const auto display = options.display && options.screen
                              ? Display{static_cast<std::uint32_t>(*options.display)}
                              : findDisplay(options);
     if (!display)
         return ExitStatus::DisplayMissing;
-    if (options.screen.empty() && !display->hasPicture()) {
+    if (!options.screen && !display->hasPicture()) {
         std::fprintf(
             stderr,
             "Display %u gives no picture, so its size is not known; name it with --screen.\n",
@@ -74,11 +73,9 @@ static ExitStatus makeLayout(const LayoutOptions &options) {
         return ExitStatus::DisplayMissing;
     }
     LayoutPlan plan = options.plan;
-    plan.shape = *parseShape(options.shape);
     plan.displayID = static_cast<std::int32_t>(display->displayID);
-    plan.screen = config::parseScreenSize(options.screen, mostPixels)
-                      .value_or(config::ScreenSize{display->width, display->height});
-    plan.mode = *config::modeNumber(options.mode);
+    plan.screen = options.screen.value_or(config::ScreenSize{display->width, display->height});
+    plan.mode = options.mode.value_or(config::matchMode);
     if (const std::string problem = problemOf(plan); !problem.empty()) {
         std::fprintf(stderr, "No configuration can be made from this: %s.\n", problem.c_str());
         return ExitStatus::Usage;
@@ -100,13 +97,6 @@ static ExitStatus makeLayout(const LayoutOptions &options) {
     return ExitStatus::Done;
 }
 
-static std::string checkShape(const std::string &text) {
-    if (parseShape(text))
-        return {};
-    return "expected rows x columns, such as 4x6, or strip:N, with at most " +
-           std::to_string(mostPanels) + " panels, found " + text;
-}
-
 static std::string checkAddress(const std::string &text) {
     const auto fault = lights::findAddressFault(text);
     return fault ? fault->message + "; " + fault->fix : std::string();
@@ -116,13 +106,13 @@ void addLayoutCommand(CLI::App &program, ExitStatus &status) {
     auto *command =
         program.add_subcommand("layout", "Make a configuration from a shape and addresses");
     const auto options = std::make_shared<LayoutOptions>();
-    command
-        ->add_option("SHAPE", options->shape,
-                     "ROWSxCOLUMNS, such as 4x6, for a grid that fills the screen, or strip:N for "
-                     "N panels around its edges")
+    addParsed(*command, "SHAPE", options->plan.shape, parseShape,
+              "rows x columns, such as 4x6, or strip:N, with at most " +
+                  std::to_string(mostPanels) + " panels",
+              "ROWSxCOLUMNS, such as 4x6, for a grid that fills the screen, or strip:N for N "
+              "panels around its edges")
         ->required()
-        ->type_name("")
-        ->check(checkShape);
+        ->type_name("");
     command->add_option("ADDRESS", options->plan.addresses, "The devices, which share the panels")
         ->required()
         ->type_name("")
@@ -141,8 +131,7 @@ void addLayoutCommand(CLI::App &program, ExitStatus &status) {
                      "1 for devices with narrow datagrams, any other number for wide ones "
                      "(default 2)")
         ->type_name("N");
-    checkMode(
-        command->add_option("--mode", options->mode, "match (default), melt, fade or palette"));
+    addMode(*command, options->mode, "match (default), melt, fade or palette");
     command->footer(
         "The configuration goes to standard output:\n"
         "\n"

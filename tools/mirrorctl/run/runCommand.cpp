@@ -1,5 +1,4 @@
 // mirrorctl run
-#include "tools/config/modes.h"
 #include "tools/mirrorctl/commands.h"
 #include "tools/mirrorctl/mirroring.h"
 #include "tools/mirrorctl/run/run.h"
@@ -12,7 +11,7 @@ namespace mirrorctl {
 
 struct RunOptions {
     std::string path;
-    std::optional<std::string> mode;
+    std::optional<std::int32_t> mode;
     std::optional<double> seconds;
     bool json = false;
     bool uncounted = false;
@@ -34,8 +33,7 @@ static std::string textFor(const RunOptions &options, const config::Reading &rea
 
 static ExitStatus run(const RunOptions &options) {
     config::Reading reading;
-    const auto mode = options.mode ? config::modeNumber(*options.mode) : std::nullopt;
-    if (const auto status = load(options.path, mode, reading); status != ExitStatus::Done)
+    if (const auto status = load(options.path, options.mode, reading); status != ExitStatus::Done)
         return status;
     // Not before the document has been read: Ctrl-C must end a wait for standard input.
     const StopSignals signals;
@@ -78,9 +76,8 @@ void addRunCommand(CLI::App &program, ExitStatus &status) {
     auto *command = program.add_subcommand("run", "Mirror as a configuration document says");
     const auto options = std::make_shared<RunOptions>();
     addConfig(*command, options->path);
-    checkMode(command->add_option(
-        "--mode", options->mode,
-        "match, melt, fade or palette, or 0 to 3: instead of the document's mode"));
+    addMode(*command, options->mode,
+            "match, melt, fade or palette, or 0 to 3: instead of the document's mode");
     checkSeconds(
         command->add_option("--seconds", options->seconds, "Stop by itself after so many seconds"));
     command->add_flag(
