@@ -2,29 +2,18 @@
 #include "tools/lights/text.h"
 
 #include <algorithm>
-#include <map>
-#include <rapidjson/pointer.h>
+#include <unordered_map>
 
 namespace config {
 
-namespace {
-
 using Value = rapidjson::Value;
 
-// The part of the tree that problems point to.
+// What problems point to, or pass on the way there.
 struct Wanted {
-    const Wanted *above = nullptr;
-    std::map<std::string, Wanted, std::less<>> below;
+    bool isPassed = false;
     std::vector<std::size_t> offsets; // of each that has this pointer, in the order of the text
-
-    std::size_t offset(std::size_t occurrence) const {
-        if (offsets.empty())
-            return above->offset(0);
-        return offsets[std::min(occurrence, offsets.size() - 1)];
-    }
 };
-
-} // namespace
+using WantedParts = std::unordered_map<std::string, Wanted>; // by their pointers
 
 // The place behind `text`, which begins at `place`.
 static Place passOver(std::string_view text, Place place) {
@@ -68,56 +57,58 @@ std::string shownPointer(const std::string &pointer) {
     return isPlain && pointer.size() <= longest ? pointer : lights::quote(pointer);
 }
 
-// The part that the pointer leads to, which is made if there is none yet.
-static const Wanted &want(Wanted &root, const std::string &pointer) {
-    Wanted *at = &root;
-    const rapidjson::Pointer steps(pointer.data(), pointer.size());
-    for (std::size_t i = 0; i < steps.GetTokenCount(); ++i) {
-        const auto &step = steps.GetTokens()[i];
-        Wanted &below = at->below[std::string(step.name, step.length)];
-        below.above = at;
-        at = &below;
-    }
-    return *at;
-}
-
-// Notes where everything is that is wanted of what the value holds; `node` is the value's.
+// Notes where everything is that is wanted of what the value at `pointer` holds, whose node is
+// `node`.
 static void find(const std::vector<Node> &nodes, const Value &value, std::size_t node,
-                 Wanted &wanted) {
-    if (wanted.below.empty())
+                 const std::string &pointer, WantedParts &wanted) {
+    if (!wanted[pointer].isPassed)
         return;
     std::size_t child = node + 1;
-    const auto pass = [&](std::string_view name, const Value &inside) {
-        if (const auto found = wanted.below.find(name); found != wanted.below.end()) {
+    const auto pass = [&](const std::string &below, const Value &inside) {
+        if (const auto found = wanted.find(below); found != wanted.end()) {
             auto &offsets = found->second.offsets;
             offsets.push_back(nodes[child].offset);
             // What stands in a later member of one name is not what anybody reads.
             if (offsets.size() == 1)
-                find(nodes, inside, child, found->second);
+                find(nodes, inside, child, below, wanted);
         }
         child = nodes[child].end;
     };
     if (value.IsObject())
         for (const auto &member : value.GetObject())
-            pass({member.name.GetString(), member.name.GetStringLength()}, member.value);
+            pass(stepInto(pointer, {member.name.GetString(), member.name.GetStringLength()}),
+                 member.value);
     if (value.IsArray())
         for (rapidjson::SizeType i = 0; i < value.Size(); ++i)
-            pass(std::to_string(i), value[i]);
+            pass(stepInto(pointer, i), value[i]);
+}
+
+static std::size_t offsetOf(const Problem &problem, WantedParts &wanted) {
+    std::string part = problem.pointer;
+    while (wanted[part].offsets.empty())
+        part.erase(part.rfind('/'));
+    const auto &offsets = wanted[part].offsets;
+    return offsets[std::min(problem.occurrence, offsets.size() - 1)];
 }
 
 void locate(const Reading &reading, std::vector<Problem> &problems) {
     if (problems.empty())
         return;
-    Wanted root;
-    for (const auto &problem : problems)
-        want(root, problem.pointer);
-    root.offsets.push_back(reading.tree->nodes.front().offset);
-    find(reading.tree->nodes, reading.tree->root, 0, root);
+    WantedParts wanted;
+    for (const auto &problem : problems) {
+        wanted.try_emplace(problem.pointer);
+        for (std::string part = problem.pointer; !part.empty();) {
+            part.erase(part.rfind('/'));
+            wanted[part].isPassed = true;
+        }
+    }
+    wanted[""].offsets.push_back(reading.tree->nodes.front().offset);
+    find(reading.tree->nodes, reading.tree->root, 0, "", wanted);
 
     std::vector<std::pair<std::size_t, Problem *>> offsets;
     offsets.reserve(problems.size());
     for (auto &problem : problems)
-        offsets.emplace_back(want(root, problem.pointer).offset(problem.occurrence), &problem);
+        offsets.emplace_back(offsetOf(problem, wanted), &problem);
     std::sort(offsets.begin(), offsets.end());
     // Each costs the text since the last.
     Place place = {1, 1};
