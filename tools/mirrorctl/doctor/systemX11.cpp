@@ -7,8 +7,11 @@
 #include <cstdlib>
 #include <netinet/in.h>
 #include <sys/socket.h>
+#include <xcb/damage.h>
 #include <xcb/randr.h>
 #include <xcb/shm.h>
+#include <xcb/xcbext.h>
+#include <xcb/xfixes.h>
 
 namespace mirrorctl {
 
@@ -90,16 +93,6 @@ static Check explain(const Handshake &handshake) {
     }
 }
 
-static bool hasExtension(Connection &connection, const std::string &name) {
-    connection.extendWatch();
-    const Reply<xcb_query_extension_reply_t> reply(xcb_query_extension_reply(
-        connection.get(),
-        xcb_query_extension(connection.get(), static_cast<std::uint16_t>(name.size()),
-                            name.c_str()),
-        nullptr));
-    return reply && reply->present;
-}
-
 // The name of an output that only X servers in Wayland sessions have; empty when there is none.
 static std::string waylandOutput(Connection &connection) {
     const Reply<xcb_randr_get_screen_resources_current_reply_t> resources(
@@ -134,6 +127,7 @@ static Reading readPixel(Connection &connection) {
                             xcb_get_image(connection.get(), XCB_IMAGE_FORMAT_Z_PIXMAP,
                                           connection.root(), 0, 0, 1, 1, ~0u),
                             &answer));
+    connection.extendWatch();
     const Reply<xcb_generic_error_t> error(answer);
     if (image)
         return Reading::Done;
@@ -143,8 +137,9 @@ static Reading readPixel(Connection &connection) {
 }
 
 static Check examineSession(Connection &connection, Reading reading) {
-    const std::string output = hasExtension(connection, "RANDR") ? waylandOutput(connection) : "";
-    const bool isWaylands = !output.empty() || hasExtension(connection, "XWAYLAND");
+    static xcb_extension_t xwayland = {"XWAYLAND", 0};
+    const std::string output = connection.has(xcb_randr_id) ? waylandOutput(connection) : "";
+    const bool isWaylands = !output.empty() || connection.has(xwayland);
     if (!isWaylands && isWaylandSession())
         return {Verdict::Unsure, "session",
                 "this is a Wayland session, but the X server is no part of it; what the X server "
@@ -206,7 +201,7 @@ static Check examineScreen(Connection &connection, Reading reading) {
 static constexpr const char *switchOn = "switch the extension on in the X server's configuration";
 
 static Check examineRandr(Connection &connection) {
-    const bool isThere = hasExtension(connection, "RANDR");
+    const bool isThere = connection.has(xcb_randr_id);
     const Reply<xcb_randr_query_version_reply_t> version(
         isThere ? xcb_randr_query_version_reply(
                       connection.get(), xcb_randr_query_version(connection.get(), 1, 5), nullptr)
@@ -226,7 +221,7 @@ static Check examineSharing(Connection &connection) {
                 "of no use, since DISPLAY names a server over the network; " + cost,
                 "run this on the machine that the screen belongs to, with DISPLAY set to the "
                 "server's local name, such as :0"};
-    if (!hasExtension(connection, "MIT-SHM"))
+    if (!connection.has(xcb_shm_id))
         return {Verdict::Unsure, "MIT-SHM", "missing; " + cost, switchOn};
     const Reply<xcb_shm_query_version_reply_t> version(xcb_shm_query_version_reply(
         connection.get(), xcb_shm_query_version(connection.get()), nullptr));
@@ -243,10 +238,11 @@ static Check examineSharing(Connection &connection) {
     return {Verdict::Good, "MIT-SHM", "the screen is read through shared memory"};
 }
 
-static Check examineNeeded(Connection &connection, const char *name, const std::string &use) {
-    if (hasExtension(connection, name))
-        return {Verdict::Good, name, use};
-    return {Verdict::Bad, name,
+static Check examineNeeded(Connection &connection, xcb_extension_t &extension,
+                           const std::string &use) {
+    if (connection.has(extension))
+        return {Verdict::Good, extension.name, use};
+    return {Verdict::Bad, extension.name,
             "missing; without DAMAGE and XFIXES, which tell of changes, nothing is captured",
             switchOn, ExitStatus::CaptureRefused};
 }
@@ -280,8 +276,9 @@ SystemChecks examineSystem() {
     if (reading != Reading::Refused && reading != Reading::Gone) {
         checks.push_back(examineRandr(*connection));
         checks.push_back(examineSharing(*connection));
-        checks.push_back(examineNeeded(*connection, "DAMAGE", "a still screen costs nothing"));
-        checks.push_back(examineNeeded(*connection, "XFIXES", "changed regions are told apart"));
+        checks.push_back(examineNeeded(*connection, xcb_damage_id, "a still screen costs nothing"));
+        checks.push_back(
+            examineNeeded(*connection, xcb_xfixes_id, "changed regions are told apart"));
     }
     return {checks, handshake};
 }
