@@ -148,33 +148,22 @@ static bool isRequired(const std::string &name, const Value &rules) {
                        [&](const Value &required) { return required.GetString() == name; });
 }
 
-namespace {
+static bool isFull(const std::vector<Problem> &problems) {
+    return problems.size() >= mostProblems;
+}
 
 // Goes through a value and the rules that the schema has for it side by side. It knows the keywords
 // that the schema uses and no others; a test compares the two.
-class Checker {
-public:
-    explicit Checker(Reading &reading_) : reading(reading_) {}
+static void check(const Value &value, const Value &rulesOrReference, const std::string &pointer,
+                  Reading &reading);
 
-    void check(const Value &value, const Value &rules, const std::string &pointer);
-
-private:
-    void checkMembers(const Value &object, const Value &rules, const std::string &pointer);
-
-    bool isFull() const { return reading.problems.size() >= mostProblems; }
-    bool mayWarn() const { return reading.unknownMembers.size() < mostProblems; }
-    void warn(const std::string &pointer, const std::string &message, const std::string &fix,
-              std::size_t occurrence = 0) {
+static void checkMembers(const Value &object, const Value &rules, const std::string &pointer,
+                         Reading &reading) {
+    const auto warn = [&](const std::string &name, const std::string &message,
+                          const std::string &fix, std::size_t occurrence) {
         reading.unknownMembers.push_back(
-            {pointer, message, fix, {}, Severity::Warning, occurrence});
-    }
-
-    Reading &reading;
-};
-
-} // namespace
-
-void Checker::checkMembers(const Value &object, const Value &rules, const std::string &pointer) {
+            {stepInto(pointer, name), message, fix, {}, Severity::Warning, occurrence});
+    };
     const Value &known = rules["properties"];
     std::map<const Value *, std::size_t> counts; // of the members with each of these rules
     std::vector<std::string> others;
@@ -187,9 +176,8 @@ void Checker::checkMembers(const Value &object, const Value &rules, const std::s
         }
         const std::size_t before = counts[&found->value]++;
         const std::string name = found->name.GetString();
-        if (before > 0 && mayWarn())
-            warn(stepInto(pointer, name),
-                 "found " + quote(name) + " once more; the library takes the first",
+        if (before > 0 && !isFull(reading.unknownMembers))
+            warn(name, "found " + quote(name) + " once more; the library takes the first",
                  "keep the one that you mean", before);
     }
     std::vector<std::string> absent;
@@ -197,25 +185,27 @@ void Checker::checkMembers(const Value &object, const Value &rules, const std::s
         if (!object.HasMember(property.name))
             absent.emplace_back(property.name.GetString());
     for (const std::string &name : others) {
-        if (!mayWarn())
+        if (isFull(reading.unknownMembers))
             break;
         const auto near = nearestName(name, absent);
-        warn(stepInto(pointer, name), "found a member that the library does not read",
-             near ? "rename it to " + quote(*near) : "take it away, if it is no remark of yours");
+        warn(name, "found a member that the library does not read",
+             near ? "rename it to " + quote(*near) : "take it away, if it is no remark of yours",
+             0);
     }
 
     for (const auto &property : known.GetObject()) {
         const std::string name = property.name.GetString();
         if (const auto found = object.FindMember(property.name); found != object.MemberEnd())
-            check(found->value, property.value, stepInto(pointer, name));
-        else if (isRequired(name, rules) && !isFull())
+            check(found->value, property.value, stepInto(pointer, name), reading);
+        else if (isRequired(name, rules) && !isFull(reading.problems))
             reading.problems.push_back(
                 explainMissing(pointer, name, follow(property.value), others));
     }
 }
 
-void Checker::check(const Value &value, const Value &rulesOrReference, const std::string &pointer) {
-    if (isFull())
+static void check(const Value &value, const Value &rulesOrReference, const std::string &pointer,
+                  Reading &reading) {
+    if (isFull(reading.problems))
         return;
     const Value &rules = follow(rulesOrReference);
     if (!hasType(value, rules)) {
@@ -223,17 +213,17 @@ void Checker::check(const Value &value, const Value &rulesOrReference, const std
             {pointer, "expected " + describeExpected(rules) + ", found " + describeFound(value),
              findFix(value, rules)});
     } else if (rules.HasMember("properties")) {
-        checkMembers(value, rules, pointer);
+        checkMembers(value, rules, pointer, reading);
     } else if (rules.HasMember("items")) {
         const Value &items = follow(rules["items"]);
-        for (rapidjson::SizeType i = 0; i < value.Size() && !isFull(); ++i)
-            check(value[i], items, stepInto(pointer, i));
+        for (rapidjson::SizeType i = 0; i < value.Size() && !isFull(reading.problems); ++i)
+            check(value[i], items, stepInto(pointer, i), reading);
     }
 }
 
 void check(Reading &reading) {
-    Checker(reading).check(reading.tree->root, schema(), "");
-    if (reading.problems.size() >= mostProblems)
+    check(reading.tree->root, schema(), "", reading);
+    if (isFull(reading.problems))
         reading.problems.push_back({"", "there may be more errors than these"});
 }
 
