@@ -133,14 +133,14 @@ Check Trial::lookWithoutMark(bool isLit, const std::string &reason) const {
 }
 
 std::optional<double> Trial::timeMark(std::uint32_t colour, std::string &reason) {
-    const ScreenMark mark(display.width, display.height, colour);
-    reason = mark.reason();
+    const ScreenMark mark = drawMark(display.width, display.height, colour);
+    reason = mark.reason;
     if (!reason.empty())
         return std::nullopt;
     const auto isMarked = [&](const Picture &picture) {
         return isNear(picture.panels[markPanel], colour);
     };
-    return await(patience, isMarked) ? std::optional(last->time - mark.shownAt()) : std::nullopt;
+    return await(patience, isMarked) ? std::optional(last->time - mark.shownAt) : std::nullopt;
 }
 
 Check Trial::lookForMark(bool isLit) {

@@ -38,30 +38,19 @@ SystemChecks examineSystem();
 // Makes the socket report every error that the network returns for its datagrams.
 void requestNetworkErrors(int fd, int family);
 
-// A square of one colour in the top left corner of every display of one size, above all windows,
-// for as long as it lives.
-class ScreenMark {
-public:
+// A square of one colour in the top left corner of every display of one size, above all windows.
+struct ScreenMark {
     // The square's edges, in pixels of the display.
     static constexpr int first = 8;
     static constexpr int side = 32;
 
-    // Has been drawn when the constructor returns, unless reason() says why not. `colour` is
-    // 0xRRGGBB.
-    ScreenMark(std::uint32_t width, std::uint32_t height, std::uint32_t colour);
-    ~ScreenMark();
-    ScreenMark(const ScreenMark &) = delete;
-    ScreenMark &operator=(const ScreenMark &) = delete;
-
-    const std::string &reason() const { return why; }
-    double shownAt() const { return time; } // wall clock, seconds
-
-private:
-    struct Windows;
-    std::unique_ptr<Windows> windows;
-    std::string why;
-    double time = 0.0;
+    std::string reason;                 // why it was not drawn; empty when it was
+    double shownAt = 0.0;               // wall clock, seconds
+    std::shared_ptr<void> windows = {}; // it is shown for as long as these live
 };
+
+// Draws it before it returns, if it can be drawn. `colour` is 0xRRGGBB.
+ScreenMark drawMark(std::uint32_t width, std::uint32_t height, std::uint32_t colour);
 
 // captureTrial.cpp, deviceTrial.cpp
 

@@ -21,9 +21,14 @@ struct CoveredPlace {
     xcb_pixmap_t before;
 };
 
-struct ScreenMark::Windows {
-    std::unique_ptr<Connection> connection;
+struct Windows {
+    std::unique_ptr<Connection> connection = Connection::open();
     std::vector<CoveredPlace> places;
+
+    Windows() = default;
+    ~Windows();
+    Windows(const Windows &) = delete;
+    Windows &operator=(const Windows &) = delete;
 };
 
 static std::uint32_t pixelOf(const Connection &connection, std::uint32_t colour) {
@@ -85,43 +90,37 @@ static bool isUpToDate(const Connection &connection) {
     return done != nullptr;
 }
 
-ScreenMark::ScreenMark(std::uint32_t width, std::uint32_t height, std::uint32_t colour)
-    : windows(std::make_unique<Windows>()) {
+ScreenMark drawMark(std::uint32_t width, std::uint32_t height, std::uint32_t colour) {
     const platform::SigpipeGuard guard;
-    windows->connection = Connection::open();
-    if (!windows->connection) {
-        why = "the X server does not answer";
-        return;
-    }
+    const auto windows = std::make_shared<Windows>();
+    if (!windows->connection)
+        return {"the X server does not answer"};
     Connection &connection = *windows->connection;
     const auto monitors = platform::x11::listMonitors(connection);
-    if (!monitors) {
-        why = "the X server does not list its monitors";
-        return;
-    }
+    if (!monitors)
+        return {"the X server does not list its monitors"};
     const std::uint32_t pixel = pixelOf(connection, colour);
     for (const auto &[id, area] : *monitors)
         if (area.width == static_cast<int>(width) && area.height == static_cast<int>(height))
             windows->places.push_back(showAt(connection, area.x, area.y, pixel));
     if (windows->places.empty())
-        why = "no monitor has the display's size";
-    else if (!isUpToDate(connection))
-        why = "the X server went away";
+        return {"no monitor has the display's size"};
+    if (!isUpToDate(connection))
+        return {"the X server went away"};
     connection.endWatch(); // nothing is asked of it while the mark is looked for
-    time =
-        std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch()).count();
+    const auto now = std::chrono::system_clock::now().time_since_epoch();
+    return {{}, std::chrono::duration<double>(now).count(), windows};
 }
 
-ScreenMark::~ScreenMark() {
-    if (windows->places.empty())
+Windows::~Windows() {
+    if (places.empty())
         return;
     const platform::SigpipeGuard guard;
-    Connection &connection = *windows->connection;
     try {
-        const platform::Watchdog watchdog(connection.descriptor());
-        for (const auto &place : windows->places)
-            uncover(connection, place);
-        isUpToDate(connection);
+        const platform::Watchdog watchdog(connection->descriptor());
+        for (const auto &place : places)
+            uncover(*connection, place);
+        isUpToDate(*connection);
     } catch (const std::system_error &) {
         // Without a thread to watch it nothing is waited for; the windows go with the connection.
     }
