@@ -4,6 +4,7 @@
 
 #include "tools/lights/device.h"
 
+#include <chrono>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -62,6 +63,13 @@ struct Reading {
     std::vector<Problem> unknownMembers; // warnings: not read by the library, or there again
     std::shared_ptr<const Tree> tree;    // null when the text does not parse
 };
+
+// The contents of the file at `path`; "-" is standard input, read to its end however long that
+// takes. Nothing when it cannot be read, with the reason in words in `reason`: a named pipe may be
+// silent for `patience`, and more than 64 MiB are taken for a mistake (a device file, a film).
+std::optional<std::string>
+readTextFile(const std::string &path, std::string &reason,
+             std::chrono::milliseconds patience = std::chrono::seconds(30));
 
 // Parses `text` and checks it against the schema; finds all errors, not only the first, and lists
 // nothing but errors as problems. A text without problems is one that the library reads to its end;

@@ -1,4 +1,4 @@
-#include "tools/config/textFile.h"
+#include "tools/config/configDocument.h"
 
 #include <cerrno>
 #include <fcntl.h>
@@ -7,6 +7,8 @@
 #include <unistd.h>
 
 namespace config {
+
+static constexpr std::size_t largestText = 64u << 20;
 
 // Waits for each part, with a negative patience for ever.
 static std::optional<std::string> readDescriptor(int fd, std::chrono::milliseconds patience,

@@ -2,7 +2,6 @@
 
 #include "mirror/mirrorInterface.h"
 #include "tools/config/modes.h"
-#include "tools/config/textFile.h"
 #include "tools/lights/address.h"
 #include "tools/mirrorctl/libraryCall.h"
 #include "tools/mirrorctl/libraryMessages.h"

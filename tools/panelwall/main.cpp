@@ -1,4 +1,3 @@
-#include "tools/config/textFile.h"
 #include "tools/lights/text.h"
 #include "tools/panelwall/pngFile.h"
 #include "tools/panelwall/session.h"

@@ -2,7 +2,6 @@
 #include "tests/support/expectations.h"
 #include "tests/support/files.h"
 #include "tests/tools/config/goodDocument.h"
-#include "tools/config/textFile.h"
 #include "tools/config/tree.h"
 
 #include <fstream>

@@ -1,5 +1,4 @@
 // mirrorctl doctor
-#include "tools/config/textFile.h"
 #include "tools/lights/text.h"
 #include "tools/mirrorctl/commands.h"
 #include "tools/mirrorctl/doctor/doctor.h"
