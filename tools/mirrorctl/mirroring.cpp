@@ -8,6 +8,8 @@
 #include "tools/mirrorctl/server.h"
 
 #include <cstdio>
+#include <rapidjson/document.h>
+#include <stdexcept>
 
 namespace mirrorctl {
 
@@ -162,6 +164,36 @@ ExitStatus mirrorBriefly(const std::string &path, bool usesLights, const char *n
         const auto stopped = stop();
         return result == ExitStatus::Done ? stopped : result;
     });
+}
+
+static const char notUnderstood[] = "the library's palette is not understood";
+
+static std::uint8_t channel(const rapidjson::Value &colour, const char *name) {
+    if (!colour.IsObject() || !colour.HasMember(name) || !colour[name].IsUint() ||
+        colour[name].GetUint() > 255)
+        throw std::runtime_error(notUnderstood);
+    return static_cast<std::uint8_t>(colour[name].GetUint());
+}
+
+Palette fetchPalette() {
+    char buffer[512 + 1] = {}; // the last byte stays zero
+    if (getPalette(buffer) != 0)
+        throw std::runtime_error("the library could not make a palette");
+    Palette palette;
+    palette.text = buffer;
+    rapidjson::Document tree;
+    tree.Parse(buffer);
+    if (tree.HasParseError() || !tree.IsObject() || !tree.HasMember("palette") ||
+        !tree["palette"].IsArray())
+        throw std::runtime_error(notUnderstood);
+    for (const auto &colour : tree["palette"].GetArray())
+        palette.colours.push_back(
+            {channel(colour, "R"), channel(colour, "G"), channel(colour, "B")});
+    return palette;
+}
+
+bool Palette::isDark() const {
+    return colours.empty() || colours == std::vector<lights::Colour>(1);
 }
 
 } // namespace mirrorctl

@@ -48,4 +48,21 @@ using BriefWork = std::function<ExitStatus(const StopSignals &)>;
 ExitStatus mirrorBriefly(const std::string &path, bool usesLights, const char *nothing,
                          config::Reading &reading, const BriefWork &work);
 
+// The colours of what the running mirror sees.
+struct Palette {
+    std::string text; // the library's own
+    std::vector<lights::Colour> colours;
+
+    // Pure black, as it is before the first frame. More than one black is several hues, each too
+    // dark to show.
+    bool isDark() const;
+};
+
+// Asks the library. Throws std::runtime_error when it has no answer.
+Palette fetchPalette();
+
+// For how long after the start nothing but black is taken for a screen that has not been seen yet,
+// even if the display is black. The library cannot be asked whether it has.
+inline constexpr double darknessSeconds = 2.0;
+
 } // namespace mirrorctl

@@ -1,50 +1,18 @@
 // mirrorctl palette
-#include "tools/mirrorctl/palette.h"
-
 #include "mirror/mirrorInterface.h"
 #include "tools/mirrorctl/commands.h"
 #include "tools/mirrorctl/libraryCall.h"
 #include "tools/mirrorctl/mirroring.h"
 #include "tools/mirrorctl/server.h"
+#include "tools/mirrorctl/terminalColour.h"
 
 #include <chrono>
 #include <cstdio>
-#include <rapidjson/document.h>
-#include <stdexcept>
 #include <unistd.h>
 
 namespace mirrorctl {
 
 static const char noPalette[] = "No palette";
-static const char notUnderstood[] = "the library's palette is not understood";
-
-static std::uint8_t channel(const rapidjson::Value &colour, const char *name) {
-    if (!colour.IsObject() || !colour.HasMember(name) || !colour[name].IsUint() ||
-        colour[name].GetUint() > 255)
-        throw std::runtime_error(notUnderstood);
-    return static_cast<std::uint8_t>(colour[name].GetUint());
-}
-
-Palette fetchPalette() {
-    char buffer[512 + 1] = {}; // the last byte stays zero
-    if (getPalette(buffer) != 0)
-        throw std::runtime_error("the library could not make a palette");
-    Palette palette;
-    palette.text = buffer;
-    rapidjson::Document tree;
-    tree.Parse(buffer);
-    if (tree.HasParseError() || !tree.IsObject() || !tree.HasMember("palette") ||
-        !tree["palette"].IsArray())
-        throw std::runtime_error(notUnderstood);
-    for (const auto &colour : tree["palette"].GetArray())
-        palette.colours.push_back(
-            {channel(colour, "R"), channel(colour, "G"), channel(colour, "B")});
-    return palette;
-}
-
-bool Palette::isDark() const {
-    return colours.empty() || colours == std::vector<Colour>(1);
-}
 
 // The palette of the first frame of a run that has just been started in palette mode. A palette
 // that is not dark proves that a frame has come; black is believed after `darknessSeconds` if the

@@ -5,7 +5,6 @@
 #include "tools/mirrorctl/commands.h"
 #include "tools/mirrorctl/libraryCall.h"
 #include "tools/mirrorctl/mirroring.h"
-#include "tools/mirrorctl/palette.h"
 #include "tools/mirrorctl/server.h"
 #include "tools/mirrorctl/snapshot/sentFrames.h"
 
