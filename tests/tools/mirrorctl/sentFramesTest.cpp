@@ -19,11 +19,11 @@ TEST(MirrorctlSentFrames, ReadsRecordsInTheirOrder) {
     EXPECT_EQ(frames[0].panelCount, 3u);
     ASSERT_EQ(frames[0].records.size(), 2u);
     EXPECT_EQ(frames[0].records[0].id, 12u);
-    EXPECT_EQ(frames[0].records[0].colour, (Colour{255, 0, 0}));
+    EXPECT_EQ(frames[0].records[0].colour, (lights::Colour{255, 0, 0}));
     EXPECT_EQ(frames[0].records[1].id, 65535u);
-    EXPECT_EQ(frames[0].records[1].colour, (Colour{1, 2, 3}));
+    EXPECT_EQ(frames[0].records[1].colour, (lights::Colour{1, 2, 3}));
     ASSERT_EQ(frames[1].records.size(), 1u);
-    EXPECT_EQ(frames[1].records[0].colour, (Colour{0, 0, 9}));
+    EXPECT_EQ(frames[1].records[0].colour, (lights::Colour{0, 0, 9}));
 }
 
 TEST(MirrorctlSentFrames, TellsNoFrameFromAFrameWithoutRecords) {
@@ -34,8 +34,9 @@ TEST(MirrorctlSentFrames, TellsNoFrameFromAFrameWithoutRecords) {
 }
 
 TEST(MirrorctlSentFrames, RefusesWhatItDoesNotUnderstand) {
-    for (const char *line : {"1 17", "1 17 1 0 0 0 0", "1 17 1 0 0 0 0 5 6", "1 17 1 a 0 0 0 5",
-                             "1 17 1 256 0 0 0 5", "1  17 1 0 0 0 0 5", "-1 ", "4294967296 "})
+    for (const char *line :
+         {"1 17", "1 17 1 0 0 0 0", "1 17 1 0 0 0 0 5 6", "1 17 1 a 0 0 0 5", "1 17 1 256 0 0 0 5",
+          "1 65536 1 0 0 0 0 5", "1  17 1 0 0 0 0 5", "-1 ", "4294967296 "})
         EXPECT_THROW(readSentFrames(textOf({line})), std::runtime_error) << line;
     for (const char *text : {"", "[]", "{}", R"({"devices":1})", R"({"devices":[1]})",
                              R"({"devices":[{}]})", R"({"devices":[{"animData":1}]})"})
@@ -59,11 +60,11 @@ static config::DeviceEntry device(int controlVersion, const Ids &ids) {
     return entry;
 }
 
-static SentFrame frame(std::size_t panelCount, const std::vector<unsigned> &ids) {
+static SentFrame frame(std::size_t panelCount, const std::vector<std::uint16_t> &ids) {
     SentFrame sent;
     sent.panelCount = panelCount;
-    for (const unsigned id : ids)
-        sent.records.push_back({id, {}});
+    for (const auto id : ids)
+        sent.records.push_back({id, {}, 0});
     return sent;
 }
 

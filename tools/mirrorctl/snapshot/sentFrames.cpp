@@ -1,9 +1,8 @@
 #include "tools/mirrorctl/snapshot/sentFrames.h"
 
-#include "tools/lights/datagram.h"
-
 #include <algorithm>
 #include <charconv>
+#include <limits>
 #include <rapidjson/document.h>
 #include <stdexcept>
 
@@ -28,10 +27,10 @@ static std::vector<unsigned> readNumbers(const std::string &line) {
     return numbers;
 }
 
-static std::uint8_t channel(unsigned number) {
-    if (number > 255)
+template <typename Field> static Field field(unsigned number) {
+    if (number > std::numeric_limits<Field>::max())
         refuse();
-    return static_cast<std::uint8_t>(number);
+    return static_cast<Field>(number);
 }
 
 // The panel count, then for each record: identifier, 1, red, green, blue, white, 5.
@@ -42,10 +41,11 @@ static SentFrame readLine(const std::string &line) {
         refuse();
     SentFrame frame;
     frame.panelCount = numbers[0];
+    const auto channel = [&](std::size_t i) { return field<std::uint8_t>(numbers[i]); };
     for (std::size_t i = 1; i < numbers.size(); i += recordSize)
-        frame.records.push_back(
-            {numbers[i],
-             {channel(numbers[i + 2]), channel(numbers[i + 3]), channel(numbers[i + 4])}});
+        frame.records.push_back({field<std::uint16_t>(numbers[i]),
+                                 {channel(i + 2), channel(i + 3), channel(i + 4)},
+                                 field<std::uint16_t>(numbers[i + 6])});
     return frame;
 }
 
@@ -69,7 +69,7 @@ std::vector<SentFrame> readSentFrames(const std::string &text) {
 bool showsLight(const std::vector<SentFrame> &frames) {
     return std::any_of(frames.begin(), frames.end(), [](const SentFrame &frame) {
         return std::any_of(frame.records.begin(), frame.records.end(),
-                           [](const SentRecord &record) { return record.colour != Colour{}; });
+                           [](const auto &record) { return record.colour != lights::Colour(); });
     });
 }
 
@@ -79,7 +79,7 @@ static bool fits(const SentFrame &frame, const config::DeviceEntry &device) {
         return false;
     const auto layout = lights::layoutOf(device.controlVersion);
     auto panel = device.panels.begin();
-    for (const SentRecord &record : frame.records) {
+    for (const lights::Record &record : frame.records) {
         panel = std::find_if(panel, device.panels.end(), [&](const config::PanelEntry &entry) {
             return lights::wireId(layout, entry.panelID) == record.id;
         });

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "tools/config/configDocument.h"
-#include "tools/mirrorctl/terminalColour.h"
+#include "tools/lights/datagram.h"
 
 #include <cstddef>
 #include <optional>
@@ -13,16 +13,10 @@
 
 namespace mirrorctl {
 
-// One panel's record in a datagram.
-struct SentRecord {
-    unsigned id = 0; // as in the datagram
-    Colour colour;
-};
-
 // One datagram.
 struct SentFrame {
     std::size_t panelCount = 0; // of the device, which may be sent records for some panels only
-    std::vector<SentRecord> records;
+    std::vector<lights::Record> records;
 };
 
 // The frames in device order, without a place for devices that were sent nothing. Throws

@@ -7,6 +7,7 @@
 #include "tools/mirrorctl/mirroring.h"
 #include "tools/mirrorctl/server.h"
 #include "tools/mirrorctl/snapshot/sentFrames.h"
+#include "tools/mirrorctl/terminalColour.h"
 
 #include <algorithm>
 #include <chrono>
@@ -136,7 +137,7 @@ static void print(const Snapshot &snapshot, const std::vector<config::DeviceEntr
         if (frame.records.empty())
             std::printf("%6zu  %-*s  %5s  %s\n", d, width, address.c_str(), "-",
                         wasSent ? "no panels" : "nothing in this frame");
-        for (const SentRecord &record : frame.records)
+        for (const lights::Record &record : frame.records)
             std::printf("%6zu  %-*s  %5u  %s%s\n", d, width, address.c_str(), record.id,
                         coloured ? (swatch(record.colour) + " ").c_str() : "",
                         hexText(record.colour).c_str());
