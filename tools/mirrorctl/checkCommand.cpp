@@ -57,7 +57,7 @@ static std::vector<config::Problem> findDisplay(const config::Document &document
     }
     DisplayList list;
     try {
-        const MessagesToStandardError redirection;
+        const OutputRedirection toStandardError(STDERR_FILENO);
         list = listDisplays();
     } catch (const std::exception &error) {
         if (isNeeded)

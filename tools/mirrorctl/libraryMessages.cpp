@@ -1,42 +1,30 @@
 #include "tools/mirrorctl/libraryMessages.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <fcntl.h>
 #include <system_error>
-#include <unistd.h>
 
 namespace mirrorctl {
 
-MessagesToStandardError::MessagesToStandardError()
-    : output((fflush(stdout), fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0))) {
-    if (output >= 0)
-        dup2(STDERR_FILENO, STDOUT_FILENO);
+OutputRedirection::OutputRedirection(int to)
+    : kept((fflush(stdout), fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0))) {
+    if (kept >= 0)
+        dup2(to, STDOUT_FILENO);
 }
 
-MessagesToStandardError::~MessagesToStandardError() {
+OutputRedirection::~OutputRedirection() {
     fflush(stdout);
-    if (output < 0)
+    clearerr(stdout); // what it led to may have been full
+    if (kept < 0)
         return;
-    dup2(output, STDOUT_FILENO);
-    close(output);
+    dup2(kept, STDOUT_FILENO);
+    close(kept);
 }
 
 LibraryMessages::LibraryMessages() {
-    fflush(stdout);
-    const int kept = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, 0);
-    own = kept < 0 ? nullptr : fdopen(kept, "w");
-    if (!own)
+    if (output() < 0)
         throw std::system_error(errno, std::generic_category(), "standard output");
-    setvbuf(own, nullptr, _IOLBF, 0);
-    dup2(printed.writeEnd(), STDOUT_FILENO);
-}
-
-LibraryMessages::~LibraryMessages() {
-    fflush(stdout);
-    clearerr(stdout);
-    fflush(own);
-    dup2(fileno(own), STDOUT_FILENO);
-    fclose(own);
 }
 
 void LibraryMessages::take(bool echoes) {

@@ -7,23 +7,26 @@
 #include "tools/mirrorctl/waiting.h"
 
 #include <cstddef>
-#include <cstdio>
 #include <set>
 #include <string>
+#include <unistd.h>
 
 namespace mirrorctl {
 
-// Sends it to standard error, so that a program that reads the output gets the answer and nothing
-// else. Nothing else may be printed meanwhile.
-class MessagesToStandardError {
+// Sends it elsewhere, such as to standard error, so that a program that reads the output gets the
+// answer and nothing else. Nothing else may be printed on standard output meanwhile.
+class OutputRedirection {
 public:
-    MessagesToStandardError();
-    ~MessagesToStandardError();
-    MessagesToStandardError(const MessagesToStandardError &) = delete;
-    MessagesToStandardError &operator=(const MessagesToStandardError &) = delete;
+    explicit OutputRedirection(int to);
+    ~OutputRedirection();
+    OutputRedirection(const OutputRedirection &) = delete;
+    OutputRedirection &operator=(const OutputRedirection &) = delete;
+
+    // Standard output as it was; -1: it was closed, and still is.
+    int before() const { return kept; }
 
 private:
-    int output; // standard output, kept aside; -1: it was closed
+    int kept;
 };
 
 // Collects it line by line, since there is no other report of what goes wrong during a run. The
@@ -32,15 +35,12 @@ class LibraryMessages {
 public:
     // Throws std::system_error when there is no pipe to be had, or no standard output.
     LibraryMessages();
-    ~LibraryMessages();
-    LibraryMessages(const LibraryMessages &) = delete;
-    LibraryMessages &operator=(const LibraryMessages &) = delete;
 
     // Readable when read() has something to do.
     int descriptor() const { return printed.descriptor(); }
 
     // Standard output, for the program itself.
-    FILE *output() const { return own; }
+    int output() const { return redirection.before(); }
 
     // Takes in what was printed, without waiting. With `echoes`, lines that differ from the one
     // before are copied to standard error.
@@ -56,8 +56,8 @@ public:
 private:
     void take(bool echoes);
 
-    WakeUp printed; // which standard output leads into
-    FILE *own = nullptr;
+    WakeUp printed;
+    OutputRedirection redirection{printed.writeEnd()};
     std::string unfinished;
     std::string line;
     std::set<std::string> seen; // the first few different lines

@@ -150,7 +150,7 @@ ExitStatus mirrorBriefly(const std::string &path, bool usesLights, const char *n
     // Not before the document has been read: Ctrl-C must end a wait for standard input.
     const StopSignals signals;
     return untilSignal(signals, nothing, [&] {
-        const MessagesToStandardError redirection;
+        const OutputRedirection toStandardError(STDERR_FILENO);
         auto status = checkRequirements(path, reading, usesLights);
         if (status == ExitStatus::Done)
             status = apply(usesLights ? reading.text

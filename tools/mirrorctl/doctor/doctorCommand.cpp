@@ -36,7 +36,7 @@ static std::string remedyAfter(const Section &system, const std::string &guess) 
 // there is one, names another. Returns the one that the document names, or all.
 static std::vector<Display> examineDisplays(const std::optional<config::Document> &document,
                                             const Section &system, Section &displays) {
-    const MessagesToStandardError redirection;
+    const OutputRedirection toStandardError(STDERR_FILENO);
     const DisplayList list = listDisplays();
     if (list.displays.empty())
         displays.checks.push_back(

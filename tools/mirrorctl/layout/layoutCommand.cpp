@@ -29,7 +29,7 @@ static std::string listed(const std::vector<Display> &displays) {
 
 // The display that is named, or the only one; none is ever guessed. Reports why there is none.
 static std::optional<Display> findDisplay(const LayoutOptions &options) {
-    const MessagesToStandardError redirection;
+    const OutputRedirection toStandardError(STDERR_FILENO);
     const DisplayList list = listDisplays();
     const auto &displays = list.displays;
     if (displays.empty()) {

@@ -191,7 +191,7 @@ ExitStatus Run::end() {
     reporter.clearLine();
     if (const int signum = signals.take(); signum != 0 && plan.style != ReportStyle::Json)
         // NOLINTNEXTLINE(concurrency-mt-unsafe): a known signal has a constant name
-        std::fprintf(messages.output(), "Stopping: %s.\n", strsignal(signum));
+        dprintf(messages.output(), "Stopping: %s.\n", strsignal(signum));
     const bool isStopped = stopInTime();
     if (ending == ExitStatus::Failed)
         return ending;

@@ -51,7 +51,7 @@ static ExitStatus run(const RunOptions &options) {
                  counter ? &*counter : nullptr, options.seconds, options.once};
     if (options.json)
         plan.style = ReportStyle::Json;
-    else if (showsColours(fileno(messages.output())))
+    else if (showsColours(messages.output()))
         plan.style = ReportStyle::Live;
     Run run(plan, signals, messages);
     auto status = untilSignal(signals, nothingMirrored, [&] {

@@ -153,9 +153,9 @@ void RunReporter::read() {
 
 void RunReporter::reportStart() {
     if (plan.style != ReportStyle::Json)
-        std::fprintf(messages.output(), "Mirroring display %u in %s mode onto %s. Ctrl-C stops.\n",
-                     static_cast<std::uint32_t>(plan.document.displayID),
-                     config::modeName(plan.document.mode), lights.c_str());
+        dprintf(messages.output(), "Mirroring display %u in %s mode onto %s. Ctrl-C stops.\n",
+                static_cast<std::uint32_t>(plan.document.displayID),
+                config::modeName(plan.document.mode), lights.c_str());
     report("started");
 }
 
@@ -187,18 +187,17 @@ void RunReporter::reportServer(ServerState state, const char *event, const std::
 
 void RunReporter::clearLine() {
     if (plan.style == ReportStyle::Live)
-        std::fputs("\r\x1b[K", messages.output());
-    std::fflush(messages.output());
+        dprintf(messages.output(), "\r\x1b[K");
 }
 
 void RunReporter::reportEnd() {
     const RunState end = state(true);
     if (plan.style == ReportStyle::Json)
-        std::fprintf(messages.output(), "%s\n", jsonLine("stopped", end).c_str());
+        dprintf(messages.output(), "%s\n", jsonLine("stopped", end).c_str());
     else
-        std::fprintf(messages.output(), "Mirrored display %u for %.1f s onto %s.\n%s",
-                     static_cast<std::uint32_t>(plan.document.displayID), end.elapsed,
-                     lights.c_str(), summary(end).c_str());
+        dprintf(messages.output(), "Mirrored display %u for %.1f s onto %s.\n%s",
+                static_cast<std::uint32_t>(plan.document.displayID), end.elapsed, lights.c_str(),
+                summary(end).c_str());
 }
 
 RunState RunReporter::state(bool atEnd) const {
@@ -227,13 +226,11 @@ RunState RunReporter::state(bool atEnd) const {
 }
 
 void RunReporter::report(const char *event) {
-    FILE *out = messages.output();
+    const int out = messages.output();
     if (plan.style == ReportStyle::Json)
-        std::fprintf(out, "%s\n", jsonLine(event, state(false)).c_str());
+        dprintf(out, "%s\n", jsonLine(event, state(false)).c_str());
     else if (plan.style == ReportStyle::Live)
-        std::fprintf(out, "\r\x1b[K%s",
-                     liveLine(state(false), terminalColumns(fileno(out)) - 1).c_str());
-    std::fflush(out);
+        dprintf(out, "\r\x1b[K%s", liveLine(state(false), terminalColumns(out) - 1).c_str());
     nextReport = elapsed() + (plan.style == ReportStyle::Live ? 0.5 : 1.0);
 }
 
