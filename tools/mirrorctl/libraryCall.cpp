@@ -2,7 +2,6 @@
 
 #include "tools/mirrorctl/server.h"
 
-#include <atomic>
 #include <cstdio>
 #include <cstring>
 #include <unistd.h>
@@ -33,15 +32,6 @@ ExitStatus LibraryCall::result() {
     return outcome.get();
 }
 
-bool reportInterruption(const char *nothing, const StopSignals &signals) {
-    static std::atomic_flag isReported;
-    const int signum = signals.take();
-    if (signum != 0 && !isReported.test_and_set())
-        // NOLINTNEXTLINE(concurrency-mt-unsafe): a known signal has a constant name
-        std::fprintf(stderr, "%s: %s.\n", nothing, strsignal(signum));
-    return signum != 0;
-}
-
 ExitStatus untilSignal(const StopSignals &signals, const char *nothing,
                        std::function<ExitStatus()> work) {
     ServerWatch watch;
@@ -52,9 +42,13 @@ ExitStatus untilSignal(const StopSignals &signals, const char *nothing,
         watch.ask();
         awaitReadable({call.descriptor()}, graceSeconds);
     }
-    if (call.isDone())
-        return call.result();
-    reportInterruption(nothing, signals);
+    const bool isDone = call.isDone();
+    const ExitStatus result = isDone ? call.result() : ExitStatus::NothingSent;
+    if (const int signum = signals.take(); signum != 0 && result == ExitStatus::NothingSent)
+        // NOLINTNEXTLINE(concurrency-mt-unsafe): a known signal has a constant name
+        std::fprintf(stderr, "%s: %s.\n", nothing, strsignal(signum));
+    if (isDone)
+        return result;
     if (watch.state() != ServerWatch::State::Absent && watch.owesAnswer())
         std::fputs(silentServerLine().c_str(), stderr);
     endAtOnce(ExitStatus::NothingSent);

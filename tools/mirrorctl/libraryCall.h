@@ -43,15 +43,12 @@ private:
 inline constexpr double graceSeconds = 0.25;
 
 // Does `work` on a thread of its own and returns its result. When a signal comes, the work has
-// `graceSeconds` to notice it (StopSignals::take()) and to return; then this reports it as
-// reportInterruption() does, and whether the display server does not answer, and ends the process
-// at once with NothingSent.
+// `graceSeconds` to notice it (StopSignals::take()) and to return NothingSent; if it does not
+// return, this reports whether the display server does not answer, and ends the process at once
+// with NothingSent. Either way it prints "No palette: Interrupt." on standard error, where
+// `nothing` is "No palette".
 ExitStatus untilSignal(const StopSignals &signals, const char *nothing,
                        std::function<ExitStatus()> work);
-
-// Whether a signal has come. The first time that one has, prints "No palette: Interrupt." on
-// standard error, where `nothing` is "No palette".
-bool reportInterruption(const char *nothing, const StopSignals &signals);
 
 // Ends the process without its destructors, which would wait for the library.
 [[noreturn]] void endAtOnce(ExitStatus status);

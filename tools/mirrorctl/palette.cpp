@@ -12,8 +12,6 @@
 
 namespace mirrorctl {
 
-static const char noPalette[] = "No palette";
-
 // The palette of the first frame of a run that has just been started in palette mode. A palette
 // that is not dark proves that a frame has come; black is believed after `darknessSeconds` if the
 // display is black, else after `lateFrameSeconds`.
@@ -32,7 +30,7 @@ static ExitStatus awaitPalette(std::int32_t displayID, const StopSignals &signal
             if (!palette.isDark())
                 return ExitStatus::Done;
         }
-        if (reportInterruption(noPalette, signals))
+        if (signals.take() != 0)
             return ExitStatus::NothingSent;
         const std::chrono::duration<double> passed = Clock::now() - begin;
         if (passed.count() < darknessSeconds)
@@ -68,7 +66,7 @@ static ExitStatus showPalette(const PaletteOptions &options) {
     const auto work = [&](const StopSignals &signals) {
         return awaitPalette(reading.document.displayID, signals, palette);
     };
-    const auto status = mirrorBriefly(options.path, false, noPalette, reading, work);
+    const auto status = mirrorBriefly(options.path, false, "No palette", reading, work);
     if (status != ExitStatus::Done)
         return status;
     if (options.json || isatty(STDOUT_FILENO) != 1)

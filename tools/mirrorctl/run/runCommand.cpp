@@ -18,8 +18,6 @@ struct RunOptions {
     bool once = false;
 };
 
-static const char nothingMirrored[] = "Nothing was mirrored";
-
 // What the library is handed: the text as it is, unless something is to be changed.
 static std::string textFor(const RunOptions &options, const config::Reading &reading,
                            const std::optional<FrameCounter> &counter) {
@@ -54,13 +52,13 @@ static ExitStatus run(const RunOptions &options) {
     else if (showsColours(messages.output()))
         plan.style = ReportStyle::Live;
     Run run(plan, signals, messages);
-    auto status = untilSignal(signals, nothingMirrored, [&] {
+    auto status = untilSignal(signals, "Nothing was mirrored", [&] {
         auto outcome = checkRequirements(options.path, reading, true);
         if (outcome == ExitStatus::Done && signals.take() == 0)
             outcome = apply(plan.text, plan.document.displayID);
         if (outcome != ExitStatus::Done)
             return outcome;
-        if (reportInterruption(nothingMirrored, signals))
+        if (signals.take() != 0)
             return ExitStatus::NothingSent;
         // From here on there is a run, which is stopped properly.
         return run.startFirst();

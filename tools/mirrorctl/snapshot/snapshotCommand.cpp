@@ -34,8 +34,6 @@ struct Snapshot {
     std::vector<std::size_t> devices; // the index of each frame's device
 };
 
-static constexpr char noSnapshot[] = "No snapshot";
-
 static std::string fetchText() {
     const int size = getSizeOfStreamFrameJson();
     if (size < 0)
@@ -96,7 +94,7 @@ static std::optional<Snapshot> await(const config::Document &document,
             dark = std::move(snapshot);
         else if (snapshot)
             return snapshot;
-        if (reportInterruption(noSnapshot, signals))
+        if (signals.take() != 0)
             return std::nullopt;
         const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - begin;
         if (dark && passed.count() >= std::min(options.seconds, darknessSeconds)) {
@@ -151,7 +149,7 @@ static ExitStatus showSnapshot(const SnapshotOptions &options) {
         snapshot = await(reading.document, options, signals);
         return snapshot ? ExitStatus::Done : ExitStatus::NothingSent;
     };
-    const auto status = mirrorBriefly(options.path, true, noSnapshot, reading, work);
+    const auto status = mirrorBriefly(options.path, true, "No snapshot", reading, work);
     if (status != ExitStatus::Done)
         return status;
     if (options.json)
