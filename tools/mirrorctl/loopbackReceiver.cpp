@@ -1,6 +1,7 @@
 #include "tools/mirrorctl/loopbackReceiver.h"
 
 #include "tools/lights/address.h"
+#include "tools/lights/text.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -19,15 +20,12 @@ namespace mirrorctl {
 static std::vector<config::DeviceEntry> candidates() {
     std::vector<config::DeviceEntry> list;
     const auto pid = static_cast<unsigned>(getpid());
-    const auto add = [&](const std::string &ip, std::int32_t controlVersion) {
-        list.push_back({ip, controlVersion, 0, 1.0, {}});
-    };
-    for (unsigned i = 0; i < 4; ++i)
-        add("127.254." + std::to_string((pid / 250 + i) % 250) + "." +
-                std::to_string(1 + pid % 250),
-            2);
-    add("127.0.0.1", 2);
-    add("127.0.0.1", 1);
+    for (unsigned i = 0; i < 4; ++i) {
+        const auto ip = lights::format("127.254.%u.%u", (pid / 250 + i) % 250, 1 + pid % 250);
+        list.push_back({ip, 2, 0, 1.0, {}});
+    }
+    list.push_back({"127.0.0.1", 2, 0, 1.0, {}});
+    list.push_back({"127.0.0.1", 1, 0, 1.0, {}});
     return list;
 }
 

@@ -69,11 +69,8 @@ public:
     // Takes in what has arrived, without waiting.
     void read();
 
-    // The run has been stopped, and another may follow.
-    void pause() { frames.pause(); }
-
     // By the time at which the kernel received each datagram.
-    const FrameTally &tally() const { return frames; }
+    FrameTally &tally() { return frames; }
 
 private:
     LoopbackReceiver receiver;

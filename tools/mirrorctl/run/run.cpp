@@ -131,7 +131,7 @@ void Run::awaitCall() {
     nextTry = reporter.elapsed();
     if (phase == Phase::Stopping) {
         if (plan.counter)
-            plan.counter->pause();
+            plan.counter->tally().pause();
         if (result != ExitStatus::Done || plan.once)
             ending = result != ExitStatus::Done ? result : ExitStatus::ServerGone;
     } else {
