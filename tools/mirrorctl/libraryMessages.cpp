@@ -28,12 +28,13 @@ LibraryMessages::LibraryMessages() {
 }
 
 void LibraryMessages::take(bool echoes) {
-    constexpr std::size_t mostSeen = 50;
     ++lines;
     if (echoes && unfinished != line)
         std::fprintf(stderr, "%s\n", unfinished.c_str());
-    if (seen.size() < mostSeen)
-        seen.insert(unfinished);
+    const bool isEnd =
+        unfinished == "Stream start failed!" || unfinished == "Error during runMirror";
+    if (isEnd && endLine.empty())
+        endLine = unfinished;
     line = std::move(unfinished);
     unfinished.clear();
 }

@@ -7,7 +7,6 @@
 #include "tools/mirrorctl/waiting.h"
 
 #include <cstddef>
-#include <set>
 #include <string>
 #include <unistd.h>
 
@@ -49,9 +48,10 @@ public:
     const std::string &last() const { return line; } // empty: there was none
     std::size_t count() const { return lines; }
 
-    // Whether this line was among them since the beginning, or since forget().
-    bool contain(const std::string &text) const { return seen.contains(text); }
-    void forget() { seen.clear(); }
+    // The first that says that mirroring ended by itself, since the beginning or since forget();
+    // empty: there was none.
+    const std::string &endMessage() const { return endLine; }
+    void forget() { endLine.clear(); }
 
 private:
     void take(bool echoes);
@@ -60,7 +60,7 @@ private:
     OutputRedirection redirection{printed.writeEnd()};
     std::string unfinished;
     std::string line;
-    std::set<std::string> seen; // the first few different lines
+    std::string endLine;
     std::size_t lines = 0;
 };
 

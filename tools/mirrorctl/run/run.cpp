@@ -46,16 +46,9 @@ ExitStatus Run::mirror() {
 bool Run::isOver() {
     if (signals.take() != 0 || (plan.seconds && reporter.elapsed() >= *plan.seconds))
         return true;
-    if (phase == Phase::Mirroring && endMessage() && !hasServerGone())
+    if (phase == Phase::Mirroring && !messages.endMessage().empty() && !hasServerGone())
         ending = ExitStatus::StartFailed;
     return ending != ExitStatus::Done;
-}
-
-const char *Run::endMessage() const {
-    for (const char *line : {"Stream start failed!", "Error during runMirror"})
-        if (messages.contain(line))
-            return line;
-    return nullptr;
 }
 
 // Asked when a run has ended by itself: the news of the server may be on the way.
@@ -197,7 +190,7 @@ ExitStatus Run::end() {
         return ending;
     reporter.read();
     if (ending == ExitStatus::StartFailed) {
-        std::fprintf(stderr, "Mirroring ended by itself: %s\n", endMessage());
+        std::fprintf(stderr, "Mirroring ended by itself: %s\n", messages.endMessage().c_str());
         reportSilentServer();
     } else {
         if (!isStopped)

@@ -121,8 +121,6 @@ private:
     };
 
     bool isOver();
-    // What the library said when a run ended by itself; null while it goes on.
-    const char *endMessage() const;
     bool hasServerGone();
 
     // Each looks after one phase or, for the last, two.
