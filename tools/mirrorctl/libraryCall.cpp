@@ -51,11 +51,7 @@ ExitStatus untilSignal(const StopSignals &signals, const char *nothing,
         return result;
     if (watch.state() != ServerWatch::State::Absent && watch.owesAnswer())
         std::fputs(silentServerLine().c_str(), stderr);
-    endAtOnce(ExitStatus::NothingSent);
-}
-
-void endAtOnce(ExitStatus status) {
-    _exit(static_cast<int>(status));
+    _exit(static_cast<int>(ExitStatus::NothingSent));
 }
 
 } // namespace mirrorctl

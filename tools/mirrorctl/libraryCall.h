@@ -15,7 +15,8 @@
 namespace mirrorctl {
 
 // Used by the thread that constructs it. Destroyed before it is done, it leaves its thread behind,
-// with all that `work` refers to: only endAtOnce() may follow.
+// with all that `work` refers to: only _exit() may follow, since destructors would wait for the
+// library.
 class LibraryCall {
 public:
     // Begins `work`. Throws std::system_error when there is no thread or pipe to be had.
@@ -49,8 +50,5 @@ inline constexpr double graceSeconds = 0.25;
 // `nothing` is "No palette".
 ExitStatus untilSignal(const StopSignals &signals, const char *nothing,
                        std::function<ExitStatus()> work);
-
-// Ends the process without its destructors, which would wait for the library.
-[[noreturn]] void endAtOnce(ExitStatus status);
 
 } // namespace mirrorctl

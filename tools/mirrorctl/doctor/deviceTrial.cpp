@@ -18,13 +18,13 @@ namespace {
 
 struct Attempt {
     const config::DeviceEntry &device;
-    std::optional<lights::AddressFault> fault = {}; // of the address, which is then not tried
+    std::optional<lights::AddressFault> fault; // of the address, which is then not tried
     int fd = -1;
     int error = 0;
     bool isLoopback = true;
-    std::string from = {}; // this machine's address on the way there
+    std::string from; // this machine's address on the way there
 
-    void begin();
+    explicit Attempt(const config::DeviceEntry &device); // begins
     void receive(); // takes in what the network reports, without waiting
     Check result() const;
     bool isOpen() const { return fd >= 0 && error == 0; }
@@ -32,8 +32,8 @@ struct Attempt {
 
 } // namespace
 
-void Attempt::begin() {
-    fault = lights::findAddressFault(device.ip);
+Attempt::Attempt(const config::DeviceEntry &device_)
+    : device(device_), fault(lights::findAddressFault(device.ip)) {
     if (fault)
         return;
     const auto to = lights::parseEndpoint(device.ip, device.port()).value();
@@ -125,9 +125,7 @@ std::vector<Check> tryDevices(const std::vector<config::DeviceEntry> &devices) {
     for (std::size_t first = 0; first < devices.size(); first += atOnce) {
         std::vector<Attempt> attempts;
         for (std::size_t i = first; i < std::min(devices.size(), first + atOnce); ++i)
-            attempts.push_back({devices[i]});
-        for (Attempt &attempt : attempts)
-            attempt.begin();
+            attempts.emplace_back(devices[i]);
         awaitErrors(attempts);
         for (const Attempt &attempt : attempts) {
             checks.push_back(attempt.result());
