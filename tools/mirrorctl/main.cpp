@@ -7,14 +7,12 @@
 #include <algorithm>
 #include <cstdio>
 #include <exception>
+#include <utility>
 
 using mirrorctl::ExitStatus;
 
 static std::string exitStatusHelp() {
-    static const struct {
-        ExitStatus status;
-        const char *meaning;
-    } rows[] = {
+    static constexpr std::pair<ExitStatus, const char *> rows[] = {
         {ExitStatus::Done, "done; for run also after Ctrl-C, which is how a run is meant to end"},
         {ExitStatus::Usage, "the command line is wrong"},
         {ExitStatus::DocumentFaulty, "the configuration document has errors"},
@@ -32,8 +30,8 @@ static std::string exitStatusHelp() {
         {ExitStatus::CaptureRefused, "the display may not be captured"},
     };
     std::string text = "Exit status:\n";
-    for (const auto &row : rows)
-        text += lights::format("%6d  %s\n", static_cast<int>(row.status), row.meaning);
+    for (const auto &[status, meaning] : rows)
+        text += lights::format("%6d  %s\n", static_cast<int>(status), meaning);
     return text;
 }
 

@@ -5,7 +5,6 @@
 #include "tools/mirrorctl/libraryCall.h"
 #include "tools/mirrorctl/libraryMessages.h"
 
-#include <algorithm>
 #include <cstdio>
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
@@ -24,11 +23,18 @@ struct Section {
     std::vector<Check> checks = {};
 };
 
+// The status of the first bad check; Done when there is none.
+static ExitStatus statusOf(const std::vector<Section> &sections) {
+    for (const Section &section : sections)
+        for (const Check &check : section.checks)
+            if (check.verdict == Verdict::Bad)
+                return check.status;
+    return ExitStatus::Done;
+}
+
 // What is bad of the system explains what is bad afterwards better than any guess.
 static std::string remedyAfter(const Section &system, const std::string &guess) {
-    const bool isBad =
-        std::any_of(system.checks.begin(), system.checks.end(),
-                    [](const Check &check) { return check.verdict == Verdict::Bad; });
+    const bool isBad = statusOf({system}) != ExitStatus::Done;
     return isBad ? "first fix what is bad under System" : guess;
 }
 
@@ -100,15 +106,6 @@ static const char *nameOf(Verdict verdict) {
 static std::string sentence(const std::string &text) {
     const bool isClosed = text.ends_with('.') || text.ends_with('?') || text.ends_with('!');
     return isClosed ? text : text + ".";
-}
-
-// The status of the first bad check; Done when there is none.
-static ExitStatus statusOf(const std::vector<Section> &sections) {
-    for (const Section &section : sections)
-        for (const Check &check : section.checks)
-            if (check.verdict == Verdict::Bad)
-                return check.status;
-    return ExitStatus::Done;
 }
 
 // For readers, on standard output.
