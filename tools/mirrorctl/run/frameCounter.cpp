@@ -23,13 +23,12 @@ std::optional<FrameTally::Pace> FrameTally::Sums::pace() const {
 void FrameTally::add(double time) {
     constexpr std::size_t mostRecent = 50; // two seconds of match mode
     ++count;
-    if (!isFirst) {
-        whole.add(time - last);
-        recent.push_back(time - last);
+    if (last) {
+        whole.add(time - *last);
+        recent.push_back(time - *last);
         if (recent.size() > mostRecent)
             recent.pop_front();
     }
-    isFirst = false;
     last = time;
 }
 
@@ -41,17 +40,13 @@ std::optional<FrameTally::Pace> FrameTally::recentPace() const {
 }
 
 FrameCounter::FrameCounter(const config::Document &document)
-    : receiver(document), panels(document.mode == config::paletteMode ? 1 : 0) {}
-
-config::DeviceEntry FrameCounter::device() const {
-    config::DeviceEntry device = receiver.device();
-    device.panels.resize(panels);
-    return device;
+    : receiver(document), own(receiver.device()) {
+    own.panels.resize(document.mode == config::paletteMode ? 1 : 0);
 }
 
 void FrameCounter::read() {
-    const auto layout = lights::layoutOf(receiver.device().controlVersion);
-    const std::size_t expected = lights::datagramSize(layout, panels);
+    const auto layout = lights::layoutOf(own.controlVersion);
+    const std::size_t expected = lights::datagramSize(layout, own.panels.size());
     while (const auto datagram = receiver.next())
         if (datagram->bytes.size() == expected) // anybody on this machine can send here
             frames.add(datagram->time);

@@ -16,12 +16,12 @@ public:
     void add(double time);
 
     // The interval from here to the next frame says nothing of their pace.
-    void pause() { isFirst = true; }
+    void pause() { last.reset(); }
 
     std::size_t frames() const { return count; }
 
-    // The time of the last one; 0 before the first.
-    double lastTime() const { return last; }
+    // The time of the last one; 0 before the first, and before the first after a pause.
+    double lastTime() const { return last.value_or(0.0); }
 
     // Frames a second, and the standard deviation of the intervals between them in seconds: of the
     // last seconds, or of all. Nothing with fewer than three frames.
@@ -42,8 +42,7 @@ private:
     };
 
     std::size_t count = 0;
-    bool isFirst = true; // the next frame is the first, or the first after a pause
-    double last = 0.0;
+    std::optional<double> last;
     Sums whole;
     std::deque<double> recent; // the last intervals
 };
@@ -64,7 +63,7 @@ public:
     const std::string &reason() const { return receiver.reason(); }
 
     // What the library is handed as the document's last device.
-    config::DeviceEntry device() const;
+    const config::DeviceEntry &device() const { return own; }
 
     // Takes in what has arrived, without waiting.
     void read();
@@ -74,7 +73,7 @@ public:
 
 private:
     LoopbackReceiver receiver;
-    std::size_t panels;
+    config::DeviceEntry own;
     FrameTally frames;
 };
 
