@@ -78,6 +78,24 @@ int bytesPerPixel(xcb_connection_t *connection, int depth) {
     throw std::runtime_error("the screen's depth has no format");
 }
 
+// While it exists, a server that leaves a request unanswered for a minute ends the test with words:
+// xcb itself waits for ever.
+class AnswerDeadline {
+public:
+    AnswerDeadline() {
+        std::signal(SIGALRM, [](int) {
+            constexpr char message[] = "the X server has not answered for a minute\n";
+            [[maybe_unused]] const ssize_t written =
+                write(STDERR_FILENO, message, sizeof message - 1);
+            _exit(1);
+        });
+        alarm(60);
+    }
+    ~AnswerDeadline() { alarm(0); }
+    AnswerDeadline(const AnswerDeadline &) = delete;
+    AnswerDeadline &operator=(const AnswerDeadline &) = delete;
+};
+
 void roundTrip(xcb_connection_t *connection) {
     auto *reply = xcb_get_input_focus_reply(connection, xcb_get_input_focus(connection), nullptr);
     if (reply == nullptr)
@@ -115,6 +133,7 @@ void VirtualScreen::restart() {
     for (const std::vector<std::string> &size : commandsForSize(kind, wish))
         run(size);
 
+    const AnswerDeadline deadline;
     connection = xcb_connect(name.c_str(), nullptr);
     const xcb_screen_t *screen = screenOf(connection);
     root = screen->root;
@@ -164,6 +183,7 @@ void VirtualScreen::fill(std::uint32_t colour) {
 }
 
 void VirtualScreen::fillRect(int x, int y, int rectWidth, int rectHeight, std::uint32_t colour) {
+    const AnswerDeadline deadline;
     const std::uint32_t pixel = pixelOf(colour, rootVisual(screenOf(connection)));
     xcb_change_gc(connection, brush, XCB_GC_FOREGROUND, &pixel);
     const xcb_rectangle_t rect{static_cast<std::int16_t>(x), static_cast<std::int16_t>(y),
@@ -175,6 +195,7 @@ void VirtualScreen::fillRect(int x, int y, int rectWidth, int rectHeight, std::u
 
 void VirtualScreen::putPixels(int x, int y, int blockWidth, int blockHeight,
                               const std::uint32_t *colours) {
+    const AnswerDeadline deadline;
     const xcb_visualtype_t *visual = rootVisual(screenOf(connection));
     const auto pixelBytes = static_cast<std::size_t>(bytesPerPixel(connection, depth));
     const std::size_t rowBytes = (static_cast<std::size_t>(blockWidth) * pixelBytes + 3) & ~3u;
