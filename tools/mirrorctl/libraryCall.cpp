@@ -4,6 +4,7 @@
 
 #include <cstdio>
 #include <cstring>
+#include <optional>
 #include <unistd.h>
 #include <utility>
 
@@ -32,8 +33,9 @@ ExitStatus LibraryCall::result() {
     return outcome.get();
 }
 
-ExitStatus untilSignal(const StopSignals &signals, const char *nothing,
-                       std::function<ExitStatus()> work) {
+// The result, or nothing when the call was not done in time; its thread is then left behind.
+static std::optional<ExitStatus> resultInTime(const StopSignals &signals, const char *nothing,
+                                              std::function<ExitStatus()> work) {
     ServerWatch watch;
     LibraryCall call(std::move(work));
     while (!call.isDone() && signals.take() == 0)
@@ -42,16 +44,24 @@ ExitStatus untilSignal(const StopSignals &signals, const char *nothing,
         watch.ask();
         awaitReadable({call.descriptor()}, graceSeconds);
     }
-    const bool isDone = call.isDone();
-    const ExitStatus result = isDone ? call.result() : ExitStatus::NothingSent;
-    if (const int signum = signals.take(); signum != 0 && result == ExitStatus::NothingSent)
+    std::optional<ExitStatus> result;
+    if (call.isDone())
+        result = call.result();
+    if (const int signum = signals.take();
+        signum != 0 && result.value_or(ExitStatus::NothingSent) == ExitStatus::NothingSent)
         // NOLINTNEXTLINE(concurrency-mt-unsafe): a known signal has a constant name
         std::fprintf(stderr, "%s: %s.\n", nothing, strsignal(signum));
-    if (isDone)
-        return result;
-    if (watch.state() != ServerWatch::State::Absent && watch.owesAnswer())
+    if (!result && watch.state() != ServerWatch::State::Absent && watch.owesAnswer())
         std::fputs(silentServerLine().c_str(), stderr);
-    _exit(static_cast<int>(ExitStatus::NothingSent));
+    return result;
+}
+
+ExitStatus untilSignal(const StopSignals &signals, const char *nothing,
+                       std::function<ExitStatus()> work) {
+    const auto result = resultInTime(signals, nothing, std::move(work));
+    if (!result)
+        _exit(static_cast<int>(ExitStatus::NothingSent));
+    return *result;
 }
 
 } // namespace mirrorctl

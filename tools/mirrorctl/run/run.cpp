@@ -201,8 +201,11 @@ ExitStatus Run::end() {
     }
     if (ending == ExitStatus::ServerGone)
         std::fprintf(stderr, "Mirroring ended: %s has gone.\n", serverName().c_str());
-    if (!isStopped)
-        _exit(static_cast<int>(ending)); // with a LibraryCall that is not done
+    if (!isStopped) {
+        watch.reset();
+        call.reset();
+        _exit(static_cast<int>(ending)); // the call may never be done
+    }
     return ending;
 }
 
