@@ -46,7 +46,7 @@ static std::string describeFound(const Value &value) {
     return jsonText(value);
 }
 
-// The string's content, if that is the number that is asked for.
+// The string's content if it is a number of the requested type, else empty.
 static std::string numberInside(const Value &value, bool isInteger) {
     if (!value.IsString() || value.GetStringLength() > 30)
         return {};
@@ -87,11 +87,11 @@ static std::string findFix(const Value &value, const Value &rules) {
     return "write a number, such as " + jsonText(rules["default"]);
 }
 
-// The object at `pointer` lacks the member `name`, which has these rules; `others` are names that
-// it has and the schema does not.
+// The error for the object at `pointer`, which lacks the member `name` with these rules; `others`
+// are the object's names that are not in the schema.
 static Problem explainMissing(const std::string &pointer, const std::string &name,
                               const Value &rules, const std::vector<std::string> &others) {
-    // The member as it could stand in a document, and what it is for.
+    // An example of the member, and its purpose.
     std::string fix = "add it, such as " + quote(name) + ": " + jsonText(rules["default"]) + " (" +
                       rules["description"].GetString() + ")";
     if (const auto near = nearestName(name, others))
@@ -111,7 +111,7 @@ static const rapidjson::Document &schema() {
     return tree;
 }
 
-// The rules themselves, reached through `$ref` if need be.
+// The rules themselves, after resolving `$ref` if there is one.
 static const Value &follow(const Value &rules) {
     const auto reference = rules.FindMember("$ref");
     if (reference == rules.MemberEnd())
@@ -122,7 +122,7 @@ static const Value &follow(const Value &rules) {
     return *found;
 }
 
-// Whether the value has the type that the rules ask for; rules without a type take any.
+// Whether the value has the type that the rules require; rules without a type accept any.
 static bool hasType(const Value &value, const Value &rules) {
     const auto found = rules.FindMember("type");
     if (found == rules.MemberEnd())
@@ -152,8 +152,8 @@ static bool isFull(const std::vector<Problem> &problems) {
     return problems.size() >= mostProblems;
 }
 
-// Goes through a value and the rules that the schema has for it side by side. It knows the keywords
-// that the schema uses and no others; a test compares the two.
+// Checks a value against its rules in the schema, recursively. Supports only the keywords that the
+// schema uses; a test compares the two.
 static void check(const Value &value, const Value &rulesOrReference, const std::string &pointer,
                   Reading &reading);
 
@@ -165,7 +165,7 @@ static void checkMembers(const Value &object, const Value &rules, const std::str
             {stepInto(pointer, name), message, fix, {}, Severity::Warning, occurrence});
     };
     const Value &known = rules["properties"];
-    std::map<const Value *, std::size_t> counts; // of the members with each of these rules
+    std::map<const Value *, std::size_t> counts; // of members seen, by their rules
     std::vector<std::string> others;
     for (const auto &member : object.GetObject()) {
         const auto found = known.FindMember(member.name);

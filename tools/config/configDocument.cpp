@@ -13,7 +13,7 @@ namespace config {
 
 using Value = rapidjson::Value;
 
-// What is missing or mistyped reads as nothing: 0, or empty; array elements keep their places.
+// Missing or mistyped values read as 0 or empty; array elements keep their indices.
 
 static const Value &member(const Value &object, const char *name) {
     static const Value nothing;
@@ -111,7 +111,7 @@ std::string documentText(const Document &document) {
         integer("controlVersion", device.controlVersion);
         integer("shapeType", device.shapeType);
         writer.Key("scaleFactor");
-        // The library's parser takes some numbers for infinite, but knows no word for that.
+        // The library's parser reads some numbers as infinite, which JSON cannot express.
         constexpr double largest = std::numeric_limits<double>::max();
         writer.Double(std::clamp(device.scaleFactor, -largest, largest));
         writer.Key("panels");

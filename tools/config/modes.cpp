@@ -6,13 +6,13 @@ namespace config {
 
 namespace {
 
-// Each frame is at least the mode's delay after the one before; the library's delays are fixed.
+// Frames are at least `frameDelay` apart; the library's delays are fixed.
 struct Mode {
     const char *name;
     double frameDelay; // seconds
 };
 
-// Palette mode draws each panel's colour and time by itself and holds it for a second or more.
+// In palette mode each panel gets a random colour for a random time of at least a second.
 constexpr Mode modes[] = {{"match", 0.042}, {"melt", 0.099}, {"fade", 0.149}, {"palette", 0.0}};
 
 const Mode *find(std::int32_t number) {

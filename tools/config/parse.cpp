@@ -11,8 +11,8 @@ namespace {
 
 using rapidjson::SizeType;
 
-// Hands on to the tree what the parser finds, and notes where it stands. The parser tells of a
-// token when it is behind it; where the token begins is found from the end of the one before.
+// Builds the tree from the parser's events and records the offset of each value. The parser reports
+// a token after reading it, so the token's start is searched for from the end of the previous one.
 class Builder {
 public:
     Builder(const std::string &text_, rapidjson::MemoryStream &stream_, Tree &tree)
@@ -41,10 +41,10 @@ public:
     bool EndObject(SizeType members) { return close() && root.EndObject(members); }
     bool EndArray(SizeType elements) { return close() && root.EndArray(elements); }
 
-    // What is too much for the parser, if it stopped there.
+    // The message about an exceeded limit; empty if the parser did not stop at one.
     std::string excess;
 
-    // Of the next token.
+    // The offset of the next token.
     std::size_t beginning() const {
         const auto at = text.find_first_not_of(" \t\r\n,:", passed);
         return at == std::string::npos ? text.size() : at;
@@ -90,7 +90,7 @@ private:
 
 } // namespace
 
-// Whether a comment stands in front, in one of the ways that other formats know.
+// Whether the text begins with a comment in the syntax of another format.
 static bool beginsWithComment(std::string_view text) {
     return text.starts_with("//") || text.starts_with("/*") || text.starts_with('#');
 }

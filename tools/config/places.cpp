@@ -8,20 +8,20 @@ namespace config {
 
 using Value = rapidjson::Value;
 
-// What problems point to, or pass on the way there.
+// A part of the document that a problem points to, or an ancestor of one.
 struct Wanted {
     bool isPassed = false;
-    std::vector<std::size_t> offsets; // of each that has this pointer, in the order of the text
+    std::vector<std::size_t> offsets; // of all values with this pointer, in text order
 };
-using WantedParts = std::unordered_map<std::string, Wanted>; // by their pointers
+using WantedParts = std::unordered_map<std::string, Wanted>; // by pointer
 
-// The place behind `text`, which begins at `place`.
+// The place after `text`, which begins at `place`.
 static Place passOver(std::string_view text, Place place) {
     for (const char c : text)
         if (c == '\n') {
             ++place.line;
             place.column = 1;
-        } else if ((static_cast<unsigned char>(c) & 0xC0) != 0x80) { // where a character begins
+        } else if ((static_cast<unsigned char>(c) & 0xC0) != 0x80) { // first byte of a character
             ++place.column;
         }
     return place;
@@ -57,8 +57,7 @@ std::string shownPointer(const std::string &pointer) {
     return isPlain && pointer.size() <= longest ? pointer : lights::quote(pointer);
 }
 
-// Notes where everything is that is wanted of what the value at `pointer` holds, whose node is
-// `node`.
+// Records the offsets of the wanted parts inside the value at `pointer`, whose node is `node`.
 static void find(const std::vector<Node> &nodes, const Value &value, std::size_t node,
                  const std::string &pointer, WantedParts &wanted) {
     if (!wanted[pointer].isPassed)
@@ -68,7 +67,7 @@ static void find(const std::vector<Node> &nodes, const Value &value, std::size_t
         if (const auto found = wanted.find(below); found != wanted.end()) {
             auto &offsets = found->second.offsets;
             offsets.push_back(nodes[child].offset);
-            // What stands in a later member of one name is not what anybody reads.
+            // Of members with the same name only the first is read.
             if (offsets.size() == 1)
                 find(nodes, inside, child, below, wanted);
         }
@@ -110,7 +109,7 @@ void locate(const Reading &reading, std::vector<Problem> &problems) {
     for (auto &problem : problems)
         offsets.emplace_back(offsetOf(problem, wanted), &problem);
     std::sort(offsets.begin(), offsets.end());
-    // Each costs the text since the last.
+    // In text order, so that the text is scanned only once.
     Place place = {1, 1};
     std::size_t reached = 0;
     for (const auto &[offset, problem] : offsets) {

@@ -10,7 +10,7 @@ namespace config {
 
 static constexpr std::size_t largestText = 64u << 20;
 
-// Waits for each part, with a negative patience for ever.
+// Waits up to `patience` for each part; forever if it is negative.
 static std::optional<std::string> readDescriptor(int fd, std::chrono::milliseconds patience,
                                                  std::string &reason) {
     const auto fail = [&](const std::string &why) {
@@ -42,7 +42,7 @@ std::optional<std::string> readTextFile(const std::string &path, std::string &re
                                         std::chrono::milliseconds patience) {
     if (path == "-")
         return readDescriptor(STDIN_FILENO, std::chrono::milliseconds(-1), reason);
-    // Opening a pipe waits for nobody; reading it does.
+    // O_NONBLOCK: opening a named pipe does not wait for a writer; only reading does.
     const int fd = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY);
     if (fd < 0) {
         reason = std::generic_category().message(errno);

@@ -27,7 +27,7 @@ namespace {
 struct WarningList {
     const FaultyParts &faulty;
     std::vector<Problem> problems = {};
-    std::map<std::string, std::string> endpoints = {}; // and the pointer to the first device there
+    std::map<std::string, std::string> endpoints = {}; // pointer to each one's first device
 
     bool isFull() const { return problems.size() >= mostProblems; }
 
@@ -63,7 +63,7 @@ static void warnOfAddress(const DeviceEntry &device, const std::string &pointer,
                           WarningList &list) {
     const auto endpoint = lights::parseEndpoint(device.ip, device.port());
     if (!endpoint)
-        return; // an error, and told as one
+        return; // reported elsewhere, as an error
     if (endpoint->any.sa_family == AF_INET6 && IN6_IS_ADDR_LINKLOCAL(&endpoint->v6.sin6_addr))
         list.add(pointer + "/ip",
                  "found the link-local address " + device.ip +
@@ -117,8 +117,8 @@ static void warnOfCount(const DeviceEntry &device, const std::string &pointer, W
 static void warnOfIdentifiers(const DeviceEntry &device, const std::string &panels,
                               WarningList &list) {
     const lights::Layout layout = lights::layoutOf(device.controlVersion);
-    const int largest = lights::wireId(layout, -1); // all bits
-    std::map<std::int32_t, std::size_t> seen;       // by the identifier that is sent
+    const int largest = lights::wireId(layout, -1); // all bits set
+    std::map<std::int32_t, std::size_t> seen;       // first panel of each sent identifier
     for (std::size_t i = 0; i < device.panels.size() && !list.isFull(); ++i) {
         const std::string pointer = stepInto(panels, i) + "/panelID";
         if (list.faulty.include(pointer))
