@@ -48,7 +48,7 @@ static bool isAddress(const std::string &text, int family) {
     return endpoint && endpoint->any.sa_family == family;
 }
 
-// The address in front of a port, or in brackets, or both; empty when there is none of this.
+// The address without its port and brackets; empty if that leaves no valid address.
 static std::string withoutPort(const std::string &text) {
     const auto colon = text.find_last_not_of("0123456789");
     const bool hasPort = colon != std::string::npos && text[colon] == ':';
@@ -59,7 +59,7 @@ static std::string withoutPort(const std::string &text) {
     return isAddress(address, hasBrackets ? AF_INET6 : AF_INET) ? address : std::string();
 }
 
-// What the address stands for instead of one host; null when it is one host's.
+// What the address is if it does not belong to one host; null if it does.
 static const char *groupOf(const Endpoint &endpoint) {
     if (endpoint.any.sa_family == AF_INET6) {
         const in6_addr &address = endpoint.v6.sin6_addr;

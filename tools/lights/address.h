@@ -1,4 +1,4 @@
-// The addresses of lights: read, judged and written.
+// Parses, validates and prints the addresses of lights.
 //
 // Pure functions, callable from any thread.
 #pragma once
@@ -21,13 +21,12 @@ struct Endpoint {
     };
     socklen_t length = 0;
 
-    // The same for two endpoints exactly when they are the same.
+    // Equal for two endpoints exactly when the endpoints are equal.
     std::string_view bytes() const { return {reinterpret_cast<const char *>(&any), length}; }
 };
 
-// An address of either family as text. Anything that is not four decimal numbers without leading
-// zeros or a plain IPv6 address does not parse: shorthands such as 127.1 and octal numbers are read
-// differently by different programs.
+// Parses an address of either family. Accepts only four decimal numbers without leading zeros or a
+// plain IPv6 address, since programs disagree about shorthands such as 127.1 and octal numbers.
 std::optional<Endpoint> parseEndpoint(const std::string &ip, int port);
 
 bool isLoopback(const Endpoint &endpoint); // 127.0.0.0/8 or ::1
@@ -44,7 +43,7 @@ struct AddressFault {
     std::string fix;
 };
 
-// Nothing for the address of one host in numbers. The library reports none of this; such a device
+// Nothing for a numeric address of one host. The library reports none of these faults; the device
 // just stays dark.
 std::optional<AddressFault> findAddressFault(const std::string &ip);
 

@@ -6,11 +6,11 @@ namespace lights {
 
 namespace {
 
-// From a record's first byte.
+// Offsets from a record's first byte.
 constexpr std::size_t redOffset = 2;
 constexpr std::size_t transitionOffset = 6;
 
-// Of counts, identifiers and transition times, in bytes; big-endian. The header is a count.
+// Size in bytes of counts, identifiers and transition times; big-endian. The header is a count.
 std::size_t numberSize(Layout layout) {
     return layout == Layout::Narrow ? 1 : 2;
 }

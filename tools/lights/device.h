@@ -1,4 +1,4 @@
-// A light device as documents describe it, and what follows from that.
+// A light device as configuration documents describe it, and values derived from that.
 #pragma once
 
 #include <cstdint>
@@ -39,8 +39,8 @@ inline double baseSize(const DeviceEntry &device) {
     return device.shapeType == 0 ? wideBase : otherBase;
 }
 
-// Half a side of the square of screen around a panel's centre that colours the panel, in pixels,
-// before the screen cuts it.
+// Half the side, in pixels, of the square on the screen around a panel's centre that gives the
+// panel its colour, before clipping to the screen.
 inline double halfSide(const DeviceEntry &device) {
     return device.scaleFactor * baseSize(device) / 3.0;
 }

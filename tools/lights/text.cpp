@@ -59,10 +59,10 @@ static char lower(char c) {
     return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
 }
 
-// How many edits make one of the other: a letter inserted, removed or replaced, or two neighbours
+// The edit distance, ignoring case: letters inserted, removed or replaced, or two neighbours
 // swapped.
 static std::size_t distance(const std::string &a, const std::string &b) {
-    // Between the first i letters of one and the first j of the other.
+    // edits[i][j] is the distance between the first i letters of `a` and the first j of `b`.
     std::vector<std::vector<std::size_t>> edits(a.size() + 1,
                                                 std::vector<std::size_t>(b.size() + 1));
     const auto isSame = [&](std::size_t i, std::size_t j) { return lower(a[i]) == lower(b[j]); };
@@ -82,7 +82,7 @@ static std::size_t distance(const std::string &a, const std::string &b) {
 
 std::optional<std::string> nearestName(const std::string &name,
                                        const std::vector<std::string> &candidates) {
-    // Of short names nearly all letters could be wrong.
+    // Two edits could replace nearly all letters of a short name.
     const std::size_t most = name.size() < 6 ? 1 : 2;
     std::optional<std::string> nearest;
     std::size_t least = most + 1;
