@@ -16,7 +16,7 @@ namespace mirrorctl {
 
 namespace {
 
-// The last frame that arrived: a grid of panels over the screen, and one on the mark.
+// A frame: the records of a grid of panels over the screen and of one panel on the mark.
 struct Picture {
     std::vector<lights::Record> panels;
     double time = 0.0; // of its arrival, wall clock in seconds
@@ -39,12 +39,13 @@ private:
     using Clock = std::chrono::steady_clock;
 
     std::string document() const;
-    // Takes in pictures until the last is as wanted; false after so many seconds of others, or when
+    // Receives pictures until one satisfies `isWanted`; false after `seconds` without one, or when
     // a signal came.
     bool await(double seconds, const std::function<bool(const Picture &)> &isWanted);
     Check look();
     Check lookForMark(bool isLit);
-    // How long a mark took to come out; nothing when it did not, or was not drawn for the reason.
+    // Seconds until the mark appeared in a picture. Nothing if it did not, or if it was not drawn,
+    // with the cause in `reason`.
     std::optional<double> timeMark(std::uint32_t colour, std::string &reason);
     Check lookWithoutMark(bool isLit, const std::string &reason) const;
 
@@ -52,7 +53,7 @@ private:
                  ExitStatus status = ExitStatus::NothingSent) const {
         return {verdict, "display " + std::to_string(display.displayID), finding, remedy, status};
     }
-    // A finding, and the library's last message if there is one.
+    // The finding, followed by the library's last message if there is one.
     std::string withMessage(const std::string &finding) const {
         return messages.count() == 0 ? finding : finding + "; the library said: " + messages.last();
     }
@@ -70,7 +71,7 @@ private:
 static constexpr std::size_t gridSide = 8;
 static constexpr std::size_t markPanel = gridSide * gridSide;
 static constexpr double patience = 2.0;      // seconds
-static constexpr double briefPatience = 0.5; // where a mark tells more than further waiting
+static constexpr double briefPatience = 0.5; // when a mark follows, which proves more
 
 std::string Trial::document() const {
     LayoutPlan plan;
@@ -82,7 +83,7 @@ std::string Trial::document() const {
     plan.controlVersion = receiver.device().controlVersion;
     config::Document document = layOut(plan);
     config::DeviceEntry &device = document.devices.front();
-    constexpr double fivePixels = 0.05; // wide, and well within the mark
+    constexpr double fivePixels = 0.05; // scale factor; well within the mark
     constexpr int middle = ScreenMark::first + ScreenMark::side / 2;
     device.scaleFactor = fivePixels;
     device.panels.push_back({static_cast<std::int32_t>(markPanel + 1), middle, middle});
@@ -111,7 +112,7 @@ bool Trial::await(double seconds, const std::function<bool(const Picture &)> &is
 }
 
 static bool isNear(const lights::Record &panel, std::uint32_t colour) {
-    constexpr int mostAway = 12; // a screen of few colours rounds
+    constexpr int mostAway = 12; // a screen with few colours rounds
     const auto isClose = [&](int channel, int shift) {
         return std::abs(channel - static_cast<int>(colour >> shift & 0xFF)) <= mostAway;
     };
@@ -144,8 +145,8 @@ std::optional<double> Trial::timeMark(std::uint32_t colour, std::string &reason)
 }
 
 Check Trial::lookForMark(bool isLit) {
-    // The screen may show the first colour there anyway, and until a frame is whole it is not known
-    // what it shows. The second cannot be mistaken: a moment ago the first was there.
+    // The first mark may prove nothing: the screen may show its colour there anyway, and an
+    // incomplete frame may show anything. The second proves it, since it replaces the first.
     std::string reason;
     auto delay = timeMark(0xFF00FF, reason);
     if (delay)

@@ -22,10 +22,10 @@ struct Attempt {
     int fd = -1;
     int error = 0;
     bool isLoopback = true;
-    std::string from; // this machine's address on the way there
+    std::string from; // this machine's address on the route
 
-    explicit Attempt(const config::DeviceEntry &device); // begins
-    void receive(); // takes in what the network reports, without waiting
+    explicit Attempt(const config::DeviceEntry &device); // sends the datagram
+    void receive(); // reads a reported network error, without waiting
     Check result() const;
     bool isOpen() const { return fd >= 0 && error == 0; }
 };
@@ -64,7 +64,7 @@ void Attempt::receive() {
         error = errno;
 }
 
-// What the network reported, and what to do about it.
+// A network error in words, and its remedy.
 static lights::AddressFault explain(int error) {
     switch (error) {
     case EINVAL:
@@ -99,7 +99,7 @@ Check Attempt::result() const {
     return {Verdict::Bad, subject, finding, remedy, ExitStatus::AddressFaulty};
 }
 
-// Until every one has failed, or the deadline.
+// Waits until every attempt has failed, or for the deadline.
 static void awaitErrors(std::vector<Attempt> &attempts) {
     const bool isNear = std::all_of(attempts.begin(), attempts.end(),
                                     [](const Attempt &attempt) { return attempt.isLoopback; });
@@ -120,7 +120,7 @@ static void awaitErrors(std::vector<Attempt> &attempts) {
 }
 
 std::vector<Check> tryDevices(const std::vector<config::DeviceEntry> &devices) {
-    constexpr std::size_t atOnce = 200; // a process may have few descriptors
+    constexpr std::size_t atOnce = 200; // the limit on open descriptors may be low
     std::vector<Check> checks;
     for (std::size_t first = 0; first < devices.size(); first += atOnce) {
         std::vector<Attempt> attempts;

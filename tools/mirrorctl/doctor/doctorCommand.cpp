@@ -32,14 +32,14 @@ static ExitStatus statusOf(const std::vector<Section> &sections) {
     return ExitStatus::Done;
 }
 
-// What is bad of the system explains what is bad afterwards better than any guess.
+// A bad system check explains later bad checks better than any guess.
 static std::string remedyAfter(const Section &system, const std::string &guess) {
     const bool isBad = statusOf({system}) != ExitStatus::Done;
     return isBad ? "first fix what is bad under System" : guess;
 }
 
-// Adds to `displays` those that there are. One without a picture is bad unless the document, if
-// there is one, names another. Returns the one that the document names, or all.
+// Adds the available displays to `displays`. A display without a picture is bad unless a document
+// names another one. Returns the display that the document names, or all without a document.
 static std::vector<Display> examineDisplays(const std::optional<config::Document> &document,
                                             const Section &system, Section &displays) {
     const OutputRedirection toStandardError(STDERR_FILENO);
@@ -108,7 +108,7 @@ static std::string sentence(const std::string &text) {
     return isClosed ? text : text + ".";
 }
 
-// For readers, on standard output.
+// For human readers, on standard output.
 static void print(const std::vector<Section> &sections) {
     std::size_t counts[3] = {};
     for (const Section &section : sections) {

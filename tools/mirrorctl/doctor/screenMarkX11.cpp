@@ -12,8 +12,8 @@ namespace mirrorctl {
 using platform::x11::Connection;
 using platform::x11::Reply;
 
-// One mark: its window, and what was to be seen in its place. A root window that somebody has drawn
-// on forgets what a window has covered.
+// One mark: its window, and a copy of the area under it. If another program has drawn on the root
+// window, the server does not restore the covered area.
 struct CoveredPlace {
     std::int16_t x;
     std::int16_t y;
@@ -70,7 +70,7 @@ static CoveredPlace showAt(const Connection &connection, int x, int y, std::uint
     return place;
 }
 
-// Drawing on the root leaves windows alone; those draw themselves again.
+// Drawing on the root window does not touch other windows, which redraw themselves.
 static void uncover(const Connection &connection, const CoveredPlace &place) {
     xcb_connection_t *xcb = connection.get();
     xcb_destroy_window(xcb, place.window);
@@ -83,7 +83,7 @@ static void uncover(const Connection &connection, const CoveredPlace &place) {
     xcb_free_pixmap(xcb, place.before);
 }
 
-// An answer to this means that everything before has been done.
+// A reply means that the server has processed all earlier requests.
 static bool isUpToDate(const Connection &connection) {
     const Reply<xcb_get_input_focus_reply_t> done(xcb_get_input_focus_reply(
         connection.get(), xcb_get_input_focus(connection.get()), nullptr));
@@ -107,7 +107,7 @@ ScreenMark drawMark(std::uint32_t width, std::uint32_t height, std::uint32_t col
         return {"no monitor has the display's size"};
     if (!isUpToDate(connection))
         return {"the X server went away"};
-    connection.endWatch(); // nothing is asked of it while the mark is looked for
+    connection.endWatch(); // no requests while the mark is shown
     const auto now = std::chrono::system_clock::now().time_since_epoch();
     return {{}, std::chrono::duration<double>(now).count(), windows};
 }
@@ -122,7 +122,7 @@ Windows::~Windows() {
             uncover(*connection, place);
         isUpToDate(*connection);
     } catch (const std::system_error &) {
-        // Without a thread to watch it nothing is waited for; the windows go with the connection.
+        // Without a watchdog thread do not wait; the windows go when the connection closes.
     }
 }
 

@@ -16,7 +16,7 @@ static Check checkPermission() {
             ExitStatus::CaptureRefused};
 }
 
-// What the library takes its frames from; it loads without them.
+// The source of the library's frames; the library loads without them.
 static Check checkDisplayStreams() {
     if (dlsym(RTLD_DEFAULT, "CGDisplayStreamCreateWithDispatchQueue"))
         return {Verdict::Good, "display streams", "this macOS has them"};
@@ -29,7 +29,7 @@ SystemChecks examineSystem() {
     return {{checkPermission(), checkDisplayStreams()}, nullptr};
 }
 
-// Connected sockets report them all by themselves.
+// Connected sockets report these errors by default.
 void requestNetworkErrors(int, int) {}
 
 ScreenMark drawMark(std::uint32_t, std::uint32_t, std::uint32_t) {

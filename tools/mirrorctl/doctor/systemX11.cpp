@@ -21,7 +21,7 @@ using platform::x11::Handshake;
 using platform::x11::PixelMemory;
 using platform::x11::Reply;
 
-// By the session's variables; says nothing of the X server.
+// Judged by the session's environment variables; says nothing about the X server.
 static bool isWaylandSession() {
     const char *socket = std::getenv("WAYLAND_DISPLAY");
     const char *type = std::getenv("XDG_SESSION_TYPE");
@@ -57,7 +57,7 @@ static Check refusal(const std::string &name, const Handshake &handshake) {
                                   "session it is, or set XAUTHORITY to that session's key file");
 }
 
-// Why there is no server to ask.
+// Why no X server can be queried.
 static Check explain(const Handshake &handshake) {
     const std::string display = displayVariable();
     if (display.empty() && isWaylandSession())
@@ -270,7 +270,7 @@ SystemChecks examineSystem() {
         return {{explain(*handshake)}, handshake};
     const Reading reading = readPixel(*connection);
     std::vector<Check> checks = {describe(*connection), examineSession(*connection, reading)};
-    // The session is the reason then, and has been told.
+    // A bad session explains a bad screen.
     if (checks.back().verdict != Verdict::Bad)
         checks.push_back(examineScreen(*connection, reading));
     if (reading != Reading::Refused && reading != Reading::Gone) {
