@@ -14,7 +14,7 @@
 namespace mirrorctl {
 
 struct LayoutOptions {
-    LayoutPlan plan; // its shape, addresses and control version
+    LayoutPlan plan; // only its shape, addresses and control version
     std::optional<std::int64_t> display;
     std::optional<config::ScreenSize> screen;
     std::optional<std::int32_t> mode;
@@ -27,7 +27,7 @@ static std::string listed(const std::vector<Display> &displays) {
     return text;
 }
 
-// The display that is named, or the only one; none is ever guessed. Reports why there is none.
+// The named display, or the only one; never a guess. Prints the reason if there is none.
 static std::optional<Display> findDisplay(const LayoutOptions &options) {
     const OutputRedirection toStandardError(STDERR_FILENO);
     const DisplayList list = listDisplays();

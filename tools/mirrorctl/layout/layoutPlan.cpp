@@ -36,7 +36,7 @@ static double sideOf(const LayoutPlan &plan) {
     if (plan.shape.rows > 0)
         return std::min(width / static_cast<double>(plan.shape.columns),
                         height / static_cast<double>(plan.shape.rows));
-    // The middles of the areas lie on a rectangle, half a side within the screen's edges.
+    // The areas' centres lie on a rectangle half a side inside the screen's edges.
     const double around = 2.0 * (width + height) / static_cast<double>(plan.shape.length + 4);
     return std::min(around, std::min(width, height) / 2.0);
 }
@@ -87,7 +87,7 @@ std::string problemOf(const LayoutPlan &plan) {
         return "a device of this control version takes " + std::to_string(most) +
                " panels at most; for " + std::to_string(panels) + " name " +
                std::to_string((panels + most - 1) / most) + " addresses";
-    // The area must hold more than the pixel in its middle.
+    // The area must contain more than its centre pixel.
     if (sideOf(plan) < 4.0)
         return "panels would be smaller than 4 pixels";
     return {};

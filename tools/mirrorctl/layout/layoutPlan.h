@@ -20,8 +20,8 @@ struct Shape {
     std::size_t panels() const { return rows > 0 ? rows * columns : length; }
 };
 
-// "4x6" is four rows of six, "strip:60" sixty panels around the edges. Nothing when it is neither,
-// or more than `mostPanels`.
+// "4x6" is four rows of six, "strip:60" sixty panels around the edges. Nothing for other texts and
+// for more than `mostPanels` panels.
 std::optional<Shape> parseShape(const std::string &text);
 inline constexpr std::size_t mostPanels = 100'000;
 
@@ -34,12 +34,12 @@ struct LayoutPlan {
     std::int32_t mode = 0;
 };
 
-// Why the plan makes no configuration; empty when it does.
+// Why no configuration can be made from the plan; empty if one can.
 std::string problemOf(const LayoutPlan &plan);
 
-// The document: panels are shared out to the devices in equal runs, a grid row by row, a strip
-// clockwise from the top left corner, and numbered from 1 on each device. Their areas are as large
-// as they can be without overlapping within a row, column or edge.
+// Makes the document. The devices get equal runs of the panels, a grid row by row, a strip
+// clockwise from the top left corner; panels are numbered from 1 on each device. Their areas are as
+// large as possible without overlapping within a row, column or edge.
 config::Document layOut(const LayoutPlan &plan);
 
 } // namespace mirrorctl
