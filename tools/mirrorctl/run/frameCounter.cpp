@@ -48,7 +48,7 @@ void FrameCounter::read() {
     const auto layout = lights::layoutOf(own.controlVersion);
     const std::size_t expected = lights::datagramSize(layout, own.panels.size());
     while (const auto datagram = receiver.next())
-        if (datagram->bytes.size() == expected) // anybody on this machine can send here
+        if (datagram->bytes.size() == expected) // any program on this machine can send here
             frames.add(datagram->time);
 }
 

@@ -1,4 +1,4 @@
-// Counting the frames that the library sends, without asking it.
+// Counts the frames that the library sends, without asking the library.
 #pragma once
 
 #include "tools/mirrorctl/loopbackReceiver.h"
@@ -10,21 +10,21 @@
 
 namespace mirrorctl {
 
-// How many frames were sent, and how evenly. Fed with the time of each, in seconds of any clock.
+// Counts frames and measures how evenly they are sent, from their times in seconds of any clock.
 class FrameTally {
 public:
     void add(double time);
 
-    // The interval from here to the next frame says nothing of their pace.
+    // Excludes the interval from here to the next frame from the pace.
     void pause() { last.reset(); }
 
     std::size_t frames() const { return count; }
 
-    // The time of the last one; 0 before the first, and before the first after a pause.
+    // The last frame's time; 0 before the first frame, and after a pause until the next one.
     double lastTime() const { return last.value_or(0.0); }
 
-    // Frames a second, and the standard deviation of the intervals between them in seconds: of the
-    // last seconds, or of all. Nothing with fewer than three frames.
+    // Frames per second and the standard deviation of the intervals between them, in seconds: of
+    // the last intervals or of all. Nothing with fewer than two intervals.
     struct Pace {
         double rate = 0.0;
         double jitter = 0.0;
@@ -36,7 +36,7 @@ private:
     struct Sums {
         std::size_t intervals = 0;
         double mean = 0.0;
-        double squares = 0.0; // of the distances from the mean
+        double squares = 0.0; // sum of the squared distances from the mean
         void add(double interval);
         std::optional<Pace> pace() const;
     };
@@ -47,14 +47,14 @@ private:
     std::deque<double> recent; // the last intervals
 };
 
-// The library has no counter, and asking it for its frames makes it write them out as text. But it
-// sends every device a datagram per frame, in order. So the document that it is handed has one
-// device more than the user's, the last: this process, on loopback. In match, melt and fade mode it
-// has no panels, is told so in two bytes after all lights have been served, and every such datagram
-// is one frame. In palette mode, which sends a device only what is due on one of its panels, it has
-// one panel, and a datagram is no more than a sign of life.
+// The library has no frame counter, and asking it for its frames makes it write them out as text.
+// But it sends every device one datagram per frame, in order. So the document passed to the library
+// has one more device at the end: this process, on loopback. In match, melt and fade mode it has no
+// panels and gets a datagram without records after all lights have been sent theirs; each one
+// counts as a frame. Palette mode sends to a device only when one of its panels is due, so there it
+// has one panel, and a datagram is only a sign of life.
 //
-// One thread.
+// Used by one thread.
 class FrameCounter {
 public:
     explicit FrameCounter(const config::Document &document);
@@ -62,13 +62,13 @@ public:
     // Why there is no loopback address to count at; empty when there is one.
     const std::string &reason() const { return receiver.reason(); }
 
-    // What the library is handed as the document's last device.
+    // The device to add at the end of the document.
     const config::DeviceEntry &device() const { return own; }
 
-    // Takes in what has arrived, without waiting.
+    // Reads the datagrams that have arrived, without waiting.
     void read();
 
-    // By the time at which the kernel received each datagram.
+    // Its times are those at which the kernel received the datagrams.
     FrameTally &tally() { return frames; }
 
 private:

@@ -10,7 +10,7 @@
 
 namespace mirrorctl {
 
-static constexpr double tryPause = 1.0; // between two attempts to find a server that has gone
+static constexpr double tryPause = 1.0; // seconds between two attempts to find the server again
 
 Run::Run(const RunPlan &plan_, const StopSignals &signals_, LibraryMessages &messages_)
     : plan(plan_), signals(signals_), messages(messages_), reporter(plan_, messages_) {}
@@ -18,7 +18,7 @@ Run::Run(const RunPlan &plan_, const StopSignals &signals_, LibraryMessages &mes
 ExitStatus Run::startFirst() {
     reporter.restartClock();
     const ExitStatus status = start(plan.document.devices.size());
-    // Only a server that has been seen can go away.
+    // Wait for the server's first answer: a loss before it would not be noticed.
     constexpr double patience = 1.0;
     if (status == ExitStatus::Done && watch->state() == ServerWatch::State::Opening)
         awaitReadable({watch->descriptor()}, patience);
@@ -52,7 +52,7 @@ bool Run::isOver() {
     return ending != ExitStatus::Done;
 }
 
-// Asked when a run has ended by itself: the news of the server may be on the way.
+// Called when a run has ended by itself: the watch may not have noticed the server's end yet.
 bool Run::hasServerGone() {
     constexpr double patience = 0.2;
     const double deadline = reporter.elapsed() + patience;
@@ -98,7 +98,7 @@ void Run::awaitServer() {
     }
 }
 
-// On a LibraryCall's thread.
+// Runs on a LibraryCall's thread.
 ExitStatus Run::startAgain() {
     if (!displayProblems(plan.document, listDisplays()).empty())
         return ExitStatus::DisplayMissing;
@@ -108,7 +108,7 @@ ExitStatus Run::startAgain() {
     return startMirror() == 1 ? ExitStatus::Done : ExitStatus::StartFailed;
 }
 
-// The library has stopped, or has been told to start again.
+// Handles the end of a call that stopped mirroring or started it again.
 void Run::awaitCall() {
     const ExitStatus result = call->result();
     call.reset();
@@ -157,7 +157,7 @@ void Run::await() const {
                   timeout);
 }
 
-// Stops what is still going on; false when it was not waited for, since the server hangs.
+// Stops mirroring and any call in progress; false if it did not wait, since the server hangs.
 bool Run::stopInTime() {
     const double deadline = reporter.elapsed() + graceSeconds;
     if (watch)
@@ -204,7 +204,7 @@ ExitStatus Run::end() {
     if (!isStopped) {
         watch.reset();
         call.reset();
-        _exit(static_cast<int>(ending)); // the call may never be done
+        _exit(static_cast<int>(ending)); // the call may never return
     }
     return ending;
 }

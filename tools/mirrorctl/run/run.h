@@ -13,29 +13,29 @@
 
 namespace mirrorctl {
 
-// For a script, on a terminal's last line, or at the beginning and the end only.
+// For scripts, on a terminal's last line, or only at the beginning and the end.
 enum class ReportStyle { Json, Live, Plain };
 
 struct RunPlan {
     config::Document document;       // the user's
-    std::string text;                // what the library is handed
+    std::string text;                // passed to the library
     FrameCounter *counter = nullptr; // null: frames are not counted
-    std::optional<double> seconds;   // when it ends by itself
+    std::optional<double> seconds;   // after which it ends by itself
     bool once = false;               // it ends when the display server goes away
     ReportStyle style = ReportStyle::Plain;
 };
 
-// What is known of the display server.
+// The display server's state as far as it is known.
 enum class ServerState { Answering, Silent, Gone };
 
-// A moment of a run.
+// The state of a run at one moment.
 struct RunState {
     std::int32_t mode = 0;
     double elapsed = 0.0;          // seconds
-    std::optional<double> planned; // seconds, when it ends by itself
+    std::optional<double> planned; // seconds after which it ends by itself
     bool isCounted = false;        // whether frames are counted
     std::size_t frames = 0;        // in palette mode signs of life
-    double silence = 0.0;          // seconds since the last of them, or since the start
+    double silence = 0.0;          // seconds since the last frame, or since the start
     std::optional<FrameTally::Pace> pace;
     std::size_t errors = 0; // lines that the library printed
     std::string lastError;
@@ -44,17 +44,16 @@ struct RunState {
     double wholeOutage = 0.0; // seconds of the run for which it was gone
 };
 
-// One line without a line break, at most `columns` wide, with a bar of the part that is done when
-// the end is planned.
+// One line without a line break, at most `columns` wide, with a progress bar if the end is planned.
 std::string liveLine(const RunState &state, std::size_t columns);
 
-// What was done, for the end: whole lines.
+// The final report, as whole lines.
 std::string summary(const RunState &state);
 
 // One object on one line, for scripts; `event` names it.
 std::string jsonLine(const char *event, const RunState &state);
 
-// Keeps the run's time, its frames and errors, and the state of the display server. One thread.
+// Tracks and reports a run's time, frames and errors, and the display server's state. One thread.
 class RunReporter {
 public:
     RunReporter(const RunPlan &plan, LibraryMessages &messages);
@@ -63,16 +62,16 @@ public:
     double elapsed() const { return std::chrono::duration<double>(Clock::now() - begin).count(); }
     void restartClock() { begin = Clock::now(); }
 
-    // Takes in the library's messages and the frames that have arrived, without waiting.
+    // Reads the library's messages and the frames that have arrived, without waiting.
     void read();
 
     void reportStart();
     void reportWhenDue();
     void reportEnd();
-    // When to come back for read() and reportWhenDue(), in elapsed seconds; nothing: need not be.
+    // When to call read() and reportWhenDue() next, in elapsed seconds; nothing: no need to.
     std::optional<double> nextTime() const;
 
-    // An event of the display server's, which is in this state from now on.
+    // Reports an event of the display server, which has this state from now on.
     void reportServer(ServerState state, const char *event, const std::string &sentence);
     ServerState serverState() const { return server; }
 
@@ -95,21 +94,21 @@ private:
     double lastReading = 0.0;
     double nextReport = 0.0;
     double serverSince = 0.0; // when the server's state began
-    double outages = 0.0;     // how long those that are over lasted
+    double outages = 0.0;     // total length of the finished ones
 
     ServerState server = ServerState::Answering;
 };
 
-// Mirrors, and again each time that the display server has gone away and is back with the display.
-// Of the main thread, which calls the library only through LibraryCall and so is never held up.
+// Mirrors, and starts again whenever the display server has gone away and is back with the display.
+// Used by the main thread, which calls the library only through LibraryCall and so never blocks.
 class Run {
 public:
     Run(const RunPlan &plan, const StopSignals &signals, LibraryMessages &messages);
 
-    // Starts mirroring with the text that the library has been handed; for a LibraryCall.
+    // Starts mirroring with the text that the library has been given; for a LibraryCall.
     ExitStatus startFirst();
 
-    // Goes on until the end.
+    // Mirrors until the end, and returns the exit status.
     ExitStatus mirror();
 
 private:
@@ -123,7 +122,7 @@ private:
     bool isOver();
     bool hasServerGone();
 
-    // Each looks after one phase or, for the last, two.
+    // Each handles one phase; the last handles two.
     void followServer();
     void awaitServer();
     void awaitCall();
@@ -142,8 +141,8 @@ private:
     std::optional<LibraryCall> call; // while stopping and starting
     std::optional<ServerWatch> watch{std::in_place};
     ExitStatus ending = ExitStatus::Done;
-    double nextTry = 0.0;           // to find the server again, in elapsed seconds
-    bool isMissingReported = false; // that the server is back without the display
+    double nextTry = 0.0;           // to find the server, in elapsed seconds
+    bool isMissingReported = false; // server back, display missing
 };
 
 } // namespace mirrorctl

@@ -18,7 +18,7 @@ struct RunOptions {
     bool once = false;
 };
 
-// What the library is handed: the text as it is, unless something is to be changed.
+// The text for the library: unchanged unless there is a counter or another mode.
 static std::string textFor(const RunOptions &options, const config::Reading &reading,
                            const std::optional<FrameCounter> &counter) {
     if (!counter && !options.mode)
@@ -33,11 +33,11 @@ static ExitStatus run(const RunOptions &options) {
     config::Reading reading;
     if (const auto status = load(options.path, options.mode, reading); status != ExitStatus::Done)
         return status;
-    // Not before the document has been read: Ctrl-C must end a wait for standard input.
+    // Constructed after the document has been read: Ctrl-C must end a wait for standard input.
     const StopSignals signals;
     LibraryMessages messages;
     std::optional<FrameCounter> counter;
-    // Without devices there is nothing to count, and the library is to refuse.
+    // Without devices there is nothing to count, and the library must refuse to start.
     if (!options.uncounted && !reading.document.devices.empty())
         counter.emplace(reading.document);
     if (counter && !counter->reason().empty()) {
@@ -60,7 +60,7 @@ static ExitStatus run(const RunOptions &options) {
             return outcome;
         if (signals.take() != 0)
             return ExitStatus::NothingSent;
-        // From here on there is a run, which is stopped properly.
+        // From here on there is a run, which mirror() stops properly.
         return run.startFirst();
     });
     if (status == ExitStatus::Done)

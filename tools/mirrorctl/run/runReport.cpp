@@ -26,8 +26,8 @@ static std::string bar(double part) {
            format("%3d %%", static_cast<int>(done * 100.0));
 }
 
-// The frames in the words of the mode: match mode sends all the time, melt and fade at a change of
-// colour, palette each panel in its own time.
+// The frames in words. Match mode sends all the time, melt and fade mode when the colour changes,
+// palette mode to each panel at the panel's own times.
 static std::string activity(const RunState &state) {
     if (!state.isCounted)
         return "frames not counted";
@@ -145,7 +145,7 @@ void RunReporter::read() {
         const double wallClock =
             std::chrono::duration<double>(std::chrono::system_clock::now().time_since_epoch())
                 .count();
-        // The wall clock may have been set meanwhile.
+        // Clamped, since the wall clock may have been set meanwhile.
         lastFrame = now - std::clamp(wallClock - tally.lastTime(), 0.0, now - lastReading);
     }
     lastReading = now;
@@ -165,7 +165,7 @@ void RunReporter::reportWhenDue() {
 }
 
 std::optional<double> RunReporter::nextTime() const {
-    // Frames wait in the socket, with the time of their arrival; it holds some hundreds.
+    // Frames wait in the socket, with their arrival times; it holds some hundreds.
     constexpr double readingPause = 2.0;
     if (plan.style != ReportStyle::Plain)
         return nextReport;
