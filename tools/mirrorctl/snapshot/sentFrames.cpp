@@ -90,7 +90,7 @@ static bool fits(const SentFrame &frame, const config::DeviceEntry &device) {
     return true;
 }
 
-// Gives every frame in turn to the next device that it fits. Nothing when devices run out.
+// Assigns each frame in turn to the next device that it fits. Nothing if the devices run out.
 template <typename Frame, typename Device>
 static std::optional<std::vector<std::size_t>> giveInTurn(Frame frame, Frame lastFrame,
                                                           Device device, Device lastDevice) {
@@ -108,7 +108,7 @@ static std::optional<std::vector<std::size_t>> giveInTurn(Frame frame, Frame las
     return places;
 }
 
-// The first devices possible and the last ones possible are the same exactly when there is one way.
+// The earliest and the latest possible assignment are equal exactly if there is only one.
 std::optional<std::vector<std::size_t>> devicesOf(const std::vector<SentFrame> &frames,
                                                   const std::vector<config::DeviceEntry> &devices) {
     const auto earliest = giveInTurn(frames.begin(), frames.end(), devices.begin(), devices.end());

@@ -44,9 +44,9 @@ static std::string fetchText() {
     return text;
 }
 
-// Waits about a second at most. Nothing when nothing was sent, or when it cannot be told to whom;
-// for the library's own text also when that names the wrong devices, since it has no gaps for
-// devices that were sent nothing.
+// Waits at most about a second. Nothing if nothing was sent, or if the devices are unclear; with
+// `json` also if the library's text would imply the wrong devices, since it has no gaps for devices
+// that were sent nothing.
 static std::optional<Snapshot> capture(const config::Document &document, bool json) {
     if (captureCurrentStreamFrames() != 0)
         return std::nullopt;
@@ -76,18 +76,18 @@ static const char *reasonForNothing(std::int32_t mode) {
     }
 }
 
-// The first snapshot worth showing. Match and palette mode send before they have seen the screen;
-// what is only black is shown only if nothing else comes.
+// The first useful snapshot. Match and palette mode send before they have received a screen frame,
+// so an all-black snapshot is returned only if no other comes.
 static std::optional<Snapshot> await(const config::Document &document,
                                      const SnapshotOptions &options, const StopSignals &signals) {
     const bool sendsUnseen = document.mode == matchMode || document.mode == paletteMode;
     const auto begin = std::chrono::steady_clock::now();
     std::optional<Snapshot> dark;
-    bool hasFrame = false; // when it was captured
+    bool hasFrame = false; // whether one had arrived before `dark` was captured
     for (;;) {
         auto snapshot = capture(document, options.json);
-        // The screen's first frame may come while one is being sent, so that only some panels show
-        // it. The next one sent is whole.
+        // The screen's first frame may arrive while panel colours are being sent, so that only some
+        // panels show it. The next frame sent is complete.
         if (snapshot && document.mode == matchMode && showsLight(snapshot->frames))
             snapshot = capture(document, options.json);
         if (snapshot && sendsUnseen && !showsLight(snapshot->frames))
@@ -98,10 +98,10 @@ static std::optional<Snapshot> await(const config::Document &document,
             return std::nullopt;
         const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - begin;
         if (dark && passed.count() >= std::min(options.seconds, darknessSeconds)) {
-            // Black is no answer of a server that hangs.
+            // Black proves nothing while the server hangs.
             if (reportSilentServer())
                 return std::nullopt;
-            // In palette mode panels hold the black of before the first frame for over a second.
+            // In palette mode panels may stay black for over a second after the first frame.
             if (passed.count() >= options.seconds || (hasFrame && document.mode == matchMode))
                 return dark;
             hasFrame = !fetchPalette().isDark();
@@ -118,7 +118,7 @@ static std::optional<Snapshot> await(const config::Document &document,
     }
 }
 
-// One line a record, in columns. Devices that were sent nothing have a line that says so.
+// One line per record, in columns, and one for each device that was sent nothing.
 static void print(const Snapshot &snapshot, const std::vector<config::DeviceEntry> &devices) {
     const bool coloured = showsColours(STDOUT_FILENO);
     std::size_t widest = sizeof "address" - 1;
