@@ -26,11 +26,10 @@ struct CheckOptions {
     bool looksForDisplay() const { return needsDisplay || (!ignoresDisplays && !screen); }
 };
 
-// What is reported.
 struct CheckReport {
     std::vector<config::Problem> problems;
-    std::string remark;                       // one line on what could not be checked, or empty
-    std::optional<config::ScreenSize> screen; // which the panels' places were compared with
+    std::string remark;                       // one line on unchecked parts, or empty
+    std::optional<config::ScreenSize> screen; // used to check the panels' places
 
     std::size_t count(Severity severity) const {
         return static_cast<std::size_t>(
@@ -39,14 +38,14 @@ struct CheckReport {
     }
 };
 
-// Looks for the document's display, and notes its size in the report, or why that is not known.
-// Returns what is wrong, without places. That there is no server to ask, or that it hangs, is no
-// problem unless the display is needed.
+// Looks for the document's display and puts its size, or why it is unknown, into the report.
+// Returns the problems, without places. A missing or hanging server is a problem only if the
+// display is needed.
 static std::vector<config::Problem> findDisplay(const config::Document &document, bool isNeeded,
                                                 CheckReport &report) {
-    // Its connection lasts while the library asks: servers may reset when their last client leaves.
+    // Stays connected while the library asks: a server may reset when its last client leaves.
     const ServerWatch watch;
-    constexpr double patience = 3.0; // a server that is only busy should not be taken for hung
+    constexpr double patience = 3.0; // seconds; so that a busy server does not count as hung
     if (watch.isSilentFor(patience)) {
         const std::string reason = serverName() + " does not answer";
         if (isNeeded)
@@ -77,7 +76,7 @@ static std::vector<config::Problem> findDisplay(const config::Document &document
     return displayProblems(document, list);
 }
 
-// Returns the status of a run, which would be refused for the same reasons in the same order.
+// Returns the exit status that a run would have; a run makes the same checks in the same order.
 static ExitStatus review(const CheckOptions &options, std::string text, CheckReport &report) {
     config::Reading reading = config::readText(std::move(text));
     const config::FaultyParts faulty(reading.problems);
@@ -102,7 +101,7 @@ static ExitStatus review(const CheckOptions &options, std::string text, CheckRep
     require(modeProblems(reading.document), ExitStatus::DocumentFaulty);
     require(addressProblems(reading.document), ExitStatus::AddressFaulty);
     require(std::move(displayProblems), ExitStatus::DisplayMissing);
-    config::locate(reading, unmet); // none when the text does not even parse
+    config::locate(reading, unmet); // empty if the text does not parse
     report.problems = config::review(std::move(reading), report.screen).problems;
     std::move(unmet.begin(), unmet.end(), std::back_inserter(report.problems));
     std::stable_sort(report.problems.begin(), report.problems.end(),
@@ -131,9 +130,9 @@ static void print(const std::string &name, const config::Problem &problem) {
                     problem.fix.c_str());
 }
 
-// For readers, on standard output: "NAME:LINE:COLUMN: error: POINTER: MESSAGE" and a line on how to
-// fix it for each error and warning, the verdict ("NAME: fine." without any), and then the
-// cautions.
+// For human readers, on standard output: "NAME:LINE:COLUMN: error: POINTER: MESSAGE" and a line on
+// how to fix it for each error and warning, the verdict ("NAME: fine." if there are none), and then
+// the cautions.
 static void print(const std::string &name, const CheckReport &report) {
     for (const auto &problem : report.problems)
         if (problem.severity != Severity::Caution)

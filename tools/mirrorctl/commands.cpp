@@ -10,7 +10,7 @@ CLI::Option *addConfig(CLI::App &command, std::string &path, const std::string &
 
 void addScreen(CLI::App &command, std::optional<config::ScreenSize> &size,
                const std::string &help) {
-    constexpr std::uint32_t mostPixels = 65536; // a side
+    constexpr std::uint32_t mostPixels = 65536; // per side
     const auto read = [](const std::string &text) {
         return config::parseScreenSize(text, mostPixels);
     };
@@ -19,7 +19,7 @@ void addScreen(CLI::App &command, std::optional<config::ScreenSize> &size,
 }
 
 CLI::Option *checkSeconds(CLI::Option *option) {
-    // Above all no "nan", which no comparison refuses.
+    // Also refuses "nan", which a check for values out of range would accept.
     return option->type_name("SECONDS")->check([](const std::string &text) -> std::string {
         constexpr double most = 1e8;
         double value = 0.0;

@@ -10,8 +10,8 @@
 
 namespace mirrorctl {
 
-// Each adds its command to the program. When the command line names it, it runs at the end of the
-// parsing, and stores its result in `status`.
+// Each function adds its command to the program. If the command line names it, the command runs at
+// the end of parsing and stores its result in `status`.
 void addDisplaysCommand(CLI::App &program, ExitStatus &status);
 void addCheckCommand(CLI::App &program, ExitStatus &status);
 void addDoctorCommand(CLI::App &program, ExitStatus &status);
@@ -20,7 +20,7 @@ void addRunCommand(CLI::App &program, ExitStatus &status);
 void addPaletteCommand(CLI::App &program, ExitStatus &status);
 void addSnapshotCommand(CLI::App &program, ExitStatus &status);
 
-// Makes `run` what the command does, with the options that were parsed into `options`.
+// Makes the command call `run` with the parsed `options`.
 template <typename Options>
 void onCommand(CLI::App &command, ExitStatus &status, std::shared_ptr<Options> options,
                ExitStatus (*run)(const Options &)) {
@@ -31,7 +31,8 @@ void onCommand(CLI::App &command, ExitStatus &status, std::shared_ptr<Options> o
 CLI::Option *addConfig(CLI::App &command, std::string &path,
                        const std::string &help = "The document; - reads standard input");
 
-// An option whose text `parse` makes a value of, or nothing when it is not what is `expected`.
+// An option whose text `parse` converts to a value. If `parse` returns nothing, the error message
+// says what was `expected`.
 template <typename Value, typename Parse>
 CLI::Option *addParsed(CLI::App &command, const std::string &name, Value &value, Parse parse,
                        const std::string &expected, const std::string &help) {

@@ -1,4 +1,4 @@
-// The displays that there are, as the library lists them.
+// The available displays, as the library lists them.
 #pragma once
 
 #include <cstdint>
@@ -19,12 +19,12 @@ struct Display {
 struct DisplayList {
     std::string text; // the library's own
     std::vector<Display> displays;
-    std::size_t total = 0; // how many there are: the library lists ten at most
+    std::size_t total = 0; // number of displays: the library lists ten at most
     bool isCut() const { return total > displays.size(); }
 };
 
-// Asks the library, and the system if the list is as long as it can be. Throws std::runtime_error
-// when it has no answer.
+// Asks the library, and also the system if the library's list is full. Throws std::runtime_error if
+// the library returns no valid list.
 DisplayList listDisplays();
 
 // "10 of the 12 displays", of a list that is cut.
@@ -33,7 +33,7 @@ std::string describeCut(const DisplayList &list);
 // "1920 x 1080", or that there is no picture.
 std::string describeSize(const Display &display);
 
-// Why there may be no display, and what to look at: whole lines.
+// Lines on why there may be no display, and what to check.
 std::string noDisplayHint();
 
 } // namespace mirrorctl

@@ -1,10 +1,10 @@
-// What mirrorctl tells the program that started it.
+// The exit status of mirrorctl.
 #pragma once
 
 namespace mirrorctl {
 
-// The numbers are those of <sysexits.h>. They lie above all signal numbers, since the library ends
-// the process with the number of a signal that it handles. main.cpp has their meanings.
+// The numbers are those of <sysexits.h>. They lie above the numbers of the signals that the library
+// handles, since it ends the process with the signal's number. main.cpp has their meanings.
 enum class ExitStatus {
     Done = 0,
     Usage = 64,

@@ -29,11 +29,11 @@ bool LibraryCall::isDone() const {
 }
 
 ExitStatus LibraryCall::result() {
-    thread.join(); // so that what the work threw belongs to this thread alone
+    thread.join(); // so that only this thread owns an exception from the work
     return outcome.get();
 }
 
-// The result, or nothing when the call was not done in time; its thread is then left behind.
+// The result, or nothing if the call was not done in time; its thread then keeps running.
 static std::optional<ExitStatus> resultInTime(const StopSignals &signals, const char *nothing,
                                               std::function<ExitStatus()> work) {
     ServerWatch watch;

@@ -1,7 +1,7 @@
-// Calls of the library that the program need not wait for.
+// Library calls on a separate thread.
 //
-// While the display server hangs they take seconds. So they are made on a thread of their own, and
-// the program's can react to a signal or a deadline meanwhile.
+// A call takes seconds while the display server hangs. Meanwhile the program's own thread can react
+// to a signal or a deadline.
 #pragma once
 
 #include "tools/mirrorctl/exitStatus.h"
@@ -14,12 +14,12 @@
 
 namespace mirrorctl {
 
-// Used by the thread that constructs it. Destroyed before it is done, it leaves its thread behind,
-// with all that `work` refers to: only _exit() may follow, since destructors would wait for the
-// library.
+// Used by the thread that constructs it. If it is destroyed before the work is done, the thread
+// keeps running and using everything that `work` refers to. Then only _exit() may follow, since
+// destructors would wait for the library.
 class LibraryCall {
 public:
-    // Begins `work`. Throws std::system_error when there is no thread or pipe to be had.
+    // Starts `work`. Throws std::system_error if no thread or pipe can be created.
     explicit LibraryCall(std::function<ExitStatus()> work);
     ~LibraryCall();
     LibraryCall(const LibraryCall &) = delete;
@@ -27,10 +27,10 @@ public:
 
     bool isDone() const;
 
-    // Readable once it is done.
+    // Readable once the work is done.
     int descriptor() const { return done->descriptor(); }
 
-    // Waits for the end and returns what `work` returned, or throws what it threw. Once.
+    // Waits for `work` and returns its result, or throws its exception. Call it only once.
     ExitStatus result();
 
 private:
@@ -39,15 +39,15 @@ private:
     std::thread thread;
 };
 
-// For how many seconds after a signal calls of the library may go on before the process ends
-// without them.
+// How long library calls may go on after a signal, in seconds, before the process ends without
+// waiting for them.
 inline constexpr double graceSeconds = 0.25;
 
-// Does `work` on a thread of its own and returns its result. When a signal comes, the work has
-// `graceSeconds` to notice it (StopSignals::take()) and to return NothingSent; if it does not
-// return, this reports whether the display server does not answer, and ends the process at once
-// with NothingSent. Either way it prints "No palette: Interrupt." on standard error, where
-// `nothing` is "No palette".
+// Runs `work` on a separate thread and returns its result. When a signal comes, the work has
+// `graceSeconds` to notice it (StopSignals::take()) and to return NothingSent. If it does not
+// return, this prints whether the display server does not answer, and ends the process at once with
+// NothingSent. In both cases it prints "No palette: Interrupt." on standard error, where `nothing`
+// is "No palette".
 ExitStatus untilSignal(const StopSignals &signals, const char *nothing,
                        std::function<ExitStatus()> work);
 

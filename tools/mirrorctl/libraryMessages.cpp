@@ -15,7 +15,7 @@ OutputRedirection::OutputRedirection(int to)
 
 OutputRedirection::~OutputRedirection() {
     fflush(stdout);
-    clearerr(stdout); // what it led to may have been full
+    clearerr(stdout); // the target may have been full
     if (kept < 0)
         return;
     dup2(kept, STDOUT_FILENO);

@@ -1,7 +1,7 @@
-// What the library prints on standard output while it is called.
+// Handles what the library prints on standard output.
 //
-// Both classes are made before the library is called, last until any run has been stopped, and are
-// used by one thread.
+// Construct both classes before the library is called, keep them until any run has been stopped,
+// and use them from one thread.
 #pragma once
 
 #include "tools/mirrorctl/waiting.h"
@@ -12,8 +12,9 @@
 
 namespace mirrorctl {
 
-// Sends it elsewhere, such as to standard error, so that a program that reads the output gets the
-// answer and nothing else. Nothing else may be printed on standard output meanwhile.
+// Redirects standard output, such as to standard error, so that a program that reads the output
+// gets only the result. The program's own output is redirected too, so it must print nothing
+// meanwhile.
 class OutputRedirection {
 public:
     explicit OutputRedirection(int to);
@@ -21,34 +22,34 @@ public:
     OutputRedirection(const OutputRedirection &) = delete;
     OutputRedirection &operator=(const OutputRedirection &) = delete;
 
-    // Standard output as it was; -1: it was closed, and still is.
+    // The original standard output; -1: it was closed, and still is.
     int before() const { return kept; }
 
 private:
     int kept;
 };
 
-// Collects it line by line, since there is no other report of what goes wrong during a run. The
-// library never waits for a reader: what does not fit into the pipe is lost.
+// Collects the library's lines, the only report of errors during a run. The library never waits for
+// a reader: output that does not fit into the pipe is lost.
 class LibraryMessages {
 public:
     // Throws std::system_error when there is no pipe to be had, or no standard output.
     LibraryMessages();
 
-    // Readable when read() has something to do.
+    // Readable when there is something to read().
     int descriptor() const { return printed.descriptor(); }
 
     // Standard output, for the program itself.
     int output() const { return redirection.before(); }
 
-    // Takes in what was printed, without waiting. With `echoes`, lines that differ from the one
-    // before are copied to standard error.
+    // Reads the printed text, without waiting. With `echoes`, lines that differ from the previous
+    // one are copied to standard error.
     void read(bool echoes);
 
     const std::string &last() const { return line; } // empty: there was none
     std::size_t count() const { return lines; }
 
-    // The first that says that mirroring ended by itself, since the beginning or since forget();
+    // The first message that mirroring ended by itself, since construction or since forget();
     // empty: there was none.
     const std::string &endMessage() const { return endLine; }
     void forget() { endLine.clear(); }

@@ -15,8 +15,8 @@
 
 namespace mirrorctl {
 
-// What to try, in this order. Some systems have only the last address. The process number keeps
-// several programs apart.
+// The addresses to try, in this order. Some systems have only 127.0.0.1. The process ID gives each
+// program its own addresses.
 static std::vector<config::DeviceEntry> candidates() {
     std::vector<config::DeviceEntry> list;
     const auto pid = static_cast<unsigned>(getpid());

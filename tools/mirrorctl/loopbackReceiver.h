@@ -1,4 +1,4 @@
-// This process as a light device: a socket on a loopback address that nobody else has.
+// Makes this process a light device: a socket on an unused loopback address.
 #pragma once
 
 #include "tools/config/configDocument.h"
@@ -9,10 +9,10 @@
 
 namespace mirrorctl {
 
-// One thread.
+// Used by one thread.
 class LoopbackReceiver {
 public:
-    // Takes a free address that is none of the document's devices; reason() says why there is none.
+    // Binds to a free address that no device of the document has; reason() says why there is none.
     explicit LoopbackReceiver(const config::Document &document);
     ~LoopbackReceiver();
     LoopbackReceiver(const LoopbackReceiver &) = delete;
@@ -23,12 +23,12 @@ public:
     // Readable when there is a datagram; -1 when there is no address.
     int descriptor() const { return fd; }
 
-    // The address and its control version, and no panels.
+    // The address and its control version, without panels.
     const config::DeviceEntry &device() const { return own; }
 
     struct Datagram {
         std::vector<unsigned char> bytes; // the first 1024
-        double time = 0.0; // at which the kernel received it, by the wall clock, in seconds
+        double time = 0.0;                // when the kernel received it: wall clock, seconds
     };
 
     // The next datagram, without waiting; nothing when there is none.

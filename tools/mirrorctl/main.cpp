@@ -1,4 +1,4 @@
-// mirrorctl: the screen mirroring library's host for the command line.
+// mirrorctl: the command line host of the screen mirroring library.
 #include "tools/lights/text.h"
 #include "tools/mirrorctl/commands.h"
 
@@ -48,9 +48,9 @@ static std::string commandProblem(const CLI::App &program, const char *word) {
     return text + "\nRun with --help for the list of commands.\n";
 }
 
-// NOLINTNEXTLINE(bugprone-exception-escape): without memory for its options it may end like this
+// NOLINTNEXTLINE(bugprone-exception-escape): it may throw when there is no memory for its options
 int main(int argc, char **argv) {
-    // Whoever reads along, also through a pipe, sees each line when it happens.
+    // Line buffering, so that a reader sees each line at once, also through a pipe.
     setvbuf(stdout, nullptr, _IOLBF, 0);
 
     CLI::App program("Mirrors a display onto networked light devices.", "mirrorctl");

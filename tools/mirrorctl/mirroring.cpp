@@ -134,10 +134,9 @@ ExitStatus stop() {
     return ExitStatus::Failed;
 }
 
-// A document that mirrors the display and lights nothing. Its one device, without which there is no
-// run, has no panels; in palette mode a device is sent something only when one of its panels is
-// due, so that this run sends nothing at all. Palette mode also goes through its cycles, and
-// answers captures, whatever the screen shows.
+// A document that mirrors the display and sends nothing. A run requires a device; this one has no
+// panels, and palette mode sends to a device only when one of its panels is due. Palette mode also
+// runs its cycles, and answers captures, whatever the screen shows.
 static config::Document withoutLights(std::int32_t displayID) {
     return {displayID, config::paletteMode, {{"127.0.0.1", 2, 0, 1.0, {}}}};
 }
@@ -147,7 +146,7 @@ ExitStatus mirrorBriefly(const std::string &path, bool usesLights, const char *n
     if (const auto status = load(path, std::nullopt, reading); status != ExitStatus::Done)
         return status;
     const config::Document &document = reading.document;
-    // Not before the document has been read: Ctrl-C must end a wait for standard input.
+    // Constructed after the document has been read: Ctrl-C must end a wait for standard input.
     const StopSignals signals;
     return untilSignal(signals, nothing, [&] {
         const OutputRedirection toStandardError(STDERR_FILENO);

@@ -1,7 +1,7 @@
-// The steps that the commands share, from a configuration file to a run and its end. Each that
-// returns a status reports on standard error what went wrong; Done means that the next may follow.
+// The steps that the commands share, from reading a configuration file to ending a run. Functions
+// that return a status print errors on standard error; Done means that the next step may follow.
 //
-// One thread, the one that calls the library.
+// Called only by the thread that calls the library.
 #pragma once
 
 #include "tools/config/configDocument.h"
@@ -16,53 +16,53 @@
 
 namespace mirrorctl {
 
-// What a run requires of a document beyond what the library checks itself. A mode must exist, or
-// the library's run ends as soon as it has begun; each device must have the address of one light;
-// the display must be one that the library lists, and no other is ever taken in its place.
+// Requirements of a run that the library does not check. The mode must exist, or the library's run
+// ends at once; each device must have the address of one light; the library must list the
+// document's display, which is never replaced by another.
 std::vector<config::Problem> modeProblems(const config::Document &document);
 std::vector<config::Problem> addressProblems(const config::Document &document);
 std::vector<config::Problem> displayProblems(const config::Document &document,
                                              const DisplayList &list);
 
-// Reads the document and checks all of it that needs no screen. `mode`, if given, takes the place
-// of the document's own.
+// Reads the document and checks it against the schema, and its mode. `mode`, if given, replaces the
+// document's mode.
 ExitStatus load(const std::string &path, std::optional<std::int32_t> mode,
                 config::Reading &reading);
 
-// Whether the document's display is there, and with `usesLights` whether its devices have the
-// addresses of lights; `path` only names it.
+// Checks that the document's display is there and, with `usesLights`, that its devices have the
+// addresses of lights. `path` is used only in messages.
 ExitStatus checkRequirements(const std::string &path, const config::Reading &reading,
                              bool usesLights);
 
-// Hands the library a document's text; `displayID` is its display.
+// Passes a document's text to the library; `displayID` is its display.
 ExitStatus apply(std::string text, std::int32_t displayID);
 
-// Starts a run onto so many devices; stops it.
+// Starts a run, and stops it. `deviceCount` is used only in the error message.
 ExitStatus start(std::size_t deviceCount);
 ExitStatus stop();
 
-// Reads the document and mirrors its display, onto its devices or onto none, for as long as `work`
-// takes. Ends the process when a signal comes and `work` does not return, as untilSignal() does,
-// which `nothing` is for.
+// Reads the document and mirrors its display while `work` runs: onto its devices or, without
+// `usesLights`, onto none. If a signal comes and `work` does not return, ends the process as
+// untilSignal() does; `nothing` is for that function.
 using BriefWork = std::function<ExitStatus(const StopSignals &)>;
 ExitStatus mirrorBriefly(const std::string &path, bool usesLights, const char *nothing,
                          config::Reading &reading, const BriefWork &work);
 
-// The colours of what the running mirror sees.
+// The colours of the screen that is being mirrored.
 struct Palette {
     std::string text; // the library's own
     std::vector<lights::Colour> colours;
 
-    // Pure black, as it is before the first frame. More than one black is several hues, each too
-    // dark to show.
+    // Whether it is pure black, as before the first frame. Several blacks are several hues that are
+    // all too dark to show.
     bool isDark() const;
 };
 
-// Asks the library. Throws std::runtime_error when it has no answer.
+// Asks the library. Throws std::runtime_error if the library returns no valid palette.
 Palette fetchPalette();
 
-// For how long after the start nothing but black is taken for a screen that has not been seen yet,
-// even if the display is black. The library cannot be asked whether it has.
+// For this many seconds after the start, black is taken to mean that no frame has arrived yet, even
+// if the display is black. The library cannot be asked whether one has.
 inline constexpr double darknessSeconds = 2.0;
 
 } // namespace mirrorctl

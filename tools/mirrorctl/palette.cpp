@@ -12,9 +12,9 @@
 
 namespace mirrorctl {
 
-// The palette of the first frame of a run that has just been started in palette mode. A palette
-// that is not dark proves that a frame has come; black is believed after `darknessSeconds` if the
-// display is black, else after `lateFrameSeconds`.
+// Waits for the palette of the first frame of a run that was just started in palette mode. A
+// palette that is not dark proves that a frame has arrived; black is accepted after
+// `darknessSeconds` if the display is black, else after `lateFrameSeconds`.
 static ExitStatus awaitPalette(std::int32_t displayID, const StopSignals &signals,
                                Palette &palette) {
     using Clock = std::chrono::steady_clock;
@@ -22,8 +22,8 @@ static ExitStatus awaitPalette(std::int32_t displayID, const StopSignals &signal
     const auto begin = Clock::now();
     bool isCycling = false;
     for (;;) {
-        // Answered once a cycle, sent or not; the run has filled its sample grid before the first
-        // one, and no palette can be had before that.
+        // Returns once per cycle, whether or not something was sent. The run fills its sample grid
+        // before the first cycle, and has no palette until then.
         if (captureCurrentStreamFrames() == 0) {
             isCycling = true;
             palette = fetchPalette();
@@ -35,7 +35,7 @@ static ExitStatus awaitPalette(std::int32_t displayID, const StopSignals &signal
         const std::chrono::duration<double> passed = Clock::now() - begin;
         if (passed.count() < darknessSeconds)
             continue;
-        // A server that hangs has shown no frame either.
+        // Black proves nothing while the server hangs.
         if (reportSilentServer())
             return ExitStatus::NothingSent;
         if (!isCycling) {

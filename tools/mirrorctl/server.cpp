@@ -26,8 +26,8 @@ bool reportSilentServer() {
     return true;
 }
 
-// The picture comes the way the library's first look at a display comes, so that another platform
-// needs nothing new.
+// Captures with the same calls as the library's first look at a display, so that a new platform
+// needs nothing else.
 bool isLit(std::int32_t displayID) {
     constexpr UInt8 nearlyBlack = 32;
     const CGImageRef image = CGDisplayCreateImage(static_cast<CGDirectDisplayID>(displayID));
@@ -36,7 +36,7 @@ bool isLit(std::int32_t displayID) {
     std::size_t lit = 0;
     if (data != nullptr && CGImageGetBitsPerPixel(image) == 32) {
         const UInt8 *bytes = CFDataGetBytePtr(data);
-        for (std::size_t i = 0; i < pixels; ++i) // B, G, R, X each
+        for (std::size_t i = 0; i < pixels; ++i) // bytes B, G, R, X
             lit += std::max({bytes[4 * i], bytes[4 * i + 1], bytes[4 * i + 2]}) > nearlyBlack;
     }
     if (data != nullptr)

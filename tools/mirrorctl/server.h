@@ -1,6 +1,5 @@
-// The display server, asked by the program itself: the library reports neither that it hangs nor
-// that it has gone. Each system in a file of its own; where there is nothing to ask, it always
-// answers.
+// Watches the display server, since the library reports neither that it hangs nor that it has gone.
+// Implemented in one file per system; where it cannot be watched, it always counts as answering.
 #pragma once
 
 #include <cstddef>
@@ -11,7 +10,7 @@
 
 namespace mirrorctl {
 
-// What this system's server is called in a sentence, such as: the X server ":7".
+// The server's name in a sentence, such as: the X server ":7".
 std::string serverName();
 
 // A sentence about the server, such as: The X server ":7" has gone.
@@ -20,30 +19,30 @@ std::string serverSentence(const std::string &predicate);
 // The line for a server that does not answer.
 std::string silentServerLine();
 
-// Prints it on standard error if there is a server that can be reached but does not answer within a
-// second, and returns whether that is so.
+// Prints that line on standard error if there is a server that can be reached but does not answer
+// within a second; returns whether it printed.
 bool reportSilentServer();
 
-// How many displays there are, listed by the library or not; nothing when that cannot be told.
+// The number of displays, listed by the library or not; nothing if it is unknown.
 std::optional<std::size_t> countDisplays();
 
-// Whether a hundredth of the display's pixels or more are not nearly black; false when it cannot be
-// told. Takes milliseconds, and two seconds at most.
+// Whether at least a hundredth of the display's pixels are not nearly black; false if unknown.
+// Takes milliseconds, and two seconds at most.
 bool isLit(std::int32_t displayID);
 
-// A connection of the program's own, on a thread of its own. Made and asked by one thread.
+// The program's own connection to the server, on its own thread. Used by one thread.
 class ServerWatch {
 public:
     enum class State {
         Opening,   // has not answered yet
-        Absent,    // is not there or lets nobody in; for good
-        Answering, // answered the last question, asked once a second
-        Silent,    // has owed an answer for a second
-        Gone,      // hung up after it had answered; for good
+        Absent,    // is not there or refuses the connection; final
+        Answering, // answered the last request; one is sent every second
+        Silent,    // has not answered a request for a second
+        Gone,      // closed the connection after having answered; final
     };
 
-    // Begins to connect. The first one in a process is made before any thread that calls the
-    // library. Throws std::system_error when there is no thread or descriptor to be had.
+    // Starts to connect. The first watch of a process must be constructed before any thread that
+    // calls the library. Throws std::system_error if no thread or descriptor can be created.
     ServerWatch();
     ~ServerWatch();
     ServerWatch(const ServerWatch &) = delete;
@@ -51,15 +50,14 @@ public:
 
     State state() const;
 
-    // Readable when the state has changed since it was last asked for; -1: it never changes.
+    // Readable when the state has changed since the last state() call; -1: it never changes.
     int descriptor() const;
 
-    // Asks now. Until the server has answered, owesAnswer() is true.
+    // Sends a request now. Until the server has answered, owesAnswer() is true.
     void ask();
     bool owesAnswer() const;
 
-    // Whether the server can be reached but does not answer within so many seconds. Of a watch that
-    // has just begun.
+    // Whether the server can be reached but does not answer within `seconds`. For a new watch.
     bool isSilentFor(double seconds) const;
 
 private:

@@ -15,7 +15,7 @@ std::optional<std::size_t> countDisplays() {
     return count;
 }
 
-// A program that loses the window server ends with the user's session.
+// There is nothing to watch: a program that loses the window server ends with the session.
 struct ServerWatch::Shared {};
 
 ServerWatch::ServerWatch() = default;

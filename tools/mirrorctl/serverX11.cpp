@@ -30,14 +30,14 @@ using Clock = std::chrono::steady_clock;
 static constexpr auto questionPeriod = std::chrono::seconds(1);
 static constexpr auto answerPatience = std::chrono::seconds(1);
 
-// The thread may be left behind in a connection that is being made, so it shares this.
+// Shared with the thread, which may outlive the watch while it is still connecting.
 struct ServerWatch::Shared {
     std::atomic<State> state = State::Opening;
     std::atomic<bool> owes = false;
-    std::atomic<bool> isOver = false; // the watch has ended, and the thread is to end
-    WakeUp changed;                   // the state
-    WakeUp told;                      // the thread, to look at `owes` and `isOver`
-    std::thread thread;               // touched by the watch's owner alone
+    std::atomic<bool> isOver = false; // the watch is gone, and the thread must end
+    WakeUp changed;                   // signals a new state
+    WakeUp told;                      // makes the thread check `owes` and `isOver`
+    std::thread thread;               // used only by the watch's owner
 
     void become(State next) {
         if (state.exchange(next) != next)
@@ -46,10 +46,10 @@ struct ServerWatch::Shared {
     void follow(xcb_connection_t *connection);
 };
 
-// The watch's thread: asks and waits until the connection or the watch ends.
+// The watch's thread: sends requests until the connection or the watch ends.
 void ServerWatch::Shared::follow(xcb_connection_t *connection) {
-    auto next = Clock::now();         // to ask, or to lose patience
-    std::optional<unsigned> question; // that has not been answered
+    auto next = Clock::now();         // time of the next request, or to report silence
+    std::optional<unsigned> question; // the unanswered request
     while (xcb_connection_has_error(connection) == 0 && !isOver) {
         while (const Reply<xcb_generic_event_t> unasked{xcb_poll_for_event(connection)}) {
         }
@@ -81,10 +81,10 @@ void ServerWatch::Shared::follow(xcb_connection_t *connection) {
     }
 }
 
-// Several threads connect, the library's among them, and what reads the authority file keeps the
-// name that it makes of HOME in one buffer for all. A name in the environment is taken as it is.
+// Several threads connect, the library's among them, and the reader of the authority file builds
+// the default name from HOME in one static buffer. It uses a name from the environment as it is.
 static void nameAuthorityFile() {
-    // NOLINTBEGIN(concurrency-mt-unsafe): the first watch, before any of these threads, changes it
+    // NOLINTBEGIN(concurrency-mt-unsafe): only the first watch changes it, before these threads
     if (const char *home = std::getenv("HOME"))
         setenv("XAUTHORITY", (std::string(home) + "/.Xauthority").c_str(), 0);
     // NOLINTEND(concurrency-mt-unsafe)
@@ -92,7 +92,7 @@ static void nameAuthorityFile() {
 
 ServerWatch::ServerWatch() : shared(std::make_shared<Shared>()) {
     nameAuthorityFile();
-    // Without signals: what is written to a server that has gone must not end the process.
+    // The thread blocks signals: writing to a server that has gone must not end the process.
     shared->thread = platform::startThread([own = shared] {
         xcb_connection_t *connection = xcb_connect(nullptr, nullptr);
         own->follow(connection);

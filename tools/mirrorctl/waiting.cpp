@@ -54,10 +54,10 @@ void WakeUp::clear() const {
     }
 }
 
-// Shared with the thread that takes the signals, which stays behind at the end of the process.
+// Shared with the thread that takes the signals, which runs until the process ends.
 struct StopSignals::Shared {
     std::atomic<int> signum = 0;
-    WakeUp wakeUp; // from the first signal on
+    WakeUp wakeUp; // readable from the first signal on
 };
 
 static bool isIgnored(int signum) {
@@ -74,7 +74,7 @@ StopSignals::StopSignals() : shared(std::make_shared<Shared>()) {
         sigaddset(&blocked, signum);
         if (isIgnored(signum) && signum != SIGINT)
             continue;
-        // An ignored signal need not reach somebody who waits for it.
+        // sigwait() need not return an ignored signal.
         if (isIgnored(signum))
             std::signal(signum, SIG_DFL);
         sigaddset(&awaited, signum);

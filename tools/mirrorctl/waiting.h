@@ -1,4 +1,4 @@
-// Waiting for descriptors, for other threads, and for Ctrl-C and its like.
+// Waits for descriptors, for other threads, and for signals such as Ctrl-C.
 #pragma once
 
 #include <memory>
@@ -7,15 +7,14 @@
 
 namespace mirrorctl {
 
-// Returns as soon as one of the descriptors (those that are not -1) can be read or has been hung
-// up, with true; after `timeout` seconds, if given, or when interrupted, with false.
+// Waits until one of the descriptors (-1 is skipped) is readable or hung up, and returns true;
+// returns false after `timeout` seconds, if given, or when interrupted.
 bool awaitReadable(const std::vector<int> &descriptors, std::optional<double> timeout);
 
-// A pipe whose ends never make anybody wait, and are closed when another program is started: a
-// descriptor that any thread can make readable.
+// A descriptor that any thread can make readable: a pipe that never blocks and is closed on exec.
 class WakeUp {
 public:
-    // Throws std::system_error when there is no pipe to be had.
+    // Throws std::system_error if no pipe can be created.
     WakeUp();
     ~WakeUp();
     WakeUp(const WakeUp &) = delete;
@@ -31,15 +30,15 @@ private:
 };
 
 // From its construction on, SIGINT, SIGTERM and SIGHUP are blocked on this thread and on all
-// threads started afterwards. A thread of its own takes them, so that they reach no handler: the
-// library's would end the process with the signal's number. Construct it before the library starts
-// a thread; it lasts for the process. Any thread may ask it.
+// threads started afterwards. A separate thread takes them, so that no handler runs: the library's
+// would end the process with the signal's number. Construct it before the library starts a thread;
+// the thread runs until the process ends. Callable from any thread.
 //
 // A SIGHUP or SIGTERM that was ignored before stays ignored, as SIGHUP is under nohup. An ignored
-// SIGINT is taken all the same: shells set it so for what a script starts in the background.
+// SIGINT is still taken: shells ignore it for background commands of scripts.
 class StopSignals {
 public:
-    // Throws std::system_error when there is no thread or pipe to be had.
+    // Throws std::system_error if no thread or pipe can be created.
     StopSignals();
 
     // The number of the first signal that has come, or 0. Does not wait.
