@@ -1,4 +1,4 @@
-// How often and how regularly datagrams come.
+// How often and how regularly datagrams arrive.
 #pragma once
 
 #include "tools/wall/clock.h"
@@ -12,9 +12,9 @@
 
 namespace panelwall {
 
-// Looks at the last `kept` intervals between one datagram and the next. After a pause of
-// `longestInterval` or more it starts over: a run that ended says nothing about the rhythm of the
-// next. Times come from the caller and only go forward.
+// Measures the last `kept` intervals between consecutive datagrams. After a pause of
+// `longestInterval` or more it starts over, because the next run may have another rhythm. Times
+// come from the caller and only go forward.
 class ArrivalMeter {
 public:
     static constexpr std::size_t kept = 32;
@@ -24,27 +24,27 @@ public:
 
     std::optional<Clock::time_point> last() const { return lastArrival; }
 
-    // How many came within the ten whole tenths of a second before the one that `now` lies in.
+    // Datagrams in the last ten complete tenths of a second before `now`.
     std::uint64_t perSecond(Clock::time_point now) const;
 
-    // The usual interval, the median, in milliseconds; none before the second datagram.
+    // The median interval in milliseconds; none before the second datagram.
     std::optional<double> interval() const;
 
-    // How much an interval differs from the one before it, on average, in milliseconds; none before
-    // the third datagram.
+    // The average difference between consecutive intervals, in milliseconds; none before the third
+    // datagram.
     std::optional<double> jitter() const;
 
-    // How many intervals were more than twice the usual one, and at least 20 ms more. Where
-    // something is sent in a steady rhythm, a datagram was late or lost there.
+    // How many intervals were more than twice the median and more than 20 ms longer. If datagrams
+    // are sent in a steady rhythm, a gap means that one was late or lost.
     std::uint64_t gaps() const { return gapCount; }
 
 private:
-    // The median of few intervals says little.
+    // The median of fewer intervals is unreliable.
     static constexpr std::size_t leastForGaps = 8;
 
-    // In a flood they take no more room than in a trickle.
+    // The datagrams in a tenth of a second. Counts need no more memory in a flood.
     struct Tenth {
-        std::int64_t number = -1000; // since the clock began
+        std::int64_t number = -1000; // in tenths since the clock's epoch
         std::uint64_t count = 0;
     };
 

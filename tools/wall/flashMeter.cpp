@@ -8,7 +8,7 @@
 
 namespace panelwall {
 
-static constexpr double leastChange = 0.1 - 1e-9; // rounding takes nothing off a tenth
+static constexpr double leastChange = 0.1 - 1e-9; // a tenth, less a tolerance for rounding
 static constexpr double harmlessBrightness = 0.8;
 static constexpr std::chrono::seconds window{1};
 

@@ -11,32 +11,32 @@ namespace panelwall {
 
 using lights::Colour;
 
-// How bright a colour is, from 0 to 1: linear light, weighted as the eye does.
+// The brightness of a colour, from 0 to 1: linear light, weighted as by the eye.
 double relativeLuminance(Colour colour);
 
-// A flash is a change of relative luminance by a tenth or more and an opposing one, the darker end
-// of each below 0.8. More than three of them within a second can set off seizures.
+// A flash is a change of relative luminance by a tenth or more and an opposite one, the darker end
+// of each below 0.8. More than three flashes within a second can trigger seizures.
 //
 // Steps in the same direction add up to one change. Times come from the caller and only go forward.
 class FlashMeter {
 public:
     void note(double luminance, Clock::time_point now);
 
-    // Flashes within the last second. A change without its opposite is half of one.
+    // Flashes within the last second. A change without its opposite counts as half a flash.
     double perSecond(Clock::time_point now) const;
 
-    // The most that perSecond() has been, and when it last was more than what is harmless.
+    // The highest perSecond() so far, and when it last exceeded the harmless number.
     double most() const { return highest; }
     std::optional<Clock::time_point> lastExcess() const { return excess; }
 
 private:
     enum class Direction { None, Up, Down };
 
-    // A flood takes no more room than this; no light changes as often.
+    // Bounds the memory in a flood; no light changes this often.
     static constexpr std::size_t mostChanges = 1000;
 
     Direction direction = Direction::None; // of the last change
-    double darkest = 1.0;                  // since it began
+    double darkest = 1.0;                  // since that change was noted
     double brightest = 0.0;
     std::deque<Clock::time_point> changes; // of the second before the newest
     double highest = 0.0;

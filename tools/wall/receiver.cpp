@@ -16,7 +16,7 @@ namespace panelwall {
 // A datagram's length field has 16 bits, so this holds any.
 static constexpr std::size_t largestDatagram = 65536;
 
-// So many of one device are read before others, the signals and the drawing get their turn.
+// At most this many are read for one device before others, signals and drawing get their turn.
 static constexpr int datagramsPerTurn = 4096;
 
 // A datagram that waited longer counts as arrived this long ago.
@@ -82,7 +82,7 @@ std::vector<config::Problem> Receiver::open(const config::Document &document,
         if (fd >= 0) {
             sockets.push_back(fd);
             fcntl(fd, F_SETFD, FD_CLOEXEC);
-            const int on = 1; // every datagram comes with its time of arrival
+            const int on = 1; // the system attaches the arrival time to every datagram
             setsockopt(fd, SOL_SOCKET, SO_TIMESTAMP, &on, sizeof on);
         }
         if (fd < 0 || bind(fd, &endpoint.any, endpoint.length) != 0)
@@ -93,9 +93,9 @@ std::vector<config::Problem> Receiver::open(const config::Document &document,
     return problems;
 }
 
-// The time of arrival that came with a datagram, at most `now`, the time of reading it; `now` when
-// none came. The system tells it by the calendar, so that setting the clock between arrival and
-// reading shifts it; it is then no more than a second too early.
+// The arrival time that the system attached to a datagram, at most `now`, the time of reading;
+// `now` if it attached none. The system uses the calendar clock, so setting that clock between
+// arrival and reading shifts the result, by no more than a second.
 static Clock::time_point arrivalOf(const msghdr &message, Clock::time_point now) {
     auto *header = message.msg_controllen > 0 ? CMSG_FIRSTHDR(&message) : nullptr;
     if (header == nullptr || header->cmsg_level != SOL_SOCKET || header->cmsg_type != SCM_TIMESTAMP)

@@ -1,4 +1,5 @@
-// Receives the wall's datagrams: one bound UDP socket per device, no two with one address.
+// Receives the wall's datagrams on one bound UDP socket per device, each at its own address and
+// port.
 #pragma once
 
 #include "tools/config/configDocument.h"
@@ -15,12 +16,12 @@ namespace panelwall {
 
 using lights::Endpoint;
 
-// Which addresses will do: loopback (127.0.0.0/8 or ::1), or any.
+// Which addresses are accepted: loopback (127.0.0.0/8 or ::1), or any.
 enum class Reach { Loopback, Anywhere };
 
-// The endpoint of every device, in order. Appends a problem for each device whose address does not
-// parse, is out of reach, or has been taken with its port by a device before. The endpoints are
-// complete exactly when no problem was found.
+// Returns the endpoint of every device, in order. Appends a problem for each device whose address
+// does not parse, is out of reach, or is used with the same port by an earlier device. The
+// endpoints are complete exactly when no problem was found.
 std::vector<Endpoint> findEndpoints(const config::Document &document,
                                     std::vector<config::Problem> &problems,
                                     Reach reach = Reach::Loopback);
@@ -33,21 +34,21 @@ public:
     Receiver(const Receiver &) = delete;
     Receiver &operator=(const Receiver &) = delete;
 
-    // Opens and binds a socket for every device; `endpoints` are the document's. Returns what went
-    // wrong, a problem for every device whose socket could not be bound. Called once.
+    // Opens and binds a socket for every device; `endpoints` are the document's. Returns a problem
+    // for each device whose socket cannot be opened or bound. Called once.
     std::vector<config::Problem> open(const config::Document &document,
                                       const std::vector<Endpoint> &endpoints);
 
-    // Called with the device's index, the whole datagram, which is valid during the call only, and
-    // the time at which it arrived, which for one device never goes back.
+    // Called with the device's index, the whole datagram (valid only during the call) and its
+    // arrival time, which never decreases for a device.
     using Handler =
         std::function<void(std::size_t, std::span<const std::uint8_t>, Clock::time_point)>;
 
-    // The sockets to wait for, one per device, in order; they stay the receiver's.
+    // The sockets to poll, one per device, in order; the receiver owns them.
     const std::vector<int> &fds() const { return sockets; }
 
-    // Hands over everything that has arrived, oldest first for each device, and does not wait.
-    // Under a flood it returns after some thousand datagrams per device. True when anything came.
+    // Passes every datagram that has arrived to `handler`, oldest first for each device, without
+    // waiting. In a flood it returns after a few thousand per device. True if there were any.
     bool readAll(const Handler &handler);
 
 private:

@@ -1,4 +1,4 @@
-// How a panel gets from one colour to the next.
+// The transition of a panel from one colour to the next.
 #pragma once
 
 #include "tools/lights/device.h"
@@ -13,13 +13,12 @@ namespace panelwall {
 
 using lights::Colour;
 
-// The colour of one panel as time passes: at rest, or on its way to another colour, linearly in
-// each channel. Begins at rest in black, as a light does. Time comes from the caller and only goes
-// forward.
+// The colour of one panel over time: constant, or changing to another colour linearly in each
+// channel. Starts as constant black, like a light. Times come from the caller and only go forward.
 class Transition {
 public:
-    // Sets out for `target`, from the colour of this moment; arrives after `newLength`, or at once
-    // when that is 0.
+    // Starts a transition from the current colour to `target` that takes `newLength`; 0 changes the
+    // colour at once.
     void moveTo(Colour target, Clock::duration newLength, Clock::time_point now) {
         from = channelsAt(now);
         to = {static_cast<double>(target.red), static_cast<double>(target.green),
@@ -36,18 +35,18 @@ public:
         return {rounded(red), rounded(green), rounded(blue)};
     }
 
-    // How long it is until it arrives; 0 at rest.
+    // The time until the transition ends; 0 if there is none.
     Clock::duration left(Clock::time_point now) const {
         return from == to ? Clock::duration::zero()
                           : std::clamp(length - (now - begin), Clock::duration::zero(), length);
     }
 
-    // Whether the colour at a later moment can be another one.
+    // Whether the colour can still change.
     bool isMoving(Clock::time_point now) const { return left(now) > Clock::duration::zero(); }
 
 private:
-    // Unrounded, since a panel may set out again many times on its way: by less than a step of a
-    // channel each time it would never arrive.
+    // Not rounded: if a transition is restarted often, a channel changes by less than one step each
+    // time, and with rounding it would never reach its target.
     using Channels = std::array<double, 3>;
 
     Channels channelsAt(Clock::time_point now) const {

@@ -78,7 +78,7 @@ bool Wall::isMoving(Clock::time_point now) const {
 }
 
 std::optional<Clock::time_point> Wall::lastArrival() const {
-    std::optional<Clock::time_point> last; // less than any time while it has none
+    std::optional<Clock::time_point> last; // an empty optional compares less than any time
     for (const WallDevice &device : allDevices)
         last = std::max(last, device.arrivals.last());
     return last;

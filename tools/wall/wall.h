@@ -1,7 +1,7 @@
-// The wall: what every panel shows and what every device has received.
+// The wall: the colour of every panel and what every device has received.
 //
-// One thread uses it at a time; it has no lock. It knows neither sockets nor screens: a caller
-// hands over the bytes for a device, and reads what is to be shown.
+// One thread uses it at a time; it has no lock. It uses neither sockets nor screens: the caller
+// passes in each device's datagrams and reads the colours to show.
 #pragma once
 
 #include "tools/config/configDocument.h"
@@ -46,11 +46,11 @@ struct WallDevice {
     std::vector<WallPanel> panels; // in configuration order
     KnownIds knownIds;
 
-    std::uint64_t datagrams = 0; // all that came, the malformed among them
+    std::uint64_t datagrams = 0; // received, including malformed ones
     std::uint64_t malformed = 0;
-    std::string lastMalformed; // the reason of the last malformed one
+    std::string lastMalformed; // why the last malformed one was rejected
     ArrivalMeter arrivals;
-    std::optional<ColourHistory> history; // once it is kept
+    std::optional<ColourHistory> history; // after keepHistory()
 
     std::size_t litPanels() const; // panels that have a colour
 };
@@ -60,30 +60,30 @@ inline constexpr std::chrono::milliseconds usualTransitionUnit{100};
 
 class Wall {
 public:
-    // With a unit of 0 panels change at once.
+    // With a unit of 0, panels change at once.
     explicit Wall(const config::Document &document,
                   std::chrono::milliseconds transitionUnit = usualTransitionUnit);
 
-    // One datagram for device number `device` (its index in the document). A malformed one is
-    // counted and changes no panel. A record colours every panel of the device that has its
-    // identifier, as a device could not tell them apart either; later records win. A panel moves
-    // from the colour that it shows now to the record's, within the record's transition time.
+    // Processes a datagram for device number `device` (its index in the document). A malformed one
+    // is counted and changes no panel. A record applies to every panel of the device with its
+    // identifier, because a device could not tell them apart either; later records win. A panel
+    // changes from the colour it shows now to the record's during the record's transition time.
     void receive(std::size_t device, std::span<const std::uint8_t> bytes, Clock::time_point now);
 
     const std::vector<WallDevice> &devices() const { return allDevices; }
 
-    // From now on every device remembers the colours that it was sent within the last minute, in at
-    // most `mostRows` rows over all devices, but at least one a device.
+    // From now on every device keeps the colours it was sent within the last minute, in at most
+    // `mostRows` rows over all devices, but at least one per device.
     void keepHistory(std::size_t mostRows);
 
-    // Whether any panel is on its way to another colour.
+    // Whether any panel is in a transition.
     bool isMoving(Clock::time_point now) const;
 
-    // How often the wall flashes: the brightness of the colours that were sent, on average over all
-    // panels; those without a colour are dark.
+    // How often the wall flashes, measured on the average brightness of the colours sent; panels
+    // without a colour count as black.
     const FlashMeter &flashes() const { return flashMeter; }
 
-    // When the last datagram came, whichever device it was for.
+    // When the last datagram arrived, for any device.
     std::optional<Clock::time_point> lastArrival() const;
 
 private:
