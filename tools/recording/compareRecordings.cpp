@@ -10,10 +10,10 @@ namespace panelwall {
 
 namespace {
 
-// Where each device of the recordings stands in the comparison.
+// For each recording, the index of each of its devices in Comparison::devices.
 using Places = std::array<std::vector<std::size_t>, 2>;
 
-// Reads both recordings once, for some devices.
+// One pass over both recordings, for the devices in `wanted`.
 class Pass {
 public:
     Pass(const OpenRecording &open, const std::vector<ComparedDevice> &devices,
@@ -27,7 +27,7 @@ public:
         }
     }
 
-    // The devices that had to be left out, since too much of them would have had to be held.
+    // Returns the devices that were dropped to hold at most `mostHeld` bytes.
     std::vector<std::size_t> run(std::size_t mostHeld) {
         while (const auto side = chooseSide()) {
             if (readers[*side].next(datagram)) {
@@ -41,14 +41,14 @@ public:
         return leftOut;
     }
 
-    // What is wrong with a file, once run() has read it.
+    // The fault in a file, if any, after run() has read it.
     const std::string &error(Side side) const { return readers[side].error(); }
 
     std::map<std::size_t, DeviceComparison> comparisons;
 
 private:
-    // The recording that is behind: of a single device by what waits for its counterpart, else by
-    // the time.
+    // The recording to read next, which is the one behind: for a single device the one with fewer
+    // datagrams waiting for a counterpart, otherwise the one at the earlier time.
     std::optional<Side> chooseSide() const {
         if (ended[first] && ended[second])
             return std::nullopt;
@@ -117,7 +117,7 @@ std::vector<std::string> compareEntries(const config::DeviceEntry &left,
     return lines;
 }
 
-// Fills in the devices of both documents.
+// Adds the devices of both documents to the comparison.
 Places matchDevices(Comparison &comparison) {
     Places places;
     std::multimap<std::pair<std::string, int>, std::size_t> unmatched; // of the first document
@@ -160,7 +160,7 @@ Comparison compareRecordings(const OpenRecording &open, std::size_t mostHeld) {
     const Places places = matchDevices(comparison);
     std::vector<std::size_t> wanted(comparison.devices.size());
     std::iota(wanted.begin(), wanted.end(), std::size_t{0});
-    do { // even without a device, for the errors
+    do { // once even without devices, to find errors in the files
         Pass pass(open, comparison.devices, places, wanted);
         wanted = pass.run(mostHeld);
         for (const auto &[device, finished] : pass.comparisons)

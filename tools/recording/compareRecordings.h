@@ -1,4 +1,4 @@
-// Two recordings, compared device by device.
+// Compares two recordings, device by device.
 #pragma once
 
 #include "tools/lights/datagram.h"
@@ -14,7 +14,7 @@ namespace panelwall {
 
 using lights::Layout;
 
-// Index of a recording in everything that comes in pairs: the first, or the second.
+// Index into every pair below: the first or the second recording.
 enum Side : std::size_t { first = 0, second = 1 };
 inline constexpr std::array bothSides{first, second};
 inline Side other(Side side) {
@@ -35,7 +35,7 @@ private:
     std::optional<std::chrono::microseconds> last;
     std::uint64_t number = 0;
     double average = 0.0;
-    double squares = 0.0; // of the deviations from the average
+    double squares = 0.0; // sum of the squared deviations from the average
     double most = 0.0;
 };
 
@@ -45,38 +45,38 @@ struct NumberedDatagram {
     std::vector<std::uint8_t> bytes;
 };
 
-// What has been found out about a device.
+// The result of comparing one device.
 struct DeviceFindings {
     std::array<std::uint64_t, 2> datagrams{};
     std::array<std::uint64_t, 2> malformed{};
     std::uint64_t same = 0;
-    std::uint64_t changed = 0;           // another datagram stands in its place
-    std::array<std::uint64_t, 2> only{}; // there is none in its place
+    std::uint64_t changed = 0;           // replaced by a different datagram
+    std::array<std::uint64_t, 2> only{}; // without a counterpart
 
-    // The first place where the recordings part: a datagram of each, or of one only.
+    // The first difference: a datagram of each recording, or of one only.
     std::array<std::optional<NumberedDatagram>, 2> firstDifference;
 
     std::array<Intervals, 2> intervals;
 
-    // How much later, by the clocks of the recordings, a datagram comes in the second than in the
-    // first: the least and the greatest of all that are the same.
+    // How much later, in recording time, a datagram comes in the second recording than the same one
+    // in the first: the minimum and maximum.
     std::optional<std::chrono::microseconds> leastDelay;
     std::optional<std::chrono::microseconds> greatestDelay;
 
     bool differs() const { return changed > 0 || only[first] > 0 || only[second] > 0; }
 };
 
-// Compares what one device was sent, while the recordings are read. Finds what was added, left out
-// and changed, as long as that is no more than some dozens of datagrams in a row. Holds only
-// datagrams that have no counterpart yet. One thread at a time.
+// Compares the datagrams of one device while the recordings are read. Finds added, missing and
+// changed datagrams, up to a few dozen in a row. Holds only datagrams that have no counterpart yet.
+// One thread at a time.
 class DeviceComparison {
 public:
     explicit DeviceComparison(Layout layout) : layoutOfBoth(layout) {}
 
-    // The next datagram in one of the recordings.
+    // Adds the next datagram of one recording.
     void take(Side side, const RecordedDatagram &datagram);
 
-    // There are no more in this one.
+    // Marks the end of one recording.
     void end(Side side);
 
     // Bytes held.
@@ -109,13 +109,13 @@ private:
     DeviceFindings found;
 };
 
-// A device that stands in both recordings, matched by address and port, or in one only. The
-// index is that of the recording's document.
+// A device that is in both recordings, matched by address and port, or in only one. `index` is its
+// index in each recording's document.
 struct ComparedDevice {
     std::array<std::optional<std::size_t>, 2> index;
-    Layout layout = Layout::Wide; // the port goes with it
+    Layout layout = Layout::Wide; // the same in both: the port determines it
     DeviceFindings findings;
-    std::vector<std::string> configuration; // how the document's entries differ, in words
+    std::vector<std::string> configuration; // how the documents' entries differ, as text
 
     bool isInBoth() const { return index[first] && index[second]; }
     bool differs() const { return !isInBoth() || findings.differs() || !configuration.empty(); }
@@ -123,25 +123,25 @@ struct ComparedDevice {
 
 struct Comparison {
     std::array<config::Document, 2> documents;
-    std::vector<ComparedDevice> devices;    // those of the first, then those of the second only
+    std::vector<ComparedDevice> devices;    // of the first, then of the second only
     std::vector<std::string> configuration; // how the documents differ beyond their devices
-    std::array<std::string, 2> errors; // what is wrong with each file; compared is what is before
+    std::array<std::string, 2> errors; // the fault in each file; only data before it is compared
 
     bool differs() const;
 };
 
-// Opens one of the recordings at its beginning. It is opened again when what is to be remembered
-// outgrows the memory set aside.
+// Opens one of the recordings at its beginning. Called for the document and for each pass; there
+// are several passes if the datagrams to hold exceed the memory limit.
 using OpenRecording = std::function<RecordingReader(Side)>;
 
-// Compares what can be read, in bounded memory: bytes held beyond `mostHeld` make it read the
-// recordings once more for some of the devices.
+// Compares all that can be read, in bounded memory: if it had to hold more than `mostHeld` bytes,
+// it reads the recordings again for some of the devices.
 Comparison compareRecordings(const OpenRecording &open, std::size_t mostHeld = 64u << 20);
 
-// The comparison in words, line by line; the last one says whether they differ.
+// The comparison as lines of text; the last line says whether the recordings differ.
 std::vector<std::string> describe(const Comparison &comparison);
 
-// The first thing in which two datagrams of a device differ, in words.
+// The first difference between two datagrams of a device, as text.
 std::string describeDifference(Layout layout, const std::vector<std::uint8_t> &left,
                                const std::vector<std::uint8_t> &right);
 

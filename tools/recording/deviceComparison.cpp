@@ -7,8 +7,7 @@
 
 namespace panelwall {
 
-// After a difference, so many datagrams of each recording are searched for a place where they agree
-// again.
+// After a difference, this many datagrams of each recording are searched for the next match.
 static constexpr std::size_t searched = 64;
 
 void Intervals::note(std::chrono::microseconds time) {
@@ -58,7 +57,7 @@ void DeviceComparison::settle() {
             settleOnly(side);
 }
 
-// False when that takes datagrams that are still to come.
+// Returns false when it needs datagrams that have not been read yet.
 bool DeviceComparison::settleFronts() {
     const Waiting &left = queues[first].front();
     const Waiting &right = queues[second].front();

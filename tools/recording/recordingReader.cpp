@@ -11,7 +11,7 @@
 
 namespace panelwall {
 
-// What a file claims to hold is believed in steps of this size only.
+// Buffers grow in steps of this size, because a damaged file may claim any length.
 static constexpr std::size_t stepSize = 65536;
 
 RecordingReader::RecordingReader(std::unique_ptr<std::istream> stream) : input(std::move(stream)) {
@@ -77,7 +77,7 @@ void RecordingReader::readHead() {
         config::Reading reading = config::readText(text);
         if (!reading.problems.empty()) {
             config::Problem &problem = reading.problems.front();
-            problem.place = {}; // nobody sees the lines of this text
+            problem.place = {}; // the user never sees this text, so its line numbers are useless
             throw std::runtime_error("holds a configuration that is not valid: " +
                                      config::describe("", problem).substr(2));
         }

@@ -16,47 +16,45 @@ namespace panelwall {
 
 struct RecordedDatagram {
     std::size_t device = 0;           // its index in the document
-    std::chrono::microseconds time{}; // since the recording began; never less than the one before
+    std::chrono::microseconds time{}; // since the recording began; never decreases
     std::vector<std::uint8_t> bytes;
 };
 
-// Takes any bytes: what is wrong with them is told in error(), and everything before the fault
-// has been handed out by then. Holds the document and one datagram, however long the file. One
-// thread at a time.
+// Accepts any bytes: error() reports the first fault, after every datagram before it has been
+// returned. Holds only the document and one datagram, however long the file. One thread at a time.
 class RecordingReader {
 public:
-    // Reads up to the first datagram; error() tells when that fails. `stream` is at the beginning
-    // of the recording.
+    // Reads the header; error() reports a failure. `stream` must be at the beginning of the
+    // recording.
     explicit RecordingReader(std::unique_ptr<std::istream> stream);
 
-    // The same from a file. Only a regular file will do: reading from anything else could wait.
+    // The same from a file, which must be regular: reading from anything else could block.
     explicit RecordingReader(const std::string &path);
 
     const config::Document &document() const { return recorded; }
 
-    // Reads the next datagram into `datagram`. False when there is none: at the end of the
-    // recording, or at a fault, and from then on.
+    // Reads the next datagram into `datagram`. Returns false at the end of the recording or at a
+    // fault, and on every call after that.
     bool next(RecordedDatagram &datagram);
 
-    // The time of the last datagram, or once next() has returned false without a fault, when the
-    // recording ended.
+    // The time of the last datagram or, once the recording's end has been read, of that end.
     std::chrono::microseconds time() const { return latest; }
 
-    // The first thing wrong with the file, in words and on one line; empty while nothing is.
+    // The first fault in the file, as one line of text; empty if none has been found.
     const std::string &error() const { return fault; }
 
 private:
     void readHead();
 
-    // These throw what is wrong, in words, when they do not find what they are to read.
+    // These throw a std::runtime_error that describes the fault when they cannot read their item.
     void checkMagic();
     int readByte();
-    std::uint64_t readNumber(std::uint64_t largest, const char *what);        // which `what` names
+    std::uint64_t readNumber(std::uint64_t largest, const char *what);        // `what` is its name
     template <typename Bytes> void readBytes(Bytes &bytes, std::size_t size); // string or vector
-    std::chrono::microseconds readTime();                                     // of this record
+    std::chrono::microseconds readTime();                                     // of the record
     void readEnd();
 
-    // To be thrown where the file ends too early.
+    // The error to throw where the file ends too early or cannot be read further.
     std::runtime_error cutOff() const;
 
     std::unique_ptr<std::istream> input;
@@ -64,7 +62,7 @@ private:
     config::Document recorded;
     std::chrono::microseconds latest{}; // what time() returns
     std::uint64_t handedOut = 0;        // datagrams
-    bool ended = false;                 // and read to its end
+    bool ended = false;                 // the end has been read
     std::string fault;
 };
 

@@ -10,7 +10,7 @@
 
 namespace panelwall {
 
-// A turn is written early when it has grown to this size. A flood is then in order in parts only.
+// A turn that exceeds this many bytes is written early. In a flood only each such part is sorted.
 static constexpr std::size_t largestTurn = 1u << 20;
 
 RecordingWriter::RecordingWriter(const std::string &path, const config::Document &document,

@@ -1,4 +1,4 @@
-// Writes what arrives into a recording.
+// Writes received datagrams to a recording.
 #pragma once
 
 #include "tools/config/configDocument.h"
@@ -12,12 +12,12 @@
 
 namespace panelwall {
 
-// Owns the file. One thread at a time. What was written is a whole recording once finish() was
-// called; before that, a recording that is cut off at some datagram. After a failed write it writes
-// nothing more, and error() tells why.
+// Owns the file. One thread at a time. The recording is complete after finish(); until then the
+// file is a recording cut off at some datagram. After a failed write nothing more is written, and
+// error() returns the reason.
 class RecordingWriter {
 public:
-    // Makes the file, or empties it, and writes the head; error() tells when that fails. `start` is
+    // Creates or truncates the file and writes the header; error() reports a failure. `start` is
     // the recording's time 0.
     RecordingWriter(const std::string &path, const config::Document &document,
                     Clock::time_point start);
@@ -25,17 +25,18 @@ public:
     RecordingWriter(const RecordingWriter &) = delete;
     RecordingWriter &operator=(const RecordingWriter &) = delete;
 
-    // One datagram for device number `device` (its index in the document). The datagrams of a
-    // device come in the order of their times; those of several may be mixed up within a turn.
+    // Adds a datagram for device number `device` (its index in the document). Each device's
+    // datagrams must come in order of time; those of different devices may be interleaved in any
+    // order within a turn.
     void note(std::size_t device, std::span<const std::uint8_t> bytes, Clock::time_point arrival);
 
-    // Puts the datagrams noted since the last turn into the order of their times, and writes them.
+    // Sorts the datagrams noted since the last turn by time, and writes them.
     void endTurn();
 
-    // Ends the recording at `end`, and the turn.
+    // Ends the turn, and the recording with `end` as its end time.
     void finish(Clock::time_point end);
 
-    // Why writing failed; empty as long as it has not.
+    // Why writing failed; empty if it has not.
     const std::string &error() const { return failure; }
 
     std::uint64_t datagrams() const { return writtenDatagrams; }
