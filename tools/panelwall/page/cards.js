@@ -1,4 +1,4 @@
-// Cards with facts: about the selected panel, and about every device.
+// Cards that show facts about the selected panel and about every device.
 import { age, element, hex, setText } from "./elements.js";
 
 function duration(time, unit) {
@@ -7,7 +7,7 @@ function duration(time, unit) {
   return `${time} (${length < 10000 ? `${length} ms` : `${Math.round(length / 1000)} s`})`;
 }
 
-// The facts about a panel as [name, value, colour], the last one only of colours.
+// The facts about a panel as [name, value, colour]; only facts about colours have a third element.
 function factsOf(wall, panel, now) {
   const shown = wall.shownBy(panel, now);
   const facts = [
@@ -50,7 +50,7 @@ export class PanelCard {
     this.place(panel);
   }
 
-  // Beside the panel where there is room, and inside the wall.
+  // Places the card beside the panel, on the side where there is room, within the wall.
   place(panel) {
     const { left, top, length } = this.wall.boxOf(panel);
     const density = this.wall.density;
@@ -117,7 +117,7 @@ class DeviceCard {
   }
 }
 
-// How regularly datagrams come to each device, and what is wrong with them.
+// How regularly datagrams arrive for each device, and what is wrong with them.
 export class Devices {
   constructor(container) {
     this.container = container;
@@ -129,7 +129,7 @@ export class Devices {
     this.container.replaceChildren(...this.cards.map((card) => card.element));
   }
 
-  // The devices of a `now` event that came `passed` milliseconds ago.
+  // Shows the devices of a `now` event that arrived `passed` milliseconds ago.
   show(devices, passed) {
     const someHear = devices.some((device) => device.age !== undefined);
     devices.forEach((state, i) =>

@@ -1,4 +1,4 @@
-// What the page's parts share: elements, colours and lengths of time as text.
+// Shared by the page's parts: elements, and colours and durations as text.
 
 export function element(name, properties, ...children) {
   const made = Object.assign(document.createElement(name), properties);
@@ -6,12 +6,12 @@ export function element(name, properties, ...children) {
   return made;
 }
 
-// Changes only what is different, so that a page at rest is not laid out again.
+// Sets the text only if it differs, so that an unchanged page is not laid out again.
 export function setText(target, text) {
   if (target.textContent !== text) target.textContent = text;
 }
 
-// The colours of "rrggbbrrggbb------": numbers 0xRRGGBB, or -1 where there is none.
+// Parses "rrggbbrrggbb------" into numbers 0xRRGGBB, with -1 for no colour.
 export const readColours = (text) =>
   Int32Array.from(text.match(/.{6}/g) ?? [], (part) =>
     part === "------" ? -1 : parseInt(part, 16),

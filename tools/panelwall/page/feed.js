@@ -1,10 +1,10 @@
-// The wall's events, and its clock as a page can know it from events that are sometimes late.
+// Receives the wall's events, and estimates its clock from them although some arrive late.
 
-const quietTime = 4000; // the wall tells something every second; silence from here on is a loss
+const quietTime = 4000; // the wall sends every second; silence this long is a lost connection
 const pauseBeforeRetry = 2000;
 
-// Calls on.wall, on.past and on.now with what the events hold, and on.lost when the wall cannot be
-// heard any more; then reconnects.
+// Calls on.wall, on.past and on.now with the events' data. When the connection is lost, calls
+// on.lost and reconnects.
 export function listen(on) {
   const source = new EventSource("events");
   let watch;
@@ -24,27 +24,27 @@ export function listen(on) {
   }
 }
 
-// Two machines' clocks part by less than a thousandth; so much the page gives way.
+// Two machines' clocks drift apart by less than this share, so the estimate goes back no faster.
 const drift = 0.001;
 
 export class WallClock {
-  ahead = 0; // the wall's clock less the page's
+  ahead = 0; // the wall's clock minus the page's
   heardAt = -Infinity;
 
-  // The next event tells the time whatever those before it told.
+  // Lets the next event set the clock, regardless of earlier ones.
   forget() {
     this.heardAt = -Infinity;
   }
 
-  // An event of the wall's time came at `at` of the page's clock. The quickest one says most: those
-  // that come later than it were held up on their way and turn nothing back.
+  // An event with the wall's time `time` arrived at `at` on the page's clock. The event with the
+  // shortest delay is the most accurate; delayed ones turn the clock back only by the drift.
   follow(time, at) {
     const least = this.ahead - drift * (at - this.heardAt);
     this.ahead = Math.max(time - at, least);
     this.heardAt = at;
   }
 
-  // The wall's time at `at` of the page's clock.
+  // The wall's time at `at` on the page's clock.
   at(at) {
     return at + this.ahead;
   }

@@ -1,4 +1,4 @@
-// The page: listens to the wall, and paints at most sixty times a second whatever comes.
+// The page: receives the wall's events, and paints at most sixty times a second.
 import { Devices, PanelCard, sentenceOf } from "./cards.js";
 import { age, setText } from "./elements.js";
 import { listen, WallClock } from "./feed.js";
@@ -30,7 +30,7 @@ let stateAt = 0;
 let lost = false;
 let theme = readTheme();
 
-// What has been painted, for those who measure.
+// Counters for tests and measurements.
 const counts = { paints: 0, events: 0 };
 window.panelwall = counts;
 
@@ -61,7 +61,7 @@ function repaint() {
 
 function frame(time) {
   asked = false;
-  // Displays may be faster than sixty frames a second; the two milliseconds are for their jitter.
+  // Displays may refresh faster than sixty times a second; two milliseconds allow for jitter.
   if (time < nextPaint - 2) return ask();
   const now = performance.now();
   const wallNow = clock.at(now);
@@ -88,7 +88,7 @@ function frame(time) {
 
 setInterval(ask, timelineTime);
 
-// Words.
+// Status and notices.
 
 function tell(name, text, title = "", advice = "") {
   get("state").dataset.state = name;
@@ -137,7 +137,7 @@ listen({
   wall(event) {
     lost = false;
     clock.forget();
-    // A page that has lost the wall for a moment meets the same one again.
+    // After a lost connection it is still the same wall, so build only once.
     if (!facts) {
       wall.build(event);
       devices.build(event);
@@ -219,7 +219,7 @@ canvas.addEventListener("keydown", (event) => {
   select(keys[event.key](), true);
 });
 
-// The screen behind the panels, asked for only while it is shown and the page is looked at.
+// The screen behind the panels, requested only while it is shown and the page is visible.
 
 const button = get("pictureButton");
 let pictureTimer;
@@ -262,7 +262,7 @@ document.addEventListener("keydown", (event) => {
   if (event.key === "s" && isPlain(event)) togglePicture();
 });
 
-// The surroundings.
+// Changes of colour scheme and size.
 
 matchMedia("(prefers-color-scheme: dark)").addEventListener("change", () => {
   theme = readTheme();

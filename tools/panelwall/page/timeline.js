@@ -1,13 +1,13 @@
 // The last minute: for each device a strip of the colours that its panels were sent, newest at the
-// right. Two colours taking turns show as stripes.
+// right. Alternating colours show as stripes.
 import { element, hex, readColours } from "./elements.js";
 
 const mostStrips = 24;
 const markHeight = 4;
 
 class Strip {
-  colours = []; // in force, a row each
-  first = Infinity; // no column before this slot was ever filled
+  colours = []; // the current ones, one per row
+  first = Infinity; // the earliest slot filled
   last = -Infinity;
 
   constructor(device, index, slots, highest) {
@@ -24,13 +24,13 @@ class Strip {
       this.canvas);
     this.height = Math.min(highest, Math.max(18, this.rows.length * 5));
 
-    // A column a slot, at the slot's number modulo their count, and a row a panel.
+    // One column per slot, at the slot's number modulo their count, and one row per panel.
     this.ring = element("canvas", { width: slots, height: Math.max(1, this.rows.length) });
     this.paint = this.ring.getContext("2d", { willReadFrequently: false });
     this.marks = new Uint8Array(slots);
   }
 
-  // From `slot` on, when a datagram came, the rows have these colours.
+  // Sets the rows' colours from `slot` on, in which a datagram arrived.
   put(slot, colours) {
     if (this.last >= slot) this.last = slot - 1;
     else this.fillUpTo(slot - 1);
@@ -40,7 +40,7 @@ class Strip {
     this.marks[slot % this.slots] = 1;
   }
 
-  // Fills the columns after the last one with the colours in force.
+  // Fills the columns after the last one, up to `slot`, with the current colours.
   fillUpTo(slot) {
     if (this.first === Infinity) return;
     for (let s = Math.max(this.last + 1, slot - this.slots + 1, this.first); s <= slot; ++s) {
@@ -64,7 +64,7 @@ class Strip {
     this.canvas.height = Math.round(height * this.density);
   }
 
-  // With `slot` at the right edge.
+  // Draws the strip with `slot` at the right edge.
   draw(slot, theme) {
     this.fillUpTo(slot);
     const context = this.canvas.getContext("2d");
@@ -74,7 +74,7 @@ class Strip {
     context.clearRect(0, 0, width, this.canvas.height);
     context.fillStyle = theme.screen;
     context.fillRect(0, 0, width, height);
-    const head = (((slot + 1) % this.slots) + this.slots) % this.slots; // of the oldest
+    const head = (((slot + 1) % this.slots) + this.slots) % this.slots; // the oldest slot's column
     const share = width / this.slots;
     const part = (from, count, at) => {
       if (count > 0)
@@ -113,7 +113,7 @@ export class Timeline {
     this.resize();
   }
 
-  // A `past` event: for each device slot, colours, slot, colours and so on.
+  // A `past` event: for each device an array of slots and colours in turn.
   setPast(devices) {
     this.strips.forEach((strip, d) => {
       for (let i = 0; i < devices[d].length; i += 2)

@@ -1,7 +1,7 @@
-// The picture of the wall: the display's outline, every panel at its place, in its colour.
+// Draws the wall: the display's outline, and every panel at its place in its colour.
 import { hex, readColours } from "./elements.js";
 
-// How far the view may reach beyond the display to hold panels that hang outside, as a share of it.
+// How far the view may extend beyond the display to include panels outside it, as a share of it.
 const mostOutside = 0.5;
 const margin = 0.02;
 
@@ -27,9 +27,9 @@ export class Wall {
         x,
         y,
         side: device.side,
-        colour: -1, // what it was sent
-        from: -1, // what it showed when that was told
-        begun: 0, // when that was, and when it shows what it was sent: by the wall's clock
+        colour: -1, // the last one it was sent
+        from: -1, // the colour it showed at `begun`
+        begun: 0, // start and end of the transition, by the wall's clock
         ends: 0,
         time: 0, // the transition time that came with the colour
       })),
@@ -39,7 +39,7 @@ export class Wall {
     this.resize();
   }
 
-  // The state of a `now` event. All times here are the wall's.
+  // Takes over the state of a `now` event. All times are by the wall's clock.
   update({ time, devices }) {
     devices.forEach((device, deviceIndex) => {
       const sent = readColours(device.sent);
@@ -47,7 +47,7 @@ export class Wall {
       this.perDevice[deviceIndex].forEach((panel, i) => {
         const ends = time + device.left[i];
         panel.time = device.times[i];
-        // Still on the same way, which is known better from its beginning.
+        // Still the same transition; its earlier start gives more accurate colours.
         if (sent[i] === panel.colour && ends === panel.ends) return;
         Object.assign(panel, { colour: sent[i], from: shown[i], begun: time, ends });
       });
@@ -58,7 +58,7 @@ export class Wall {
     return this.panels.some((panel) => now < panel.ends);
   }
 
-  // What a panel shows, on its straight way from one colour to the next; -1 before the first.
+  // The colour a panel shows, interpolated linearly in a transition; -1 before the first colour.
   shownBy(panel, now) {
     if (panel.colour < 0 || now >= panel.ends) return panel.colour;
     const share = Math.max(0, (now - panel.begun) / (panel.ends - panel.begun));
@@ -70,7 +70,7 @@ export class Wall {
     return mix(16) | mix(8) | mix(0);
   }
 
-  // The picture's own size is the display's true one.
+  // `width` and `height` are the display's true size; the picture may be smaller.
   setPicture(picture, width, height) {
     this.picture?.close();
     this.picture = picture;
@@ -78,7 +78,7 @@ export class Wall {
     this.resize();
   }
 
-  // How many panels the view does not reach.
+  // How many panels are centred outside the view.
   get outOfView() {
     const { left, top, right, bottom } = this.view;
     return this.panels.filter(({ x, y }) => x < left || y < top || x > right || y > bottom).length;
@@ -119,7 +119,7 @@ export class Wall {
     this.shiftY = -view.top * this.scale;
   }
 
-  // A panel's square in pixels of the canvas, in whole pixels so that equal panels look equal.
+  // A panel's square on the canvas, in whole pixels so that equal panels look equal.
   boxOf({ x, y, side }) {
     const length = Math.max(3, Math.round(side * this.scale));
     return {
@@ -129,7 +129,7 @@ export class Wall {
     };
   }
 
-  // The topmost panel at a place in CSS pixels of the canvas, or null.
+  // The topmost panel at a position in CSS pixels of the canvas, or null.
   panelAt(x, y) {
     const px = x * this.density;
     const py = y * this.density;
@@ -195,8 +195,8 @@ export class Wall {
       this.stroke(theme.panelEdge, line);
       return;
     }
-    // Over the picture: the square's edge, and the colour in its middle, so that the screen which
-    // gave the colour is seen around it.
+    // Over the picture: the square's edge, and the colour only in its middle, so that the part of
+    // the screen that determines the colour stays visible around it.
     this.outlineSquare(panel, line * 1.5);
     this.stroke("rgb(0 0 0 / 0.65)", 3 * line);
     this.stroke(white, line);
@@ -205,7 +205,7 @@ export class Wall {
     context.stroke();
   }
 
-  // The path of a panel's square, so much smaller at each side, with round corners.
+  // The path of a panel's square, smaller by `inset` at each side, with rounded corners.
   outlineSquare(panel, inset) {
     const { left, top, length } = this.boxOf(panel);
     const side = length - 2 * inset;
