@@ -18,7 +18,7 @@ std::string makeToken() {
     return token;
 }
 
-// Looks at as many characters wherever the first wrong one is.
+// Takes the same time wherever the first difference is, so timing reveals nothing about the token.
 static bool startsWith(const std::string &path, const std::string &start) {
     if (path.size() < start.size())
         return false;
@@ -28,14 +28,14 @@ static bool startsWith(const std::string &path, const std::string &start) {
     return difference == 0;
 }
 
-// An address or "localhost", with a port or without one: names that no other site can point here.
+// An address or "localhost", with or without a port: names that no other site can point here.
 static bool isAddress(const std::string &host) {
     static const std::regex address(
         R"((localhost|\d{1,3}(\.\d{1,3}){3}|\[[0-9A-Fa-f:]{2,39}\])(:\d{1,5})?)");
     return std::regex_match(host, address);
 }
 
-// The whole value of a header line; the library's own function ends it at a zero byte.
+// The whole value of a header line; the library's own function truncates it at a zero byte.
 static std::string valueOf(const httplib::Request &request, const char *name) {
     const auto found = request.headers.find(name);
     return found == request.headers.end() ? "" : found->second;
@@ -52,7 +52,7 @@ Refusal judge(const httplib::Request &request, const std::string &token) {
         return {421, "Ask for the wall by its address, as panelwall printed it, not by a name."};
     const std::string origin = valueOf(request, "Origin");
     const std::string site = valueOf(request, "Sec-Fetch-Site");
-    // Following a link to the page is fine; its parts are for the page itself.
+    // Other sites may link to the page, but only the page itself may load its parts.
     const bool opensPage = request.path == root &&
                            valueOf(request, "Sec-Fetch-Mode") == "navigate" &&
                            valueOf(request, "Sec-Fetch-Dest") == "document";

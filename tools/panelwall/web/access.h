@@ -1,7 +1,7 @@
-// Who may ask the page's server for what.
+// Decides which requests the page's server answers.
 //
-// The address of the page holds a random token; who does not know it is told nothing. What else is
-// refused would only matter if an address became known, as on a shared screen: requests under a
+// The page's address contains a random token; requests without it learn nothing. The other checks
+// matter only if the address becomes known, as on a shared screen: they refuse requests under a
 // host name that another site has pointed here, and requests that a browser makes for another
 // site's page.
 //
@@ -13,8 +13,8 @@
 
 namespace panelwall {
 
-// 132 random bits from the kernel, in characters that a URL may hold. Throws std::system_error when
-// there are none.
+// 132 random bits from the kernel, in characters valid in a URL. Throws std::system_error when the
+// kernel provides none.
 std::string makeToken();
 
 struct Refusal {
@@ -22,8 +22,8 @@ struct Refusal {
     const char *reason = "";
 };
 
-// Everything lies below "/TOKEN/". A path that does not is refused before anything else is looked
-// at, and in a time that tells nothing about the token.
+// Everything is served below "/TOKEN/". Any other path is refused before anything else is checked,
+// in a time that reveals nothing about the token.
 Refusal judge(const httplib::Request &request, const std::string &token);
 
 } // namespace panelwall

@@ -1,5 +1,6 @@
-// One accepted connection, as the HTTP library reads and writes it. The library bounds neither how
-// many lines a request has and how long they are, nor the time that they take together; this does.
+// One accepted connection, which the HTTP library reads and writes. This class limits the size of
+// a request and the time to receive it; the library limits neither the number and length of a
+// request's lines nor their total time.
 #pragma once
 
 #include <algorithm>
@@ -10,14 +11,14 @@
 
 namespace panelwall {
 
-// One thread.
+// Used by one thread.
 class Connection : public httplib::Stream {
 public:
     static constexpr std::chrono::seconds requestTime{5}; // for the whole request
     static constexpr std::size_t largestRequest = 16384;
-    static constexpr std::chrono::seconds writeTime{5}; // for each part of the answer
+    static constexpr std::chrono::seconds writeTime{5}; // for each part of the reply
 
-    // Owns the first descriptor. Nothing waits any more once the other one is readable.
+    // Owns `descriptor`, not `stop_`. All waiting ends once `stop_` is readable.
     Connection(int descriptor, int stop_) : fd(descriptor), stop(stop_) {
         fcntl(fd, F_SETFD, FD_CLOEXEC);
         fcntl(fd, F_SETFL, O_NONBLOCK);
@@ -42,8 +43,8 @@ public:
         return is_writable() ? send(fd, bytes, size, 0) : -1;
     }
 
-    // Ends sending and reads on for a moment, so that a client that is still sending gets to see
-    // the answer instead of a reset connection.
+    // Ends sending and keeps reading for a moment, so that a client that is still sending receives
+    // the reply instead of a connection reset.
     void finish() {
         shutdown(fd, SHUT_WR);
         const auto deadline = Clock::now() + std::chrono::milliseconds(500);
@@ -53,7 +54,7 @@ public:
                 return;
     }
 
-    // Nobody asks for these.
+    // Required by the base class but not needed here.
     void get_remote_ip_and_port(std::string &, int &) const override {}
     void get_local_ip_and_port(std::string &, int &) const override {}
     socket_t socket() const override { return fd; }
@@ -61,7 +62,7 @@ public:
 private:
     using Clock = std::chrono::steady_clock;
 
-    // False when the deadline passes, or nothing shall wait any more.
+    // False when the deadline passes or `stop` is readable.
     bool wait(short events, Clock::time_point deadline) const {
         const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
         pollfd waiting[2] = {{fd, events, 0}, {stop, POLLIN, 0}};

@@ -1,4 +1,4 @@
-// Datagrams that reached this machine and found a socket's receive queue full.
+// Datagrams that reached this machine and were dropped because a socket's receive queue was full.
 #pragma once
 
 #include <cstdint>
@@ -6,7 +6,7 @@
 
 namespace panelwall {
 
-// How many a UDP socket of this process has lost so far; nothing when the system does not tell.
+// How many a UDP socket of this process has lost so far; nullopt if the system does not report it.
 std::optional<std::uint64_t> droppedDatagrams(int socket);
 
 } // namespace panelwall

@@ -1,4 +1,4 @@
-// From the wall's thread to the readers of the live page: the newest state, and nothing older.
+// Passes the newest state, and nothing older, from the wall's thread to the live page's readers.
 #pragma once
 
 #include "tools/panelwall/pipe.h"
@@ -12,8 +12,8 @@
 
 namespace panelwall {
 
-// There is no queue: a reader that is slow misses states and gets the newest when it is ready, so
-// that no reader can hold up the wall or make it grow.
+// There is no queue: a slow reader misses states and gets the newest when it is ready, so that no
+// reader can block the wall or increase its memory use.
 class LiveFeed {
 public:
     using Text = std::shared_ptr<const std::string>;
@@ -23,7 +23,7 @@ public:
     // Readable while a new reader waits for its greeting.
     int fd() const { return newcomers.readEnd(); }
 
-    // Whether readers have come since the last call; they wait for greet().
+    // Whether new readers have connected since the last call; they wait for greet().
     bool takeNewcomers() {
         char scrap[256];
         bool any = false;
@@ -32,39 +32,39 @@ public:
         return any;
     }
 
-    // All that a newcomer must know, the present state included. Others do not see it.
+    // Sends new readers everything they need, including the current state. Others do not get it.
     void greet(std::string text) { tell(greeting, std::move(text)); }
 
-    // The state of now, for readers that were greeted.
+    // Sends the current state to the readers that have been greeted.
     void publish(std::string text) { tell(state, std::move(text)); }
 
     // For any thread.
 
     int readers() const { return readerCount; }
 
-    // No reader waits any more.
+    // Ends all waiting: next() returns null from now on.
     void close() {
         const std::lock_guard lock(mutex);
         closed = true;
         changed.notify_all();
     }
 
-    // For a connection's thread; lives while the connection does.
+    // Used by a connection's thread, for as long as the connection lasts.
     class Reader {
     public:
         explicit Reader(LiveFeed &feed_) : feed(feed_) {
             ++feed.readerCount;
             const std::lock_guard lock(feed.mutex);
             seen = feed.greeting;
-            // A full pipe wakes the wall just as well.
+            // If the pipe is full, it wakes the wall anyway.
             [[maybe_unused]] const ssize_t written = write(feed.newcomers.writeEnd(), "", 1);
         }
         ~Reader() { --feed.readerCount; }
         Reader(const Reader &) = delete;
         Reader &operator=(const Reader &) = delete;
 
-        // Waits for the greeting the first time, later for a state newer than the last. Null once
-        // the feed is closed.
+        // The first call waits for a greeting, later calls wait for a state newer than the last.
+        // Null once the feed is closed.
         Text next() {
             std::unique_lock lock(feed.mutex);
             const Text &text = greeted ? feed.state : feed.greeting;
@@ -77,7 +77,7 @@ public:
     private:
         LiveFeed &feed;
         bool greeted = false;
-        Text seen; // the last greeting before it came, or once greeted state
+        Text seen; // next() waits for another text: first another greeting, then another state
     };
 
 private:

@@ -18,7 +18,7 @@ LivePage::LivePage(std::uint32_t display, std::vector<int> sockets_, WallFacts f
     : sockets(std::move(sockets_)), facts(std::move(facts_)), picture(display),
       server(feed, picture) {}
 
-// Always a new file, so that nobody who may read an older one can read this.
+// Always creates a new file: other users may be able to read an existing one.
 std::string LivePage::writeLink(const std::string &path) const {
     const std::string text =
         "<!doctype html><meta http-equiv=\"refresh\" content=\"0; url=" + url() + "\">\n";

@@ -1,4 +1,4 @@
-// The live page of one session: what the wall's thread does for it.
+// The live page of one session, as the wall's thread uses it.
 #pragma once
 
 #include "tools/panelwall/web/liveFeed.h"
@@ -15,26 +15,28 @@ namespace panelwall {
 // Used by the thread that uses the wall.
 class LivePage {
 public:
-    // `display` is the mirrored one; `sockets` are the devices', in order, open as long as the
-    // page, or none.
+    // `display` is the mirrored one; `sockets_` are the devices', in order, which stay open as long
+    // as the page exists, or none.
     LivePage(std::uint32_t display, std::vector<int> sockets_, WallFacts facts_);
 
-    // Begins to serve. What is wrong, in words, or nothing.
+    // Starts serving. Returns the reason for a failure, else an empty string.
     std::string open(const std::string &address, int port) { return server.open(address, port); }
     std::string url() const { return server.url(); }
 
-    // Makes a file that leads to the page. What is wrong, in words, or nothing.
+    // Writes a file that redirects to the page. Returns the reason for a failure, else an empty
+    // string.
     std::string writeLink(const std::string &path) const;
 
-    // To poll for: readable when show() has something to do before due().
+    // To poll: readable when show() has something to do before due().
     int fd() const { return feed.fd(); }
 
-    // When show() is to be called next; `changed` tells that the wall has received something since.
+    // When show() is to be called next; sooner after noteChange(), which reports that the wall has
+    // received something.
     Clock::time_point due() const;
     void noteChange() { changed = true; }
 
-    // Greets new readers, and tells the others if it is time: at most thirty times a second, once a
-    // second while nothing changes, and less often when a state is large.
+    // Greets new readers, and sends the others the state if that is due: at most thirty times a
+    // second, less often when a state is large, and once a second while nothing changes.
     void show(const Wall &wall, Clock::time_point now);
 
 private:
@@ -44,7 +46,7 @@ private:
     const WallFacts facts;
     LiveFeed feed;
     ScreenPicture picture;
-    PageServer server; // last: its threads use the others
+    PageServer server; // last, so destroyed first: its threads use the others
     bool changed = false;
     Clock::time_point lastShown;
     std::size_t lastSize = 0; // bytes

@@ -1,4 +1,4 @@
-// The files of the page, as they were when the program was built.
+// The page's files, embedded in the program when it was built.
 #pragma once
 
 #include <string_view>

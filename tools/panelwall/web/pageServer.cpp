@@ -12,8 +12,8 @@
 
 namespace panelwall {
 
-// Everything comes from here; nothing of it may be framed, read by other sites or kept, and no
-// other site may learn the address.
+// The page loads only from this server. Replies may not be framed, read by other sites or cached,
+// and no other site may learn the address.
 static const httplib::Headers everyAnswer = {
     {"Content-Security-Policy",
      "default-src 'none'; script-src 'self'; style-src 'self'; img-src 'self'; connect-src 'self'; "
@@ -36,14 +36,15 @@ static void refuse(httplib::Response &response, int status, const std::string &r
 PageServer::PageServer(LiveFeed &feed_, ScreenPicture &picture_)
     : feed(feed_), picture(picture_), token(makeToken()) {
     set_default_headers(everyAnswer);
-    // Not the library's choice, with which two programs could share a port. The connections of a
-    // wall that has just ended may linger; another wall may not.
+    // Replaces the library's default, which lets two programs share a port. This option allows
+    // listening while connections of a wall that has ended linger, but not while another wall
+    // listens.
     set_socket_options([this](socket_t descriptor) {
         const int yes = 1;
         setsockopt(descriptor, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
         listening = descriptor;
     });
-    // One thread more than there are connections, to refuse others with.
+    // One thread more than the connection limit, to refuse further connections.
     new_task_queue = [] { return new httplib::ThreadPool(mostConnections + 1); };
     set_pre_routing_handler([this](const httplib::Request &request, httplib::Response &response) {
         answer(request, response);
@@ -86,8 +87,8 @@ std::string PageServer::open(const std::string &address, int port) {
                                                                     : -1;
     if (bound < 0)
         return failure + lights::endpointText(address, port) + ": " + describeFailure(port, errno);
-    ::listen(listening, SOMAXCONN); // the library's queue is so short that a page may have to wait
-    // All addresses are no place to go to; the machine's own is one of them.
+    ::listen(listening, SOMAXCONN); // the library's backlog is so short that pages would wait
+    // A browser cannot open a wildcard address; it includes the loopback address.
     name = lights::endpointText(address == "0.0.0.0" ? "127.0.0.1"
                                 : address == "::"    ? "::1"
                                                      : address,
@@ -99,7 +100,7 @@ std::string PageServer::open(const std::string &address, int port) {
     pthread_sigmask(SIG_SETMASK, &all, &before);
     listener = std::thread([this] { listen_after_bind(); });
     pthread_sigmask(SIG_SETMASK, &before, nullptr);
-    // Only what runs can be stopped.
+    // stop() works only once the server runs.
     while (!is_running())
         std::this_thread::yield();
     return {};
@@ -113,7 +114,7 @@ bool PageServer::process_and_close_socket(socket_t descriptor) {
             "\r\nThe wall serves as many connections as it can.\n");
     } else {
         bool closed = false;
-        // Many parts of one file would make an answer of any size, so there are no parts.
+        // Many ranges of one file could make a reply of any size, so ranges are ignored.
         const auto dropRanges = [](httplib::Request &request) { request.ranges.clear(); };
         try {
             process_request(connection, true, closed, dropRanges);

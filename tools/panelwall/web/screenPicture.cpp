@@ -1,5 +1,5 @@
-// The picture comes the way the library's first look at a display comes, so that a wall on another
-// platform needs nothing new.
+// Takes the picture with the same functions as the mirroring library's first capture of a display,
+// so that another platform needs no further code for it.
 #include "tools/panelwall/web/screenPicture.h"
 
 #include "tools/panelwall/pngFile.h"
@@ -10,10 +10,10 @@
 
 namespace panelwall {
 
-// Wider or higher displays are shown at a half, a third and so on.
+// Wider or higher displays are scaled down to a half, a third and so on.
 static constexpr std::size_t largestSide = 2048;
 
-// An object of the platform's, released in the end; may be null.
+// Owns a platform object, which may be null, and releases it in the end.
 template <typename Ref, typename Release> static auto own(Ref object, Release release) {
     return std::unique_ptr<std::remove_pointer_t<Ref>, Release>(object, release);
 }
@@ -27,11 +27,11 @@ static std::shared_ptr<const ScreenShot> shoot(std::uint32_t display) {
     const auto data = own(CGDataProviderCopyData(CGImageGetDataProvider(image.get())), &CFRelease);
     if (!data)
         return nullptr;
-    // B, G, R, X each; rows follow each other without a gap, as the library takes them too.
+    // Bytes B, G, R, X per pixel; rows have no padding, which the mirroring library assumes too.
     const UInt8 *pixels = CFDataGetBytePtr(data.get());
 
-    // The mean of the square of pixels that one of the picture stands for, as far as there are so
-    // many.
+    // The mean of the square of display pixels that make one pixel of the picture; the square is
+    // cut off at the right and bottom edges.
     const std::size_t step = (std::max(width, height) + largestSide - 1) / largestSide;
     const auto meanAt = [&](std::size_t left, std::size_t top) -> Colour {
         const std::size_t right = std::min(left + step, width);

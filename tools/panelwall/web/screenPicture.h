@@ -1,4 +1,4 @@
-// A picture of the display that is being mirrored, to look at behind the panels.
+// A picture of the mirrored display, to show behind the panels.
 #pragma once
 
 #include "tools/panelwall/picture.h"
@@ -18,15 +18,15 @@ struct ScreenShot {
     int height = 0;
 };
 
-// Takes a picture when it is asked for one, never else, and at most every `leastAge`; who asks in
-// between gets the last one. Callable from any thread; one picture is taken at a time.
+// Takes pictures only on request, and at most one per `leastAge`; requests in between get the last
+// one. Callable from any thread; one picture is taken at a time.
 class ScreenPicture {
 public:
     static constexpr std::chrono::milliseconds leastAge{400};
 
     explicit ScreenPicture(std::uint32_t display_) : display(display_) {}
 
-    // Null when the display cannot be seen from here.
+    // Null when this process cannot capture the display.
     std::shared_ptr<const ScreenShot> take();
 
 private:
@@ -36,7 +36,7 @@ private:
     std::chrono::steady_clock::time_point takenAt;
 };
 
-// The size of a display in pixels; nothing when it cannot be seen from here.
+// The size of a display in pixels; nullopt when this process cannot capture it.
 std::optional<Size> measureDisplay(std::uint32_t display);
 
 } // namespace panelwall

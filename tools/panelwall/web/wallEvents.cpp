@@ -16,12 +16,12 @@ namespace {
 
 const char recordingAdvice[] = "The recording has a pause here, or has been played to its end.";
 
-// Larger numbers help nobody, and JSON knows no infinity.
+// Larger numbers are useless, and JSON has no infinity.
 constexpr double largestLength = 1e9;
 
 using Json = rapidjson::Writer<rapidjson::StringBuffer>;
 
-// A value of JSON: fractions have one decimal, and what is no number and no text is an array.
+// Writes a JSON value: fractions get one decimal; containers become arrays.
 template <typename Value> void write(Json &json, const Value &value) {
     if constexpr (std::is_same_v<Value, bool>) {
         json.Bool(value);
@@ -47,7 +47,7 @@ template <typename Value> void write(Json &json, const char *key, const Value &v
     write(json, value);
 }
 
-// What a function says of each panel.
+// The function's result for each panel.
 template <typename Function> auto listOf(const std::vector<WallPanel> &panels, Function function) {
     std::vector<decltype(function(panels[0]))> list;
     for (const WallPanel &panel : panels)
@@ -55,7 +55,7 @@ template <typename Function> auto listOf(const std::vector<WallPanel> &panels, F
     return list;
 }
 
-// Whole milliseconds of the wall's clock, the same in every event that tells of one moment.
+// Whole milliseconds of the wall's clock, so that all events give a moment the same number.
 std::int64_t timeOf(Clock::time_point moment) {
     return std::chrono::ceil<std::chrono::milliseconds>(moment.time_since_epoch()).count();
 }
@@ -64,7 +64,7 @@ double millisecondsOf(Clock::duration duration) {
     return std::chrono::duration<double, std::milli>(duration).count();
 }
 
-// Six hexadecimal digits a panel, "------" for one without a colour.
+// Six hexadecimal digits per panel, "------" for one without a colour.
 void append(std::string &text, const std::optional<Colour> &colour) {
     static const char digits[] = "0123456789abcdef";
     if (!colour) {
@@ -137,7 +137,7 @@ std::string wallEvent(const Wall &wall, const WallFacts &facts) {
     write(json, "config", facts.config);
     write(json, "mode", modeName(facts.mode));
     write(json, "recording", facts.isRecording);
-    write(json, "steady", facts.mode == 0); // whether it sends in a rhythm, so that gaps count
+    write(json, "steady", facts.mode == 0); // a steady rhythm, in which gaps mean something
     write(json, "width", facts.screen.width);
     write(json, "height", facts.screen.height);
     write(json, "sizeFrom", facts.sizeFrom);

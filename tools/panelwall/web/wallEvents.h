@@ -1,8 +1,8 @@
-// The wall as the page gets it: server-sent events with JSON texts.
+// The wall as it is sent to the page: server-sent events that contain JSON.
 //
-//     wall    once: the configuration, the outline and every panel's place
+//     wall    once: the configuration, the outline and every panel's position
 //     past    once: the colours sent within the last minute
-//     now     again and again: what every panel shows and every device has received
+//     now     repeatedly: what every panel shows and every device has received
 //
 // docs/page.md describes their members.
 #pragma once
@@ -18,11 +18,11 @@
 namespace panelwall {
 
 struct WallFacts {
-    std::string config;       // the document's path, or the recording's
-    bool isRecording = false; // that is played back
+    std::string config;       // the path of the document or recording
+    bool isRecording = false; // whether a recording is played
     std::int32_t mode = 0;
     Size screen;
-    std::string sizeFrom = "panels"; // or "given" or "display": how its size came to be known
+    std::string sizeFrom = "panels"; // where `screen` comes from; or "given" or "display"
     std::chrono::milliseconds transitionUnit = usualTransitionUnit;
     Clock::time_point start;
 };
@@ -30,7 +30,8 @@ struct WallFacts {
 std::string wallEvent(const Wall &wall, const WallFacts &facts);
 std::string pastEvent(const Wall &wall);
 
-// `lost` has an entry per device: the datagrams that its full queue has cost, where that is known.
+// `lost` has an entry per device, or none in a replay: the number of datagrams dropped because its
+// receive queue was full, where that is known.
 std::string nowEvent(const Wall &wall, const WallFacts &facts,
                      const std::vector<std::optional<std::uint64_t>> &lost, Clock::time_point now);
 
