@@ -38,7 +38,7 @@ std::vector<std::string> halfBlockLines(const Canvas &canvas) {
     return lines;
 }
 
-// Fewer lines of picture than this show nothing that can be recognised.
+// A picture with fewer lines than this is unrecognisable.
 static constexpr int leastPictureRows = 3;
 
 // The picture in a frame of lines, in at most `room` columns and rows of characters.
@@ -87,7 +87,8 @@ std::vector<std::string> composeFrame(const Wall &wall, Clock::time_point now, S
     return lines;
 }
 
-// Alternate screen, hidden cursor, no wrapping at the right edge; and all of it undone.
+// Enables the alternate screen, hides the cursor, disables wrapping at the right edge; and undoes
+// all of that.
 static const char enterCodes[] = "\x1b[?1049h\x1b[?25l\x1b[?7l\x1b[2J";
 static const char leaveCodes[] = "\x1b[0m\x1b[?7h\x1b[?25h\x1b[?1049l";
 

@@ -17,17 +17,18 @@ struct FrameContent {
     std::string message;              // may be empty; broken into lines as needed
 };
 
-// The lines of one frame, with the colours of this moment, for a terminal of this size (columns and
-// rows of characters): never more lines than rows, never longer than the columns. A small terminal
-// loses the picture first, then device lines, and says so.
+// The lines of one frame, with the colours at `now`, for a terminal of this size (columns and rows
+// of characters): never more lines than rows, never longer than the columns. Device lines take at
+// most half the height; one line counts those that do not fit. The picture is omitted if it does
+// not fit in the rest.
 std::vector<std::string> composeFrame(const Wall &wall, Clock::time_point now, Size screen,
                                       const FrameContent &content, Size terminal);
 
-// A canvas as coloured text. One string per two of its rows, in 24-bit colour, each as many columns
-// wide as the canvas. Every string ends with the colours set back to the terminal's own.
+// A canvas as text in 24-bit colour: one string per two of its rows, as many columns wide as the
+// canvas. Every string ends by restoring the terminal's own colours.
 std::vector<std::string> halfBlockLines(const Canvas &canvas);
 
-// Holds the terminal's alternate screen from enter() to leave(); the destructor leaves too.
+// Uses the terminal's alternate screen from enter() to leave(); the destructor leaves it too.
 class LiveView {
 public:
     explicit LiveView(int terminalFd) : fd(terminalFd) {}
@@ -38,16 +39,15 @@ public:
     void enter();
     void leave();
 
-    // When to draw next: at once after enter() and resize(), then at most twenty times a second,
-    // which also is the pace of panels on their way to another colour; four times a second while
-    // nothing changes, so that ages and rates stay true.
+    // When to draw next: at once after enter() and resize(); twenty times a second while the wall
+    // changes, transitions included; else four times a second, so that ages and rates stay true.
     Clock::time_point due(bool changed) const {
         return lastDrawn + std::chrono::milliseconds(changed ? 50 : 250);
     }
     void resize() { lastDrawn = {}; }
 
-    // Draws one frame, with the colours of this moment. A terminal that accepts nothing at the
-    // moment misses it. False when the terminal is gone.
+    // Draws one frame with the colours at `now`. Skips it if the terminal accepts no output now.
+    // False when the terminal is gone.
     bool draw(const Wall &wall, Size screen, const FrameContent &content, Clock::time_point now);
 
 private:
@@ -55,7 +55,7 @@ private:
 
     int fd;
     bool entered = false;
-    Clock::time_point lastDrawn; // long ago when it is to be drawn at once
+    Clock::time_point lastDrawn; // the clock's epoch when drawing is due at once
 };
 
 } // namespace panelwall
