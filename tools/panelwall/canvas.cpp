@@ -17,8 +17,8 @@ Canvas::Canvas(int width, int height, Colour background)
     : columns(width), rows(height),
       pixels(static_cast<std::size_t>(width) * static_cast<std::size_t>(height), background) {}
 
-// How much of the pixel at (x, y) lies in the box: 1 inside, 0 outside, between them at an edge.
-// From the distance of the pixel's centre to the edge, which is exact enough for one pixel.
+// The share of the pixel at (x, y) that lies in the box, from 0 outside to 1 inside. Derived from
+// the distance between the pixel's centre and the edge, which is exact enough for one pixel.
 static double coverageOf(const Box &box, double radius, int x, int y) {
     const double halfWidth = (box.right - box.left) / 2;
     const double halfHeight = (box.bottom - box.top) / 2;

@@ -1,4 +1,4 @@
-// A raster of colours and the two shapes that the wall is drawn with.
+// A raster of colours, and the two shapes used to draw the wall.
 #pragma once
 
 #include "tools/lights/device.h"
@@ -27,10 +27,10 @@ public:
     Colour at(int x, int y) const { return pixels[index(x, y)]; }
     void set(int x, int y, Colour colour) { pixels[index(x, y)] = colour; }
 
-    // Three bytes a pixel, red first; rows are packed.
+    // Three bytes per pixel, red first; rows are packed.
     const std::uint8_t *row(int y) const { return &pixels[index(0, y)].red; }
 
-    // A box with round corners, filled, or as a line inside its edges. Curved edges are smooth.
+    // A box with rounded corners, filled, or as a line inside its edges. Edges are antialiased.
     void fill(const Box &box, double radius, Colour colour);
     void stroke(const Box &box, double radius, double line, Colour colour);
 

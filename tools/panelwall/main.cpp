@@ -8,7 +8,7 @@
 
 using namespace panelwall;
 
-// Complains, a line per problem, and throws the status, when there are any.
+// Prints a line per problem, and throws the status if there are any.
 static void refuseProblems(ExitStatus status, const std::string &path,
                            const std::vector<config::Problem> &problems) {
     for (const config::Problem &problem : problems)
@@ -17,7 +17,7 @@ static void refuseProblems(ExitStatus status, const std::string &path,
         throw status;
 }
 
-// The document at `options.configPath`, with at least one device; refuses others.
+// Reads the document at `options.configPath`; refuses an invalid one and one without devices.
 static config::Document readWallDocument(const Options &options) {
     const std::string &path = options.configPath;
     std::string reason;
@@ -31,7 +31,7 @@ static config::Document readWallDocument(const Options &options) {
     return std::move(reading.document);
 }
 
-// Listens until the end; returns an exit status.
+// Listens until the program is to end; returns an exit status.
 static int runWall(const Options &options) {
     const config::Document document = readWallDocument(options);
     std::vector<config::Problem> problems;
@@ -42,8 +42,8 @@ static int runWall(const Options &options) {
     return Session(options, document, receiver, nullptr).run();
 }
 
-// The document to show and send by: the recording's own, or the one that the command line names
-// instead.
+// The document to use for display and sending: the one that the command line names, else the
+// recording's own.
 static config::Document chooseDocument(const Options &options, const config::Document &recorded) {
     if (options.configPath.empty())
         return recorded;
@@ -57,8 +57,8 @@ static config::Document chooseDocument(const Options &options, const config::Doc
     return other;
 }
 
-// Plays the recording to its end, and refuses it there if something is wrong with it; returns an
-// exit status.
+// Plays the recording and returns an exit status. Refuses a damaged recording after playing it up
+// to the damage.
 static int replay(const Options &options) {
     const std::string &path = *options.replayPath;
     RecordingReader reader(path);
@@ -87,7 +87,7 @@ static int replay(const Options &options) {
     return status;
 }
 
-// The exit statuses of comparing programs.
+// The usual exit statuses of programs that compare files.
 enum { theSame = 0, different = 1, failed = 2 };
 
 // Prints where the recordings at these two paths differ. Returns `failed` when one of them cannot
@@ -123,7 +123,7 @@ static int compareFiles(const std::vector<std::string> &paths) {
 }
 
 int main(int argc, char **argv) {
-    int failure = exitOther; // what it ends with when something is thrown
+    int failure = exitOther; // the exit status after an exception
     try {
         const Options options = parseOptions(argc, argv);
         if (!options.comparedPaths.empty()) {

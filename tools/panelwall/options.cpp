@@ -73,7 +73,7 @@ Exit statuses:
   7  the recording cannot be read or is damaged; it was played up to there
   8  the live page cannot be served at the address and port)";
 
-// Accepts a number from `least` to `most`, and nothing else: no "nan", which compares with neither.
+// Accepts only a number from `least` to `most`; "nan" fails both comparisons.
 static auto numberFrom(double least, double most) {
     return [least, most](const std::string &text) {
         double number = 0.0;
@@ -123,7 +123,7 @@ static void addRecordingOptions(CLI::App &app, Options &options) {
 Options parseOptions(int argc, char **argv) {
     Options options;
     CLI::App app(about, "panelwall");
-    app.footer(footer + 1); // behind the line break that it begins with
+    app.footer(footer + 1); // without its leading line break
     app.set_version_flag("--version", "panelwall " MIRROR_VERSION);
     app.add_option("CONFIG", options.configPath, "The configuration document; - is standard input");
     addRecordingOptions(app, options);

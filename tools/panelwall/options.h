@@ -1,4 +1,4 @@
-// The command line, and how the program ends.
+// The command line and the exit statuses.
 #pragma once
 
 #include "tools/panelwall/picture.h"
@@ -10,8 +10,7 @@
 
 namespace panelwall {
 
-// What the program ends with; --help lists them. Thrown to end it, once the reason has been
-// printed.
+// The exit statuses, which --help lists. Thrown to end the program after the reason was printed.
 enum ExitStatus {
     exitOk = 0,
     exitOther = 1,
@@ -24,7 +23,7 @@ enum ExitStatus {
     exitPage = 8,
 };
 
-// One line on standard error about the file at `path`.
+// Prints one line about the file at `path` on standard error.
 void complain(const std::string &path, const std::string &text);
 
 // Complains and throws the status.
@@ -34,11 +33,11 @@ void complain(const std::string &path, const std::string &text);
 struct WebOptions {
     std::string address = "127.0.0.1";
     int port = 8060;      // 0: any free one
-    std::string linkPath; // of a file that leads there; may be empty
+    std::string linkPath; // of a file that redirects there; may be empty
 };
 
 struct Options {
-    std::string configPath; // may be empty in a replay; is in a comparison
+    std::string configPath; // may be empty in a replay or comparison
     std::optional<std::chrono::milliseconds> duration;
     std::optional<std::string> snapshotPath;
     std::optional<Size> screen;
@@ -53,7 +52,7 @@ struct Options {
     std::vector<std::string> comparedPaths; // two or none
 };
 
-// What the arguments ask for. Throws an ExitStatus after help or a complaint.
+// Parses the command line. Throws an ExitStatus after printing help or an error.
 Options parseOptions(int argc, char **argv);
 
 } // namespace panelwall

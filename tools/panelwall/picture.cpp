@@ -41,7 +41,7 @@ Size fitInto(Size screen, Size room) {
 }
 
 // A panel's square on the canvas, in whole pixels and at least one pixel large. The side is rounded
-// before the place, so that equal panels look equal.
+// before the position, so that equal panels look equal.
 static Box place(const WallPanel &panel, Size screen, const Canvas &canvas) {
     const auto edges = [&panel](double centre, double scale) {
         const double side = std::max(1.0, std::round(2 * panel.halfSide * scale));

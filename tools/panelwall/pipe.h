@@ -1,4 +1,4 @@
-// A pipe within the process, for threads and signal handlers to wake one that polls.
+// A pipe within the process, so that threads and signal handlers can wake a thread that polls.
 #pragma once
 
 #include <cerrno>
@@ -8,11 +8,11 @@
 
 namespace panelwall {
 
-// Owns both ends, which are closed on exec and never wait: a full pipe takes no more, an empty one
-// gives nothing.
+// Owns both ends, which are close-on-exec and non-blocking: a write to a full pipe and a read from
+// an empty one fail at once.
 class Pipe {
 public:
-    // Throws std::system_error when no pipe can be made.
+    // Throws std::system_error when the pipe cannot be created.
     Pipe() {
         if (pipe(ends) != 0)
             throw std::system_error(errno, std::generic_category(), "pipe");

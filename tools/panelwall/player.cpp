@@ -10,13 +10,13 @@
 
 namespace panelwall {
 
-// So many are played before signals and the drawing get their turn.
+// At most this many are played before signals and drawing get their turn.
 static constexpr int datagramsPerTurn = 4096;
 
-// Waiting together with everything else is exact to a millisecond; the rest is waited for here.
+// The session's poll is accurate only to a millisecond, so the player sleeps for the rest itself.
 static constexpr std::chrono::microseconds lastMoment{1500};
 
-// Slow enough a replay would leave the clock's range.
+// A very slow replay would exceed the clock's range.
 static constexpr std::chrono::hours longestReplay{24 * 365 * 100};
 
 Sender::~Sender() {

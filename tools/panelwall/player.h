@@ -1,4 +1,4 @@
-// Plays a recording back: each datagram at its time, and to its device if need be.
+// Plays a recording back: each datagram at its time, optionally also sent to its device.
 #pragma once
 
 #include "tools/recording/recordingReader.h"
@@ -8,8 +8,8 @@
 
 namespace panelwall {
 
-// Sends recorded datagrams to the devices that they were recorded for. Owns its sockets, one per
-// address family in use. One thread at a time.
+// Sends recorded datagrams to the devices' endpoints. Owns its sockets, one per address family in
+// use. One thread at a time.
 class Sender {
 public:
     Sender() = default;
@@ -17,15 +17,15 @@ public:
     Sender(const Sender &) = delete;
     Sender &operator=(const Sender &) = delete;
 
-    // The devices' endpoints, in order. Returns the reason when no socket can be opened, else
-    // nothing. Called once.
+    // `endpoints_` are the devices', in order. Returns the reason if a socket cannot be opened,
+    // else an empty string. Called once.
     std::string open(std::vector<Endpoint> endpoints_);
 
-    // Sends one datagram to device number `device`, waiting for room in the socket's queue. One
-    // that cannot be sent is counted.
+    // Sends a datagram to device number `device`; blocks while the socket's queue is full. Counts
+    // failures.
     void send(std::size_t device, std::span<const std::uint8_t> bytes);
 
-    // How many were sent and how many could not be, in words.
+    // How many were sent and how many could not be, as text.
     std::string report() const;
 
 private:
@@ -39,23 +39,23 @@ private:
 // One thread at a time. The recording's time 0 is the first call of playDue().
 class Player {
 public:
-    // With `sender_`, every datagram goes out as well. Both outlive the player. A `speed_` of 2
-    // takes half the time; it is greater than 0.
+    // Unless `sender_` is null, every datagram is also sent. Reader and sender must outlive the
+    // player. A `speed_` of 2 halves the duration; it must be greater than 0.
     Player(RecordingReader &reader_, double speed_, Sender *sender_);
 
-    // When to call playDue(): shortly before the next datagram's time, at the latest; when
-    // ended() becomes true, once there is none; never, once it has.
+    // When to call playDue() next: at once at the start, then shortly before the next datagram is
+    // due; after the last datagram, when the recording ends; never (the latest time) once ended().
     Clock::time_point due() const;
 
-    // Hands over the datagrams whose time has come, some thousand at most; waits for a moment when
-    // the next one's time is about to come. True when there was any.
+    // Passes the datagrams that are due to `handler`, a few thousand at most; sleeps up to 1.5 ms
+    // for one that is almost due. True if there were any.
     bool playDue(const Receiver::Handler &handler);
 
-    // Whether the recording was over, up to its last moment or its fault, when playDue() returned.
+    // Whether the recording had been played to its end or its fault when playDue() last returned.
     bool ended() const { return over; }
 
 private:
-    // The moment at which what was recorded at `time` is due.
+    // When a datagram recorded at `time` is due.
     Clock::time_point momentOf(std::chrono::microseconds time) const;
 
     RecordingReader &reader;
@@ -64,7 +64,7 @@ private:
 
     std::optional<Clock::time_point> begin; // none before the first call of playDue()
     RecordedDatagram upcoming;
-    bool more; // `upcoming` is to be played
+    bool more; // whether `upcoming` is to be played
     bool over = false;
 };
 

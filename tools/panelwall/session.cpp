@@ -10,7 +10,7 @@
 
 namespace panelwall {
 
-// Room for the last minute of so many panels on the page, some megabytes.
+// The page shows the last minute of at most this many panels, which takes a few megabytes.
 static constexpr std::size_t mostHistoryRows = 480;
 
 static constexpr int largestPictureSide = 5120;
@@ -155,7 +155,7 @@ void Session::handleSignals() {
     }
 }
 
-// The shell gets its own screen back while the program is stopped.
+// Restores the shell's screen while the program is stopped.
 void Session::pause() {
     live.leave();
     kill(getpid(), SIGSTOP);
@@ -264,7 +264,7 @@ void Session::tell(const std::string &text) {
     live.resize();
 }
 
-// A reader that takes nothing misses lines rather than holding up the wall.
+// A reader that accepts no output misses lines instead of blocking the wall.
 void Session::print(const std::string &text) {
     if (!canWrite(STDOUT_FILENO))
         return;

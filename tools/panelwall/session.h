@@ -1,5 +1,5 @@
 // One run of the program, from the first datagram to the summary: waits for datagrams and signals,
-// and has the wall shown.
+// and shows the wall.
 #pragma once
 
 #include "tools/panelwall/options.h"
@@ -16,13 +16,13 @@ namespace panelwall {
 
 class Session {
 public:
-    // Datagrams come from `receiver`, whose sockets are open, or from `player` if there is one;
-    // then the receiver has none. All arguments must outlive the session.
+    // Datagrams come from `player`, or if it is null from the open sockets of `receiver`; with a
+    // player, the receiver has no sockets. All arguments must outlive the session.
     Session(const Options &options_, const config::Document &document_, Receiver &receiver_,
             Player *player_);
 
-    // Runs to the end; returns an exit status, or throws it, after a complaint, when what was asked
-    // for cannot be recorded or served.
+    // Runs to the end and returns an exit status. If the recording or the live page cannot be
+    // started, it prints the reason and throws the status.
     int run();
 
 private:
@@ -30,32 +30,32 @@ private:
     void servePage();
     void announce();
 
-    // Takes in what has come.
+    // Processes the datagrams that have arrived.
     void receive();
     void waitUntil(Clock::time_point when);
     void handleSignals();
     void pause();
 
-    // Shows the wall if it is due.
+    // Shows the wall if that is due.
     void show();
     void showLines();
 
-    // What to say about datagrams that do not come; nothing in a replay, which is as it was.
+    // The message about missing datagrams; empty in a replay, which repeats recorded pauses.
     std::string silence(Clock::time_point now) const;
 
-    // What the terminal says below the wall.
+    // The message below the wall on a terminal.
     std::string message(Clock::time_point now) const;
 
-    // The next moment at which something is to be done without a datagram or signal.
+    // When to wake up next even without a datagram or signal.
     Clock::time_point nextDue() const;
 
-    // Writes the picture and says so. False when that failed.
+    // Writes the picture and reports it. False when that failed.
     bool saveSnapshot();
 
-    // Ends the recording and says so. False when it could not be written.
+    // Ends the recording and reports it. False when it could not be written.
     bool finishRecording();
 
-    // Tells the user something: a line, or for some seconds the message on the terminal.
+    // Shows a message to the user: a printed line, or on a terminal a notice for a few seconds.
     void tell(const std::string &text);
     void print(const std::string &text);
 
@@ -73,8 +73,8 @@ private:
     std::optional<LivePage> page;
 
     const Clock::time_point start = Clock::now();
-    Clock::time_point nextLines; // when the next lines are due, off a terminal
-    bool changed = false;        // the wall since it was last drawn, or it will
+    Clock::time_point nextLines; // when lines are due next, without a terminal
+    bool changed = false;        // the wall since it was last drawn, or it is in transition
     bool silenceTold = false;
     bool flashesTold = false;
     bool recordingErrorReported = false;

@@ -7,7 +7,7 @@
 
 namespace panelwall {
 
-// What a handler may touch; both are lock-free, as handlers require.
+// The state that handlers use; lock-free, as they require.
 static std::atomic<int> pipeForHandler{-1};
 static std::atomic<int> ends{0};
 static_assert(std::atomic<int>::is_always_lock_free);
@@ -16,7 +16,7 @@ static void enqueue(int signal) {
     const int savedErrno = errno;
     if (signal == SIGINT || signal == SIGTERM || signal == SIGHUP)
         ++ends;
-    // A full pipe holds thousands of signals that nobody has read; one more tells nothing new.
+    // A full pipe already holds thousands of unread signals, so losing this one does no harm.
     const auto byte = static_cast<unsigned char>(signal);
     [[maybe_unused]] const ssize_t written = write(pipeForHandler, &byte, 1);
     errno = savedErrno;
@@ -41,7 +41,7 @@ void Signals::take(int signal, void (*handler)(int)) {
     if (signal == SIGHUP && before.sa_handler == SIG_IGN)
         return;
     saved.emplace_back(signal, before);
-    // Without SA_RESTART, so that a write to a halted terminal comes back.
+    // Without SA_RESTART, so that a signal interrupts a write to a halted terminal.
     struct sigaction action {};
     action.sa_handler = handler;
     sigemptyset(&action.sa_mask);

@@ -1,4 +1,4 @@
-// Signals as something to poll for, and output that they end.
+// Signals as a descriptor to poll, and output that signals interrupt.
 #pragma once
 
 #include "tools/panelwall/pipe.h"
@@ -12,20 +12,20 @@
 namespace panelwall {
 
 // While it lives, SIGINT, SIGTERM, SIGHUP, SIGUSR1, SIGWINCH and SIGTSTP are queued here instead of
-// acting on the process, and SIGPIPE is ignored. A SIGHUP that was ignored already stays so. The
-// destructor gives every signal back. One object per process.
+// acting on the process, and SIGPIPE is ignored. A SIGHUP that was already ignored stays ignored.
+// The destructor restores the earlier actions. One object per process.
 class Signals {
 public:
-    // Throws std::system_error when no pipe can be made.
+    // Throws std::system_error when the pipe cannot be created.
     Signals();
     ~Signals();
     Signals(const Signals &) = delete;
     Signals &operator=(const Signals &) = delete;
 
-    // Readable while a signal waits in next().
+    // Readable while next() has a signal to return.
     int fd() const { return queue.readEnd(); }
 
-    // The oldest signal that has come and was not returned before; never waits.
+    // Removes and returns the oldest queued signal; none if the queue is empty. Never waits.
     std::optional<int> next();
 
 private:
@@ -39,9 +39,9 @@ private:
 // write then fails at once.
 bool canWrite(int fd);
 
-// Writes all of it, waiting as needed; gives up when a signal to end comes meanwhile (SIGINT,
-// SIGTERM or SIGHUP). False when not everything was written for another reason (the reader is gone,
-// the disk is full).
+// Writes the whole text, waiting as needed; stops early, and still returns true, when SIGINT,
+// SIGTERM or SIGHUP arrives. False when writing fails for another reason (the reader is gone, the
+// disk is full).
 bool writeAll(int fd, std::string_view text);
 
 } // namespace panelwall
