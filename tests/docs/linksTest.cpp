@@ -36,7 +36,7 @@ TEST(Links, ThatLeadNowhereAreTold) {
     EXPECT_EQ(broken("`[a](code)`\n\n    [a](code)\n\n```c\n[a](code)\n```\n"), "");
 }
 
-// A page that no other leads to is found by nobody.
+// Readers do not find a page without a link to it.
 TEST(Links, ReachEveryPageFromTheReadme) {
     const std::vector<Page> pages = test::pagesOf(TREE);
     std::set<std::string> reached;

@@ -18,7 +18,7 @@ namespace {
 using Tree = std::unique_ptr<cmark_node, decltype(&cmark_node_free)>;
 using Walk = std::unique_ptr<cmark_iter, decltype(&cmark_iter_free)>;
 
-// Calls `use` with every node below this one and itself, in the order in which they are read.
+// Calls `use` with this node and all nodes below it, in reading order.
 template <class Use> void forEachNode(cmark_node *root, Use use) {
     const Walk walk(cmark_iter_new(root), cmark_iter_free);
     for (cmark_event_type event; (event = cmark_iter_next(walk.get())) != CMARK_EVENT_DONE;)
@@ -26,7 +26,7 @@ template <class Use> void forEachNode(cmark_node *root, Use use) {
             use(cmark_iter_get_node(walk.get()));
 }
 
-// As code hosts derive it from a heading's text.
+// Derives the anchor from the heading's text as code hosts do.
 std::string anchorOf(cmark_node *heading) {
     std::string anchor;
     forEachNode(heading, [&anchor](cmark_node *node) {
@@ -108,7 +108,7 @@ std::string brokenLinks(const std::string &tree, const std::vector<Page> &pages,
     std::string broken;
     for (const Link &link : page.links) {
         if (std::regex_search(link.target, std::regex("^[a-z]+:")))
-            continue; // it leads outside
+            continue; // an external link
         const auto hash = link.target.find('#');
         const std::string file = link.target.substr(0, hash);
         const fs::path path =

@@ -1,4 +1,4 @@
-// What the tests of the documents read of a Markdown page, and where its links lead.
+// Parses Markdown pages for the tests of the documents and checks their links.
 #pragma once
 
 #include <set>
@@ -21,7 +21,7 @@ struct CodeBlock {
 };
 
 struct Page {
-    std::string path; // from the tree's root
+    std::string path; // relative to the tree's root
     std::set<std::string> anchors;
     std::vector<Link> links;
     std::vector<CodeBlock> code;
@@ -29,16 +29,16 @@ struct Page {
 
 Page readPage(const std::string &path, const std::string &text);
 
-// Every page of the tree, in the order of their paths.
+// Every page of the tree, sorted by path.
 std::vector<Page> pagesOf(const std::string &tree);
 
 // "docs/modes.md:12"
 std::string place(const Page &page, int line);
 
-// The page that a link leads to, or null when it leads to another kind of file.
+// The page at `path`, or null if there is none.
 const Page *pageAt(const std::vector<Page> &pages, const std::string &path);
 
-// What is wrong with the links of a page of the tree, a line each.
+// The broken links of a page of the tree, one per line.
 std::string brokenLinks(const std::string &tree, const std::vector<Page> &pages, const Page &page);
 
 } // namespace test

@@ -18,7 +18,7 @@ using test::shell;
 
 namespace {
 
-// A folder that looks like a tree which was built by the release preset.
+// A folder that looks like a source tree built with the release preset.
 class Snippets : public testing::Test {
 protected:
     Snippets() {
@@ -28,7 +28,7 @@ protected:
             fs::create_directory_symlink(fs::path(TREE) / room, folder.file(room));
     }
 
-    // Calls `use` with each block in that language and its place; there must be some.
+    // Calls `use` with each block in that language and its place; expects at least one block.
     template <class Use> void forEachBlock(const std::string &language, Use use) {
         int count = 0;
         for (const Page &page : test::pagesOf(TREE))
@@ -43,7 +43,7 @@ protected:
     const test::Folder folder;
 };
 
-// "cpp" is for the pages whose steps a test of their own follows.
+// "cpp" is only for the page whose steps addingAModeTest follows.
 TEST_F(Snippets, AreInLanguagesThatATestReads) {
     for (const Page &page : test::pagesOf(TREE))
         for (const CodeBlock &block : page.code)
@@ -81,7 +81,7 @@ TEST_F(Snippets, OfTheShellRunWithoutADesktop) {
     });
 }
 
-// So that nobody who installs what docs/building.md lists finds something missing.
+// The packages that docs/building.md lists must be sufficient for the build.
 TEST(Packages, OfTheBuildAreListed) {
     const std::string page = test::fileText(TREE "/docs/building.md");
     std::istringstream names(
@@ -92,11 +92,11 @@ TEST(Packages, OfTheBuildAreListed) {
     EXPECT_GT(count, 10);
 }
 
-// Commands that take too long to run here, or need a desktop, at least exist, with all that follows
-// them: scripts, presets, targets, options.
+// Checks that the scripts, presets and options of all commands exist: some commands take too long
+// to run here or need a desktop.
 class Commands : public Snippets {
 protected:
-    // What is wrong with a command line, or nothing.
+    // The fault of a command line; empty if there is none.
     std::string faultOf(const std::string &line) {
         static const std::regex script("^(scripts/[a-z-]+|tests/[A-Za-z/]+)\\b");
         static const std::regex preset("--preset ([A-Za-z0-9_-]+)");
@@ -130,7 +130,7 @@ protected:
         return help;
     }
 
-    // Calls `use` with each line of shell, joined with those that it goes on in.
+    // Calls `use` with each shell command, its continuation lines joined.
     template <class Use> void forEachLine(const CodeBlock &block, Use use) {
         static const std::regex continuation("\\\\\n *");
         static const std::regex comment(" +# .*$");
@@ -162,7 +162,7 @@ TEST_F(Commands, ThatDoNotExistAreTold) {
     EXPECT_EQ(faultOf("panelwall c.json --web --quiet"), "panelwall c has no --quiet");
 }
 
-// A picture that nobody can make again grows old unnoticed.
+// A picture that cannot be made again becomes outdated unnoticed.
 TEST_F(Snippets, PicturesNameTheCommandThatMakesThem) {
     static const std::regex command("`(scripts/[a-z-]+)");
     for (const Page &page : test::pagesOf(TREE)) {
