@@ -1,4 +1,4 @@
-// The demo on a terminal, as a person meets it.
+// Runs the demo on a terminal, as a person would.
 #include "tests/support/files.h"
 #include "tests/support/process.h"
 #include "tests/support/virtualScreen.h"
@@ -13,12 +13,12 @@
 
 using namespace test;
 
-// What every process of this test's demo has in its environment.
+// The variable that every process of this test's demo has in its environment.
 static std::string mark() {
     return "DEMO_TEST=" + std::to_string(getpid());
 }
 
-// The command lines of all processes that the demo has started and that still run.
+// The command lines of all processes that the demo started and that still run.
 static std::vector<std::string> running() {
     std::vector<std::string> commands;
     std::error_code gone;
@@ -27,7 +27,7 @@ static std::vector<std::string> running() {
         if (name.find_first_not_of("0123456789") != std::string::npos ||
             name == std::to_string(getpid()))
             continue;
-        // Each variable follows on a zero byte, or is the first.
+        // A zero byte separates the variables; put one before the first as well.
         const std::string variables = '\0' + fileText(process.path() / "environ");
         const std::string wanted = '\0' + mark() + '\0';
         if (variables.find(wanted) != std::string::npos)
@@ -44,18 +44,18 @@ protected:
         unsetenv("DISPLAY");
     }
 
-    // Has the demo find this shell script under the name of a program.
+    // Makes the demo find this shell script in place of the program `name`.
     static void findFirst(const Folder &folder, const std::string &name, const std::string &lines) {
         chmod(folder.write(name, "#!/bin/sh\n" + lines + "\n").c_str(), 0755);
         setenv("PATH", (folder.file("") + ":" + std::getenv("PATH")).c_str(), 1);
     }
 
-    // Presses Ctrl-C and looks at what is left.
+    // Presses Ctrl-C and expects that no process is left.
     static void interrupt(Process &demo) {
         EXPECT_GE(running().size(), 5u); // screen, player, mirror, photographer, wall
         demo.type("\x03");
         EXPECT_EQ(demo.finish().status, 130);
-        // The system may take a moment to remove what has ended.
+        // The system may take a moment to remove ended processes.
         for (int tries = 0; tries < 500 && !running().empty(); ++tries)
             poll(nullptr, 0, 10);
         EXPECT_EQ(running(), std::vector<std::string>());
@@ -81,7 +81,8 @@ TEST_F(Demo, OpensThePageWhereThereIsADesktop) {
     demo.waitFor("15/15 lit");
     for (int tries = 0; tries < 1000 && fileText(asked).empty(); ++tries)
         poll(nullptr, 0, 10);
-    // Others can see what it is asked for, so that is a file, and the address in it.
+    // Other users can see the arguments of xdg-open, so its argument is a file that holds the
+    // address.
     const std::string link = fileText(asked);
     const PageAddress page = addressIn(fileText(link.substr(0, link.find('\n'))));
     EXPECT_EQ(statusOf(get(page.port, page.root)), 200) << link;
