@@ -1,5 +1,5 @@
-// The Debian packages: what they hold, what they ask for, and that Debian's own check has nothing
-// against them.
+// The Debian packages: their contents, their dependencies, and that Debian's own checker accepts
+// them.
 #include "tests/install/installed.h"
 
 #include <algorithm>
@@ -36,7 +36,8 @@ protected:
     test::Folder folder;
 };
 
-// What Debian has in other places or forms than the rest of the world.
+// The name of an installed file in the Debian packages, where some files have another place or
+// form.
 std::string inDebian(std::string file) {
     if (const auto at = file.find("site-functions"); at != std::string::npos)
         file.replace(at, std::string("site-functions").size(), "vendor-completions");
@@ -45,7 +46,7 @@ std::string inDebian(std::string file) {
     return "usr/" + file;
 }
 
-// Adds all but what each package has of its own.
+// Adds a package's files, except the three documents that every package must have.
 void addFiles(std::vector<std::string> &files, const std::string &root,
               const std::string &package) {
     const std::string own = "usr/share/doc/" + package + "/";
@@ -79,7 +80,7 @@ TEST_F(DebianPackages, HoldWhatIsInstalledAndAskForWhatTheyLoad) {
     std::sort(wanted.begin(), wanted.end());
     EXPECT_EQ(held, wanted);
 
-    // A host that is there needs no more than the first.
+    // A host that is already built needs only the library package.
     const std::string place = "usr/" LIBDIR "/libscreenMirrorMac.so";
     std::vector<std::string> files;
     addFiles(files, folder.file(library), library);
@@ -100,7 +101,7 @@ TEST_F(DebianPackages, HoldWhatIsInstalledAndAskForWhatTheyLoad) {
     const std::string run = "env -i LD_LIBRARY_PATH=" + folder.file(library) + "/usr/" LIBDIR " " +
                             folder.file(programs) + "/usr/bin/mirrorctl --help";
     EXPECT_EQ(test::shell(run).status, 0) << run;
-    // The loader knows the place.
+    // The loader searches this directory without a RUNPATH.
     EXPECT_EQ(
         test::shell("readelf -d " + folder.file(programs) + "/usr/bin/* | grep -c RUNPATH").out,
         "0\n");

@@ -1,4 +1,4 @@
-// What is installed, and hosts that are built from it alone.
+// The installed files, and hosts that are built from them alone.
 #include "tests/install/installed.h"
 #include "tests/support/lightReceiver.h"
 #include "tests/support/virtualScreen.h"
@@ -11,7 +11,7 @@ namespace {
 
 class Install : public testing::Test {
 protected:
-    // The host has to mirror onto the light at this address.
+    // Expects that the host mirrors onto the light at this address.
     static void expectMirrors(const std::string &host, const std::string &address) {
         test::VirtualScreen screen(400, 300);
         screen.use();
@@ -21,7 +21,7 @@ protected:
         EXPECT_TRUE(light.next());
     }
 
-    // What a compiler's command line needs, and where the loader is to look.
+    // The compiler's flags for a host, including the loader's search path.
     std::string flags() const {
         const std::string pkgConfig =
             "PKG_CONFIG_PATH=" + installed.at(LIBDIR "/pkgconfig") + " pkg-config screenMirrorMac ";

@@ -1,4 +1,4 @@
-// An installation in a folder of its own, moved after it was made.
+// An installation in a temporary folder, moved after it was made.
 #pragma once
 
 #include "tests/support/expectations.h"
@@ -13,7 +13,7 @@
 
 namespace test {
 
-// The files and links below a folder, sorted, by their names from there.
+// The files and links below a folder, sorted, as paths relative to it.
 inline std::vector<std::string> filesBelow(const std::string &folder) {
     std::vector<std::string> files;
     for (const auto &entry : std::filesystem::recursive_directory_iterator(folder))
@@ -26,7 +26,7 @@ inline std::vector<std::string> filesBelow(const std::string &folder) {
 
 class Installed {
 public:
-    // Throws std::runtime_error when it cannot be installed.
+    // Throws std::runtime_error when the installation fails.
     Installed() {
         const Ending result = shell(CMAKE " --install " BUILD " --prefix " + folder.file("first") +
                                     " && mv " + folder.file("first") + " " + folder.file("moved"));
@@ -36,7 +36,7 @@ public:
 
     // A path below the prefix, as it is after the move.
     std::string at(const std::string &name) const { return folder.file("moved/" + name); }
-    // One beside it.
+    // A path beside the prefix.
     std::string beside(const std::string &name) const { return folder.file(name); }
     std::string manual() const { return at("share/doc/screen-mirror"); }
     std::string examples() const { return manual() + "/examples"; }

@@ -1,4 +1,4 @@
-// The manual as it is installed.
+// The installed manual.
 #include "tests/docs/markdown.h"
 #include "tests/install/installed.h"
 
@@ -10,7 +10,7 @@ namespace {
 
 using test::shell;
 
-// The documents that a text names and that are not in the folder.
+// The documents that a text names but the folder does not contain.
 std::string missing(const std::string &text, const std::string &folder) {
     static const std::regex document("[A-Za-z/-]*[a-z-]+\\.(md|schema\\.json)");
     std::string names;
@@ -26,7 +26,7 @@ TEST(InstalledManual, HasPagesWhoseLinksLeadSomewhere) {
     EXPECT_GT(pages.size(), 15u);
     for (const test::Page &page : pages) {
         EXPECT_EQ(test::brokenLinks(installed.manual(), pages, page), "");
-        // What leads nowhere is still said.
+        // A link to a file that is not installed becomes plain text; other links remain.
         if (page.path == "README.md") {
             const std::string text = test::fileText(installed.manual() + "/README.md");
             EXPECT_TRUE(test::contains(text, "zsh in tools/completions."));
