@@ -1,4 +1,4 @@
-// Which compiler is taken, and what it is told.
+// Which compiler is chosen, and with which flags it is called.
 #include "tests/building/treeCopy.h"
 
 #include <filesystem>
@@ -17,7 +17,7 @@ protected:
     }
     std::string build() const { return folder.file("build"); }
 
-    // The command lines of all sources.
+    // The compile commands of all sources.
     std::vector<std::string> commands() const {
         std::vector<std::string> found;
         std::ifstream database(build() + "/compile_commands.json");
@@ -30,7 +30,7 @@ protected:
     test::Folder folder;
 };
 
-// Where the package manager knows of no package, so that all are missing.
+// The package manager finds no package, so all are missing.
 TEST_F(Configure, TakesClangWhereNoCompilerWasChosenAndNamesMissingPackages) {
     const std::string query = folder.write("dpkg-query", "#!/bin/sh\nexit 1\n");
     std::filesystem::permissions(query, std::filesystem::perms::owner_all);
@@ -70,8 +70,8 @@ TEST_F(Configure, NoBuildTypeSwitchesOffAssertionsOrFusesOperations) {
             test::contains(command.substr(off == std::string::npos ? 0 : off), " -UNDEBUG"));
         EXPECT_TRUE(test::contains(command, " -ffp-contract=off"));
     }
-    EXPECT_GT(switchedOff, 50); // by CMake, in two of these types
-    // It refuses to be compiled without them.
+    EXPECT_GT(switchedOff, 50); // CMake defines NDEBUG in two of these types
+    // configuration.cpp does not compile without assertions.
     const test::Ending made =
         test::shell(CMAKE " --build " + build() +
                     " --config RelWithDebInfo --target "

@@ -1,4 +1,4 @@
-// The library as a part of a larger project.
+// The library as part of a larger project.
 #include "tests/building/treeCopy.h"
 
 #include <fstream>
@@ -6,8 +6,8 @@
 
 namespace {
 
-// With make, in a build type that CMake gives NDEBUG to; without optimisation, which takes time,
-// and one source after the other, since other tests run beside this one.
+// Uses make and a build type for which CMake defines NDEBUG. To save time, it does not optimise; it
+// compiles one source at a time, since other tests run in parallel.
 TEST(Parent, BuildsTheLibraryAndKeepsItsOwnFlags) {
     const test::TreeCopy copy;
     const test::Ending made = test::shell(
@@ -20,7 +20,7 @@ TEST(Parent, BuildsTheLibraryAndKeepsItsOwnFlags) {
         copy.at("build") + "'");
     ASSERT_EQ(made.status, 0) << made.out;
 
-    // Without a member that it needs, a document stops the process by assertion.
+    // A document without a required member ends the process by an assertion.
     const test::Ending run = test::shell("ulimit -c 0; " + copy.at("build/host") + "; exit $?");
     EXPECT_TRUE(test::contains(run.out, "Assertion"));
     EXPECT_EQ(run.status, 134) << run.out;

@@ -12,9 +12,9 @@ namespace test {
 
 class TreeCopy {
 public:
-    // Throws std::runtime_error when it cannot be made.
+    // Throws std::runtime_error when copying fails.
     TreeCopy() {
-        // Neither build folders nor the tests, which would make it large.
+        // Without build folders and tests, to keep it small.
         const Ending made =
             shell("mkdir -p " + at("tree") +
                   " && cd " SOURCE " && cp -R "
@@ -25,11 +25,12 @@ public:
             throw std::runtime_error(made.out);
     }
 
-    // A path in the folder, in which the copy is "tree", as a word of the shell's.
+    // A path in the folder, quoted for the shell. The copy itself is at "tree".
     std::string at(const std::string &name) const { return '"' + path(name) + '"'; }
     std::string path(const std::string &name) const { return folder.file("Haus und Höfe/" + name); }
 
-    // What a compiler, or a build that this one is started by, would leave in the environment.
+    // Removes variables that the choice of a compiler or an enclosing build leaves in the
+    // environment.
     static constexpr const char *plain = "env -u CC -u CXX -u DESTDIR -u MAKEFLAGS ";
 
 private:

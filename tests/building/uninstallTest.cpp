@@ -1,4 +1,4 @@
-// Installing for a package and taking it away again.
+// Installs below DESTDIR, as a package build does, and uninstalls again.
 #include "tests/building/treeCopy.h"
 
 #include <gtest/gtest.h>
@@ -8,7 +8,7 @@ namespace {
 
 TEST(Uninstall, RemovesWhatWasInstalledBelowDestdirForAnyUser) {
     const test::TreeCopy copy;
-    // Not as root, where that can be chosen.
+    // Switches to another user if the test runs as root.
     std::string as = test::TreeCopy::plain;
     if (geteuid() == 0) {
         as += "-u CMAKE_C_COMPILER_LAUNCHER -u CMAKE_CXX_COMPILER_LAUNCHER "

@@ -1,4 +1,4 @@
-/* Hands the library a document without members. */
+/* Passes the library a document without members. */
 #include "mirror/mirrorInterface.h"
 
 int main(void) {
