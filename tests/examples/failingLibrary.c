@@ -1,6 +1,6 @@
-/* Stands in for the library and fails where it is told: FAIL names a function and FAIL_WITH is what
- * it returns, or "full" for a text that fills its buffer, or "none" for no display. Prints
- * "stopped" when a run is stopped.
+/* Stands in for the library and fails on request. The function that FAIL names returns the number
+ * in FAIL_WITH. With "full" its text fills the buffer instead, and with "none" it lists no display.
+ * Prints "stopped" when a run is stopped.
  */
 #include "mirror/mirrorInterface.h"
 
@@ -8,7 +8,7 @@
 #include <stdlib.h>
 #include <string.h>
 
-/* What FAIL_WITH says when the function is to fail, otherwise NULL. */
+/* The value of FAIL_WITH if the function is to fail, otherwise NULL. */
 static const char *failureOf(const char *function) {
     const char *wanted = getenv("FAIL");
     return wanted != NULL && strcmp(wanted, function) == 0 ? getenv("FAIL_WITH") : NULL;
@@ -22,7 +22,7 @@ static int answer(const char *function, int usual) {
 static int write(const char *function, const char *text, char *buffer, int bound, int usual) {
     const char *failure = failureOf(function);
     if (failure != NULL && strcmp(failure, "full") == 0) {
-        /* Not a zero in it. */
+        /* Without a terminating zero. */
         memset(buffer, ' ', (size_t)bound);
         memcpy(buffer, text, strlen(text));
         return usual;
@@ -66,7 +66,7 @@ int getPalette(char *buffer) {
 }
 
 int setMirrorConfig(char *json) {
-    /* The display's identifier as a signed integer: the library takes no other. */
+    /* The identifier must be a signed integer: the library accepts no other. */
     if (strstr(json, "\"displayID\":-1,") == NULL && strstr(json, "\"displayID\": -1,") == NULL)
         abort();
     return answer("setMirrorConfig", 1);

@@ -1,4 +1,4 @@
-// The example hosts as people run them.
+// Runs the example hosts as people would.
 #include "tests/support/expectations.h"
 #include "tests/support/panelRecords.h"
 #include "tests/support/process.h"
@@ -17,10 +17,10 @@ namespace {
 struct Host {
     const char *name;
     std::vector<std::string> command;
-    bool linked;                        // to the library; otherwise it loads it
+    bool linked;                        // to the library; otherwise loads it at run time
     int light;                          // the last digit of its lights' addresses
-    int interrupted;                    // its exit status, or minus the signal that ended it
-    std::vector<std::string> make = {}; // what makes it ready to run, if anything does
+    int interrupted;                    // exit status after SIGINT, or minus its number
+    std::vector<std::string> make = {}; // the command that prepares it, if any
 };
 
 void PrintTo(const Host &host, std::ostream *out) {
@@ -68,7 +68,7 @@ protected:
         }
     }
 
-    // A light of one test's own, since several run at once.
+    // Each test uses its own light, since several tests run at once.
     static std::string lightOf(const char *beginning) {
         return beginning + std::to_string(GetParam().light);
     }
@@ -80,13 +80,13 @@ protected:
         return test::Process(command, surroundings);
     }
 
-    // What it has printed on standard error. Java's libjsig complains of whoever calls signal().
+    // The host's standard error, without the warnings of Java's libjsig about calls of signal().
     static std::string errorsOf(const test::Process &host) {
         return std::regex_replace(host.err(), std::regex("OpenJDK VM warning: .*\n"), "");
     }
 
-    // A signal that comes just before Python's sleep does not end the sleep. False past the
-    // deadline.
+    // Waits until the host sleeps: a signal just before Python's sleep would not end the sleep.
+    // False if the deadline passes first.
     static bool awaitSleep(const test::Process &host) {
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
         while (std::chrono::steady_clock::now() < deadline) {
@@ -97,8 +97,8 @@ protected:
         return false;
     }
 
-    // Runs until the host ends by itself, which has to be with one line on standard error. Returns
-    // what it has printed.
+    // Runs the host until it ends, and expects exactly one line on standard error. Returns its
+    // standard output.
     static std::string expectOneLine(const std::vector<std::string> &arguments,
                                      const std::string &line, int status = 1) {
         const test::Ending ending = run(arguments).finish();
@@ -113,12 +113,12 @@ protected:
     }
 };
 
-// Red at the left, blue at the right; four panels at a quarter of the width each, and a little more
-// red, so that it comes first.
+// Red on the left, blue on the right, four panels that are a quarter of the width each. There is
+// slightly more red, so red comes first in the palette.
 constexpr int width = 480;
 constexpr int height = 300;
 
-// Within them the screen is drawn on, captured and sent, also by a busy machine.
+// Long enough to draw, capture and send, even on a busy machine.
 constexpr const char *runSeconds = "4";
 
 void drawHalves(test::VirtualScreen &screen) {
@@ -126,7 +126,7 @@ void drawHalves(test::VirtualScreen &screen) {
     screen.fillRect(245, 0, width - 245, height, 0x0000ff);
 }
 
-// Waits until the light is told these colours for the left and the right half.
+// Waits until the light receives these colours for the left and the right half.
 bool shows(test::LightReceiver &light, std::uint32_t left, std::uint32_t right) {
     const auto wanted =
         test::encode(2, {{1, left, 0, 1}, {2, left, 0, 1}, {3, right, 0, 1}, {4, right, 0, 1}});
@@ -159,7 +159,7 @@ TEST_P(HostTest, MirrorsTheFirstDisplay) {
     EXPECT_TRUE(test::contains(host.out(), "palette: #ff0000 #"));
 }
 
-// The library's handler of SIGPIPE would end it.
+// The library's SIGPIPE handler would end the host.
 TEST_P(HostTest, GoesOnWhenAPipeBreaksInMidRun) {
     test::VirtualScreen screen(width, height);
     screen.use();
@@ -176,7 +176,7 @@ TEST_P(HostTest, GoesOnWhenAPipeBreaksInMidRun) {
     expectALine(errors);
 }
 
-// As without the library, whose handlers are gone.
+// The host ends as it would without the library, whose handlers are no longer installed.
 TEST_P(HostTest, EndsOnAnInterruptInItsOwnWay) {
     test::VirtualScreen screen(width, height);
     screen.use();
@@ -207,7 +207,7 @@ TEST_P(HostTest, SaysThatThereIsNoScreen) {
 
 TEST_P(HostTest, SaysThatTheLibraryIsMissing) {
     useLibrary("/nonexistent/libscreenMirrorMac.so.1");
-    // A linked host does not come to speak: the system says it.
+    // A linked host does not even start: the loader prints the message.
     expectOneLine({"127.0.0.1", "0"}, "libscreenMirrorMac.so.1: ", GetParam().linked ? 127 : 1);
     expectOneLine({"127.0.0.1", "0"}, "cannot open shared object file",
                   GetParam().linked ? 127 : 1);

@@ -1,5 +1,5 @@
-// The short hosts that documents print, the README's and the header's, with a library that fails as
-// it is told and sleeps that end at once.
+// The short hosts printed in the README and the header, with a library that fails on request and a
+// sleep() that returns at once.
 #include "tests/support/process.h"
 
 #include <cstdlib>
@@ -18,7 +18,7 @@ test::Process run(const std::vector<std::string> &command, const char *function 
 
 } // namespace
 
-// The library ends the process if it is given any display but that which it lists.
+// The failing library aborts if the configuration names another display than the one it lists.
 TEST(ShortHosts, MirrorTheFirstDisplay) {
     for (const auto &command : {std::vector<std::string>{README_HOST, "127.0.0.1"}, {HEADER_HOST}})
         EXPECT_EQ(run(command).finish(), (test::Ending{0, "stopped\n", ""})) << command[0];

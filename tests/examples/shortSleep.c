@@ -1,4 +1,4 @@
-/* Sleeps that end at once, put before the C library's. */
+/* A sleep() that returns at once, preloaded before the C library's. */
 unsigned sleep(unsigned seconds);
 
 unsigned sleep(unsigned seconds) {
