@@ -1,4 +1,4 @@
-// What tests expect of texts, and of programs that have ended.
+// Expectations about texts and about programs that have ended.
 #pragma once
 
 #include "tests/support/process.h"
@@ -14,14 +14,14 @@ inline testing::AssertionResult contains(const std::string &text, const std::str
            << text;
 }
 
-// The exit status, and texts that occur on standard output.
+// Expects this exit status, and these texts on standard output.
 inline void expectOutput(const Ending &ending, int status, const std::vector<std::string> &parts) {
     EXPECT_EQ(ending.status, status) << ending.out << ending.err;
     for (const std::string &part : parts)
         EXPECT_TRUE(contains(ending.out, part));
 }
 
-// The exit status, and texts that occur on standard error.
+// Expects this exit status, and these texts on standard error.
 inline void expectErrors(const Ending &ending, int status, const std::vector<std::string> &parts) {
     EXPECT_EQ(ending.status, status) << ending.out << ending.err;
     for (const std::string &part : parts)

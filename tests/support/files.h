@@ -1,4 +1,4 @@
-// Files of tests.
+// Temporary files and folders for tests.
 #pragma once
 
 #include <string>
@@ -6,10 +6,10 @@
 
 namespace test {
 
-// What a file holds; nothing when it cannot be read.
+// The contents of a file; empty if it cannot be read.
 std::string fileText(const std::string &path);
 
-// A folder of its own, removed with all that is in it.
+// A temporary folder, removed with its contents.
 class Folder {
 public:
     Folder();

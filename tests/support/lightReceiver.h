@@ -1,4 +1,4 @@
-// A light device in a test: one bound UDP socket; and what sends to such a one.
+// A light device for tests: one bound UDP socket; and a function that sends to such a device.
 #pragma once
 
 #include <chrono>
@@ -19,18 +19,18 @@ public:
     LightReceiver(const LightReceiver &) = delete;
     LightReceiver &operator=(const LightReceiver &) = delete;
 
-    // The next datagram, or nothing when none came within `patience`.
+    // The next datagram, or nothing if none arrives within `patience`.
     std::optional<Datagram> next(std::chrono::milliseconds patience = std::chrono::seconds(10));
 
-    // When the last one that next() gave reached the socket, whenever that was read. By the
-    // system's own clock, which may be set meanwhile.
+    // When the last datagram that next() returned reached the socket. Uses the system clock, which
+    // may be adjusted meanwhile.
     using Arrival = std::chrono::system_clock::time_point;
     Arrival arrival() const { return lastArrival; }
 
-    // Throws away everything that has arrived.
+    // Discards everything that has arrived.
     void drain();
 
-    // The port bound to.
+    // The bound port.
     int port() const { return boundPort; }
 
 private:
@@ -39,7 +39,7 @@ private:
     Arrival lastArrival;
 };
 
-// Sends one datagram from a socket of its own; throws std::runtime_error when that fails.
+// Sends one datagram from a new socket; throws std::runtime_error when that fails.
 void sendTo(const std::string &ip, int port, const Datagram &bytes);
 
 } // namespace test

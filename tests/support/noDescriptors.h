@@ -5,7 +5,7 @@
 
 namespace test {
 
-// Lets a scope open no descriptor.
+// While it exists, the process can open no descriptor.
 class NoDescriptors {
 public:
     NoDescriptors() {

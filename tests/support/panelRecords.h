@@ -1,4 +1,4 @@
-// What a datagram says, and what it has to say, worked out without the library.
+// Datagrams and their text form, encoded and decoded without the library.
 #pragma once
 
 #include "tests/support/lightReceiver.h"
@@ -41,8 +41,7 @@ inline Datagram encode(int controlVersion, const std::vector<Record> &records) {
     return bytes;
 }
 
-// The records of a datagram; nothing when its length or its frame counts are not those of
-// `controlVersion`.
+// The records of a datagram; none if its length or its frame counts do not fit `controlVersion`.
 inline std::vector<Record> decode(int controlVersion, const Datagram &bytes) {
     const bool narrow = controlVersion == 1;
     const std::size_t header = narrow ? 1 : 2;

@@ -24,7 +24,7 @@ winsize winsizeOf(TerminalSize size) {
     return made;
 }
 
-// A file in memory that holds `text`, to be read from its beginning.
+// A file in memory that holds `text`, positioned at its beginning.
 int inputFile(const std::string &text) {
     const int fd = memfd_create("input", MFD_CLOEXEC);
     if (fd < 0 || write(fd, text.data(), text.size()) != static_cast<ssize_t>(text.size()) ||
@@ -54,7 +54,7 @@ std::vector<char *> pointersTo(std::vector<std::string> &lines) {
     return pointers;
 }
 
-// In the child.
+// Runs in the child.
 [[noreturn]] void execute(char *const *arguments, char *const *variables, int ignoredSignal,
                           pid_t parent) {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
@@ -69,7 +69,8 @@ std::vector<char *> pointersTo(std::vector<std::string> &lines) {
     _exit(127);
 }
 
-// Takes in what there is; closes the descriptor at its end. A terminal's end is an error.
+// Reads what is available; closes the descriptor at end of file. A terminal reports its end as an
+// error.
 void readInto(int &fd, std::string &text) {
     char part[65536];
     const ssize_t size = read(fd, part, sizeof part);

@@ -11,7 +11,7 @@
 
 namespace test {
 
-// How a program ended, and all that it printed.
+// How a program ended, and all its output.
 struct Ending {
     int status = -1; // the exit status, or minus the number of the signal that ended it
     std::string out;
@@ -28,22 +28,22 @@ struct TerminalSize {
     int rows = 24;
 };
 
-// What a program finds when it starts.
+// The environment in which a program starts.
 struct Surroundings {
     std::map<std::string, std::string> variables = {}; // set, or removed when empty
-    std::string input = {};                            // not read from a terminal
-    std::optional<TerminalSize> terminal = {}; // instead of pipes; what is printed is all in `out`
+    std::string input = {};                            // standard input; not used with a terminal
+    std::optional<TerminalSize> terminal = {}; // instead of pipes; `out` then holds all output
     int ignoredSignal = 0;                     // 0: none, as in a terminal
     int patience = 60;                         // seconds without any output
 };
 
-// One thread at a time, the one that made it: the kernel ends the child when that thread ends. When
-// the program is silent for too long, or ends before what is waited for, std::runtime_error is
-// thrown with all that it has printed.
+// Use it only in the thread that created it: the kernel ends the child when that thread ends. When
+// the program is silent for too long, or ends before the awaited output, std::runtime_error is
+// thrown with all that the program has printed.
 class Process {
 public:
     // The program, looked up in PATH, and its arguments. Throws std::runtime_error when it cannot
-    // be started; one that is not there ends with 127.
+    // be started; a missing program ends with status 127.
     explicit Process(std::vector<std::string> command, const Surroundings &surroundings = {});
     // Ends the child (SIGKILL) if it still runs.
     ~Process();
@@ -54,10 +54,11 @@ public:
     const std::string &out() const { return ending.out; }
     const std::string &err() const { return ending.err; }
 
-    // A field of what the system says of the running program, such as its "State".
+    // A field of the system's status of the running program, such as "State".
     std::string status(const std::string &field) const;
 
-    // Waits until standard output holds `text` beyond position `from`; standard error.
+    // Wait until standard output contains `text` at or after position `from`; until standard error
+    // contains it.
     void waitFor(const std::string &text, std::size_t from = 0);
     void waitForError(const std::string &text);
 
@@ -67,10 +68,10 @@ public:
     void signal(int number) const;
     void type(const std::string &keys);   // on the terminal
     void resize(TerminalSize size) const; // the terminal
-    void closeOutput();                   // as a reader that goes away
+    void closeOutput();                   // like a reader that exits
 
 private:
-    // Takes in what there is to read. False once all output has ended.
+    // Waits for output and reads it. False once all output has ended.
     bool readMore();
     std::runtime_error failure(const std::string &what) const;
 
@@ -82,8 +83,8 @@ private:
     Ending ending;
 };
 
-// Runs commands of a shell to their end, which ctest's deadline is for; what they print to either
-// output is in `out`.
+// Runs shell commands to their end, with ctest's deadline as the limit. `out` holds both standard
+// output and standard error.
 Ending shell(const std::string &commands);
 
 } // namespace test

@@ -19,9 +19,9 @@ namespace test {
 
 namespace {
 
-// Binds a socket to a display number that no other test's screen has, above those that a server
-// which looks for a free one tries. Thus nobody's server takes the name while there is none under
-// it.
+// Reserves a display number among all tests by binding a socket. The number is above those that
+// servers try when they choose one themselves, so no other server takes the name while this test's
+// server is down.
 int reserveNumber(int &number) {
     const int fd = socket(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0);
     for (number = 1000 + getpid() % 20000; fd >= 0; ++number) {
@@ -78,8 +78,8 @@ int bytesPerPixel(xcb_connection_t *connection, int depth) {
     throw std::runtime_error("the screen's depth has no format");
 }
 
-// While it exists, a server that leaves a request unanswered for a minute ends the test with words:
-// xcb itself waits for ever.
+// While it exists, a request that stays unanswered for a minute ends the test with a message: xcb
+// itself would wait for ever.
 class AnswerDeadline {
 public:
     AnswerDeadline() {
@@ -114,7 +114,7 @@ VirtualScreen::VirtualScreen(int width_, int height_, int depth_,
     try {
         restart();
     } catch (...) {
-        // No destructor runs for an object that was never finished.
+        // The destructor does not run if the constructor throws.
         kill();
         close(reservation);
         throw;
@@ -126,7 +126,7 @@ void VirtualScreen::restart() {
     const ServerWish wish{width, height, depth, extraArguments};
     std::vector<std::string> command = serverCommand(kind, wish);
     command.insert(command.begin() + 1, name);
-    // The server says on standard output when it is ready; what else it says is of no interest.
+    // The server reports on standard output when it is ready. Its standard error is not needed.
     command.insert(command.begin(), {"/bin/sh", "-c", "exec \"$@\" 2>/dev/null", "sh"});
     server.emplace(command);
     server->waitFor("\n");
@@ -147,7 +147,7 @@ void VirtualScreen::restart() {
 VirtualScreen::~VirtualScreen() {
     disconnect();
     if (server) {
-        // In order, so that it takes its files away.
+        // Ends the server cleanly, so that it removes its files.
         server->signal(SIGCONT);
         server->signal(SIGTERM);
         try {
@@ -170,7 +170,7 @@ void VirtualScreen::kill() {
     if (!server)
         return;
     server.reset();
-    // A killed server leaves its file behind.
+    // A killed server leaves its socket file behind.
     unlink(("/tmp/.X11-unix/X" + name.substr(1)).c_str());
 }
 

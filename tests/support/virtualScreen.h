@@ -1,4 +1,4 @@
-// A private X server for one test on a display number of its own, and a brush.
+// A private X server for one test, with its own display number, and functions that draw on it.
 #pragma once
 
 #include "tests/support/process.h"
@@ -17,7 +17,7 @@ namespace test {
 class VirtualScreen {
 public:
     // Throws std::runtime_error when the server cannot be started or does not answer in time.
-    // Which server that is, and what it cannot do, stands in xServer.h.
+    // xServer.h says which server that is and what it cannot do.
     VirtualScreen(int width, int height, int depth = 24,
                   const std::vector<std::string> &extraArguments = {});
     ~VirtualScreen();
@@ -31,8 +31,7 @@ public:
     // Sets DISPLAY of this process to the server.
     void use() const;
 
-    // Draw on the root window; return once the server has carried the drawing out. Colours are
-    // 0xRRGGBB.
+    // Draw on the root window; return once the server has drawn. Colours are 0xRRGGBB.
     void fill(std::uint32_t colour);
     void fillRect(int x, int y, int width, int height, std::uint32_t colour);
     void putPixels(int x, int y, int width, int height, const std::uint32_t *colours);
@@ -47,12 +46,11 @@ public:
     // std::runtime_error with it unless the program exits with 0.
     std::string run(const std::vector<std::string> &command) const;
 
-    // Closes the connection of this object's own, so that the server has no client but those under
-    // test. Nothing can be drawn from here on.
+    // Closes this object's connection, so that the server has no clients but those under test.
+    // Nothing can be drawn afterwards.
     void disconnect();
 
-    // Ends the server now (SIGKILL) and waits for it. A test that goes on using its name meets no
-    // server at all.
+    // Kills the server (SIGKILL) and waits for its end. No other server takes over its name.
     void kill();
 
     // After kill(): another server under the same name. Throws as the constructor does.
@@ -71,7 +69,7 @@ private:
     int depth = 0;
 };
 
-// One that this process uses from the start.
+// A virtual screen that DISPLAY names from the start.
 class UsedScreen : public VirtualScreen {
 public:
     UsedScreen(int width, int height, int depth = 24,

@@ -10,8 +10,8 @@ namespace test {
 
 namespace {
 
-// ctest knows a test that was skipped by these words. It runs one test a process, so there is no
-// other one that the end of this process would take along.
+// ctest recognises a skipped test by these words. It runs one test per process, so _exit() ends no
+// other test.
 [[noreturn]] void skipTest(const std::string &reason) {
     std::printf("[  SKIPPED ] THIS SERVER CANNOT BE TESTED ON: %s\n", reason.c_str());
     std::fflush(stdout);
@@ -30,7 +30,7 @@ std::vector<std::string> xvnc(const ServerWish &wish) {
     if (wish.depth != 16 && wish.depth != 24)
         skipTest("Xvnc has no depth of " + std::to_string(wish.depth));
     return {"Xvnc",           "-geometry", bySize(wish), "-depth", std::to_string(wish.depth),
-            "-rfbport",       "-1", // nobody is to look at it
+            "-rfbport",       "-1", // no viewers
             "-SecurityTypes", "None"};
 }
 
@@ -84,7 +84,8 @@ std::vector<std::vector<std::string>> commandsForSize(ServerKind kind, const Ser
     if (kind != ServerKind::Xorg)
         return {};
     const std::string mode = "test" + bySize(wish);
-    // A mode's clock, then begin and end of its synchronisation and its total, both ways.
+    // The mode's clock; then, for each direction, its size, the start and end of its
+    // synchronisation, and its total.
     std::vector<std::string> newMode = {"xrandr", "--newmode", mode, "100"};
     for (const int length : {wish.width, wish.height})
         for (const int more : {0, 1, 2, 3})
@@ -92,7 +93,8 @@ std::vector<std::vector<std::string>> commandsForSize(ServerKind kind, const Ser
     return {newMode,
             {"xrandr", "--addmode", "DUMMY0", mode},
             {"xrandr", "--output", "DUMMY0", "--mode", mode},
-            // As on the other servers, so that monitors have the order in which they are made.
+            // Without a primary output, as on the other servers, monitors are listed in order of
+            // creation.
             {"xrandr", "--noprimary"}};
 }
 

@@ -1,6 +1,6 @@
-// Which X server a test run draws on, and how that one is started.
+// Which X server the tests draw on, and how it is started.
 //
-// MIRROR_TEST_SERVER names it: xvfb (the default), xvnc, or xorg, which has the dummy driver and
+// MIRROR_TEST_SERVER names it: xvfb (the default), xvnc, or xorg, which uses the dummy driver and
 // needs root.
 #pragma once
 
@@ -21,11 +21,11 @@ struct ServerWish {
     std::vector<std::string> extraArguments;
 };
 
-// The command that starts such a server, without the display's name; it writes a line to standard
-// output once it is ready. Skips the test when this kind of server cannot do what is wished.
+// The command that starts such a server, without the display's name. The server writes a line to
+// standard output once it is ready. Skips the test if this kind of server cannot fulfil `wish`.
 std::vector<std::string> serverCommand(ServerKind kind, const ServerWish &wish);
 
-// What has to be run on the server before its screen is as wished.
+// The commands to run on the server to give its screen the size in `wish`.
 std::vector<std::vector<std::string>> commandsForSize(ServerKind kind, const ServerWish &wish);
 
 } // namespace test
