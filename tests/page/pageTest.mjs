@@ -1,4 +1,4 @@
-// The live page in a real browser: what arrives, as a person sees it.
+// The live page in a real browser, as a person sees it.
 import assert from "node:assert/strict";
 import { after, afterEach, beforeEach, test } from "node:test";
 import {
@@ -29,7 +29,8 @@ afterEach(async () => {
   await setting.end();
 });
 
-// Opens a page, and fails the test when it asks for anything elsewhere or complains.
+// Opens a page. The test fails if the page requests anything from elsewhere or logs an error or a
+// warning.
 const complaints = [];
 async function open(url, { width = 800, height = 1000, scheme = "light" } = {}) {
   const context = setting.context ?? (await setting.surroundings());
@@ -50,8 +51,8 @@ async function open(url, { width = 800, height = 1000, scheme = "light" } = {}) 
 
 afterEach(() => assert.deepEqual(complaints.splice(0), []));
 
-// Waits until a photograph of the wall shows these colours: [x, y, colour] for places on the
-// display. Returns that photograph.
+// Waits until a screenshot of the wall shows these colours: [x, y, colour] for places on the
+// display. Returns the screenshot.
 const waitForColours = (page, size, colours) =>
   until(`the colours ${JSON.stringify(colours)}`, async () => {
     const picture = await photograph(page, ...size);
@@ -65,7 +66,7 @@ test("a wall that flashes is warned of, and the warning goes", async () => {
   const notice = page.locator("#notice");
   for (let i = 0; i < 12; ++i)
     await sender.send("127.0.72.19", wide([[1, i % 2 ? 0 : 0xffffff, 0]]));
-  // A slow browser may have been told of silence before.
+  // In a slow browser, the notice about silence may come first.
   const warning = /^The whole wall flashes, up to 5\.5 times within a second/;
   await until("the warning", async () => warning.test(await notice.innerText()));
   const rest = setInterval(() => sender.send("127.0.72.19", wide([[1, 0, 0]])), 300);
@@ -102,7 +103,7 @@ test("panels have the colours that the library sends, at their true places", asy
   const page = await open(wall.url);
   const picture = await waitForColours(page, size, panels.map(([, ...colour]) => colour));
 
-  // Their size: squares of 100 pixels of the display, coloured up to their edges and no further.
+  // Panels are squares of 100 display pixels, coloured up to their edges and no further.
   for (const [id, x, y, colour] of panels) {
     for (const [dx, dy] of [[1, 0], [-1, 0], [0, 1], [0, -1]]) {
       assert.equal(hex(picture.shows(x + dx * 46, y + dy * 46)), hex(colour), `inside ${id}`);
@@ -112,7 +113,7 @@ test("panels have the colours that the library sends, at their true places", asy
   assert.match(await page.textContent("#subject"), /match · 800 × 600$/);
   await page.waitForSelector("#state[data-state=live]");
 
-  // And they follow the screen.
+  // The panels follow the screen.
   await stage.draw("fill f0e0d0");
   await waitForColours(page, size, panels.map(([, x, y]) => [x, y, 0xf0e0d0]));
 });
@@ -121,7 +122,8 @@ test("panels go from colour to colour within their time", async () => {
   const document = configuration([device("127.0.72.3", 2, [[1, 200, 100]])]);
   const wall = await setting.wall(document, ["--size", "400x200", "--transition-unit", "500"]);
   const page = await open(wall.url);
-  // The panel is in the middle of the wall; its pixel is read after each frame until it is there.
+  // Reads the pixel in the middle of the wall, where the panel is, after each frame until the panel
+  // has its new colour.
   const seen = page.evaluate(async () => {
     const canvas = document.getElementById("wall");
     const read = () =>
@@ -131,7 +133,7 @@ test("panels go from colour to colour within their time", async () => {
     while (performance.now() - begin < 20000) {
       await new Promise((resolve) => requestAnimationFrame(resolve));
       const [red, green, blue] = read();
-      // The way from black is straight: twice as much red as green, no blue.
+      // The transition from black is linear: twice as much red as green, no blue.
       if (blue === 0 && Math.abs(red - 2 * green) <= 1) reds.push([red, performance.now()]);
       if (red === 200 && blue === 0) break;
     }
@@ -143,12 +145,12 @@ test("panels go from colour to colour within their time", async () => {
   assert.equal(values.at(-1), 200);
   assert.deepEqual(values, [...values].sort((a, b) => a - b));
   assert.ok(new Set(values).size > 8, `seen on the way: ${values}`);
-  // As long as it was told: from a tenth of the way to nine tenths in four fifths of 1500 ms.
+  // The duration is as sent: from a tenth to nine tenths of the way takes four fifths of 1500 ms.
   const first = reds.find(([red]) => red >= 20);
   const last = reds.find(([red]) => red >= 180);
   const expected = ((last[0] - first[0]) / 200) * 1500;
   assert.ok(Math.abs(last[1] - first[1] - expected) < 250, `${last[1] - first[1]}, not ${expected}`);
-  // The browser finds this way of looking slow.
+  // The browser warns that reading pixels this way is slow.
   for (const complaint of complaints.splice(0)) assert.match(complaint, /willReadFrequently/);
 });
 
@@ -162,8 +164,8 @@ test("what comes late turns no panel back", async () => {
     const wall = new Wall(document.createElement("canvas"));
     document.createElement("div").append(wall.canvas);
     wall.build({ width: 400, height: 200, devices: [{ panels: [[1, 200, 100]], side: 100 }] });
-    // The wall's clock is 50000 ahead of the page's. The panel takes 1500 ms from black to red, and
-    // of every ten events five are 300 ms late.
+    // The wall's clock is 50000 ms ahead of the page's. The panel takes 1500 ms from black to red,
+    // and five of every ten events are 300 ms late.
     const red = (time) => Math.round(time * 0.1333).toString(16).padStart(2, "0") + "0000";
     const events = [];
     for (let time = 0; time <= 1500; time += 33)
@@ -219,7 +221,7 @@ test("hovering, tapping and keys show what a panel is", async () => {
   await page.mouse.move(...(await at(200, 200)));
   await card.waitFor({ state: "hidden" });
 
-  // The wall is one stop of the Tab key; arrows go to the nearest panel in their direction.
+  // The Tab key stops once at the wall; arrow keys move to the nearest panel in their direction.
   await page.mouse.move(1, 1);
   await page.keyboard.press("Tab");
   assert.equal(await page.evaluate(() => document.activeElement.id), "wall");
@@ -258,7 +260,7 @@ test("silence is told plainly, with what to check, and so is a wall that has end
   assert.match(await notice.innerText(), /Check that the host mirrors/);
   assert.equal(await page.textContent("#state"), "Silent");
 
-  // One device hears something: the other is told apart.
+  // Only one device receives something; the card of the other says so.
   await sender.send("127.0.72.6", wide([[1, 0xffffff, 1]]));
   await notice.waitFor({ state: "hidden" });
   await page.waitForSelector("#state[data-state=live]");
@@ -269,7 +271,7 @@ test("silence is told plainly, with what to check, and so is a wall that has end
   wall.process.kill("SIGSTOP");
   await page.waitForSelector("#state[data-state=gone]");
   assert.match(await notice.innerText(), /^The wall does not answer\./);
-  // What is old looks old.
+  // Outdated content looks faint.
   const faintness = () => page.evaluate(() => getComputedStyle(document.querySelector("main")).opacity);
   assert.ok((await faintness()) < 0.6);
   wall.process.kill("SIGCONT");
@@ -277,7 +279,7 @@ test("silence is told plainly, with what to check, and so is a wall that has end
   assert.equal(await faintness(), "1");
   await wall.end();
   await page.waitForSelector("#state[data-state=gone]");
-  // The browser tells in the console what it cannot reach; that is no fault of the page.
+  // The browser logs addresses that it cannot reach; that is no fault of the page.
   for (const complaint of complaints.splice(0)) assert.match(complaint, /ERR_CONNECTION_REFUSED|ERR_INCOMPLETE/);
 });
 
@@ -328,7 +330,7 @@ test("the page repaints at most sixty times a second whatever comes", async () =
   const ip = "127.0.72.10";
   const wall = await setting.wall(configuration([device(ip, 2, [[1, 100, 100]])]));
   const context = await setting.surroundings();
-  // A display of 250 frames a second, and a count of what is really painted.
+  // Simulates a display with 250 frames a second, and counts the repaints.
   await context.addInitScript(() => {
     window.requestAnimationFrame = (callback) =>
       setTimeout(() => callback(performance.now()), 4);
@@ -368,7 +370,7 @@ test("the page repaints at most sixty times a second whatever comes", async () =
     })).devices[0].total)));
   assert.ok(total > 500, `only ${total} datagrams came`);
   assert.ok(rate <= 60.5, `${rate} repaints a second`);
-  // It does repaint; how often it gets to, beside other tests, is the machine's affair.
+  // It does repaint; how often depends on the load from other tests.
   assert.ok(rate > 1, `only ${rate} repaints a second`);
   assert.ok(events <= 31, `${events} events a second`);
 });
@@ -395,10 +397,10 @@ test("the page fits a phone, in light and dark", async () => {
     );
     const box = await page.locator("#wall").boundingBox();
     assert.ok(box.width > 320 && box.width <= 360, `the wall is ${box.width} wide`);
-    // A long path takes a line of its own instead of many short ones.
+    // A long path gets a full line instead of many short ones.
     const subject = await page.locator("#subject").boundingBox();
     assert.ok(subject.width > 300, `what is shown has ${subject.width} pixels`);
-    // Every text can be read: a contrast of 4.5 to what lies behind it.
+    // Every text is readable: its contrast with the background is at least 4.5.
     const pairs = await page.evaluate(() => {
       const groundOf = (element) => {
         for (let at = element; at; at = at.parentElement) {
@@ -436,7 +438,7 @@ test("the screen's picture lies behind the panels when it is asked for", async (
   await waitForColours(page, size, [[160, 240, 0x00ff00]]);
   assert.ok(!requests.includes("screen.png"));
   await page.keyboard.press("s");
-  // The panel's own screen is seen between its edge and the colour in its middle.
+  // The screen's picture shows between the panel's edge and the colour in its middle.
   await waitForColours(page, size, [
     [600, 400, 0x336699],
     [40, 400, 0x993366],
@@ -444,7 +446,7 @@ test("the screen's picture lies behind the panels when it is asked for", async (
     [160, 240, 0x00ff00],
   ]);
   assert.equal(await page.getAttribute("#pictureButton", "aria-pressed"), "true");
-  // It follows the screen while it is shown.
+  // The picture follows the screen while it is shown.
   await stage.draw("fill 123456");
   await waitForColours(page, size, [[600, 400, 0x123456]]);
   await page.click("#pictureButton");
@@ -471,7 +473,7 @@ test("a recording is shown as one", async () => {
     await new Promise((resolve) => setTimeout(resolve, 100));
   }
   await recorder.end();
-  // Slow enough to go on while the page is looked at.
+  // Slow enough that the replay is still running during the checks.
   const replay = setting.start(process.env.PANELWALL,
     ["--replay", file, "--speed", "0.05", "--web", "0"]);
   const page = await open((await replay.waitFor(/live page: (http:\S+)/))[1]);

@@ -15,6 +15,6 @@ await page.setViewportSize({
 });
 await page.mouse.move(wall.x + wall.width * 0.44, wall.y + wall.height * 0.5);
 await page.locator("#card").waitFor({ state: "visible" });
-await page.waitForTimeout(500); // for the numbers, which are written four times a second
+await page.waitForTimeout(500); // the numbers are updated four times a second
 await page.screenshot({ path: file });
 await closeBrowser();

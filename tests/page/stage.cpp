@@ -1,6 +1,6 @@
-// A virtual screen for tests that are not written in C++: prints its display name, then draws what
-// standard input says, and answers each line with "done" once it is on the screen. Ends with the
-// input.
+// A virtual screen for tests that are not written in C++. Prints its display name, then executes
+// the drawing commands on standard input, and answers each line with "done" once it is on the
+// screen. Ends at the end of the input.
 //
 //     fill RRGGBB
 //     rect X Y WIDTH HEIGHT RRGGBB

@@ -1,4 +1,4 @@
-// What the page's tests share: programs, datagrams, a browser, and pixels.
+// Shared by the page's tests: programs, datagrams, a browser, and pixels.
 import { spawn } from "node:child_process";
 import dgram from "node:dgram";
 import { once } from "node:events";
@@ -13,13 +13,13 @@ const { PNG } = modules("pngjs");
 
 const patience = 20000;
 
-// A program whose lines can be waited for.
+// A program whose output can be waited for.
 export class Program {
   constructor(command, args, environment = {}) {
     this.command = command;
     this.out = "";
     this.errors = "";
-    // The kernel ends it too when this process dies.
+    // The kernel ends the program when this process dies.
     this.process = spawn("setpriv", ["--pdeathsig", "KILL", command, ...args], {
       env: { ...process.env, ...environment },
     });
@@ -44,7 +44,7 @@ export class Program {
   }
 }
 
-// Calls `look` until it returns something true, and returns that.
+// Calls `look` until it returns a truthy value, and returns that value; throws after 20 s.
 export async function until(what, look) {
   const deadline = Date.now() + patience;
   for (;;) {
@@ -107,7 +107,8 @@ export async function closeBrowser() {
   await (await opened)?.close();
 }
 
-// A folder for one test, and all that it starts; `end` takes everything away again.
+// The folder of one test and the programs that it starts. `end` ends the programs and removes the
+// folder.
 export class Setting {
   constructor() {
     this.folder = mkdtempSync(join(tmpdir(), "panelwall-page-"));
@@ -126,7 +127,7 @@ export class Setting {
     return stage.open();
   }
 
-  // A wall with its page; returns the program, its address in `url`.
+  // Starts a wall with its page; returns the program, with the page's address in `url`.
   async wall(document, args = [], environment = { DISPLAY: "" }) {
     const path = this.write("wall.json", document);
     const wall = new Program(process.env.PANELWALL, [path, "--web", "0", ...args], environment);
@@ -141,7 +142,7 @@ export class Setting {
     return program;
   }
 
-  // A page's surroundings of its own: no storage, no cache shared with other tests.
+  // A separate browser context: it shares no storage or cache with other tests.
   async surroundings() {
     this.context = await (await browser()).newContext();
     return this.context;
@@ -202,7 +203,7 @@ export function decodePng(bytes) {
   };
 }
 
-// The page's wall as a picture, with a function from places on the display to pixels of it.
+// A screenshot of the page's wall, with functions from places on the display to pixels of it.
 export async function photograph(page, width, height) {
   const canvas = page.locator("#wall");
   const picture = decodePng(await canvas.screenshot());
