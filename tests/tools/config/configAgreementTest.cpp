@@ -1,4 +1,4 @@
-// The checker's verdict against the library's reading, over damaged documents.
+// Compares the checker's verdict with the library's reading on damaged documents.
 #include "tests/tools/config/goodDocument.h"
 #include "tests/tools/config/libraryReading.h"
 #include "tools/config/configDocument.h"
@@ -14,7 +14,7 @@ std::size_t below(Random &random, std::size_t limit) {
     return random() % limit;
 }
 
-// All values of a tree, the root among them.
+// Collects all values of a tree, including the root.
 void collect(rapidjson::Value &value, std::vector<rapidjson::Value *> &values) {
     values.push_back(&value);
     if (value.IsObject())
@@ -50,7 +50,7 @@ const char *const spareValues[] = {"null",
                                    "18446744073709551616",
                                    "-9223372036854775809"};
 
-// Another value somewhere, a member dropped, renamed, doubled, or the array emptied.
+// Replaces a value, extends an array, or drops, adds, renames or duplicates a member.
 void damageTree(rapidjson::Document &tree, Random &random) {
     auto &allocator = tree.GetAllocator();
     std::vector<rapidjson::Value *> values;
@@ -77,7 +77,7 @@ void damageTree(rapidjson::Document &tree, Random &random) {
         member->name.SetString("elsewhere");
         break;
     default: {
-        // A second member of the same name: the first counts, whichever it is.
+        // A duplicate name: the first member counts, whichever it is.
         rapidjson::Value name(member->name, allocator);
         if (below(random, 2) == 0)
             static_cast<rapidjson::Value &>(spare).Swap(member->value);
@@ -86,7 +86,7 @@ void damageTree(rapidjson::Document &tree, Random &random) {
     }
 }
 
-// Bytes dropped, doubled or replaced.
+// Drops, inserts or replaces bytes.
 void damageText(std::string &text, Random &random) {
     static const char bytes[] = "{}[]\",:0-.eE+\\ /\xFFtn\x01";
     const auto at = below(random, text.size());
@@ -102,7 +102,7 @@ void damageText(std::string &text, Random &random) {
     }
 }
 
-// Counts the verdicts, so that a test can tell that it saw both kinds.
+// Counts the verdicts, so that a test can check that both kinds occurred.
 struct Tally {
     int accepted = 0;
     int refused = 0;

@@ -13,7 +13,8 @@
 
 namespace {
 
-// "POINTER: MESSAGE" of every problem, one a line; of those of the whole document with the place.
+// "POINTER: MESSAGE" of every problem, one per line. Problems of the whole document have
+// "LINE:COLUMN" in place of the pointer.
 std::string problemsOf(const config::Reading &reading) {
     std::string lines;
     for (const auto &problem : reading.problems) {
@@ -296,13 +297,13 @@ TEST(ConfigDocument, RefusesAbsurdNesting) {
         EXPECT_TRUE(test::contains(reading.problems[0].message,
                                    "expected nesting no deeper than 256 levels"));
     }
-    // Also where nobody would read it.
+    // Even in a member that is not read.
     const auto nested = [](int depth) {
         return test::withValue("/comment", std::string(depth, '[') + std::string(depth, ']'));
     };
     EXPECT_EQ(problemsIn(nested(255)), "");
     EXPECT_EQ(config::readText(nested(256)).problems.size(), 1u);
-    // Brackets in strings are text.
+    // Brackets in strings do not count.
     EXPECT_EQ(problemsIn(test::withValue("/comment", '"' + std::string(1000, '[') + "\\\"[\"")),
               "");
 }
@@ -328,7 +329,7 @@ TEST(ConfigDocument, IsWrittenAsItWasRead) {
     EXPECT_TRUE(test::contains(
         text, "\n        {\"panelID\": 102, \"centroidX\": -50, \"centroidY\": 361},\n"));
     EXPECT_TRUE(test::contains(text, "\"panels\": []"));
-    // A number that the parser takes for infinite.
+    // The parser can produce an infinite number. JSON has none, so the largest number is written.
     const auto large = config::readText(test::withValue("/devices/0/scaleFactor", "1.7e308"));
     config::Document infinite = large.document;
     infinite.devices[0].scaleFactor = std::numeric_limits<double>::infinity();

@@ -1,4 +1,4 @@
-// The programs know only the host's interface, so they reckon with delays of their own.
+// The programs include only the host's interface, so they have their own copy of the delays.
 #include "tools/config/modes.h"
 
 #include "mirror/screenMirrorMac.h"

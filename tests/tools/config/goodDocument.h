@@ -1,4 +1,4 @@
-// A configuration document without a fault, to be damaged by tests.
+// A valid configuration document for tests to damage.
 #pragma once
 
 #include <rapidjson/document.h>
@@ -6,7 +6,7 @@
 
 namespace test {
 
-// Two devices, of three and of no panels; every member has a value of its own.
+// Two devices, with three panels and with none; every member has its own value.
 extern const char goodDocument[];
 
 // The document with the value at `pointer` replaced by (or created as) the JSON text `value`.

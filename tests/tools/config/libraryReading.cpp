@@ -6,7 +6,7 @@ struct AssertionFailed {};
 
 } // namespace
 
-// A JSON library of this file's own: where the other one ends the process, it throws.
+// A private copy of the JSON library. It throws where the original ends the process.
 #define RAPIDJSON_NAMESPACE assertingJson
 #define RAPIDJSON_NAMESPACE_BEGIN namespace assertingJson {
 #define RAPIDJSON_NAMESPACE_END }

@@ -1,12 +1,12 @@
-// What the library does with a configuration document, without the library.
+// Reads a configuration document as the library does, but without the library.
 #pragma once
 
 #include <string>
 
 namespace test {
 
-// Reads `text` as the library reads it, every member in its order. False when it does not parse, or
-// when the library would end the process at a member that is missing or mistyped.
+// Reads every member of `text` in the library's order. False when it does not parse, or when a
+// member is missing or mistyped, at which the library would end the process.
 bool libraryReads(const std::string &text);
 
 } // namespace test

@@ -8,7 +8,7 @@ using test::contains;
 
 namespace {
 
-// A document of one device, without a fault on a screen of 640 x 480.
+// A document with one device, which is valid for a screen of 640 x 480.
 std::string document(const std::string &device, const std::string &panels, int mode = 3) {
     return R"({"displayID": 1, "mode": )" + std::to_string(mode) + R"(, "devices": [{)" + device +
            R"("ip": "127.0.40.1", "controlVersion": 2, "shapeType": 0, "scaleFactor": 1,)"
@@ -19,7 +19,7 @@ std::string document(const std::string &device, const std::string &panels, int m
 const std::string panel = R"({"panelID": 1, "centroidX": 639, "centroidY": 0})";
 const config::ScreenSize screen{640, 480};
 
-// "severity LINE:COLUMN POINTER" of each problem, one a line.
+// "severity LINE:COLUMN POINTER" of each problem, one per line.
 std::string outline(const std::string &text, std::optional<config::ScreenSize> size = screen) {
     std::string lines;
     for (const auto &problem : config::review(config::readText(text), size).problems) {
@@ -77,7 +77,7 @@ TEST(ConfigReview, WarnsOfMembersThatNobodyReads) {
     EXPECT_EQ(problem.place.column, 1 + document(R"("a/b~c": {"ip": 5}, )", panel).find("\"a/b"));
     EXPECT_EQ(outline(document("", R"({"panelID": 1, "x": 2, "centroidX": 1, "centroidY": 1})")),
               "warning 1:142 /devices/0/panels/0/x\n");
-    // For editors.
+    // Editors use this member.
     EXPECT_EQ(outline(document("", panel).insert(1, R"("$schema": "a.json", )")), "");
 }
 
@@ -167,7 +167,7 @@ TEST(ConfigReview, CautionsWhereTheWallCanFlash) {
 }
 
 TEST(ConfigReview, DrawsNoConclusionsFromWhatIsWrong) {
-    // The second device's missing members are not taken for zeros.
+    // Mistyped members are not taken for zeros.
     EXPECT_EQ(outline(R"({"displayID": 1, "mode": "x", "devices": [
 {"ip": 1, "controlVersion": 2, "shapeType": 0, "scaleFactor": "big", "panels": [
 {"panelID": 0, "centroidX": "x", "centroidY": 1}, {"panelID": null, "centroidX": 1, "centroidY": 1}]}

@@ -1,4 +1,4 @@
-// The schema file as an editor's validator applies it: to a whole document, and by itself.
+// The schema file: its rules, and its verdicts when a validator applies it, as editors do.
 #include "tests/support/files.h"
 #include "tests/tools/config/goodDocument.h"
 #include "tests/tools/config/libraryReading.h"
@@ -42,8 +42,8 @@ const char *const everyKindOfValue[] = {
     "-0",         "-1",          "4",          "1.0",         "2.5",   "1e2", "2147483647",
     "2147483648", "-2147483648", "4294967295", "-2147483649", "1e300", "\"\""};
 
-// The keywords that check.cpp applies, and those that ask for nothing. Whoever adds another to the
-// schema teaches it to the checker first.
+// The keywords that check.cpp applies, and those that require nothing. Before the schema uses
+// another keyword, the checker must support it.
 const std::set<std::string> knownKeywords = {"$ref",        "$schema",  "default", "definitions",
                                              "description", "items",    "maximum", "minimum",
                                              "properties",  "required", "title",   "type"};
@@ -65,7 +65,7 @@ void expectRulesThatTheCheckerKnows(const rapidjson::Value &rules, const std::st
         expectRulesThatTheCheckerKnows(rules["items"], place + "/items");
     if (!rules.HasMember("required"))
         return;
-    // What a missing member is explained with.
+    // The message about a missing member uses these.
     for (const auto &name : rules["required"].GetArray())
         for (const char *part : {"type", "default", "description"})
             EXPECT_TRUE(rules["properties"][name].HasMember(part)) << place << ": " << part;
