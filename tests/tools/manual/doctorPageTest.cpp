@@ -1,4 +1,4 @@
-// The page about the doctor's findings against what the program can say.
+// Compares the page about the doctor's findings with the program's messages.
 #include "tests/support/files.h"
 
 #include <filesystem>
@@ -8,7 +8,7 @@
 
 namespace {
 
-// What the program is made of, with literals that are spread over several lines put together.
+// The program's sources, with literals joined that span several lines.
 std::string program() {
     std::string text;
     for (const char *room : {"lights", "config", "mirrorctl"})
@@ -20,7 +20,7 @@ std::string program() {
     return std::regex_replace(text, std::regex("\\\\\""), "\"");
 }
 
-// The cells of a row, without spaces around them.
+// The cells of a table row, without spaces around them.
 std::vector<std::string> cellsOf(const std::string &row) {
     static const std::regex cell("\\| *([^|]*?) *(?=\\|)");
     std::vector<std::string> cells;
@@ -29,7 +29,8 @@ std::vector<std::string> cellsOf(const std::string &row) {
     return cells;
 }
 
-// The clauses, which the program puts together, without the ellipses that stand for what differs.
+// The clauses of a cell, which the program joins, without the ellipses that stand for variable
+// parts.
 std::vector<std::string> piecesOf(const std::string &cell) {
     static const std::regex between(" *(?:…|;|,|:)+ *");
     std::vector<std::string> pieces;
@@ -50,7 +51,7 @@ TEST(DoctorPage, SaysWhatTheDoctorSays) {
         if (cells.empty() || line.starts_with("|---") || line.find("| to fix it |") < line.size())
             continue;
         ++rows;
-        // With a column for what was examined, or without.
+        // The table may have a first column for what was examined.
         const std::size_t first = cells.size() == 4 ? 1 : 0;
         for (std::size_t i = first; i < first + 2; ++i) {
             if (cells[i].starts_with("the same, ") || cells[i].starts_with("either of the two") ||

@@ -1,4 +1,4 @@
-// The manual pages and the completions against what the programs say of themselves.
+// Compares the manual pages and the completions with the programs' help.
 #include "tests/support/expectations.h"
 #include "tests/support/files.h"
 #include "tests/support/process.h"
@@ -22,7 +22,7 @@ Words matches(const std::string &text, const std::regex &pattern) {
     return found;
 }
 
-// What stands between a line that is `from` and the next one that is empty.
+// The text from the line `from` to the next empty line.
 std::string block(const std::string &text, const std::string &from) {
     const auto begin = text.find(from + "\n");
     if (begin == std::string::npos)
@@ -41,12 +41,12 @@ Words commandsOf(const std::string &program) {
     return matches(block(shell(program + " --help").out, "Subcommands:"), command);
 }
 
-// A manual page's source, with its hyphens as they are printed.
+// A manual page's source, with its hyphens unescaped.
 std::string manual(const std::string &name) {
     return std::regex_replace(fileText(MANUALS + name), std::regex("\\\\-"), "-");
 }
 
-// The options that stand at the head of an entry.
+// The options at the head of an entry.
 Words optionsIn(const std::string &source) {
     return matches(source, std::regex("\n\\.(?:B|BI|BR) (?:-h \", \" )?(--[a-z-]+)"));
 }
@@ -59,7 +59,7 @@ std::string section(const std::string &source, const std::string &head) {
     return source.substr(begin, end - begin);
 }
 
-// What bash offers to complete the words' last one.
+// The completions that bash offers for the last of the words.
 Words offeredByBash(const std::string &program, const std::string &words) {
     const Ending list =
         shell("bash --norc -c 'source " COMPLETIONS + program + ".bash; COMP_WORDS=(" + words +
@@ -68,8 +68,8 @@ Words offeredByBash(const std::string &program, const std::string &words) {
     return matches(list.out, std::regex("([^\n]+)"));
 }
 
-// What zsh's function names as options, with the functions that it builds on replaced by ones that
-// print what they are given.
+// The options that zsh's function names. The functions that it calls are replaced with functions
+// that print their arguments.
 Words offeredByZsh(const std::string &program, const std::string &words, int current) {
     const std::string text =
         shell("zsh -fc '_arguments() { print -rl -- \"$@\" }; _describe() { print -rl -- "
