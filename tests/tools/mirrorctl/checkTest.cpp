@@ -11,7 +11,7 @@ namespace {
 
 const Ending fine{0, "standard input: fine.\n", ""};
 
-// Without any display.
+// Runs `mirrorctl check` without any display.
 Ending check(const std::string &text, std::vector<std::string> arguments = {}) {
     arguments.insert(arguments.begin(), {"check", "-"});
     return mirrorctl(arguments, {{"DISPLAY", ""}}, text);
@@ -74,7 +74,7 @@ TEST(MirrorctlCheck, CountsWarningsAsFaultsOnlyWhenTold) {
     const std::string odd = lightsText(5, "fe80::58:60", 3);
     EXPECT_EQ(check(odd, {"--screen", "640x480"}).status, 0);
     EXPECT_EQ(check(odd, {"--screen", "640x480", "--strict"}).status, 65);
-    // A caution is no fault.
+    // A caution does not count as a fault.
     const std::string match = lightsText(5, "127.0.58.60", 0);
     EXPECT_EQ(check(match, {"--screen", "640x480", "--strict"}).status, 0);
     EXPECT_EQ(check(lightsText(5, "127.0.58.60", 3), {"--screen", "640x480"}), fine);
@@ -93,7 +93,7 @@ TEST(MirrorctlCheck, SaysFineBeforeAnyCaution) {
                                      "standard input:1:18: caution: "));
 }
 
-// What a run refuses is an error, with the status that the run would end with.
+// A mode that a run refuses is an error, with the exit status of that run.
 TEST(MirrorctlCheck, RefusesModesThatDoNotExist) {
     for (const int mode : {-1, 4}) {
         const std::string report =
@@ -139,12 +139,12 @@ TEST(MirrorctlCheck, NeedsADisplayOnlyWhenTold) {
     test::expectOutput(check(good, {"--display"}), 69,
                        {"standard input:1:2: error: /displayID: expected a display, but there is "
                         "none at all; found 5.\n"});
-    // A display that gives no picture is there all the same.
+    // A display without a picture still counts as present.
     test::expectOutput(
         mirrorctl({"check", "-"}, test::refusing("picture"), lightsText(6, "127.0.58.60", 3)), 0,
         {"fine.\nThe display gives no picture, so its size is not known. The panels' places were "
          "not checked;"});
-    // Nobody is at this address of a server.
+    // No X server is at this address.
     const Ending absent = mirrorctl({"check", "-"}, {{"DISPLAY", "/nonexistent/words:0"}}, good);
     EXPECT_EQ(absent.status, 0);
 }

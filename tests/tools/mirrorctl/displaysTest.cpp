@@ -29,7 +29,7 @@ TEST(MirrorctlDisplays, ListsTwoMonitors) {
     test::expectOutput(plain, 0, {"  800 x 600\n", "  640 x 480\n"});
 }
 
-// The library lists ten at most.
+// The library lists at most ten displays.
 TEST(MirrorctlDisplays, SaysThatTheListIsCut) {
     const test::VirtualScreen screen(1200, 100);
     for (int i = 0; i < 12; ++i)
@@ -58,7 +58,7 @@ TEST(MirrorctlDisplays, SaysThatDisplayIsNotSet) {
 }
 
 TEST(MirrorctlDisplays, NamesAServerThatDoesNotAnswer) {
-    const std::string name = ":59000"; // servers of tests that run meanwhile take the lowest
+    const std::string name = ":59000"; // no test's server has such a high number
     const Ending ending = mirrorctl({"displays", "--json"}, {{"DISPLAY", name}});
     EXPECT_EQ(ending.out, "{\"numDisplays\":0,\"displays\":[]}\n");
     test::expectErrors(ending, 69, {"DISPLAY is \"" + name + "\"; is that X server running"});

@@ -1,4 +1,4 @@
-// mirrorctl doctor on X servers that capture is refused on, or dear, or that cannot be asked.
+// mirrorctl doctor on X servers that refuse capture, make it expensive, or cannot be reached.
 #include "tests/tools/mirrorctl/mirrorSetup.h"
 #include "tests/tools/mirrorctl/plainProxy.h"
 #include "tests/tools/mirrorctl/waylandSession.h"
@@ -16,7 +16,7 @@ using test::WaylandSession;
 
 namespace {
 
-// What a key file holds that has one key for every server.
+// The contents of a key file with one key for every server.
 std::string anyServersKey(char letter) {
     const std::string protocol = "MIT-MAGIC-COOKIE-1";
     const std::string anyServer("\xFF\xFF\0\0\0\0", 6);
@@ -61,7 +61,7 @@ TEST(MirrorctlDoctorServers, FindsServersBadThatDoNotTellOfChanges) {
                   "capturing it was refused; the library said: Screen Recording not allowed!\n"
                   "          To fix it: first fix what is bad under System.\n",
                   "7 good, 0 unsure, 2 bad."});
-    // This server crashes when the first of several clients leaves, so that nothing more is seen.
+    // Nothing more is expected here: this server crashes when the first of several clients leaves.
     const VirtualScreen withoutFixes(640, 480, 24, {"-extension", "XFIXES"});
     expectOutput(doctor(withoutFixes.display()), 77,
                  {"bad     XFIXES: missing; without DAMAGE and XFIXES, which tell of changes, "
@@ -98,7 +98,7 @@ TEST(MirrorctlDoctorServers, KnowsUntrustedConnections) {
     expectOutput(ending, 77,
                  {"bad     screen: the X server does not trust this connection",
                   "To fix it: use ssh -Y in place of ssh -X, or run this in the session itself"});
-    // These are hidden and not missing.
+    // The extensions are hidden, not missing, so they are not reported.
     for (const char *extension : {"RANDR", "MIT-SHM", "DAMAGE", "XFIXES"})
         EXPECT_FALSE(contains(ending.out, extension));
 }
@@ -122,7 +122,7 @@ TEST(MirrorctlDoctorServers, KnowsXServersInWaylandSessions) {
                   ": no picture available.\n"
                   "          To fix it: first fix what is bad under System.\n",
                   " good, 0 unsure, 2 bad."});
-    // From afar.
+    // From another machine, where no variable names the Wayland session.
     expectOutput(
         doctor(session.display()), 77,
         {"bad     session: the X server belongs to a Wayland session on the machine that "
@@ -182,7 +182,7 @@ TEST(MirrorctlDoctorServers, TellsServersApartThatCannotBeAsked) {
                  {"bad     X server: \"screen\", the value of DISPLAY, is not a server's name.\n"});
 }
 
-// Each client that leaves such a server as the last one takes down those that are just coming.
+// Such a server resets when its last client leaves, and drops clients that are just connecting.
 TEST(MirrorctlDoctorServers, KeepsServersFromResetting) {
     VirtualScreen screen(640, 480, 24, {"-reset"});
     screen.disconnect();
@@ -196,7 +196,7 @@ TEST(MirrorctlDoctorServers, SaysThatThereIsNoDisplay) {
         {"X server: the variable DISPLAY is not set", "displays: there is none to mirror"});
 }
 
-// The mark must not be taken for something that the screen shows anyway.
+// Something that the screen shows anyway must not be taken for the mark.
 TEST(MirrorctlDoctorServers, KnowsNothingOfTheScreenBeforeAFrameIsWhole) {
     VirtualScreen screen(640, 480);
     screen.fill(0xFF00FF);

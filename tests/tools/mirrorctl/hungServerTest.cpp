@@ -1,4 +1,4 @@
-// The commands on an X server that hangs: it takes connections and answers nothing.
+// The commands on a hung X server: it accepts connections but does not answer.
 #include "tests/tools/mirrorctl/mirrorSetup.h"
 
 #include <chrono>
@@ -24,10 +24,10 @@ protected:
     }
 };
 
-// Waits until the program holds signals back: from then on a signal does not end it by itself.
+// Waits until the program blocks signals: from then on a signal no longer ends it directly.
 void waitForSignals(const Process &program) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-    // These alone: a thread that makes another holds all signals back for a moment.
+    // Exactly these: a thread that creates another blocks all signals for a moment.
     constexpr unsigned long long wanted =
         1 << (SIGHUP - 1) | 1 << (SIGINT - 1) | 1 << (SIGTERM - 1);
     while (std::stoull("0" + program.status("SigBlk"), nullptr, 16) != wanted) {
@@ -59,8 +59,8 @@ TEST_F(MirrorctlHungServer, IsLeftAtOnceOnASignal) {
         program.signal(one.signum);
         const Ending ending = program.finish();
         const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - sent;
-        // A quarter of a second on a machine that is not busy, and one more under the thread
-        // sanitizer, which sleeps at the end; the library itself gives up after four.
+        // It takes 0.25 s on an idle machine, and 1 s more under the thread sanitizer, which sleeps
+        // at exit. The library itself gives up after 4 s.
         EXPECT_LT(taken.count(), 2.5) << one.words;
         EXPECT_EQ(ending.status, 75) << one.words;
         EXPECT_EQ(ending.err, one.words + silence() + ". Is it stopped or overloaded?\n");

@@ -1,5 +1,5 @@
-// Put before XCB: the first picture that is read through shared memory comes as many milliseconds
-// late as LATE_FRAMES says, as from a server that has much to do.
+// Preloaded before XCB: delays the first picture that is read through shared memory by LATE_FRAMES
+// milliseconds, like a busy server.
 #include <cstdlib>
 #include <dlfcn.h>
 #include <poll.h>

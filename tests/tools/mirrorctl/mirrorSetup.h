@@ -1,4 +1,4 @@
-// What the tests of mirrorctl share: the program as a process, its documents, and a screen for it.
+// Shared by the tests of mirrorctl: the program as a process, its documents, and a screen for it.
 #pragma once
 
 #include "tests/support/expectations.h"
@@ -19,18 +19,19 @@ namespace test {
 using Variables = std::map<std::string, std::string>;
 
 // Starts mirrorctl and waits for its end. `variables` are set in its environment, or removed when
-// empty; `input` is what it reads.
+// empty; `input` is its standard input.
 Ending mirrorctl(std::vector<std::string> arguments, const Variables &variables = {},
                  const std::string &input = "");
 
-// `mirrorctl doctor` with these arguments on an X server, whatever session the tests run in.
+// Runs `mirrorctl doctor` on an X server, in whatever session the tests run.
 Ending doctor(const std::string &server, std::vector<std::string> arguments = {},
               Variables variables = {}, const std::string &input = "");
 
-// For a library that has display 5 and refuses `function`; see refusingLibrary.cpp.
+// The variables that replace the library with one that has display 5 and refuses `function`; see
+// refusingLibrary.cpp.
 Variables refusing(const std::string &function);
 
-// A text that has to be JSON.
+// Parses a text and expects it to be JSON.
 rapidjson::Document parsed(const std::string &text);
 
 // The identifier of the only display on an X server, as mirrorctl lists it.
@@ -39,15 +40,15 @@ std::uint32_t onlyDisplay(const std::string &server);
 // One device of one panel: panel 17, in wide layout, whose area lies around (100, 100).
 std::string lightsText(std::uint32_t displayID, const std::string &ip, int mode = 0);
 
-// What that device is sent in match mode on a screen of one colour.
+// The datagrams to that device in match mode on a red and on a green screen.
 inline const Datagram redPanel = {0, 1, 0, 17, 255, 0, 0, 0, 0, 1};
 inline const Datagram greenPanel = {0, 1, 0, 17, 0, 255, 0, 0, 0, 1};
 
-// Reads datagrams until one is `wanted`. The first ones may have been sent before the first frame
-// came.
+// Reads datagrams until one equals `wanted`. The first ones may have been sent before the first
+// frame was captured.
 testing::AssertionResult receives(LightReceiver &light, const Datagram &wanted);
 
-// mirrorctl on a screen of its own.
+// Runs mirrorctl on its own virtual screen.
 class ScreenTest : public testing::Test {
 protected:
     Process start(std::vector<std::string> arguments, Surroundings surroundings = {}) const;

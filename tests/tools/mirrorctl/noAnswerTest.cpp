@@ -1,4 +1,4 @@
-// palette and snapshot when something fails, with a library that fails as it is told to.
+// Failures of palette and snapshot, with a library that fails on request.
 #include "tests/tools/mirrorctl/mirrorSetup.h"
 
 using test::Ending;
@@ -92,7 +92,7 @@ TEST(MirrorctlNoAnswer, AFrameThatShowsTheScreenToSomePanelsIsNoAnswer) {
     test::expectOutput(ending, 0, {"     17  #ffff00\n", "     18  #ffff00\n"});
 }
 
-// What the library prints goes to standard error, or programs could not read the output.
+// On standard output, the library's messages would make the result unreadable for programs.
 TEST(MirrorctlNoAnswer, LibraryMessagesGoToStandardError) {
     EXPECT_EQ(askPalette("silence"), (Ending{0, "{\"palette\":[{\"R\":255,\"G\":255,\"B\":0}]}\n",
                                              "The library talks.\n"}));

@@ -8,18 +8,18 @@ using test::LightReceiver;
 
 namespace {
 
-// Red in front, as the lower hue of two equal ones; blue is in the bucket of 238.5 degrees.
+// Red comes first, because it covers more; blue has the hue of its bucket, 238.5 degrees.
 const std::string redAndBlue = R"({"palette":[{"R":255,"G":0,"B":0},{"R":0,"G":6,"B":255}]})";
 
 class MirrorctlPalette : public test::ScreenTest {
 protected:
-    // The left part in red, somewhat more than a half.
+    // Draws the left part in red, slightly more than half.
     void drawRedAndBlue() {
         screen.fill(0x0000FF);
         screen.fillRect(0, 0, 340, 480, 0xFF0000);
     }
 
-    // What a terminal shows of the command, which must end with 0.
+    // The command's output on a terminal; expects exit status 0.
     std::string onTerminal(const std::vector<std::string> &arguments,
                            const test::Variables &variables = {}) const {
         const Ending ending =
@@ -46,7 +46,7 @@ TEST_F(MirrorctlPalette, LeavesTheLightsAlone) {
         const Ending ending = run({"palette", "-"}, lights("127.0.58.21", mode));
         EXPECT_EQ(ending.out, redAndBlue + "\n") << ending.err;
     }
-    // Loopback delivers before a send returns, so whatever was sent is here.
+    // Loopback delivers before a send returns, so everything sent has arrived.
     EXPECT_FALSE(light.next(std::chrono::milliseconds(0)));
 }
 

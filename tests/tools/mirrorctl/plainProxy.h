@@ -1,4 +1,4 @@
-// An X server's name under which another server answers, as through a plain proxy.
+// A plain proxy: a second name under which an X server answers.
 #pragma once
 
 #include <string>
@@ -6,12 +6,12 @@
 
 namespace test {
 
-// Passes the bytes of every connection on to the server and back, but no descriptors. A client of
-// a server that is not there is cut off at once. Ends with the destructor.
+// Forwards the bytes of every connection in both directions, but no descriptors. If the server is
+// missing, it closes each connection at once. Ends with the destructor.
 class PlainProxy {
 public:
     // `server`: a local server's name, such as ":7". Throws std::runtime_error when the proxy
-    // cannot have a name.
+    // cannot be set up.
     explicit PlainProxy(const std::string &server);
     ~PlainProxy();
     PlainProxy(const PlainProxy &) = delete;

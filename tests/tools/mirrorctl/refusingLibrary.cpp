@@ -1,6 +1,6 @@
-// Stands in for the library where a test needs a failure that the real one cannot be brought to.
-// The function that the variable REFUSE names answers its failure value. One display, number 5;
-// refusing a picture, also one that has none, number 6.
+// Stands in for the library when a test needs a failure that cannot be provoked in the real one.
+// The function that the variable REFUSE names returns its failure value. There is one display,
+// number 5; with REFUSE=picture there is also number 6, which has no picture.
 #include "mirror/mirrorInterface.h"
 
 #include <csignal>
@@ -17,12 +17,12 @@ static bool refuses(const char *function) {
     return refused && std::strcmp(refused, function) == 0;
 }
 
-// How many frames have been sent since the run began, and whether somebody has asked for colours.
+// The number of frames sent, and whether getPalette() has been called.
 static int framesSent = 0;
 static bool isAsked = false;
 
-// The screen is yellow. Refusing promptness, it is seen only after some frames have been sent;
-// refusing initiative, only when somebody has asked for its colours.
+// The screen is yellow. With REFUSE=promptness it is seen only after more than five frames; with
+// REFUSE=initiative, only after getPalette() has been called.
 static bool isSeen() {
     return refuses("initiative") ? isAsked : !refuses("promptness") || framesSent > 5;
 }
@@ -41,8 +41,8 @@ int getDisplays(char *buffer, int bufferLength) {
     return 1;
 }
 
-// A frame for panel 17; refusing wholeness, for panels 17 and 18, of which the first frame shows
-// the screen to only one.
+// A frame for panel 17. With REFUSE=wholeness, a frame for panels 17 and 18; in the first such
+// frame only panel 18 shows the screen.
 static std::string sentText() {
     if (refuses("frame sense"))
         return R"({"numDevices":1,"devices":[{"animData":"1 17"}]})";
@@ -72,7 +72,7 @@ int captureCurrentStreamFrames(void) {
         ++framesSent;
         return 0;
     }
-    poll(nullptr, 0, 1010); // for as long as nothing was sent
+    poll(nullptr, 0, 1010); // as long as the library waits for a frame
     return -1;
 }
 int getPalette(char *buffer) {

@@ -1,4 +1,4 @@
-// What a run tells about itself, held against what the light received.
+// Compares a run's reports with what the light received.
 #include "tests/tools/mirrorctl/mirrorSetup.h"
 #include "tools/config/configDocument.h"
 #include "tools/mirrorctl/run/frameCounter.h"
@@ -24,7 +24,7 @@ std::vector<rapidjson::Document> jsonLines(const std::string &out) {
     return lines;
 }
 
-// How many datagrams have arrived.
+// The number of datagrams that have arrived.
 std::size_t received(LightReceiver &light) {
     std::size_t count = 0;
     while (light.next(std::chrono::milliseconds(0)))
@@ -40,7 +40,7 @@ TEST_F(MirrorctlRunCount, CountsEveryFrameThatTheLightReceived) {
     ASSERT_EQ(ending.status, 0) << ending.err;
     EXPECT_EQ(ending.err, "");
     const auto lines = jsonLines(ending.out);
-    ASSERT_GE(lines.size(), 3u) << ending.out; // a busy machine may be late for a second's report
+    ASSERT_GE(lines.size(), 3u) << ending.out; // a busy machine may miss a report
     EXPECT_STREQ(lines[0]["event"].GetString(), "started");
     EXPECT_STREQ(lines[1]["event"].GetString(), "running");
     const auto &end = lines.back();
@@ -107,7 +107,7 @@ TEST_F(MirrorctlRunCount, IsLiveOnATerminal) {
     process.waitFor("  no error");
     process.type("\x03");
     Ending ending = process.finish();
-    // The terminal echoes the key somewhere in what the program says then.
+    // The terminal echoes the key somewhere in the program's output.
     if (const auto echo = ending.out.find("^C"); echo != std::string::npos)
         ending.out.erase(echo, 2);
     test::expectOutput(ending, 0,

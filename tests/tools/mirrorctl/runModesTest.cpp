@@ -1,4 +1,4 @@
-// Every mode over a real screen, and the mode of the command line.
+// Every mode on a real screen, chosen by the document or by the command line.
 #include "tests/tools/mirrorctl/mirrorSetup.h"
 
 #include <csignal>
@@ -11,8 +11,8 @@ namespace {
 
 class MirrorctlRunModes : public test::ScreenTest {
 protected:
-    // Mirrors a red screen with `options` until the only panel, number 17, is sent red in the wide
-    // layout. Returns the transition time that came with it, or -1.
+    // Mirrors a red screen with `options` until red is sent to the only panel, number 17, in the
+    // wide layout. Returns the transition time of that record, or -1.
     int transitionOfRed(const std::string &ip, int documentMode, std::vector<std::string> options,
                         const std::string &modeName) {
         screen.fill(0xFF0000);
@@ -25,7 +25,7 @@ protected:
             const auto datagram = light.next();
             if (!datagram || datagram->size() != 10)
                 break;
-            // Before the first picture has come, some modes send black.
+            // Before the first picture arrives, some modes send black.
             if (test::Datagram(datagram->begin(), datagram->begin() + 8) ==
                 test::Datagram{0, 1, 0, 17, 255, 0, 0, 0})
                 transition = (*datagram)[8] << 8 | (*datagram)[9];

@@ -25,7 +25,7 @@ protected:
         options.insert(options.begin(), {"run", "-"});
         program.reset(new Process(start(options, {.input = lights(ip)})));
         ASSERT_TRUE(receives(*light, redPanel));
-        // The program has seen the server answer.
+        // Waits until the program has received the server's answer.
         program->waitFor(options[2] == "--json" ? "\"running\"" : "Mirroring display");
     }
 
@@ -113,10 +113,10 @@ TEST_F(MirrorctlRunServer, IsStoppedWhileTheServerHangs) {
     test::expectOutput(ending, 0, {"Mirrored display "});
 }
 
-// Frames are counted by their time of arrival, so that nobody has to wake for each.
+// Frames are counted by their time of arrival, so the program need not wake up for each frame.
 TEST_F(MirrorctlRunServer, SleepsBetweenItsReports) {
     begin("127.0.58.98", {"--json"});
-    // Of the first thread, which reports.
+    // The context switches of the main thread, which prints the reports.
     const auto switches = [&] { return std::stol(program->status("voluntary_ctxt_switches")); };
     const long before = switches();
     for (int report = 0; report < 2; ++report)

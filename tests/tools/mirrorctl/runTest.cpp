@@ -1,5 +1,5 @@
-// Runs of mirrorctl over a real screen. Each test has a light device address of its own, since the
-// port is the same for all.
+// Runs of mirrorctl on a real screen. Each test has its own light address, since all lights use the
+// same port.
 #include "tests/tools/mirrorctl/mirrorSetup.h"
 
 #include <csignal>
@@ -15,7 +15,7 @@ namespace {
 
 class MirrorctlRun : public test::ScreenTest {
 protected:
-    // Mirrors a red screen, as standard input says, until the signal comes.
+    // Mirrors a red screen, with the document on standard input, until the signal arrives.
     void endsCleanlyOn(int signal, const std::string &ip, int ignored = 0) {
         screen.fill(0xFF0000);
         LightReceiver light(ip, 60222);
@@ -63,7 +63,7 @@ TEST_F(MirrorctlRun, EndsCleanlyOnHangUp) {
     endsCleanlyOn(SIGHUP, "127.0.40.15");
 }
 
-// A script starts what it puts into the background with SIGINT ignored.
+// Scripts start background programs with SIGINT ignored.
 TEST_F(MirrorctlRun, EndsCleanlyOnControlCThoughItWasIgnored) {
     endsCleanlyOn(SIGINT, "127.0.40.18", SIGINT);
 }

@@ -76,7 +76,7 @@ TEST_F(MirrorctlSnapshot, ShowsTheFirstColourOfMeltAndFade) {
 }
 
 TEST_F(MirrorctlSnapshot, WaitsForTheScreenToChange) {
-    // Nothing is sent before the colour comes, however late that is.
+    // Nothing is sent until the colour appears, however late that is.
     test::Process program =
         start({"snapshot", "-", "--seconds", "60"}, {.input = lights("127.0.58.42", 2)});
     screen.fill(0xFF0000);
@@ -88,7 +88,7 @@ TEST_F(MirrorctlSnapshot, SaysWhyNothingCame) {
     for (const int mode : {1, 2}) {
         const Ending ending = snapshot(lights("127.0.58.43", mode), {"--seconds", "0.1"});
         EXPECT_EQ(ending.out, "");
-        // The library's second may last longer on a busy machine.
+        // The library's wait of one second may take longer on a busy machine.
         test::expectErrors(ending, 75,
                            {"No snapshot: nothing was sent in " + names[mode - 1] + " mode within ",
                             "only when the screen's dominant colour changes"});
@@ -114,7 +114,7 @@ TEST_F(MirrorctlSnapshot, WaitsForAFrameThatComesLate) {
 TEST_F(MirrorctlSnapshot, ShowsColoursOfThePalette) {
     screen.fill(0xFF0000);
     const Ending ending = snapshot(threeDevices(display, "127.0.58.5", 3), {"--seconds", "30"});
-    // Which panels were due is a matter of chance.
+    // Which panels this frame contains is random.
     test::expectOutput(ending, 0,
                        {"#ff0000\n", "     0  127.0.58.51:60221", "     1  127.0.58.52:60222",
                         "     2  127.0.58.53:60222      -  nothing in this frame\n"});

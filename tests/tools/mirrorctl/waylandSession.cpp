@@ -4,10 +4,10 @@
 
 namespace test {
 
-// The compositor refuses to run as root, and its X server lets its own user in and nobody else
-// unless told so. It runs one program and ends with it: here one that tells the X server's name and
-// stays until its input ends. All of it is on a terminal of its own, so that nothing is left when
-// the shell is killed.
+// The compositor refuses to run as root, and its X server accepts only its own user unless told
+// otherwise. The compositor runs one program and ends with it: here one that prints the X server's
+// name and stays until its input ends. Everything runs on a separate terminal, so nothing is left
+// when the shell is killed.
 static constexpr const char *script = R"sh(
     [ -d /tmp/.X11-unix ] || mkdir -m 1777 /tmp/.X11-unix
     directory=$(mktemp -d /tmp/wayland.XXXXXX) || exit
@@ -39,7 +39,7 @@ WaylandSession::~WaylandSession() {
         session.type("\x04"); // the end of the input
         session.finish();
     } catch (const std::runtime_error &) {
-        // What does not heed it is killed with the shell.
+        // Programs that ignore the end of the input are killed with the shell.
     }
 }
 
