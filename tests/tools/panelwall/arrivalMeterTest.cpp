@@ -26,7 +26,7 @@ TEST(PanelwallArrivalMeter, JitterIsTheDifferenceOfNeighbours) {
     EXPECT_EQ(meterOf({0, 40, 80, 120}).jitter(), 0.0);
     EXPECT_EQ(meterOf({0, 40, 90, 130}).jitter(), 10.0);
     EXPECT_EQ(meterOf({0, 40, 90, 130}).interval(), 40.0);
-    // A slow change of pace is no jitter: intervals of 40, 41, 42.
+    // A slow change of pace is hardly any jitter: intervals of 40, 41 and 42 ms.
     EXPECT_EQ(meterOf({0, 40, 81, 123}).jitter(), 1.0);
 }
 
@@ -43,7 +43,7 @@ TEST(PanelwallArrivalMeter, CountsGapsInARhythm) {
     for (int i = 0; i < 10; ++i)
         moments.push_back(i * 42);
     EXPECT_EQ(meterOf(moments).gaps(), 0u);
-    moments.push_back(9 * 42 + 84); // twice is not yet more than twice
+    moments.push_back(9 * 42 + 84); // exactly twice the interval is not yet a gap
     EXPECT_EQ(meterOf(moments).gaps(), 0u);
     moments.push_back(moments.back() + 85);
     EXPECT_EQ(meterOf(moments).gaps(), 1u);

@@ -143,7 +143,7 @@ TEST(PanelwallComparison, ConfigurationsAreComparedToo) {
     EXPECT_TRUE(contains(text, "different: 1 of 1 device\n"));
 }
 
-// One device's datagrams stand at the beginning of one recording and at the end of the other.
+// The datagrams of a device are at the beginning of one recording and at the end of the other.
 TEST(PanelwallComparison, WhatOutgrowsTheMemoryIsReadAgain) {
     const auto document = wideDevices({"127.0.45.1", "127.0.45.2", "127.0.45.3"});
     std::vector<RecordedDatagram> datagrams[2];

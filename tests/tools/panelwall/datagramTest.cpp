@@ -120,7 +120,7 @@ TEST(PanelwallDatagram, ForeignRecordsAreFound) {
               "record 2: panel id 3 occurs more often than panels have it");
 }
 
-// Whatever is accepted must be exactly what a sender would have written.
+// Every accepted datagram must be exactly what a sender would have written.
 TEST(PanelwallDatagram, RandomBytesAreRefusedOrReadBackExactly) {
     std::mt19937 random(41);
     const auto below = [&](unsigned limit) { return static_cast<unsigned>(random() % limit); };

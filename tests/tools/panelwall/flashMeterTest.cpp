@@ -7,7 +7,7 @@ using namespace panelwall;
 using std::chrono::milliseconds;
 using test::start;
 
-// Takes turns between two brightnesses for two seconds, one every so many milliseconds.
+// Alternates between two brightnesses for two seconds, with a change every `every` milliseconds.
 static FlashMeter alternate(double one, double other, int every) {
     FlashMeter meter;
     for (int i = 0; i * every < 2000; ++i)
@@ -52,7 +52,8 @@ TEST(PanelwallFlashMeter, StepsInOneDirectionAreOneChange) {
     EXPECT_EQ(meter.most(), 1.0);
 }
 
-// A ripple on the way is no change of direction, and what counts is the distance to the turn.
+// A ripple on the way is no change of direction; what counts is the distance between turning
+// points.
 TEST(PanelwallFlashMeter, RipplesDoNotCount) {
     FlashMeter meter;
     int at = 0;

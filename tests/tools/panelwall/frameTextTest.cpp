@@ -7,7 +7,7 @@
 using namespace panelwall;
 using test::start;
 
-// The characters of a line that take a place on the terminal.
+// The number of columns that a line takes on the terminal.
 static std::size_t widthOf(const std::string &line) {
     std::size_t width = 0;
     for (std::size_t i = 0; i < line.size(); ++i) {
@@ -19,7 +19,7 @@ static std::size_t widthOf(const std::string &line) {
     return width;
 }
 
-// Its only colour has arrived.
+// A wall with two panels, one of which already shows its colour.
 static Wall makeWall() {
     Wall wall(test::oneDevice(1, {{1, 100, 100}, {2, 900, 500}}));
     wall.receive(0, test::Bytes{1, 1, 1, 12, 34, 56, 0, 0}, start);

@@ -1,4 +1,4 @@
-// What the library sends, recorded; the recording sent again, and recorded once more.
+// Records what the library sends, sends the recording, and records that again.
 #include "tests/support/virtualScreen.h"
 #include "tests/tools/panelwall/wallSetup.h"
 

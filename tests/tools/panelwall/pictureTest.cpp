@@ -11,7 +11,7 @@ using namespace panelwall;
 
 static constexpr std::uint32_t dark = 0x13151a;
 
-// When the pictures are taken; all colours have arrived.
+// When the pictures are taken: after all transitions have ended.
 static const Clock::time_point moment = test::start;
 
 // A narrow device of shape type 0; panel i has identifier i and the colour (100 + i, 0, 200).
@@ -47,7 +47,7 @@ TEST(PanelwallPicture, FileHoldsEveryPanelAtItsPlaceAndSize) {
     ASSERT_EQ(picture.height, 360);
     EXPECT_EQ(picture.at(100, 100), 0x6400c8u);
     EXPECT_EQ(picture.at(300, 150), 0x6500c8u);
-    // The squares reach 50 pixels from their centres, a line wide of which is border.
+    // The squares reach 50 pixels from their centres, including a border that is one line wide.
     for (const int reach : {-48, 47}) {
         EXPECT_EQ(picture.at(100 + reach, 100), 0x6400c8u);
         EXPECT_EQ(picture.at(300, 150 + reach), 0x6500c8u);
@@ -57,7 +57,7 @@ TEST(PanelwallPicture, FileHoldsEveryPanelAtItsPlaceAndSize) {
     EXPECT_EQ(picture.at(49, 100), dark);
     EXPECT_EQ(picture.at(150, 100), dark);
     EXPECT_EQ(picture.at(50, 50), dark); // a round corner
-    // The third was sent nothing: hollow.
+    // The third panel received nothing, so it is hollow.
     EXPECT_EQ(picture.at(500, 250), dark);
     EXPECT_NE(picture.at(450, 250), dark);
     EXPECT_NE(picture.at(549, 250), dark);

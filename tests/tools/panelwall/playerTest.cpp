@@ -40,7 +40,7 @@ TEST(PanelwallPlayer, PlaysEachDatagramAtItsTime) {
     EXPECT_GE(Clock::now() - begin, std::chrono::milliseconds(50));
 }
 
-// Whoever waits for it would otherwise never sleep again.
+// Otherwise a loop that waits until the player is due would never sleep again.
 TEST(PanelwallPlayer, IsNeverDueAfterItsEnd) {
     const std::string whole = record(wideDevices({"127.0.45.1"}), {}, 0);
     for (const std::string &bytes : {whole, whole.substr(0, whole.size() - 1)}) {

@@ -21,7 +21,7 @@ TEST_F(PanelwallProgram, CountsAndColoursWhatArrives) {
     EXPECT_EQ(wall.err(), "");
 }
 
-// A script starts what it puts into the background with SIGINT ignored.
+// Scripts start background programs with SIGINT ignored.
 TEST_F(PanelwallProgram, EndsOnControlCThoughItWasIgnored) {
     Process wall = start({writeOnePanel("127.0.41.11")}, {.ignoredSignal = SIGINT});
     wall.waitFor("listening:");
@@ -86,7 +86,7 @@ TEST_F(PanelwallProgram, WritesThePictureOnRequestAndAtTheEnd) {
     EXPECT_EQ(folder.list(), (std::vector<std::string>{"wall.json", "wall.png"}));
 }
 
-// The second colour comes within weeks, so that the picture must still have the first.
+// The transition to the second colour takes weeks, so the picture must still show the first.
 TEST_F(PanelwallProgram, PicturesShowPanelsOnTheirWay) {
     const auto png = folder.file("wall.png");
     Process wall =

@@ -1,4 +1,4 @@
-// A PNG file as pixels.
+// The pixels of a PNG file.
 #pragma once
 
 #include <cstdint>

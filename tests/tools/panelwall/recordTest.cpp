@@ -46,7 +46,7 @@ TEST_F(PanelwallRecord, KeepsEveryDatagramMalformedOnesToo) {
     EXPECT_GT(read.datagrams[2].time, read.datagrams[1].time);
 }
 
-// The time of arrival is that of the datagram, not of the moment when the program got to read it.
+// The recorded time is the datagram's arrival, not the moment when the program reads it.
 TEST_F(PanelwallRecord, KeepsTheTimesOfArrivalWhileTheProgramIsHeldUp) {
     const auto file = folder.file("a.wall");
     Process wall = start({writeOnePanel("127.0.45.13"), "--record", file});
@@ -64,7 +64,7 @@ TEST_F(PanelwallRecord, KeepsTheTimesOfArrivalWhileTheProgramIsHeldUp) {
     ASSERT_EQ(read.datagrams.size(), 2u);
     const auto interval = read.datagrams[1].time - read.datagrams[0].time;
     EXPECT_GE(interval, std::chrono::milliseconds(299));
-    // Datagrams are stamped by the system's other clock, which may be being set right.
+    // The system clock stamps the datagrams, and may be adjusted meanwhile.
     EXPECT_LE(interval, passed + std::chrono::milliseconds(5));
 }
 

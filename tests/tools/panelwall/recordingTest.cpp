@@ -1,4 +1,4 @@
-// The form of recordings: what is written can be read, and what cannot be read is told.
+// The format of recordings: what is written can be read, and faults are reported.
 #include "tests/support/expectations.h"
 #include "tests/support/files.h"
 #include "tests/tools/panelwall/recordings.h"
@@ -56,7 +56,7 @@ TEST(PanelwallRecording, GivesBackWhatWasWritten) {
     EXPECT_EQ(read.document.devices[1].port(), 60221);
 }
 
-// As docs/recordings.md has it.
+// docs/recordings.md describes these bytes.
 TEST(PanelwallRecording, HasTheDocumentedBytes) {
     const std::string document = config::documentText(wideDevices({"127.0.45.1", "::1"}));
     const std::string bytes = threeRecorded();
@@ -108,7 +108,7 @@ TEST(PanelwallRecording, ForeignFilesAreNamedAsSuch) {
                                        std::string("\x89PNG\r\n\x1a\n")})
         EXPECT_EQ(errorOf(foreign), "is no recording of a wall: it begins with other bytes");
     std::string text = good;
-    text.erase(4, 1); // what a transfer as text makes of \r\n
+    text.erase(4, 1); // as a transfer in text mode changes \r\n
     EXPECT_EQ(errorOf(text), "is a recording whose line ends were changed on its way here; "
                              "transfer it as a binary file");
     std::string newer = good;
@@ -123,7 +123,7 @@ TEST(PanelwallRecording, ForeignFilesAreNamedAsSuch) {
 
 namespace {
 
-// A recording of one device that ends with these bytes instead of records.
+// A recording of one device with these bytes in place of its records.
 std::string withRecords(const std::string &records) {
     std::string bytes = record(wideDevices({"127.0.45.1"}), {}, 0);
     bytes.resize(bytes.size() - 3);
@@ -167,7 +167,7 @@ TEST(PanelwallRecording, TimesDoNotOverflow) {
     EXPECT_TRUE(contains(read.error, "a time is too large"));
 }
 
-// The length that a file claims does not decide how much memory is taken.
+// The length that a file claims does not determine how much memory is allocated.
 TEST(PanelwallRecording, AClaimedLengthIsNotBelieved) {
     std::string bytes = "\x89PWR\r\n\x1a\n\x01";
     panelwall::appendNumber(bytes, 0);

@@ -1,4 +1,4 @@
-// Recordings made up for tests.
+// Artificial recordings for tests.
 #pragma once
 
 #include "tools/recording/recordingReader.h"
@@ -20,7 +20,7 @@ std::vector<std::uint8_t> panelOne(int red, int green = 0, int blue = 0);
 std::string record(const config::Document &document, const std::vector<RecordedDatagram> &datagrams,
                    long end);
 
-// What a reader makes of some bytes.
+// The result of reading a recording.
 struct Read {
     bool head = false;
     std::vector<RecordedDatagram> datagrams;

@@ -8,7 +8,7 @@ using std::chrono::milliseconds;
 using test::Bytes;
 using test::start;
 
-static constexpr int noTerminal = -1; // accepts nothing, ever
+static constexpr int noTerminal = -1; // writing to it always fails
 
 TEST(PanelwallRedrawPace, DrawsAtOnceAndThenByWhatChanges) {
     LiveView view(noTerminal);
@@ -20,7 +20,8 @@ TEST(PanelwallRedrawPace, DrawsAtOnceAndThenByWhatChanges) {
     EXPECT_LE(view.due(false), start);
 }
 
-// The program's loop by a clock that jumps to whatever is due next: a panel fades for a second.
+// Simulates the program's loop while a panel fades for a second, with a clock that jumps to the
+// next due time.
 TEST(PanelwallRedrawPace, FollowsAPanelToItsColourAndNoFurther) {
     Wall wall(test::oneDevice(1, {{1, 100, 100}}));
     LiveView view(noTerminal);

@@ -67,7 +67,7 @@ TEST(PanelwallStatusText, AWallThatFlashesIsWarnedOf) {
     EXPECT_EQ(describeFlashes(wall, now + milliseconds(4900)), "");
 }
 
-// A wall whose panels take turns is as bright as before.
+// One flashing panel of twenty does not make the wall flash.
 TEST(PanelwallStatusText, AFewPanelsAreNotTheWall) {
     auto document = twoDevices();
     document.devices.resize(1);

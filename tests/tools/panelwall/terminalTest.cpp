@@ -15,7 +15,7 @@ static const std::string home = "\x1b[H";
 
 class PanelwallTerminal : public WallTest {
 protected:
-    // Three panels of which two touch the corners of a screen of 600 x 400, on a terminal.
+    // Starts a wall with three panels on a terminal; two touch corners of a screen of 600 x 400.
     Process startThree(const std::string &ip, std::vector<std::string> options = {},
                        TerminalSize size = {}) const {
         options.insert(
@@ -67,8 +67,8 @@ TEST_F(PanelwallTerminal, WarnsWhileTheWallFlashes) {
     }
 }
 
-// The only panel of the wall goes from black to (200, 100, 0); whatever is seen of it meanwhile
-// lies on the straight line between them.
+// The wall's only panel goes from black to (200, 100, 0). Every colour that it shows meanwhile lies
+// on the straight line between these two.
 TEST_F(PanelwallTerminal, PanelsMoveToTheirColour) {
     const auto config = writeConfig({deviceText("127.0.58.61", 2, {{1, 300, 200}})});
     Process wall = start({config, "--size", "600x400", "--transition-unit", "3000"},
@@ -79,7 +79,7 @@ TEST_F(PanelwallTerminal, PanelsMoveToTheirColour) {
     wall.waitFor("8;2;200;100;0m", seen);
     end(wall);
 
-    // A panel has no blue here, unlike all that is drawn around it.
+    // The panel has no blue here, unlike everything drawn around it.
     const std::regex colours("8;2;([0-9]+);([0-9]+);0m");
     std::vector<int> reds;
     for (std::sregex_iterator match(wall.out().begin(), wall.out().end(), colours), end;
@@ -91,8 +91,8 @@ TEST_F(PanelwallTerminal, PanelsMoveToTheirColour) {
             reds.push_back(red);
     }
     EXPECT_TRUE(std::is_sorted(reds.begin(), reds.end()));
-    // Twenty frames a second at most; a busy machine loses many of them, but what it shows is on
-    // the way, not the end alone.
+    // At most twenty frames a second. A busy machine loses many of them, but must show some colours
+    // on the way.
     EXPECT_GE(reds.size(), 3u);
     EXPECT_LE(reds.size(), 62u);
 }

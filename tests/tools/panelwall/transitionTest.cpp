@@ -1,4 +1,4 @@
-// Panels on their way from colour to colour, by a clock that the tests set.
+// Transitions of panels between colours, by a clock that the tests set.
 #include "tools/wall/transition.h"
 #include "tests/tools/panelwall/walls.h"
 
@@ -65,7 +65,7 @@ TEST(PanelwallTransition, SetsOutAnewFromTheColourOfTheMoment) {
     EXPECT_EQ(transition.at(after(700)), (Colour{0, 100, 0}));
 }
 
-// As in match mode, whose records come faster than their transitions end.
+// As in match mode, where records arrive before the previous transition has ended.
 TEST(PanelwallTransition, ArrivesAlthoughItIsSentOnAgainAndAgain) {
     Transition transition;
     for (int time = 0; time < 42 * 40; time += 42)

@@ -1,4 +1,4 @@
-// What the tests of the whole program share: its configurations, and the program as a process.
+// Shared by the tests of the whole program: its configurations, and the program as a process.
 #pragma once
 
 #include "tests/support/expectations.h"
@@ -27,13 +27,13 @@ protected:
     // Starts panelwall and waits for its end.
     static Ending run(const std::vector<std::string> &arguments);
 
-    // Ends it by a signal, which it has to heed with exit status 0.
+    // Ends the program by a signal; expects exit status 0.
     static void end(Process &wall, int signal = SIGINT);
 
     // Writes a configuration and returns its path.
     std::string writeConfig(const std::vector<std::string> &devices, int mode = 0) const;
 
-    // One of a wide device with a single panel, number 1 at (100, 100).
+    // Writes the configuration of a wide device with a single panel, number 1 at (100, 100).
     std::string writeOnePanel(const std::string &ip, int mode = 0) const;
 
     Folder folder;

@@ -1,4 +1,4 @@
-// What the tests of the wall's parts share.
+// Shared by the tests of the wall's parts.
 #pragma once
 
 #include "tools/wall/wall.h"

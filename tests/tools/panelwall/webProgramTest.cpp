@@ -7,7 +7,7 @@ using namespace test;
 
 using PanelwallWebProgram = WallTest;
 
-// Waits until the wall has printed its page's address.
+// Waits until the wall has printed its page's address, and returns the address.
 static PageAddress addressOf(Process &wall) {
     const std::string before = "live page: ";
     wall.waitFor(before);
@@ -26,7 +26,7 @@ TEST_F(PanelwallWebProgram, TellsItsReadersWhatArrives) {
     EXPECT_TRUE(contains(reader.answer, "\"panels\":[[1,100,100],[2,300,100]]"));
     sendTo("127.0.71.30", 60222, {0, 1, 0, 2, 10, 20, 30, 0, 0, 0});
     reader.waitFor("\"sent\":\"------0a141e\"");
-    // Whoever comes later is told what came before.
+    // A later reader receives what came before.
     HttpClient later(page.port);
     EXPECT_TRUE(later.readEvents(page.root));
     later.waitFor("event: past");

@@ -41,7 +41,7 @@ TEST(PanelwallAccess, NothingIsToldWithoutTheToken) {
           "/" + token.substr(0, 21) + "E/", "/1" + token.substr(1) + "/events",
           "/" + std::string(22, '\0') + "/"})
         EXPECT_EQ(statusOf(path, headers), 404) << path;
-    // Not even which methods and names would do.
+    // The refusal does not even reveal which methods and host names are accepted.
     EXPECT_EQ(statusOf("/", headers, "POST"), 404);
     EXPECT_EQ(statusOf("/", {{"Host", "wall.example"}}), 404);
 }

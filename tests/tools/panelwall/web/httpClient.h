@@ -1,4 +1,4 @@
-// A client that sends any bytes to the page's server, and the address of that.
+// A client that can send any bytes to the page's server, and the page's address.
 #pragma once
 
 #include <chrono>
@@ -14,16 +14,16 @@ public:
     HttpClient(const HttpClient &) = delete;
     HttpClient &operator=(const HttpClient &) = delete;
 
-    // False when the server takes no more.
+    // False when the server accepts no more.
     bool send(const std::string &bytes);
 
-    // Begins to read the events of a page; false when they do not begin.
+    // Begins to read the events of a page; false when the answer has none.
     bool readEvents(const std::string &root);
 
-    // Reads until the answer holds `text`; false when it ends or half a minute passes before.
+    // Reads until the answer contains `text`; false when it ends first, or after half a minute.
     bool waitFor(const std::string &text);
 
-    // Reads to the end of the answer; false when this much time passes before.
+    // Reads to the end of the answer; false when that takes longer than `limit`.
     bool waitEnd(std::chrono::milliseconds limit = std::chrono::seconds(30));
 
     std::string answer;
@@ -34,20 +34,20 @@ private:
     int fd = -1;
 };
 
-// Where a page is.
+// The address of a page.
 struct PageAddress {
-    int port = 0;     // 0: nowhere
+    int port = 0;     // 0: no address
     std::string root; // "/TOKEN/"
 };
 
-// The first one in a text.
+// The first page address in a text.
 PageAddress addressIn(const std::string &text);
 
-// A whole answer to a GET request with this Host header value and further header lines.
+// Sends a GET request with this Host value and further header lines; returns the whole answer.
 std::string get(int port, const std::string &path, const std::string &host = "127.0.0.1",
                 const std::string &headers = "");
 
-// Its status, or 0 when there is none.
+// The status of an answer, or 0 when there is none.
 int statusOf(const std::string &answer);
 
 } // namespace test

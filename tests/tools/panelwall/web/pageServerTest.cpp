@@ -33,10 +33,10 @@ protected:
         root = address.root;
     }
 
-    // That the server still does its work.
+    // Expects that the server still works.
     void expectServes() { EXPECT_EQ(statusOf(get(port, root)), 200); }
 
-    // Greets the reader that is about to come.
+    // Waits for the next reader and greets it.
     void greet(const std::string &text) {
         pollfd newcomer{feed.fd(), POLLIN, 0};
         ASSERT_EQ(poll(&newcomer, 1, 30000), 1);
@@ -53,7 +53,7 @@ protected:
         return clients;
     }
 
-    // That so many are told before long that there are too many; which ones is open.
+    // Expects that `count` clients are soon told that there are too many, no matter which ones.
     static void expectRefusals(const Clients &clients, std::ptrdiff_t count) {
         const auto isRefused = [](const std::unique_ptr<HttpClient> &client) {
             return client->waitEnd(std::chrono::milliseconds(5)) && statusOf(client->answer) == 503;
@@ -118,7 +118,7 @@ TEST_F(PanelwallPageServer, RefusesWhatIsNotForIt) {
         EXPECT_TRUE(client.waitEnd()) << method;
         EXPECT_EQ(statusOf(client.answer), 405) << method;
     }
-    // Refusals say in words why, and are as closed as the page.
+    // Refusals give the reason in words, and have the same security policy as the page.
     const std::string refusal = get(port, root, "wall.example");
     EXPECT_TRUE(contains(refusal, "Content-Security-Policy"));
     EXPECT_TRUE(contains(refusal, "Ask for the wall by its address"));
@@ -199,7 +199,7 @@ TEST_F(PanelwallPageServer, EndsRequestsThatTakeTooLong) {
     const auto begin = std::chrono::steady_clock::now();
     HttpClient slow(port);
     slow.send("GET " + root + " HTTP/1.1\r\n");
-    // A line now and then does not help: the whole request is timed.
+    // Sending a line now and then does not help: the time limit is for the whole request.
     while (slow.send("X: y\r\n") && !slow.waitEnd(std::chrono::milliseconds(200)))
         ASSERT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(20));
     const auto passed = std::chrono::steady_clock::now() - begin;
@@ -221,7 +221,7 @@ TEST_F(PanelwallPageServer, AFloodOfConnectionsCostsNoMoreThanItsLimit) {
     const std::size_t before = openDescriptors();
     const Clients flood = open(PageServer::mostConnections + 270);
     expectRefusals(flood, 270);
-    // What is left open: this side's ends, and the connections that are served.
+    // Still open: this side's ends, and the connections that are served.
     EXPECT_LE(openDescriptors(), before + flood.size() + PageServer::mostConnections);
 }
 
@@ -237,7 +237,7 @@ TEST_F(PanelwallPageServer, DropsReadersThatDoNotRead) {
     HttpClient client(port);
     ASSERT_TRUE(client.readEvents(root));
     greet("hello");
-    // More than any buffer between the two ends holds.
+    // Publishes more than the buffers between the two ends hold.
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
     while (feed.readers() > 0) {
         ASSERT_LT(std::chrono::steady_clock::now(), deadline);

@@ -17,7 +17,7 @@ static std::uint32_t onlyDisplay() {
     return count == 1 ? display : 0;
 }
 
-// Reads the picture the way every PNG is read.
+// Decodes the picture like any PNG file.
 static test::Picture decode(const std::string &png) {
     const test::Folder folder;
     return test::readPng(folder.write("screen.png", png));
@@ -58,14 +58,14 @@ TEST(PanelwallScreenPicture, OfAWideDisplayIsReduced) {
     const auto decoded = decode(shot->png);
     ASSERT_EQ(decoded.width, 1366);
     ASSERT_EQ(decoded.height, 4);
-    EXPECT_EQ(decoded.at(0, 0), 0x300000u); // a third of the rows
+    EXPECT_EQ(decoded.at(0, 0), 0x300000u); // red in one row of three
     EXPECT_EQ(decoded.at(1365, 3), 0x0000ffu);
 }
 
 TEST(PanelwallScreenPicture, IsNotTakenAnewForEveryAsker) {
     test::VirtualScreen screen(64, 48);
     screen.use();
-    // A busy machine may take too long for the two.
+    // Repeats when a busy machine takes too long for the two pictures.
     const auto now = std::chrono::steady_clock::now;
     for (auto begin = now();; begin = now()) {
         ScreenPicture picture(onlyDisplay());

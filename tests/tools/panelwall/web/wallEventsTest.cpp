@@ -16,7 +16,7 @@ static config::Document twoDevices() {
         0, 0, {{"127.0.71.1", 1, 0, 1.5, {{7, 100, 200}, {8, -5, 300}}}, {"::1", 2, 1, 1.5, {}}}};
 }
 
-// What an event of this name holds.
+// The data of an event of this name.
 static rapidjson::Document dataOf(const std::string &event, const std::string &name) {
     const std::string head = "event: " + name + "\ndata: ";
     EXPECT_EQ(event.substr(0, head.size()), head);
@@ -77,7 +77,7 @@ TEST(PanelwallWallEvents, TellWhatPanelsShowAndWhereTheyAreGoing) {
     EXPECT_TRUE(event["heard"].GetBool());
 }
 
-// Pages tell by it whether a panel is still on the same way.
+// From it, pages recognise whether a panel is still in the same transition.
 TEST(PanelwallWallEvents, TellOneTimeOfArrivalWheneverTheyAreMade) {
     Wall wall(twoDevices(), milliseconds(100));
     const auto begin = start + std::chrono::microseconds(300);
@@ -127,7 +127,7 @@ TEST(PanelwallWallEvents, TellTheColoursOfTheLastMinute) {
     EXPECT_EQ(event[1].Size(), 0u);
 }
 
-// A scale factor may be any number that JSON can write.
+// A scale factor may be any number that JSON can express.
 TEST(PanelwallWallEvents, EndlessPanelsAreStillJson) {
     auto document = twoDevices();
     document.devices[0].scaleFactor = std::numeric_limits<double>::max();
