@@ -23,7 +23,7 @@ constexpr std::uint32_t brightGreen = 0x00ff00; // weight 20
 constexpr std::uint32_t darkRed = 0x160000;     // bucket 0, lightness 4, weight 1
 constexpr std::uint32_t brightRed = 0xff0000;   // weight 20
 
-// Runs the library and holds it to the transcription. Gives what the transcription says.
+// Compares the library's result with the transcription's and returns the latter.
 Dominant check(const Words &words) {
     const test::SampledFrame sampled(words);
     const Dominant wanted = transcription::dominantOf(words);
@@ -36,8 +36,8 @@ Dominant check(const Words &words) {
     return wanted;
 }
 
-// Fills up with dark pixels of many hues, none of which reaches a weight of `limit`, up to the
-// whole table. The buckets of pure red, green and blue are left alone.
+// Fills the table up with dark pixels of many hues, each hue with a weight of at most `limit`.
+// Leaves out the buckets of pure red, green and blue.
 void fillUp(Words &words, int limit = 300) {
     std::map<int, std::uint32_t> hues;
     for (std::uint32_t high = 1; high < 13; ++high)
@@ -81,7 +81,7 @@ TEST(Dominant, TheLastSampleIsLeftOut) {
     add(words, 6079, 0);         // 6079
     add(words, 1, 0);
     EXPECT_EQ(packed(check(words).colour), 0x0001ffu);
-    // One weight decides, and it would come from the last sample.
+    // The last sample's weight would decide.
     words.clear();
     add(words, 100, brightBlue);
     add(words, 100, brightRed);
@@ -129,13 +129,13 @@ TEST(Dominant, ASubstituteWeighsAtLeast320) {
         EXPECT_EQ(dominant.leaders[1].weight, weight);
         EXPECT_EQ(dominant.rule, weight >= 320 ? Rule::Second : Rule::Average) << weight;
     }
-    // The fillers stay below 320 as well, by one.
+    // The fillers are also below 320, by one.
     Words words;
     add(words, 2000, darkBlue);
     fillUp(words, 319);
     EXPECT_EQ(check(words).leaders[1].weight, 319);
     EXPECT_EQ(check(words).rule, Rule::Average);
-    // And at 320 a dark one is no substitute, but ends the averaging.
+    // At 320, a dark filler is no substitute, but it prevents averaging.
     words.clear();
     add(words, 2000, darkBlue);
     fillUp(words, 320);
@@ -149,7 +149,7 @@ TEST(Dominant, AveragesWhenNothingWeighsEnough) {
     add(words, 14, brightGreen);
     fillUp(words);
     EXPECT_EQ(check(words).rule, Rule::Average);
-    // The last sample counts there.
+    // The last sample counts in the average.
     const std::uint32_t without = packed(check(words).colour);
     words.back() = 0xffffff;
     EXPECT_EQ(check(words).rule, Rule::Average);
@@ -180,8 +180,8 @@ TEST(Dominant, TheSubstitutesLightnessBorder) {
     }
 }
 
-// The one that was overtaken is not moved down: slot 1 keeps what its bucket once weighed, even
-// when that bucket has become the heaviest, and the averages are taken over that old weight.
+// A leader that is overtaken does not move to the next slot: slot 1 keeps an earlier weight of its
+// bucket, even when that bucket is now in slot 0, and the averages are divided by that weight.
 TEST(Dominant, ALeaderMayBeItsOwnSubstitute) {
     Words words;
     add(words, 400, darkBlue);
@@ -216,7 +216,7 @@ TEST(Dominant, OfEqualsTheFirstToGetThere) {
         add(words, 100, redFirst ? brightBlue : brightRed);
         fillUp(words);
         EXPECT_EQ(check(words).leaders[0].bucket, redFirst ? 0 : 213);
-        // Taking turns, the first one gets there first each time.
+        // In alternation, the first one reaches each weight first.
         for (std::size_t i = 0; i < 200; ++i)
             words[50 + i] = (i % 2 == 0) == redFirst ? brightRed : brightBlue;
         EXPECT_EQ(check(words).leaders[0].bucket, redFirst ? 0 : 213);
@@ -237,7 +237,7 @@ TEST(Dominant, TheHeaviestLeadsInAnyOrder) {
     }
 }
 
-// Few colours in runs, most of them dark: the frames in which leaders change places.
+// Few colours in runs, most of them dark: in such frames leaders change places.
 TEST(Dominant, RandomFrames) {
     std::mt19937 random(20);
     std::map<Rule, int> seen;
@@ -262,7 +262,7 @@ TEST(Dominant, RandomFrames) {
     for (const Rule rule :
          {Rule::Heavy, Rule::Bright, Rule::Second, Rule::DarkSubstitute, Rule::Average})
         EXPECT_GT(seen[rule], 5) << static_cast<int>(rule);
-    // Slot 2 never outweighs slot 1, so it never gets its turn.
+    // Slot 2 never outweighs slot 1, so it is never the substitute.
     EXPECT_EQ(seen[Rule::Third], 0);
 }
 

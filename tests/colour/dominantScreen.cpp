@@ -16,15 +16,14 @@ void add(Pixels &words, int count, std::uint32_t colour) {
 
 constexpr std::uint32_t brightest = 255;
 
-// How many pixels of each bright hue there are, and what the last sample is, which no histogram
-// counts.
+// The number of pixels of each bright hue, and the last sample, which is in no histogram.
 struct Mixture {
     int common = 0; // of yellow, cyan and magenta, each
     int own[3] = {};
     std::uint32_t last[3] = {};
 
-    // Black prevails without being overwhelming, nine dark hues take up the rest, and a few bright
-    // pixels, none of their hues heavy enough to count, lift the average.
+    // Black is heaviest without being overwhelming, nine dark hues fill most of the rest, and a few
+    // bright pixels, none of their hues heavy enough to be a substitute, raise the average.
     Pixels words() const {
         Pixels all;
         for (const std::uint32_t hue : {0x010100u, 0x000101u, 0x010001u, 0x020100u, 0x020001u,
@@ -43,7 +42,7 @@ struct Mixture {
     }
 };
 
-// Tops up the channels to the sums that average to `channels`.
+// Adds bright pixels until the channel sums average to `channels`.
 Mixture mixtureFor(const std::uint8_t (&channels)[3], int common) {
     Mixture mixture;
     mixture.common = common;

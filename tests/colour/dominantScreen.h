@@ -8,14 +8,13 @@
 
 namespace test {
 
-// A screen of 100 x 100 has exactly one sample point a pixel inside its margin of ten.
+// On a screen of 100 x 100, each pixel inside the margin of ten is one sample point.
 constexpr int screenSide = 100;
 
 using Pixels = std::vector<std::uint32_t>; // 0xRRGGBB, screenSide rows of screenSide
 
-// A colour whose channels are all at most 12, or at most 15 and near to grey, to the last digit: a
-// screen without a prevailing hue, whose samples average to it. Throws std::logic_error for a
-// colour that cannot be had.
+// A screen without a dominant hue, whose samples average exactly to `wanted`. Works if all channels
+// are at most 12, or at most 15 and nearly grey; throws std::logic_error if no such screen exists.
 Pixels averagingTo(RGB wanted);
 
 Pixels plainScreen(std::uint32_t colour);

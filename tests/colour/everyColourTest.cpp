@@ -1,4 +1,4 @@
-// Every colour there is, through RGBToHSL.
+// RGBToHSL for every possible colour.
 #include "colour/bias.h"
 #include "colour/conversion.h"
 #include "colour/hueBucket.h"
@@ -33,7 +33,7 @@ TEST(EveryColour, HasTheHueSaturationAndLightnessOfTheRules) {
     EXPECT_EQ(test::complaints(1u << 24, complaintAbout), "");
 }
 
-// Pixel words converted in blocks, with anything in their fourth bytes, are the same colours.
+// Pixel words converted in blocks give the same colours, whatever their fourth bytes hold.
 std::string complaintAboutBlock(std::uint32_t block) {
     constexpr std::uint32_t capacity = HSLColumns::capacity;
     std::uint32_t words[capacity];
@@ -63,7 +63,6 @@ TEST(EveryColour, InBlocks) {
     EXPECT_EQ(test::complaints((1u << 24) / HSLColumns::capacity, complaintAboutBlock), "");
 }
 
-// Nothing that must be ignored may count.
 TEST(EveryColour, TheSpareNumberIsNotRead) {
     EXPECT_EQ(show(RGBToHSL({200, 100, 50, 1e300})), show(RGBToHSL({200, 100, 50})));
 }

@@ -73,7 +73,8 @@ TEST(RootMeanSquare, OfNothingIsBlack) {
     EXPECT_EQ(rootMeanSquareOnFrame(frameOf(words), &index, 0).r, 0);
 }
 
-// Channel by channel in plain integers; the whole screen's 6400 samples among the counts.
+// Each channel against plain integer arithmetic. The counts include the whole screen's 6400
+// samples.
 TEST(RootMeanSquare, AgreesWithAPlainTranscription) {
     std::mt19937 random(3);
     std::vector<std::uint32_t> words(6400);

@@ -33,8 +33,8 @@ TEST_P(HslRange, EveryHueSaturationAndLightness) {
         "");
 }
 
-// What is out of range is computed with all the same: a leader's old weight can push the averages
-// of a dark screen far beyond 100. Only the low eight bits of each channel stay.
+// Values out of range are converted as well: a leader's old weight can push the averages of a dark
+// screen far beyond 100. Only the low eight bits of each channel are kept.
 TEST_P(HslRange, OutOfRange) {
     const int scale = GetParam();
     std::mt19937 random(static_cast<unsigned>(scale));

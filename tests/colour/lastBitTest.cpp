@@ -17,7 +17,7 @@ std::uint32_t bits(float value) {
     return std::bit_cast<std::uint32_t>(value);
 }
 
-// Each place where a test of the rules flips, and its neighbours on both sides.
+// Each threshold of the rules, and the floats next to it on both sides.
 std::vector<float> borders() {
     std::vector<float> all;
     for (const float turn : {-1.0f, 0.0f, 1.0f})
@@ -55,7 +55,7 @@ TEST(HueToRgb, BordersOfItsBranches) {
                 expectSame(static_cast<float>(pi) / 50, static_cast<float>(qi) / 50, t);
 }
 
-// Far outside one turn only one turn is taken back.
+// Far outside the range, only one turn is added or subtracted.
 TEST(HueToRgb, FarOutside) {
     for (const float t : {-7.5f, -2.0f, -1.25f, 2.0f, 2.2f, 9.75f})
         for (const float p : {0.0f, 0.2f, 0.9f})
@@ -72,7 +72,7 @@ TEST(HueToRgb, OneValueOfEachBranch) {
     EXPECT_EQ(HueToRGB(0.0f, 1.0f, 0.5f), (0.6666667f - 0.5f) * 6.0f);
 }
 
-// To the last bit, it shows which of equal arguments came back.
+// Equal values such as 0 and -0 differ in their bits, which shows the argument that was returned.
 const float values[] = {0.0f,
                         -0.0f,
                         1.0f,
@@ -106,8 +106,8 @@ TEST(MinMax, OfEqualsTheEarlierOneStays) {
     EXPECT_EQ(bits(Max(-1.0f, -0.0f, 0.0f)), bits(-0.0f));
 }
 
-// Nothing is smaller or larger than not-a-number, so it stays when it comes first and is passed
-// over when it comes later.
+// No value compares smaller or larger than a NaN, so a NaN is returned when it comes first and
+// ignored when it comes later.
 TEST(MinMax, NotANumber) {
     const float nan = Limits::quiet_NaN();
     EXPECT_EQ(bits(Min(nan, 1.0f, 2.0f)), bits(nan));

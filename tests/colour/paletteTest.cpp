@@ -21,7 +21,7 @@ Words packed(const std::vector<RGB> &colours) {
     return words;
 }
 
-// The library's palette, held to the transcription.
+// The library's palette, compared with the transcription's.
 Words check(const Words &words, int size) {
     const test::SampledFrame sampled(words);
     const Words got = packed(paletteOf(sampled.frame(), sampled.table(), sampled.count(), size));

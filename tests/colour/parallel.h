@@ -9,8 +9,8 @@
 
 namespace test {
 
-// Calls `complaintAbout(i)` for each i below `count`, in slices on threads of their own. Each slice
-// ends at its first complaint, a string that is not empty. The complaints, one a line.
+// Calls `complaintAbout(i)` for each i below `count`, in slices on parallel threads. Each slice
+// ends at its first complaint, a string that is not empty. Returns the complaints, one per line.
 template <class Check> std::string complaints(std::uint32_t count, Check complaintAbout) {
     const std::uint32_t cores = std::clamp(std::thread::hardware_concurrency(), 1u, 8u);
     std::vector<std::string> found(cores);

@@ -1,4 +1,4 @@
-// A frame and a sample table made from the pixels that the table is to find, in its order.
+// A frame and a sample table for given sample pixels, in the order of the table.
 #pragma once
 
 #include "colour/frame.h"
@@ -13,8 +13,8 @@ namespace test {
 
 constexpr int wholeTable = 6400;
 
-// The pixels lie scattered over a larger frame of other colours, and their fourth bytes hold
-// anything: neither may matter.
+// The pixels are scattered over a larger frame of random colours, and their fourth bytes are
+// random: neither may change a result.
 class SampledFrame {
 public:
     explicit SampledFrame(const std::vector<std::uint32_t> &words) {

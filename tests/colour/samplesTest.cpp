@@ -6,14 +6,14 @@
 
 namespace {
 
-// Around the ends of blocks and everywhere between.
+// Every count, from below zero to more than two blocks.
 TEST(Samples, EachIsUsedOnceAndInOrderWhateverTheirCount) {
     std::mt19937 random(5);
     std::vector<std::uint32_t> words(1000);
     for (std::uint32_t &word : words)
         word = random();
     std::vector<std::int32_t> samples(HSLColumns::capacity * 2 + 9);
-    for (std::int32_t &sample : samples) // some of them off the frame
+    for (std::int32_t &sample : samples) // some are outside the frame
         sample = static_cast<std::int32_t>(random() % 1100) - 50;
     const Frame frame{reinterpret_cast<const unsigned char *>(words.data()), words.size()};
 
@@ -28,7 +28,7 @@ TEST(Samples, EachIsUsedOnceAndInOrderWhateverTheirCount) {
                 ASSERT_EQ(share.count, 1);
                 ASSERT_EQ(share.saturation, wanted.s);
                 ASSERT_EQ(share.lightness, wanted.l);
-                ASSERT_NE(number % 2, lastNumber % 2); // what takes turns relies on it
+                ASSERT_NE(number % 2, lastNumber % 2); // the histograms rely on alternating numbers
                 lastNumber = number;
                 ++used;
             });

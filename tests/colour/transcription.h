@@ -1,6 +1,6 @@
-// The rules of the colour analysis once more, as plainly as they can be put, for tests to hold the
-// library against. Nothing here is shared with the library but the two records; where the library
-// is clever, this is slow.
+// The rules of the colour analysis a second time, written as plainly as possible, for tests to
+// compare with the library. It shares only the two records with the library; where the library is
+// clever, this is slow.
 #pragma once
 
 #include "colour/colour.h"
@@ -29,7 +29,7 @@ enum class Rule {
     Second,         // the bucket of slot 1 stands in for a dark one
     Third,          // the bucket of slot 2 does
     DarkSubstitute, // the substitute is dark as well, so the heaviest bucket stays
-    Average,        // no bucket will do
+    Average,        // no bucket is suitable
 };
 
 struct Leader {
@@ -41,7 +41,7 @@ struct Dominant {
     RGB colour;
     Rule rule;
     Leader leaders[3];
-    HSL chosen; // a bucket of 320 as its hue; nothing when averaged
+    HSL chosen; // its hue is one of 320 buckets; not set when averaged
 };
 
 // `words`: the pixels at the sample points, in the order of the sample table.
@@ -51,10 +51,10 @@ std::vector<RGB> paletteOf(const std::vector<std::uint32_t> &words, int size);
 // The root mean square of all words.
 RGB averageOf(const std::vector<std::uint32_t> &words);
 
-// The text of a palette, as the host gets it.
+// The JSON text of a palette, as the host receives it.
 std::string paletteText(const std::vector<RGB> &palette);
 
-// Whether a mode that sends on changes has to send `now` after `last`.
+// Whether a mode that sends only changes must send `now` after `last`.
 bool differs(RGB now, RGB last);
 
 } // namespace transcription
