@@ -30,7 +30,7 @@ Samples sample(int shapeType, double scale, int x, int y, int width = 1920, int 
     return samples;
 }
 
-// The sampling written down a second time, step by step, in wide integers that need no wrapping.
+// A second implementation of the sampling, step by step, in integers wide enough not to wrap.
 std::vector<int> plainSample(int shapeType, double scale, int x, int y, long long width,
                              long long height) {
     const long long r = static_cast<int>(scale * (shapeType == 0 ? 150.0 : 100.0) / 3.0);
@@ -146,7 +146,8 @@ TEST(Geometry, AgreesWithAPlainTranscription) {
     }
 }
 
-// Nothing to compare with but the promise: it ends, writes 100 entries and is the same each time.
+// There is no reference result. The call must end, write 100 entries and give the same result each
+// time.
 TEST(Geometry, IsDefinedForEveryNumber) {
     const double infinity = std::numeric_limits<double>::infinity();
     const int extremes[] = {int32Min, int32Min + 1, -1, 0, 1, 1919, 1920, int32Max - 1, int32Max};
