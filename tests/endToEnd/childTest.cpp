@@ -1,4 +1,4 @@
-// Hosts that load the library themselves: unloading in mid-run, and the signals.
+// Hosts that load the library themselves: unloading during a run, and signals.
 #include "tests/endToEnd/exitStatus.h"
 #include "tests/endToEnd/lightSetup.h"
 #include "tests/support/process.h"
@@ -12,8 +12,8 @@ using test::Process;
 
 namespace {
 
-// A fault goes to the main thread, as one of its own would: sent to the process, it may come to a
-// thread of the stream that holds what the stop needs.
+// A fault signal goes to the main thread, as if that thread had caused it: sent to the process, it
+// may reach a thread of the stream that holds something the stop needs.
 void sendSignal(const Process &host, int number) {
     if (number == SIGSEGV || number == SIGBUS || number == SIGFPE)
         tgkill(host.pid(), host.pid(), number);
@@ -24,8 +24,8 @@ void sendSignal(const Process &host, int number) {
 class ChildTest : public testing::Test {
 protected:
     void SetUp() override {
-        // What an unloaded library leaves behind by design cannot be named any more, and an exit
-        // inside a handler leaves everything.
+        // The leak checker cannot symbolise what an unloaded library leaves allocated by design,
+        // and an exit inside a handler frees nothing.
         addOption("ASAN_OPTIONS", "detect_leaks=0");
     }
 
@@ -39,14 +39,14 @@ protected:
         setenv(variable, (std::string(options ? options : "") + ":" + option).c_str(), 1);
     }
 
-    // The exit may come between the end of a thread and its join.
+    // The process may exit after a thread has ended and before it is joined.
     static void expectUnjoinedThreads() { addOption("TSAN_OPTIONS", "report_thread_leaks=0"); }
 
-    // What a host that is interrupted at some moment has said by its end.
+    // Interrupts a host at a moment that depends on `round`; returns the host's output.
     static std::string interrupt(const char *what, const std::string &config, int round) {
         Process host({SIGNALHOST, MIRROR_LIBRARY, config, what});
         host.waitFor("ready\n");
-        usleep(static_cast<useconds_t>(round * 7919)); // spreads the moments; nothing is awaited
+        usleep(static_cast<useconds_t>(round * 7919)); // varies the moment; no event is awaited
         sendSignal(host, SIGINT);
         EXPECT_EQ(host.finish().status, exitStatusOf(SIGINT)) << host.out();
         return host.out();
@@ -104,7 +104,7 @@ TEST_F(ChildTest, FaultOnTheMirroringThreadItself) {
 #endif
     Process host({SIGNALHOST, MIRROR_LIBRARY, config, "fault"});
     EXPECT_EQ(host.finish().status, exitStatusOf(SIGSEGV));
-    // The thread cannot join itself, says so once, and the exit goes on.
+    // The thread cannot join itself; it reports this once, and the exit continues.
     const std::string message = "Error stopping mirror\n";
     const std::size_t at = host.out().find(message);
     ASSERT_NE(at, std::string::npos) << host.out();
@@ -129,7 +129,7 @@ TEST_F(ChildTest, InterruptAtAnyMoment) {
         interrupt("cycle", config, round);
 }
 
-// The interrupted thread may hold the lock that the mode wants.
+// The interrupted thread may hold the lock that the mode waits for.
 TEST_F(ChildTest, InterruptWhileAskingForThePalette) {
     expectUnjoinedThreads();
     for (int round = 0; round < 20; ++round)
@@ -152,14 +152,14 @@ TEST_F(ChildTest, InterruptBeforeTheThreadIsMade) {
     EXPECT_EQ(host.finish().status, exitStatusOf(SIGINT)) << host.out();
 }
 
-// A thread that has not yet noted that it is the mirroring thread is spared until it has.
+// Signals are blocked on a new thread until it has recorded that it is the mirroring thread.
 TEST_F(ChildTest, InterruptOnTheThreadThatIsJustMade) {
 #if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
     GTEST_SKIP() << "the sanitizers have a pthread_create of their own";
 #endif
     Process host({SIGNALHOST, MIRROR_LIBRARY, config, "newborn"});
     EXPECT_EQ(host.finish().status, exitStatusOf(SIGINT)) << host.out();
-    EXPECT_EQ(host.out(), "Error stopping mirror\n"); // it cannot join itself
+    EXPECT_EQ(host.out(), "Error stopping mirror\n"); // the thread cannot join itself
 }
 
 } // namespace

@@ -1,4 +1,5 @@
-// Melt and fade mode: which changes of the screen are sent, and which are not; fade mode's time.
+// Melt and fade mode: which changes of the screen are sent and which are not; fade mode's
+// transition time.
 #include "tests/colour/transcription.h"
 #include "tests/endToEnd/wallRun.h"
 
@@ -23,7 +24,7 @@ protected:
         expectFrame(colour);
     }
 
-    // The mode looks at the screen and keeps quiet.
+    // The mode polls the screen and sends nothing.
     void holds(std::uint32_t colour, int polls = 2) {
         SCOPED_TRACE(colour);
         show(averagingTo(unpacked(colour)));

@@ -1,6 +1,6 @@
-// What a host's process leaves behind when the library ends it on a signal.
+// The exit status of a host that the library ends on a signal.
 #pragma once
 
-// The exit status for one of this system's signals: its number on the system that the library was
-// built for.
+// `signal` is a number of this system. The result is that signal's number on the system that the
+// library was built for.
 int exitStatusOf(int signal);

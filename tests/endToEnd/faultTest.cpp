@@ -1,4 +1,4 @@
-// What can go wrong around a run, through the C interface alone.
+// Faults around a run, through the C interface only.
 #include "tests/endToEnd/lightSetup.h"
 #include "tests/support/virtualScreen.h"
 
@@ -53,7 +53,7 @@ TEST_F(Fault, ServerKilledInMidRun) {
     screen.kill();
     receiver.drain();
     for (int i = 0; i < 5; ++i)
-        EXPECT_EQ(receiver.next(), plainDatagram(0xff0000)); // the last frame stays
+        EXPECT_EQ(receiver.next(), plainDatagram(0xff0000)); // the last frame is kept
     const auto before = std::chrono::steady_clock::now();
     EXPECT_EQ(stopMirror(), 1);
     EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(5));
@@ -79,7 +79,7 @@ TEST_F(Fault, MonitorGoneInMidRun) {
     EXPECT_EQ(stopMirror(), 1);
 }
 
-// Every order of calls that a host may think of, none of which may end its process.
+// Calls in unusual orders, none of which may end the host's process.
 TEST_F(Fault, CallsInAnyOrder) {
     test::UsedScreen screen(200, 100);
     std::vector<char> buffer(4096);

@@ -10,7 +10,7 @@ namespace test {
 
 namespace {
 
-// Melt mode's pause; fade mode's is longer, and all others are shorter.
+// Melt mode's pause. Fade mode's is longer; all other sleeps during these modes are shorter.
 constexpr auto shortestHeld = std::chrono::milliseconds(99);
 constexpr auto patience = std::chrono::seconds(10);
 
@@ -19,7 +19,7 @@ std::condition_variable changed;
 bool holds = false;
 bool sleeps = false;
 
-// False when this sleep is to take its time.
+// Holds the calling thread if sleeps are held; false if it must sleep for the requested time.
 bool holdsThis() {
     std::unique_lock lock(mutex);
     if (!holds)
@@ -53,7 +53,7 @@ bool HeldSleep::awaitNext() {
 
 } // namespace test
 
-// Stands before the C library's for the whole program, the library included.
+// Replaces the C library's function for the whole program, including the library.
 extern "C" int nanosleep(const timespec *wanted, timespec *rest) {
     const auto time =
         std::chrono::seconds(wanted->tv_sec) + std::chrono::nanoseconds(wanted->tv_nsec);

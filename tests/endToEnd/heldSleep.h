@@ -1,20 +1,20 @@
-// The pauses of melt and fade mode between two looks at the screen, held by a test.
+// Lets a test hold the pauses of melt and fade mode between two polls of the screen.
 #pragma once
 
 namespace test {
 
-// While one of these exists, whoever sleeps for as long as these modes do between two looks sleeps
-// until it is let go. One at a time.
+// While a HeldSleep exists, every sleep as long as these pauses lasts until it is released. At most
+// one object at a time.
 class HeldSleep {
 public:
     HeldSleep();
-    // Lets the sleeper go; from here on sleeps take their time.
+    // Releases the sleeper; later sleeps take their normal time.
     ~HeldSleep();
     HeldSleep(const HeldSleep &) = delete;
     HeldSleep &operator=(const HeldSleep &) = delete;
 
-    // Lets the sleeper go, if there is one, and waits until it, or the first, sleeps again: then
-    // the mode has looked once more. False when that takes too long.
+    // Releases the sleeper, if any, and waits for the next sleep: by then the mode has polled the
+    // screen once more. False after a timeout.
     bool awaitNext();
 };
 

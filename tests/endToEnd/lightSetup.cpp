@@ -11,8 +11,8 @@ namespace test {
 
 namespace {
 
-// The positions of a panel's 100 sample pixels; a panel may reach over the left, top, right and
-// bottom edge, but no centre lies so far out that a square has to be rebuilt.
+// The positions of a panel's 100 sample pixels. A panel may reach over any edge of the screen, but
+// no centre is so far out that the square must be rebuilt.
 std::vector<std::size_t> samplesOf(const LightSetup &light, const PanelPlace &panel,
                                    const Picture &picture) {
     const int r =

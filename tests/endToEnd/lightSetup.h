@@ -1,4 +1,4 @@
-// Lights of an end-to-end test: what the configuration says of them, and which bytes they must get.
+// Lights of an end-to-end test: their configuration and the bytes they must receive.
 #pragma once
 
 #include "mirror/mirrorInterface.h"
@@ -28,7 +28,7 @@ struct LightSetup {
     int port() const { return controlVersion == 1 ? 60221 : 60222; }
 };
 
-// A picture of the screen, 0xRRGGBB a pixel, rows packed.
+// A picture of the screen, 0xRRGGBB per pixel, rows packed.
 struct Picture {
     int width;
     int height;
@@ -41,25 +41,25 @@ Picture noise(int width, int height, unsigned seed);
 // The configuration document for these lights.
 std::string documentOf(std::uint32_t displayID, int mode, const std::vector<LightSetup> &lights);
 
-// The datagram that match mode sends to `light` for `picture`, worked out on its own.
+// The datagram that match mode sends to `light` for `picture`, computed without the library.
 Datagram matchDatagram(const LightSetup &light, const Picture &picture);
 
-// Waits for `wanted`. Every datagram before it must be `earlier`, if that is given, but for one
-// that was made while the new frame was being copied. False with a message otherwise.
+// Waits for `wanted`. If `earlier` is given, every datagram before `wanted` must equal it, except
+// one that was made while the new frame was being copied. Otherwise fails with a message.
 testing::AssertionResult arrives(LightReceiver &receiver, const Datagram &wanted,
                                  const std::optional<Datagram> &earlier = std::nullopt);
 
 // The identifiers that getDisplays lists, in its order.
 std::vector<std::uint32_t> displayIDs();
 
-// A run of the library with one light, seen as the light sees it.
+// A run of the library with one light, observed at that light.
 class OneLightRun : public testing::Test {
 protected:
     explicit OneLightRun(const std::string &ip) : light{ip, 1, 0, 0.2, {{1, 40, 40}}} {}
     void TearDown() override { stopMirror(); }
 
     static int configure(std::string text) { return setMirrorConfig(text.data()); }
-    // The configuration of the light, for the display that is listed first.
+    // The configuration of the light, for the first display in the list.
     std::string document(int mode = 0) const {
         return documentOf(displayIDs().at(0), mode, {light});
     }
@@ -68,11 +68,11 @@ protected:
     void start() { start(document()); }
     void start(const std::string &text);
 
-    // The datagram of a screen of this colour.
+    // The datagram for a screen of this colour.
     Datagram plainDatagram(std::uint32_t colour) const {
         return matchDatagram(light, plain(100, 100, colour));
     }
-    // Waits until the light shows this colour, which the whole screen must have.
+    // Waits until the light shows this colour, which must fill the screen.
     testing::AssertionResult showsPlain(std::uint32_t colour) {
         return arrives(receiver, plainDatagram(colour));
     }

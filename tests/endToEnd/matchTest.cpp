@@ -15,7 +15,8 @@ using test::Picture;
 
 namespace {
 
-// A narrow, a wide and an IPv6 light, with panels in the middle, at every edge and small ones.
+// Lights of control versions 1 and 2, and one on IPv6; panels in the middle, at every edge, and
+// small ones.
 std::vector<LightSetup> wall(int width, int height) {
     return {
         {"127.0.54.1", 1, 0, 0.5, {{3, 100, 90}, {300, 5, 5}, {7, width - 4, height - 4}}},
@@ -64,7 +65,7 @@ TEST_F(Match, EveryByteOfEveryDatagram) {
     start(ids[0], wall(641, 363));
     expectEverywhere(picture, black); // before the first frame the screen reads as black
     for (std::size_t d = 0; d < lights.size(); ++d)
-        for (int i = 0; i < 5; ++i) // a still screen is sent on unchanged
+        for (int i = 0; i < 5; ++i) // an unchanged screen is sent again
             EXPECT_EQ(receivers[d]->next(), matchDatagram(lights[d], picture));
     ASSERT_EQ(stopMirror(), 1);
     for (auto &receiver : receivers) {

@@ -8,8 +8,8 @@ namespace {
 
 class Melt : public test::WallRun {
 protected:
-    // Whether the generator was seeded with the second of the start, and nothing but these times
-    // drew from it.
+    // Whether the generator was seeded with the start time in seconds, and only these times drew
+    // from it.
     bool areDrawn(const std::vector<int> &times) const {
         return seedThat([&](unsigned seed) {
                    test::SystemRandom random(seed);
@@ -20,7 +20,7 @@ protected:
     }
 };
 
-// Every panel of every light has a time of its own, drawn light by light and panel by panel.
+// Each panel has its own transition time, drawn light by light and panel by panel.
 TEST_F(Melt, EveryPanelMeltsInItsOwnTime) {
     startAtPoll(1, {{"127.0.57.21", 1, 0, 0.1, test::panels(1, 30)},
                     {"127.0.57.22", 2, 0, 0.1, {}},

@@ -12,7 +12,7 @@ using test::Record;
 
 namespace {
 
-// Arrivals are stamped by the system's own clock, which may be being set right meanwhile.
+// Arrival times come from the system's real-time clock, which may be adjusted during the test.
 constexpr std::chrono::milliseconds clockError{5};
 
 // Four plain quarters of different sizes.
@@ -33,7 +33,7 @@ Palette paletteOf(const Pixels &pixels) {
     return palette;
 }
 
-// Palette mode foretold: its datagrams tick by tick from the number that seeded it.
+// Predicts palette mode's datagrams, tick by tick, from its seed.
 class PaletteForecast {
 public:
     PaletteForecast(const std::vector<test::LightSetup> &lights_, unsigned seed)
@@ -89,7 +89,7 @@ std::vector<Record> recordsOf(const std::vector<PaletteForecast::Change> &change
 
 class PaletteRun : public test::WallRun {
 protected:
-    // The seed that foretells the first tick's hold times.
+    // The seed that predicts the first tick's hold times.
     std::optional<unsigned> seedOf(const std::vector<std::vector<Record>> &first) const {
         return seedThat([&](unsigned seed) {
             PaletteForecast forecast(lights, seed);
@@ -120,7 +120,7 @@ protected:
         return first;
     }
 
-    // When the newest datagram that was received has arrived.
+    // The arrival time of the newest datagram received.
     LightReceiver::Arrival lastArrival() const {
         LightReceiver::Arrival last;
         for (const auto &receiver : receivers)
@@ -128,8 +128,8 @@ protected:
         return last;
     }
 
-    // Receives one foretold tick and gives which of the palettes, taken in their order, has
-    // coloured it: `from` or a later one. All lights must agree.
+    // Receives one predicted tick and returns the index of the palette that coloured it: `from` or
+    // a later one, in their order. All lights must agree.
     std::size_t expectTick(const std::vector<std::vector<PaletteForecast::Change>> &changes,
                            const std::vector<Palette> &palettes, std::size_t from) {
         for (std::size_t d = 0; d < lights.size(); ++d) {
@@ -161,7 +161,7 @@ protected:
     };
 };
 
-// Seventy ticks, byte by byte. A screen that changes is seen in the ticks that follow.
+// Seventy ticks, byte by byte. A change of the screen shows in the ticks that follow.
 TEST_F(PaletteRun, EveryByteOfManyTicks) {
     const Pixels before = quarters(0xff0000, 0x00ff00, 0x0000ff, 0xffff00);
     const Pixels after = quarters(0x00ffff, 0xff00ff, 0xff8000, 0x0080ff);
@@ -169,7 +169,8 @@ TEST_F(PaletteRun, EveryByteOfManyTicks) {
     start(3, wall);
     const std::vector<Palette> palettes = {paletteOf(before), paletteOf(after)};
 
-    // The first tick may come before the first frame, or meet it half-way: its colours say nothing.
+    // The first tick may come before the first frame or during its copy, so its colours are not
+    // checked.
     const auto first = firstTick();
     const auto begun = lastArrival();
     const auto seed = seedOf(first);
@@ -201,10 +202,10 @@ TEST_F(PaletteRun, EveryByteOfManyTicks) {
     EXPECT_FALSE(receivers[2]->next(std::chrono::milliseconds(0))); // no panels, no datagrams
 }
 
-// Seen from outside alone: a panel comes back after as many ticks as its record announced. Not
-// before, by the clock, as a tick lasts 99 ms at the least, and longer on a busy machine. Not
-// later, by the datagrams, as each is of a tick of its own. The test above knows the ticks one by
-// one.
+// Observed only from outside: a panel returns after the number of ticks that its record announced.
+// The clock shows that it is not earlier, because a tick lasts at least 99 ms, and longer on a busy
+// machine. The datagrams show that it is not later, because each belongs to a different tick. The
+// test above checks tick by tick.
 TEST_F(PaletteRun, HoldTimesAreTicks) {
     screen.putPixels(0, 0, test::screenSide, test::screenSide,
                      quarters(0xff0000, 0x00ff00, 0x0000ff, 0xffff00).data());
@@ -239,7 +240,7 @@ TEST_F(PaletteRun, HoldTimesAreTicks) {
     EXPECT_GT(exact, 50) << "of " << returns;
 }
 
-// A snapshot holds the records of one tick, and a line only for the lights that were sent any.
+// A snapshot holds the records of one tick, with lines only for the lights that received some.
 TEST_F(PaletteRun, Snapshots) {
     screen.fill(0x0000ff);
     start(3, {{"127.0.57.41", 1, 0, 0.1, test::panels(1, 12)},
@@ -257,7 +258,7 @@ TEST_F(PaletteRun, Snapshots) {
     }
     ASSERT_EQ(stopMirror(), 1);
 
-    // Each text must be that of a tick, of a later one than the text before.
+    // Each text must match a tick later than that of the text before.
     PaletteForecast forecast(lights, *seed);
     forecast.tick();
     std::size_t found = 0;
@@ -271,7 +272,7 @@ TEST_F(PaletteRun, Snapshots) {
                 continue;
             lines.push_back(test::lineOf(static_cast<int>(lights[d].panels.size()), records));
             partial += records.size() < lights[d].panels.size();
-            // It is what the light really received.
+            // The light received the same records.
             EXPECT_EQ(receivers[d]->next(std::chrono::milliseconds(0)),
                       test::encode(lights[d].controlVersion, records));
         }

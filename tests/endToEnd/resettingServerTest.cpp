@@ -1,7 +1,7 @@
-// A server that resets when its last client leaves, as servers do unless they are told otherwise.
-// The library is its only client, so that nearly every call meets a reset.
+// A server that resets when its last client leaves, which is the default of servers. The library is
+// its only client, so nearly every call meets a reset.
 //
-// MIRROR_RESET_ROUNDS in the environment says how many rounds it has to hold.
+// The environment variable MIRROR_RESET_ROUNDS sets the number of rounds.
 #include "tests/endToEnd/lightSetup.h"
 #include "tests/platform/processUsage.h"
 #include "tests/support/virtualScreen.h"
@@ -41,7 +41,7 @@ TEST_F(ResettingServer, EveryRoundOfCallsIsServed) {
         ASSERT_EQ(stopMirror(), 1);
     }
     EXPECT_TRUE(test::threadsBecome(threads));
-#if !__has_feature(thread_sanitizer) // it starts a program of its own that looks names up
+#if !__has_feature(thread_sanitizer) // it starts a symboliser program
     EXPECT_EQ(test::openDescriptors(), descriptors);
 #endif
 }

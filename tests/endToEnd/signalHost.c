@@ -4,11 +4,11 @@
  *
  * WHAT: "wait"   prints "ready" once a run is under way and waits
  *       "fault"  the first send faults on the mirroring thread
- *       "overflow"  the stack of a thread with an alternate one for signals overflows
- *       "cycle"  prints "ready" and then starts and stops without end
+ *       "overflow"  overflows the stack of a thread that has an alternate signal stack
+ *       "cycle"  prints "ready" and then starts and stops forever
  *       "after"  prints "ready" after a run has been stopped and waits
- *       "ask"    prints "ready" and then asks for the palette without end
- *       "elsewhere"  does the same and has signals come to the library's threads alone
+ *       "ask"    prints "ready" and then asks for the palette forever
+ *       "elsewhere"  does the same with SIGINT left to the library's threads
  *       "again"  is interrupted in its second start, just before the thread is made
  *       "newborn"  is interrupted in its second start, on the new thread before it does anything
  */
@@ -29,7 +29,7 @@ static int faulting = 0;
 static volatile int *nowhere = NULL;
 static int sent = 0; /* since the start; atomic */
 
-/* Stands before the C library's own. */
+/* Replaces the C library's function. */
 ssize_t sendto(int fd, const void *bytes, size_t length, int flags, const struct sockaddr *to,
                socklen_t toLength) {
     const struct iovec part = {(void *)bytes, length};
@@ -59,7 +59,7 @@ static void *interruptAndRun(void *birth) {
     return born.run(born.argument);
 }
 
-/* Stands before the C library's own. */
+/* Replaces the C library's function. */
 int pthread_create(pthread_t *thread, const pthread_attr_t *attributes, void *(*run)(void *),
                    void *argument) {
     int (*real)(pthread_t *, const pthread_attr_t *, void *(*)(void *), void *) =
@@ -80,7 +80,7 @@ static int interrupted = 0; /* the sanitizers have a pthread_create of their own
 static int newborn = 0;
 #endif
 
-/* As small as runtimes make it, and a fault when a handler needs more. */
+/* As small as runtimes make it; a handler that needs more faults. */
 static int useSmallSignalStack(void) {
     const size_t page = (size_t)sysconf(_SC_PAGESIZE);
     const size_t size = ((size_t)sysconf(_SC_MINSIGSTKSZ) + 4096 + page - 1) / page * page;
@@ -119,7 +119,7 @@ int main(int argc, char **argv) {
     if (strcmp(argv[3], "newborn") == 0) {
         stop();
         newborn = 1;
-        alarm(5); /* a handler that waits for its own thread waits longer */
+        alarm(5); /* ends a handler that waits for its own thread */
         start();
         for (;;)
             pause();
@@ -129,7 +129,7 @@ int main(int argc, char **argv) {
         sigemptyset(&interrupt);
         sigaddset(&interrupt, SIGINT);
         pthread_sigmask(SIG_BLOCK, &interrupt, NULL);
-        /* The thread sanitizer loses a signal that comes amid a thread's first blocking call. */
+        /* The thread sanitizer loses signals that arrive during a thread's first blocking call. */
         while (!__atomic_load_n(&sent, __ATOMIC_ACQUIRE))
             usleep(1000);
     }

@@ -1,4 +1,4 @@
-// A snapshot holds what the lights were really sent. (Palette mode's is in paletteTest.cpp.)
+// A snapshot holds the records sent to the lights. (Palette mode's is in paletteTest.cpp.)
 #include "tests/endToEnd/wallRun.h"
 
 #include <algorithm>
@@ -18,7 +18,7 @@ protected:
         {"127.0.57.54", 2, 0, 0.1, {}},
     };
 
-    // The texts of all frames that have arrived at all lights, one a frame.
+    // The snapshot texts of all frames that have arrived at all lights, one per frame.
     std::vector<std::string> arrivedTexts() {
         std::vector<std::vector<std::string>> frames;
         for (std::size_t d = 0; d < lights.size(); ++d) {
@@ -59,7 +59,8 @@ TEST_F(Snapshot, OfMatchMode) {
         EXPECT_TRUE(contains(arrived, text)) << text;
 }
 
-// These modes answer at the next change of colour, so the screen keeps changing meanwhile.
+// These modes serve a capture at the next change of colour, so the screen keeps changing meanwhile.
+// The text shows a transition time of 5, whatever was sent.
 class ChangingSnapshot : public Snapshot, public testing::WithParamInterface<int> {};
 
 TEST_P(ChangingSnapshot, OfTheNextChange) {
@@ -71,7 +72,7 @@ TEST_P(ChangingSnapshot, OfTheNextChange) {
                                           0x00ffff, 0x0000ff, 0xff00ff};
         for (std::size_t i = 0; !done; ++i) {
             screen.fill(hues[i % std::size(hues)]);
-            std::this_thread::sleep_for(std::chrono::milliseconds(60)); // the pace of the change
+            std::this_thread::sleep_for(std::chrono::milliseconds(60)); // interval between changes
         }
     });
     int results[3];
@@ -90,7 +91,7 @@ TEST_P(ChangingSnapshot, OfTheNextChange) {
     }
 }
 
-// The transition time stands as 5 in the text, whatever was sent.
+// Without a change of colour the capture times out.
 TEST_P(ChangingSnapshot, OfAStillScreenThereIsNone) {
     startAtPoll(GetParam(), wall);
     show(test::plainScreen(0xff0000));
@@ -120,7 +121,7 @@ TEST_F(Snapshot, WithoutARunThereIsNone) {
     EXPECT_GE(waited, std::chrono::milliseconds(1010));
     EXPECT_LT(waited, std::chrono::seconds(5));
     EXPECT_EQ(getSizeOfStreamFrameJson(), 0);
-    // The fetch writes an empty text, padded up to the size before.
+    // The fetch writes an empty text, padded with zeros to the previous size.
     std::string buffer(text.size() + 64, '\x7e');
     EXPECT_EQ(getStreamFrameJson(buffer.data()), 0);
     EXPECT_EQ(buffer, std::string(text.size(), '\0') + std::string(64, '\x7e'));

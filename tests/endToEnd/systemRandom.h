@@ -1,5 +1,5 @@
-// The system's rand() once more, on a state of its own: what the library draws after it has seeded
-// the process's generator with a number that the test knows.
+// The system's rand() with a separate state: predicts the library's draws after it has seeded the
+// process's generator with a number that the test knows.
 #pragma once
 
 #include <cstdint>
@@ -20,7 +20,7 @@ public:
     }
 
 private:
-    char state[128] = {}; // the size that rand() itself works with
+    char state[128] = {}; // the size that rand() itself uses
     random_data data = {};
 };
 

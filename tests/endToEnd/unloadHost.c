@@ -2,8 +2,8 @@
  *
  *     unloadHost LIBRARY CONFIG ROUNDS PORT
  *
- * CONFIG is the document itself; its device must be 127.0.56.1 with the given PORT. Prints what it
- * found wrong and exits with 1, or exits with 0.
+ * CONFIG is the document itself; its device must be 127.0.56.1 with the given PORT. Prints the
+ * first error and exits with 1, or exits with 0.
  */
 #include "mirror/mirrorInterface.h"
 
@@ -32,7 +32,7 @@ static int countEntries(const char *path) {
     return count;
 }
 
-/* A thread that was joined may still be listed for a moment. */
+/* A joined thread may still be listed for a moment. */
 static int threadsBecome(int count) {
     for (int tries = 0; tries < 20000 && countEntries("/proc/self/task") != count; ++tries)
         poll(NULL, 0, 1); /* milliseconds */
@@ -74,7 +74,7 @@ static void ownHandler(int number) {
     _Exit(number);
 }
 
-/* The host's handlers; `installed` is what the system then says of them. */
+/* Installs the host's handlers; `installed` receives them as the system reports them. */
 static void installHandlers(struct sigaction *installed) {
     struct sigaction own = {.sa_handler = ownHandler, .sa_flags = SA_NODEFER};
     sigemptyset(&own.sa_mask);
@@ -130,7 +130,7 @@ int main(int argc, char **argv) {
             return 1;
         if (!handlersAre(handlers))
             return fail("the host's signal handlers are not back");
-        /* What the first round leaves, a sanitizer's own thread for instance, is there to stay. */
+        /* What the first round leaves, such as a sanitizer's own thread, is permanent. */
         if (round == 0) {
             descriptors = countEntries("/proc/self/fd");
             threads = countEntries("/proc/self/task");

@@ -41,7 +41,8 @@ void WallRun::startAtPoll(int mode, const std::vector<LightSetup> &wanted) {
 
 void WallRun::show(const Pixels &pixels) {
     const std::string wanted = paletteText(pixels);
-    // Two screens may have one palette: between polls, one with another comes before.
+    // draw() waits for the screen's palette, which the screen before may share. While polls are
+    // held, a screen with another palette is drawn in between.
     const std::string red = paletteText(plainScreen(0xff0000));
     if (pause)
         draw(plainScreen(wanted == red ? 0x00ff00 : 0xff0000));

@@ -1,4 +1,4 @@
-// A run of the library over a small screen, watched at the sockets of its lights.
+// A run of the library over a small screen, observed at the sockets of its lights.
 #pragma once
 
 #include "tests/colour/dominantScreen.h"
@@ -21,12 +21,11 @@ class WallRun : public testing::Test {
 protected:
     void TearDown() override;
 
-    // Configures and starts. `lights` are on 127.0.57.x; listens to each from before the start.
+    // Listens to each of `lights`, which are on 127.0.57.x, then configures and starts.
     void start(int mode, const std::vector<LightSetup> &lights);
 
-    // The same for melt and fade mode, over a dark screen, which is polled once. From then on the
-    // test says when the screen is polled: a frame that is read while it is written may give any
-    // colour.
+    // The same for melt and fade mode, over a dark screen, which is polled once. After that, the
+    // test decides when the screen is polled: a frame read during its copy may give any colour.
     void startAtPoll(int mode, const std::vector<LightSetup> &lights);
 
     // Draws a screen and waits until the library's frame has its palette; after startAtPoll(),
@@ -36,22 +35,22 @@ protected:
     // Polls once more; only after startAtPoll().
     void pollAgain();
 
-    // From here on, the screen is polled as often as the mode wants.
+    // From here on, the mode polls the screen at its own rate.
     void pollFreely() { pause.reset(); }
 
-    // The next datagram of each light, in order, as records. An empty list when one is missing or
+    // The records of each light's next datagram, in order. An empty list if one is missing or
     // malformed.
     std::vector<std::vector<Record>> nextFrame();
 
     // Each light's next datagram must have all its panels in this colour.
     void expectFrame(std::uint32_t colour);
 
-    // No light has been sent anything that was not looked at.
+    // No light has received a datagram that the test has not read.
     void expectNothing();
 
     // The JSON text of the frames captured last, fetched into a buffer of exactly its size.
     static std::string snapshotText();
-    // The same text as it has to be for these lines, one a light.
+    // The expected text for these lines, one per light.
     std::string snapshotOf(const std::vector<std::string> &lines) const;
 
     // The first of the possible seeds of this run for which `explains` holds.
