@@ -53,7 +53,7 @@ CGDataProvider theProvider;
 CGDisplayStreamRef lastStream = nullptr;
 std::mutex callsMutex;
 
-// What the library asked for and does not release. Outlives the manager.
+// Objects that the library creates and never releases. Outlives the manager.
 struct Created {
     std::vector<std::unique_ptr<dispatch_queue_s>> queues;
     std::vector<std::unique_ptr<__CFNumber>> numbers;

@@ -1,5 +1,5 @@
-// A stand-in for the system's display calls: displays, refusals and frames as a test scripts them.
-// What a real screen can show is tested on a real screen; this is for what one cannot ask of it.
+// A fake of the system's display calls, with displays, failures and frames scripted by the test. It
+// is only for cases that a real screen cannot produce; the others are tested on a real screen.
 #pragma once
 
 #include <CoreGraphics/CoreGraphics.h>
@@ -17,7 +17,7 @@ struct Display {
     std::size_t bitsPerPixel = 32;
 };
 
-// What the library asked for when it created the stream.
+// The arguments with which the library created the stream.
 struct StreamRequest {
     CGDirectDisplayID display = 0;
     std::size_t width = 0;
@@ -32,14 +32,14 @@ struct StreamRequest {
 
 struct Platform {
     std::vector<Display> displays;
-    bool refuseListing = false; // of the identifiers; their count is told
+    bool refuseListing = false; // of the identifiers; their count is still returned
     bool refuseStreams = false;
     bool throwOnCreate = false;
     bool throwOnStart = false;
     CGError startResult = kCGErrorSuccess;
     CGError stopResult = kCGErrorSuccess;
-    std::chrono::milliseconds stopTime{0}; // that a stop takes
-    std::vector<std::uint8_t> imageBytes;  // what CGDataProviderCopyData hands out
+    std::chrono::milliseconds stopTime{0}; // how long a stop takes
+    std::vector<std::uint8_t> imageBytes;  // returned by CGDataProviderCopyData
 
     // Recorded.
     StreamRequest request;
@@ -50,18 +50,18 @@ struct Platform {
 // The one platform of the process.
 Platform &platform();
 
-// How often a call has been made; safe while a run is under way.
+// The number of these calls so far; safe during a run.
 int callCount(const std::string &name);
 void forgetCalls();
 
 // Back to one display, 1, of the given size, with nothing recorded.
 void reset(std::size_t width, std::size_t height);
 
-// Frees the streams, queues and dictionaries made so far, which the library never releases. Nothing
-// may use them any more, the display stream of the manager included.
+// Frees the streams, queues and dictionaries made so far, which the library never releases. They
+// must no longer be in use, including the manager's display stream.
 void freeCreated();
 
-// Calls the handler of the stream made last from a thread of its own and returns when it is done.
+// Calls the handler of the newest stream on a separate thread and returns when it has finished.
 // `pixels` may be null: no surface.
 void deliver(CGDisplayStreamFrameStatus status, const std::vector<std::uint32_t> *pixels);
 
