@@ -1,5 +1,5 @@
-// A realtime clock that jumps. The machine's own is not touched: for this program, and the library
-// in it, another stands before it.
+// A real-time clock that jumps. The machine's clock is not changed: this program replaces the clock
+// functions for itself and for the library in it.
 #include "tests/faults/faultRun.h"
 
 #include <atomic>
@@ -70,7 +70,7 @@ TEST_F(ClockJump, IsNotNoticed) {
         const auto wall = std::chrono::system_clock::now();
         shift += jump;
         EXPECT_GT(std::chrono::abs(std::chrono::system_clock::now() - wall), 900ms);
-        // No burst and no pause: what 42 ms of sleep allow, give or take a busy machine.
+        // No burst and no pause: one datagram per 42 ms of sleep, or fewer on a busy machine.
         const auto before = Steady::now();
         receiver.drain();
         for (int i = 0; i < 10; ++i)
@@ -85,7 +85,7 @@ TEST_F(ClockJump, IsNotNoticed) {
     }
 }
 
-// A capture that nobody serves gives up after its time, and a stop takes none.
+// A capture without a run times out after its usual time, and a stop does not wait.
 TEST_F(ClockJump, WaitsKeepTheirLength) {
     for (const long jump : {-86400l, 86400l}) {
         shift = 0;
@@ -114,7 +114,7 @@ TEST_F(ClockJump, WaitsKeepTheirLength) {
     EXPECT_GT(asked, 0);
 }
 
-// Two runs in the same second draw the same times; a clock before 1970 is a seed like any other.
+// The seed is the time in seconds; a time before 1970 is valid too.
 TEST_F(ClockJump, SeedsMayBeAnything) {
     for (const long jump : {-100l * 365 * 86400, 1000l * 365 * 86400}) {
         shift = jump;

@@ -1,4 +1,4 @@
-// The same again and again, and nothing grows.
+// Repeats the same calls many times; no resource may grow.
 #include "tests/faults/faultRun.h"
 #include "tests/platform/processUsage.h"
 
@@ -11,7 +11,7 @@
 
 namespace {
 
-constexpr std::size_t pageSlack = std::size_t{1} << 20; // of a heap that has settled
+constexpr std::size_t pageSlack = std::size_t{1} << 20; // bytes of growth allowed in a settled heap
 
 std::string kib(std::size_t bytes) {
     return std::to_string(bytes / 1024) + " KiB";
@@ -25,8 +25,8 @@ std::string told(const test::Holdings &holdings) {
 
 class Cycle : public test::FaultRun {
 protected:
-    // Runs `once` often and expects that the process holds the same from the first tenth on, but
-    // for `kept` bytes each time.
+    // Calls `once` in each of `rounds` and expects no growth after the first tenth, except `kept`
+    // bytes per round.
     template <class Once>
     static void expectNoGrowth(const std::string &what, int rounds, std::size_t kept, Once once) {
         const std::size_t threads = test::threads();
@@ -59,8 +59,8 @@ TEST_F(Cycle, StartAndStop) {
     EXPECT_TRUE(showsPlain(0x00ff00));
 }
 
-// A configuration keeps its stream, the stream's options and its queue by design, and the frame
-// buffer only when no run takes it over.
+// By design, a configuration never releases its stream, the stream's options and its queue. The
+// frame buffer remains only if no run takes it over.
 TEST_F(Cycle, ConfigureStartAndStop) {
     const std::string text = document();
     constexpr std::size_t named = 1024;
@@ -71,7 +71,7 @@ TEST_F(Cycle, ConfigureStartAndStop) {
     });
 }
 
-// What the host asks in between.
+// The other calls of a host during a run.
 TEST_F(Cycle, Questions) {
     start();
     ASSERT_TRUE(showsPlain(0x00ff00));
@@ -85,8 +85,8 @@ TEST_F(Cycle, Questions) {
     });
 }
 
-// A host that loads the library, has it mirror and unloads it in mid-run. It looks after
-// descriptors and threads itself; what is left is the most memory that it ever had, in KiB.
+// Runs a host that loads the library, starts a run and unloads it in mid-run. The host checks
+// descriptors and threads itself. Returns its peak memory in KiB.
 long mostMemoryOfLoads(const std::string &config, int rounds) {
     const std::string number = std::to_string(rounds);
     const pid_t host = fork();
@@ -104,14 +104,14 @@ long mostMemoryOfLoads(const std::string &config, int rounds) {
 }
 
 TEST_F(Cycle, LoadRunAndUnload) {
-    light.ip = "127.0.56.1"; // the host's
+    light.ip = "127.0.56.1"; // the host listens there
     const int rounds = test::fullFaults() ? 1000 : 20;
     const long few = mostMemoryOfLoads(document(), rounds / 10);
     const long many = mostMemoryOfLoads(document(), rounds);
     test::tellFigure("load, run, unload: " + std::to_string(few) + " KiB after " +
                      std::to_string(rounds / 10) + " rounds, " + std::to_string(many) +
                      " KiB after " + std::to_string(rounds));
-    // A round may keep what a configuration keeps, and what the loader does.
+    // Each round may leave what a configuration and the loader never release.
     EXPECT_LE(many, few + 2048 + 4 * rounds);
 }
 

@@ -1,4 +1,4 @@
-// A host that runs out of descriptors, whatever the library is doing just then.
+// A host that runs out of descriptors at any point of the library's work.
 #include "tests/faults/faultRun.h"
 #include "tests/platform/processUsage.h"
 
@@ -14,7 +14,7 @@ using testing::internal::GetCapturedStdout;
 
 namespace {
 
-// Lets a scope open only so many descriptors.
+// Limits a scope to `left` more descriptors.
 class FewDescriptors {
 public:
     explicit FewDescriptors(int left) {
@@ -50,7 +50,7 @@ std::set<std::string> linesOf(const std::string &text) {
     return lines;
 }
 
-// Whether anything has been said since standard output is being captured.
+// Whether anything has been printed since the capture of standard output began.
 bool somethingIsSaid() {
     std::fflush(stdout);
     struct stat file {};
@@ -115,7 +115,7 @@ TEST_F(Descriptors, MissingDuringTheRun) {
             EXPECT_TRUE(captured == 0 || captured == -1);
             char palette[513] = "";
             EXPECT_EQ(getPalette(palette), 0);
-            // The light shows the screen in the end, or the library says why not.
+            // In the end the light shows the screen, or the library prints the reason.
             const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
             while (!enough && !somethingIsSaid() && std::chrono::steady_clock::now() < deadline)
                 enough = receiver.next(std::chrono::milliseconds(150)) == plainDatagram(0x00ff00);

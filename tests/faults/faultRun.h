@@ -1,4 +1,4 @@
-// A run of the library around which things go wrong, seen as its lights see it.
+// A run of the library under faults, observed at its lights.
 #pragma once
 
 #include "tests/endToEnd/lightSetup.h"
@@ -9,17 +9,17 @@
 
 namespace test {
 
-// Whether the long versions are wanted.
+// Whether the long versions of the tests are requested.
 bool fullFaults();
 
-// Prints a line for the document of figures.
+// Prints a measurement for docs/reliability.md.
 void tellFigure(const std::string &text);
 
-// What a process must not gather while it uses the library.
+// Resources whose use must not grow while a process uses the library.
 struct Holdings {
     std::size_t descriptors;
     std::size_t threads;
-    std::size_t heapBytes;     // handed out and not given back
+    std::size_t heapBytes;     // allocated and not freed
     std::size_t residentBytes; // of the whole process
 };
 Holdings holdings();

@@ -19,8 +19,8 @@ protected:
         ASSERT_TRUE(showsPlain(0x00ff00));
     }
 
-    // What became of a child that does this: its exit status, minus the signal that ended it, or
-    // "hung".
+    // Calls `does` in a child and sends it the signal `sent` unless 0. Returns the child's exit
+    // status, the negated signal that ended it, or "hung".
     static std::string childThat(const std::function<void()> &does, int sent = 0) {
         int ready[2];
         EXPECT_EQ(pipe(ready), 0);
@@ -99,9 +99,9 @@ TEST_F(Fork, AChildThatIsTerminated) {
     expectTheRunGoesOn();
 }
 
-// A child may mirror on its own account.
+// A child may run the library itself.
 TEST_F(Fork, AChildThatConfiguresAndStarts) {
-    stopMirror(); // for the datagrams to be the child's
+    stopMirror(); // so that the datagrams are the child's
     receiver.drain();
     start();
     std::string text = document();
@@ -117,7 +117,7 @@ TEST_F(Fork, AChildThatConfiguresAndStarts) {
     expectTheRunGoesOn();
 }
 
-// Whatever another thread of the host has the library doing at that moment.
+// The fork may happen during any step of another thread's start or stop.
 TEST_F(Fork, InTheMiddleOfStartsAndStops) {
     std::atomic<bool> over = false;
     std::thread busy([&] {

@@ -1,4 +1,4 @@
-// Hosts with habits of their own: timers whose signals interrupt everything, and another locale.
+// Unusual hosts: timers whose signals interrupt every call, and another locale.
 #include "tests/faults/faultRun.h"
 
 #include <atomic>
@@ -21,7 +21,7 @@ void count(int) {
 
 class Host : public test::FaultRun {};
 
-// A timer of the host's, once a millisecond, with a handler that restarts no call.
+// A host's timer that fires every millisecond; its handler does not restart interrupted calls.
 class AlarmStorm {
 public:
     AlarmStorm() {
@@ -51,7 +51,8 @@ TEST_F(Host, AlarmsInterruptNothing) {
         for (int round = 0; round < rounds; ++round) {
             ASSERT_EQ(test::displayIDs().size(), 1u);
             start();
-            // The system interrupts the first thread that it may: this one, or the library's.
+            // The system interrupts the first thread that does not block the signal: this one or
+            // the library's.
             sigset_t alarm;
             sigemptyset(&alarm);
             sigaddset(&alarm, SIGALRM);
@@ -72,8 +73,7 @@ void ownHandler(int number) {
     _exit(100 + number);
 }
 
-// As the manual says: installed after the start, the host's handlers stay, also over the end of
-// the run.
+// As documented: handlers that the host installs after the start stay, even after the run ends.
 TEST_F(Host, HandlersInstalledAfterTheStartStay) {
     start();
     constexpr int numbers[] = {SIGINT, SIGABRT, SIGTERM, SIGBUS, SIGFPE, SIGPIPE, SIGSEGV};

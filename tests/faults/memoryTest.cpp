@@ -1,4 +1,4 @@
-// Memory refused at every request that a call makes, one after the other, once and for good.
+// Refuses each memory request of a call in turn: only that one, or all from there on.
 #include "tests/faults/faultRun.h"
 #include "tests/faults/refusedMemory.h"
 
@@ -20,13 +20,13 @@ struct Answer {
     auto operator<=>(const Answer &) const = default;
 };
 
-// What to prove of a call.
+// The expectations for a call.
 struct Trial {
     std::string name;
     std::function<int()> call;
     int success;
-    std::set<Answer> possible; // to a refusal; each of them must come
-    long named = 0;            // pieces of memory that the call may keep for good
+    std::set<Answer> possible; // answers to a refusal; each must occur
+    long named = 0;            // allocations that the call may keep for good
     std::function<void()> prepare = [] {};
     bool asksTheServer = false;
 };
@@ -34,13 +34,13 @@ struct Trial {
 class Memory : public test::FaultRun {
 protected:
     void SetUp() override {
-        std::puts(""); // standard output keeps the memory of its first use
+        std::puts(""); // standard output allocates at its first use
         std::fflush(stdout);
     }
 
     static void refuseInTurn(const Trial &trial) {
         refuseInTurn(trial, false);
-        // Without any memory every question to the server is one that ends at its deadline.
+        // Without memory, every request to the server ends only at its deadline.
         if (!trial.asksTheServer || test::fullFaults())
             refuseInTurn(trial, true);
     }
@@ -59,7 +59,7 @@ private:
     static void refuseInTurn(const Trial &trial, bool forGood) {
         std::set<Answer> seen;
         long most = 0;
-        // A reply that was lost for want of memory is waited for until its deadline.
+        // A reply lost because memory was refused costs a wait until the deadline.
         const int step = trial.asksTheServer && !test::fullFaults() ? 13 : 1;
         int requests = 0;
         trial.prepare();
@@ -101,7 +101,7 @@ TEST_F(Memory, OfTheDisplayList) {
     const auto call = [&] {
         std::memset(buffer, '#', sizeof buffer);
         const int result = getDisplays(buffer, sizeof buffer);
-        // Nothing, all, no display, or one that could not be measured.
+        // The buffer holds nothing, everything, no display, or a display of unknown size.
         const std::string_view all(buffer, sizeof buffer);
         if (result == -1)
             EXPECT_EQ(all.find_first_not_of('#'), std::string_view::npos);
@@ -111,7 +111,7 @@ TEST_F(Memory, OfTheDisplayList) {
                 << buffer;
         return result;
     };
-    constexpr long ofTheXLibrary = 2; // which loses them when it gives a connection up
+    constexpr long ofTheXLibrary = 2; // leaked when it gives up a connection
     refuseInTurn({"getDisplays",
                   call,
                   1,
@@ -137,7 +137,7 @@ TEST_F(Memory, OfAConfiguration) {
 
 TEST_F(Memory, OfAStart) {
     ASSERT_EQ(configure(text), 1);
-    // The run itself, once it is there, asks for memory as well: it is not counted here.
+    // The new run allocates memory too; that is not counted here.
     constexpr long whatTheRunHas = 1000;
     refuseInTurn(
         {"startMirror", startMirror, 1, {{-1, "Error starting mirroring\n"}}, whatTheRunHas, [] {
@@ -184,8 +184,8 @@ TEST_F(Memory, OfACapturesText) {
     refuseInTurn({"getStreamFrameJson", [&] { return getStreamFrameJson(buffer); }, 0, {}});
 }
 
-// What the run itself asks for, on its own thread and on the stream's: the run may end over it, and
-// says so, but the host's next configuration and start make another.
+// Requests on the run's own thread and on the stream's. A refusal may end the run with a message,
+// but the host can configure and start another.
 TEST_F(Memory, OfTheRun) {
     const std::set<std::string> possible = {"", "Error during runMirror\n",
                                             "Stream start failed!\n"};

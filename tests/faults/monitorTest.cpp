@@ -40,7 +40,7 @@ TEST_F(MonitorFault, ResizedGoesOnAndANewConfigurationTakesTheNewSize) {
     EXPECT_TRUE(showsPlain(0x0000ff));
 }
 
-// For a client, a monitor on its side is one that has changed width for height.
+// To a client, a rotated monitor is one whose width and height are swapped.
 TEST_F(MonitorFault, RotatedGoesOnAndANewConfigurationTakesTheNewSides) {
     move("100/50x200/100+0+100");
     // (40, 20) of 200 x 100 is (20, 40) of 100 x 200, and row 140 of the root.

@@ -1,4 +1,4 @@
-// The network gone and back, and a queue that takes nothing more.
+// A network that goes down and comes back, and a full send queue.
 #include "tests/faults/faultRun.h"
 
 #include <algorithm>
@@ -38,7 +38,8 @@ bool lastTriedIs(const test::Datagram &wanted) {
     return lastTried == wanted;
 }
 
-// Waits until this many more have been made, the last one of the wanted bytes if there are any.
+// Waits for `number` more attempts to send; unless `wanted` is empty, the last must be of these
+// bytes.
 testing::AssertionResult awaitAttempts(std::size_t number, const test::Datagram &wanted = {}) {
     const auto begin = Clock::now();
     while (attemptsSince(begin).size() < number || (!wanted.empty() && !lastTriedIs(wanted))) {
@@ -51,7 +52,7 @@ testing::AssertionResult awaitAttempts(std::size_t number, const test::Datagram 
 
 } // namespace
 
-// Before the C library's, for the whole program.
+// Replaces the C library's function for the whole program, including the library.
 extern "C" ssize_t sendto(int fd, const void *bytes, std::size_t length, int flags,
                           const sockaddr *address, socklen_t addressLength) {
     sockaddr_in ipv4{};
@@ -73,8 +74,8 @@ namespace {
 
 class Queue : public test::FaultRun {};
 
-// No frame is tried twice, none of another light's is missing, and what comes when there is room
-// again is the screen of that moment.
+// No frame is sent twice, no frame for another light is lost, and the first frame after the queue
+// has room shows the current screen.
 TEST_F(Queue, ThatIsFullCostsItsOwnFramesOnly) {
     screen.fill(0xff0000);
     test::LightSetup other = light;
@@ -99,10 +100,10 @@ TEST_F(Queue, ThatIsFullCostsItsOwnFramesOnly) {
     EXPECT_EQ(receiver.next(), plainDatagram(0x00ff00));
 }
 
-// Two network namespaces of this test's own, joined by a virtual cable: the library is here, the
-// light is there. A thread that is in a namespace passes it on to what it starts: the X server is
-// older, since one looks for a free display number in its own namespace only, and would take the
-// place of one that another test has started.
+// Two network namespaces joined by a virtual cable: the library is in `here`, the light in `there`.
+// Child processes inherit the namespace of their thread. The X server is started before that: a
+// server looks for a free display number only in its own namespace, and would take the number of
+// another test's server.
 class Network : public test::FaultRun {
 protected:
     void SetUp() override {
@@ -163,21 +164,21 @@ TEST_F(Network, GoneAndBackLosesNoFrameAfterItsReturn) {
         switchLink(hereControl, "mirror0", false);
         far->drain();
         screen.fill(colour);
-        // It goes on, although nobody receives it.
+        // Sending continues, although nothing is received.
         ASSERT_TRUE(awaitAttempts(6, plainDatagram(colour)));
         EXPECT_FALSE(far->next(0ms));
         switchLink(hereControl, "mirror0", true);
         const auto back = Clock::now();
         const auto backByStamp = std::chrono::system_clock::now();
         EXPECT_EQ(far->next(), plainDatagram(colour));
-        // Whenever this thread got to read it.
+        // The stamp does not depend on when this thread reads the datagram.
         using Milliseconds = std::chrono::duration<double, std::milli>;
         delays.push_back(Milliseconds(far->arrival() - backByStamp).count());
         const auto since = attemptsSince(back);
-        if (!since.empty()) // else it came just before this thread noted the time
+        if (!since.empty()) // otherwise it was sent just before this thread read the clock
             onTheWay.push_back(delays.back() - Milliseconds(since[0] - back).count());
 
-        // From the first attempt on, all have arrived.
+        // Every datagram from the first attempt on must arrive.
         ASSERT_TRUE(awaitAttempts(3));
         std::size_t arrived = 1;
         const std::size_t made = attemptsSince(back).size();
@@ -190,7 +191,7 @@ TEST_F(Network, GoneAndBackLosesNoFrameAfterItsReturn) {
     const double median = delays[delays.size() / 2];
     std::sort(onTheWay.begin(), onTheWay.end());
     ASSERT_FALSE(onTheWay.empty());
-    EXPECT_LE(onTheWay[onTheWay.size() / 2], 8); // milliseconds; the very first one arrives
+    EXPECT_LE(onTheWay[onTheWay.size() / 2], 8); // milliseconds: the very first attempt arrives
     test::tellFigure("network back: first datagram after " + std::to_string(median) +
                      " ms in the median, " + std::to_string(delays.back()) + " ms at most, of " +
                      std::to_string(rounds) + " times");

@@ -20,7 +20,7 @@ std::atomic<bool> refusing = false;
 std::atomic<int> untilRefusal = 0;
 std::atomic<bool> wasRefused = false;
 bool goesOn = false;
-bool chosenThread = false;                   // the value of `chooses` in those that are refused
+bool chosenThread = false;                   // `chooses` of the threads to refuse
 constinit thread_local bool chooses = false; // set in the thread that made the object
 
 bool isRefused() {

@@ -1,12 +1,13 @@
-// The C library's memory for the whole test program, counted, and refused when a test says so.
+// The C library's allocation functions for the whole test program; they count allocations and
+// refuse memory when a test requests it.
 #pragma once
 
 #include <cstddef>
 
 namespace test {
 
-// While one of these exists, the nth request, counted from 1, is refused, and with `forGood` all
-// that follow it as well. One at a time.
+// While a RefusedMemory exists, the nth request, counted from 1, is refused; with `forGood`, all
+// later ones too. At most one object at a time.
 class RefusedMemory {
 public:
     enum class Who {
@@ -23,7 +24,7 @@ public:
     static bool happened();
 };
 
-// Pieces of memory that are handed out at the moment.
+// The number of allocations not yet freed.
 long piecesOut();
 
 } // namespace test

@@ -1,4 +1,4 @@
-// The X server killed in mid-run, and back again under the same name.
+// The X server killed during a run and restarted under the same name.
 #include "tests/faults/faultRun.h"
 
 namespace {
@@ -12,7 +12,7 @@ TEST_F(Server, BackUnderItsNameServesANewConfiguration) {
     for (const std::uint32_t colour : {0x00ff00u, 0x0000ffu, 0xffffffu}) {
         screen.kill();
         receiver.drain();
-        EXPECT_TRUE(receiver.next()); // the last frame stays
+        EXPECT_TRUE(receiver.next()); // the last frame is kept
         EXPECT_TRUE(test::displayIDs().empty());
         screen.restart();
         screen.fill(colour);
@@ -21,7 +21,7 @@ TEST_F(Server, BackUnderItsNameServesANewConfiguration) {
     }
 }
 
-// Who misses the loss altogether only starts anew.
+// A host that does not notice the loss only has to configure and start again.
 TEST_F(Server, ARunThatOutlivesItsServerEndsAndTheNextOneNeedsOnlyTheConfiguration) {
     screen.fill(0xff0000);
     start();

@@ -1,5 +1,5 @@
-// Shared memory refused, in each of the ways in which a system can: the calls that make, fill and
-// map memory for frames stand here before the C library's.
+// Shared memory refused in every way that a system can: this program replaces the C library's calls
+// that create, fill and map memory for frames.
 #include "tests/faults/faultRun.h"
 #include "tests/platform/processUsage.h"
 
@@ -22,7 +22,7 @@ enum class Refusal {
     MakeFile,    // memfd_create
     ProtectFile, // fchmod
     FillFile,    // posix_fallocate
-    FillInPeace, // posix_fallocate on a thread that an alarm can interrupt, as a long one would be
+    FillInPeace, // posix_fallocate, interrupted by an alarm unless the thread blocks it
     MapFrame,    // mmap of as much memory as a frame of 640 x 480 takes
 };
 
@@ -37,7 +37,7 @@ bool isRefused(Refusal kind) {
     return true;
 }
 
-// One kind of call fails while one of these exists; one at a time.
+// While a Refused exists, one kind of call fails. At most one object at a time.
 class Refused {
 public:
     explicit Refused(Refusal what) {
@@ -104,7 +104,7 @@ protected:
     static bool isShared() { return test::mappings("screen pixels") > 0; }
 };
 
-// A frame then travels over the connection to the server, and nothing is different to a light.
+// Frames are then sent over the connection to the server; a light sees no difference.
 class Unshared : public SharedMemory, public testing::WithParamInterface<Refusal> {};
 
 TEST_P(Unshared, FramesAreTheSame) {
@@ -127,7 +127,7 @@ INSTANTIATE_TEST_SUITE_P(All, Unshared,
                          testing::Values(Refusal::MakeFile, Refusal::ProtectFile,
                                          Refusal::FillFile));
 
-// The memory of a large frame takes longer to come by than a busy host is left in peace.
+// Allocating a large frame takes longer than the interval between a busy host's alarms.
 TEST_F(SharedMemory, AlarmsDoNotKeepItFromBeingMade) {
     const Refused refused(Refusal::FillInPeace);
     start();
@@ -135,7 +135,7 @@ TEST_F(SharedMemory, AlarmsDoNotKeepItFromBeingMade) {
     EXPECT_TRUE(isShared());
 }
 
-// Not even private memory for a frame: there is no image of the display and no stream.
+// Without even private memory for a frame, there is no image of the display and no stream.
 TEST_F(SharedMemory, NoMemoryForAFrameAtAll) {
     const std::string text = document();
     CaptureStdout();
@@ -160,7 +160,7 @@ TEST_F(SharedMemory, NoMemoryForAFrameAtAll) {
     EXPECT_TRUE(showsPlain(0x00ff00));
 }
 
-// A file that would become larger than the process may make one costs it a signal that ends it.
+// Growing a file beyond the process's limit raises a signal that ends the process.
 TEST_F(SharedMemory, ALimitOnTheSizeOfFilesEndsNobody) {
     std::signal(SIGXFSZ, SIG_DFL);
     rlimit before;
