@@ -1,4 +1,4 @@
-// Holds the system's headers, ours or Apple's, against the table of what is documented.
+// Compares the system's headers, ours or Apple's, with the table of documented declarations.
 #include <CoreFoundation/CoreFoundation.h>
 #include <CoreGraphics/CoreGraphics.h>
 #include <IOSurface/IOSurface.h>
@@ -24,7 +24,7 @@ template <class Type> struct Underlying<Type, true> { using type = std::underlyi
 #define SIZE(structure, document, bytes) static_assert(sizeof(structure) == bytes, document);
 #define VARIABLE(name, document, ...)                                                              \
     static_assert(std::is_same_v<decltype(name), __VA_ARGS__>, document);
-// A declaration may promise besides that it throws nothing.
+// A declaration may also be noexcept.
 #define FUNCTION(name, document, ...)                                                              \
     static_assert(std::is_convertible_v<decltype(&name), std::add_pointer_t<__VA_ARGS__>>,         \
                   document);
