@@ -1,4 +1,4 @@
-// The manager's colour members over its own frame and grid, and the palette that it hands out.
+// The manager's colour methods on its own frame and grid, and the palette that it returns.
 #include "tests/mirror/modeSteps.h"
 
 #include <random>
@@ -7,9 +7,9 @@
 using test::Pixels;
 using transcription::packed;
 
-static bool averagingFails = false; // it says a line first, and that throws
+static bool averagingFails = false; // it prints a line first, and printing throws
 
-// Stands before the C library's own.
+// Replaces the C library's function.
 extern "C" int puts(const char *text) {
     if (averagingFails && std::strcmp(text, "Resorting to averaging") == 0)
         throw std::runtime_error("scripted");
@@ -25,7 +25,7 @@ protected:
         mirrorManager.setScreenSamplePixels();
     }
 
-    // Fetches into a buffer with guards behind its 512 bytes.
+    // Fetches into a buffer with guard bytes behind its 512 bytes.
     static std::string paletteText() {
         std::string buffer(512 + 64, '\x7e');
         EXPECT_EQ(mirrorManager.getPalette(buffer.data()), 0);
@@ -33,7 +33,7 @@ protected:
         return buffer.substr(0, 512);
     }
 
-    // The first 512 bytes of a text, filled up with zeros.
+    // The first 512 bytes of a text, padded with zeros.
     static std::string bounded(std::string text) {
         text.resize(512, '\0');
         return text;
@@ -197,7 +197,7 @@ TEST_F(Analysis, ANegativeSizeFailsAndFreesTheMutex) {
     EXPECT_EQ(GetCapturedStdout(), "");
     EXPECT_EQ(buffer, std::string(600, '\x7e'));
     EXPECT_TRUE(mutexIsFree());
-    ASSERT_EQ(mirrorManager.palette.size(), 1u); // the one before
+    ASSERT_EQ(mirrorManager.palette.size(), 1u); // still the previous palette
     EXPECT_EQ(packed(mirrorManager.palette[0]), 0xff0000u);
     mirrorManager.paletteSize = 8;
     EXPECT_EQ(paletteText(), bounded(R"({"palette":[{"R":255,"G":0,"B":0}]})"));

@@ -82,7 +82,7 @@ TEST_F(Capture, GrabScreenCopiesOnce) {
     EXPECT_EQ(fake::platform().imagesAlive, 0);
 
     fake::platform().displays.clear();
-    mirrorManager.grabScreen(); // the display has gone: the last frame stays
+    mirrorManager.grabScreen(); // the display is gone: the last frame is kept
     EXPECT_EQ(mirrorManager.frameBuffer[1], 31);
 }
 
@@ -96,7 +96,7 @@ TEST_F(Capture, FramesOfAnEarlierConfigurationsSizeAreNotTaken) {
     EXPECT_EQ(mirrorManager.grabPixel(5).r, 0);
 }
 
-// The buffer and the stream have four bytes a pixel, also when the display's images have more.
+// The buffer and the stream have four bytes per pixel, even if the display's images have more.
 TEST_F(Capture, DeepDisplaysFitTheBuffer) {
     fake::platform().displays = {{1, 64, 48, 64}};
     ASSERT_EQ(setDevices({}), 1);
@@ -106,7 +106,7 @@ TEST_F(Capture, DeepDisplaysFitTheBuffer) {
     EXPECT_TRUE(bufferIs(screen));
 }
 
-// A copy takes as many bytes a pixel as the display's images have.
+// A copy uses the bytes per pixel of the display's images.
 TEST_F(Capture, ADisplayOf16BitsFillsHalfTheBuffer) {
     const auto expectHalfFilled = [] {
         for (std::size_t i = 0; i < pixels * 4; ++i)
@@ -153,7 +153,7 @@ TEST_F(Capture, ABufferThatIsBeingReadIsNotFreed) {
     reader.join();
 }
 
-// The grid of a large screen may outlive it.
+// The sample grid may still be that of an earlier, larger screen.
 TEST_F(Capture, SamplesOfALargerScreenReadAsBlack) {
     fake::reset(1000, 800);
     ASSERT_EQ(setDevices({}), 1);

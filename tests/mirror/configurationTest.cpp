@@ -115,7 +115,7 @@ TEST_F(Configuration, TwiceGivesTheSameDevices) {
     ASSERT_EQ(configure(text), 1);
     EXPECT_EQ(mirrorManager.devices.size(), 2u);
     EXPECT_EQ(mirrorManager.devices[0].panels.size(), 1u);
-    EXPECT_NE(mirrorManager.frameBuffer, first); // the earlier one is left as it is
+    EXPECT_NE(mirrorManager.frameBuffer, first); // the earlier buffer is neither freed nor reused
     delete[] first;
 }
 
@@ -138,7 +138,7 @@ TEST_F(Configuration, UnparsableTextChangesNothing) {
     }
 }
 
-// However deep a text is nested, reading it takes no more of the host's stack.
+// The stack that parsing needs does not grow with the nesting depth.
 TEST_F(Configuration, DeepNestingDoesNotEndTheProcess) {
     constexpr std::size_t deep = 1'000'000;
     for (const char *opening : {"[", "{\"a\":"}) {

@@ -32,7 +32,7 @@ TEST_F(Displays, AtMostTen) {
     EXPECT_EQ(text.find("\"displayID\":11,"), std::string::npos);
 }
 
-// Where the second call fails, the count alone says more than is ever listed.
+// When the listing fails, only the count is known, and it is more than is ever listed.
 TEST_F(Displays, None) {
     for (const bool refuseListing : {true, false}) {
         fake::platform().displays.assign(refuseListing ? 40 : 0, {1, 1, 1});
@@ -65,7 +65,7 @@ TEST_F(Displays, NoLengthWritesNothing) {
     EXPECT_EQ(buffer, '#');
 }
 
-// It becomes an enormous bound, and the padding goes on to where memory ends.
+// The length becomes an enormous bound, and the padding continues to the end of mapped memory.
 TEST_F(Displays, ANegativeLengthPadsFarBeyondTheBuffer) {
 #if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
     GTEST_SKIP() << "the sanitizers refuse such a length";

@@ -1,4 +1,4 @@
-// What melt and fade mode have in common: when they send, and which colour.
+// Behaviour common to melt and fade mode: when they send, and which colour.
 #include "tests/mirror/modeSteps.h"
 
 #include <algorithm>
@@ -25,9 +25,9 @@ protected:
         return transcription::dominantOf(test::samplesOf(screen)).colour;
     }
 
-    // Shows the screens one after the other, from before the start, and holds every poll to the
-    // rule: each light gets exactly one datagram when the colour differs from the one sent last,
-    // and none otherwise. Gives for each screen whether it was sent.
+    // Shows the screens one after the other, the first before the start, and checks every poll:
+    // each light gets exactly one datagram when the colour differs from the last one sent, and none
+    // otherwise. Returns for each screen whether it was sent.
     std::vector<bool> watch(const std::vector<Pixels> &screens) {
         std::vector<bool> sent;
         RGB last;
@@ -85,7 +85,7 @@ TEST_P(DominantModes, StepsOfFourAreHeldAndOfFiveSent) {
         EXPECT_EQ(watchAverages({0x0a0a0a, sent}), (std::vector<bool>{true, true}));
 }
 
-// Held colours are compared with the one sent last, not with each other.
+// Each colour is compared with the last one sent, not with the one before it.
 TEST_P(DominantModes, SmallStepsAddUp) {
     lights({{1, {3}}});
     EXPECT_EQ(watchAverages({0x070707, 0x0a0707, 0x0b0707, 0x0c0707, 0x080707, 0x070707}),
@@ -132,7 +132,7 @@ TEST_P(DominantModes, RandomScreens) {
     std::vector<Pixels> screens;
     int channels[3] = {6, 6, 6};
     for (int i = 0; i < 400; ++i) {
-        if (i % 8 != 0) { // wanders in small steps
+        if (i % 8 != 0) { // small random steps
             for (int &channel : channels)
                 channel = std::clamp(channel + static_cast<int>(random() % 5) - 2, 0, 12);
             screens.push_back(averagingTo({static_cast<std::uint8_t>(channels[0]),
@@ -152,7 +152,7 @@ TEST_P(DominantModes, RandomScreens) {
     EXPECT_GT(std::count(sent.begin(), sent.end(), false), 100);
 }
 
-// The grid is made once a run, not kept up with the screen.
+// Each run computes the sample grid once; the grid does not follow the screen.
 TEST_P(DominantModes, TheGridIsThatOfTheScreen) {
     lights({{1, {3}}});
     Pixels screen = test::plainScreen(0xff0000);

@@ -1,4 +1,4 @@
-// What is fade mode's own: one transition time for all, and nothing random.
+// Fade mode only: one transition time for all panels, and no random numbers.
 #include "tests/mirror/modeSteps.h"
 
 using test::Datagram;
@@ -39,7 +39,7 @@ TEST_F(FadeMode, NothingIsRandom) {
     EXPECT_TRUE(system.draws.empty());
 }
 
-// A configuration makes the two numbers equal; a device made by hand may not.
+// A configuration makes the two counts equal; a device built by hand may not.
 TEST_F(FadeMode, TheCountOfPanelsIsTheDevices) {
     for (const int n : {0, 1, 2}) {
         lights({{1, {3, 4, 5}}});

@@ -38,8 +38,7 @@ bool FailingAllocation::happened() const {
 
 } // namespace test
 
-// All of them, because a sanitizer brings its own of those that are missing here, and would find
-// that they do not match.
+// All variants are replaced: a sanitizer would supply the missing ones and report a mismatch.
 void *operator new(std::size_t size) {
     return allocateOrThrow(size);
 }

@@ -3,8 +3,8 @@
 
 namespace test {
 
-// While one of these exists, one allocation of this thread throws std::bad_alloc: the nth, counted
-// from 1. One at a time a thread.
+// While a FailingAllocation exists, one allocation of this thread throws std::bad_alloc: the nth,
+// counted from 1. At most one object per thread.
 class FailingAllocation {
 public:
     explicit FailingAllocation(int nth);

@@ -1,4 +1,4 @@
-// Every allocation of a call made to fail, one after the other.
+// Makes each allocation of a call fail in turn.
 #include "tests/mirror/failingAllocation.h"
 #include "tests/mirror/manager.h"
 
@@ -9,7 +9,7 @@
 namespace {
 
 struct Outcome {
-    bool failed; // an allocation did
+    bool failed; // whether an allocation failed
     int result;
     std::string said;
 };
@@ -28,7 +28,7 @@ Outcome failing(int nth, const std::function<int()> &call) {
 
 class AllocationFailure : public ManagerTest {
 protected:
-    // Fails each allocation of `call` in turn and expects the same answer every time.
+    // Makes each allocation of `call` fail in turn and expects the same result every time.
     static void expectEveryFailure(const std::function<int()> &call, int result,
                                    const std::string &said) {
         int failures = 0;
@@ -113,7 +113,8 @@ TEST_F(AllocationFailure, OfASocketsAddressNamesTheSocket) {
     }
 }
 
-// Once the stream is there, whatever was read stays: the mode, and the devices up to the failure.
+// Once the stream exists, everything read so far is kept: the mode, and the devices up to the
+// failure.
 TEST_F(AllocationFailure, OfAConfigurationKeepsWhatWasReadBeforeIt) {
     std::string both =
         document({{"127.0.59.11", 1, {{1, 2, 3}}}, {"127.0.59.12", 2, {{4, 5, 6}}}}, 3);

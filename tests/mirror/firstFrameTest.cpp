@@ -1,4 +1,4 @@
-// The first frame of a configuration, met half-way: whoever reads it gets all of it or nothing.
+// The first frame of a configuration, read during its copy: a reader gets all of it or nothing.
 #include "mirror/sharedFlag.h"
 #include "tests/mirror/manager.h"
 #include "tests/mirror/scriptedSystem.h"
@@ -16,11 +16,11 @@ namespace {
 sem_t held; // posted when a thread is held
 sem_t free_;
 
-// Memory whose second half holds up the thread that touches it, one thread at a time. One at a
-// time; handles SIGSEGV meanwhile.
+// Memory whose second half blocks the thread that accesses it, one thread at a time. Handles
+// SIGSEGV meanwhile; at most one object at a time.
 class HeldMemory {
 public:
-    explicit HeldMemory(std::size_t bytes) // zeroed; pages, twice a whole number of them
+    explicit HeldMemory(std::size_t bytes) // zeroed; an even number of pages
         : base(static_cast<unsigned char *>(
               mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0))),
           size(bytes) {
@@ -45,7 +45,7 @@ public:
 
     void holdReaders() const { allow(PROT_NONE); }
     void holdWriters() const { allow(PROT_READ); }
-    void open() const { allow(PROT_READ | PROT_WRITE); } // who is held, stays
+    void open() const { allow(PROT_READ | PROT_WRITE); } // a held thread stays held
 
     // Waits until a thread is held.
     void awaitSomebody() {
@@ -53,7 +53,7 @@ public:
         }
         isHeld = true;
     }
-    // Opens the memory and lets the thread go on that is held, if there is one.
+    // Opens the memory and resumes the held thread, if any.
     void letGo() {
         open();
         if (isHeld)
@@ -62,7 +62,7 @@ public:
     }
 
 private:
-    // On the thread that is held.
+    // Runs on the held thread.
     static void hold(int) {
         sem_post(&held);
         while (sem_wait(&free_) != 0) {
@@ -72,12 +72,12 @@ private:
 
     unsigned char *base;
     std::size_t size;
-    bool isHeld = false; // by the thread that waits for `held`
+    bool isHeld = false; // used only by the thread that waits for `held`
     struct sigaction before;
 };
 
 constexpr int side = 256;
-// Of the whole frame the lower colour has the most, of its first half the upper one.
+// `lower` covers most of the whole frame, `upper` most of its first half.
 constexpr std::uint32_t upper = 0x6432c8;
 constexpr std::uint32_t lower = 0x28b450;
 
@@ -87,7 +87,7 @@ std::vector<std::uint32_t> picture() {
     return pixels;
 }
 
-// The frame buffer's second half is memory that holds up whoever touches it.
+// Access to the second half of the frame buffer can be blocked.
 class FirstFrameTest : public ManagerTest {
 protected:
     FirstFrameTest() {
@@ -103,7 +103,7 @@ protected:
         mirrorManager.frameBuffer = own;
     }
 
-    // The first frame, up to its middle.
+    // Copies the first frame up to its middle.
     void deliverHalf() {
         memory.holdWriters();
         stream = std::thread([this] { deliver(); });
@@ -154,7 +154,7 @@ TEST_P(FirstFrameReading, WaitsForTheRest) {
         system.atSleep = [this] { deliverTheRest(); };
         text = GetParam()();
     }
-    deliverTheRest(); // if nobody has waited for it
+    deliverTheRest(); // if the reader has not waited
     EXPECT_EQ(text, whole());
 }
 
@@ -172,7 +172,7 @@ TEST_P(FirstFrameReading, BeginsAgainWhenItCameMeanwhile) {
     EXPECT_EQ(text, whole());
 }
 
-// Somebody who ends the run may be what holds the stream's queue up.
+// The thread that ends the run may be the one that blocks the stream's queue.
 TEST_P(FirstFrameReading, IsNotWaitedForInARunThatIsStopped) {
     mirrorManager.running = false;
     deliverHalf();

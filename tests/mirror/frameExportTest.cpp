@@ -1,4 +1,4 @@
-// The snapshot of what was sent: the request, the size and the text.
+// The snapshot of the sent frames: the request, the size and the text.
 #include "mirror/sharedFlag.h"
 #include "tests/mirror/manager.h"
 #include "tests/mirror/scriptedSystem.h"
@@ -17,7 +17,8 @@ protected:
         ASSERT_EQ(setDevices(setups), 1);
     }
 
-    // Fetches into a buffer with guards behind it, of which none may change. Gives `size` bytes.
+    // Fetches into a buffer of `size` bytes, followed by guard bytes that must not change. Returns
+    // the `size` bytes.
     static std::string fetch(std::size_t size) {
         std::string buffer(size + 64, '\x7e');
         EXPECT_EQ(mirrorManager.getStreamFrameJson(buffer.data()), 0);
@@ -87,7 +88,7 @@ TEST_F(FrameExport, NothingCapturedKeepsTheSizeAndPadsTheFetch) {
     devices({"a"});
     mirrorManager.getSizeOfStreamFrameJson();
     EXPECT_EQ(mirrorManager.streamFrameJsonSize, 0);
-    EXPECT_EQ(fetch(0), ""); // no size was ever asked: nothing is written
+    EXPECT_EQ(fetch(0), ""); // the size is still 0: nothing is written
     mirrorManager.streamFrames = {"x"};
     const std::size_t size = text().size();
     mirrorManager.streamFrames.clear();
@@ -101,12 +102,12 @@ TEST_F(FrameExport, AFetchRepeatsTheLastText) {
     devices({"a"});
     mirrorManager.streamFrames = {"first"};
     const std::string first = text();
-    mirrorManager.streamFrames = {"second"}; // no size call since
+    mirrorManager.streamFrames = {"second"}; // no size call since then
     EXPECT_EQ(fetch(first.size()), first);
     EXPECT_EQ(fetch(first.size()), first);
 }
 
-// Both texts are made in the same place; the bound is that of the last size call.
+// Both texts are built in the same buffer; the bound is that of the last size call.
 TEST_F(FrameExport, ThePaletteTakesTheSameBuffer) {
     devices({"a"});
     mirrorManager.streamFrames = {"x"};
@@ -155,7 +156,7 @@ TEST_F(CaptureRequest, LooksAfterEachOfTheFirstHundredSleeps) {
                 writeFlag(mirrorManager.captureRequested, false);
             }
         };
-        // Served in the last sleep is too late.
+        // A capture served in the last sleep is too late.
         EXPECT_EQ(mirrorManager.captureCurrentStreamFrames(), served == 101 ? -1 : 0);
         EXPECT_EQ(sleeps, served);
         EXPECT_FALSE(mirrorManager.captureRequested);

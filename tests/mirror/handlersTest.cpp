@@ -9,11 +9,11 @@ namespace {
 
 constexpr int handledSignals[] = {SIGINT, SIGABRT, SIGTERM, SIGBUS, SIGFPE, SIGPIPE, SIGSEGV};
 
-std::vector<int> *installed = nullptr; // the calls of signal(), where somebody wants to know
+std::vector<int> *installed = nullptr; // if not null, records the calls of signal()
 
 } // namespace
 
-// Stands before the C library's own.
+// Replaces the C library's function.
 extern "C" sighandler_t signal(int number, sighandler_t handler) noexcept {
     if (installed)
         installed->push_back(number);
@@ -25,7 +25,7 @@ extern "C" sighandler_t signal(int number, sighandler_t handler) noexcept {
 
 namespace {
 
-// Gives the process its own handlers back.
+// Restores the process's signal handlers after each test.
 class Handlers : public ManagerTest {
 protected:
     Handlers() {
@@ -40,8 +40,8 @@ protected:
 
     void SetUp() override { ASSERT_EQ(setDevices({{"127.0.59.3", 1}}), 1); }
 
-    // A runtime may give its threads stacks of their own to run handlers on, because what the
-    // thread ran on has no room for one.
+    // A host's language runtime may give its threads alternate signal stacks, because their own
+    // stacks have no room for a handler.
     static void expectOurs() {
         for (const int number : handledSignals) {
             struct sigaction now;
@@ -76,10 +76,10 @@ TEST_F(Handlers, AreInstalledInOrder) {
     EXPECT_EQ(numbers, std::vector<int>(std::begin(handledSignals), std::end(handledSignals)));
 }
 
-// What an exit status stands for in a child that a signal has ended during a run.
+// The exit status of the child when the run has not ended before the process.
 constexpr int outOfOrder = 99;
 
-// Ends the process by a signal in mid-run; whoever runs at its exit finds the run over.
+// Ends the process by a signal during a run; the run must be over when exit handlers run.
 [[noreturn]] void endInMidRun(int number) {
     mirrorManager.startMirror();
     std::atexit([] {
@@ -90,7 +90,7 @@ constexpr int outOfOrder = 99;
         if (!stopped)
             _exit(outOfOrder);
     });
-    dup2(STDERR_FILENO, STDOUT_FILENO); // where a death test looks
+    dup2(STDERR_FILENO, STDOUT_FILENO); // death tests read standard error
     raise(number);
     _exit(outOfOrder);
 }
@@ -105,13 +105,13 @@ protected:
     }
 };
 
-// First the flag, then the join, then the exit.
+// The order is: the flag, the join, the exit.
 TEST_F(HandlersDeathTest, EndTheRunBeforeTheProcess) {
     for (const int number : handledSignals)
         EXPECT_EXIT(endInMidRun(number), testing::ExitedWithCode(number), "^$") << number;
 }
 
-// As a join would, however long the system takes.
+// The handler waits as a join would; its own limit is longer than this stop takes.
 TEST_F(HandlersDeathTest, WaitForAStreamThatIsSlowToStop) {
     fake::platform().stopTime = std::chrono::seconds(8);
     EXPECT_EXIT(endInMidRun(SIGTERM), testing::ExitedWithCode(SIGTERM), "^$");

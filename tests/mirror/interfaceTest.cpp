@@ -1,4 +1,4 @@
-// The exported functions hand on what the manager's methods answer, failures above all.
+// The exported functions return the results of the manager's methods, failures in particular.
 #include "mirror/mirrorInterface.h"
 #include "tests/mirror/failingAllocation.h"
 #include "tests/mirror/manager.h"
@@ -10,10 +10,10 @@ namespace {
 
 class Interface : public ManagerTest {
 protected:
-    Interface() { CaptureStdout(); } // the messages are other tests' matter
+    Interface() { CaptureStdout(); } // other tests check the messages
     ~Interface() override { GetCapturedStdout(); }
 
-    // The answer of a call whose first allocation fails.
+    // The result of a call whose first allocation fails.
     template <class Call> static int withoutMemory(Call call) {
         const test::FailingAllocation failure(1);
         return call();

@@ -9,7 +9,7 @@ namespace {
 
 class Lifecycle : public ManagerTest {
 protected:
-    // Starts a run, waits until it has ended by itself and gives what it said.
+    // Starts a run, waits until it has ended by itself and returns its output.
     static std::string run() {
         CaptureStdout();
         EXPECT_EQ(mirrorManager.startMirror(), 1);
@@ -179,7 +179,7 @@ TEST_F(Lifecycle, AnAddressThatDoesNotParseHoldsUpNobody) {
     EXPECT_EQ(mirrorManager.stopMirror(), 1);
 }
 
-// No stack can be as large as threads are told to have.
+// The default stack size of threads is set larger than any stack can be.
 TEST_F(Lifecycle, AThreadThatCannotBeMadeIsAnError) {
 #if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
     GTEST_SKIP() << "the sanitizers end the process when a thread cannot be made";

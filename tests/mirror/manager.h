@@ -1,4 +1,4 @@
-// The manager as a test meets it: fresh settings over the stand-in platform.
+// The manager under test: fresh settings on the fake platform.
 #pragma once
 
 #include "mirror/screenMirrorMac.h"
@@ -58,7 +58,7 @@ protected:
         return configure(document(devices, mode, display));
     }
 
-    // Makes a call on a thread that stands for the mirroring thread; gives its answer.
+    // Makes a call on a thread that stands in for the mirroring thread; returns its result.
     template <class Call> static int onMirroringThread(Call call) {
         int result = 0;
         std::promise<void> handleIsThere;

@@ -1,4 +1,4 @@
-// What is match mode's own: a colour of its own for every panel, in every turn.
+// Match mode only: every panel has its own colour, in every frame.
 #include "tests/mirror/modeSteps.h"
 
 #include <utility>
@@ -30,7 +30,7 @@ TEST_F(MatchMode, SendsEachPanelsOwnColour) {
         EXPECT_EQ(arrived(d), std::vector<Datagram>(3, wanted[d]));
 }
 
-// Samples that were made for a larger screen, of one panel among others.
+// One of the panels has samples for a larger screen.
 TEST_F(MatchMode, SamplesOffTheFrameAreBlackAndChangeNoOtherPanel) {
     place({{"-", 1, {{1, 10, 10}, {2, 30, 30}}}});
     show(test::plainScreen(0x64c832));

@@ -1,4 +1,4 @@
-// What is melt mode's own: the draws of its transition times.
+// Melt mode only: the random transition times.
 #include "tests/mirror/modeSteps.h"
 
 #include <limits>
@@ -22,7 +22,7 @@ protected:
         });
     }
 
-    // The transition times that light `d` was sent, datagram by datagram.
+    // The transition times sent to light `d`, datagram by datagram.
     std::vector<std::vector<int>> times(int d) {
         std::vector<std::vector<int>> all_;
         for (const Datagram &datagram : arrived(d)) {
@@ -34,7 +34,7 @@ protected:
         return all_;
     }
 
-    // Hands out these numbers, one a draw.
+    // Returns these numbers, one per draw.
     void script(std::vector<int> numbers) {
         system.draw = [numbers, next = std::size_t{0}]() mutable {
             return next < numbers.size() ? numbers[next++] : 0;
@@ -87,7 +87,7 @@ TEST_F(MeltMode, TuningDecidesTheRange) {
     EXPECT_EQ(times(1), (Times{{65535, 65535}}));
 }
 
-// With the system's own numbers: all nine of them and no other, and not the same for all panels.
+// With the system's random numbers: all nine times occur and no others, and panels differ.
 TEST_F(MeltMode, TwoToTen) {
     std::vector<int> ids(60);
     lights({{1, ids}, {2, ids}});
@@ -108,7 +108,7 @@ TEST_F(MeltMode, TwoToTen) {
     EXPECT_EQ(system.draws.size(), 20u * 120);
 }
 
-// The bytes as they go out, whole.
+// Complete datagrams, byte by byte.
 TEST_F(MeltMode, WholeDatagrams) {
     lights({{1, {3, 300}}, {2, {258, -1}}});
     script({1, 2, 3, 4});
@@ -119,7 +119,7 @@ TEST_F(MeltMode, WholeDatagrams) {
                               {0, 2, 1, 2, 255, 0, 0, 0, 0, 5, 255, 255, 255, 0, 0, 0, 0, 6}}));
 }
 
-// A request that arrives while a frame is being built has missed that frame's beginning.
+// A request that arrives while a frame is being built is too late for that frame.
 TEST_F(MeltMode, ACaptureAskedForInMidFrameTakesTheNextOne) {
     lights({{1, {1}}, {2, {2}}});
     int drawn = 0;
@@ -142,7 +142,7 @@ TEST_F(MeltMode, ACaptureAskedForInMidFrameTakesTheNextOne) {
               (std::vector<std::string>{"1 1 1 0 1 255 0 5", "1 2 1 0 1 255 0 5"}));
 }
 
-// Once taken up, a request holds for the whole frame.
+// Once accepted, a request holds for the whole frame.
 TEST_F(MeltMode, ACaptureWithdrawnInMidFrameIsStillTaken) {
     lights({{1, {1}}, {2, {2}}});
     system.draw = [&] {

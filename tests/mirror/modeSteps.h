@@ -1,5 +1,5 @@
-// A mode run step by step on the test's own thread: in place of each of its sleeps the test looks
-// at what was sent, changes the screen, and lets it go on.
+// Runs a mode step by step on the test's thread: instead of each sleep, the test checks the
+// datagrams, changes the screen and lets the mode continue.
 #pragma once
 
 #include "mirror/sharedFlag.h"
@@ -34,8 +34,8 @@ protected:
         std::vector<int> panelIDs;
     };
 
-    // Configures these devices and aims a socket at a receiver for each. All panels are in the
-    // middle of the screen.
+    // Configures these devices, each with a receiver and a socket that sends to it. All panels are
+    // in the middle of the screen.
     void lights(const std::vector<Light> &wanted) {
         std::vector<DeviceSetup> setups;
         for (const Light &light : wanted) {
@@ -64,7 +64,8 @@ protected:
 
     int count() const { return static_cast<int>(receivers.size()); }
 
-    // Runs the mode; `atSleep(n)` stands for its n-th sleep, 0 first, and ends the run by false.
+    // Runs the mode; `atSleep(n)` replaces its n-th sleep, counted from 0, and ends the run by
+    // returning false.
     template <class AtSleep> void run(Mode mode, AtSleep atSleep) {
         int sleep = 0;
         system.atSleep = [&] {
@@ -76,7 +77,7 @@ protected:
         system.atSleep = nullptr;
     }
 
-    // What has come to light `d` since the last call.
+    // The datagrams that light `d` has received since the last call.
     std::vector<test::Datagram> arrived(int d) {
         std::vector<test::Datagram> datagrams;
         while (const auto datagram =

@@ -1,4 +1,4 @@
-// What all modes have in common: seeds, sleeps, stops, and captures without devices.
+// Behaviour common to all modes: seeds, sleeps, stops, and captures without devices.
 #include "tests/mirror/modeSteps.h"
 
 #include <ctime>
@@ -9,7 +9,7 @@ struct Kind {
     const char *name;
     Mode mode;
     std::int32_t MirrorManager::*delay;
-    bool draws; // random numbers
+    bool draws; // whether it draws random numbers
 };
 
 const Kind kinds[] = {
@@ -79,12 +79,12 @@ TEST_P(Modes, WithoutADelayTheyDoNotSleep) {
     EXPECT_TRUE(system.sleeps.empty());
 }
 
-// A cycle that has begun sends to every device; a stop is seen after the sleep.
+// A cycle that has begun sends to every device; a stop takes effect after the sleep.
 TEST_P(Modes, AStopBeforeTheSleepEndsTheRunAfterIt) {
     lights({{1, {3}}, {2, {4}}});
     show(test::plainScreen(0xff0000));
     run(mode, [&](int) {
-        show(test::plainScreen(0x00ff00)); // never looked at
+        show(test::plainScreen(0x00ff00)); // never read
         return false;
     });
     EXPECT_EQ(system.sleeps.size(), 1u);

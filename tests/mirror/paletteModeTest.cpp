@@ -11,7 +11,7 @@ using test::Record;
 
 namespace {
 
-// A screen of six plain stripes, each of another size and hue.
+// A screen of six plain stripes of different sizes and hues.
 Pixels stripes(std::uint32_t shift = 0) {
     const std::uint32_t colours[] = {0xff0000, 0x00c000, 0x2020ff, 0xffff00, 0x00ffff, 0xff40a0};
     Pixels screen;
@@ -27,8 +27,8 @@ Pixels stripes(std::uint32_t shift = 0) {
 
 class PaletteMode : public ModeSteps {
 protected:
-    // The mode once more, tick by tick, in the plainest words: it takes its random numbers from
-    // those that the mode has drawn, and must find as many as it needs and no more.
+    // A plain model of the mode, tick by tick. It takes its random numbers from those that the mode
+    // has drawn, and must use up exactly these.
     class Model {
     public:
         explicit Model(const std::vector<Light> &lights_) : lights(lights_) {
@@ -36,7 +36,7 @@ protected:
                 counters.emplace_back(light.panelIDs.size(), 0);
         }
 
-        // What each device gets in one tick, nothing for a device without changing panels.
+        // The records for each device in one tick; none for a device without changing panels.
         std::vector<std::vector<Record>> tick(const std::vector<RGB> &colours,
                                               std::deque<int> &draws) {
             const auto draw = [&] {
@@ -82,14 +82,14 @@ protected:
         return fresh;
     }
 
-    // The one datagram that has come to light `d`, or nothing; more are a failure.
+    // The only datagram that light `d` has received, or nothing; more than one is a failure.
     std::optional<Datagram> only(int d) {
         const std::vector<Datagram> datagrams = arrived(d);
         EXPECT_LE(datagrams.size(), 1u);
         return datagrams.empty() ? std::nullopt : std::optional(datagrams[0]);
     }
 
-    // Holds this tick to the model; gives how many devices were sent something.
+    // Compares this tick with the model; returns the number of devices that received a datagram.
     int expectTick(Model &model, const Pixels &screen) {
         const std::vector<RGB> colours =
             transcription::paletteOf(test::samplesOf(screen), mirrorManager.paletteSize);
@@ -131,7 +131,7 @@ TEST_F(PaletteMode, EveryByteOfManyTicks) {
     Pixels screen = stripes();
     run(palette, [&](int tick) {
         expectTick(model, screen);
-        if (tick % 7 == 3) { // a change of the screen is in the very next tick
+        if (tick % 7 == 3) { // the very next tick shows the change
             screen = stripes(static_cast<std::uint32_t>(tick));
             show(screen);
         }
@@ -160,7 +160,7 @@ TEST_F(PaletteMode, OtherHoldTimes) {
 TEST_F(PaletteMode, TheFirstTickChangesEveryPanel) {
     lights({{1, ids(1, 3)}, {2, ids(1, 3)}});
     show(stripes());
-    for (int round = 0; round < 2; ++round) { // a new run starts anew
+    for (int round = 0; round < 2; ++round) { // a new run changes all panels again
         run(palette, [](int) { return false; });
         for (int d = 0; d < 2; ++d) {
             const auto datagram = only(d);
@@ -177,7 +177,7 @@ TEST_F(PaletteMode, TheFirstTickChangesEveryPanel) {
     }
 }
 
-// Seen from outside alone: what a record announces is what happens.
+// Observed only from outside: a panel changes at the tick that its record announced.
 TEST_F(PaletteMode, APanelComesBackAfterAsManyTicksAsItsRecordSaid) {
     lights({{1, ids(0, 40)}});
     show(stripes());
@@ -261,18 +261,18 @@ TEST_F(PaletteMode, AFullTickIsCapturedWhole) {
     mirrorManager.captureRequested = true;
     run(palette, [](int) { return false; });
     EXPECT_FALSE(mirrorManager.captureRequested);
-    // The light without panels was sent nothing and has no line.
+    // The light without panels received nothing and has no line.
     EXPECT_EQ(
         mirrorManager.streamFrames,
         (std::vector<std::string>{"2 3 1 255 0 0 0 5 44 1 255 0 0 0 5", "1 258 1 255 0 0 0 5"}));
 }
 
-// The line tells the whole count, but only the records there are.
+// The line starts with the device's panel count but holds only the records of this tick.
 TEST_F(PaletteMode, APartialTickIsCapturedInPart) {
     lights({{1, {3, 4, 5}}, {2, {6}}, {2, {258, 259}}});
     show(test::plainScreen(0xff0000));
-    // Each device's draws of the first tick, hold times before colours: 10, 14 and 11; 13; 14
-    // and 10. Which colour is drawn does not matter, there is but one.
+    // Each device's draws of the first tick, hold times before colours: 10, 14 and 11; 13; 14 and
+    // 10. The colour drawn does not matter: there is only one.
     system.draw = [script = std::deque<int>{0, 4, 1, 0, 0, 0, 3, 0, 4, 0, 0, 0}]() mutable {
         const int drawn = script.empty() ? 0 : script.front();
         if (!script.empty())
@@ -326,7 +326,7 @@ TEST_F(PaletteMode, ACaptureAskedForInMidTickTakesALaterOne) {
     EXPECT_TRUE(mirrorManager.streamFrames.empty());
 }
 
-// Another thread that has the manager's mutex, from its construction until letGo().
+// A thread that holds the manager's mutex from construction until letGo().
 class MutexHolder {
 public:
     MutexHolder() { locked.get_future().wait(); }
@@ -344,7 +344,7 @@ private:
     }};
 };
 
-// Somebody else has the lock: nothing is sent, the tick is not given up, and no core is kept busy.
+// While another thread holds the lock, the mode sends nothing, keeps its tick and does not spin.
 TEST_F(PaletteMode, WaitsForTheMutex) {
     lights({{1, {7}}});
     show(test::plainScreen(0xff0000));
@@ -370,7 +370,7 @@ TEST_F(PaletteMode, AStopEndsTheWaitForTheMutex) {
     holder.letGo();
 }
 
-// Without colours it spins: no sending, no sleep, no end but the stop.
+// Without colours the mode spins: it neither sends nor sleeps, and ends only when stopped.
 TEST_F(PaletteMode, WithoutColoursItSpinsUntilStopped) {
     lights({{1, {1}}});
     show(stripes());
@@ -380,7 +380,7 @@ TEST_F(PaletteMode, WithoutColoursItSpinsUntilStopped) {
     mirrorManager.running = true;
     std::thread mode([&] { mirrorManager.mirrorModePalette(1, sockets.get()); });
     for (bool emptied = false; !emptied;) {
-        poll(nullptr, 0, 1); // the mode has the mutex most of the time, and is not to wait for it
+        poll(nullptr, 0, 1); // leaves the mutex to the mode, which needs it most of the time
         const std::lock_guard lock(mirrorManager.mutex);
         emptied = mirrorManager.palette.empty();
     }
@@ -428,7 +428,7 @@ TEST_F(PaletteMode, TheHostMayAskInMidRun) {
     mirrorManager.paletteFrameDelay = 1;
     mirrorManager.running = true;
     std::thread mode([&] { mirrorManager.mirrorModePalette(1, sockets.get()); });
-    EXPECT_TRUE(receivers[0]->next()); // the grid is there
+    EXPECT_TRUE(receivers[0]->next()); // the grid exists now
     char first[512];
     ASSERT_EQ(mirrorManager.getPalette(first), 0);
     for (int i = 0; i < 200; ++i) {

@@ -1,4 +1,4 @@
-// Built with every optimisation, whatever the rest is built with.
+// Always built with full optimisation, whatever the rest is built with.
 #include "mirror/sharedFlag.h"
 
 #include <atomic>
@@ -7,12 +7,12 @@
 
 namespace {
 
-// A loop in which nothing is called that might change the flag.
+// The loop calls nothing that could change the flag.
 TEST(SharedFlag, IsReadInEveryTurnOfALoop) {
     bool flag = true;
     std::atomic<bool> begun = false;
     std::thread loop([&] {
-        volatile int turns = 0; // for the optimiser: something is done, not to the flag
+        volatile int turns = 0; // gives the loop an effect, but not on the flag
         begun = true;
         while (readFlag(flag))
             turns = turns + 1;
