@@ -1,4 +1,4 @@
-// Which of the machine's addresses are its own.
+// The machine's local addresses.
 #include "net/udpSocket.h"
 
 #include <arpa/inet.h>
@@ -18,7 +18,7 @@ namespace {
 using testing::internal::CaptureStdout;
 using testing::internal::GetCapturedStdout;
 
-// The machine's own interfaces, read a second time by the test.
+// Compares the result with the machine's interfaces as the test reads them.
 TEST(UdpSocket, LocalAddresses) {
     std::string first, last, printed4, printed6, text6;
     ifaddrs *list = nullptr;
@@ -53,8 +53,8 @@ TEST(UdpSocket, LocalAddresses) {
     EXPECT_EQ(GetCapturedStdout(), printed6);
 }
 
-// Makes this process, which has one thread, a host of its own with nothing but 127.0.0.1. False
-// with errno when the system does not let it.
+// Moves this process, which has one thread, to a network namespace with nothing but 127.0.0.1.
+// False, with errno set, when the system refuses.
 bool becomeLoopbackHost() {
     if (unshare(CLONE_NEWUSER | CLONE_NEWNET) != 0)
         return false;
@@ -67,7 +67,7 @@ bool becomeLoopbackHost() {
 }
 
 TEST(UdpSocket, OnAHostWithOnlyLoopbackThereIsNoLocalIp) {
-    constexpr int refused = 100; // and errno
+    constexpr int refused = 100; // errno is added
     CaptureStdout();
     fflush(stdout);
     const pid_t child = fork();

@@ -116,12 +116,12 @@ TEST(UdpSocket, SetRemoteTellsAnAddressFromNone) {
     EXPECT_EQ(socket.setRemote("", 60222), 0);
     const int first = socket.socketFd;
     EXPECT_EQ(socket.setRemote("10.0.0.5:60222", 60222), 0);
-    EXPECT_NE(socket.socketFd, first); // an IPv6 socket all the same
+    EXPECT_NE(socket.socketFd, first); // it made an IPv6 socket nevertheless
     close(first);
 }
 
 TEST(UdpSocket, TwoArgumentConstructorBinds) {
-    const int port = test::LightReceiver("127.0.50.2", 0).port(); // which is free again
+    const int port = test::LightReceiver("127.0.50.2", 0).port(); // free again
     UdpSocket socket("127.0.50.2", port);
     EXPECT_TRUE(socket.connected);
     EXPECT_EQ(socket.getIpAddr(), "127.0.50.2");
@@ -151,7 +151,7 @@ TEST(UdpSocket, BindAfterAnIpv4RemoteStillBinds) {
     EXPECT_EQ(socket.bindTo("127.0.50.4", 0), 0);
 }
 
-// Too short a length for the address that is to be bound.
+// The length of the remote's IPv4 address is too short for the IPv6 address to bind.
 TEST(UdpSocket, BindTakesTheLengthOfTheRemotesFamily) {
     UdpSocket socket;
     const int first = socket.socketFd;
@@ -220,7 +220,7 @@ TEST(UdpSocket, NonBlockingModeIsRefusedOnAnOpenSocket) {
 
     socket.connected = false;
     EXPECT_EQ(socket.enableNonBlockingMode(), 0);
-    EXPECT_EQ(fcntl(socket.socketFd, F_GETFL), O_RDWR | O_NONBLOCK); // and nothing else
+    EXPECT_EQ(fcntl(socket.socketFd, F_GETFL), O_RDWR | O_NONBLOCK); // and no other flags
 }
 
 TEST(UdpSocket, WithoutADescriptorEveryTransferFails) {
