@@ -1,4 +1,4 @@
-// Servers that let a client in at the second attempt, or not at all, however they are reached.
+// Servers that accept a client only at the second attempt, or never, reached locally and over TCP.
 #include "platform/x11/connection.h"
 #include "platform/objects/signals.h"
 #include "platform/x11/handshake.h"
@@ -26,10 +26,10 @@ using test::VirtualScreen;
 
 namespace {
 
-// Whoever hangs up in the middle of a request raises a SIGPIPE, which no test is to die of.
+// A peer that hangs up during a request raises SIGPIPE, which must not end the tests.
 const platform::SigpipeGuard guard;
 
-// Sets a variable of this process until the end of its life.
+// Sets an environment variable for the lifetime of the object.
 class Variable {
 public:
     Variable(const char *name, const std::string &value) : name(name) {
@@ -43,7 +43,7 @@ private:
     const char *name;
 };
 
-// An authority file with one cookie, for every server.
+// An authority file with one cookie, valid for every server.
 class AuthorityFile {
 public:
     AuthorityFile() {
@@ -74,7 +74,7 @@ sockaddr_in loopback(int port) {
     return address;
 }
 
-// Takes connections on a port of its own and does with each what it was told to.
+// Accepts connections on a free port and passes each to `onConnection`.
 class Listener {
 public:
     explicit Listener(std::function<void(Descriptor)> onConnection) {
@@ -108,7 +108,7 @@ private:
     std::thread thread;
 };
 
-// Passes bytes on both ways until one side ends, those of the server with a delay.
+// Forwards bytes in both directions until one side ends, the server's with a delay.
 void relay(int client, int server, std::chrono::milliseconds delay) {
     pollfd ends[] = {{client, POLLIN, 0}, {server, POLLIN, 0}};
     while (poll(ends, 2, -1) > 0)
@@ -134,12 +134,12 @@ bool hasIpv6Loopback() {
            bind(fd.get(), reinterpret_cast<sockaddr *>(&address), sizeof address) == 0;
 }
 
-// In front of the server's name.
+// The parameter stands before the server's display name.
 class Reached : public testing::TestWithParam<const char *> {};
 
 } // namespace
 
-// Each connection is the only one, so that the server resets whenever one has been closed.
+// Each connection is the server's only one, so closing it resets the server.
 TEST_P(Reached, AServerThatResetsLetsEveryClientIn) {
     const AuthorityFile authority;
     const Variable cookie("XAUTHORITY", authority.path);
@@ -191,7 +191,7 @@ TEST(Connection, AServerThatAlwaysHangsUpCostsSecondsAndLittleWork) {
     EXPECT_EQ(test::openDescriptors(), descriptors);
 }
 
-// The last attempt, cut short by the deadline, says nothing of the server.
+// The deadline cuts the last attempt short, so its silence says nothing about the server.
 TEST(Connection, AServerThatHungUpIsNotCalledSilent) {
     Descriptor last;
     int attempts = 0;
@@ -204,7 +204,7 @@ TEST(Connection, AServerThatHungUpIsNotCalledSilent) {
     EXPECT_EQ(handshake.answer, platform::x11::Answer::HangUp);
 }
 
-// All answers together take longer than one may.
+// All replies together take longer than the limit for one.
 TEST(Connection, AServerThatAnswersSlowlyIsWaitedFor) {
     const VirtualScreen screen(64, 48, 24, {"-listen", "tcp"});
     const Listener slow([&screen](Descriptor client) {

@@ -44,7 +44,7 @@ TEST(CoreFoundation, DictionariesFindKeysByAddress) {
     EXPECT_EQ(platform::numberOf(dictionary, &seconds), std::nullopt);
     EXPECT_EQ(platform::numberOf(nullptr, kCGDisplayStreamMinimumFrameTime), std::nullopt);
     CFRelease(dictionary);
-    // Without callbacks the dictionary has not taken part in its values' lives.
+    // Without callbacks the dictionary neither retains nor releases its values.
     EXPECT_EQ(number->header.references.load(), 1);
     CFRelease(number);
 }

@@ -11,7 +11,7 @@ using test::UsedScreen;
 
 namespace {
 
-// The image's pixels, by the way that a one-shot grab takes.
+// The image's pixels, read as a one-shot grab reads them.
 Frame pixelsOf(CGImageRef image) {
     CFDataRef data = CGDataProviderCopyData(CGImageGetDataProvider(image));
     const Frame frame =
@@ -21,7 +21,7 @@ Frame pixelsOf(CGImageRef image) {
     return frame;
 }
 
-// The pixels of an image of this moment.
+// The pixels of a new image of the display.
 Frame grab(CGDirectDisplayID id) {
     CGImageRef image = CGDisplayCreateImage(id);
     EXPECT_NE(image, nullptr);

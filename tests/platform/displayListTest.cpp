@@ -21,7 +21,7 @@ TEST(DisplayList, IdentifiersOutliveTheServer) {
         before = test::activeDisplays();
     }
     {
-        // Atoms and the order of things differ in the second server's life.
+        // Atoms and the order of the monitors differ in the second server.
         const UsedScreen screen(640, 400);
         screen.run({"xprop", "-root", "-f", "SOMETHING_ELSE", "8s", "-set", "SOMETHING_ELSE", "x"});
         test::addMonitor(screen, "160/40x200/50+160+0", "right");

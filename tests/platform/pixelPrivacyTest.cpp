@@ -1,4 +1,4 @@
-// Who can get at the memory that the server writes the screen into.
+// Access to the memory into which the server writes the screen.
 #include "tests/platform/processUsage.h"
 #include "tests/platform/streamProbe.h"
 #include "tests/support/virtualScreen.h"
@@ -20,7 +20,7 @@ using test::UsedScreen;
 
 namespace {
 
-// What was handed to the server to share.
+// The files shared with the server: their number and the status of the last one.
 struct Shared {
     int count = 0;
     struct stat file {};
@@ -29,7 +29,7 @@ Shared shared;
 
 } // namespace
 
-// Stands before the real one (a linker option).
+// Replaces the real function through a linker option.
 extern "C" xcb_void_cookie_t __real_xcb_shm_attach_fd_checked(xcb_connection_t *connection,
                                                               xcb_shm_seg_t segment,
                                                               std::int32_t fd,
@@ -45,7 +45,7 @@ extern "C" xcb_void_cookie_t __wrap_xcb_shm_attach_fd_checked(xcb_connection_t *
 
 namespace {
 
-// How many mappings of screen memory a process has.
+// The number of a process's mappings of screen memory.
 std::size_t pixelMappings(pid_t process) {
     return test::mappings("screen pixels", process);
 }
@@ -62,7 +62,7 @@ std::set<std::string> namedMemory() {
     return names;
 }
 
-// Of this process, by the name of what they are open for.
+// The number of this process's descriptors for files with `name` in their path.
 int descriptorsOf(const std::string &name) {
     int count = 0;
     for (const auto &entry : std::filesystem::directory_iterator("/proc/self/fd")) {
@@ -88,7 +88,7 @@ TEST(PixelPrivacy, ScreenMemoryIsNobodyElses) {
     EXPECT_EQ(shared.file.st_uid, geteuid());
     EXPECT_EQ(shared.file.st_nlink, 0u); // it has no name
     EXPECT_GE(pixelMappings(getpid()), 1u);
-    EXPECT_EQ(descriptorsOf("screen pixels"), 0); // nothing left to open it by
+    EXPECT_EQ(descriptorsOf("screen pixels"), 0); // no descriptor is left to reopen it
     EXPECT_EQ(test::systemSharedSegments(), 0u);
     EXPECT_EQ(namedMemory(), before);
 }
@@ -118,7 +118,7 @@ TEST(PixelPrivacy, NothingOutlivesACrash) {
     EXPECT_GE(pixelMappings(screen.pid()), 1u);
     kill(child, SIGKILL);
     EXPECT_EQ(waitpid(child, nullptr, 0), child);
-    // The server lets go as soon as it has read that the connection has ended.
+    // The server unmaps the memory once it has noticed the end of the connection.
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
     while (pixelMappings(screen.pid()) > 0 && std::chrono::steady_clock::now() < deadline)
         std::this_thread::yield();

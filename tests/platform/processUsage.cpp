@@ -25,17 +25,17 @@ bool becomes(const std::function<bool()> &condition) {
     return true;
 }
 
-// The kernel lists a thread for a moment after it has been joined, marked as one that is exiting.
+// The kernel still lists a thread for a moment after its join, marked as exiting.
 bool isAlive(const std::filesystem::path &task) {
     constexpr unsigned exiting = 4; // PF_EXITING
     std::ifstream file(task / "stat");
     std::string text;
     std::getline(file, text);
-    std::istringstream fields(text.substr(text.rfind(')') + 1)); // behind the thread's name
+    std::istringstream fields(text.substr(text.rfind(')') + 1)); // after the thread's name
     std::string skipped;
     for (int field = 0; field < 6; ++field)
         fields >> skipped;
-    unsigned flags = exiting; // of one that has gone meanwhile
+    unsigned flags = exiting; // of a thread that is already gone
     fields >> flags;
     return (flags & exiting) == 0;
 }
@@ -110,7 +110,7 @@ long long runTimeOf(const std::set<int> &threads) {
 }
 
 bool comeToRest(const std::set<int> &threads) {
-    // Many short looks, since a machine that stands still for a second is no sign of rest.
+    // Many short checks: one second without run time may mean that the whole machine stood still.
     constexpr int looks = 150;
     int quietLooks = 0;
     long long last = runTimeOf(threads);

@@ -32,7 +32,7 @@ TEST_F(ServerScreens, HaveDisplaysOfDifferentIdentifiers) {
     EXPECT_NE(first, 0u);
     EXPECT_NE(second, 0u);
     EXPECT_NE(first, second);
-    // Configurations hold the first one's.
+    // Existing configurations hold the identifier of the first screen.
     EXPECT_EQ(first, platform::displayIdsOf({"screen"}).at(0));
     setenv("DISPLAY", server.display().c_str(), 1);
     EXPECT_EQ(test::onlyDisplay(), first);

@@ -18,7 +18,7 @@ void count(int) {
     ++received;
 }
 
-// A pipe that nobody reads any more.
+// A pipe whose read end is closed.
 class BrokenPipe {
 public:
     BrokenPipe() {
@@ -38,7 +38,7 @@ private:
     int writeEnd = -1;
 };
 
-// Another process sends this one a SIGPIPE. It is on its way when this returns.
+// Sends this process a SIGPIPE from another process; it has been sent when this returns.
 void sendFromElsewhere() {
     const pid_t parent = getpid();
     const pid_t child = fork();
@@ -76,7 +76,7 @@ TEST_F(Signals, AGuardSwallowsTheSigpipeOfItsTime) {
     }
     EXPECT_EQ(received, 0);
     EXPECT_FALSE(isBlocked(SIGPIPE));
-    // The host's own are still its own.
+    // Later SIGPIPEs still reach the host.
     broken.writeTo();
     EXPECT_EQ(received, 1);
 }

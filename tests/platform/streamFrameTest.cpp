@@ -1,4 +1,4 @@
-// What the frames of a stream show.
+// The contents of a stream's frames.
 #include "tests/platform/streamProbe.h"
 #include "tests/support/virtualScreen.h"
 
@@ -37,7 +37,7 @@ TEST(StreamFrame, BandsOfChangeLandInPlace) {
 TEST(StreamFrame, OnlyRowsThatChangedAreReadExceptOnceASecond) {
     UsedScreen screen(64, 48);
     screen.fill(0);
-    // A mark that the handler leaves in the surface stays in rows that nobody reads anew.
+    // A mark that the handler writes into the surface stays in rows that are not read again.
     static dispatch_queue_t queue = dispatch_queue_create("queue", nullptr);
     static std::atomic<int> frames;
     static std::atomic<int> markIntact;
@@ -58,7 +58,7 @@ TEST(StreamFrame, OnlyRowsThatChangedAreReadExceptOnceASecond) {
     frames.wait(0);
     EXPECT_EQ(markIntact, 0);
     int untouched = 0;
-    // The whole is read again about a second later, with whatever changes then.
+    // The whole screen is read again about a second later, with the next change.
     do {
         const int seen = frames;
         screen.fillRect(10, 1, 5, 5, static_cast<std::uint32_t>(seen));
@@ -79,7 +79,7 @@ TEST(StreamFrame, ShowsAMonitorsPartOfTheScreenAndNothingElse) {
     ASSERT_TRUE(stream.startAndWait());
     EXPECT_TRUE(stream.latestFrame() == screen.part(33, 55, 101, 77));
 
-    // Drawing beside the monitor is none of its business, also after more than a second.
+    // Drawing outside the monitor causes no frame, even after more than a second.
     for (int i = 0; i < 25; ++i) {
         screen.fillRect(0, 0, 33, 200, static_cast<std::uint32_t>(i));
         EXPECT_FALSE(stream.waitForCalls(2, std::chrono::milliseconds(60)));

@@ -99,7 +99,7 @@ TEST(StreamLifecycle, TheHandlerRunsOnAThreadOfItsOwn) {
     StreamProbe stream(test::onlyDisplay(), 64, 48);
     EXPECT_TRUE(test::threadsBecome(threadsBefore));
     ASSERT_EQ(stream.start(), kCGErrorSuccess);
-    // One that captures and one that is the queue's.
+    // The capture thread and the queue's thread.
     EXPECT_TRUE(test::threadsBecome(threadsBefore + 2));
     ASSERT_TRUE(stream.waitForCalls(1));
     screen.fill(0x010101);
@@ -116,7 +116,7 @@ TEST(StreamLifecycle, TheHandlerRunsOnAThreadOfItsOwn) {
 TEST(StreamLifecycle, ManyRoundsLeaveNothingBehind) {
     const UsedScreen screen(64, 48);
     const CGDirectDisplayID id = test::onlyDisplay();
-    { // What the first round alone sets up for good is not counted.
+    { // Resources that the first round allocates for good are not counted.
         StreamProbe stream(id, 64, 48);
         ASSERT_EQ(stream.start(), kCGErrorSuccess);
         ASSERT_EQ(stream.stop(), kCGErrorSuccess);
@@ -125,7 +125,7 @@ TEST(StreamLifecycle, ManyRoundsLeaveNothingBehind) {
     const std::size_t threads = test::threads();
     const std::size_t segments = test::systemSharedSegments();
     const std::size_t mappings = test::mappings();
-    // Streams are kept, as a host keeps them that never releases one.
+    // Keeps the streams, like a host that never releases one.
     std::vector<std::unique_ptr<StreamProbe>> streams;
     for (int round = 0; round < 1000; ++round) {
         streams.push_back(std::make_unique<StreamProbe>(id, 64, 48));
@@ -154,7 +154,7 @@ TEST(StreamLifecycle, StopFromTheQueueReturnsAndStoppedFollows) {
     EXPECT_NE(stream.stop(), kCGErrorSuccess);
     EXPECT_EQ(stream.start(), kCGErrorSuccess);
     ASSERT_TRUE(stream.waitForCount(stopped, 2));
-    // The queue's thread gives back the rest in its own time.
+    // The queue's thread releases the rest later.
     EXPECT_TRUE(test::threadsBecome(threads));
     EXPECT_TRUE(test::openDescriptorsBecome(descriptors));
 }
@@ -176,7 +176,7 @@ TEST(StreamLifecycle, AHangingHandlerDoesNotHangTheStop) {
     const auto taken = platform::Clock::now() - before;
     EXPECT_GE(taken, 500ms);
     EXPECT_LT(taken, 3s);
-    // What the hanging handler holds is still there when it goes on; then it is given back, and
+    // The hanging handler's resources still exist when it continues; then they are released, and
     // the handler is not called again.
     goOn = true;
     goOn.notify_all();

@@ -22,7 +22,7 @@ protected:
     }
     void deleteMonitor() { screen.run({"xrandr", "--delmonitor", "watched"}); }
 
-    // What a frame of 100 x 80 shows of this part of the picture.
+    // This part of the picture as a frame of 100 x 80.
     Frame part(int left, int top, int width, int height) const {
         return screen.part(left, top, width, height, 100, 80);
     }
@@ -88,7 +88,7 @@ TEST_F(MonitorChange, AShrinkingScreenIsSurvived) {
     StreamProbe stream(id, 400, 300, 0.01);
     ASSERT_TRUE(stream.startAndWait());
     screen.run({"xrandr", "--output", screen.output(), "--mode", "small"});
-    // Beyond the smaller root window there is nothing any more.
+    // Beyond the smaller root window the frame is black.
     EXPECT_TRUE(stream.waitForPixel(399, 299, 0));
     screen.fillRect(0, 0, 240, 180, 0x31415f);
     EXPECT_TRUE(stream.waitForPixel(239, 179, 0x31415f));
@@ -136,6 +136,6 @@ TEST_F(MonitorChange, ManyChangesLeaveNothingBehind) {
         ASSERT_TRUE(stream.waitForCount(complete, round + 1));
     }
     EXPECT_TRUE(test::openDescriptorsBecome(descriptors));
-    // Fewer than one a round; a sanitizer maps some for itself as time goes by.
+    // Fewer than one per round; a sanitizer adds mappings over time.
     EXPECT_LT(test::mappings(), mappings + rounds / 2);
 }

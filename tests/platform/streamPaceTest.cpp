@@ -1,4 +1,4 @@
-// When the handler is called, and what that costs.
+// The timing of the handler's calls, and their cost.
 #include "tests/platform/processUsage.h"
 #include "tests/platform/streamProbe.h"
 #include "tests/support/virtualScreen.h"
@@ -49,7 +49,8 @@ TEST(StreamPace, AStillScreenIsNotTouchedAtAll) {
     const std::set<int> ours = test::threadIds(others);
     ASSERT_EQ(ours.size(), 2u);
     ASSERT_TRUE(stream.waitForCalls(1));
-    // A second after a change the stream looks once more, in vain; the handler is not called.
+    // A second after a change the stream checks once more and finds none; the handler is not
+    // called.
     ASSERT_TRUE(test::comeToRest(ours));
     const long long runTime = test::runTimeOf(ours);
     EXPECT_FALSE(stream.waitForCalls(2, 3000ms));
@@ -70,11 +71,11 @@ TEST(StreamPace, FramesDoNotPileUpBehindASlowHandler) {
     for (int i = 0; i < 300; ++i)
         screen.fill(++colour);
     EXPECT_EQ(stream.calls().size(), 1u);
-    // The frame of the hanging handler is left alone meanwhile.
+    // Meanwhile the stream does not touch the frame of the hanging handler.
     drawn = true;
     drawn.notify_all();
     ASSERT_TRUE(stream.waitForCalls(2));
-    // Nothing in between: the next frame is already the newest.
+    // No frames in between: the next frame is already the newest.
     EXPECT_EQ(stream.latestFrame().at(10, 10), colour);
     EXPECT_FALSE(stream.waitForCalls(3, 200ms));
 }

@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::int32_t bgra = 0x42475241;
 
-// Queues are never released; here they stay within reach of a leak checker.
+// Queues are never released; kept here, they are reachable for a leak checker.
 dispatch_queue_t newQueue() {
     static std::mutex mutex;
     static auto *queues = new std::vector<dispatch_queue_t>;

@@ -1,4 +1,4 @@
-// A display stream under test, and everything that its handler was told.
+// A display stream under test that records every call of its handler.
 #pragma once
 
 #include "platform/objects/monotonicCondition.h"
@@ -35,7 +35,7 @@ struct Frame {
     }
 };
 
-// Turns BGRA bytes into a frame; the fourth byte of a pixel is left out.
+// Turns BGRA bytes into a frame; ignores the fourth byte of each pixel.
 Frame frameOf(const void *bgra, int width, int height);
 
 // The identifiers of the displays, in the server's order; none without a server.
@@ -44,8 +44,8 @@ std::vector<CGDirectDisplayID> activeDisplays();
 // The identifier of the only display; 0 when there is not exactly one.
 CGDirectDisplayID onlyDisplay();
 
-// Adds a monitor to the server that is used. Gives the identifier of the first one, which it is if
-// no other has been added.
+// Adds a monitor to the server in use. Returns the identifier of the first monitor, which is the
+// new one if no other has been added.
 CGDirectDisplayID addMonitor(const VirtualScreen &screen, const std::string &geometry,
                              const std::string &name = "added");
 
@@ -57,8 +57,8 @@ public:
     // Fills a rectangle of the screen and of the picture.
     void paint(int x, int y, int width, int height, std::uint32_t colour);
 
-    // What a frame of this part of the picture shows, black beyond its edges; scaled to another
-    // size.
+    // This part of the picture as a frame shows it, black beyond the picture's edges; the second
+    // form scales it to another size.
     Frame part(int x, int y, int width, int height) const;
     Frame part(int x, int y, int width, int height, int frameWidth, int frameHeight) const;
 
@@ -69,7 +69,7 @@ class StreamProbe {
 public:
     static constexpr std::chrono::milliseconds patience{20000};
 
-    // The stream may turn out null.
+    // The stream may be null.
     StreamProbe(CGDirectDisplayID display, int width, int height, double minimumFrameTime = 0);
     // Stops and releases the stream.
     ~StreamProbe();
@@ -88,7 +88,7 @@ public:
     std::vector<HandlerCall> calls() const;
     std::size_t count(CGDisplayStreamFrameStatus status) const;
 
-    // Each waits until it is so; false when it was not within `limit`.
+    // Each waits for its condition; false after `limit`.
     bool waitForCalls(std::size_t number, std::chrono::milliseconds limit = patience);
     bool waitForCount(CGDisplayStreamFrameStatus status, std::size_t number,
                       std::chrono::milliseconds limit = patience);

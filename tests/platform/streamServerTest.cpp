@@ -67,7 +67,7 @@ TEST(StreamServer, GoneInMidRunEndsNothingButTheFrames) {
     const std::size_t threads = others.size();
     ASSERT_TRUE(stream.startAndWait());
     screen.kill();
-    // The capture thread notices by itself and ends, and what stays does not spin.
+    // The capture thread notices this and ends; the remaining thread does not spin.
     EXPECT_TRUE(test::threadsBecome(threads + 1));
     EXPECT_TRUE(test::comeToRest(test::threadIds(others)));
     EXPECT_EQ(stream.count(complete), 1u);
@@ -118,8 +118,8 @@ TEST(StreamServer, HungWhileAReadIsUnderWayTheStopIsBounded) {
          {std::vector<std::string>{}, {"-extension", "MIT-SHM"}}) {
         UsedScreen screen(1920, 1080, 24, arguments);
         StreamProbe stream(test::onlyDisplay(), 1920, 1080);
-        // The screen has changed since the frame that the handler holds; the capture goes for the
-        // next one as soon as it returns, but by then the server hangs.
+        // The screen changes after the handler's frame. The capture requests the next frame as soon
+        // as the handler returns, but by then the server hangs.
         stream.onCall = [&](const test::HandlerCall &call) {
             if (call.status != complete || stream.count(complete) > 1)
                 return;

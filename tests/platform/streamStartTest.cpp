@@ -1,4 +1,4 @@
-// The moment between the making of a stream's threads and the return of the start.
+// The time between the creation of a stream's threads and the return of the start.
 #include "tests/platform/processUsage.h"
 #include "tests/platform/streamProbe.h"
 #include "tests/support/virtualScreen.h"
@@ -20,9 +20,9 @@ std::atomic<bool> isSlow = false;
 std::thread::id slowThread;
 std::mutex mutex;
 platform::MonotonicCondition changed;
-bool handlerIsOver = false; // under the mutex
+bool handlerIsOver = false; // guarded by the mutex
 
-// Long enough for a first frame, on a machine on which little goes on.
+// The limit is long enough for a first frame on an idle machine.
 void waitForHandler() {
     std::unique_lock lock(mutex);
     changed.waitUntil(lock, platform::Clock::now() + 300ms, [] { return handlerIsOver; });
@@ -30,7 +30,8 @@ void waitForHandler() {
 
 } // namespace
 
-// Every thread is made with its signals blocked, so that a starting thread comes by here once each.
+// Signals are blocked around the creation of each thread, so the starting thread restores its mask
+// here once per thread.
 extern "C" {
 int __real_pthread_sigmask(int how, const sigset_t *set, sigset_t *before);
 int __wrap_pthread_sigmask(int how, const sigset_t *set, sigset_t *before);
@@ -62,6 +63,6 @@ TEST(StreamStart, TheFirstCallOfTheHandlerMayStopTheStream) {
     isSlow = false;
     EXPECT_TRUE(stream.waitForCount(stopped, 1));
     EXPECT_EQ(result, kCGErrorSuccess);
-    // The handler's last call is recorded while it lasts.
+    // The handler's last call is recorded before it returns.
     EXPECT_TRUE(test::threadsBecome(threads));
 }

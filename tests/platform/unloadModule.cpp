@@ -4,7 +4,7 @@
 
 namespace {
 
-// Like the library's own manager: a static object that stops what runs.
+// Like the library's manager: a static object that stops the running stream.
 struct Owner {
     ~Owner() {
         if (run->stopInDestructor)

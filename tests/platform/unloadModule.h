@@ -1,12 +1,12 @@
-// What unloadTest asks of the module that it loads and unloads.
+// The interface between unloadTest and the module that it loads and unloads.
 #pragma once
 
 #include <CoreGraphics/CoreGraphics.h>
 #include <atomic>
 
-// One run, kept by the test: the module's own memory goes away with it.
+// One run, owned by the test: the module's own memory is gone after the unload.
 struct ModuleRun {
-    std::atomic<int> frames = 0; // complete ones so far
+    std::atomic<int> frames = 0; // complete frames so far
     // Whether a static object of the module stops the stream in its destructor, and with what
     // result.
     bool stopInDestructor = false;

@@ -1,4 +1,4 @@
-// Streams that still run when their code goes away.
+// Streams that still run when their code is unloaded.
 #include "tests/platform/processUsage.h"
 #include "tests/platform/streamProbe.h"
 #include "tests/platform/unloadModule.h"
@@ -17,13 +17,13 @@ using test::UsedScreen;
 
 namespace {
 
-// Never released, like the streams and queues in them.
+// Never released, because their streams and queues are not released either.
 ModuleRun &newRun() {
     static auto *runs = new std::deque<ModuleRun>;
     return runs->emplace_back();
 }
 
-// Loads the module, has it stream until a frame came, and unloads it.
+// Loads the module, streams until a frame arrives, and unloads the module.
 void runAndUnload(ModuleRun &run) {
     void *module = dlopen(UNLOAD_MODULE, RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(module, nullptr) << dlerror();
@@ -47,7 +47,7 @@ TEST(Unload, AStreamThatNobodyStopsIsStopped) {
     for (int round = 0; round < 50; ++round) {
         runAndUnload(newRun());
         ASSERT_TRUE(test::threadsBecome(threads));
-        // Whoever still watched the screen would now run code that is gone.
+        // A thread that still watched the screen would now run unloaded code.
         screen.fill(static_cast<std::uint32_t>(round));
     }
     EXPECT_TRUE(test::openDescriptorsBecome(descriptors));
