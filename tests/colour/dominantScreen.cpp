@@ -8,7 +8,7 @@ namespace test {
 namespace {
 
 constexpr int margin = 10;
-constexpr int points = 80; // a column, and a row
+constexpr int points = 80; // per column and per row
 
 void add(Pixels &words, int count, std::uint32_t colour) {
     words.insert(words.end(), static_cast<std::size_t>(count), colour);

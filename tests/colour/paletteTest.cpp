@@ -53,7 +53,7 @@ TEST(Palette, OfEqualsTheLowerHueFirst) {
     add(words, 2133, 0x0000ff);
     add(words, 2133, 0x00ff00);
     add(words, 2133, 0xff0000);
-    add(words, 1, 0x0000ff); // the sample left out
+    add(words, 1, 0x0000ff); // the last sample is left out
     const Words palette = check(words, 8);
     ASSERT_EQ(palette.size(), 3u);
     EXPECT_EQ(palette[0], 0xff0000u);

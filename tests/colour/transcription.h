@@ -27,7 +27,7 @@ enum class Rule {
     Heavy,          // the heaviest bucket weighs so much that its darkness does not matter
     Bright,         // the heaviest bucket is bright enough
     Second,         // the bucket of slot 1 stands in for a dark one
-    Third,          // the bucket of slot 2 does
+    Third,          // the bucket of slot 2 stands in for a dark one
     DarkSubstitute, // the substitute is dark as well, so the heaviest bucket stays
     Average,        // no bucket is suitable
 };

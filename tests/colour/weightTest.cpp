@@ -36,7 +36,7 @@ TEST(Weight, Examples) {
     EXPECT_EQ(hslBias({200, 100, 10}), 3);
     EXPECT_EQ(hslBias({200, 0, 0}), 1);
     EXPECT_EQ(hslBias({0, 100, 11}), 13);
-    EXPECT_EQ(hslBias({0, 43, 33}), 20); // each share at its cap, and one below it
+    EXPECT_EQ(hslBias({0, 43, 33}), 20); // each part at its limit, then one below
     EXPECT_EQ(hslBias({0, 39, 30}), 19);
     EXPECT_EQ(hslBias({0, 44, 36}), 20);
     EXPECT_EQ(hslBias({0, 3, 11}), 3);
