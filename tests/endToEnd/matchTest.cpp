@@ -142,7 +142,7 @@ TEST_F(Match, DisplaysAreListedWithTheirSizes) {
     EXPECT_EQ(document["displays"][1]["width"].GetUint(), 300u);
     EXPECT_EQ(document["displays"][1]["height"].GetUint(), 50u);
     for (unsigned i = 0; i < 2; ++i)
-        EXPECT_TRUE(document["displays"][i]["displayID"].IsInt()); // fits a configuration
+        EXPECT_TRUE(document["displays"][i]["displayID"].IsInt()); // as a configuration requires
 }
 
 } // namespace
