@@ -54,7 +54,7 @@ Platform &platform();
 int callCount(const std::string &name);
 void forgetCalls();
 
-// Back to one display, 1, of the given size, with nothing recorded.
+// Resets to one display with identifier 1 and the given size, and clears the records.
 void reset(std::size_t width, std::size_t height);
 
 // Frees the streams, queues and dictionaries made so far, which the library never releases. They
