@@ -13,7 +13,8 @@
 using testing::internal::CaptureStdout;
 using testing::internal::GetCapturedStdout;
 
-// Every test starts without devices, buffer and run, and with a display 1 of 64 x 48.
+// Every test starts with no devices, no buffer and no run, and with a display of 64 x 48 whose
+// identifier is 1.
 class ManagerTest : public testing::Test {
 protected:
     ManagerTest() {

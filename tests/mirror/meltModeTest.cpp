@@ -10,7 +10,7 @@ namespace {
 
 class MeltMode : public ModeSteps {
 protected:
-    // Runs melt mode over plain screens of these colours, one a poll, and ends after the last.
+    // Runs melt mode over plain screens of these colours, one per poll, and ends after the last.
     void melt(const std::vector<std::uint32_t> &colours) {
         show(test::plainScreen(colours[0]));
         run(&MirrorManager::mirrorModeMelt, [&](int poll) {

@@ -219,7 +219,7 @@ TEST_F(PaletteMode, TwelveTicksAreTwelveTicks) {
     });
 }
 
-// First the hold times of a device's panels, then their colours, then the next device.
+// The order is: the hold times of a device's panels, their colours, then the next device.
 TEST_F(PaletteMode, OrderOfTheDraws) {
     lights({{1, {1, 2}}, {2, {3}}});
     show(stripes());
