@@ -29,7 +29,7 @@ TEST(DisplayIds, DependOnTheNameAlone) {
 }
 
 TEST(DisplayIds, StayTheSameFromOneReleaseToTheNext) {
-    // Configurations hold these numbers.
+    // Existing configurations hold these numbers.
     EXPECT_EQ(displayIdsOf({"screen"}).at(0), 1438993425u);
 }
 

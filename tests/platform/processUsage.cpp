@@ -83,7 +83,7 @@ std::size_t mappings(const std::string &text, int process) {
 }
 
 std::set<int> threadIds(const std::set<int> &others) {
-    // Together with the first thread, a sanitizer may start one of its own.
+    // A sanitizer may start a thread of its own together with the first thread.
     [[maybe_unused]] static const bool started = [] {
         std::thread([] {}).join();
         return true;

@@ -9,7 +9,7 @@ namespace test {
 
 std::size_t openDescriptors();
 std::size_t threads();
-std::size_t systemSharedSegments(); // System V ones, made by this process
+std::size_t systemSharedSegments(); // System V segments, made by this process
 // The mappings whose line in the system's list contains this text; of this process unless another
 // is given.
 std::size_t mappings(const std::string &text = {}, int process = 0);
