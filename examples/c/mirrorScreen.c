@@ -16,16 +16,16 @@ struct display {
     unsigned id, width, height;
 };
 
-/* The library takes addresses in numbers, and says nothing of others: they must not reach it. */
+/* The library accepts only numeric addresses and does not report others, so check them here. */
 static int isAddress(const char *text) {
     struct in6_addr address;
     return inet_pton(AF_INET, text, &address) == 1 || inet_pton(AF_INET6, text, &address) == 1;
 }
 
-/* The steps below return NULL, or what went wrong. */
+/* Each step below returns NULL on success, or else an error message. */
 
 static const char *listDisplays(struct display *first) {
-    /* A text that fills its bound is cut and has no terminating zero: that is one byte more. */
+    /* A text that fills the bound may be cut and has no terminating zero: add one byte for it. */
     enum { bound = 4096 };
     char text[bound + 1] = "";
     if (getDisplays(text, bound) != 1)
@@ -52,7 +52,7 @@ static const char *configure(const struct display *display, const char *address)
         snprintf(panels + strlen(panels), sizeof panels - strlen(panels),
                  "%s{\"panelID\": %u, \"centroidX\": %u, \"centroidY\": %u}", i > 0 ? ", " : "",
                  i + 1, (2 * i + 1) * display->width / 8, display->height / 2);
-    /* The document's integers are signed; an identifier has the same 32 bits without a sign. */
+    /* Integers in the document are signed: pass the identifier's 32 bits as a signed integer. */
     char config[1024];
     snprintf(
         config, sizeof config,
@@ -64,8 +64,8 @@ static const char *configure(const struct display *display, const char *address)
                : "the configuration was not applied: the screen cannot be captured";
 }
 
-/* Starting a run replaces the handlers of these signals by the library's, which end the process.
- * They are in place when startMirror() returns; from then on the host has its own again. */
+/* startMirror() replaces the handlers of these signals with the library's, which end the process.
+ * They are in place when it returns, so that is when to restore the host's own handlers. */
 static int startWithOwnSignals(void) {
     static const int replaced[] = {SIGINT, SIGABRT, SIGTERM, SIGBUS, SIGFPE, SIGPIPE, SIGSEGV};
     enum { count = sizeof replaced / sizeof *replaced };
@@ -97,7 +97,7 @@ static const char *showSent(void) {
         return "the snapshot could not be made";
     if (size == 0)
         return "no frame was captured";
-    /* As many bytes as the size says are written; the zero after them is ours. */
+    /* Exactly `size` bytes are written; calloc() provides the terminating zero. */
     char *text = calloc((size_t)size + 1, 1);
     if (text == NULL)
         return "the snapshot could not be fetched: there is no memory for it";
@@ -140,7 +140,7 @@ int main(int argc, char **argv) {
         return 1;
     }
 
-    /* A write to a closed pipe is to fail, not to end the process. */
+    /* A write to a closed pipe should fail, not end the process. */
     signal(SIGPIPE, SIG_IGN);
 
     struct display display = {0, 0, 0};
@@ -158,7 +158,7 @@ int main(int argc, char **argv) {
             trouble = showPalette();
         if (trouble == NULL && (fflush(stdout) != 0 || ferror(stdout)))
             trouble = "standard output cannot be written";
-        /* Whatever happened, a run that was started is stopped. */
+        /* Always stop a run that was started, even after an error. */
         if (stopMirror() != 1 && trouble == NULL)
             trouble = "mirroring could not be stopped";
     }

@@ -23,7 +23,7 @@ struct Display {
     unsigned height = 0;
 };
 
-// The numbers in each match of `pattern`, which has three groups. A real host has a JSON parser.
+// The numbers in each match of `pattern`, which has three groups. A real host uses a JSON parser.
 std::vector<std::vector<unsigned long>> numbersIn(const std::string &text,
                                                   const std::regex &pattern) {
     std::vector<std::vector<unsigned long>> all;
@@ -32,7 +32,7 @@ std::vector<std::vector<unsigned long>> numbersIn(const std::string &text,
     return all;
 }
 
-// The library takes addresses in numbers, and says nothing of others: they must not reach it.
+// The library accepts only numeric addresses and does not report others, so check them here.
 bool isAddress(const char *text) {
     in6_addr address;
     return inet_pton(AF_INET, text, &address) == 1 || inet_pton(AF_INET6, text, &address) == 1;
@@ -58,7 +58,7 @@ std::string configuration(const Display &display, const std::string &address) {
         panels += (i > 0 ? "," : "") + (R"({"panelID":)" + std::to_string(i + 1)) +
                   R"(,"centroidX":)" + std::to_string((2 * i + 1) * display.width / 8) +
                   R"(,"centroidY":)" + std::to_string(display.height / 2) + "}";
-    // The document's integers are signed; an identifier has the same 32 bits without a sign.
+    // Integers in the document are signed: pass the identifier's 32 bits as a signed integer.
     return R"({"displayID":)" + std::to_string(static_cast<std::int32_t>(display.id)) +
            R"(,"mode":0,"devices":[{"ip":")" + address +
            R"(","controlVersion":2,"shapeType":0,"scaleFactor":1.0,"panels":[)" + panels + "]}]}";
@@ -89,7 +89,7 @@ int main(int argc, char **argv) {
         const std::string address = argv[1];
         if (!isAddress(argv[1]))
             throw screenMirror::Error("not an IPv4 or IPv6 address: " + address);
-        // A write to a closed pipe is to fail, not to end the process.
+        // A write to a closed pipe should fail, not end the process.
         std::signal(SIGPIPE, SIG_IGN);
         const Display display = firstDisplay();
 

@@ -1,7 +1,7 @@
-// Mirroring for hosts in C++: the eight functions with strings and exceptions. Copy it and make it
-// yours; it is an example and no part of the library's interface.
+// A C++ wrapper for the eight functions, with strings and exceptions. It is an example to copy and
+// adapt, not part of the library's interface.
 //
-// Threads: as with the functions themselves, from one thread at a time.
+// Threads: like the functions themselves, use it from one thread at a time.
 #pragma once
 
 #include "mirror/mirrorInterface.h"
@@ -12,12 +12,12 @@
 
 namespace screenMirror {
 
-// What went wrong, in one line.
+// Has an error message of one line.
 struct Error : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-// The text of a buffer that may be full; a full one has no terminating zero, and may be cut.
+// The text in a buffer. A text that fills the buffer has no terminating zero and may be cut.
 inline std::string textIn(std::string buffer, const char *ifCut) {
     const auto end = buffer.find('\0');
     if (end == std::string::npos)
@@ -42,9 +42,8 @@ inline std::string palette() {
     return textIn(std::move(buffer), "the palette is cut");
 }
 
-// Keeps the process's handlers of the signals for which starting a run installs the library's,
-// which end the process. They are in place when startMirror() returns; the destructor puts back the
-// host's.
+// Saves the process's signal handlers; the destructor restores them. startMirror() replaces them
+// with the library's, which end the process and are in place when it returns.
 class OwnSignals {
 public:
     OwnSignals() {
@@ -64,7 +63,7 @@ private:
     struct sigaction own[count];
 };
 
-// Mirrors from construction to destruction. There can be one at a time in a process.
+// Mirrors from construction to destruction. A process can have one run at a time.
 class Run {
 public:
     explicit Run(std::string config) {
@@ -87,7 +86,7 @@ public:
     Run(const Run &) = delete;
     Run &operator=(const Run &) = delete;
 
-    // For hosts that want to know of a stop that fails, which the destructor cannot tell.
+    // For hosts that check for a failed stop, which the destructor cannot report.
     void stop() {
         running = false;
         if (stopMirror() != 1)

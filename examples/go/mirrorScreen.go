@@ -14,9 +14,9 @@ package main
 #include <stdlib.h>
 #include <unistd.h>
 
-// Starting a run replaces the handlers of these signals by the library's, which end the process. They
-// are in place when startMirror() returns; from then on Go's runtime has its own again. In C, since
-// calls into C take time, and each moment counts.
+// startMirror() replaces the handlers of these signals with the library's, which end the process.
+// They are in place when it returns, so that is when to restore the handlers of Go's runtime. This
+// is written in C because calls from Go into C take time, and the gap must be short.
 static int startWithOwnSignals(void) {
     static const int replaced[] = {SIGINT, SIGABRT, SIGTERM, SIGBUS, SIGFPE, SIGPIPE, SIGSEGV};
     enum { count = sizeof replaced / sizeof *replaced };
@@ -75,14 +75,14 @@ type configuration struct {
 	Devices   []device `json:"devices"`
 }
 
-// Its errors come out at the flush.
+// Write errors are reported by flush().
 var out = bufio.NewWriter(os.Stdout)
 
 func pointerTo(buffer []byte) *C.char {
 	return (*C.char)(unsafe.Pointer(&buffer[0]))
 }
 
-// A text that fills its buffer is cut and has no terminating zero.
+// A text that fills its buffer has no terminating zero and may be cut.
 func readText(buffer []byte, into any, ifCut string) error {
 	end := bytes.IndexByte(buffer, 0)
 	if end < 0 {
@@ -116,7 +116,7 @@ func configure(on display, address string) error {
 	for i := 0; i < 4; i++ {
 		light.Panels = append(light.Panels, panel{i + 1, (2*i + 1) * on.Width / 8, on.Height / 2})
 	}
-	// The document's integers are signed; an identifier has the same 32 bits without a sign.
+	// Integers in the document are signed: pass the identifier's 32 bits as a signed integer.
 	document, err := json.Marshal(configuration{int32(on.DisplayID), 0, []device{light}})
 	if err != nil {
 		return err
@@ -193,7 +193,7 @@ func flush() error {
 }
 
 func mirror(address string, duration time.Duration) (err error) {
-	// The library takes addresses in numbers, and says nothing of others.
+	// The library accepts only numeric addresses and does not report others.
 	if net.ParseIP(address) == nil {
 		return fmt.Errorf("not an IPv4 or IPv6 address: %s", address)
 	}
@@ -207,7 +207,7 @@ func mirror(address string, duration time.Duration) (err error) {
 	if err = start(); err != nil {
 		return err
 	}
-	// Whatever happens, a run that was started is stopped.
+	// Always stop a run that was started, even after an error.
 	defer func() {
 		if C.stopMirror() != 1 && err == nil {
 			err = errors.New("mirroring could not be stopped")
@@ -236,7 +236,7 @@ func main() {
 		fmt.Fprintln(os.Stderr, "usage: mirrorScreen ADDRESS [SECONDS]")
 		os.Exit(2)
 	}
-	// A write to a closed standard output is to fail; otherwise Go's runtime ends the process.
+	// A write to a closed standard output should fail; by default Go's runtime ends the process.
 	signal.Ignore(syscall.SIGPIPE)
 	if err := mirror(os.Args[1], time.Duration(seconds*float64(time.Second))); err != nil {
 		out.Flush()

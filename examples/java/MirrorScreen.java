@@ -19,12 +19,12 @@ import java.util.regex.Pattern;
  * java -cp /usr/share/java/jna.jar MirrorScreen.java ADDRESS [SECONDS]
  * </pre>
  *
- * The library is found where the system looks for libraries, or by its path in the environment
- * variable SCREEN_MIRROR_LIBRARY. Java's runtime lives by signals at every moment; its libjsig has to
- * be there from the start to keep them.
+ * The library is found on the system's search path, or by its path in the environment variable
+ * SCREEN_MIRROR_LIBRARY. Java's runtime may need its signal handlers at any moment; libjsig, which
+ * preserves them, must be loaded when the process starts.
  */
 public final class MirrorScreen {
-    /** The eight functions. The library wants one call at a time, from any thread. */
+    /** The eight functions. Call one at a time, from any thread. */
     public interface Mirror extends Library {
         int getDisplays(byte[] buffer, int bufferLength);
 
@@ -43,7 +43,7 @@ public final class MirrorScreen {
         int stopMirror();
     }
 
-    /** What the process itself finds: with libjsig, its sigaction(), not the C library's. */
+    /** As the process itself resolves them: sigaction() is then libjsig's, not the C library's. */
     public interface Process extends Library {
         int sigaction(int signal, Pointer wanted, Pointer before);
 
@@ -52,7 +52,7 @@ public final class MirrorScreen {
         int isatty(int descriptor);
     }
 
-    /** What went wrong, in one line. */
+    /** Has an error message of one line. */
     private static final class MirrorException extends Exception {
         private static final long serialVersionUID = 1;
 
@@ -79,13 +79,13 @@ public final class MirrorScreen {
         try {
             return Native.load(name, Mirror.class);
         } catch (UnsatisfiedLinkError error) {
-            final String all = error.getMessage(); // the system's words begin in its second line
+            final String all = error.getMessage(); // the system's message is on line 2
             final String reason = all.lines().skip(1).findFirst().orElse(all);
             throw new MirrorException("the library cannot be loaded: " + reason);
         }
     }
 
-    /** A text that fills its buffer is cut and has no terminating zero. */
+    /** A text that fills its buffer has no terminating zero and may be cut. */
     private static String textIn(byte[] buffer, String ifCut) throws MirrorException {
         int end = 0;
         while (end < buffer.length && buffer[end] != 0) ++end;
@@ -93,7 +93,7 @@ public final class MirrorScreen {
         return new String(buffer, 0, end, StandardCharsets.UTF_8);
     }
 
-    /** The numbers of each object with these three members. A real host has a JSON parser. */
+    /** The numbers of each object with these three members. A real host uses a JSON parser. */
     private static List<long[]> numbersIn(String json, String first, String second, String third) {
         final String form = "\\{\"%s\":(\\d+),\"%s\":(\\d+),\"%s\":(\\d+)\\}";
         final var all = new ArrayList<long[]>();
@@ -108,7 +108,7 @@ public final class MirrorScreen {
         return all;
     }
 
-    /** The library takes addresses in numbers, and says nothing of others. */
+    /** The library accepts only numeric addresses and does not report others. */
     private boolean isAddress(String text) {
         final int version4 = 2;
         final int version6 = Platform.isMac() ? 30 : 10;
@@ -132,7 +132,7 @@ public final class MirrorScreen {
         return displays.get(0);
     }
 
-    /** Four panels in a row across the middle of the display, as text that ends in a zero. */
+    /** Four panels in a row across the middle of the display, as zero-terminated text. */
     private static byte[] configuration(Display display, String address) {
         final var panels = new ArrayList<String>();
         for (int i = 0; i < 4; ++i)
@@ -140,7 +140,7 @@ public final class MirrorScreen {
                     "{\"panelID\": %d, \"centroidX\": %d, \"centroidY\": %d}"
                             .formatted(
                                     i + 1, (2 * i + 1) * display.width / 8, display.height / 2));
-        // The document's integers are signed; an identifier has the same 32 bits without a sign.
+        // Integers in the document are signed: pass the identifier's 32 bits as a signed integer.
         final String document =
                 """
                 {"displayID": %d, "mode": 0, "devices": [{"ip": "%s", "controlVersion": 2,
@@ -151,9 +151,9 @@ public final class MirrorScreen {
     }
 
     /**
-     * Starting a run replaces the process's handlers of these signals by the library's, which end
-     * the process. They are in place when startMirror() returns; from then on Java has its own
-     * again. What sigaction() fills in is larger than 200 bytes nowhere.
+     * startMirror() replaces the handlers of these signals with the library's, which end the
+     * process. They are in place when it returns, so that is when to restore Java's own handlers.
+     * 256 bytes hold sigaction()'s structure on every system.
      */
     private int startWithOwnSignals() {
         final int bus = Platform.isMac() ? 10 : 7;

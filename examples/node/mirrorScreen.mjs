@@ -5,15 +5,15 @@
 //     npm ci
 //     node mirrorScreen.mjs ADDRESS [SECONDS]
 //
-// The library is found where the system looks for libraries, or by its path in the environment
-// variable SCREEN_MIRROR_LIBRARY.
+// The library is found on the system's search path, or by its path in the environment variable
+// SCREEN_MIRROR_LIBRARY.
 import { isIP } from "node:net";
 import { constants } from "node:os";
 import { setTimeout as sleep } from "node:timers/promises";
 import { promisify } from "node:util";
 import koffi from "koffi";
 
-// What went wrong, in one line.
+// Has an error message of one line.
 class MirrorError extends Error {}
 
 function need(condition, otherwise) {
@@ -30,9 +30,9 @@ function loadLibrary() {
   }
 }
 
-// Starting a run replaces the process's handlers of these signals by the library's, which end the
-// process. They are in place when startMirror() returns; from then on Node.js has its own again. What
-// the C library's function fills in is larger than 200 bytes nowhere.
+// startMirror() replaces the handlers of these signals with the library's, which end the process.
+// They are in place when it returns, so that is when to restore those of Node.js. 256 bytes hold
+// sigaction()'s structure on every system.
 const replaced = ["SIGINT", "SIGABRT", "SIGTERM", "SIGBUS", "SIGFPE", "SIGPIPE", "SIGSEGV"];
 
 function withOwnSignals(start) {
@@ -46,8 +46,8 @@ function withOwnSignals(start) {
   return result;
 }
 
-// The library wants one call at a time. Those that wait are made on another thread, so that the
-// host goes on meanwhile; each is awaited before the next.
+// The library allows one call at a time. captureCurrentStreamFrames() and stopMirror() wait, so
+// they run on another thread and do not block the host; each is awaited before the next call.
 class ScreenMirror {
   constructor(library) {
     const waiting = (declaration) => promisify(library.func(declaration).async);
@@ -84,7 +84,7 @@ class ScreenMirror {
     return JSON.parse(buffer.toString()).devices;
   }
 
-  // Mirrors while `work` runs. There can be one run at a time in a process.
+  // Mirrors while `work` runs. A process can have one run at a time.
   async during(document, work) {
     const applied = this.setMirrorConfig(JSON.stringify(document));
     need(applied === 1, "the configuration was not applied: the screen cannot be captured");
@@ -101,18 +101,18 @@ class ScreenMirror {
   }
 }
 
-// A text that fills its buffer is cut and has no terminating zero.
+// A text that fills its buffer has no terminating zero and may be cut.
 function textIn(buffer, ifCut) {
   const end = buffer.indexOf(0);
   need(end >= 0, ifCut);
   return buffer.toString("utf8", 0, end);
 }
 
-// The library takes addresses in numbers, without a zone, and says nothing of others.
+// The library accepts only numeric addresses without a zone and does not report others.
 const isAddress = (text) => isIP(text) !== 0 && !text.includes("%");
 
-// Four panels in a row across the middle of the display. The document's integers are signed; an
-// identifier has the same 32 bits without a sign.
+// Four panels in a row across the middle of the display. Integers in the document are signed: pass
+// the identifier's 32 bits as a signed integer.
 const configuration = ({ displayID, width, height }, ip) => ({
   displayID: displayID | 0,
   mode: 0,

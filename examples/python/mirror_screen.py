@@ -4,8 +4,8 @@ and shows what is sent and the colours on the screen.
 
     mirror_screen.py ADDRESS [SECONDS]
 
-The library is found where the system looks for libraries, or by its path in the environment
-variable SCREEN_MIRROR_LIBRARY.
+The library is found on the system's search path, or by its path in the environment variable
+SCREEN_MIRROR_LIBRARY.
 """
 import ctypes
 import json
@@ -19,7 +19,7 @@ from pathlib import Path
 
 
 class MirrorError(Exception):
-    """What went wrong, in one line."""
+    """Has an error message of one line."""
 
 
 def load_library():
@@ -35,10 +35,11 @@ def load_library():
 
 
 class OwnSignals:
-    """Keeps the process's handlers of the signals for which starting a run installs the library's.
+    """Saves the process's signal handlers on entry and restores them on exit.
 
-    Those would end the process. The module `signal` knows only of handlers that were set with it, so
-    that the C library is asked; what its function fills in is larger than 200 bytes nowhere.
+    startMirror() replaces them with the library's, which end the process. The module `signal` only
+    knows handlers that were set with it, so this calls the C library's sigaction(), whose structure
+    fits into 256 bytes on every system.
     """
 
     replaced = (signal.SIGINT, signal.SIGABRT, signal.SIGTERM, signal.SIGBUS, signal.SIGFPE,
@@ -56,12 +57,12 @@ class OwnSignals:
 
 
 class ScreenMirror:
-    """Mirrors while its `with` block lasts. There can be one at a time in a process."""
+    """Mirrors during its `with` block. A process can have one run at a time."""
 
     def __init__(self, library):
         self.library = library
 
-    # A buffer's `value` ends at the first zero, or at the buffer's own end when a text fills it.
+    # A buffer's `value` ends at the first zero, or at the end of the buffer if the text fills it.
     def displays(self):
         buffer = ctypes.create_string_buffer(4096)
         if self.library.getDisplays(buffer, len(buffer)) != 1:
@@ -111,7 +112,7 @@ class ScreenMirror:
 
 
 def is_address(text):
-    """The library takes addresses in numbers, and says nothing of others."""
+    """The library accepts only numeric addresses and does not report others."""
     for family in (socket.AF_INET, socket.AF_INET6):
         try:
             socket.inet_pton(family, text)
@@ -130,7 +131,7 @@ def configuration(display, address):
     ]
     device = {"ip": address, "controlVersion": 2, "shapeType": 0, "scaleFactor": 1.0,
               "panels": panels}
-    # The document's integers are signed; an identifier has the same 32 bits without a sign.
+    # Integers in the document are signed: pass the identifier's 32 bits as a signed integer.
     identifier = ctypes.c_int32(display["displayID"]).value
     return {"displayID": identifier, "mode": 0, "devices": [device]}
 
@@ -171,6 +172,6 @@ if __name__ == "__main__":
     except KeyboardInterrupt:
         sys.exit(f"{program}: interrupted")
     except OSError:
-        # What is still to be written would fail once more at the exit.
+        # Discard the buffered output, since writing it at exit would fail again.
         os.dup2(os.open(os.devnull, os.O_WRONLY), sys.stdout.fileno())
         sys.exit(f"{program}: standard output cannot be written")

@@ -35,10 +35,10 @@ mod system {
     }
 }
 
-/// What went wrong, in one line.
+/// An error message of one line.
 type Trouble = String;
 
-/// The text of a buffer; one that fills it is cut and has no terminating zero.
+/// The text in a buffer. A text that fills the buffer has no terminating zero and may be cut.
 fn text_in(buffer: Vec<u8>, if_cut: &str) -> Result<String, Trouble> {
     match buffer.iter().position(|&byte| byte == 0) {
         Some(end) => Ok(String::from_utf8_lossy(&buffer[..end]).into_owned()),
@@ -46,7 +46,8 @@ fn text_in(buffer: Vec<u8>, if_cut: &str) -> Result<String, Trouble> {
     }
 }
 
-/// The values of each object in `json` whose members are these numbers. A real host has a parser.
+/// The values of each object in `json` that has these numeric members. A real host uses a JSON
+/// parser.
 fn numbers_in<const N: usize>(json: &str, members: [&str; N]) -> Vec<[u32; N]> {
     let number_of = |object: &str, member: &str| {
         let after = object.split_once(&format!("\"{member}\":"))?.1;
@@ -97,7 +98,7 @@ fn configuration([id, width, height]: [u32; 3], address: &str) -> String {
             )
         })
         .collect();
-    // The document's integers are signed; an identifier has the same 32 bits without a sign.
+    // Integers in the document are signed: pass the identifier's 32 bits as a signed integer.
     format!(
         r#"{{"displayID": {}, "mode": 0, "devices": [{{"ip": "{address}", "controlVersion": 2,
            "shapeType": 0, "scaleFactor": 1.0, "panels": [{}]}}]}}"#,
@@ -106,9 +107,9 @@ fn configuration([id, width, height]: [u32; 3], address: &str) -> String {
     )
 }
 
-/// Starting a run replaces the process's handlers of these signals by the library's, which end the
-/// process. They are in place when startMirror() returns; from then on the host has its own again.
-/// What sigaction() fills in is larger than 200 bytes nowhere.
+/// startMirror() replaces the handlers of these signals with the library's, which end the process.
+/// They are in place when it returns, so that is when to restore the host's own handlers. 256 bytes
+/// hold sigaction()'s structure on every system.
 fn start_with_own_signals() -> c_int {
     const SIGBUS: c_int = if cfg!(target_os = "macos") { 10 } else { 7 };
     // SIGINT, SIGABRT, SIGTERM, SIGBUS, SIGFPE, SIGPIPE, SIGSEGV
@@ -126,7 +127,7 @@ fn start_with_own_signals() -> c_int {
     }
 }
 
-/// Mirrors from the start to the drop. There can be one run at a time in a process.
+/// Mirrors from start() until it is dropped. A process can have one run at a time.
 struct Run {
     running: bool,
 }
@@ -134,7 +135,7 @@ struct Run {
 impl Run {
     fn start(document: String) -> Result<Run, Trouble> {
         let text = CString::new(document).map_err(|_| "the configuration has a zero in it")?;
-        // It reads the text and no more.
+        // setMirrorConfig() does not write to the text.
         if unsafe { library::setMirrorConfig(text.as_ptr() as *mut c_char) } != 1 {
             return Err("the configuration was not applied: the screen cannot be captured".into());
         }
@@ -147,7 +148,7 @@ impl Run {
         }
     }
 
-    /// For hosts that want to know of a stop that fails, which the drop cannot tell.
+    /// For hosts that check for a failed stop, which drop() cannot report.
     fn stop(mut self) -> Result<(), Trouble> {
         self.running = false;
         match unsafe { library::stopMirror() } {
@@ -201,7 +202,7 @@ fn show_palette() -> Result<(), Trouble> {
 }
 
 fn mirror(address: &str, seconds: f64) -> Result<(), Trouble> {
-    // The library takes addresses in numbers, and says nothing of others.
+    // The library accepts only numeric addresses and does not report others.
     if address.parse::<IpAddr>().is_err() {
         return Err(format!("not an IPv4 or IPv6 address: {address}"));
     }
