@@ -1,5 +1,6 @@
-# Before project(): the sources need a compiler with blocks, which Debian's default has not. Where
-# nobody has chosen one, clang is taken. A Mac's default is clang already.
+# Included before project(). The sources need a compiler with blocks, which Debian's default
+# compiler lacks. If the user has not chosen a compiler, this chooses clang. macOS uses clang by
+# default.
 if(NOT DEFINED PROJECT_NAME AND NOT CMAKE_HOST_APPLE AND NOT CMAKE_TOOLCHAIN_FILE
    AND NOT CMAKE_C_COMPILER AND NOT CMAKE_CXX_COMPILER AND "$ENV{CMAKE_TOOLCHAIN_FILE}" STREQUAL ""
    AND "$ENV{CC}" STREQUAL "" AND "$ENV{CXX}" STREQUAL "")

@@ -1,5 +1,5 @@
-# What every target here is compiled with. All of it ends with this folder: a project that this one
-# is a part of keeps its own.
+# Compiler settings for every target here. They do not affect a project that includes this
+# one as a subfolder.
 include(CheckCXXCompilerFlag)
 check_cxx_compiler_flag(-fblocks MIRROR_HAS_BLOCKS)
 if(NOT MIRROR_HAS_BLOCKS)
@@ -20,7 +20,7 @@ if(PROJECT_IS_TOP_LEVEL)
     if(NOT CMAKE_BUILD_TYPE AND NOT isMultiConfig)
         set(CMAKE_BUILD_TYPE Release)
     endif()
-    # Unless the user has other wishes than CMake.
+    # Only if the user has not changed CMake's default flags.
     foreach(language C CXX)
         if(CMAKE_${language}_FLAGS_RELEASE STREQUAL "-O3 -DNDEBUG")
             set(CMAKE_${language}_FLAGS_RELEASE "-O2 -g1")
@@ -28,30 +28,30 @@ if(PROJECT_IS_TOP_LEVEL)
     endforeach()
 endif()
 
-# The JSON library's assertions belong to the product, whatever the build type defines.
+# The JSON library's assertions are part of the product in every build type.
 add_compile_options(-UNDEBUG)
-# Panels see exact integers: the compiler may not fuse a multiplication with an addition.
+# Panels must receive exact integers: the compiler may not fuse a multiplication and an addition.
 add_compile_options(-ffp-contract=off -Wall -Wextra -Wshadow)
 add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fblocks>)
-# A table of all pairs of channels is calculated while compiling.
+# A table of all pairs of channels is computed at compile time.
 add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fconstexpr-steps=4000000>)
 include_directories(${PROJECT_SOURCE_DIR})
 
-# Guarded members are held against the locks of a C++ library that tells what they do.
+# Thread-safety analysis needs a C++ library whose locks are annotated.
 if(APPLE)
     add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-Wthread-safety>)
     add_compile_definitions(_LIBCPP_ENABLE_THREAD_SAFETY_ANNOTATIONS)
 endif()
 
 if(MIRROR_SANITIZER)
-    # Hosts in C bring no C++ runtime of the sanitizer, which only these two checks would need.
+    # Only these two checks need the sanitizer's C++ runtime, which hosts in C do not link.
     add_compile_options(-fsanitize=${MIRROR_SANITIZER} -fno-sanitize=vptr,function
                         -fno-sanitize-recover=undefined -fno-omit-frame-pointer -O1 -g1)
     add_compile_options(-fsanitize-ignorelist=${PROJECT_SOURCE_DIR}/tests/sanitizers/ignorelist.txt)
     add_link_options(-fsanitize=${MIRROR_SANITIZER})
 endif()
 
-# Every source tells the fuzzer where its inputs led.
+# Every source reports its coverage to the fuzzer.
 if(MIRROR_FUZZ)
     add_compile_options(-fsanitize=fuzzer-no-link -O2)
 endif()

@@ -1,17 +1,17 @@
-# How tests are handed to ctest, which ends one that hangs, and all that it has started, after two
-# minutes, unless its properties say otherwise.
+# Registers tests with ctest. After two minutes, or the TIMEOUT among a test's properties, ctest
+# ends the test and all processes that it has started.
 include(GoogleTest)
 
-# command_test(NAME COMMAND...): a command becomes one of ctest's tests.
+# command_test(NAME COMMAND...): registers a command as a test.
 function(command_test name)
     add_test(NAME ${name} COMMAND ${ARGN})
     set_tests_properties(${name} PROPERTIES TIMEOUT 120)
 endfunction()
 
-# discover_tests(NAME ARGUMENTS...): every test in a GoogleTest program becomes one of ctest's, with
-# the further arguments of gtest_discover_tests(), PROPERTIES last. They are asked for when ctest
-# runs, which on a busy machine takes more than the five seconds that it has by default. Parameters
-# are known by their names, since their bytes would differ from run to run.
+# discover_tests(NAME ARGUMENTS...): registers every test of a GoogleTest program. ARGUMENTS go to
+# gtest_discover_tests(), PROPERTIES last. The tests are listed when ctest runs, which on a busy
+# machine takes longer than the default limit of five seconds. Parameters appear by name, not by
+# value, since the bytes of a value differ from run to run.
 function(discover_tests name)
     set(arguments ${ARGN})
     if(NOT TIMEOUT IN_LIST arguments)

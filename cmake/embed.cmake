@@ -1,4 +1,4 @@
-# Run as a script: writes a C++ source with the contents of files.
+# Run as a script: writes a C++ source that contains the bytes of files.
 #
 #     cmake -DOUTPUT=FILE -DFOLDER=FOLDER "-DFILES=a.html;b.css" -P embed.cmake
 #

@@ -1,5 +1,5 @@
-# mirror_export(TARGET FILE): makes the linker export just the symbols that FILE lists. The list
-# is the only place that decides; no source carries visibility marks.
+# mirror_export(TARGET FILE): makes the linker export only the symbols that FILE lists. The list
+# alone decides; no source has visibility attributes.
 function(mirror_export target file)
     set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${file})
     file(STRINGS ${file} patterns REGEX "^[A-Za-z_]")

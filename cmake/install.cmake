@@ -1,11 +1,11 @@
-# What `cmake --install` puts where. The tree may be moved afterwards: nothing in it names the place
-# where it was built or installed. Its components are Runtime (what a host loads), Development (what
-# one is built with), Programs and Manual.
+# What `cmake --install` installs, and where. The installed tree can be moved: nothing in it names
+# the folder where it was built or installed. The components are Runtime (needed to run a host),
+# Development (needed to build one), Programs and Manual.
 
 include(CMakePackageConfigHelpers)
 
 if(MIRROR_TOOLS)
-    # One of the two links the library, and finds it by where it stands itself.
+    # Only mirrorctl links the library. It finds the library relative to its own folder.
     set(there ${CMAKE_INSTALL_LIBDIR})
     if(NOT IS_ABSOLUTE ${CMAKE_INSTALL_LIBDIR} AND NOT IS_ABSOLUTE ${CMAKE_INSTALL_BINDIR})
         file(RELATIVE_PATH there /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
@@ -15,7 +15,7 @@ if(MIRROR_TOOLS)
     install(TARGETS mirrorctl panelwall COMPONENT Programs)
     install(FILES docs/man/mirrorctl.1 docs/man/panelwall.1
             DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT Programs)
-    # Debian's zsh looks elsewhere for what packages bring.
+    # Debian's zsh looks for the completions of packages in another folder.
     install(CODE [[
         set(zshFolder site-functions)
         if(CMAKE_INSTALL_PREFIX STREQUAL "/usr" AND EXISTS "/etc/debian_version")
@@ -38,7 +38,7 @@ install(FILES mirror/mirrorInterface.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/m
 install(FILES docs/mirror-config.schema.json
         DESTINATION ${CMAKE_INSTALL_DATADIR}/screenMirrorMac COMPONENT Programs)
 
-# The manual lies as it does in the sources, so that its pages find each other.
+# The manual keeps the source tree's layout, so that links between its pages work.
 install(FILES LICENSE copyright DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT Runtime)
 install(DIRECTORY docs DESTINATION ${CMAKE_INSTALL_DOCDIR} COMPONENT Manual
         FILES_MATCHING PATTERN "*.png" PATTERN "*.svg" PATTERN "*.json" PATTERN man EXCLUDE)
@@ -52,7 +52,7 @@ install(CODE "
     set(DOCDIR [==[${CMAKE_INSTALL_DOCDIR}]==])" COMPONENT Manual)
 install(SCRIPT cmake/installPages.cmake COMPONENT Manual)
 
-# find_package(screenMirrorMac) brings the target screenMirrorMac::screenMirrorMac.
+# find_package(screenMirrorMac) defines the target screenMirrorMac::screenMirrorMac.
 set(packageFolder ${CMAKE_INSTALL_LIBDIR}/cmake/screenMirrorMac)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/screenMirrorMacConfigVersion.cmake
     COMPATIBILITY SameMajorVersion)
@@ -61,7 +61,7 @@ install(EXPORT screenMirrorMac FILE screenMirrorMacConfig.cmake NAMESPACE screen
 install(FILES ${PROJECT_BINARY_DIR}/screenMirrorMacConfigVersion.cmake DESTINATION ${packageFolder}
         COMPONENT Development)
 
-# A folder that is absolute stays so; any other lies below the prefix, wherever that is.
+# Absolute folders are kept; relative ones are below the prefix.
 set(pcLibdir "\${prefix}")
 cmake_path(APPEND pcLibdir ${CMAKE_INSTALL_LIBDIR})
 set(pcIncludedir "\${prefix}")

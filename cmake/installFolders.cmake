@@ -1,6 +1,6 @@
-# The folders that things are installed in, below the prefix.
+# The installation folders, below the prefix.
 #
-# Libraries lie where Debian's own do, whatever the prefix.
+# On Debian, libraries go to the same folder as Debian's own, whatever the prefix.
 if(PROJECT_IS_TOP_LEVEL AND EXISTS /etc/debian_version AND CMAKE_LIBRARY_ARCHITECTURE
    AND NOT CMAKE_CROSSCOMPILING)
     set(CMAKE_INSTALL_LIBDIR lib/${CMAKE_LIBRARY_ARCHITECTURE} CACHE PATH "Libraries")

@@ -1,11 +1,11 @@
-# Run while the manual is installed: its pages, of which links that lead to what is not installed, such
-# as sources, become plain words. From install.cmake come SOURCE, the tree, and DOCDIR.
+# Installs the pages of the manual. Links to files that are not installed, such as sources, become
+# plain text. install.cmake sets SOURCE, the source tree, and DOCDIR.
 file(GLOB pages RELATIVE ${SOURCE} ${SOURCE}/docs/*.md)
 list(APPEND pages CHANGELOG.md README.md)
-# Where the links of a page may lead.
+# Links to these paths are kept.
 set(installed "^(CHANGELOG\\.md|README\\.md|docs(/[a-zA-Z0-9.-]+\\.(md|png|svg|json))?|examples|(docs/modes|examples)/.*)$")
 
-# In a list of CMake's brackets and semicolons have a meaning, so these stand for them.
+# Brackets and semicolons have a meaning in CMake lists, so these characters replace them.
 string(ASCII 1 semicolon)
 string(ASCII 2 opening)
 string(ASCII 3 closing)

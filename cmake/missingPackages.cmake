@@ -1,5 +1,5 @@
-# Before project(), and until a configuration has come to its end: names all of Debian's packages that
-# are missing, where a search that fails would name one file of one of them.
+# Included before project(); runs until one configuration has succeeded. Lists all missing Debian
+# packages; a failed search would name only one file of one package.
 find_program(MIRROR_DPKG_QUERY dpkg-query)
 mark_as_advanced(MIRROR_DPKG_QUERY)
 if(MIRROR_DPKG_QUERY AND NOT DEFINED PROJECT_NAME AND NOT MIRROR_CONFIGURED)

@@ -1,5 +1,5 @@
-# Debian packages of what is installed: `cpack` in the build folder. One holds the library, one what
-# hosts are built with, one the programs and one the manual, as a distribution would part them.
+# Debian packages of the installed files: run `cpack` in the build folder. As in a distribution,
+# there are packages for the library, the development files, the programs and the manual.
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME screen-mirror)
 set(CPACK_PACKAGE_VENDOR "the screen mirror authors")
@@ -13,16 +13,16 @@ if(MIRROR_TOOLS)
     list(APPEND CPACK_COMPONENTS_ALL Programs)
 endif()
 
-# As in cmake/debian/changelog. A distribution's own revisions begin with 1, and are newer.
+# As in cmake/debian/changelog. A distribution's revisions start at 1 and so count as newer.
 set(CPACK_DEBIAN_PACKAGE_VERSION ${PROJECT_VERSION}-0.1)
 set(CPACK_DEB_COMPONENT_INSTALL ON)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
-# Files are compressed, and copyright and changelog put beside them, as Debian's policy wants it.
+# Compresses files and adds the copyright and the changelog, as Debian's policy requires.
 set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/debian/finish.cmake)
 set(CPACK_MIRROR_SOURCE ${PROJECT_SOURCE_DIR})
 set(CPACK_MIRROR_LIBDIR ${CMAKE_INSTALL_LIBDIR})
 
-# debian_package(COMPONENT NAME SECTION SUMMARY DESCRIPTION): sets what describes one.
+# debian_package(COMPONENT NAME SECTION SUMMARY DESCRIPTION): sets the fields of one package.
 macro(debian_package component name section summary description)
     set(CPACK_DEBIAN_${component}_PACKAGE_NAME ${name})
     set(CPACK_DEBIAN_${component}_PACKAGE_SECTION ${section})
@@ -54,14 +54,14 @@ debian_package(MANUAL screen-mirror-doc doc
 panelwall: configurations, modes, datagrams, recordings, performance and
 security; and whole hosts to start from in C, C++, Python and JavaScript.")
 
-# The library tells packages built against it what to depend on, and is made known to the loader.
+# shlibs gives the dependency of packages built against the library; the trigger runs ldconfig.
 file(WRITE ${PROJECT_BINARY_DIR}/debian/shlibs
      "lib${PROJECT_NAME} ${PROJECT_VERSION_MAJOR} ${thisLibrary} (>= ${PROJECT_VERSION})\n")
 file(WRITE ${PROJECT_BINARY_DIR}/debian/triggers "activate-noawait ldconfig\n")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA
     ${PROJECT_BINARY_DIR}/debian/shlibs ${PROJECT_BINARY_DIR}/debian/triggers)
 
-# finish.cmake adds what is loaded.
+# finish.cmake adds the libraries that are loaded.
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${thisLibrary} (= ${CPACK_DEBIAN_PACKAGE_VERSION})")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS screen-mirror-doc)
 set(CPACK_DEBIAN_PROGRAMS_PACKAGE_DEPENDS "${thisLibrary} (= ${CPACK_DEBIAN_PACKAGE_VERSION})")

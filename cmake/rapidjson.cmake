@@ -1,4 +1,4 @@
-# RapidJSON is header-only; as a system include its own warnings stay its own.
+# RapidJSON is header-only; as a system include it causes no warnings here.
 find_path(RAPIDJSON_INCLUDE_DIR rapidjson/document.h REQUIRED)
 add_library(mirrorRapidjson INTERFACE)
 target_include_directories(mirrorRapidjson SYSTEM INTERFACE ${RAPIDJSON_INCLUDE_DIR})

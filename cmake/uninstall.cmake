@@ -1,5 +1,6 @@
-# Run as a script by the target "uninstall": removes what `cmake --install` last installed from the
-# build folder BUILD, below $DESTDIR if that is set, and the folders of our own that are then empty.
+# Run as a script by the target "uninstall": removes the files that `cmake --install` last
+# installed from the build folder BUILD, below $DESTDIR if it is set, and the project's own folders
+# that are then empty.
 file(GLOB manifests ${BUILD}/install_manifest*.txt)
 if(NOT manifests)
     message(FATAL_ERROR "Nothing has been installed from ${BUILD}: it has no install_manifest.txt.")
@@ -19,7 +20,7 @@ foreach(manifest IN LISTS manifests)
     file(REMOVE ${manifest})
 endforeach()
 
-# Inner folders before those around them, and only ours: others may be there for other programs.
+# Inner folders first, and only this project's: other programs may use the others.
 while(folders)
     list(REMOVE_DUPLICATES folders)
     list(SORT folders ORDER DESCENDING)

@@ -1,12 +1,12 @@
-# Run by cpack on the files of the Debian packages, before these are made of them: what Debian's policy
-# wants and other installations do not need.
+# Run by cpack on the files of the Debian packages before it builds the packages: does what Debian's
+# policy requires and other installations do not need.
 foreach(component IN LISTS CPACK_COMPONENTS_ALL)
     string(TOUPPER ${component} upper)
     set(package ${CPACK_DEBIAN_${upper}_PACKAGE_NAME})
     set(root ${CPACK_TEMPORARY_INSTALL_DIRECTORY}/${component}/usr)
     set(doc ${root}/share/doc/${package})
 
-    # Each package has a copyright file of its own, which names all licences.
+    # Each package has its own copyright file, which names all licences.
     file(REMOVE ${root}/share/doc/screen-mirror/LICENSE ${root}/share/doc/screen-mirror/copyright)
     if(NOT component STREQUAL Manual)
         file(GLOB left ${root}/share/doc/screen-mirror/*)
@@ -25,14 +25,14 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
     execute_process(COMMAND gzip -9n ${manuals} ${doc}/changelog ${doc}/changelog.Debian
                     COMMAND_ERROR_IS_FATAL ANY)
 
-    # The loader knows the library's place.
+    # The dynamic linker finds the library without a run-time path.
     file(GLOB programs ${root}/bin/*)
     foreach(program IN LISTS programs)
         file(RPATH_REMOVE FILE ${program})
     endforeach()
 
-    # What programs and the library load, as Debian's packages name it. CPack's own search would come
-    # with scripts that call ldconfig, where Debian has a trigger.
+    # The Debian packages of the libraries that the programs and the library load. CPack's own
+    # search would add scripts that call ldconfig, for which Debian uses a trigger.
     file(GLOB libraries ${root}/${CPACK_MIRROR_LIBDIR}/*.so.*.*)
     if(programs OR libraries)
         set(work ${CPACK_TEMPORARY_DIRECTORY}/../shlibdeps)
