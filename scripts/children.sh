@@ -1,7 +1,7 @@
 # shellcheck shell=sh
-# Sourced: ends with a script what that script has started, however it ends. In $started are the
-# processes that are asked to, in $players those that are killed: a player that is asked while it
-# draws, or that loses its screen, may hang.
+# Sourced: ends the child processes of a script when the script ends for any reason. Processes in
+# $started are sent SIGTERM. Those in $players are killed first: a player that receives SIGTERM
+# while it draws, or that loses its screen, may hang.
 started=
 players=
 cleanup() {

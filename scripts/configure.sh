@@ -1,8 +1,8 @@
 # shellcheck shell=sh
 # Sourced by the other scripts.
 
-# configure FOLDER ARGUMENTS...: has CMake configure a build folder. One that was copied or moved here
-# with the tree is for the place that it comes from, and is refused.
+# configure FOLDER ARGUMENTS...: configures a build folder with CMake. Refuses a build folder that
+# was copied or moved with the tree, since it still names its old place.
 configure() {
     configured=$1
     shift

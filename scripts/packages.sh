@@ -5,7 +5,7 @@ build_packages="build-essential clang llvm libclang-rt-14-dev cmake ninja-build 
     libcmark-dev libbenchmark-dev libxcb1-dev libxcb-randr0-dev libxcb-shm0-dev libxcb-damage0-dev
     libxcb-xfixes0-dev"
 screen_packages="xvfb x11-utils x11-xserver-utils"
-# server_packages: prints those of the X server that MIRROR_TEST_SERVER names for tests.
+# server_packages: prints the packages of the tests' X server, which MIRROR_TEST_SERVER names.
 server_packages() {
     case ${MIRROR_TEST_SERVER:-xvfb} in
     xvfb) ;;
@@ -17,7 +17,7 @@ server_packages() {
         ;;
     esac
 }
-# A Wayland session with an X server in it, and keys for X servers.
+# A Wayland session with an X server in it, and authorisation for X servers.
 session_packages="cage xwayland xauth"
 manual_packages="mandoc zsh doxygen"
 format_packages="clang-format-14 git"
@@ -25,21 +25,21 @@ fault_packages="iproute2 locales"
 analysis_packages="clang-tidy-14 cppcheck"
 valgrind_packages="valgrind"
 demo_packages="ffmpeg"
-# For the example hosts. One in JavaScript runs on the page's Node.js.
+# For the example hosts. The JavaScript host uses the Node.js of page_packages.
 host_packages="python3"
 # For the tests of our own Debian packages.
 packaging_packages="lintian"
-# For the example hosts in other compiled languages; what is there already need not be Debian's.
+# For the example hosts in other compiled languages. Installed compilers need not be Debian's.
 language_packages="libjna-java"
 command -v go >/dev/null || language_packages="$language_packages golang-go"
 command -v rustc >/dev/null || language_packages="$language_packages rustc"
 command -v javac >/dev/null || language_packages="$language_packages default-jdk-headless"
-# For the live page's tests. A Node.js that is not Debian's brings its own npm.
+# For the live page's tests. A Node.js that is not Debian's includes npm.
 page_packages="chromium"
 command -v npm >/dev/null || page_packages="$page_packages npm"
 macos_packages="clang-19 lld-19 llvm-19 googletest python3"
 
-# missing PACKAGE...: prints those that are not installed.
+# missing PACKAGE...: prints the packages that are not installed.
 missing() {
     for package in "$@"; do
         case $(dpkg-query -W -f='${Status}' "$package" 2>/dev/null) in
@@ -49,7 +49,7 @@ missing() {
     done
 }
 
-# need PACKAGE...: installs those that are missing, without asking anything but sudo's password.
+# need PACKAGE...: installs missing packages; the only prompt is for sudo's password.
 updated=
 need() {
     wanted=$(missing "$@")
@@ -59,7 +59,7 @@ need() {
     echo "Installing:$wanted"
     [ -n "$updated" ] || $as_root env DEBIAN_FRONTEND=noninteractive apt-get update -qq
     updated=yes
-    # Another script may be installing at the moment.
+    # Waits if another script is installing packages.
     # shellcheck disable=SC2086
     $as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends \
         -o DPkg::Lock::Timeout=300 $wanted >/dev/null

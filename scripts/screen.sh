@@ -1,8 +1,8 @@
 # shellcheck shell=sh
 # Sourced after packages.sh and children.sh.
 
-# screen WIDTH HEIGHT FOLDER: a virtual screen, which becomes $DISPLAY and ends with the script. The
-# server is the one that MIRROR_TEST_SERVER names, as for tests; what it writes goes to FOLDER.
+# screen WIDTH HEIGHT FOLDER: starts a virtual screen, sets $DISPLAY to it, and ends it with the
+# script. MIRROR_TEST_SERVER names the server, as for tests; its output goes to FOLDER.
 screen() {
     server=$(server_packages)
     # shellcheck disable=SC2086
