@@ -1,4 +1,4 @@
-// The least that a capture has to do: reads the whole screen into shared memory.
+// The minimum work of a capture: reads the whole screen into shared memory.
 #pragma once
 
 #include "bench/scene.h"
@@ -12,10 +12,10 @@
 
 namespace bench {
 
-// Nothing here is given back: the process ends with it.
+// Releases nothing: lives until the process ends.
 class BareScreen {
 public:
-    // Of the server that DISPLAY names.
+    // Connects to the server that DISPLAY names.
     explicit BareScreen(const ScreenSize &size)
         : size(size), connection(xcb_connect(nullptr, nullptr)),
           root(xcb_setup_roots_iterator(xcb_get_setup(connection)).data->root),

@@ -1,5 +1,5 @@
-// What watching the screen costs, ours against others: processor time of the program and what it
-// adds to the X server's, at the same frame rate.
+// Measures the cost of watching the screen with this library and with other programs: the processor
+// time of the program and the time it adds to the X server's, at the same frame rate.
 //
 //     capture [ROUNDS [SECONDS]]
 #include "bench/bareScreen.h"

@@ -1,5 +1,5 @@
-// What the colour analysis of the whole screen costs: dominant colour and palette against reading
-// the same pixels where they lie, from a frame that another processor has just written.
+// Measures the colour analysis of the whole screen: dominant colour and palette, compared with only
+// reading the same pixels in place, from a frame that another processor has just written.
 #include "bench/measure.h"
 #include "bench/otherCore.h"
 #include "bench/scene.h"

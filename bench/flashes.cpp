@@ -1,8 +1,7 @@
-// How often a whole wall flashes, in each mode with the library's own delays, when the screen
-// alternates black and white: what arrives at a light, at most within a second.
+// Counts how often a whole wall flashes in each mode, with the library's own delays, when the
+// screen alternates between black and white: the most flashes that reach a light within a second.
 //
-//     flashes [SECONDS]    of each rate, in each mode; four times as many in palette mode, which is
-//     slow
+//     flashes [SECONDS]    per rate and mode; four times as long in palette mode, which is slow
 #include "bench/measure.h"
 #include "bench/scene.h"
 #include "mirror/mirrorInterface.h"
@@ -30,7 +29,7 @@ struct Flashes {
     double panel = 0; // of the panel that flashed most
 };
 
-// What a light shows, panel by panel. A datagram need not speak of all of them.
+// What a light shows, panel by panel. A datagram may contain only some of the panels.
 class Meters {
 public:
     void note(const test::Datagram &datagram) {
@@ -57,7 +56,7 @@ private:
     std::array<double, panels> shown{};
 };
 
-// Draws black and white in turns, as long as it lives.
+// Draws black and white in turns until it is destroyed.
 class Flasher {
 public:
     Flasher(test::VirtualScreen &screen, double flashesPerSecond)

@@ -1,5 +1,5 @@
-// Counts the frames that the library takes: a program that links this has its IOSurfaceLock() in
-// front of the platform's (a linker option), and the library locks each frame once.
+// Counts the frames that the library takes. A linker option puts this IOSurfaceLock() in front of
+// the platform's, and the library locks each frame once.
 #pragma once
 
 #include <atomic>

@@ -1,5 +1,5 @@
-// What taking over a frame costs: the handler of the display stream against a bare copy of the
-// same frame to the same place (another place may lie better or worse in memory).
+// Measures the cost of taking a frame: the display stream's handler, compared with a plain copy of
+// the same frame to the same buffer (another buffer could lie better or worse in memory).
 #include "bench/measure.h"
 #include "bench/otherCore.h"
 #include "bench/scene.h"

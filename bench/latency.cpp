@@ -1,6 +1,6 @@
-// How long a change of the screen takes to reach a light, as a distribution, in match mode with the
-// library's own settings; beside it what its two fixed delays alone dictate, and what they dictate
-// together with a bare read and copy of the frame.
+// Measures how long a change of the screen takes to reach a light, as a distribution, in match mode
+// with the library's own settings. Compares it with the latency that the two fixed delays alone
+// cause, and with the delays plus a plain read and copy of the frame.
 //
 //     latency [DRAWS]
 #include "bench/bareScreen.h"
@@ -35,7 +35,7 @@ struct Arrival {
     int number; // of the drawing whose colour it carries
 };
 
-// Colours that tell which drawing they are of.
+// The colour encodes the number of the drawing.
 std::uint32_t colourOf(int number) {
     return static_cast<std::uint32_t>(number) << 8 | 0x4d;
 }
@@ -82,7 +82,8 @@ Recording record(const bench::ScreenSize &size, int draws, double leastGap, doub
     return recording;
 }
 
-// From each drawing to the first datagram that shows it, or a later one; endless if none did.
+// The time from each drawing to the first datagram that shows it or a later drawing; infinite if
+// there is none.
 std::vector<double> measured(const Recording &recording) {
     std::vector<double> latencies;
     std::size_t a = 0;
@@ -97,9 +98,9 @@ std::vector<double> measured(const Recording &recording) {
     return latencies;
 }
 
-// The same drawings and the same datagrams, if a frame took `road` to be there and nothing else
-// took any time: it is taken at once, but no sooner than the minimum frame time after the last one,
-// and the next datagram shows it.
+// The latencies of the same drawings and datagrams if a frame took `road` to arrive and nothing
+// else took any time: a frame is taken at once, but no sooner than the minimum frame time after the
+// last one, and the next datagram shows it.
 std::vector<double> dictated(const Recording &recording, Clock::duration road) {
     const auto frameTime = std::chrono::duration_cast<Clock::duration>(
         std::chrono::duration<double>(mirrorManager.minimumFrameTime));
@@ -107,7 +108,7 @@ std::vector<double> dictated(const Recording &recording, Clock::duration road) {
     Clock::time_point lastFrame{};
     std::size_t a = 0;
     for (const Clock::time_point drawn : recording.drawn) {
-        if (drawn > lastFrame) // else the frame that is still to come shows this one as well
+        if (drawn > lastFrame) // else the pending frame shows this drawing too
             lastFrame = std::max(drawn, lastFrame + frameTime);
         while (a < recording.arrivals.size() && recording.arrivals[a].time < lastFrame + road)
             ++a;
@@ -118,7 +119,7 @@ std::vector<double> dictated(const Recording &recording, Clock::duration road) {
     return latencies;
 }
 
-// Drawing by drawing.
+// For each drawing.
 std::vector<double> differences(const std::vector<double> &a, const std::vector<double> &b) {
     std::vector<double> result;
     for (std::size_t i = 0; i < a.size(); ++i)
@@ -126,7 +127,7 @@ std::vector<double> differences(const std::vector<double> &a, const std::vector<
     return result;
 }
 
-// One bare read and copy of a screen that was just drawn on, median.
+// The median time of a plain read and copy of a screen that was just drawn on.
 Clock::duration bareRoad(const bench::ScreenSize &size) {
     test::VirtualScreen screen(size.width, size.height);
     screen.use();

@@ -1,5 +1,5 @@
-// What a frame of match mode costs: one cycle of the mode against reading the same pixels and
-// sending the same datagrams with bare system calls.
+// Measures a frame of match mode: one cycle of the mode, compared with reading the same pixels and
+// sending the same datagrams with plain system calls.
 #include "bench/modeCycles.h"
 #include "bench/otherCore.h"
 #include "mirror/screenMirrorMac.h"

@@ -1,4 +1,4 @@
-// What the benchmarks share: clocks, pace, medians, and results that the compiler may not drop.
+// Shared by the benchmarks: clocks, pace, medians, and results that the compiler must not discard.
 #pragma once
 
 #include <algorithm>
@@ -13,7 +13,7 @@ namespace bench {
 
 using Clock = std::chrono::steady_clock;
 
-// Makes the compiler believe that somebody reads `value`, and all memory that it leads to.
+// Makes the compiler assume that `value`, and all memory reachable from it, is read.
 template <class Value> void escape(const Value &value) {
     asm volatile("" : : "r"(&value) : "memory");
 }
@@ -34,8 +34,8 @@ inline double median(const std::vector<double> &values) {
     return quantile(values, 0.5);
 }
 
-// Sleeps with nothing but the system call, so that a benchmark can put itself in the place of the
-// sleep of what it measures.
+// Sleeps with the system call only, so that a benchmark can replace nanosleep() in the code that it
+// measures.
 inline void sleepUntil(Clock::time_point time) {
     const auto sinceEpoch =
         std::chrono::duration_cast<std::chrono::nanoseconds>(time.time_since_epoch()).count();
@@ -44,7 +44,7 @@ inline void sleepUntil(Clock::time_point time) {
     }
 }
 
-// Moments at an even distance from each other.
+// Waits for equally spaced points in time.
 class Pace {
 public:
     explicit Pace(Clock::duration period) : period(period) {}
@@ -59,7 +59,7 @@ private:
     Clock::time_point next = Clock::now();
 };
 
-// Processor time that a process has used so far, in seconds; 0: this one.
+// The processor time that a process has used so far, in seconds; process 0 is this one.
 inline double processorSeconds(pid_t process) {
     clockid_t clock = CLOCK_PROCESS_CPUTIME_ID;
     timespec time{};

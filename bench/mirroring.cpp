@@ -1,6 +1,6 @@
-// What a second of mirroring a moving 1080p screen costs in each mode, against its bare parts:
-// reading the screen, copying the frame, reading the sample pixels, sending as many datagrams.
-// Ten panels on one device; processor time of the program and what it adds to the X server's.
+// Measures a second of mirroring a moving 1080p screen in each mode, compared with its bare parts:
+// reading the screen, copying the frame, reading the sample pixels, sending as many datagrams. Uses
+// ten panels on one device; counts the program's processor time and what it adds to the X server's.
 //
 //     mirroring [ROUNDS [SECONDS]]
 #include "bench/bareScreen.h"
@@ -37,8 +37,8 @@ void mirror(int mode, std::atomic<long> &frames) {
     startMirror();
 }
 
-// The same parts at the same pace, on two threads as in the library. The devices and the sample
-// pixels are the library's.
+// Does only the necessary work, at the same pace and on two threads as in the library. Uses the
+// library's devices and sample pixels.
 void bareParts(int mode, std::chrono::milliseconds delay, std::atomic<long> &frames) {
     configure(mode);
     mirrorManager.setScreenSamplePixels();

@@ -15,7 +15,7 @@ std::function<void()> betweenCycles;
 
 } // namespace
 
-// In the place of the system's nanosleep() (a linker option says so).
+// Replaces the system's nanosleep() through a linker option.
 extern "C" int __wrap_nanosleep(const timespec *, timespec *) {
     betweenCycles();
     return 0;

@@ -1,6 +1,6 @@
-// Runs a mirror mode as the run loop does, over the stand-in platform, and stops the time of single
-// cycles: the program's nanosleep() is this benchmark's, so that it has the floor between the
-// mode's cycles instead of the mode's sleep.
+// Runs a mirror mode as the run loop does, over the stand-in platform, and times single cycles. The
+// benchmark replaces nanosleep(), so that its own code runs between the mode's cycles instead of
+// the mode's sleep.
 #pragma once
 
 #include "bench/measure.h"
@@ -15,8 +15,8 @@ namespace bench {
 using Datagram = std::vector<char>;
 using Datagrams = std::vector<Datagram>;
 
-// The far end of all devices: keeps what a cycle sent, and can send the same once more, bare, from
-// a socket a device, as the mode does.
+// The receiver for all devices: stores the datagrams of a cycle and can send them again with plain
+// system calls, from one socket per device, as the mode does.
 class Loopback {
 public:
     explicit Loopback(int devices);
@@ -39,9 +39,9 @@ struct CycleTask {
     int panels = 1;
     int devices = 1;
     int cycles = 1;
-    // Before each cycle and before each floor: puts the picture of the cycle into the frame buffer.
+    // Called before each cycle and each floor: writes the cycle's picture to the frame buffer.
     std::function<void(int cycle)> prepare;
-    // The least that leads to the same datagrams: what no mode can do without, and bare sends.
+    // The minimum work for the same datagrams: what every mode must do, and plain sends.
     std::function<void(Loopback &loopback, const Datagrams &sent)> floor;
 };
 

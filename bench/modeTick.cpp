@@ -1,7 +1,7 @@
-// What a tick of melt, fade and palette mode costs: one cycle of the mode against the analysis of
-// the screen alone, the random numbers that the mode draws, and the same datagrams sent with bare
-// system calls. 1000 panels on 100 devices; before each tick another processor writes a picture of
-// another colour.
+// Measures a tick of melt, fade and palette mode: one cycle of the mode, compared with the analysis
+// of the screen, the mode's random numbers, and the same datagrams sent with plain system calls.
+// Uses 1000 panels on 100 devices; before each tick another processor writes a picture of another
+// colour.
 #include "bench/modeCycles.h"
 #include "bench/otherCore.h"
 #include "colour/dominantColour.h"

@@ -1,5 +1,5 @@
 // A thread on the second processor that rewrites a frame, as a capture does while the mirroring
-// thread works on the first: the pixels are then in the other processor's cache.
+// thread runs on the first processor. The pixels are then in the other processor's cache.
 #pragma once
 
 #include "bench/measure.h"
@@ -13,7 +13,7 @@ namespace bench {
 
 class OtherCore {
 public:
-    // The calling thread stays on the first processor from now on.
+    // Pins the calling thread to the first processor.
     OtherCore() : thread([this] { run(); }) { stayOn(0); }
     ~OtherCore() {
         post(nullptr, nullptr, 0);

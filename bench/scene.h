@@ -1,4 +1,4 @@
-// What is mirrored in the benchmarks: screen sizes, pictures and configuration documents.
+// Test data for the benchmarks: screen sizes, pictures and configuration documents.
 #pragma once
 
 #include <cstdint>
@@ -20,13 +20,13 @@ constexpr ScreenSize screenSizes[] = {{"1080p", 1920, 1080}, {"4K", 3840, 2160}}
 
 enum class Content {
     Smooth, // a gradient through hues and lightnesses, as films and desktops mostly are
-    Noise,  // every pixel a random colour: nothing that a processor could guess
+    Noise,  // every pixel a random colour, which a processor cannot predict
 };
 
 // The same seed gives the same picture.
 std::vector<std::uint32_t> picture(const ScreenSize &size, Content content, std::uint32_t seed);
 
-// A configuration document: `panelCount` panels evenly over the screen, shared out over
+// A configuration document: `panelCount` panels spread evenly over the screen and divided among
 // `deviceCount` devices at `ip`.
 std::string configuration(std::uint32_t displayID, const ScreenSize &size, int mode, int panelCount,
                           int deviceCount, const char *ip = "127.0.0.1");

@@ -16,13 +16,13 @@ namespace bench {
 
 namespace {
 
-// Starting up is not measured.
+// Time to start up, which is not measured.
 constexpr auto settling = std::chrono::milliseconds(1200);
 
 constexpr Clock::duration framePeriod = std::chrono::duration_cast<Clock::duration>(
     std::chrono::duration<double>(1.0 / framesPerSecond));
 
-// A counter that parent and child both see.
+// A counter shared by parent and child.
 std::atomic<long> &sharedCounter() {
     static auto *counter = new (mmap(nullptr, sizeof(std::atomic<long>), PROT_READ | PROT_WRITE,
                                      MAP_SHARED | MAP_ANONYMOUS, -1, 0)) std::atomic<long>;
@@ -35,7 +35,8 @@ int childOutput() {
     return file;
 }
 
-// The number in the last line "frame=...", or what work has counted.
+// The number in the last line "frame=..." of the output, or the shared counter if there is no
+// output.
 long framesSoFar() {
     char tail[1024] = {};
     const off_t end = lseek(childOutput(), 0, SEEK_END);
@@ -47,7 +48,7 @@ long framesSoFar() {
     return line == std::string::npos ? 0 : std::atol(text.c_str() + line + 6);
 }
 
-// Called before this process has any other thread.
+// To be called before this process starts another thread.
 pid_t start(const Watcher &watcher, const test::VirtualScreen &screen) {
     const pid_t child = fork();
     if (child != 0)
@@ -114,7 +115,7 @@ Load measureLoad(test::VirtualScreen &screen, Motion motion, const Watcher &watc
         load.frames = static_cast<double>(framesSoFar() - frames) / passed;
     }
     if (anybody) {
-        // A watcher that has ended is no cheap watcher.
+        // A watcher that has ended would look cheap.
         if (waitpid(child, nullptr, WNOHANG) != 0)
             throw std::runtime_error(watcher.name + " ended by itself");
         kill(child, SIGKILL);

@@ -1,5 +1,5 @@
-// How much processor time a program takes that looks at a screen: its own, and what it adds to the
-// X server's. The screen is a virtual one on which this process draws.
+// Measures the processor time of a program that watches a screen: its own, and what it adds to the
+// X server's. The screen is virtual, and this process draws on it.
 #pragma once
 
 #include "tests/support/virtualScreen.h"
@@ -17,11 +17,11 @@ constexpr int framesPerSecond = 33;
 
 enum class Motion {
     Still,
-    Part,  // a square of 64 pixels that wanders
+    Part,  // a moving square of 64 x 64 pixels
     Whole, // every pixel, every time
 };
 
-// Draws 33 times a second, on a thread of its own, as long as it lives.
+// Draws 33 times a second on its own thread until it is destroyed.
 class Painter {
 public:
     Painter(test::VirtualScreen &screen, Motion motion);
@@ -34,26 +34,28 @@ private:
     std::thread thread;
 };
 
-// Somebody who looks at the screen: work in a child process, or a program. Neither: nobody.
+// Watches the screen: `work` in a child process, or a program. If both are empty, there is no
+// watcher.
 struct Watcher {
     std::string name;
-    // Runs in the child, with DISPLAY set, until the child is ended. Counts its frames.
+    // Runs in the child, with DISPLAY set, until the child is killed. Counts its frames.
     std::function<void(std::atomic<long> &frames)> work;
-    // Lines such as "frame=12" on its standard output count its frames.
+    // May report its frames on standard output, in lines such as "frame=12".
     std::vector<std::string> command;
 };
 
 struct Load {
     double own = 0;    // processor time in seconds per second
-    double server = 0; // the same, with the drawing in it
+    double server = 0; // the same for the X server, including the drawing
     double frames = 0; // per second; 0 when the watcher does not count
 };
 
 Load measureLoad(test::VirtualScreen &screen, Motion motion, const Watcher &watcher,
                  double seconds);
 
-// The total load of each watcher with the drawing taken off, in seconds per second, median of
-// `rounds`; all watchers take turns. And their frames per second; the drawing's when not counted.
+// The total load of each watcher without the drawing, in seconds per second, and its frames per
+// second, or the drawing's if it does not count them. Medians of `rounds`, in which the watchers
+// take turns.
 struct NetLoad {
     double total = 0;
     double frames = 0;

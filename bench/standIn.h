@@ -1,5 +1,5 @@
-// A system without a screen below the manager: one display of a chosen size, whose frames the
-// benchmark delivers itself. The calls do nothing that would show in a measurement.
+// A platform without a screen: one display of a chosen size, for which the benchmark delivers the
+// frames. Its calls do almost nothing, so they do not affect the measurements.
 #pragma once
 
 #include <cstddef>
@@ -8,7 +8,7 @@ namespace bench {
 
 constexpr int standInDisplay = 1;
 
-// For the next configuration.
+// Applies to the next configuration.
 void setStandInSize(std::size_t width, std::size_t height);
 
 // Calls the handler of the stream made last, on this thread, with a complete frame.

@@ -1,4 +1,4 @@
-// How long many intervals were.
+// A histogram of interval lengths.
 #pragma once
 
 #include <algorithm>
@@ -7,8 +7,8 @@
 
 namespace load {
 
-// Quantiles are exact to ten microseconds, for intervals of less than ten seconds; least and most
-// are exact.
+// Quantiles are accurate to ten microseconds, for intervals shorter than ten seconds. Minimum and
+// maximum are exact.
 class Histogram {
 public:
     void add(std::int64_t nanoseconds) {

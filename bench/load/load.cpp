@@ -1,5 +1,6 @@
-// The library under load: many devices on a large moving screen, everything that it tries to send
-// looked for at the receiving end. Ends with 1 when anything is missing, went back or grew.
+// Tests the library under load: many devices on a large moving screen. Checks at the receiving end
+// every datagram that the library tries to send. Exits with 1 if a datagram is missing, a panel
+// goes back to an earlier drawing, or memory or descriptors grow.
 #include "bench/load/run.h"
 
 #include <CLI/CLI.hpp>
@@ -86,7 +87,7 @@ static int run(const Plan &plan) {
                 plan.devices, plan.panels, plan.width, plan.height, plan.frameDelay,
                 machineLoad().c_str());
     std::fflush(stdout);
-    // A socket a device, and room for the rest.
+    // Allows one socket per device, and the other descriptors.
     rlimit limit{};
     getrlimit(RLIMIT_NOFILE, &limit);
     limit.rlim_cur = limit.rlim_max;

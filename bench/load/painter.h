@@ -1,4 +1,4 @@
-// Draws the whole screen in one step's colour after the other.
+// Fills the whole screen with the colour of one step after the other.
 #pragma once
 
 #include "bench/load/stepColour.h"
@@ -12,7 +12,7 @@ namespace load {
 
 class Painter {
 public:
-    // The screen shows step 0 already; nobody else draws on it meanwhile.
+    // The screen must show step 0 already, and nothing else may draw on it meanwhile.
     Painter(test::VirtualScreen &screen, double drawTime)
         : thread([this, &screen, drawTime] {
               while (!done) {
@@ -27,7 +27,7 @@ public:
     Painter(const Painter &) = delete;
     Painter &operator=(const Painter &) = delete;
 
-    // The last step; it stays on the screen.
+    // Returns the last step, which stays on the screen.
     std::int64_t stop() {
         done = true;
         if (thread.joinable())
@@ -37,7 +37,7 @@ public:
 
 private:
     std::atomic<bool> done = false;
-    std::int64_t step = 0; // the thread's, until it has ended
+    std::int64_t step = 0; // belongs to the thread until it has ended
     std::thread thread;
 };
 

@@ -1,4 +1,4 @@
-// What another process holds at a moment.
+// The memory and descriptors of another process at one moment.
 #pragma once
 
 #include <filesystem>
@@ -13,7 +13,7 @@ struct ProcessSample {
     long descriptors = 0;
 };
 
-// Zeroes for a process that is gone.
+// Zeros for a process that has ended.
 inline ProcessSample sampleOf(pid_t process) {
     const std::filesystem::path folder = "/proc/" + std::to_string(process);
     ProcessSample sample;

@@ -13,7 +13,7 @@
 
 namespace load {
 
-// So that the kernel need not drop anything while this thread has to wait for a processor.
+// Large enough that the kernel drops nothing while this thread waits for a processor.
 static constexpr int queueBytes = 4 << 20;
 
 static int listenAt(const std::string &ip) {

@@ -1,4 +1,4 @@
-// The devices of a wall under load: a socket each, and what all of them received.
+// The devices of a wall under load, one socket each, and what they have received.
 //
 // One thread uses it at a time.
 #pragma once
@@ -18,12 +18,12 @@ struct Receiver {
     int fd = -1;
     std::uint64_t received = 0;
     std::uint64_t chain = 0;
-    std::int64_t arrival = 0;        // of the last datagram, nanoseconds, by the kernel's clock
+    std::int64_t arrival = 0;        // of the last datagram, in nanoseconds of the kernel's clock
     std::vector<std::int64_t> steps; // the last of each panel
 };
 
-// How many of the frames, each a datagram for every device, showed one step of the screen, two, or
-// more: a frame is replaced while a mode reads it.
+// The number of frames (a datagram for every device) that show one step of the screen, two, or
+// more. A frame can show several, since it may be replaced while a mode reads it.
 struct FrameCounts {
     std::uint64_t whole = 0;
     std::uint64_t ofTwo = 0;
@@ -38,22 +38,22 @@ public:
     Receivers(const Receivers &) = delete;
     Receivers &operator=(const Receivers &) = delete;
 
-    // Begins anew, with nothing received.
+    // Starts again with nothing received.
     void forget();
 
-    // Takes in what has come; waits for `patience` at most when that is nothing.
+    // Receives all pending datagrams; if there are none, waits for `patience` at most.
     void receive(std::chrono::milliseconds patience);
 
-    // Intervals are kept from here on.
+    // Starts to record intervals.
     void keepIntervals();
 
-    // How many datagrams the device that received least has received.
+    // The number of datagrams at the device that has received the fewest.
     std::uint64_t frames() const;
 
-    // Whether every panel's last colour was that of this step.
+    // Whether every panel's last colour is that of this step.
     bool allShow(std::int64_t step) const;
 
-    // What the kernel threw away, as it tells itself.
+    // The number of datagrams that the kernel reports as dropped.
     std::uint64_t dropped(int device) const;
 
     const std::vector<Receiver> &all() const { return receivers; }
@@ -61,7 +61,7 @@ public:
     const FrameCounts &frameCounts() const { return counts; }
     std::uint64_t mixtures() const { return mixed; }
 
-    // What was wrong with the first datagram that did not read, or went back; empty: none was.
+    // The fault of the first datagram that is malformed or goes back; empty if there is none.
     const std::string &fault() const { return firstFault; }
 
 private:

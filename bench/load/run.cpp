@@ -10,17 +10,17 @@ namespace load {
 
 using bench::Clock;
 
-// The longest that anything may take that is waited for.
+// The limit for every wait.
 static constexpr std::chrono::seconds patience{30};
 
-// Some are always in use for other things.
+// Memory use can vary by this much without a leak.
 static constexpr long mostGrowthKiB = 1024;
 
 static double since(Clock::time_point begin) {
     return std::chrono::duration<double>(Clock::now() - begin).count();
 }
 
-// Hears until `done`; false when that took too long or the sender had something to say.
+// Receives until `done`. Returns false if that takes too long or the sender prints anything first.
 template <class Done> static bool receiveUntil(Receivers &receivers, Sender &sender, Done done) {
     const auto deadline = Clock::now() + patience;
     auto nextLook = Clock::now();
@@ -40,7 +40,7 @@ static std::uint64_t framesTried(const Sending &sending) {
     return sending.to[sending.devices - 1].tried;
 }
 
-// A line for each different one that the sender has written, with its number.
+// Adds a fault for each distinct line that the sender has printed, with its count.
 static void tellOutput(const Sender &sender, Result &result) {
     std::istringstream text(sender.output());
     std::map<std::string, int> lines;
@@ -50,7 +50,7 @@ static void tellOutput(const Sender &sender, Result &result) {
         result.faults.push_back("it wrote \"" + line + "\", " + std::to_string(count) + " times");
 }
 
-// Every datagram that was tried is accounted for, and what came is what was sent, in its order.
+// Checks that every attempted datagram is accounted for, and that all arrived unchanged in order.
 static void compare(const Sending &sending, const Receivers &receivers,
                     const std::vector<std::uint64_t> &droppedBefore, Result &result) {
     const auto fault = [&](int device, const std::string &text) {
@@ -100,7 +100,7 @@ static void checkSamples(Result &result) {
         }
 }
 
-// Watches a sender that has begun, for so long or so many frames.
+// Watches a running sender for `seconds` or for the plan's number of frames.
 static void watch(const Plan &plan, double seconds, Receivers &receivers, Sending &sending,
                   Sender &sender, pid_t server, Result &result) {
     const auto serverNow = [server] { return server > 0 ? bench::processorSeconds(server) : 0.0; };
@@ -130,7 +130,7 @@ static void watch(const Plan &plan, double seconds, Receivers &receivers, Sendin
     result.cost.server = (serverNow() - serverTime) * perFrame;
 }
 
-// Ends the sender and receives what it has still sent.
+// Ends the sender and receives its remaining datagrams.
 static void finish(Receivers &receivers, Sending &sending, Sender &sender,
                    const std::vector<std::uint64_t> &droppedBefore, Result &result) {
     sender.stop();
@@ -141,7 +141,7 @@ static void finish(Receivers &receivers, Sending &sending, Sender &sender,
         result.faults.push_back("the sender does not end");
     else if (!sender.succeeded())
         result.faults.push_back("the sender failed");
-    // On loopback everything that was sent has come.
+    // On loopback every datagram sent has arrived already.
     for (std::uint64_t before = ~0ull; before != receivers.frames();) {
         before = receivers.frames();
         for (int i = 0; i < 20; ++i)
@@ -174,7 +174,7 @@ Result runLibrary(const Plan &plan, Receivers &receivers, Sending &sending) {
         result.faults.push_back("not every device is sent something");
     } else {
         Painter painter(screen, plan.drawTime);
-        // By now every page that is needed has been touched.
+        // After ten frames, every page of memory that is needed has been touched.
         receiveUntil(receivers, sender, [&] { return receivers.frames() >= 10; });
         watch(plan, plan.seconds, receivers, sending, sender, screen.pid(), result);
         result.drawings = painter.stop();

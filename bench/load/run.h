@@ -13,8 +13,8 @@ namespace load {
 
 struct Cost {
     double process = 0; // microseconds of processor time a frame
-    double thread = 0;  // of that, the thread's that sends
-    double server = 0;  // of the X server, with the drawing in it
+    double thread = 0;  // the sending thread's share of that
+    double server = 0;  // of the X server, including the drawing
 };
 
 struct Result {
@@ -30,13 +30,13 @@ struct Result {
     Histogram intervals;
     std::vector<ProcessSample> samples; // one a second
     Cost cost;
-    std::vector<std::string> faults; // empty: as it must be
+    std::vector<std::string> faults; // must be empty
 };
 
-// Of the library over a screen of its own.
+// Runs the library with a new virtual screen.
 Result runLibrary(const Plan &plan, Receivers &receivers, Sending &sending);
 
-// Of the bare sender, with the datagrams that began a run of the library.
+// Runs the bare sender with the first datagrams of a run of the library, `model`.
 Result runBare(const Plan &plan, Receivers &receivers, const Sending &model,
                std::chrono::nanoseconds period, double seconds);
 

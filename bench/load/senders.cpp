@@ -69,7 +69,7 @@ bool Sender::succeeded() const {
     return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
-// The panels of all devices side by side over the whole screen, each as large as its place.
+// The panels of all devices form a grid over the whole screen; each is as wide as its column.
 static std::string documentFor(const Plan &plan) {
     char displays[65536] = "";
     getDisplays(displays, sizeof displays - 1);

@@ -1,4 +1,4 @@
-// The processes that send: a host of the library, and a bare sender to compare it with.
+// The sending processes: a host of the library, and a bare sender for comparison.
 #pragma once
 
 #include "bench/load/plan.h"
@@ -11,10 +11,10 @@
 
 namespace load {
 
-// A child process with nothing open but its standard streams. Ended with this object at the latest.
+// A child process that inherits only the standard streams. The destructor kills it if needed.
 class Sender {
 public:
-    // `work` returns the exit status. To be made before this process has any other thread.
+    // `work` returns the exit status. Must be created before this process starts another thread.
     Sender(Sending &sending, const Plan &plan, const std::function<int()> &work);
     ~Sender();
     Sender(const Sender &) = delete;
@@ -22,7 +22,7 @@ public:
 
     pid_t pid() const { return child; }
 
-    // What it has written to its standard output so far.
+    // Its standard output so far.
     std::string output() const;
 
     // Asks it to end.
@@ -30,7 +30,7 @@ public:
 
     bool hasEnded();
 
-    // Whether it ended by itself, with success. Once it has ended.
+    // Whether it exited by itself with status 0. Valid once it has ended.
     bool succeeded() const;
 
 private:
@@ -43,7 +43,7 @@ private:
 // Mirrors the screen that DISPLAY names, in match mode, until it is asked to end.
 int mirror(Sending &sending, const Plan &plan);
 
-// Sends the first datagrams of `model` again and again, a frame every `period`.
+// Sends the first datagrams of `model` repeatedly, one frame every `period`.
 int sendBare(Sending &sending, const Sending &model, std::chrono::nanoseconds period);
 
 } // namespace load

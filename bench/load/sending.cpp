@@ -14,7 +14,7 @@ static std::int64_t threadTime() {
     return time.tv_sec * 1'000'000'000 + time.tv_nsec;
 }
 
-// Stands before the C library's own, for the library as well.
+// Replaces the C library's function for the whole process, including the mirroring library.
 extern "C" ssize_t sendto(int fd, const void *bytes, size_t length, int flags,
                           const sockaddr *address, socklen_t addressLength) {
     const ssize_t sent = syscall(SYS_sendto, fd, bytes, length, flags, address, addressLength);

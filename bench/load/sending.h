@@ -1,4 +1,4 @@
-// What a sender under load and those who listen to it keep in common, in memory that both see.
+// State in memory that is shared by a sender under load and its receivers.
 #pragma once
 
 #include <algorithm>
@@ -16,7 +16,7 @@ inline constexpr int mostDevices = 4000;
 inline constexpr int largestDatagram = 4096;
 inline constexpr int port = 60222;
 
-// Each device has an address of its own on loopback.
+// Each device has its own loopback address.
 inline std::string addressOf(int device) {
     return "127.90." + std::to_string(device / 250) + "." + std::to_string(device % 250 + 1);
 }
@@ -25,8 +25,8 @@ inline int deviceAt(in_addr address) {
     return static_cast<int>((number >> 8 & 0xff) * 250 + (number & 0xff)) - 1;
 }
 
-// Datagrams and their order, in one number: what was sent and what came are the same when these
-// are.
+// A checksum of datagrams and their order: equal checksums mean that the datagrams received are
+// those sent, in the same order.
 inline std::uint64_t chain(std::uint64_t before, const void *bytes, std::size_t length) {
     const auto *at = static_cast<const unsigned char *>(bytes);
     std::uint64_t sum = before ^ length;
@@ -48,7 +48,7 @@ struct SentTo {
 
 // All zero at first.
 struct Sending {
-    std::atomic<bool> begun{false}; // by the sender
+    std::atomic<bool> begun{false}; // set by the sender
     std::atomic<bool> stop{false};  // asks the sender to end,
     sem_t stopped;                  // and wakes it
     // Processor time of the thread that sends, in nanoseconds.
@@ -57,10 +57,10 @@ struct Sending {
     SentTo to[mostDevices];
 };
 
-// Memory for it that children share. Lasts as long as the process.
+// Allocates one in memory shared with child processes. It is never freed.
 Sending &makeSending(int devices);
 
-// From now on every datagram of this process to a device is noted there.
+// From now on, every datagram that this process sends to a device is recorded in `sending`.
 void noteIn(Sending &sending);
 
 } // namespace load

@@ -1,9 +1,10 @@
-// Colours that tell which of a long row of drawings a panel shows, and so put datagrams in order.
+// Colours that identify which of many drawings a panel shows, and so the order of datagrams.
 //
-// Neighbouring steps differ by one in one channel. The steps go round the edges of the colour cube,
-// black, red, yellow, white, cyan, blue and back. A panel that was read while the frame was being
-// replaced mixes two steps; each channel of such a mixture lies between theirs, so it is the colour
-// of a step between the two, or of none at all: never that of an earlier or a later one.
+// Neighbouring steps differ by one in one channel. The steps follow the edges of the colour cube:
+// black, red, yellow, white, cyan, blue and back to black. A panel that was read while the frame
+// was being replaced mixes two steps. Each channel of the mixture lies between those of the two
+// steps, so the mixture is the colour of a step between them, or of no step: never of an earlier or
+// later one.
 //
 // Pure functions, callable from any thread.
 #pragma once
@@ -15,7 +16,7 @@ namespace load {
 
 inline constexpr int stepsRound = 6 * 255;
 
-// 0xRRGGBB; steps that are a whole round apart have the same colour.
+// 0xRRGGBB; steps that are stepsRound apart have the same colour.
 constexpr std::uint32_t colourOf(std::int64_t step) {
     const auto place = static_cast<std::uint32_t>(step % stepsRound);
     const std::uint32_t x = place % 255;
@@ -35,7 +36,7 @@ constexpr std::uint32_t colourOf(std::int64_t step) {
     }
 }
 
-// From 0 to stepsRound; nothing for a colour that no step has.
+// From 0 to stepsRound - 1; nullopt for a colour that no step has.
 constexpr std::optional<int> placeOf(int red, int green, int blue) {
     if (green == 0 && blue == 0 && red < 255)
         return red;
@@ -52,8 +53,8 @@ constexpr std::optional<int> placeOf(int red, int green, int blue) {
     return std::nullopt;
 }
 
-// The step at this place of the round that follows on `last`, or `last` itself; nothing when the
-// place lies behind it. Less than half a round may have been left out.
+// The next step after `last` at this place of the round, or `last` itself; nullopt if the place is
+// behind it. Correct if fewer than stepsRound / 2 steps were skipped.
 constexpr std::optional<std::int64_t> stepAfter(std::int64_t last, int place) {
     const int onward = (place - static_cast<int>(last % stepsRound) + stepsRound) % stepsRound;
     if (onward >= stepsRound / 2)

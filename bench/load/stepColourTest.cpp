@@ -17,7 +17,7 @@ std::optional<int> placeOf(std::uint32_t colour) {
     return load::placeOf(channel(colour, 16), channel(colour, 8), channel(colour, 0));
 }
 
-// A panel of which `share` in a hundred samples show the later colour already.
+// The colour of a panel of which `share` per cent of the samples already show the later colour.
 std::uint32_t mixture(std::uint32_t earlier, std::uint32_t later, int share) {
     std::uint32_t mixed = 0;
     for (const int shift : {16, 8, 0}) {
