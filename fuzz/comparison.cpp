@@ -1,5 +1,5 @@
-// Any two sequences of datagrams, compared: each is accounted for, sequences that are alike are the
-// same, and what differs is found.
+// Compares any two sequences of datagrams: each datagram is accounted for, equal sequences compare
+// equal, and differences are found.
 #include "fuzz/require.h"
 #include "tools/recording/compareRecordings.h"
 

@@ -1,5 +1,5 @@
-// Well-formed configuration documents with extreme values, applied over a stand-in display: each
-// is accepted, becomes just the devices that it describes, and its colours can be read.
+// Applies well-formed configuration documents with extreme values over a stand-in display: each
+// document is accepted and creates exactly its devices, and their colours can be read.
 #include "colour/dominantColour.h"
 #include "colour/palette.h"
 #include "fuzz/require.h"
@@ -29,10 +29,10 @@ double factor(FuzzedDataProvider &input) {
                                        42949673, 2147483647.0, 2147483648.0, 1e-300};
     const double value =
         input.ConsumeBool() ? input.PickValueInArray(edges) : input.ConsumeFloatingPoint<double>();
-    return std::isfinite(value) ? value : 0.0; // JSON has no other numbers
+    return std::isfinite(value) ? value : 0.0; // JSON has only finite numbers
 }
 
-// A string of UTF-8 that JSON can carry; NUL among it.
+// A UTF-8 string that JSON can represent; it may contain NUL.
 std::string address(FuzzedDataProvider &input) {
     static const std::string edges[] = {"", "127.0.0.1", "::1",
                                         std::string("1\0"
@@ -75,7 +75,7 @@ void requireDevices(const config::Document &wanted) {
         require(device.ip == entry.ip.c_str(), "the address is the text up to its first NUL");
         require(device.controlVersion == entry.controlVersion, "the control version is kept");
         require(device.shapeType == entry.shapeType, "the shape type is kept");
-        // The library reads numbers without care for their last bits.
+        // The library's parser rounds the last bits of numbers freely.
         require(std::abs(device.scaleFactor - entry.scaleFactor) <=
                     std::abs(entry.scaleFactor) * 1e-14,
                 "the scale factor is kept");
@@ -89,7 +89,7 @@ void requireDevices(const config::Document &wanted) {
     }
 }
 
-// Every frame is black yet.
+// No frame has arrived yet, so the screen is black.
 void requireColours() {
     const Frame screen = mirrorManager.currentFrame();
     for (const Device &device : mirrorManager.devices)

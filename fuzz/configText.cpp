@@ -1,5 +1,5 @@
-// Any text as a configuration document: the programs find what is wrong with it, and agree with the
-// library on what is right.
+// Reads any text as a configuration document: the programs report its errors and accept the
+// same documents as the library.
 #include "fuzz/require.h"
 #include "fuzz/stage.h"
 #include "mirror/screenMirrorMac.h"
@@ -11,7 +11,7 @@ using fuzz::require;
 
 namespace {
 
-// Whether the text is JSON, by the two ways in which the library's reader can work.
+// Whether the text is JSON, for the recursive or the iterative parser, as `flags` say.
 template <unsigned flags> bool isJson(const std::string &text) {
     rapidjson::StringStream stream(text.c_str());
     rapidjson::BaseReaderHandler<> ignore;
@@ -51,10 +51,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const bool json = isJson<rapidjson::kParseIterativeFlag>(upToNul);
     if (parsed)
         require(json, "the library's way of parsing accepts what the programs accept");
-    if (json && upToNul.size() < 256) // no deeper than the programs go
+    if (json && upToNul.size() < 256) // within the nesting limit of the programs
         require(upToNul.size() < text.size() || parsed, "and nothing else");
 
-    // Anything else that is JSON stops the process, which is what the programs spare their users.
+    // JSON with errors would stop the process by assertion; the programs protect users from this.
     if (json && hasErrors(reading))
         return 0;
     fuzz::setStage(static_cast<unsigned>(reading.document.displayID), 16, 9, 32);

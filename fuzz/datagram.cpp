@@ -1,4 +1,5 @@
-// Any bytes as datagrams to the wall: each is well-formed and shows, or is counted with a reason.
+// Sends any bytes to the wall as datagrams: each is well-formed and shown, or counted as malformed
+// with a reason.
 #include "fuzz/require.h"
 #include "fuzz/seldom.h"
 #include "tools/panelwall/statusText.h"

@@ -22,7 +22,7 @@ namespace {
 struct Request {
     const xcb_extension_t *extension = nullptr;
     int opcode = 0;
-    std::uint16_t width = 0; // of an image that was asked for
+    std::uint16_t width = 0; // of a requested image
     std::uint16_t height = 0;
 };
 
@@ -35,8 +35,8 @@ constexpr std::size_t replyHead = 32;
 constexpr std::size_t setupHead = 8;
 constexpr int randrGetMonitors = XCB_RANDR_GET_MONITORS;
 
-// Memory for a monitor, or for its part on the root window, is taken before its pixels are asked
-// for; sizes between those of a quick run and those that make no sense are left out.
+// Memory for a monitor, or its part of the root window, is allocated before its pixels are
+// requested. So sizes are either small enough for a quick run or nonsensical.
 constexpr unsigned longestSide = 80;
 constexpr std::uint16_t nonsensicalSide = 60'000;
 
@@ -45,7 +45,7 @@ template <typename T> void append(std::vector<std::uint8_t> &bytes, const T &val
     bytes.insert(bytes.end(), from, from + sizeof value);
 }
 
-// Makes the length field agree with the bytes, as the client library sees to.
+// Makes the length field match the bytes, as the client library guarantees.
 void finishReply(std::vector<std::uint8_t> &reply) {
     reply.resize(std::max(replyHead, (reply.size() + 3) / 4 * 4));
     const auto words = static_cast<std::uint32_t>((reply.size() - replyHead) / 4);
@@ -115,7 +115,7 @@ std::vector<std::uint8_t> anyReply(const Request &request) {
     return reply;
 }
 
-// One root window of true colour, mostly as servers have it.
+// One root window, mostly with true colour, as is usual for servers.
 std::vector<std::uint8_t> usualSetup() {
     xcb_setup_t head{};
     head.status = 1;
@@ -199,7 +199,7 @@ ServerSocket openServerSocket(Clock::time_point) {
     return socket;
 }
 
-// A server that hangs up does so for good.
+// Reconnecting always fails.
 Descriptor becomeClient(Clock::time_point) {
     return Descriptor();
 }
@@ -210,14 +210,14 @@ Watchdog::Watchdog(int) {}
 Watchdog::~Watchdog() {}
 void Watchdog::extend() {}
 
-// There are no streams here.
+// This program has no streams.
 void destroyDisplayStream(ObjectHeader *) {}
 
 } // namespace platform
 
 extern "C" {
 
-// The client library's own type, which nobody looks into.
+// Stands for the client library's opaque type.
 static char connectionPlace;
 static xcb_connection_t *const theConnection =
     reinterpret_cast<xcb_connection_t *>(&connectionPlace);

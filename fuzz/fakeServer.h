@@ -1,5 +1,5 @@
-// An X server that answers with whatever it is told to: the few core functions of the client
-// library through which every request, reply and event goes.
+// A fake X server that replies with the fuzzer's input. It replaces the few core functions of the
+// client library that handle every request, reply and event.
 #pragma once
 
 #include <cstddef>
@@ -9,8 +9,8 @@ class FuzzedDataProvider;
 
 namespace fuzz {
 
-// From now on the server answers from `input`, which outlives its use. Once that is used up, the
-// connection has failed.
+// From now on the server takes its replies from `input`, which must stay valid. When the input is
+// used up, the connection fails.
 void setServer(FuzzedDataProvider &input);
 
 } // namespace fuzz

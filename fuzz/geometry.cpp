@@ -1,5 +1,5 @@
-// The places that panels and the analysis of the screen look at, for all centroids, factors and
-// screen sizes, against the rules written down once more in 64 bits.
+// Compares the sample positions of panels and of the screen analysis with a second, 64-bit
+// implementation of the rules, for all centroids, factors and screen sizes.
 #include "device/device.h"
 #include "device/screenGrid.h"
 #include "fuzz/require.h"
@@ -62,7 +62,7 @@ void requireSamples(const Device &device) {
             index(limit(panel.centroidX, width), limit(panel.centroidY, height), width);
         for (; written < panelSampleCount; ++written)
             require(panel.samplePixels[written] == centre, "the rest repeats the centre");
-        // A square rebuilt to end at the far edge may begin before the screen.
+        // A square that was moved to end at the far edge may start outside the screen.
         if (plain && columns.low >= 0 && rows.low >= 0)
             for (const std::int32_t sample : panel.samplePixels)
                 require(sample >= 0 && sample < width * height, "a sample lies on the screen");

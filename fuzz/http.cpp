@@ -1,5 +1,6 @@
-// Any bytes to the live page's server: every connection ends, with an answer or without one, and
-// what is told to a stranger is a refusal. "TOKEN" in the bytes becomes the page's token.
+// Sends any bytes to the live page's server: every connection ends, with or without a response, and
+// requests without the token are refused. "/TOKEN/" in the input is replaced by the page's real
+// path.
 #include "fuzz/require.h"
 #include "tools/panelwall/web/access.h"
 #include "tools/panelwall/web/pageServer.h"
@@ -13,8 +14,7 @@ using namespace panelwall;
 
 namespace {
 
-// A server whose feed has ended, so that a reader of it has nothing to wait for. It never goes
-// away.
+// A server whose feed has ended, so that its readers never wait. It is never destroyed.
 PageServer &server() {
     static LiveFeed &feed = *new LiveFeed;
     static ScreenPicture &picture = *new ScreenPicture(1);
@@ -28,7 +28,7 @@ PageServer &server() {
     return only;
 }
 
-// The path that everything lies below, "/TOKEN/" with the true token.
+// The root path of all pages: "/TOKEN/" with the real token.
 std::string root() {
     const std::string url = server().url();
     return url.substr(url.find('/', std::string("http://").size()));
@@ -64,14 +64,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     const bool isGood = answer.starts_with("HTTP/1.1 200 ");
     require(answer.empty() || answer.starts_with("HTTP/1.1 "), "an answer is an answer");
     if (isGood) {
-        // The server takes tabs after the method for none.
+        // The server ignores tabs after the method.
         require(request.find("GET") != std::string::npos, "only GET is answered");
         require(request != text, "only those who know the token are answered");
         require(answer.find("default-src 'none'") != std::string::npos,
                 "every answer tells browsers what it may do");
     }
 
-    // The same words as the judge of access would be given them, one per line.
+    // The same input as the fields of a request for judge(), one per line.
     httplib::Request facts;
     std::string host;
     std::string origin;

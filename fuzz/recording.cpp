@@ -1,5 +1,5 @@
-// Any bytes as a recording: everything up to the first fault is handed out, the fault is told, and
-// what was handed out can be compared with itself.
+// Reads any bytes as a recording: all datagrams before the first fault are returned, the fault is
+// reported, and the recording compares equal to itself.
 #include "fuzz/require.h"
 #include "fuzz/seldom.h"
 #include "tools/recording/compareRecordings.h"
@@ -13,7 +13,7 @@ using namespace panelwall;
 
 namespace {
 
-// A head that most inputs would not hit upon.
+// A header that random input is unlikely to contain.
 std::string usualHead() {
     const std::string document =
         R"({"displayID":1,"mode":0,"devices":[)"

@@ -1,4 +1,4 @@
-// What must hold for every input.
+// Assertions that must hold for every input.
 #pragma once
 
 #include <cstdio>

@@ -1,4 +1,4 @@
-// Choosing a few inputs for what takes long.
+// Selects a few inputs for slow checks.
 #pragma once
 
 #include <cstddef>
@@ -8,8 +8,8 @@
 
 namespace fuzz {
 
-// True for one input in `often`, always the same ones, and without the fuzzer being able to seek
-// them: an input that was chosen is not followed by more that are.
+// True for one input in `often`, always the same ones. The fuzzer cannot aim for them: inputs
+// derived from a selected one are not selected more often.
 inline bool isSeldom(const std::uint8_t *data, std::size_t size, std::size_t often) {
     const std::string_view bytes(reinterpret_cast<const char *>(data), size);
     return std::hash<std::string_view>()(bytes) % often == 0;

@@ -16,7 +16,7 @@ void setStage(unsigned displayID, std::size_t width, std::size_t height, std::si
 }
 
 int apply(const std::string &text) {
-    std::string copy = text; // the interface takes a text that could be written to
+    std::string copy = text; // the interface takes a writable text
     return mirrorManager.setMirrorConfig(copy.data());
 }
 

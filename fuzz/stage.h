@@ -1,4 +1,4 @@
-// The manager over the stand-in display, made ready for one configuration after the other.
+// Prepares the manager with the stand-in display for each configuration.
 #pragma once
 
 #include <cstddef>
@@ -6,14 +6,14 @@
 
 namespace fuzz {
 
-// As after loading the library, with one display of this identifier and size. What earlier
-// configurations left behind is freed.
+// Resets the manager as after loading the library, with one display of this identifier and size.
+// Frees the resources of earlier configurations.
 void setStage(unsigned displayID, std::size_t width, std::size_t height, std::size_t bitsPerPixel);
 
-// Applies a document; 1 or 0.
+// Applies a document and returns setMirrorConfig()'s result, 1 or 0.
 int apply(const std::string &text);
 
-// The most pixels that a display of the stage has, so that runs stay quick.
+// The largest number of pixels of the display, which keeps runs quick.
 inline constexpr std::size_t mostPixels = 1u << 14;
 
 } // namespace fuzz

@@ -1,5 +1,5 @@
-// An X server that is not to be trusted: whatever it answers about its setup, its monitors and its
-// pixels, displays are listed, grabbed and painted within the memory that is there.
+// An untrusted X server: whatever it replies about its setup, monitors and pixels, displays are
+// listed, captured and painted without memory errors.
 #include "fuzz/fakeServer.h"
 #include "fuzz/require.h"
 #include "platform/x11/damageWatch.h"
@@ -36,7 +36,7 @@ void grabDisplays() {
     CFRelease(data);
 }
 
-// What a stream does whose monitor goes through all kinds of changes.
+// Does what a stream does while its monitor changes in arbitrary ways.
 void paintFrames(FuzzedDataProvider &input) {
     const auto connection = x11::Connection::open();
     if (!connection)
