@@ -1,6 +1,5 @@
-// Reference-counted objects that the frameworks hand out, all of them kept until the recording is
-// forgotten: so an object that was released once too often, or used after its end, can be named
-// instead of crashing.
+// Reference-counted objects of the fake frameworks. All are kept until forget(), so that an object
+// that is released too often or used afterwards is reported by name instead of causing a crash.
 #pragma once
 
 #include <cstddef>
@@ -16,10 +15,10 @@ enum class Kind { Image, Provider, Data, Number, Dictionary, Queue, Stream, Surf
 
 struct Object {
     Kind kind;
-    int number; // counted by kind, from 1 on
+    int number; // per kind, from 1
     int references = 1;
     bool immortal = false;
-    // What some kinds hold.
+    // Used by some kinds only.
     Object *owner = nullptr; // an image's provider lives as long as the image
     std::vector<std::uint8_t> bytes;
     std::vector<std::pair<const void *, const void *>> entries;
@@ -27,13 +26,13 @@ struct Object {
     int locks = 0;
 };
 
-// Any thread.
+// Callable from any thread.
 class Objects {
 public:
     Object *make(Kind kind);
 
-    // Null, with a problem noted down, when `pointer` is no living object of this kind. `call` is
-    // what the problem says.
+    // Returns null and notes a problem if `pointer` is not a living object of this kind. `call`
+    // names the call in the problem.
     Object *use(const std::string &call, Kind kind, const void *pointer);
     // The same for an object of any kind.
     Object *use(const std::string &call, const void *pointer);
@@ -41,9 +40,9 @@ public:
     void release(const std::string &call, const void *pointer);
 
     void note(const std::string &problem);
-    // What was done wrong, in order.
+    // The problems, in order.
     std::vector<std::string> problems() const;
-    // "image 2" for each object with references left, in the order in which they were made.
+    // The names of objects that still have references, such as "image 2", in order of creation.
     std::vector<std::string> alive() const;
     void forget();
 
@@ -53,7 +52,7 @@ private:
     std::vector<std::string> noted;
 };
 
-// "image 2"; "null" for null.
+// For example "image 2"; "null" for null.
 std::string nameOf(const Object *object);
 
 } // namespace macho::fake

@@ -1,5 +1,5 @@
-// A stand-in for the frameworks, under their names, that writes down every call of the library,
-// hands out objects that are counted, and delivers frames as a test asks for them.
+// A fake of the frameworks, with the same function names. It records every call of the library,
+// returns reference-counted objects, and delivers frames on request.
 #pragma once
 
 #include "tests/macho/fakes/objects.h"
@@ -17,7 +17,7 @@ struct Display {
     std::size_t width;
     std::size_t height;
     std::size_t bitsPerPixel = 32;
-    std::vector<std::uint8_t> bytes = {}; // what a copy of an image's data holds
+    std::vector<std::uint8_t> bytes = {}; // the data of its images
 };
 
 // Set by the test before the library is called.
@@ -32,14 +32,14 @@ struct Frameworks {
     Script script;
     Objects objects;
 
-    // Any thread.
+    // Callable from any thread.
     void record(const std::string &call);
     // "CGDisplayCreateImage(1) = image 1", in order.
     std::vector<std::string> calls() const;
-    // Forgets calls and objects, and keeps the script.
+    // Clears calls and objects, but not the script.
     void forget();
 
-    // The handler of the stream made last, copied; null when there is none.
+    // A copy of the handler of the stream created last; null if there is none.
     CGDisplayStreamFrameAvailableHandler handler = nullptr;
 
 private:
@@ -47,11 +47,11 @@ private:
     std::vector<std::string> recorded;
 };
 
-// Those of the process.
+// The only instance in the process.
 Frameworks &frameworks();
 
-// Calls the handler of the stream made last, from a thread of its own, and waits for its return.
-// `pixels` may be null: no surface. A surface that is left locked is noted as a problem.
+// Calls the handler of the stream created last on a new thread, and waits until it returns. Without
+// `pixels`, the surface is null. Notes a problem if the surface is left locked or released.
 void deliver(CGDisplayStreamFrameStatus status, const std::vector<std::uint32_t> *pixels);
 
 } // namespace macho::fake

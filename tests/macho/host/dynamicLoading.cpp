@@ -1,6 +1,6 @@
-// dlopen and its family for hosts that open the library themselves. The linker puts these in the
-// place of the C library's (--wrap), so that the hosts' sources stay as they are. What is not a
-// dylib is left to the C library.
+// dlopen and related functions for hosts that open the library themselves. The linker replaces the
+// C library's functions with these (--wrap), so that the hosts' sources need no change. Files other
+// than dylibs are passed to the C library.
 #include "tests/macho/host/libraryImports.h"
 #include "tests/macho/loader/image.h"
 

@@ -1,5 +1,5 @@
-// The eight functions of the C interface, over the dylib in the loader: linked into a program in
-// the place of the library.
+// The eight functions of the C interface, forwarded to the dylib in the loader. A program links
+// these instead of the library.
 #include "mirror/mirrorInterface.h"
 #include "tests/macho/host/libraryImports.h"
 #include "tests/macho/loader/image.h"
@@ -9,8 +9,8 @@
 
 namespace {
 
-// Loaded at the first call: then whatever the library uses is there already, and at the process's
-// end it is still there when the library's at-exit entries run. Not unloaded, as on macOS.
+// Loaded at the first call. So everything that the library uses is initialised before it, and is
+// destroyed only after the library's at-exit entries have run. Never unloaded, as on macOS.
 macho::Image &library() {
     static macho::Image *image = nullptr;
     if (image == nullptr) {

@@ -1,5 +1,5 @@
-// Everything that the library may import. Its frameworks are those that the program is linked with:
-// the platform over an X server, or the recording ones.
+// Everything that the library may import. The frameworks are those that the program is linked with:
+// the platform for X servers, or the recording frameworks.
 #pragma once
 
 #include "tests/macho/loader/imports.h"

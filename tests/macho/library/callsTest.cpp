@@ -1,4 +1,4 @@
-// Which calls the library makes of the frameworks, in which order, and what it leaves behind.
+// The library's calls to the frameworks, in order, and the objects that it does not release.
 #include "tests/macho/library/libraryOverFakes.h"
 
 namespace macho {
@@ -14,7 +14,7 @@ protected:
     static Lines calls() { return fake::frameworks().calls(); }
     static Lines alive() { return fake::frameworks().objects.alive(); }
 
-    // What one configuration leaves: the stream is kept, its parts are given up without release.
+    // The objects that one configuration leaves: the stream is kept, its parts are never released.
     const Lines kept = {"number 1", "dictionary 1", "queue 1", "stream 1"};
 };
 
@@ -78,7 +78,7 @@ TEST_F(Calls, ARefusedStreamIsToldAndNothingElseIsLeft) {
     EXPECT_EQ(alive(), (Lines{"number 1", "dictionary 1", "queue 1"}));
 }
 
-// As it may be on a later system.
+// A later macOS may lack these functions.
 TEST_F(Calls, WithoutDisplayStreamsAHostStartsAndIsTold) {
     for (const char *symbol : {"_CGDisplayStreamCreateWithDispatchQueue", "_CGDisplayStreamStart",
                                "_CGDisplayStreamStop", "_kCGDisplayStreamMinimumFrameTime",

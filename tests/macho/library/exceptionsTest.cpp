@@ -1,4 +1,4 @@
-// Exceptions thrown and caught in the library, and one that it lets out by contract.
+// Exceptions that are caught in the library, and one that it passes to the caller by contract.
 #include "colour/colour.h"
 #include "tests/macho/library/libraryOverFakes.h"
 
@@ -20,7 +20,7 @@ TEST_F(Exceptions, OfAScreenTooLargeForMemoryIsCaughtInTheLibrary) {
     CaptureStdout();
     EXPECT_EQ(configure(document()), 0);
     EXPECT_EQ(GetCapturedStdout(), "Bad config!\n");
-    // And the library is as good as before.
+    // The library still works.
     display.width = 40;
     display.height = 30;
     EXPECT_EQ(configure(document()), 1);

@@ -1,4 +1,4 @@
-// Frames from a thread of the system's, with every status that the frameworks know.
+// Frames that arrive on a system thread, with every status of the frameworks.
 #include "tests/macho/library/libraryOverFakes.h"
 #include "tests/support/lightReceiver.h"
 
@@ -25,10 +25,10 @@ protected:
         fake::deliver(status, &screen);
     }
 
-    // The next datagram that was made after this call.
+    // The next datagram that was created after this call.
     test::Datagram sent() {
         light.drain();
-        light.next(); // may have been on its way
+        light.next(); // may have been created before
         return light.next().value_or(test::Datagram());
     }
 
@@ -64,7 +64,7 @@ TEST_F(Frames, ACompleteOneWithoutASurfaceChangesNothing) {
 }
 
 TEST_F(Frames, TheSurfaceIsLockedWhileItIsRead) {
-    ASSERT_TRUE(light.next()); // the stream's start is recorded
+    ASSERT_TRUE(light.next()); // by now the stream's start is recorded
     const std::size_t before = fake::frameworks().calls().size();
     show(kCGDisplayStreamFrameStatusFrameComplete, red);
     const auto calls = fake::frameworks().calls();

@@ -1,4 +1,4 @@
-// Loading, running and unloading over and over leaves nothing behind.
+// Repeated loading, running and unloading leaks nothing.
 #include "tests/macho/library/libraryOverFakes.h"
 #include "tests/platform/processUsage.h"
 #include "tests/support/lightReceiver.h"
@@ -23,7 +23,7 @@ protected:
         fake::deliver(kCGDisplayStreamFrameStatusFrameComplete, &screen);
         ASSERT_TRUE(light.next());
         EXPECT_NE(mappingsOfTheLibrary(), 0u);
-        unload(); // in mid-run
+        unload(); // during the run
         EXPECT_EQ(mappingsOfTheLibrary(), 0u);
         EXPECT_EQ(fake::frameworks().objects.problems(), std::vector<std::string>());
         fake::frameworks().forget();
@@ -35,7 +35,7 @@ protected:
 
 TEST_F(Growth, TwoHundredRounds) {
     unload();
-    for (int i = 0; i < 5; ++i) // until every table of the C library has its size
+    for (int i = 0; i < 5; ++i) // until the C library's tables have their final size
         ASSERT_NO_FATAL_FAILURE(runOnce());
     const std::size_t descriptors = test::openDescriptors();
     ASSERT_TRUE(test::threadsBecome(1));
@@ -44,8 +44,8 @@ TEST_F(Growth, TwoHundredRounds) {
         ASSERT_NO_FATAL_FAILURE(runOnce());
     EXPECT_EQ(test::openDescriptors(), descriptors);
     EXPECT_TRUE(test::threadsBecome(1));
-    // The least that a round could leave is a block of 32 bytes. The C library itself keeps a table
-    // of some 400 for each of the threads of which it ever had more at once.
+    // The smallest leak per round is a block of 32 bytes. The C library keeps a table of about 400
+    // bytes per thread for the largest number of simultaneous threads so far.
     EXPECT_LT(mallinfo2().uordblks, bytes + 200 * 32 / 2);
 }
 

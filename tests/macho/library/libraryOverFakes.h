@@ -1,4 +1,4 @@
-// The dylib over the recording frameworks.
+// The dylib with the recording frameworks.
 #pragma once
 
 #include "mirror/mirrorInterface.h"
@@ -13,8 +13,8 @@
 
 namespace macho {
 
-// Loads the library afresh for each test, with one display, and forgets what was recorded at the
-// end, when nothing may be wrong.
+// Loads the library anew for each test, with one display. At the end it checks that there are no
+// problems and clears the recording.
 class LibraryOverFakes : public testing::Test {
 protected:
     LibraryOverFakes();
@@ -34,10 +34,10 @@ protected:
     int start() { return find<decltype(startMirror)>("startMirror")(); }
     int stop() { return find<decltype(stopMirror)>("stopMirror")(); }
 
-    // Match mode on display 1 with one narrow light at 127.0.61.1, whose panel 7 lies over the
-    // whole of a screen of 40 x 30.
+    // Match mode on display 1 with one narrow light at 127.0.61.1, whose panel 7 covers a whole
+    // screen of 40 x 30.
     static std::string document();
-    // What that light is to get for a screen of one colour.
+    // The datagram that this light must receive for a screen of one colour.
     static std::vector<std::uint8_t> datagramOf(std::uint32_t colour);
 
     std::unique_ptr<Image> image;

@@ -9,13 +9,13 @@ namespace macho {
 
 namespace {
 
-// Rows of the tables that `convert` writes. Each table ends with a row of zeros.
+// Rows of the tables that `convert` writes. A row of zeros ends each table.
 struct Bind {
     std::uintptr_t *place;
     const char *library;
     const char *symbol; // with its leading underscore
     std::uint64_t addend;
-    std::uint64_t isOptional; // null when nobody has it
+    std::uint64_t isOptional; // bound to null if it is missing
 };
 
 using Initialiser = void (*)(int, const char **, const char **, const char **);
@@ -26,13 +26,13 @@ struct Segment {
     std::uint64_t protection;
 };
 
-// Signal handlers look images up, and may interrupt a thread that does: so there is no lock.
+// Has no lock, since a signal handler that looks up images may interrupt a thread that does so too.
 constinit std::atomic<Image *> newestImage{nullptr};
 
 } // namespace
 
 Image::Image(const std::string &path, const Imports &imports) : unloadChecks(imports.unloadChecks) {
-    // Not dlopen(), which may be the tests' own here and call this.
+    // Not dlopen(), which may be the tests' replacement and call this constructor.
     const auto open = [&path](int mode) { return dlmopen(LM_ID_BASE, path.c_str(), mode); };
     if (void *loaded = open(RTLD_NOW | RTLD_NOLOAD)) {
         dlclose(loaded);
@@ -89,7 +89,7 @@ void Image::bindAll(const Imports &imports) const {
         throw LoadError("nothing here stands for these imports:" + missing);
 }
 
-// Gives each segment the protection that it has on macOS; so far all could be written.
+// Gives each segment its protection on macOS. Until then, all segments are writable.
 void Image::protect() {
     const auto *segment = table<Segment>("machoSegments");
     start = segment->start;
@@ -100,7 +100,7 @@ void Image::protect() {
     }
 }
 
-// As the system's loader does it, each with a program's arguments: here there are none.
+// Passes arguments to each initialiser, as the system's loader does; here the lists are empty.
 void Image::initialise() const noexcept {
     const char *nothing[] = {nullptr};
     for (const auto *initialiser = table<Initialiser *>("machoInitialisers");

@@ -19,13 +19,13 @@ public:
     using std::runtime_error::runtime_error;
 };
 
-// Loading and unloading are for one thread at a time, while no other looks images up. An image that
-// is still loaded when the process exits runs its at-exit entries then and stays mapped.
+// Load and unload images from one thread at a time, while no other thread looks up images. An image
+// that is still loaded when the process exits runs its at-exit entries then and stays mapped.
 class Image {
 public:
     // Loads the repackaged file, binds its imports and runs its initialisers. Throws a LoadError
-    // that names the file and what is wrong, such as the imports that are missing. A file can be
-    // loaded once at a time.
+    // that names the file and the problem, such as the missing imports. A file cannot be loaded
+    // again while it is loaded.
     Image(const std::string &path, const Imports &imports);
 
     // Runs the at-exit entries and the unload checks, and unmaps the image.
@@ -34,7 +34,7 @@ public:
     Image(const Image &) = delete;
     Image &operator=(const Image &) = delete;
 
-    // Of an exported symbol without its leading underscore; null when there is none.
+    // The address of an exported symbol, without its leading underscore; null if there is none.
     void *symbol(const std::string &name) const;
     template <class Function> Function *function(const std::string &name) const {
         return reinterpret_cast<Function *>(symbol(name));
@@ -42,12 +42,12 @@ public:
 
     bool contains(const void *address) const { return address >= start && address < end; }
 
-    // The loaded image whose header is here, or null. Any thread.
+    // The loaded image whose header is at this address, or null. Any thread.
     static Image *withHeader(const void *header);
     // The loaded image that holds this address, or null. Any thread.
     static Image *around(const void *address);
 
-    // To be called with `argument` at unload or exit, the last one first. Any thread.
+    // Registers a call with `argument` at unload or exit, the last one first. Any thread.
     void atExit(void (*entry)(void *), void *argument);
     void runAtExitEntries();
 
@@ -63,7 +63,7 @@ private:
     void protect();
     void initialise() const noexcept;
 
-    void *library = nullptr; // the dynamic linker's
+    void *library = nullptr; // the dynamic linker's handle
     const std::byte *start = nullptr;
     const std::byte *end = nullptr;
     std::mutex atExitMutex; // guards atExitEntries

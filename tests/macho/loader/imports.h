@@ -1,4 +1,4 @@
-// What images may import: each symbol by the library that is to provide it.
+// The symbols that images may import, each with the library that must provide it.
 #pragma once
 
 #include <functional>
@@ -11,7 +11,7 @@ namespace macho {
 
 class Image;
 
-// Libraries, as LLVM's objdump calls them.
+// The names of the libraries in the output of LLVM's objdump.
 inline constexpr char libSystem[] = "libSystem";
 inline constexpr char libCxx[] = "libc++";
 inline constexpr char coreGraphics[] = "CoreGraphics";
@@ -20,19 +20,18 @@ inline constexpr char ioSurface[] = "IOSurface";
 
 class Imports {
 public:
-    // `symbol` with its leading underscore. A symbol can be given again, the last one counts; null
-    // stands for one that is not there.
+    // `symbol` has its leading underscore. Adding it again replaces it; null marks it as missing.
     template <class FunctionOrObject>
     void add(const std::string &library, const std::string &symbol, FunctionOrObject *address) {
         addresses[{library, symbol}] = reinterpret_cast<const void *>(address);
     }
-    // Null when `library` has no such symbol, even if another has it.
+    // Null if `library` has no such symbol, even if another library has it.
     const void *find(const std::string &library, const std::string &symbol) const {
         const auto found = addresses.find({library, symbol});
         return found == addresses.end() ? nullptr : found->second;
     }
 
-    // Called when an image has run its at-exit entries and is about to leave the memory.
+    // Called after an image has run its at-exit entries and before it is unmapped.
     std::vector<std::function<void(const Image &)>> unloadChecks;
 
 private:

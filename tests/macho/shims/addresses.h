@@ -1,4 +1,4 @@
-// Socket addresses of macOS: a length byte, then a family of one byte.
+// Socket addresses of macOS. They start with a length byte and a family byte.
 #pragma once
 
 #include <cstdint>
@@ -14,7 +14,7 @@ constexpr int darwinInet6 = 30;
 struct DarwinAddress4 {
     std::uint8_t length;
     std::uint8_t family;
-    std::uint16_t port; // as on the wire
+    std::uint16_t port; // in network byte order
     std::uint32_t address;
     std::uint8_t zeros[8];
 };
@@ -45,7 +45,7 @@ union DarwinAddress {
     DarwinLinkAddress link;
 };
 
-// This system's number of an address family that the library hands in; others are refused.
+// This system's number for a macOS address family; other families are refused.
 int familyHere(int darwinFamily);
 
 struct AddressHere {
@@ -53,11 +53,12 @@ struct AddressHere {
     socklen_t length;
 };
 
-// Of the `length` bytes at `address`. Nothing when the length is not that of the family: macOS
-// answers such a call with EINVAL. The length byte itself need not be set, for macOS fills it in.
+// Converts the `length` bytes at `address`. Returns nullopt if the length does not match the
+// family: macOS fails such a call with EINVAL. The length byte itself may be unset, since macOS
+// sets it.
 std::optional<AddressHere> addressHere(const void *address, socklen_t length);
 
-// The other way, with the length byte set.
+// The reverse conversion, with the length byte set.
 DarwinAddress darwinAddress(const sockaddr &address);
 
 } // namespace macho

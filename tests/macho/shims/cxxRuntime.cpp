@@ -11,8 +11,8 @@ namespace macho {
 
 namespace {
 
-// Those that mean the same on both systems. Everything else, like what holds a mutex, a condition
-// variable or a file inside, has to be thought about first.
+// Symbols that mean the same on both systems. Any other symbol must be reviewed before it is added
+// here, for example if its type contains a mutex, a condition variable or a file.
 constexpr const char *sameHere[] = {
     // Exceptions.
     "___cxa_allocate_exception",
@@ -59,7 +59,7 @@ constexpr const char *sameHere[] = {
     "__ZNSt3__16threadD1Ev",
 };
 
-// From LLVM's libraries only: other libraries have symbols of these names too.
+// Searches LLVM's libraries only, since other libraries define the same names.
 const void *runtimeSymbol(const char *name) {
     for (const char *library : {"libc++.so.1", "libc++abi.so.1"}) {
         void *handle = dlopen(library, RTLD_NOW | RTLD_NOLOAD);
@@ -75,7 +75,7 @@ const void *runtimeSymbol(const char *name) {
     refuse("the C++ library of this system has no " + std::string(name));
 }
 
-// What a wait compares is eight bytes on macOS, four here.
+// A wait compares eight bytes on macOS and four here.
 std::int64_t monitorAtomic(const volatile void *address) {
     return std::__libcpp_atomic_monitor(address);
 }
@@ -84,7 +84,7 @@ void waitForAtomic(const volatile void *address, std::int64_t value) {
     std::__libcpp_atomic_wait(address, static_cast<std::__cxx_contention_t>(value));
 }
 
-// The key that keeps a thread's own data stands at the start of what this leads to.
+// Returns the address of the object that starts with the key of the thread-local data.
 const std::uint64_t *threadLocalData() {
     static const std::uint64_t key =
         darwinKey(reinterpret_cast<const pthread_key_t &>(std::__thread_local_data()));

@@ -15,7 +15,7 @@ struct Error {
     const char *text;
 };
 
-// Those that sockets, memory and threads can meet.
+// The errors that sockets, memory and threads can cause.
 constexpr Error errors[] = {
     {EPERM, 1, "Operation not permitted"},
     {EINTR, 4, "Interrupted system call"},
@@ -57,7 +57,7 @@ thread_local int currentError = 0;
 char *errorText(int number) {
     for (const Error &error : errors)
         if (error.darwin == number)
-            return const_cast<char *>(error.text); // nobody may write to it
+            return const_cast<char *>(error.text); // callers may not modify it
     refuse("strerror of " + std::to_string(number));
 }
 

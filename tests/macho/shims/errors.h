@@ -3,26 +3,26 @@
 
 namespace macho {
 
-// The macOS number of this system's error; one that has none among those the shims know is refused.
+// The macOS number of this system's error; errors that the shims do not know are refused.
 int darwinError(int error);
 
-// The other way.
+// The reverse conversion.
 int errorHere(int darwinNumber);
 
-// Where macOS keeps the calling thread's error number.
+// The address of macOS's errno for the calling thread.
 int *darwinErrno();
 
-// Takes this system's errno over to macOS's.
+// Copies this system's errno to macOS's errno.
 void takeErrno();
 
-// Hands `result` on; when it is -1, errno goes over.
+// Returns `result`; if it is -1, copies errno first.
 template <class Result> Result withErrno(Result result) {
     if (result == Result(-1))
         takeErrno();
     return result;
 }
 
-// Fails with a macOS number.
+// Sets macOS's errno to a macOS number and returns -1.
 int failWith(int darwinNumber);
 
 constexpr int darwinEinval = 22;

@@ -13,7 +13,7 @@ namespace macho {
 
 namespace {
 
-// The same members in the same places as here, but for the addresses' insides.
+// Has the same layout as on this system, except for the contents of the addresses.
 struct DarwinInterface {
     DarwinInterface *next;
     const char *name;
@@ -33,7 +33,7 @@ struct Entry {
 using List = std::list<Entry>;
 
 std::mutex listsMutex;
-std::list<List> handedOut; // not freed yet
+std::list<List> handedOut; // and not freed yet
 
 std::uint32_t darwinFlags(unsigned flags) {
     struct Pair {
@@ -69,7 +69,7 @@ int shimGetInterfaces(DarwinInterface **result) {
         darwin.interface.name = darwin.name.c_str();
         darwin.interface.flags = darwinFlags(entry->ifa_flags);
         darwin.interface.address = translated(entry->ifa_addr, darwin.addresses[0]);
-        // A link has no mask and no partner.
+        // A link address has no mask and no destination.
         if (entry->ifa_addr != nullptr && darwin.addresses[0].inet.family != darwinLink) {
             darwin.interface.mask = translated(entry->ifa_netmask, darwin.addresses[1]);
             darwin.interface.destination = translated(entry->ifa_dstaddr, darwin.addresses[2]);

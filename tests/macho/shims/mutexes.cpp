@@ -10,7 +10,8 @@ namespace macho {
 
 namespace {
 
-// A signature and 56 bytes, in which this system's own finds room. Both begin as zeros.
+// A signature and 56 bytes, which hold this system's mutex. On both systems these bytes are zero in
+// a new mutex.
 struct DarwinMutex {
     std::int64_t signature;
     union {

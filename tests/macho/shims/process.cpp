@@ -8,14 +8,14 @@
 #include <unwind.h>
 
 extern "C" {
-extern void *_NSConcreteStackBlock[32]; // the class of blocks on the stack, of the blocks' runtime
+extern void *_NSConcreteStackBlock[32]; // the class of stack blocks, in the blocks runtime
 }
 
 namespace macho {
 
 namespace {
 
-// Any number will do, as long as a string cannot easily write it.
+// Any number that a string cannot easily write: it has a zero byte.
 std::uint64_t stackGuard = 0x00a7'3b5e'91c8'2d00;
 
 std::atomic<bool> exiting{false};

@@ -6,13 +6,13 @@
 
 namespace macho {
 
-// The macOS number of one of this system's signals; 0 when it has none.
+// The macOS number of this system's signal; 0 if it has none.
 int darwinSignal(int signal);
 
-// This system's number of a macOS signal; one that does not exist here is refused.
+// This system's number of a macOS signal; signals that do not exist here are refused.
 int signalHere(int darwinNumber);
 
-// Sets of signals. One with a member that macOS does not have is refused.
+// Conversions of signal sets. Sets with a signal that the other system lacks are refused.
 std::uint32_t darwinSignalSet(const sigset_t &set);
 sigset_t signalSetHere(std::uint32_t darwinSet);
 

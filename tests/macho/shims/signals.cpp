@@ -1,5 +1,5 @@
-// Handlers of the library are called through a function of ours, with macOS's number of the signal.
-// Handlers of the host, which the library may ask for and put back, stay as they are.
+// The library's handlers are called through callImageHandler(), with the macOS signal number. The
+// host's handlers, which the library may query and restore, are not changed.
 #include "tests/macho/loader/image.h"
 #include "tests/macho/shims/errors.h"
 #include "tests/macho/shims/refuse.h"
@@ -33,7 +33,7 @@ constexpr Flag flags[] = {
     {SA_NODEFER, 0x10}, {SA_NOCLDWAIT, 0x20}, {SA_SIGINFO, 0x40},
 };
 
-// This system's C library adds it to every action, and needs no reminder.
+// This system's C library adds it to every action, so it is ignored.
 constexpr unsigned restorerFlag = 0x04000000;
 
 constexpr int signalCount = 65;

@@ -33,7 +33,7 @@ struct DarwinTime {
 };
 static_assert(sizeof(DarwinTime) == 16);
 
-// The descriptors that the library has opened and not closed.
+// The descriptors that the library has open.
 constexpr std::size_t mostDescriptors = 65536;
 std::array<std::atomic<bool>, mostDescriptors> isOpen;
 

@@ -7,8 +7,8 @@ namespace macho {
 
 namespace {
 
-// Those about which both systems agree in every respect, but for the numbers that rand() draws, of
-// which nothing is promised. A thread's name is a pointer or number of eight bytes on both.
+// Functions that behave the same on both systems, except for the numbers from rand(), which are
+// unspecified anyway. A thread's identifier is a pointer or number of eight bytes on both.
 constexpr const char *sameHere[] = {
     "_free",   "_getpid",      "_inet_aton", "_inet_ntoa", "_malloc",       "_memchr",  "_memcmp",
     "_memcpy", "_memmove",     "_printf",    "_puts",      "_pthread_self", "_realloc", "_rand",

@@ -1,7 +1,6 @@
-// The C library and the C++ runtime of macOS, as far as the library imports them, over this
-// system's: numbers and layouts are translated both ways. What is the same on both systems is
-// passed through as it is; of LLVM's C++ runtime that is all but what holds something of the C
-// library's.
+// The parts of macOS's C library and C++ runtime that the library imports, implemented with this
+// system's. Numbers and layouts are converted both ways. Functions that are the same on both
+// systems are passed through; in LLVM's C++ runtime these are all that contain no C library types.
 #pragma once
 
 #include "tests/macho/loader/imports.h"
@@ -11,7 +10,7 @@
 
 namespace macho {
 
-// All of the C library: what is passed through, and its rooms.
+// Adds the whole C library: the functions passed through, and the parts below.
 void addSystem(Imports &imports);
 void addErrors(Imports &imports);     // errno, error texts
 void addInterfaces(Imports &imports); // the list of network interfaces
@@ -20,16 +19,16 @@ void addSignals(Imports &imports);
 void addSockets(Imports &imports);
 void addThreads(Imports &imports);
 
-// All of the C++ runtime, std::mutex with the layout that it has on macOS among it.
+// Adds the whole C++ runtime, including std::mutex with its macOS layout.
 void addCxxRuntime(Imports &imports);
 void addMutexes(Imports &imports);
 
-// The library has ended the process: what it then destroys may still be in use by the thread that
-// its signal handler has interrupted.
+// Whether the library has called exit(). Objects destroyed after that may still be in use by the
+// thread that its signal handler has interrupted.
 bool libraryIsExiting();
 
-// Keys of thread-specific values: eight bytes on macOS, four here. Ours carry a mark in their upper
-// half: one that was cut to four bytes on its way, or never made here, is refused.
+// A key of a thread-specific value has eight bytes on macOS and four here. Converted keys carry a
+// mark in their upper half: keys that were truncated to four bytes or not created here are refused.
 std::uint64_t darwinKey(pthread_key_t key);
 
 } // namespace macho

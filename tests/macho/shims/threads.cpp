@@ -43,7 +43,7 @@ int shimCreate(pthread_t *thread, const void *attributes, Run run, void *argumen
         --running;
         return darwinError(error);
     }
-    (void)start.release(); // the thread's now
+    (void)start.release(); // now owned by the thread
     return 0;
 }
 

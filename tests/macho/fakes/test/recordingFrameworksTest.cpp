@@ -1,4 +1,4 @@
-// The fakes notice what the real frameworks would punish, and go on.
+// The fakes report misuse of the frameworks and continue.
 #include "tests/macho/fakes/recordingFrameworks.h"
 
 #include <gtest/gtest.h>

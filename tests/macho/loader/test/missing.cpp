@@ -1,4 +1,4 @@
-// A dylib with imports that nothing here stands for, one of which it can do without.
+// A dylib with imports that are not available here; one of them is optional.
 extern "C" {
 int nobodyHasThis(void);
 int callNobody(void) {

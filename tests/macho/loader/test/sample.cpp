@@ -1,4 +1,4 @@
-// A dylib with one of everything that the loader handles, for its tests.
+// A dylib for the loader's tests, with one of each thing that the loader handles.
 
 using Callback = void (*)(int);
 
@@ -9,7 +9,7 @@ Callback note = nullptr; // set by the test
 int notes[8];
 int noteCount = 0;
 
-// Before the test can set `note`.
+// Called before the test can set `note`.
 void remember(int number) {
     notes[noteCount++] = number;
 }
@@ -50,8 +50,8 @@ void throwNumber(int number) {
     throw number;
 }
 
-// Frames that an exception from `callback` passes through. What the first keeps in registers of its
-// caller's comes back only if the unwinder knows where it was put.
+// An exception from `callback` passes through these frames. The first uses callee-saved registers,
+// which are restored only if the unwinder knows where it saved them.
 void plainFrame(Callback callback, long *values) {
     long a = values[0], b = values[1], c = values[2], d = values[3], e = values[4], f = values[5];
     callback(7);
@@ -67,7 +67,7 @@ void catchingFrame(Callback callback, long *values) {
     }
 }
 
-// Calls `frame`, which throws, and works on with what it held in registers before.
+// Calls `frame`, which throws, and then uses values that were in registers before the call.
 long catches(void (*frame)(Callback, long *), Callback callback, long *values) {
     long a = values[0], b = values[1], c = values[2], d = values[3], e = values[4];
     long caught = 0;

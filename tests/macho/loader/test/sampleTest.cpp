@@ -1,4 +1,4 @@
-// A small dylib with one of everything: initialisers, pointers, zeros, exceptions, at-exit entries.
+// Loads a small dylib with initialisers, pointers, zeros, exceptions and at-exit entries.
 #include "tests/macho/loader/image.h"
 #include "tests/macho/shims/refuse.h"
 #include "tests/macho/shims/system.h"
@@ -52,7 +52,7 @@ TEST_F(Sample, RunsItsAtExitEntriesAtTheProcesssEnd) {
     EXPECT_EXIT(
         {
             image->function<void(void (*)(int))>("setNote")([](int number) {
-                // Twice, since ending twice would be as wrong as not at all.
+                // Prints once both destructors have run.
                 static int sum = 0;
                 sum += number;
                 if (sum == -3)
@@ -86,7 +86,7 @@ TEST_F(Sample, ExceptionsPassThroughItsFrames) {
             long values[] = {1, 2, 3, 4, 5, 6, 0};
             EXPECT_EQ(catches(image->function<Frame>(name), callback, values), 543217) << name;
             EXPECT_EQ(values[6], name == std::string("catchingFrame"));
-            EXPECT_EQ(values[0], 1); // what follows the call was not reached
+            EXPECT_EQ(values[0], 1); // the code after the call was not reached
         }
     EXPECT_THROW(fromThere(3), int);
 }
@@ -98,7 +98,7 @@ TEST_F(Sample, IsFoundByItsAddresses) {
     EXPECT_EQ(Image::withHeader(image->symbol("noted")), nullptr);
 }
 
-// Code is not writable, nor what is to be constant once its pointers are bound.
+// Code is not writable, and neither are constants after their pointers are bound.
 TEST_F(Sample, IsProtected) {
     const auto write = [this](const char *name) {
         *static_cast<volatile char *>(image->symbol(name)) = 1;

@@ -1,4 +1,4 @@
-// The library's socket class as a Mac program sees it: its memory, and its functions in the dylib.
+// The library's socket class as a Mac program sees it: its layout, and its functions in the dylib.
 #pragma once
 
 #include "tests/macho/library/libraryOverFakes.h"
@@ -9,7 +9,7 @@
 
 namespace macho {
 
-// The members in their places on macOS.
+// The members with their macOS layout.
 struct MacSocket {
     std::int32_t fd;
     std::string ip;
@@ -25,7 +25,7 @@ struct MacSocket {
 
 class SocketTest : public LibraryOverFakes {
 protected:
-    // Made and destroyed by the library.
+    // Constructed and destroyed by the library.
     class Socket {
     public:
         explicit Socket(SocketTest &test) : test(test) {
@@ -55,7 +55,7 @@ protected:
             return test.find<int(void *, char *, int)>("_ZN9UdpSocket4sendEPci")(
                 room, bytes.data(), static_cast<int>(bytes.size()));
         }
-        // What was received; "-1" stands for a failure.
+        // The bytes received, or "-1" on failure.
         std::string receive() {
             char bytes[64];
             const int got = test.find<int(void *, char *, int)>("_ZN9UdpSocket7receiveEPci")(

@@ -1,4 +1,4 @@
-// What the shims refuse ends the test's process, whatever the library would do next.
+// A refused call ends the test's process, whatever the library would do next.
 #include "tests/macho/library/libraryOverFakes.h"
 #include "tests/macho/shims/refuse.h"
 
@@ -28,7 +28,7 @@ TEST(Refusal, AddressFamiliesOfThisSystem) {
     EXPECT_REFUSED(open(AF_INET6, 2, 0), "the address family 10");
     EXPECT_REFUSED(open(2, 1, 0), "socket of the type 1 and the protocol 0");
     EXPECT_REFUSED(open(30, 2, 17), "socket of the type 2 and the protocol 17");
-    char address[16] = {2, 0}; // the family in its place on this system
+    char address[16] = {2, 0}; // the family as this system stores it
     auto *bindTo = import <int(int, const void *, socklen_t)>(libSystem, "_bind");
     EXPECT_REFUSED(bindTo(openSocket(), address, 16), "the address family 0");
     auto *parse = import <int(int, const char *, void *)>(libSystem, "_inet_pton");
@@ -67,13 +67,13 @@ TEST(Refusal, DescriptorsThatAreNotTheLibrarys) {
             close(fd);
         },
         "close with descriptor");
-    EXPECT_EQ(close(-1), -1); // of a socket that could not be opened
+    EXPECT_EQ(close(-1), -1); // for a socket that could not be opened
 }
 
 TEST(Refusal, SignalsThatMacOSDoesNotHave) {
     using Handler = void (*)(int);
     auto *signal = import <Handler(int, Handler)>(libSystem, "_signal");
-    EXPECT_REFUSED(signal(SIGBUS, SIG_IGN), "the signal 7"); // SIGEMT there, nothing here
+    EXPECT_REFUSED(signal(SIGBUS, SIG_IGN), "the signal 7"); // SIGEMT on macOS, unknown here
     struct {
         Handler handler;
         std::uint32_t mask;

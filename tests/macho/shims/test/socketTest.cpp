@@ -1,5 +1,5 @@
-// The library's sockets over the shims, seen from both sides: the memory as on macOS, the
-// descriptors as they are here.
+// Tests the library's sockets with the shims from both sides: the memory layout of macOS, and this
+// system's descriptors.
 #include "tests/macho/shims/errors.h"
 #include "tests/macho/shims/test/macSocket.h"
 #include "tests/support/lightReceiver.h"
@@ -85,7 +85,7 @@ TEST_F(SocketTest, BindsOnceTheRemoteFamilyIsKnown) {
 TEST_F(SocketTest, BindingFailsInTheWordsOfMacOS) {
     const std::string says = "cannot bind socket : ";
     CaptureStdout();
-    Socket unknown(*this, "127.0.61.3", 60231); // 28 bytes for an address of 16
+    Socket unknown(*this, "127.0.61.3", 60231); // passes 28 bytes for an address of 16
     EXPECT_TRUE(unknown->connected);
     Socket foreign(*this);
     foreign.setRemote("127.0.0.1", 1);
@@ -128,7 +128,7 @@ TEST_F(SocketTest, WaitsAsLongAsTheTimeoutSays) {
     EXPECT_EQ(getsockopt(socket->fd, SOL_SOCKET, SO_RCVTIMEO, &here, &length), 0);
     EXPECT_EQ(here.tv_sec, 1);
     EXPECT_EQ(here.tv_usec, 500000);
-    EXPECT_EQ(socket.setTimeout(-1500), 0); // which the system refuses
+    EXPECT_EQ(socket.setTimeout(-1500), 0); // the system refuses this value
     EXPECT_EQ(socket->timeoutSeconds, -1);
     EXPECT_EQ(socket->timeoutMicroseconds, -500000);
     EXPECT_EQ(*darwinErrno(), 33);
@@ -173,7 +173,7 @@ TEST_F(SocketTest, FindsTheMachinesAddresses) {
     CaptureStdout();
     EXPECT_EQ(socket.getLocalIp(), firstIpv4);
     EXPECT_EQ(socket.getLocalIpv6(), lastIpv6);
-    // The loopback interface has another name on macOS.
+    // The loopback interface is called lo0 on macOS.
     EXPECT_EQ(GetCapturedStdout().rfind("'lo0': \nip : 2130706433\n", 0), 0u);
 }
 
