@@ -1,5 +1,5 @@
 // A host in C++: lists the displays, mirrors the first one onto a light device for some seconds,
-// and shows what is sent and the colours on the screen.
+// and shows the data sent and the colours on the screen.
 //
 //     mirrorScreen ADDRESS [SECONDS]
 #include "screenMirror.h"

@@ -12,7 +12,7 @@ import java.util.regex.Pattern;
 
 /**
  * A host in Java, over JNA: lists the displays, mirrors the first one onto a light device for some
- * seconds, and shows what is sent and the colours on the screen.
+ * seconds, and shows the data sent and the colours on the screen.
  *
  * <pre>
  * export LD_PRELOAD=$JAVA_HOME/lib/libjsig.so

@@ -1,6 +1,6 @@
 #!/usr/bin/env node
 // A host in JavaScript: lists the displays, mirrors the first one onto a light device for some
-// seconds, and shows what is sent and the colours on the screen.
+// seconds, and shows the data sent and the colours on the screen.
 //
 //     npm ci
 //     node mirrorScreen.mjs ADDRESS [SECONDS]

@@ -1,6 +1,6 @@
 #!/usr/bin/env python3
 """A host in Python: lists the displays, mirrors the first one onto a light device for some seconds,
-and shows what is sent and the colours on the screen.
+and shows the data sent and the colours on the screen.
 
     mirror_screen.py ADDRESS [SECONDS]
 

@@ -1,5 +1,5 @@
 //! A host in Rust, standard library only: lists the displays, mirrors the first one onto a light
-//! device for some seconds, and shows what is sent and the colours on the screen.
+//! device for some seconds, and shows the data sent and the colours on the screen.
 //!
 //!     rustc mirror_screen.rs -L native=$(pkg-config --variable=libdir screenMirrorMac)
 //!     ./mirror_screen ADDRESS [SECONDS]
