@@ -14,7 +14,7 @@ namespace {
 // 'BGRA', as a four-character code.
 constexpr std::int32_t pixelFormatBGRA = 0x42475241;
 
-// Of a frame buffer and of a stream's frames, whatever the depth of the display's images.
+// In the frame buffer and in a stream's frames, whatever the depth of the display's images.
 constexpr unsigned long pixelBytes = 4;
 
 // The size of a stream's frames.
@@ -23,16 +23,16 @@ struct FrameSize {
     unsigned long height;
 };
 
-// Stream queue. Takes over a complete frame; idle, blank and stopped notifications leave the last
-// one in place. The surface's rows are tightly packed. A stream that outlived its configuration,
-// as after a run that failed, has frames of another size, which are no use to anyone.
+// Stream queue. Copies a complete frame; idle, blank and stopped notifications leave the last one
+// in place. The surface's rows are tightly packed. A stream that outlived its configuration, for
+// example after a failed run, may have frames of another size, which are ignored.
 void takeFrame(const MirrorManager &manager, FrameSize size, CGDisplayStreamFrameStatus status,
                IOSurfaceRef surface) {
     if (status != kCGDisplayStreamFrameStatusFrameComplete || surface == nullptr)
         return;
     if (size.width != manager.screenWidth || size.height != manager.screenHeight)
         return;
-    const FrameLease lease; // a stop need not wait for this queue
+    const FrameLease lease; // a stop does not always wait for this queue
     IOSurfaceLock(surface, kIOSurfaceLockReadOnly, nullptr);
     if (unsigned char *buffer = __atomic_load_n(&manager.frameBuffer, __ATOMIC_SEQ_CST)) {
         const FrameArrival arrival;
@@ -42,8 +42,8 @@ void takeFrame(const MirrorManager &manager, FrameSize size, CGDisplayStreamFram
     IOSurfaceUnlock(surface, kIOSurfaceLockReadOnly, nullptr);
 }
 
-// Bytes of a frame of four bytes a pixel; the largest size, which no allocation meets, when that
-// does not fit 64 bits.
+// Bytes of a frame with four bytes per pixel. If they do not fit 64 bits: the largest size, which
+// no allocation can satisfy.
 std::size_t frameSize(unsigned long width, unsigned long height) {
     std::size_t size = 0;
     if (__builtin_mul_overflow(width, height, &size) ||
@@ -61,8 +61,8 @@ void *MirrorManager::initScreen() {
     bytesPerPixel = CGImageGetBitsPerPixel(image) >> 3;
     CGImageRelease(image);
 
-    // Forgotten before the new one is made: should that fail, no frame of the new size may be
-    // copied into a buffer of the old size.
+    // Reset before the allocation: if that fails, no frame of the new size may be copied into a
+    // buffer of the old size.
     frameBuffer = nullptr;
     firstFrame = FirstFrame::Awaited;
     frameBuffer = new unsigned char[frameSize(screenWidth, screenHeight)]();
@@ -82,7 +82,7 @@ Frame MirrorManager::currentFrame() const {
 }
 
 int MirrorManager::initDisplayStream() {
-    displayStream = nullptr; // a stream of another size may not outlive a failure
+    displayStream = nullptr; // on failure, a stream of another size must not remain
     if (!hasDisplayStreams()) {
         std::puts("This system has no display streams!");
         return 0;

@@ -1,4 +1,4 @@
-// The colour functions over the manager's own frame and sample grid.
+// The colour functions, applied to the manager's frame and sample grid.
 #include "colour/dominantColour.h"
 #include "colour/palette.h"
 #include "mirror/firstFrame.h"

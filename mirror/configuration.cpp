@@ -5,8 +5,7 @@
 #include <cstdio>
 #include <rapidjson/document.h>
 
-// A document that lacks a member, or has one of the wrong type, is stopped by RapidJSON's
-// assertions and by nothing else.
+// Only RapidJSON's assertions stop a document that lacks a member or has one of the wrong type.
 #ifdef NDEBUG
 #error "build this file without NDEBUG: it relies on the JSON library's assertions"
 #endif
@@ -50,7 +49,7 @@ int MirrorManager::setMirrorConfig(char *json) {
     try {
         Document document;
         rapidjson::StringStream text(json);
-        // The other way calls itself once a level, so that a text could use up the host's stack.
+        // The default parser recurses per level, so a deeply nested text could overflow the stack.
         document.ParseStream<rapidjson::kParseIterativeFlag>(text);
         if (document.HasParseError()) {
             std::puts("Bad json!");

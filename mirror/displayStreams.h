@@ -1,5 +1,5 @@
-// The display stream calls, which a later macOS may lack: they are null there, and a host that
-// loads this library starts all the same. Included wherever they are called.
+// Makes the display stream functions weak. A later macOS may lack them: they are null there, and a
+// host that loads this library still starts. Include this header wherever they are called.
 #pragma once
 
 #include <CoreGraphics/CoreGraphics.h>

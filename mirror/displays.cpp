@@ -14,10 +14,9 @@ constexpr std::uint32_t maxDisplays = 10;
 int MirrorManager::getDisplays(char *buffer, int bufferLength) {
     try {
         CGGetActiveDisplayList(maxDisplays, nullptr, &displayCount);
-        // Room for as many as the second call may write: a display can appear between the two.
+        // Room for all that the second call may write: a display can appear between the two calls.
         std::vector<CGDirectDisplayID> displays(maxDisplays);
-        // The first count may be of more displays than are ever listed. If the second call fails,
-        // no identifier is known.
+        // The first count may exceed maxDisplays. If the second call fails, no identifier is known.
         if (CGGetActiveDisplayList(maxDisplays, displays.data(), &displayCount) != kCGErrorSuccess)
             displayCount = 0;
         displayCount = std::min(displayCount, maxDisplays);

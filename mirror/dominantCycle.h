@@ -1,13 +1,12 @@
-// What melt and fade mode share: they follow the screen's dominant colour and send only when it
-// has changed noticeably. Mirroring thread.
+// Shared by melt and fade mode, which follow the screen's dominant colour and send only when it has
+// changed noticeably. Mirroring thread.
 #pragma once
 
 #include "mirror/frameLoop.h"
 
 #include <cstdlib>
 
-// A channel that falls to 0 is a change however small the step; otherwise a step above 4 in any
-// channel is.
+// True if any channel drops to 0, however small the step, or differs by more than 4.
 inline bool differsNoticeably(RGB from, RGB to) {
     const auto channelDiffers = [](int a, int b) {
         return (a != 0 && b == 0) || std::abs(a - b) > 4;

@@ -1,21 +1,21 @@
-// The first frame of a configuration, which is copied over black.
+// Keeps readers from using a half-copied first frame.
 //
-// Reading the frame buffer while a later frame arrives gives two frames of one film, which is
-// accepted. A mixture of the first frame and black is a picture that was never on the screen, and
-// the colours that melt, fade and palette mode take from it stay on the lights.
+// Reading the frame buffer while a later frame arrives mixes two consecutive frames, which is
+// accepted. The first frame of a configuration is copied over black, though: the mixture was never
+// on the screen, and the colours that melt, fade and palette mode take from it stay on the lights.
 #pragma once
 
 #include <atomic>
 
 enum class FirstFrame {
-    Awaited,  // the buffer is black, or somebody else's
-    Arriving, // on the stream's queue
+    Awaited,  // no frame has been copied yet
+    Arriving, // the stream's queue is copying it
     Whole,
 };
 
 extern std::atomic<FirstFrame> firstFrame;
 
-// Stream queue: held while a frame is copied. Only the first one makes a difference.
+// Stream queue: exists while a frame is copied. Only the first one changes `firstFrame`.
 class FrameArrival {
 public:
     FrameArrival();
@@ -24,11 +24,12 @@ public:
     FrameArrival &operator=(const FrameArrival &) = delete;
 };
 
-// Waits while the first frame arrives; for a second at most, and not for a run that is being
-// stopped, since the stream's queue may be held up. How far the first frame has come then.
+// Waits while the first frame is Arriving, for a second at most and only while `running` is set,
+// since the stream's queue may be blocked. Returns the state at the end of the wait.
 FirstFrame awaitFirstFrame(const bool &running);
 
-// What `read` makes of the frame buffer, from before the first frame or from after it.
+// Calls `read`, again if the first frame arrived meanwhile, and returns the last result. If
+// awaitFirstFrame() gives up, that result may mix the frame with black.
 template <class Read> auto readWholeFrame(const bool &running, Read read) {
     for (;;) {
         const FirstFrame before = awaitFirstFrame(running);

@@ -1,4 +1,4 @@
-// The snapshot of what was sent: asking for it, and handing it out as JSON.
+// Captures a sent frame and returns it as JSON.
 #include "mirror/jsonMemory.h"
 #include "mirror/panelFrame.h"
 #include "mirror/screenMirrorMac.h"

@@ -21,7 +21,7 @@ FrameLease::~FrameLease() {
 bool FrameLease::awaitNone() {
     constexpr int patience = 1000; // milliseconds
     for (int waited = 0; leases != 0; ++waited) {
-        // A signal may have interrupted the reader, which then reads no further.
+        // A signal may have interrupted the reader, which then never finishes.
         if (waited == patience || endsBySignal())
             return false;
         std::this_thread::sleep_for(std::chrono::milliseconds(1));

@@ -1,9 +1,9 @@
-// Reading the frame buffer from outside the mirroring thread, which may end its run and free the
-// buffer at any moment.
+// Protects the frame buffer while a thread other than the mirroring thread uses it. The mirroring
+// thread may end its run and free the buffer at any time.
 #pragma once
 
-// Held while a frame is read. Taking it never waits, so that a signal handler which ends the run on
-// the reader's own thread cannot be locked out.
+// Held while the buffer is used. Acquiring it never waits, so a signal handler that ends the run on
+// the reader's own thread cannot deadlock.
 class FrameLease {
 public:
     FrameLease();
@@ -11,7 +11,8 @@ public:
     FrameLease(const FrameLease &) = delete;
     FrameLease &operator=(const FrameLease &) = delete;
 
-    // Waits until nobody reads a buffer that is no longer handed out. False when somebody still
-    // does after a second, or a signal is ending the process: the buffer must then not be freed.
+    // Waits until no lease is held; call it when new readers can no longer get the buffer. False
+    // when one is still held after a second, or when a signal is ending the process: the buffer
+    // must then not be freed.
     static bool awaitNone();
 };

@@ -1,17 +1,17 @@
 // The frame loop that all modes share. Mirroring thread.
 //
-// A mode says only what is its own. It is a plain struct with three members:
+// A mode is a plain struct with three members:
 //
 //     Cycle next();
-//         Looks at the screen and decides what this cycle does.
+//         Reads the screen and decides what this cycle does.
 //     bool light(int deviceIndex, const Device &device, PanelFrame &frame);
-//         Builds the device's datagram; false when it has nothing to say to this device. Called
-//         for every device, in order, in each cycle that sends. lightEveryPanel() does it for modes
-//         in which every panel gets a record.
+//         Builds the device's datagram; false when there is nothing to send to this device. Called
+//         for every device, in order, in each cycle that sends. Modes in which every panel gets a
+//         record can use lightEveryPanel().
 //     std::int32_t frameDelay() const;
 //         Milliseconds to sleep after a cycle; 0 or less: none.
 //
-// A new mode is such a struct in a file of its own, a method of MirrorManager that hands it to
+// A new mode consists of such a struct in its own file, a method of MirrorManager that passes it to
 // runFrameLoop(), and a case in the run loop's switch.
 #pragma once
 
@@ -29,8 +29,8 @@ enum class Cycle {
     Again, // start the next cycle at once
 };
 
-// Builds a datagram with a record for every panel, asking `colourOf(panel)` and then
-// `timeOf(panel)` panel by panel. Always true.
+// Builds a datagram with a record for every panel, calling `colourOf(panel)` and then
+// `timeOf(panel)` for each. Always true.
 template <class ColourOf, class TimeOf>
 bool lightEveryPanel(const Device &device, PanelFrame &frame, ColourOf colourOf, TimeOf timeOf) {
     frame.begin(device.controlVersion, device.numPanels);
@@ -43,8 +43,8 @@ bool lightEveryPanel(const Device &device, PanelFrame &frame, ColourOf colourOf,
     return true;
 }
 
-// Sends one frame to every device. A capture that was asked for before the frame began takes this
-// whole frame, and is then done.
+// Sends one frame to every device. A capture that was requested before the frame began copies this
+// whole frame and is then complete.
 template <class Mode>
 void sendFrame(MirrorManager &manager, int deviceCount, UdpSocket *sockets, Mode &mode,
                PanelFrame &frame) {
@@ -62,7 +62,7 @@ void sendFrame(MirrorManager &manager, int deviceCount, UdpSocket *sockets, Mode
         writeFlag(manager.captureRequested, false);
 }
 
-// Cycles until `running` is false, which is looked at only between cycles: a cycle that has begun
+// Cycles until `running` is false, which is checked only between cycles: a cycle that has begun
 // sends to every device.
 template <class Mode>
 void runFrameLoop(MirrorManager &manager, int deviceCount, UdpSocket *sockets, Mode mode) {

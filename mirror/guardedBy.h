@@ -1,6 +1,6 @@
 // Tells the compiler which lock guards a member: clang's thread safety analysis then refuses code
-// that touches the member without it. The macOS build asks for the analysis, since its C++ library
-// says of its locks what they do.
+// that touches the member without it. The macOS build enables the analysis, since its C++ library
+// annotates its locks.
 #pragma once
 
 #ifdef __clang__

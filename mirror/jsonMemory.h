@@ -1,5 +1,5 @@
-// The JSON library with an allocator that throws. Its own hands out null when memory is refused,
-// and what it then writes to is null.
+// The JSON library with an allocator that throws. Its own allocator returns null when memory runs
+// out, and the library then writes through the null pointer.
 #pragma once
 
 #include <cstdlib>
@@ -8,7 +8,7 @@
 #include <rapidjson/stringbuffer.h>
 #include <rapidjson/writer.h>
 
-// The C library's memory, like the JSON library's standard allocator. Throws std::bad_alloc.
+// Uses malloc(), like the JSON library's standard allocator. Throws std::bad_alloc.
 class JsonMemory {
 public:
     static const bool kNeedFree = true; // the name is the JSON library's
@@ -30,16 +30,16 @@ private:
     }
 };
 
-// Where a text is written.
+// The buffer and the writer that texts are built with.
 using JsonText = rapidjson::GenericStringBuffer<rapidjson::UTF8<>, JsonMemory>;
 using JsonWriter = rapidjson::Writer<JsonText, rapidjson::UTF8<>, rapidjson::UTF8<>, JsonMemory>;
 
-// The buffers that texts are kept in have the JSON library's standard allocator, and only what is
-// known to be there is written to.
+// Finished texts are kept in buffers with the JSON library's standard allocator. The functions
+// below check that there is memory before they write to it.
 
-// The text of `kept` with a zero behind it. Throws std::bad_alloc.
+// The text of `kept` with a terminating zero. Throws std::bad_alloc.
 inline const char *terminated(rapidjson::StringBuffer &kept) {
-    if (kept.GetSize() == 0) { // may have no memory yet; a text has room for the zero
+    if (kept.GetSize() == 0) { // may have no memory yet; any other text has room for the zero
         if (kept.Push(1) == nullptr) {
             kept = rapidjson::StringBuffer();
             throw std::bad_alloc();
@@ -49,9 +49,9 @@ inline const char *terminated(rapidjson::StringBuffer &kept) {
     return kept.GetString();
 }
 
-// Replaces what is in `kept`. Throws std::bad_alloc; `kept` is then empty.
+// Replaces the contents of `kept`. Throws std::bad_alloc; `kept` is then empty.
 inline void keep(const JsonText &text, rapidjson::StringBuffer &kept) {
-    kept = rapidjson::StringBuffer(); // a refusal would cost what a buffer holds
+    kept = rapidjson::StringBuffer(); // a failed reallocation would leak the buffer's old memory
     char *bytes = kept.Push(text.GetSize() + 1);
     if (bytes == nullptr) {
         kept = rapidjson::StringBuffer();

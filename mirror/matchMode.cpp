@@ -6,8 +6,8 @@
 
 namespace {
 
-// Whether every sample of every panel is on a frame. What decides it does not change while a run
-// lasts, so it is asked once.
+// Whether every sample of every panel is on the frame. The answer does not change during a run, so
+// it is computed once.
 bool onFrame(const Frame &frame, const std::vector<Device> &devices) {
     return std::all_of(devices.begin(), devices.end(), [&](const Device &device) {
         return std::all_of(device.panels.begin(), device.panels.end(), [&](const Panel &panel) {
@@ -20,7 +20,8 @@ struct Match {
     const MirrorManager &manager;
     const bool allOnFrame = onFrame(manager.currentFrame(), manager.devices);
 
-    // A frame half-way is made good by the next cycle, unless it is still half-way then.
+    // A first frame that starts to arrive after the wait may be mixed with black. The next cycle,
+    // which waits for it again, corrects the colours unless that wait gives up.
     Cycle next() {
         awaitFirstFrame(manager.running);
         return Cycle::Send;

@@ -1,4 +1,4 @@
-// Melt mode: all panels take the dominant colour, each in a random time of its own.
+// Melt mode: all panels take the dominant colour, each with its own random transition time.
 #include "mirror/dominantCycle.h"
 
 #include <cstdlib>

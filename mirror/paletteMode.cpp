@@ -8,15 +8,15 @@ namespace {
 
 struct Palette {
     MirrorManager &manager;
-    std::vector<std::vector<std::int32_t>> holdTicks; // a device, then a panel; 0: change now
+    std::vector<std::vector<std::int32_t>> holdTicks; // by device and panel; below 2: change now
     std::vector<RGB> colours;                         // of this tick
     std::vector<std::size_t> changing = {};           // the panels of one device that change
 
-    // The manager's palette is the host's to read; this tick's colours stay here, where no
-    // getPalette() replaces them half-way.
+    // getPalette() replaces the manager's palette. This tick uses its own copy of the colours, so
+    // that they cannot change half-way.
     Cycle next() {
-        // The lock is waited for only while the run goes on: a signal that interrupts getPalette()
-        // ends the run on the very thread that holds it.
+        // Wait for the lock only while the run continues: a signal handler that interrupts
+        // getPalette() ends the run on the very thread that holds the lock.
         for (int tries = 0; !manager.mutex.try_lock(); ++tries) {
             if (!readFlag(manager.running))
                 return Cycle::Again;
@@ -28,7 +28,7 @@ struct Palette {
         return colours.empty() ? Cycle::Again : Cycle::Send;
     }
 
-    // Between two tries; a palette is made within the first thousand.
+    // Called between two tries. getPalette() normally releases the lock within the first thousand.
     static void waitBriefly(int tries) {
         if (tries < 1000)
             std::this_thread::yield();
@@ -36,7 +36,7 @@ struct Palette {
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
 
-    // Only the panels whose time has run out get a record.
+    // Only the panels whose hold time has expired get a record.
     bool light(int deviceIndex, const Device &device, PanelFrame &frame) {
         std::vector<std::int32_t> &hold = holdTicks[static_cast<std::size_t>(deviceIndex)];
         changing.clear();

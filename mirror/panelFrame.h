@@ -8,12 +8,12 @@
 #include <string>
 #include <vector>
 
-// Builds the datagram of one device after another in the same storage. docs/datagrams.md shows the
+// Builds the datagrams of one device after another in the same buffer. docs/datagrams.md shows the
 // bytes. Values wider than their field keep their low bits.
 class PanelFrame {
 public:
-    // Starts over: the narrow layout for control version 1, else the wide one. `panelCount` is
-    // what the header says, whatever is added afterwards.
+    // Starts a new datagram: the narrow layout for control version 1, else the wide one. The header
+    // contains `panelCount`, however many records are added afterwards.
     void begin(int controlVersion, int panelCount);
 
     // Appends one panel's record.
@@ -30,7 +30,7 @@ public:
         record[4] = colour.b;
         record[5] = 0; // white
         record[6] = narrow ? byte(transitionTime) : byte(transitionTime >> 8);
-        record[7] = byte(transitionTime); // wide only; else the next record takes its place
+        record[7] = byte(transitionTime); // wide only; else overwritten or not part of the datagram
         ++records;
     }
 
@@ -42,7 +42,7 @@ private:
     static constexpr std::size_t recordRoom = 8;
 
     std::vector<unsigned char> bytes =
-        std::vector<unsigned char>(1024); // `used` of them are the datagram
+        std::vector<unsigned char>(1024); // the first `used` bytes are the datagram
     std::size_t used = 0;
     bool narrow = false;
     int records = 0;
@@ -50,6 +50,6 @@ private:
 
 // The text form of a datagram: `numPanels`, one space, then for each of its `recordCount` records
 // the panel's identifier, 1, red, green, blue, white, 5, all separated by single spaces. The 1 and
-// the 5 stand there whatever the datagram carries.
+// the 5 are constants, whatever the datagram contains.
 std::string animDataLine(const unsigned char *frame, int recordCount, int numPanels,
                          int controlVersion);

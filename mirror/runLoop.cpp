@@ -60,7 +60,7 @@ void MirrorManager::runMirror() {
     try {
         const int deviceCount = static_cast<int>(devices.size());
         const auto sockets = std::make_unique<UdpSocket[]>(devices.size());
-        // Without a stream there may be nothing to call either.
+        // Without a stream, the functions that start and stop one may be missing, too.
         if (displayStream == nullptr || CGDisplayStreamStart(displayStream) != kCGErrorSuccess) {
             std::puts("Stream start failed!");
         } else {

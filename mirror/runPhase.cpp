@@ -10,8 +10,8 @@
 constinit std::atomic<RunPhase> runPhase{RunPhase::Idle};
 
 namespace {
-constinit std::atomic<pid_t> owner{0};        // 0: nobody has started a run yet
-std::atomic<std::thread::id> mirroringThread; // nobody's without a run
+constinit std::atomic<pid_t> owner{0};        // 0: no run has been started yet
+std::atomic<std::thread::id> mirroringThread; // no thread's id without a run
 
 } // namespace
 

@@ -1,4 +1,4 @@
-// How far the one mirroring thread has come, and how to part with it.
+// The state of the mirroring thread, and how to start, join and release it.
 #pragma once
 
 #include <atomic>
@@ -6,31 +6,33 @@
 
 enum class RunPhase {
     Idle,     // no run yet
-    Starting, // the thread is made but has not set `running`
-    Begun,    // `running` was set: from now on a stop is seen
-    Ended,    // the thread is done with everything that it shares
+    Starting, // the thread is being created and has not set `running`
+    Begun,    // `running` was set: from now on a stop takes effect
+    Ended,    // the thread no longer uses the manager
 };
 
 // Set by startMirror and by the mirroring thread.
 extern std::atomic<RunPhase> runPhase;
 
-// Tells that the run which is about to start is this process's.
+// Records this process as the owner of the run that is about to start.
 void claimRun();
 
-// False in a child of fork(): it has its parent's memory but none of its threads, so that the run
-// which it finds there is not one that it could end or wait for.
+// False in a child of fork() whose parent started the last run: the child has its parent's memory
+// but none of its threads, so it can neither end that run nor wait for it.
 bool isOwnRun();
 
-// Starts the mirroring thread. Signals are held back until the thread is known as such and `thread`
-// is its handle: a handler on either thread then finds both. Throws std::system_error.
+// Starts the mirroring thread. The signals that end a run are blocked on the caller until `thread`
+// is the new thread's handle, and on the new thread until isMirroringThread() knows it. Throws
+// std::system_error.
 void startMirroringThread(std::thread &thread, void (*run)());
 
-// Whether the caller is the mirroring thread. To be asked from a signal handler, too.
+// Whether the caller is the mirroring thread. May be called from a signal handler.
 bool isMirroringThread();
 
-// Joins the mirroring thread if it can be joined, and lets go of another process's. False when
-// joining failed, with "Error stopping mirror" on standard output.
+// Joins the mirroring thread if it is joinable; the handle of a parent process's thread is released
+// instead. False when joining failed, with "Error stopping mirror" on standard output.
 bool joinMirror(std::thread &thread);
 
-// Forgets a thread without joining it: another process's, or one that could not be joined.
+// Releases a handle without joining: that of a parent process's thread, or of a thread that could
+// not be joined.
 void letGo(std::thread &thread);

@@ -2,15 +2,15 @@
 #include "mirror/runPhase.h"
 #include "mirror/signals.h"
 
-// Made when the library is loaded and destroyed when it is unloaded, with the run stopped first.
+// Constructed when the library is loaded; `unload` destroys it when the library is unloaded.
 [[clang::no_destroy]] MirrorManager mirrorManager;
 MirrorManager *MirrorManager::instance = &mirrorManager;
 
 namespace {
 
 struct Unload {
-    // A signal may end the process while other threads are still inside the library: what they use
-    // is then left to them.
+    // When a signal ends the process, other threads may still be inside the library and use the
+    // manager, so it is not destroyed.
     ~Unload() {
         if (!endsBySignal())
             mirrorManager.~MirrorManager();
@@ -24,7 +24,7 @@ MirrorManager::MirrorManager() = default;
 MirrorManager::~MirrorManager() {
     stopMirror();
     restoreSignals();
-    // Only a thread that could not be joined is still here, and std::thread would abort over it.
+    // Still joinable only if joining failed; std::thread's destructor would end the process.
     if (mirrorThread.joinable())
         letGo(mirrorThread);
 }

@@ -1,4 +1,4 @@
-// The manager that conducts mirroring: it owns all state of the library.
+// The manager that runs mirroring and owns the display, the devices and the frames.
 //
 // Hosts use mirrorInterface.h. This header is for the library's own sources and tests.
 #pragma once
@@ -21,14 +21,15 @@
 #include <vector>
 
 // Three kinds of thread meet here: the host's (every exported function), the mirroring thread (one
-// a run: runMirror and the modes) and the display stream's queue (the frame handler). A handled
+// per run: runMirror and the modes) and the display stream's queue (the frame handler). A handled
 // signal runs signalHandler on whichever thread receives it.
 //
-// No method lets an exception out but initScreen, grabScreen and the modes, whose callers catch.
+// Only initScreen, grabScreen, getAnimDataFromFrame, getPaletteFromScreen and the modes may throw;
+// their callers catch.
 class MirrorManager {
 public:
-    // Tuning of the modes. No configuration changes it. Transition times are in the devices' own
-    // unit, hold times in ticks of the palette mode, delays in milliseconds.
+    // Tuning of the modes; no configuration changes it. Transition times are in the devices' unit,
+    // the palette mode's also count as hold times in its ticks, delays are in milliseconds.
     std::int32_t matchTransitionTime = 1;
     std::int32_t meltTransitionTimeMin = 2;
     std::int32_t meltTransitionTimeRange = 9;
@@ -53,17 +54,17 @@ public:
     unsigned long screenHeight = 0;
     unsigned long bytesPerPixel = 0;
 
-    // Temporaries of measuring and grabbing; not valid afterwards.
+    // Temporaries of initScreen, grabScreen and getDisplays; not valid afterwards.
     CGImageRef image = nullptr;
     CGDataProviderRef dataProvider = nullptr;
     CFDataRef imageData = nullptr;
 
     CGDirectDisplayID displayID = 0;
-    CGDisplayStreamRef displayStream = nullptr; // one a configuration, never released
+    CGDisplayStreamRef displayStream = nullptr; // one per configuration, never released
     std::int32_t mode = 0;                      // 0 match, 1 melt, 2 fade, 3 palette
 
-    // The latest frame: rows packed, four bytes a pixel in the order blue, green, red, alpha.
-    // Owned, made with new[]. Written on the stream's queue and read by the modes without a lock.
+    // The latest frame: rows packed, four bytes per pixel in the order blue, green, red, alpha.
+    // Owned, from new[]. Written on the stream's queue and read by the modes without a lock.
     unsigned char *frameBuffer = nullptr;
 
     std::uint32_t displayCount = 0;
@@ -73,12 +74,12 @@ public:
     bool captureRequested = false;
 
     std::vector<Device> devices;
-    std::vector<std::string> streamFrames; // the captured lines, one a device, in device order
+    std::vector<std::string> streamFrames; // captured lines, one per device sent to, in order
     rapidjson::StringBuffer streamFrameJson;
     std::int32_t streamFrameJsonSize = 0; // of the last successful getSizeOfStreamFrameJson()
     std::vector<RGB> palette MIRROR_GUARDED_BY(mutex);
 
-    // The one manager; set while the library is loaded, for entry points that carry no object.
+    // The one manager, for static functions; set while the library is loaded.
     static MirrorManager *instance;
 
     MirrorManager();
@@ -106,19 +107,19 @@ public:
     static void static_signalHandler(int signum);
     void signalHandler(int signum);
 
-    // Screen capture. Host thread.
-    // Measures the display and allocates a black frameBuffer; returns it. A buffer that was there
-    // before is not freed. Throws std::bad_alloc.
+    // Screen capture. Host thread, except for deInitScreen().
+    // Measures the display and allocates a black frameBuffer; returns it. An earlier buffer is not
+    // freed. Throws std::bad_alloc.
     void *initScreen();
-    // Frees frameBuffer if there is one.
+    // Frees frameBuffer, unless a FrameLease is held too long. The run calls it when it ends.
     void deInitScreen();
-    // Creates displayStream. 1, 0 when the system gives none, -1 on an exception.
+    // Creates displayStream. 1, 0 when the system provides none, -1 on an exception.
     int initDisplayStream();
-    // Copies the screen into frameBuffer once, without the stream. The buffer must be there.
+    // Copies the screen into frameBuffer once, without the stream. The buffer must exist.
     void grabScreen();
 
     // The frame as the colour functions read it; black when there is no buffer. Mirroring thread;
-    // other threads hold a FrameLease (mirror/frameLease.h) while they read.
+    // other threads must hold a FrameLease (mirror/frameLease.h) while they read.
     Frame currentFrame() const;
 
     // Rebuilds samplePixels for the current screen size.
@@ -139,8 +140,8 @@ public:
     // size. Takes no lock.
     std::vector<RGB> getPaletteFromScreen(int size);
 
-    // Modes. Mirroring thread. `sockets` holds `deviceCount` sockets, each aimed at the device at
-    // the same position. They return once they have seen `running` false.
+    // Modes. Mirroring thread. `sockets` holds `deviceCount` sockets; each sends to the device with
+    // the same index. The modes return once they find `running` false.
     void mirrorModeMatch(int deviceCount, UdpSocket *sockets);
     void mirrorModeMelt(int deviceCount, UdpSocket *sockets);
     void mirrorModeFade(int deviceCount, UdpSocket *sockets);

@@ -1,4 +1,4 @@
-// What happens when one of the signals arrives.
+// The handler of the signals that end a run.
 #include "mirror/runPhase.h"
 #include "mirror/screenMirrorMac.h"
 #include "mirror/sharedFlag.h"
@@ -8,10 +8,10 @@
 #include <cstdio>
 #include <cstdlib>
 
-// Waits for the run to come to a phase, as a join would, but not for ever: it may need what the
-// thread that this handler has interrupted holds, such as the lock of the C library's memory.
+// Waits for the run to reach a phase, as a join would, but not for ever: the run may need a lock
+// that the interrupted thread holds, such as malloc()'s.
 template <class Predicate> static bool awaitRun(Predicate isThere) {
-    constexpr int patience = 30000; // milliseconds; a stream may take its time to stop
+    constexpr int patience = 30000; // milliseconds; a stream may be slow to stop
     for (int waited = 0; !isThere(runPhase.load()); ++waited) {
         if (waited == patience)
             return false;
@@ -24,21 +24,21 @@ void MirrorManager::static_signalHandler(int signum) {
     instance->signalHandler(signum);
 }
 
-// Any thread. It does what a signal handler may not do by the book: the process is ending.
+// Any thread. Calls functions that are not async-signal-safe, since the process is ending.
 void MirrorManager::signalHandler(int signum) {
     announceExit();
-    // The mirroring thread cannot join itself, and its handle may not even be there yet.
+    // The mirroring thread cannot join itself, and its handle may not even be set yet.
     const bool onRun = isMirroringThread();
     const bool runExists = !onRun && mirrorThread.joinable() && isOwnRun();
     // A stop before the run has begun would be lost.
     if (runExists)
         awaitRun([](RunPhase phase) { return phase != RunPhase::Starting; });
     writeFlag(running, false);
-    // A join would be for ever if the run waits for what this thread holds.
+    // A join would never return if the run waits for a lock that this thread holds.
     if (onRun || (runExists && !awaitRun([](RunPhase phase) { return phase == RunPhase::Ended; })))
         std::puts("Error stopping mirror");
     else
-        joinMirror(mirrorThread); // fails inside another join
+        joinMirror(mirrorThread); // fails if this handler has interrupted a join
     try {
         std::exit(signum); // NOLINT(concurrency-mt-unsafe): the documented end
     } catch (...) {

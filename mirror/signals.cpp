@@ -8,7 +8,7 @@ namespace {
 struct HandledSignal {
     int number;
     bool installed = false;
-    struct sigaction before = {}; // what the host had there
+    struct sigaction before = {}; // the host's
 };
 
 HandledSignal handledSignals[] = {{SIGINT}, {SIGABRT}, {SIGTERM}, {SIGBUS},
@@ -17,8 +17,8 @@ HandledSignal handledSignals[] = {{SIGINT}, {SIGABRT}, {SIGTERM}, {SIGBUS},
 void (*ourHandler)(int) = nullptr;
 std::atomic<bool> exiting = false;
 
-// Hosts with a runtime of their own run threads on stacks that have no room for a handler, and give
-// these threads an alternate one. signal() alone leaves that unused.
+// Some language runtimes run threads on stacks that are too small for a handler, and give these
+// threads an alternate stack. With signal() alone, the handler would not use it.
 void useAlternateStack(int number) {
     struct sigaction now;
     sigaction(number, nullptr, &now);

@@ -4,16 +4,16 @@
 #include <csignal>
 
 // Installs `handler` for SIGINT, SIGABRT, SIGTERM, SIGBUS, SIGFPE, SIGPIPE and SIGSEGV, and
-// remembers what the host had there. It runs on a thread's alternate stack if the thread has one,
-// and interrupted system calls are restarted. Mirroring thread.
+// remembers the handlers that it replaces. It runs on a thread's alternate stack if the thread has
+// one, and interrupted system calls are restarted. Mirroring thread.
 void installSignals(void (*handler)(int));
 
-// Gives each of these signals back to what the host had before the first run, unless somebody has
-// replaced our handler since. Called at unload: after it, a handler of ours would be a jump into
-// nothing.
+// Restores the handler that ours last replaced for each of these signals, unless ours has itself
+// been replaced since. Called at unload: after that, our handler's code no longer exists.
 void restoreSignals();
 
-// While it lives, none of them reaches the calling thread, nor a thread that it starts.
+// Blocks these signals on the calling thread while it exists. Threads started meanwhile inherit the
+// mask.
 class HeldSignals {
 public:
     HeldSignals();
@@ -27,8 +27,8 @@ private:
     sigset_t before;
 };
 
-// From here on one of them is ending the process. Their handler, on any thread.
+// Records that one of these signals is ending the process. Called by their handler, on any thread.
 void announceExit();
 
-// Whether one of them is ending the process. Any thread.
+// Whether one of these signals is ending the process. Any thread.
 bool endsBySignal();
