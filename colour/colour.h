@@ -1,9 +1,9 @@
-// Colour records and the conversions between them.
+// Colour records.
 //
-// Plain functions of their arguments, callable from any thread. Arithmetic is single precision
-// unless a comment says otherwise, and every step from a real number to an integer truncates
-// towards zero: panels see exactly the integers that come out, so the rounding is part of the
-// design.
+// The functions on them (in this folder) depend only on their arguments and may be called from any
+// thread. Arithmetic is single precision unless a comment says otherwise, and every conversion from
+// a real number to an integer truncates towards zero: panels receive exactly these integers, so the
+// rounding is part of the design.
 #pragma once
 
 #include <cstdint>
@@ -13,12 +13,12 @@ struct RGB {
     std::uint8_t r = 0;
     std::uint8_t g = 0;
     std::uint8_t b = 0;
-    double spare = 0.0; // always 0.0; nothing reads it
+    double spare = 0.0; // always 0.0; unused
 };
 
 // Hue, saturation, lightness.
 struct HSL {
-    std::int32_t h = 0; // whole degrees, or a bucket index on a scale that HSLToRGB is told
+    std::int32_t h = 0; // whole degrees, or a bucket index (HSLToRGB takes the scale)
     std::int32_t s = 0; // whole percent
     std::int32_t l = 0; // whole percent
 };

@@ -21,14 +21,15 @@ float Max(float a, float b, float c) {
 }
 
 // channel / 255, rounded to single precision: 1 / 255 is 0x1.010101...p-8, and multiplying by it in
-// two parts gives for each of the 256 channels what a division does, in a fraction of its time.
+// two parts gives the same result as a division for each of the 256 values, in a fraction of the
+// time.
 static constexpr float fraction(int channel) {
     const float c = static_cast<float>(channel);
     return c * 0x1.01p-8f + c * 0x1.010102p-24f;
 }
 
 namespace {
-// Of one colour, as fractions, with their extremes.
+// The channels of one colour as fractions, with their minimum and maximum.
 struct Channels {
     Channels(std::uint32_t red, std::uint32_t green, std::uint32_t blue)
         : r(fraction(static_cast<int>(red))), g(fraction(static_cast<int>(green))),
@@ -37,16 +38,16 @@ struct Channels {
 };
 } // namespace
 
-// In whole degrees, without a branch, so that the compiler can convert several colours at once.
+// In whole degrees. Has no branches, so that the compiler can convert several colours at once.
 static inline std::int32_t hue(const Channels &c) {
     const float spread = c.max - c.min;
-    // Of a grey the difference is 0 as well; any divisor but 0 will do, and this is less than the
-    // spread of any other colour.
+    // For a grey the difference is 0, too, so any divisor other than 0 will do; this one is less
+    // than the spread of any other colour.
     const float divisor = spread > 1.0f / 1024.0f ? spread : 1.0f / 1024.0f;
     const float difference = c.r == c.max ? c.g - c.b : c.g == c.max ? c.b - c.r : c.r - c.g;
     const float turn = c.r == c.max ? 0.0f : c.g == c.max ? 120.0f : 240.0f;
     const auto degrees = static_cast<std::int32_t>(difference * 60.0f / divisor + turn);
-    return degrees < 0 ? degrees + 360 : degrees; // at most 300 before
+    return degrees < 0 ? degrees + 360 : degrees; // never above 300 without the wrap
 }
 
 static constexpr std::int32_t lightness(float min, float max) {
@@ -54,8 +55,8 @@ static constexpr std::int32_t lightness(float min, float max) {
 }
 
 static constexpr std::int32_t saturation(float min, float max) {
-    // The lightness is asked after its truncation: a colour may differ from grey and still be so
-    // dark that it counts as unsaturated.
+    // Tests the truncated lightness: a colour may differ from grey and still be so dark that it
+    // counts as unsaturated.
     const std::int32_t l = lightness(min, max);
     if (l == 0 || min == max)
         return 0;
@@ -66,7 +67,7 @@ static constexpr std::int32_t saturation(float min, float max) {
     return static_cast<std::int32_t>(d / (min + max));
 }
 
-// Of all channels up to `high` with themselves, and of `low` with `high`.
+// Index of a pair with `low` <= `high` when all such pairs are ordered by `high`, then by `low`.
 static constexpr std::uint32_t pairNumber(std::uint32_t low, std::uint32_t high) {
     return high * (high + 1) / 2 + low;
 }
@@ -76,8 +77,8 @@ int hslBias(HSL hsl) {
 }
 
 namespace {
-// Divisions take long, and there are few enough pairs of channels. A byte each, since a processor's
-// nearest cache should hold them all.
+// Saturations by pairNumber(), since a look-up is faster than a division. One byte each, to keep
+// the table (32 KiB) about as small as a first-level cache.
 struct SaturationTable {
     std::uint8_t percent[256 * 257 / 2] = {};
 
@@ -98,8 +99,8 @@ HSL RGBToHSL(RGB rgb) {
             lightness(channels.min, channels.max)};
 }
 
-// Plain loops, each of which the compiler turns into instructions for several colours at once;
-// which ones it may use is up to the caller that this becomes a part of.
+// Plain loops that the compiler vectorises. Always inlined, so that the caller's target attribute
+// decides which instructions may be used.
 __attribute__((always_inline)) static inline void
 convert(const std::uint32_t (&__restrict words)[HSLColumns::capacity], HSLColumns &__restrict out) {
     std::uint16_t pairs[HSLColumns::capacity];
@@ -133,7 +134,7 @@ convertWide(const std::uint32_t (&words)[HSLColumns::capacity], HSLColumns &out)
 }
 
 static constexpr WordsToHSL ways[] = {convertAnywhere, convertWide};
-static const std::size_t knownWays = hasAVX2() ? 2 : 1; // asked once, while the library is loaded
+static const std::size_t knownWays = hasAVX2() ? 2 : 1; // checked once, when the library is loaded
 #else
 static constexpr WordsToHSL ways[] = {convertAnywhere};
 static constexpr std::size_t knownWays = 1;
@@ -157,8 +158,8 @@ float HueToRGB(float p, float q, float t) {
     return p;
 }
 
-// A channel of 0 to 1 as a byte: truncated, and only the low 8 bits kept. What no integer can
-// hold, which only absurd saturations and lightnesses lead to, gives 0.
+// A channel of 0 to 1 as a byte: truncated, and only the low 8 bits kept. A value outside the
+// 32-bit range, which only absurd saturations and lightnesses produce, gives 0.
 static std::uint8_t toByte(float channel) {
     const float scaled = channel * 255.0f;
     if (!(scaled > -2147483648.0f && scaled < 2147483648.0f))

@@ -13,10 +13,10 @@ float Max(float a, float b, float c);
 HSL RGBToHSL(RGB rgb);
 
 // The weight of a colour in the dominant one, 1 to 20: lightness gives 1 to 10, saturation 0 to 10
-// unless the colour is very dark. Bright, saturated pixels have more say than dark, grey ones.
+// unless the colour is very dark. Bright, saturated pixels weigh more than dark, grey ones.
 int hslBias(HSL hsl);
 
-// Many colours, by their parts.
+// Many colours, one array per component.
 struct HSLColumns {
     static constexpr int capacity = 256;
     std::uint16_t hue[capacity];
@@ -27,7 +27,8 @@ struct HSLColumns {
 // RGBToHSL of pixel words, several at a time: red in bits 16 to 23, green 8 to 15, blue 0 to 7.
 using WordsToHSL = void (*)(const std::uint32_t (&words)[HSLColumns::capacity], HSLColumns &out);
 
-// The ways in which this processor can do it, all with the same result; the last is the fastest.
+// The implementations that this processor supports, all with the same result; the last is the
+// fastest.
 std::span<const WordsToHSL> conversions();
 
 // One channel, 0 to 1, of the HSL conversion.

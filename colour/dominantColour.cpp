@@ -13,7 +13,7 @@ namespace {
 
 constexpr int hueBuckets = 320;          // of 1.125 degrees
 constexpr int overwhelmingWeight = 4479; // a bucket above it is taken however dark it is
-constexpr int alternativeWeight = 320;   // least weight of a bucket taken in a dark leader's stead
+constexpr int alternativeWeight = 320;   // least weight of a bucket that may replace a dark leader
 constexpr int leastLightness = 5;        // percent; below it a bucket counts as dark
 
 using Buckets = HueBucket[hueBuckets];
@@ -36,12 +36,12 @@ void updateLeaders(Leader (&leaders)[3], std::int32_t weight, std::int32_t bucke
     }
 }
 
-// Of a hue in degrees.
+// The bucket of a hue in degrees.
 unsigned bucketOf(unsigned hue) {
     return hue * 8 / 9;
 }
 
-// A leader's hue and averages, for the weight that it had when it took its slot.
+// A leader's hue and averages; the divisor is the weight that it had when it took its slot.
 HSL average(const Buckets &buckets, const Leader &leader) {
     const HueBucket &bucket = buckets[leader.bucket];
     return {leader.bucket, bucket.saturation() / leader.weight, bucket.lightness() / leader.weight};
@@ -51,8 +51,8 @@ bool canStay(const Leader &heaviest, HSL itsAverage) {
     return heaviest.weight > overwhelmingWeight || itsAverage.l >= leastLightness;
 }
 
-// The answer on most screens, found without following the leaders from sample to sample: the
-// heaviest bucket, if no other weighs the same and it can stay. Nothing otherwise.
+// The result on most screens, found without updating the leaders for every sample: the heaviest
+// bucket, if no other has the same weight and it can stay. Nothing otherwise.
 std::optional<HSL> clearLeader(const Frame &frame, const std::int32_t *samples, int count) {
     HueHistogram<hueBuckets> histogram;
     forEachSample(frame, samples, count, mostBias,
@@ -90,8 +90,8 @@ RGB dominantColour(const Frame &frame, const std::int32_t *samples, int count) {
     if (canStay(leaders[0], heaviest))
         return HSLToRGB(heaviest, hueBuckets);
 
-    // The heaviest hue is nearly black: look for another. A second slot that has the weight but is
-    // dark as well settles the matter; the third is then not asked.
+    // The heaviest hue is nearly black: look for another. If the second slot has the weight but is
+    // dark as well, the heaviest stays; the third slot is not considered.
     for (const Leader &leader : {leaders[1], leaders[2]}) {
         if (leader.weight < alternativeWeight)
             continue;

@@ -8,12 +8,12 @@
 
 namespace {
 
-// The bytes of some pixels: blue, green, red and a fourth, whose sum nobody reads.
+// The bytes of some pixels: blue, green, red and a fourth, whose sum is not used.
 using OnePixel = std::uint8_t __attribute__((vector_size(4)));
 using TwoPixels = std::uint8_t __attribute__((vector_size(8)));
 using Pairs = std::int16_t __attribute__((vector_size(16)));
 using Squares = std::int32_t __attribute__((vector_size(32)));
-using Sums = std::int32_t __attribute__((vector_size(16))); // wraps as unsigned numbers do
+using Sums = std::int32_t __attribute__((vector_size(16))); // wraps like unsigned numbers
 
 OnePixel bytesOf(std::uint32_t word) {
     OnePixel bytes;
@@ -27,7 +27,7 @@ Sums squares(std::uint32_t first, std::uint32_t second) {
         __builtin_shufflevector(bytesOf(first), bytesOf(second), 0, 4, 1, 5, 2, 6, 3, 7);
     const Pairs wide = __builtin_convertvector(pairs, Pairs);
 #ifdef __SSE2__
-    return Sums(_mm_madd_epi16(__m128i(wide), __m128i(wide))); // what stands below, at once
+    return Sums(_mm_madd_epi16(__m128i(wide), __m128i(wide))); // as below, in one instruction
 #else
     const Squares squared =
         __builtin_convertvector(wide, Squares) * __builtin_convertvector(wide, Squares);

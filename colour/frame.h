@@ -15,7 +15,7 @@ struct Frame {
 
     // The pixel word at `index`: red in bits 16 to 23, green 8 to 15, blue 0 to 7. An index
     // outside the frame reads as black, so a sample table that was made for another screen size,
-    // or that reaches over the edge, can never read foreign memory.
+    // or that extends beyond the edge, never causes a read of other memory.
     std::uint32_t word(std::int32_t index) const {
         if (bytes == nullptr ||
             static_cast<std::uint64_t>(static_cast<std::int64_t>(index)) >= pixelCount)
@@ -23,7 +23,7 @@ struct Frame {
         return wordOnFrame(index);
     }
 
-    // Whether none of `count` indices is off the frame.
+    // Whether there are bytes and all of `count` indices are on the frame.
     bool holds(const std::int32_t *indices, int count) const;
 
     // word() of an index that is known to be on the frame.
@@ -34,7 +34,7 @@ struct Frame {
         return pixel;
     }
 
-    // Starts to fetch that pixel from memory, for a word() to come. Any index will do.
+    // Prefetches the pixel at `index` for a later word(). Any index is allowed.
     void fetch(std::int32_t index) const {
         // Not pointer arithmetic: the index may lie outside the frame.
         // NOLINTNEXTLINE(performance-no-int-to-ptr)
@@ -42,7 +42,7 @@ struct Frame {
                                                           std::intptr_t{index} * 4));
     }
 
-    // The colour of that pixel.
+    // The colour of the pixel at `index`, as word() reads it.
     RGB colour(std::int32_t index) const {
         const std::uint32_t pixel = word(index);
         return {static_cast<std::uint8_t>(pixel >> 16), static_cast<std::uint8_t>(pixel >> 8),
@@ -55,6 +55,6 @@ struct Frame {
 // Bright pixels weigh more than in a plain mean. A count below 1 gives black.
 RGB rootMeanSquare(const Frame &frame, const std::int32_t *indices, int count);
 
-// The same, for indices that the frame is known to hold: reads without asking, in two thirds of the
+// The same for indices that the frame is known to hold, without bounds checks, in two thirds of the
 // time.
 RGB rootMeanSquareOnFrame(const Frame &frame, const std::int32_t *indices, int count);

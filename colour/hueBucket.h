@@ -1,4 +1,4 @@
-// What the colours of one range of hues add up to.
+// Sums over the colours of one range of hues.
 #pragma once
 
 #include "colour/conversion.h"
@@ -7,17 +7,17 @@
 
 // What one colour adds to its bucket.
 struct Share {
-    std::uint16_t count;      // how often the colour counts
-    std::uint16_t saturation; // percent, that often
-    std::uint16_t lightness;  // percent, that often
+    std::uint16_t count;      // the colour's weight
+    std::uint16_t saturation; // percent, times the count
+    std::uint16_t lightness;  // percent, times the count
     std::uint16_t none;       // 0
 };
 
-// Each colour counts as often as its bias says and at most `most` times; at most once makes all of
-// them count alike.
+// Calculates the shares. A colour's count is its bias, limited to `most`; with a limit of 1 all
+// colours count the same.
 void share(const HSLColumns &columns, std::uint16_t most, Share (&shares)[HSLColumns::capacity]);
 
-// Adds up the parts of shares side by side, so that a colour costs one addition.
+// Adds all parts of a share at once, so that a colour costs one vector addition.
 class HueBucket {
 public:
     void add(const Share &share) {
@@ -27,7 +27,7 @@ public:
     }
     void operator+=(const HueBucket &other) { sums += other.sums; }
 
-    // Of the shares added.
+    // Sums over the shares added.
     std::int32_t count() const { return static_cast<std::int32_t>(sums[0]); }
     std::int32_t saturation() const { return static_cast<std::int32_t>(sums[1]); }
     std::int32_t lightness() const { return static_cast<std::int32_t>(sums[2]); }
@@ -39,14 +39,14 @@ private:
     Sums sums = {};
 };
 
-// All hues in `size` ranges. On most screens one sample has the hue of the last; two rows that take
-// turns spare it the wait for the sum that was just written.
+// All hues in `size` ranges. On most screens a sample has the same hue as the one before it.
+// Alternating between two rows avoids waiting for the sum that was just written.
 template <int size> class HueHistogram {
 public:
-    // Any two rows that alternate from call to call.
+    // The row depends on whether `turn` is even or odd, which should alternate from call to call.
     HueBucket &bucket(int turn, unsigned index) { return rows[turn & 1][index]; }
 
-    // To be asked once, when everything has been added.
+    // Call once, when everything has been added.
     HueBucket (&total())[size] {
         for (int i = 0; i < size; ++i)
             rows[0][i] += rows[1][i];

@@ -25,7 +25,7 @@ std::vector<RGB> paletteOf(const Frame &frame, const std::int32_t *samples, int 
     std::vector<RGB> palette;
     palette.reserve(static_cast<std::size_t>(std::min(size, hueBuckets)));
     while (static_cast<int>(palette.size()) < size) {
-        // The first of equal counts: the lowest bucket.
+        // Of equal counts, the first: the lowest bucket.
         HueBucket *most = std::max_element(
             std::begin(buckets), std::end(buckets),
             [](const HueBucket &a, const HueBucket &b) { return a.count() < b.count(); });

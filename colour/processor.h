@@ -1,9 +1,9 @@
-// What the processor can do beyond what every one of its kind can.
+// Optional features of the processor.
 #pragma once
 
 #ifdef __x86_64__
 
-// Whether it has AVX2 and the system keeps the wide registers.
+// Whether the processor has AVX2 and the system saves the wide registers.
 bool hasAVX2();
 
 #endif

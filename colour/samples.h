@@ -1,4 +1,4 @@
-// The samples of a frame, one after the other.
+// Iterates over the samples of a frame.
 #pragma once
 
 #include "colour/conversion.h"
@@ -7,10 +7,10 @@
 
 #include <algorithm>
 
-// Calls `use` with a number that is even and odd in turn, the hue and the share of each of `count`
-// samples, in order; a colour counts at most `mostShare` times. Works in blocks: while one is used,
-// the pixels of the next are on their way from memory, and the conversion calculates several pixels
-// at once.
+// For each of `count` samples, in order, calls `use` with a number that alternates between even and
+// odd, the hue and the share, whose count is at most `mostShare`. Works in blocks: while one is
+// used, the pixels of the next are prefetched, and the conversion calculates several pixels at
+// once.
 template <class Use>
 void forEachSample(const Frame &frame, const std::int32_t *samples, int count,
                    std::uint16_t mostShare, Use use) {
