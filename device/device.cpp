@@ -24,9 +24,9 @@ struct Span {
     std::int32_t last; // inclusive
 };
 
-// The columns (or rows) of a square of half-size `r` around `centre`. A square that sticks out at
-// the low edge is moved inwards and keeps its size; at the high edge it is cut short, unless its
-// low end alone reaches that edge: then it is rebuilt to end there.
+// The columns (or rows) of a square of half-size `r` around `centre`. A square that extends beyond
+// the low edge is moved inwards and keeps its size. At the high edge it is cut off, unless even its
+// low end reaches that edge: then it is moved so that it ends there.
 Span squareSpan(Device &device, int centre, int r, int limit) {
     const std::int32_t side = wrappingMultiply(2, r);
     Span span;
@@ -48,8 +48,8 @@ int Device::sparseRectSample(int x, int y, double scale, int *out, int maxSample
     const Span columns = squareSpan(*this, x, r, width);
     const Span rows = squareSpan(*this, y, r, height);
 
-    // 64-bit counters, so that a step over the top of the 32-bit range ends the loop. A wrapped
-    // square can have billions of columns, which without a row are not worth going through.
+    // 64-bit counters, so that a step beyond the 32-bit range ends the loop. A wrapped square can
+    // have billions of columns; if it has no row, the loop over them is skipped.
     int written = 0;
     const std::int64_t lastColumn =
         rows.first <= rows.last ? columns.last : std::numeric_limits<std::int64_t>::min();

@@ -1,11 +1,11 @@
-// Light devices and where on the screen each of their panels looks.
+// Light devices and the screen pixels that each of their panels shows.
 #pragma once
 
 #include <cstdint>
 #include <string>
 #include <vector>
 
-// How many pixels colour one panel.
+// Sampled pixels per panel.
 constexpr int panelSampleCount = 100;
 
 // One light panel. A plain record, copied by value.
@@ -18,7 +18,7 @@ struct Panel {
     std::int32_t numSamplePixels = 0;                 // valid entries of samplePixels
 };
 
-// One networked light device: an address and its panels. A value type; no thread of its own.
+// One networked light device: an address and its panels. A value type that starts no thread.
 class Device {
 public:
     std::string ip;              // IPv4 or IPv6 address as text
@@ -47,7 +47,7 @@ public:
     // y x screenWidth + x, wrapping at 32 bits.
     int coordinatesToPixelIndex(int x, int y);
 
-    // value + delta limited to 0 ... limit - 1; a limit of 0 gives -1 for any sum but a negative
-    // one. The sum wraps at 32 bits.
+    // value + delta limited to 0 ... limit - 1. With a limit of 0, a negative sum gives 0 and any
+    // other sum -1. The sum wraps at 32 bits.
     int limitToBounds(int value, int delta, int limit);
 };

@@ -17,8 +17,8 @@ inline std::int32_t wrappingMultiply(std::int32_t a, std::int32_t b) {
     return static_cast<std::int32_t>(static_cast<std::uint32_t>(a) * static_cast<std::uint32_t>(b));
 }
 
-// Towards zero. What has no 32-bit value, infinities and NaN among it, becomes the least integer,
-// as x86-64's own conversion has it.
+// Truncates towards zero. A value outside the 32-bit range, an infinity or NaN gives the least
+// integer, like the x86-64 conversion instruction.
 inline std::int32_t truncateToInt32(double value) {
     if (value > -2147483649.0 && value < 2147483648.0)
         return static_cast<std::int32_t>(value);
