@@ -27,12 +27,12 @@ const sockaddr *generic(const sockaddr_storage &address) {
     return reinterpret_cast<const sockaddr *>(&address);
 }
 
-// The remote family decides for bind as well as for send.
+// For bind, too, the length depends on the remote address's family.
 socklen_t addressLength(const sockaddr_storage &remote) {
     return remote.ss_family == AF_INET ? sizeof(sockaddr_in) : sizeof(sockaddr_in6);
 }
 
-// Writes family, port and address and no other byte. 1 when the text is an address, else 0.
+// Writes only the family, port and address fields. 1 when the text is an address, else 0.
 int writeAddress(sockaddr_storage &address, const std::string &ip, int port) {
     const in_port_t networkPort = htons(static_cast<std::uint16_t>(port));
     if (isIpv6(ip)) {
@@ -91,8 +91,8 @@ int UdpSocket::bindTo(std::string ip, int port_) {
 }
 
 int UdpSocket::setRemote(std::string ip, int port_) {
-    // The descriptor held before is given up without closing it, so that nobody who still knows
-    // its number meets a stranger's file under it.
+    // The old descriptor is not closed, so that its number cannot come to mean another file for
+    // code that still uses it.
     if (isIpv6(ip))
         socketFd = socket(AF_INET6, SOCK_DGRAM, 0);
     return writeAddress(remoteAddr, ip, port_);

@@ -6,22 +6,22 @@
 #include <sys/socket.h>
 #include <sys/time.h>
 
-// Used by one thread at a time; it has no lock. Whether an address is IPv4 or IPv6 is told by its
-// text alone: a text with a colon is IPv6. Messages go to standard output.
+// Used by one thread at a time; it has no lock. The text of an address alone decides its family: a
+// text with a colon is IPv6, any other IPv4. Messages go to standard output.
 class UdpSocket {
 public:
     std::int32_t socketFd; // negative when opening failed
     std::string ipAddr;    // the address given to the two-argument constructor
     std::string spareIpAddr;
     std::int32_t port;      // the port given to the two-argument constructor
-    std::int32_t sinFamily; // the family that constructor chose
+    std::int32_t sinFamily; // the family that the two-argument constructor chose
     bool connected;         // the descriptor was opened; every transfer requires it
     sockaddr_storage localAddr;
     sockaddr_storage remoteAddr; // the destination; receive() replaces it with the sender
     timeval timeout;
 
     // Opens an IPv4 socket. Prints "cannot open socket" when that fails; the object can then only
-    // be destroyed, and transfers answer -1.
+    // be destroyed, and transfers return -1.
     UdpSocket();
 
     // Opens a socket of the family of `ip` and binds it to `ip`:`port`. A failed bind leaves the
@@ -49,13 +49,13 @@ public:
     // printed when the descriptor never opened; other failures are silent).
     int send(char *buffer, int length);
 
-    // Waits for one datagram, at most as long as setTimeout() said. The bytes received, or -1.
+    // Waits for one datagram, at most for the time set by setTimeout(). The bytes received, or -1.
     int receive(char *buffer, int length);
 
     // Sets the receive time-out. Always 0.
     int setTimeout(int milliseconds);
 
-    // Refuses on an open socket ("Socket is already connected, cannot make changes now", -1).
+    // Fails on an open socket ("Socket is already connected, cannot make changes now", -1).
     // Otherwise makes the descriptor non-blocking: 0, or -1 with "Error while setting socket non
     // blocking".
     int enableNonBlockingMode();
@@ -66,9 +66,9 @@ public:
     // The port of localAddr in host byte order.
     int getPort();
 
-    // The machine's first IPv4 address other than 127.0.0.1, or empty. Prints what it walks over.
+    // The machine's first IPv4 address other than 127.0.0.1, or empty. Prints what it examines.
     std::string getLocalIp();
 
-    // The machine's last IPv6 address, or empty. Prints what it walks over.
+    // The machine's last IPv6 address, or empty. Prints the interfaces that it examines.
     std::string getLocalIpv6();
 };
