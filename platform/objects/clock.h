@@ -1,4 +1,4 @@
-// The one clock of this platform: monotonic, so that a change of the time of day moves no deadline.
+// This platform's only clock: monotonic, so that a change of the time of day moves no deadline.
 #pragma once
 
 #include <chrono>
@@ -7,7 +7,7 @@ namespace platform {
 
 using Clock = std::chrono::steady_clock;
 
-// How long the server may take over any single step before it counts as hung.
+// How long the server may take for a single step before it counts as hung.
 constexpr Clock::duration serverPatience = std::chrono::seconds(2);
 
 } // namespace platform

@@ -52,7 +52,7 @@ std::optional<double> numberOf(CFDictionaryRef dictionary, const void *key) {
 
 } // namespace platform
 
-// Null unless the type is a double: the only numbers there are here.
+// Null unless the type is a double: other numbers are not supported.
 CFNumberRef CFNumberCreate(CFAllocatorRef, CFNumberType theType, const void *valuePtr) {
     if (theType != kCFNumberDoubleType || valuePtr == nullptr)
         return nullptr;
@@ -65,8 +65,8 @@ CFNumberRef CFNumberCreate(CFAllocatorRef, CFNumberType theType, const void *val
     }
 }
 
-// Of the callbacks, retain and release are honoured. Keys are always compared by their address, and
-// of equal keys the first one counts.
+// Of the callbacks, only retain and release are used. Keys are always compared by address, and of
+// equal keys the first one counts.
 CFDictionaryRef CFDictionaryCreate(CFAllocatorRef allocator, const void **keys, const void **values,
                                    CFIndex numValues, const CFDictionaryKeyCallBacks *keyCallBacks,
                                    const CFDictionaryValueCallBacks *valueCallBacks) {

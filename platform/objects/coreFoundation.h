@@ -1,4 +1,4 @@
-// Reference-counted objects behind the CoreFoundation types, and what the platform reads of them.
+// Reference-counted objects behind the CoreFoundation types, and the platform's access to them.
 #pragma once
 
 #include <CoreFoundation/CoreFoundation.h>
@@ -12,7 +12,7 @@ namespace platform {
 
 enum class ObjectType { String, Boolean, Number, Dictionary, Data, DisplayStream };
 
-// The first member of every object that CFRelease takes. An object begins with one reference.
+// The first member of every object that CFRelease takes. An object starts with one reference.
 struct ObjectHeader {
     constexpr explicit ObjectHeader(ObjectType type, bool immortal = false)
         : type(type), immortal(immortal) {}
@@ -25,11 +25,11 @@ struct ObjectHeader {
 // An independent copy of `size` bytes, with one reference.
 CFDataRef createData(const std::uint8_t *bytes, std::size_t size);
 
-// The number that the dictionary holds for exactly this key; nothing when the dictionary is null,
-// has no such key, or holds something else there.
+// The number that the dictionary holds for this key (the same address); nothing when the dictionary
+// is null, lacks the key, or holds another type there.
 std::optional<double> numberOf(CFDictionaryRef dictionary, const void *key);
 
-// Gives back an object that is no longer referenced; its type is DisplayStream.
+// Destroys an object of type DisplayStream that is no longer referenced.
 void destroyDisplayStream(ObjectHeader *stream);
 
 } // namespace platform

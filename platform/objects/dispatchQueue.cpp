@@ -11,15 +11,15 @@
 
 namespace {
 
-// One thread of a queue. Shared by the thread itself and by those who wait for its end.
+// One thread of a queue. Shared by the thread itself and by the threads that wait for its end.
 struct Worker {
     std::thread thread;
-    int waiting = 0; // how many wait for the end; when nobody does, the thread detaches itself
+    int waiting = 0; // number of waiting threads; if it is 0 at the end, the thread detaches itself
 };
 
 struct PostedItem {
     platform::QueueItem item;
-    bool isLast = false; // of one user
+    bool isLast = false; // the last item of one user
 };
 
 } // namespace
@@ -83,7 +83,7 @@ void enterQueue(dispatch_queue_t queue) {
     const std::lock_guard lock(queue->mutex);
     if (!queue->worker) {
         auto worker = std::make_shared<Worker>();
-        // The thread begins by waiting for the mutex, so it finds everything in its place.
+        // The thread first waits for the mutex, so it finds `thread` and `worker` set.
         worker->thread = startThread([queue, worker] { work(queue, worker); });
         queue->worker = std::move(worker);
     }
@@ -106,7 +106,7 @@ bool leaveQueue(dispatch_queue_t queue, QueueItem last, Clock::time_point deadli
     const bool ended = queue->changed.waitUntil(
         lock, deadline, [queue, ticket] { return queue->finished >= ticket; });
     --worker->waiting;
-    // Somebody else who left at the same time may be joining it already.
+    // Another user that left at the same time may already be joining it.
     const bool join = ended && queue->worker != worker && worker->thread.joinable();
     if (!join)
         return ended;
@@ -123,7 +123,7 @@ bool isOnQueue(dispatch_queue_t queue) {
 
 } // namespace platform
 
-// Attributes ask for other than serial queues, of which there are none here.
+// Attributes would request other kinds of queues; only serial ones are supported.
 dispatch_queue_t dispatch_queue_create(const char *label, dispatch_queue_attr_t attr) {
     if (attr != nullptr)
         return nullptr;

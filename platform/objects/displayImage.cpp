@@ -1,4 +1,4 @@
-// Images of displays: the pixels as they were at the call, tightly packed, in the image's own
+// Images of displays: the pixels at the time of the call, tightly packed, in the image's own
 // memory.
 #include "platform/objects/coreFoundation.h"
 #include "platform/objects/signals.h"
@@ -7,7 +7,7 @@
 #include <CoreGraphics/CoreGraphics.h>
 #include <utility>
 
-// The provider is a part of its image and ends with it.
+// Part of its image and destroyed with it.
 struct CGDataProvider {
     platform::Picture picture;
 };

@@ -1,13 +1,13 @@
 // Display streams.
 //
-// A stream that is not running is a little heap memory and nothing else: no descriptor, no thread,
-// no connection. Everything is taken at the start and given back at the stop.
+// A stream that is not running is only a little heap memory: no descriptor, no thread, no
+// connection. The start acquires all of these and the stop releases them.
 //
 // The handler is called on the stream's queue with
 //     complete   and the surface, after the start and then whenever the screen has changed
 //     blank      once when the monitor goes away; complete frames resume when it returns
 //     stopped    as the last call of a run
-// Idle notifications are not sent: a screen that holds still costs nothing at all.
+// Idle notifications are not sent: a still screen costs nothing at all.
 #include "platform/objects/coreFoundation.h"
 #include "platform/objects/signals.h"
 #include "platform/objects/streamRun.h"
@@ -49,13 +49,13 @@ constinit std::mutex runningMutex;
 constinit CGDisplayStream *firstRunning = nullptr;
 constinit std::atomic<pid_t> runningProcess = 0;
 
-// Nobody is interrupted while holding it, since an exit in a signal handler takes it as well.
+// Locks the mutex with signals blocked, since an exit in a signal handler locks it as well.
 class RunningLock {
     const platform::QuietSignals quiet;
     const std::lock_guard<std::mutex> lock{runningMutex};
 };
 
-// What a child of fork() finds in the list are its parent's streams.
+// In a child of fork(), the list still holds its parent's streams: they are dropped.
 void list(CGDisplayStream *stream) {
     if (runningProcess != getpid())
         firstRunning = nullptr;
@@ -81,10 +81,10 @@ platform::Clock::duration minimumFrameTimeOf(CFDictionaryRef properties) {
         std::chrono::duration<double>(std::min(seconds, longestFrameTime)));
 }
 
-// The end of a process or of the library while a stream runs, which nobody will stop any more. Runs
-// after the destructors of all static objects: until then somebody might still. A child of fork()
-// has none of the threads and leaves its parent's server alone; nor does it touch the mutex, which
-// a thread of its parent's may have held.
+// Stops the streams that still run when the process ends or the library is unloaded. Runs after the
+// destructors of all static objects, since these may stop streams themselves. In a child of fork()
+// it does nothing: the child has none of the threads, the server connection is its parent's, and a
+// thread of the parent may have held the mutex.
 __attribute__((destructor(101))) void stopRunningStreams() {
     while (runningProcess == getpid()) {
         CGDisplayStream *stream = nullptr;
@@ -103,8 +103,8 @@ __attribute__((destructor(101))) void stopRunningStreams() {
 constinit const CFStringRef kCGDisplayStreamMinimumFrameTime = &minimumFrameTimeKey;
 constinit const CFStringRef kCGDisplayStreamShowCursor = &showCursorKey;
 
-// The pointer is never part of what an X server hands out, so that kCGDisplayStreamShowCursor
-// changes nothing.
+// An X server's images never include the mouse pointer, so kCGDisplayStreamShowCursor has no
+// effect.
 CGDisplayStreamRef
 CGDisplayStreamCreateWithDispatchQueue(CGDirectDisplayID display, size_t outputWidth,
                                        size_t outputHeight, int32_t pixelFormat,
@@ -146,7 +146,7 @@ CGError CGDisplayStreamStart(CGDisplayStreamRef displayStream) {
         run = platform::StreamRun::start(displayStream->settings, displayStream->queue,
                                          displayStream->handler);
     } catch (...) {
-        // Out of memory, descriptors or threads: as if the display could not be captured.
+        // Out of memory, descriptors or threads: treated like a display that cannot be captured.
     }
     const RunningLock lock;
     displayStream->starting = false;

@@ -1,5 +1,5 @@
 // Passes the one frame between the capture thread, which paints it, and the queue's thread, where
-// the handler reads it; and carries the wish to stop.
+// the handler reads it; also carries the stop request.
 #pragma once
 
 #include "platform/objects/clock.h"
@@ -12,14 +12,14 @@ namespace platform {
 
 class FrameGate {
 public:
-    // Capture thread: whether the frame may be painted. When it may not, the end of the handler
-    // ends the next wait().
+    // Capture thread: whether the frame may be painted. If not, giveBack() ends the next wait().
     bool isFree();
 
-    // Capture thread: the frame is now the queue's.
+    // Capture thread: passes the frame to the queue.
     void handOver() { taken.store(true); }
 
-    // Queue's thread: the handler is about to be called, at the time returned; it has returned.
+    // Queue's thread: call begin() before the handler and giveBack() after it. begin() returns the
+    // time of the call.
     Clock::time_point begin();
     void giveBack();
 

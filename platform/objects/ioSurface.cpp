@@ -6,7 +6,7 @@ constexpr IOReturn badArgument = static_cast<IOReturn>(0xe00002c2);
 
 } // namespace
 
-// Nobody writes into a frame while a handler has it, so that a lock has nothing left to do.
+// A frame is not written while a handler has it, so a lock has nothing to do.
 IOReturn IOSurfaceLock(IOSurfaceRef buffer, IOSurfaceLockOptions, uint32_t *seed) {
     if (buffer == nullptr)
         return badArgument;

@@ -1,4 +1,4 @@
-// A surface as a stream's handler gets it: a view of the stream's one frame.
+// The surface that a stream's handler receives: a view of the stream's one frame.
 #pragma once
 
 #include <IOSurface/IOSurface.h>

@@ -1,6 +1,7 @@
 // A condition variable whose deadlines are on the monotonic clock.
 //
-// The standard one offers the same, but over a call that the thread sanitizer does not know.
+// std::condition_variable offers the same, but through a function that the thread sanitizer does
+// not know.
 #pragma once
 
 #include "platform/objects/clock.h"

@@ -11,7 +11,7 @@ namespace platform {
 QuietSignals::QuietSignals() {
     sigset_t quiet;
     sigfillset(&quiet);
-    for (int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP}) // abort() lets its own through
+    for (int fault : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGTRAP}) // abort() unblocks SIGABRT itself
         sigdelset(&quiet, fault);
     pthread_sigmask(SIG_BLOCK, &quiet, &before);
 }
@@ -36,12 +36,12 @@ bool sigpipePending() {
     return sigismember(&pending, SIGPIPE) == 1;
 }
 
-// Takes the SIGPIPE that waits for this thread if a write of its own has raised it, and none that
-// somebody sent to the thread or to the process.
+// Consumes the SIGPIPE that is pending for this thread if one of its own writes raised it, but none
+// that was sent to the thread or to the process.
 //
-// Of each signal at most one waits for a thread and one for the process, and the thread's is taken
-// first. So the mark is dropped if one waits for the thread already, and otherwise is what comes
-// back; the one that waits for the process is never taken.
+// Of each signal at most one is pending for a thread and one for the process, and the thread's is
+// consumed first. So the mark that is queued here is dropped if a SIGPIPE is already pending for
+// the thread, and otherwise comes back itself. The process's SIGPIPE is never consumed.
 void takeOwnSigpipe() {
     sigval mark{};
     mark.sival_ptr = &mark;
@@ -49,12 +49,12 @@ void takeOwnSigpipe() {
     const sigset_t sigpipe = onlySigpipe();
     const timespec atOnce{};
     siginfo_t info{};
-    // The C library's own call makes one that was sent to a thread look like that of a write.
+    // The C library's sigtimedwait() makes a signal sent to a thread look like a write's.
     while (syscall(SYS_rt_sigtimedwait, &sigpipe, &info, &atOnce, _NSIG / 8) < 0 &&
            errno == EINTR) {
     }
     const bool isMark = info.si_code == SI_QUEUE && info.si_value.sival_ptr == mark.sival_ptr;
-    const bool isOfWrite = info.si_code == SI_USER; // as nothing else that is sent to a thread
+    const bool isOfWrite = info.si_code == SI_USER; // no signal sent to a thread has this code
     if (!isMark && !isOfWrite)
         pthread_kill(pthread_self(), SIGPIPE);
 }

@@ -1,5 +1,5 @@
-// Keeps this platform's threads out of the host's signals, and its broken sockets out of the
-// host's SIGPIPE handler. The host may have handlers installed that end the process.
+// Keeps the host's signals away from this platform's threads, and the SIGPIPE of a broken socket
+// away from the host's handler. The host may have installed handlers that end the process.
 #pragma once
 
 #include <csignal>
@@ -8,8 +8,8 @@
 
 namespace platform {
 
-// While it lives, the calling thread can neither be interrupted nor be chosen for a signal, except
-// for those that a faulty instruction raises.
+// While it exists, all signals are blocked on the calling thread, except for those that a faulty
+// instruction raises.
 class QuietSignals {
 public:
     QuietSignals();
@@ -21,9 +21,9 @@ private:
     sigset_t before;
 };
 
-// Put around calls that may write to the server from a thread of the host: holds SIGPIPE back, and
-// swallows one that such a write raised. One that somebody sent meanwhile reaches the host in the
-// end.
+// Required around calls that may write to the server from a host thread: blocks SIGPIPE, and
+// discards one that such a write raised. A SIGPIPE sent meanwhile by another thread or process
+// reaches the host afterwards.
 class SigpipeGuard {
 public:
     SigpipeGuard();

@@ -1,5 +1,4 @@
-// What the desktop's calls need of the system's display server: its displays and their frames.
-// platform/x11 has these functions.
+// The interface to the display server: its displays and their frames. platform/x11 implements it.
 #pragma once
 
 #include "platform/objects/clock.h"
@@ -14,21 +13,21 @@
 
 namespace platform {
 
-// All of these: host's thread, under a SigpipeGuard; bounded in time. They take nothing that
-// outlasts the call, but for what openCapture() returns. Throw std::bad_alloc and
-// std::system_error.
+// Call all of these on a host thread, under a SigpipeGuard. They are bounded in time and hold no
+// connection, descriptor or thread after the call, except for what openCapture() returns. Throw
+// std::bad_alloc and std::system_error.
 
 // The identifiers of the active displays, in the server's order; nothing when it did not answer.
 std::optional<std::vector<std::uint32_t>> listDisplays();
 
-// Four bytes a pixel, blue first, rows packed.
+// Four bytes per pixel, blue first, rows packed.
 struct Picture {
     std::size_t width = 0;
     std::size_t height = 0;
     std::shared_ptr<const std::uint8_t> pixels;
 };
 
-// What the display shows at the call; nothing when it is not there or may not be read.
+// The display's current picture; nothing when the display does not exist or may not be read.
 std::optional<Picture> pictureOf(std::uint32_t display);
 
 struct CaptureSettings {
@@ -43,16 +42,16 @@ enum class CaptureNews {
     Blank, // the display is gone
 };
 
-// Frames of one display, painted into one place.
+// Frames of one display, all painted into the same memory.
 struct Capture {
     std::uint8_t *pixels = nullptr;
 
-    // Capture thread: returns when the gate is stopped or the server is gone. Tells `news`, on this
-    // thread, about each frame and, once each time, about the loss of the display.
+    // Capture thread: returns when the gate is stopped or the server is gone. Calls `news`, on this
+    // thread, for each frame and once whenever the display disappears.
     //
     // A frame is painted when something was drawn, and never while the handler reads. It reaches
-    // the handler at the earliest the minimum frame time after the last one. Nothing is queued:
-    // what is painted is what the screen shows then. A screen that holds still costs nothing.
+    // the handler no sooner than the minimum frame time after the last one. Frames are not queued:
+    // each shows the screen at the time of painting. A still screen costs nothing.
     std::function<void(const std::function<void(CaptureNews)> &news)> run;
 
     // Any thread: ends a wait for the server.

@@ -9,7 +9,7 @@ namespace platform {
 
 namespace {
 
-// How long a stop waits for the capture thread before it breaks the connection off, how long after
+// How long a stop waits for the capture thread before it breaks the connection, how long after
 // that, and how long for the handler.
 constexpr Clock::duration capturePatience = std::chrono::milliseconds(500);
 constexpr Clock::duration brokenOffPatience = std::chrono::milliseconds(500);
@@ -62,7 +62,7 @@ void StreamRun::captureThread() {
     try {
         capture->run([this](CaptureNews news) { tell(news); });
     } catch (...) {
-        // Out of memory for a new screen layout: no more frames, like a server that is gone.
+        // Out of memory for a new screen layout: no more frames, as when the server is gone.
     }
     const std::lock_guard lock(mutex);
     captureEnded = true;

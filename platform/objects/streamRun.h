@@ -1,8 +1,8 @@
 // One run of a display stream, from its start to its stop: the capture thread, and the calls of
 // the handler on the queue.
 //
-// The threads share the run, so that nothing is freed that one of them may still touch, even when
-// a stop had to give up on it.
+// The threads share ownership of the run, so that nothing is freed that one of them may still use,
+// even when a stop timed out waiting for it.
 #pragma once
 
 #include "platform/objects/ioSurface.h"
@@ -27,14 +27,14 @@ public:
     StreamRun(const StreamRun &) = delete;
     StreamRun &operator=(const StreamRun &) = delete;
 
-    // To be called once, as soon as the handler may find its stream running, since its first call
-    // may be the one that stops it. Host's thread.
+    // Lets the handler be called. Call once, after the stream has been recorded as running, since
+    // the handler's first call may stop it. Host's thread.
     void begin();
 
-    // Once, on any thread. Ends the capture, has the handler called with the stopped status as its
-    // last call, and returns when that call has, and all threads of the run have ended. False when
-    // one of them did not end in time: it is left alone, and the handler is not called again after
-    // the call that it hangs in. On the queue itself the stopped call comes after the return.
+    // Call once, on any thread. Ends the capture, posts the handler's last call, with the stopped
+    // status, and returns when that call has returned and all threads of the run have ended. False
+    // when one did not end in time: it is left running, and the handler is not called again after
+    // the call that hangs. On the queue itself, the stopped call comes after the return.
     bool stop();
 
 private:
@@ -54,9 +54,9 @@ private:
     FrameGate gate;
     std::optional<Capture> capture;
     __IOSurface surface;
-    std::atomic<bool> silent = false; // the handler is not called any more
+    std::atomic<bool> silent = false; // the handler is no longer called
 
-    std::thread thread; // starting and stopping thread
+    std::thread thread; // used by the starting and the stopping thread
     std::mutex mutex;
     MonotonicCondition changed;
     bool begun = false; // under the mutex, as is the next

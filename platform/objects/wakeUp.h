@@ -13,11 +13,11 @@ public:
     // Throws std::system_error when no descriptor is left.
     WakeUp();
 
-    // Any thread, also from within a signal handler. Signals add up to one.
+    // Any thread, also in a signal handler. Several signals count as one.
     void signal();
 
     // Waits until a signal came, `fd` (unless it is -1) can be read or has hung up, or `deadline`
-    // has passed (no deadline: for ever). Takes the signal. True when it was a signal.
+    // has passed (no deadline: for ever). Consumes the signal and returns true if there was one.
     bool wait(int fd, std::optional<Clock::time_point> deadline);
 
 private:

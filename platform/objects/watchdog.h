@@ -1,7 +1,7 @@
-// Breaks a socket off when its other end takes too long, so that no call on it can block for ever.
+// Shuts a socket down when its peer takes too long, so that no call on it can block for ever.
 //
-// XCB knows no time-outs: the handshake, every reply and even the rest of a reply that has begun
-// are waited for without limit. A socket that is shut down ends all of these waits at once.
+// XCB has no time-outs: it waits without limit for the handshake, for every reply and even for the
+// rest of a reply that has begun. Shutting the socket down ends all of these waits at once.
 #pragma once
 
 #include "platform/objects/clock.h"
@@ -15,7 +15,7 @@ namespace platform {
 
 class Watchdog {
 public:
-    // Watches from now on, over a thread of its own; `fd` may be closed meanwhile. Throws
+    // Watches from now on, on its own thread; `fd` may be closed meanwhile. Throws
     // std::system_error when it cannot be set up.
     explicit Watchdog(int fd);
     // Ends the watch and the thread.
@@ -23,7 +23,7 @@ public:
     Watchdog(const Watchdog &) = delete;
     Watchdog &operator=(const Watchdog &) = delete;
 
-    // The other end has made progress: the time starts afresh.
+    // The peer has made progress: the time limit starts again.
     void extend();
 
 private:
