@@ -9,16 +9,16 @@ namespace platform::x11 {
 
 namespace {
 
-// How often the whole screen is read while something moves, and how long after the last change
-// lost reports of damage are looked for.
+// How often the whole screen is read while something moves, and how long after the last change the
+// capture checks for lost damage reports.
 constexpr Clock::duration refreshPeriod = std::chrono::seconds(1);
 
 // The pause after a read that the server refused.
 constexpr Clock::duration refusalPause = std::chrono::milliseconds(100);
 
-// After a frame, the capture thread sleeps until the next one may come, whatever is reported
-// meanwhile: while the screen moves, this saves waking up twice for each frame. It ends a little
-// later than the minimum frame time, since that counts from the call of the handler.
+// After a frame, the capture thread ignores damage reports until the next frame is allowed: while
+// the screen moves, this saves a second wake-up per frame. The pause includes `handlerLag`, since
+// the minimum frame time counts from the call of the handler.
 constexpr Clock::duration longestDeafness = std::chrono::milliseconds(100);
 constexpr Clock::duration handlerLag = std::chrono::microseconds(200);
 
@@ -40,7 +40,7 @@ std::unique_ptr<Capture> Capture::open(const CaptureSettings &settings, FrameGat
     std::optional<PixelFormat> format = PixelFormat::of(*connection);
     if (!format || !DamageWatch::isPossible(*connection))
         return nullptr;
-    // Watched before it is looked at, so that no change falls in between.
+    // Watch the monitors before reading them, so that no change is missed in between.
     watchMonitors(*connection);
     std::unique_ptr<Capture> capture(
         new Capture(settings, gate, std::move(connection), std::move(*format)));
@@ -65,8 +65,9 @@ void Capture::run(const std::function<void(CaptureNews)> &news) {
         }
         if (!takeEvents())
             return;
-        // Waiting for an answer may move events into XCB's own queue, where no wait on the
-        // descriptor would see them: after each, they are taken out first.
+        // Waiting for a reply may move events into XCB's internal queue, where a wait on the
+        // descriptor does not see them. So each pass that read a reply starts over and takes them
+        // out first.
         if (layoutStale) {
             followLayout(news);
             continue;
@@ -94,7 +95,7 @@ bool Capture::takeEvents() {
     return !connection->failed();
 }
 
-// Looks where the monitor is now; false when the server does not answer.
+// Finds the monitor's current position; false when the server does not reply.
 bool Capture::aim() {
     const auto monitors = listMonitors(*connection);
     const std::optional<Rect> root = connection->rootArea();
@@ -132,18 +133,18 @@ std::optional<Clock::time_point> Capture::nextLook() const {
     return afterthought;
 }
 
-// Takes the damage off the server and brings the frame up to date. Done with `changed` false when
-// nothing was drawn that concerns the monitor.
+// Takes the damage from the server and updates the frame. Done with `changed` false when nothing
+// was drawn on the monitor.
 ReadOutcome Capture::update(Clock::time_point now, bool &changed) {
     const Rect &visible = painter->visibleArea();
     damage->ask();
-    // While everything moves, the pixels are asked for together with the damage: one answer to
-    // wait for instead of two.
+    // While everything moves, the pixels are requested together with the damage: one wait instead
+    // of two.
     const bool together = allWanted || everythingMoves;
     const ReadOutcome first = together ? painter->paintAll() : ReadOutcome::Done;
     const Rect hit = intersect(damage->answer(), visible);
     changed = allWanted || !hit.empty();
-    // The first damage of a watch is the whole screen, and says nothing.
+    // The first damage of a watch is always the whole screen, so it is ignored here.
     everythingMoves = !allWanted && !visible.empty() && hit == visible;
     if (together || !changed) {
         if (together && first == ReadOutcome::Done)
@@ -169,7 +170,7 @@ void Capture::look(const std::function<void(CaptureNews)> &news) {
         notBefore = now + refusalPause;
         return;
     }
-    // Drawing on other monitors keeps nobody busier than drawing on this one.
+    // Drawing on other monitors must not cause more work than drawing on this one.
     if (inVain)
         notBefore = now + settings.minimumFrameTime;
     if (!changed)

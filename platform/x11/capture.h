@@ -15,13 +15,13 @@ namespace platform::x11 {
 
 class Capture {
 public:
-    // As canCapture() and openCapture() of the source.
+    // See canCapture() and openCapture() in platform/objects/source.h.
     static bool isPossible(std::uint32_t display);
     static std::unique_ptr<Capture> open(const CaptureSettings &settings, FrameGate &gate);
 
-    // Capture thread; see the source's. Painting begins so much sooner as it took the last time, so
-    // that the reading does not add to the minimum frame time. A screen that holds still is not
-    // looked at, except once, a second after its last change, in case a report of damage was lost.
+    // Capture thread; see platform::Capture::run. Painting starts early by the time that it took
+    // last, so that reading does not add to the minimum frame time. A still screen is not checked,
+    // except once, a second after its last change, in case a damage report was lost.
     void run(const std::function<void(CaptureNews)> &news);
 
     // Any thread: ends a wait for the server.
@@ -51,15 +51,15 @@ private:
     bool present = false;     // the monitor is there
     bool layoutStale = false; // monitors or root window may have changed
     bool damaged = false;     // something was drawn since the last look
-    bool allWanted = true;    // the frame as a whole is not up to date
-    Rect monitorArea;         // what the painter is aimed at, and in which root window
+    bool allWanted = true;    // the whole frame has to be painted
+    Rect monitorArea;         // the area that the painter shows, and the root window's
     Rect rootArea;
     bool everythingMoves = false; // the last damage covered the whole monitor
     Clock::time_point deafUntil{};
-    Clock::duration lead{}; // how much sooner than the next frame may come to begin to paint it
+    Clock::duration lead{};                        // how early to start painting the next frame
     Clock::time_point notBefore{};                 // the earliest next look
     Clock::time_point lastWhole{};                 // when the whole frame was last painted
-    std::optional<Clock::time_point> afterthought; // when to look for damage never reported
+    std::optional<Clock::time_point> afterthought; // when to check for unreported damage
 };
 
 } // namespace platform::x11

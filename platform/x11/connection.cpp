@@ -20,7 +20,7 @@ XcbConnection shakeHands(ServerSocket &server) {
     xcb_auth_info_t authorisation{
         static_cast<int>(server.authorisationName.size()), server.authorisationName.data(),
         static_cast<int>(server.authorisationData.size()), server.authorisationData.data()};
-    // From here on the descriptor is XCB's, also when this fails.
+    // From here on XCB owns the descriptor, also when this fails.
     return XcbConnection(xcb_connect_to_fd(
         server.descriptor.release(), server.authorisationName.empty() ? nullptr : &authorisation));
 }
@@ -39,8 +39,8 @@ const xcb_screen_t *screenOf(const xcb_setup_t &setup, int number) {
 
 std::unique_ptr<Connection> Connection::open() {
     const Clock::time_point deadline = Clock::now() + serverPatience;
-    // XCB does not tell a server that hangs up from one that refuses, and with a refusal a second
-    // try is pointless. So a client of our own asks, and stays until XCB is in as well.
+    // XCB does not distinguish a server that hangs up from one that refuses, and after a refusal a
+    // retry is pointless. So a client of our own finds out, and stays connected until XCB is, too.
     Descriptor otherClient;
     for (;;) {
         ServerSocket server = openServerSocket(deadline);
@@ -54,7 +54,7 @@ std::unique_ptr<Connection> Connection::open() {
                 return nullptr;
             std::unique_ptr<Connection> opened(
                 new Connection(connection.get(), screen, server, std::move(watchdog)));
-            static_cast<void>(connection.release()); // the new owner has it
+            static_cast<void>(connection.release()); // `opened` owns it
             opened->extendWatch(); // the handshake may have had to wait for a reset
             return opened;
         }

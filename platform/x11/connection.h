@@ -1,7 +1,7 @@
 // A connection to the X server that DISPLAY names.
 //
-// Used by one thread at a time, except for breakOff(). On a thread of the host every use, its end
-// included, stands under a SigpipeGuard.
+// Used by one thread at a time, except for breakOff(). On a host thread every use, the destructor
+// included, requires a SigpipeGuard.
 #pragma once
 
 #include "platform/objects/watchdog.h"
@@ -20,15 +20,15 @@ struct FreeDeleter {
     void operator()(void *memory) const { std::free(memory); }
 };
 
-// What a server answered; null when it answered with an error or not at all.
+// A server's reply; null when the server sent an error or no reply.
 template <typename T> using Reply = std::unique_ptr<T, FreeDeleter>;
 
 class Connection {
 public:
-    // Null when there is no server or it does not let us in; one that hangs up, as in a reset, is
-    // tried again for as long as serverPatience. While the watch is kept, each step of the server's
-    // has serverPatience; then the connection fails. Throws std::system_error when the process is
-    // out of threads or descriptors.
+    // Null when there is no server or it refuses the connection; with a server that hangs up, as
+    // during a reset, it retries for serverPatience. Until endWatch(), the connection fails if the
+    // server takes longer than serverPatience for one step. Throws std::system_error when the
+    // process is out of threads or descriptors.
     static std::unique_ptr<Connection> open();
     ~Connection();
     Connection(const Connection &) = delete;
@@ -37,22 +37,22 @@ public:
     xcb_connection_t *get() const { return connection; }
     const xcb_screen_t &screen() const { return *wantedScreen; }
     xcb_window_t root() const { return wantedScreen->root; }
-    // Of the screens of the server, the one that DISPLAY names, counted from 0.
+    // The number of the server's screen that DISPLAY names, counted from 0.
     int screenNumber() const { return wantedNumber; }
     int descriptor() const { return xcb_get_file_descriptor(connection); }
     bool failed() const { return xcb_connection_has_error(connection) != 0; }
-    // Descriptors can be passed to the server.
+    // Whether descriptors can be passed to the server.
     bool isLocal() const { return local; }
     bool has(xcb_extension_t &extension);
 
-    // The root window's size as it is now; nothing when the server did not answer.
+    // The root window's current size; nothing when the server did not reply.
     std::optional<Rect> rootArea();
 
-    // The server has answered.
+    // Call after each reply: the server has serverPatience for the next step.
     void extendWatch();
-    // From here on the server may take as long as it likes; someone else calls breakOff().
+    // From here on the server has no time limit; another thread may call breakOff().
     void endWatch() { watchdog.reset(); }
-    // Any thread: every call on the connection fails, also one that is waiting.
+    // Any thread: makes every call on the connection fail, also one that is waiting.
     void breakOff() const;
 
 private:

@@ -6,7 +6,7 @@ bool DamageWatch::isPossible(Connection &connection) {
     xcb_connection_t *xcb = connection.get();
     if (!connection.has(xcb_damage_id) || !connection.has(xcb_xfixes_id))
         return false;
-    // Both extensions want to be asked for their version before they are used.
+    // Both extensions require a version query before they are used.
     const auto damageCookie = xcb_damage_query_version(xcb, 1, 1);
     const auto fixesCookie = xcb_xfixes_query_version(xcb, 2, 0);
     const Reply<xcb_damage_query_version_reply_t> damageVersion(
@@ -17,7 +17,7 @@ bool DamageWatch::isPossible(Connection &connection) {
     return damageVersion && fixesVersion && fixesVersion->major_version >= 2;
 }
 
-// XCB no longer knows an extension once the connection has failed.
+// XCB has no extension data once the connection has failed.
 static std::uint8_t firstEventOf(Connection &connection) {
     const auto *data = xcb_get_extension_data(connection.get(), &xcb_damage_id);
     return data == nullptr ? 0 : data->first_event;
@@ -40,7 +40,7 @@ bool DamageWatch::isReport(const xcb_generic_event_t &event) const {
 void DamageWatch::ask() {
     xcb_connection_t *xcb = connection.get();
     xcb_damage_subtract(xcb, damage, XCB_NONE, region);
-    // Of a region of thousands of rectangles, only the one around them comes over the wire.
+    // The region may have thousands of rectangles; only their bounding box is transferred.
     xcb_xfixes_region_extents(xcb, region, extents);
     asked = xcb_xfixes_fetch_region(xcb, extents);
 }

@@ -1,4 +1,4 @@
-// Tells when and where the root window has been drawn on.
+// Reports when and where the root window has been drawn on.
 #pragma once
 
 #include "platform/x11/connection.h"
@@ -10,7 +10,7 @@ namespace platform::x11 {
 
 class DamageWatch {
 public:
-    // True when the server has what a watch needs.
+    // True when the server has the extensions that a watch needs.
     static bool isPossible(Connection &connection);
 
     // Reports drawing on the root window and everything in it, from now on. `connection` outlives
@@ -19,14 +19,14 @@ public:
     DamageWatch(const DamageWatch &) = delete;
     DamageWatch &operator=(const DamageWatch &) = delete;
 
-    // Whether an event says that something was drawn. It does not say where; and after one report
-    // the server stays silent until the damage is taken or forgotten, however much is drawn.
+    // Whether an event reports drawing. It does not say where, and after one report the server
+    // sends no other until the damage is taken, however much is drawn.
     bool isReport(const xcb_generic_event_t &event) const;
 
-    // Takes the damage off the server; what is drawn later is reported again, so this comes before
-    // the pixels are read. Does not wait: each ask() is followed by an answer().
+    // Takes the damage from the server. Later drawing is reported again, so call this before the
+    // pixels are read. Does not wait; each ask() must be followed by an answer().
     void ask();
-    // A rectangle around all that had been drawn on.
+    // Waits for the reply: a rectangle around everything that was drawn; empty without a reply.
     Rect answer();
 
 private:

@@ -13,7 +13,7 @@ std::size_t frameBytes(int width, int height) {
     return static_cast<std::size_t>(width) * static_cast<std::size_t>(height) * frameBytesPerPixel;
 }
 
-// The nearest of `from` positions for position `index` of `to`.
+// The position, of `from`, that is nearest to position `index` of `to`.
 int nearest(int index, int from, int to) {
     return static_cast<int>(static_cast<std::int64_t>(index) * from / to);
 }
@@ -57,7 +57,7 @@ ReadOutcome FramePainter::paintAll() {
 }
 
 ReadOutcome FramePainter::paintBand(const Rect &band, bool wholeFrame) {
-    // Only bands of full width land in place: the server packs rows at the width it was asked for.
+    // Only full-width bands can be read in place: the server packs rows at the requested width.
     if (direct)
         return frame.read(band, format, frameBytes(width, band.y - aim.y));
     if (aside) {

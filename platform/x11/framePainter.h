@@ -1,8 +1,8 @@
 // Keeps a frame, tightly packed BGRA of a fixed size, equal to what a monitor shows.
 //
 // When the monitor has the frame's size and lies within the root window, the server writes straight
-// into the frame. Otherwise its pixels are read aside and then converted, scaled to the frame (the
-// nearest pixel) and completed with black where the monitor reaches beyond the root window.
+// into the frame. Otherwise its pixels are read into separate memory, then converted and scaled to
+// the frame (nearest pixel); parts of the monitor beyond the root window are black.
 #pragma once
 
 #include "platform/x11/pixelMemory.h"
@@ -21,23 +21,23 @@ public:
     // The frame's first byte, the same for the painter's whole life.
     std::uint8_t *pixels() const { return frame.data(); }
 
-    // Hands the frame's memory over; nothing is painted any more.
+    // Hands the frame's memory over; do not paint afterwards.
     std::shared_ptr<const std::uint8_t> takePixels() { return frame.take(); }
 
-    // Sets what to show: a monitor's area, in a root window of this area. The frame is as before
-    // until the next paint() of everything.
+    // Sets the monitor's and the root window's areas. The frame does not change until the next
+    // paintAll(), which must come before any paint().
     void aimAt(const Rect &monitor, const Rect &root);
 
     // The part of the monitor that can be read.
     const Rect &visibleArea() const { return visible; }
 
-    // Brings those rows of the frame up to date that show something of `damage`.
+    // Updates the rows of the frame that show a part of `damage`.
     ReadOutcome paint(const Rect &damage);
 
-    // Brings the whole frame up to date.
+    // Updates the whole frame.
     ReadOutcome paintAll();
 
-    // The server writes straight into the frame, with nothing to be copied by us.
+    // Whether the server writes straight into the frame, with no copy on our side.
     bool isDirect() const { return direct && frame.isShared(); }
 
 private:
@@ -56,8 +56,8 @@ private:
     Rect visible;
     bool direct = false;
     std::unique_ptr<PixelMemory> aside;
-    std::vector<std::ptrdiff_t> columns; // for each of the frame's: where its pixel is in a row
-                                         // that was read, or -1 for black
+    std::vector<std::ptrdiff_t> columns; // for each column of the frame: its pixel's offset in a
+                                         // row that was read, or -1 for black
 };
 
 } // namespace platform::x11

@@ -17,8 +17,8 @@ namespace platform::x11 {
 
 namespace {
 
-// A server takes up new connections when its reset is over, so that the next handshake waits for
-// that by itself. The pause is for a server that hangs up on everybody.
+// A server handles new connections only after its reset, so the next handshake waits for that by
+// itself. The pause is for a server that hangs up on every client.
 constexpr Clock::duration pauseAfterHangUp = std::chrono::milliseconds(10);
 
 // Everything in a handshake is padded to words of four bytes.
@@ -28,7 +28,7 @@ void append(std::vector<std::uint8_t> &request, const void *data, std::size_t le
     request.resize((request.size() + 3) / 4 * 4);
 }
 
-// Exactly that much; false when the connection ended or the deadline passed first.
+// Receives exactly `size` bytes; false when the connection ended or the deadline passed first.
 bool receive(int fd, void *data, std::size_t size, Clock::time_point deadline) {
     auto *bytes = static_cast<std::uint8_t *>(data);
     while (size > 0) {
@@ -43,7 +43,8 @@ bool receive(int fd, void *data, std::size_t size, Clock::time_point deadline) {
     return true;
 }
 
-// The first line, up to what a terminal would take for a command.
+// The text up to its first character that is not printable ASCII: a terminal might take it for a
+// command.
 std::string printable(const std::string &text) {
     return {text.begin(), std::find_if(text.begin(), text.end(), [](unsigned char letter) {
                 return letter < 32 || letter > 126;
@@ -103,7 +104,7 @@ Handshake tryOnce(Clock::time_point deadline) {
 Handshake shakeHands(Clock::time_point deadline) {
     for (bool hungUp = false;; hungUp = true) {
         Handshake result = tryOnce(deadline);
-        // The last try may have had no time for an answer.
+        // The last try may have had no time to get an answer.
         if (hungUp && result.answer == Answer::Silence)
             result.answer = Answer::HangUp;
         if (result.answer != Answer::HangUp || Clock::now() + pauseAfterHangUp >= deadline)

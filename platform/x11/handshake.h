@@ -1,4 +1,4 @@
-// The handshake with an X server: becoming one of its clients, and nothing else.
+// Connects to an X server as a client, and nothing else.
 #pragma once
 
 #include "platform/objects/clock.h"
@@ -12,7 +12,7 @@ enum class Answer {
     Welcome,
     NoServer,
     Silence, // it did not accept the connection, or did not answer, in time
-    HangUp,  // it closed the connection without an answer, whenever there was time for one
+    HangUp,  // it closed the connection without an answer, on every try that had enough time
     Refusal,
 };
 
@@ -24,12 +24,12 @@ struct Handshake {
 };
 
 // Becomes a client of the server that DISPLAY names. Most servers reset when their last client
-// leaves, and hang up on whoever is in the middle of the handshake then; as long as this client
-// stays, they do not. When the server hangs up on this one it is tried again, until the deadline.
-// Any thread.
+// disconnects, and hang up on clients that are in the middle of the handshake then; while this
+// client stays connected, they do not. When the server hangs up on this client, the handshake is
+// retried until the deadline. Any thread.
 Handshake shakeHands(Clock::time_point deadline);
 
-// The client alone; invalid unless it was welcome.
+// Only the client's descriptor; invalid unless the answer is Welcome.
 Descriptor becomeClient(Clock::time_point deadline);
 
 } // namespace platform::x11

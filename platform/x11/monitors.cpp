@@ -9,7 +9,7 @@
 
 namespace platform::x11 {
 
-// Eight 8K screens in one. What is larger is nonsense, and would take more than a gigabyte.
+// Eight 8K screens in one. A larger monitor is implausible and would need more than a gigabyte.
 static constexpr std::uint32_t mostPixels = 1u << 28;
 
 std::optional<std::vector<Monitor>> listMonitors(Connection &connection) {
@@ -52,8 +52,8 @@ std::optional<std::vector<Monitor>> listMonitors(Connection &connection) {
             names.emplace_back();
     }
     connection.extendWatch();
-    // The screens of a server often have monitors of the same name. A zero separates the number,
-    // since no name holds one.
+    // Different screens of a server often have monitors with the same name. A zero byte separates
+    // the screen's number, since no name contains one.
     if (connection.screenNumber() > 0)
         for (std::string &name : names)
             name += '\0' + std::to_string(connection.screenNumber());

@@ -1,4 +1,4 @@
-// The monitors of the server's screen: what this platform calls displays.
+// The monitors of the server's screen, which this platform calls displays.
 #pragma once
 
 #include "platform/x11/connection.h"
@@ -18,11 +18,11 @@ struct Monitor {
 // server did not answer or knows no monitors (RandR before 1.5).
 std::optional<std::vector<Monitor>> listMonitors(Connection &connection);
 
-// The monitor of this identifier, or nothing: never another one in its place.
+// The monitor with this identifier, or nothing: never another one instead.
 std::optional<Monitor> findMonitor(const std::vector<Monitor> &monitors, std::uint32_t id);
 
-// Asks for an event whenever the monitors or the root window may have changed. Monitors that a
-// user defines are announced only by a ConfigureNotify of the root, modes by RandR's own events.
+// Requests an event whenever the monitors or the root window may have changed. User-defined
+// monitors are reported only by a ConfigureNotify of the root window, modes by RandR's own events.
 void watchMonitors(Connection &connection);
 
 } // namespace platform::x11

@@ -1,4 +1,4 @@
-// How the server's screen stores a pixel, and the way from there to BGRA.
+// How the server's screen stores a pixel, and its conversion to BGRA.
 #pragma once
 
 #include "platform/x11/connection.h"
@@ -21,10 +21,10 @@ public:
     // 16 or 32 bits (palettes, for example).
     static std::optional<PixelFormat> of(const Connection &connection);
 
-    // The bytes lie as B, G, R, and a fourth that means nothing: usable as they are.
+    // Whether the bytes are B, G, R and an unused fourth, so that they need no conversion.
     bool isBgrx() const { return bgrx; }
 
-    // Bytes of one row of `width` pixels as the server hands it out.
+    // Bytes of one row of `width` pixels as the server sends it.
     std::size_t rowBytes(int width) const;
     std::size_t pixelBytes() const { return bytes; }
 
@@ -42,7 +42,7 @@ private:
     struct Channel {
         std::uint32_t mask = 0;
         int shift = 0;
-        std::vector<std::uint8_t> values; // the 8-bit value of each value of the channel
+        std::vector<std::uint8_t> values; // the 8-bit equivalent of each channel value
     };
 
     static std::optional<Channel> channelOf(std::uint32_t mask);

@@ -17,16 +17,16 @@ namespace {
 
 constexpr std::uint32_t allPlanes = 0xffffffff;
 
-// How much of the screen is asked for at once when it travels over the connection.
+// Bytes of the screen per request when reading over the connection, but at least one row.
 constexpr std::size_t chunkBytes = std::size_t{1} << 20;
 
-// A file that outgrows what the process may make costs it a signal.
+// Growing a file beyond the process's limit raises a signal.
 bool mayBeFile(std::size_t bytes) {
     rlimit limit{};
     return getrlimit(RLIMIT_FSIZE, &limit) == 0 && bytes <= limit.rlim_cur;
 }
 
-// Large ones take a while, and any signal meanwhile would undo all of it.
+// Allocating a large file takes a while, and a signal meanwhile would undo all of it.
 bool fill(int file, std::size_t bytes) {
     const QuietSignals quiet;
     return posix_fallocate(file, 0, static_cast<off_t>(bytes)) == 0;
@@ -53,7 +53,7 @@ PixelMemory::PixelMemory(Connection &connection, std::size_t bytes, Sharing shar
     if (file.valid()) {
         share();
         file.reset();
-    } else { // in few large pages where the system has them: what costs is their number
+    } else { // in few large pages where available: the cost depends on the number of pages
         madvise(base, bytes, MADV_HUGEPAGE);
         madvise(base, bytes, MADV_POPULATE_WRITE);
     }

@@ -1,8 +1,8 @@
-// Memory for pixels, shared with the server when that is possible, and the reading of the screen
-// into it.
+// Memory for pixels, shared with the server if possible, and functions that read the screen into
+// it.
 //
 // Shared memory is passed as a descriptor that no other process can open. Where MIT-SHM cannot be
-// used (a remote server, an old or a refusing one) the same calls read over the connection.
+// used (the server is remote or old, or refuses) the same functions read over the connection.
 #pragma once
 
 #include "platform/x11/connection.h"
@@ -18,15 +18,15 @@ namespace platform::x11 {
 enum class ReadOutcome {
     Done,
     Refused, // the rectangle is not, or no longer, within the root window
-    Gone,    // the server is
+    Gone,    // the server is gone
 };
 
 class PixelMemory {
 public:
     enum class Sharing { Never, WhenPossible };
 
-    // `bytes` zeroes, their pages already in place. Throws std::bad_alloc. `connection` outlives
-    // this object.
+    // `bytes` zero bytes whose pages are already allocated. Throws std::bad_alloc. `connection`
+    // outlives this object.
     PixelMemory(Connection &connection, std::size_t bytes, Sharing sharing);
     ~PixelMemory();
     PixelMemory(const PixelMemory &) = delete;
@@ -36,7 +36,7 @@ public:
     std::size_t size() const { return bytes; }
     bool isShared() const { return segment != 0; }
 
-    // Hands the memory over, unshared; nothing is left here.
+    // Hands the memory over, unshared; this object is then empty.
     std::shared_ptr<const std::uint8_t> take();
 
     // Reads `area` of the root window, row after row as `format` lays them out, to `offset`.

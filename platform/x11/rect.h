@@ -15,7 +15,7 @@ struct Rect {
     bool operator==(const Rect &) const = default;
 };
 
-// What both have in common; all zero when that is nothing.
+// The common part of both; all zero when there is none.
 inline Rect intersect(const Rect &a, const Rect &b) {
     const int left = std::max(a.x, b.x);
     const int top = std::max(a.y, b.y);

@@ -8,12 +8,12 @@ namespace platform::x11 {
 
 namespace {
 
-// What the length field of a setup, or of a reply, does not count.
+// The bytes that the length field of a setup, or of a reply, does not count.
 constexpr std::size_t setupHead = 8;
 constexpr std::size_t replyHead = 32;
 constexpr std::size_t word = 4;
 
-// Goes through bytes from front to back; once past the end it stays there.
+// Reads bytes from front to back; after an attempt to go past the end, it stays invalid.
 class Walk {
 public:
     Walk(const void *begin, std::size_t length)
@@ -29,7 +29,7 @@ public:
         left -= bytes;
     }
 
-    // Skips one structure and returns it; all zero when it is not there.
+    // Skips one structure and returns it; all zero when it is beyond the end.
     template <typename T> T take() {
         T value{};
         const std::uint8_t *from = at;

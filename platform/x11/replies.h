@@ -1,8 +1,8 @@
-// Whether what a server sent is as long as it says that it is.
+// Checks that the lists and names in a server's reply fit into it.
 //
-// XCB hands out a reply with as many bytes as its length field names, and walks through the lists
-// in it by their own counts. A server that is broken or malicious can make them disagree; XCB
-// would then read on behind the reply. Pure functions.
+// XCB returns a reply with the number of bytes that its length field states, and iterates over the
+// lists in it by their own counts. A broken or malicious server can make these disagree; XCB would
+// then read beyond the reply. Pure functions.
 #pragma once
 
 #include <xcb/randr.h>

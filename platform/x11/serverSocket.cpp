@@ -23,7 +23,8 @@ namespace platform::x11 {
 
 namespace {
 
-// Whether the descriptor is connected; if not, notes whether the server is merely silent.
+// Connects server.descriptor. False on failure; server.silent then says whether the server is
+// merely silent.
 bool connectUntil(ServerSocket &server, const sockaddr *address, socklen_t length,
                   Clock::time_point deadline) {
     server.descriptor =
@@ -38,7 +39,7 @@ bool connectUntil(ServerSocket &server, const sockaddr *address, socklen_t lengt
     }
     if (error == 0)
         return true;
-    // EAGAIN: as many connections as the server allows are waiting to be accepted.
+    // EAGAIN: the server's queue of connections to accept is full.
     server.silent = error == EINPROGRESS || error == ETIMEDOUT || error == EAGAIN;
     server.descriptor.reset();
     return false;
@@ -46,7 +47,7 @@ bool connectUntil(ServerSocket &server, const sockaddr *address, socklen_t lengt
 
 void openLocal(ServerSocket &server, int display, Clock::time_point deadline) {
     const std::string path = "/tmp/.X11-unix/X" + std::to_string(display);
-    // The same name exists in the file system and, with many servers, without a file as well.
+    // The socket is in the file system and, with many servers, also in the abstract namespace.
     for (const std::string &name : {path, std::string(1, '\0') + path}) {
         sockaddr_un address{};
         address.sun_family = AF_UNIX;
@@ -78,8 +79,8 @@ void openRemote(ServerSocket &server, const std::string &host, int display,
     }
 }
 
-// Finds the cookie for this server in the user's authority file. Servers on this machine are
-// entered there under its host name, whichever way they are reached.
+// Finds the cookie for this server in the user's authority file. Servers on this machine are listed
+// there under its host name, however they are reached.
 void findAuthorisation(ServerSocket &server, int display) {
     unsigned short family = FamilyLocal;
     std::string address;
@@ -119,7 +120,7 @@ void findAuthorisation(ServerSocket &server, int display) {
     XauDisposeAuth(found);
 }
 
-// An IPv6 address may stand in brackets.
+// An IPv6 address may be in brackets.
 std::string withoutBrackets(const std::string &host) {
     const bool bracketed = host.size() > 2 && host.front() == '[' && host.back() == ']';
     return bracketed ? host.substr(1, host.size() - 2) : host;

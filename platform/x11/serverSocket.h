@@ -12,18 +12,18 @@ struct ServerSocket {
     Descriptor descriptor; // invalid when there is no server, or when it is silent
     bool silent = false;   // there is a server, but it accepted no connection in time
     bool local = false;    // descriptors can be passed over it
-    int screen = 0;        // the number of the screen wanted
-    // What the server asks of a client that wants in; both empty when it asks for nothing.
+    int screen = 0;        // the number of the screen that DISPLAY names
+    // The cookie for this server from the user's authority file; both empty when it has none.
     std::string authorisationName;
     std::string authorisationData;
 };
 
-// Any thread. Local servers are reached over their Unix socket, others over TCP (where looking the
-// host's name up has the resolver's own time limit).
+// Any thread. Local servers are reached over their Unix socket, others over TCP (where the look-up
+// of the host name has the resolver's own time limit).
 ServerSocket openServerSocket(Clock::time_point deadline);
 
-// Waits for one of poll()'s events, however often a signal interrupts; false when the deadline
-// passed first.
+// Waits for one of poll()'s events, even if signals interrupt it; false when the deadline passed
+// first.
 bool waitUntilReady(int fd, short events, Clock::time_point deadline);
 
 } // namespace platform::x11
