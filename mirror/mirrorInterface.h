@@ -36,7 +36,7 @@
  *
  * ## Conventions
  *
- * 1. **One manager.** There is one mirror per process, and only the functions below control it. It
+ * 1. **One manager.** There is one mirror per process, used only through the functions below. It
  *    exists from the moment the library is loaded until it is unloaded, and unloading stops a
  *    running mirror first.
  * 2. **Threads.** Call the functions from any thread, but from one thread at a time; the library
@@ -112,8 +112,8 @@ int getDisplays(char *buffer, int bufferLength);
  *
  * `animData` is the device's panel count, then for each panel that was sent a colour its
  * identifier, 1, red, green, blue, white (always 0) and 5. Palette mode sends only the panels that
- * changed. A device without a changed panel has no `animData` of its own: the later devices'
- * `animData` move up by one entry, and the last entry's is empty.
+ * changed. For each device without a changed panel, the `animData` of all later devices move up by
+ * one entry, which leaves the last one empty.
  *
  * @return The text's length in bytes, without a terminating zero.
  * @retval 0   No `animData` has been captured.
