@@ -12,7 +12,7 @@ public:
     FrameLease &operator=(const FrameLease &) = delete;
 
     // Waits until no lease is held; call it when new readers can no longer get the buffer. False
-    // when one is still held after a second, or when a signal is ending the process: the buffer
+    // when one is still held after a second, or is held while a signal ends the process: the buffer
     // must then not be freed.
     static bool awaitNone();
 };
