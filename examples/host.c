@@ -14,7 +14,7 @@ int main(int argc, char **argv) {
     if (argc != 2)
         return fail("name the address of a light, such as 192.0.2.7");
 
-    /* The first display. A document has its identifier as a signed integer. */
+    /* The first display. Integers in the document are signed: pass the same 32 bits. */
     char displays[1025] = "";
     if (getDisplays(displays, sizeof displays - 1) != 1)
         return fail("the displays cannot be listed");

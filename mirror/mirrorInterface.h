@@ -178,7 +178,7 @@ int setMirrorConfig(char *json);
  * @brief Starts mirroring. Returns once the run has begun.
  *
  * Call setMirrorConfig() before every start: a second start without it also returns 1, but mirrors
- * a black screen.
+ * a black screen, which turns the lights black in match and palette mode.
  *
  * A device that is absent, or whose address is invalid, is not an error: it receives nothing. A run
  * that ends by itself ("Stream start failed!", "Error during runMirror", an unknown mode) still

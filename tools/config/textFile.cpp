@@ -23,7 +23,7 @@ static std::optional<std::string> readDescriptor(int fd, std::chrono::millisecon
         pollfd input{fd, POLLIN, 0};
         const int ready = poll(&input, 1, static_cast<int>(patience.count()));
         if (ready == 0)
-            return fail("nobody wrote into it for " + std::to_string(patience.count() / 1000) +
+            return fail("no data arrived for " + std::to_string(patience.count() / 1000) +
                         " seconds");
         const ssize_t size = ready > 0 ? read(fd, part, sizeof part) : -1;
         if (size == 0)

@@ -52,7 +52,7 @@ static void warnOfFlashes(const Document &document, WarningList &list) {
         list.add(
             "/mode",
             format("%s mode lets the whole wall flash up to %.1f times a second when the screen "
-                   "does; more than 3 flashes a second can set off seizures in some people",
+                   "does; more than 3 flashes a second can cause seizures in some people",
                    modeName(document.mode), flashes),
             "warn anyone who will see the wall; for pictures that flash choose palette mode (3), "
             "whose panels hold each colour for a second or more",

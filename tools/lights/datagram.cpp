@@ -95,7 +95,7 @@ std::string findForeignRecord(const std::vector<Record> &records, const KnownIds
         if (known == knownIds.end())
             return inRecord(i, name + " is unknown to this device");
         if (++seen[records[i].id] > known->second)
-            return inRecord(i, name + " occurs more often than panels have it");
+            return inRecord(i, name + " occurs in more records than panels have it");
     }
     return {};
 }

@@ -49,9 +49,9 @@ static std::vector<config::Problem> findDisplay(const config::Document &document
     if (watch.isSilentFor(patience)) {
         const std::string reason = serverName() + " does not answer";
         if (isNeeded)
-            return {{"/displayID", "cannot be looked for, since " + reason,
+            return {{"/displayID", "cannot be checked, because " + reason,
                      "is it stopped or overloaded? mirrorctl doctor says more"}};
-        report.remark = "The displays are not known, since " + reason + ".";
+        report.remark = "The displays are not known, because " + reason + ".";
         return {};
     }
     DisplayList list;
@@ -224,8 +224,8 @@ void addCheckCommand(CLI::App &program, ExitStatus &status) {
     command->add_flag("--json", options->json, "Print for scripts");
     command->footer(
         "Reports everything at once: for each problem the line and column, the JSON pointer, what\n"
-        "was expected and found, and how to fix it. A document without errors and warnings is\n"
-        "fine; cautions follow after that word.\n"
+        "was expected and found, and how to fix it. For a document without errors and warnings\n"
+        "it prints that it is fine, and after that any cautions.\n"
         "\n"
         "  error     mirrorctl run refuses it: members missing or of the wrong type, a mode or a\n"
         "            display that does not exist, an address that no light can have\n"
@@ -233,11 +233,11 @@ void addCheckCommand(CLI::App &program, ExitStatus &status) {
         "            identifier twice, members that the library does not read, values too large\n"
         "            for the datagrams\n"
         "  caution   good to know: in most modes the whole wall can flash more than three times a\n"
-        "            second, which can set off seizures in some people\n"
+        "            second, which can cause seizures in some people\n"
         "\n"
-        "The display is looked for if a display server answers. A server that is missing or hangs\n"
-        "is no problem, except with --display. With --no-display or --screen alone no display is\n"
-        "looked for, as for a document that another machine will use.\n"
+        "check looks for the display if a display server answers. A server that is missing or\n"
+        "hangs is no problem, except with --display. With --no-display, or with --screen but not\n"
+        "--display, it does not look, as for a document that another machine will use.\n"
         "\n"
         "The schema of documents comes with this program (docs/mirror-config.schema.json);\n"
         "editors can use it as well. Nothing is sent and nothing captured. The exit status is\n"

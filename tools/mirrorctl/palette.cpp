@@ -89,8 +89,8 @@ void addPaletteCommand(CLI::App &program, ExitStatus &status) {
         "The lights are left alone: of the document only the display is used. The library needs\n"
         "a run to see the screen; its one device has no panels, and nothing is sent to anybody.\n"
         "\n"
-        "Takes as long as the first frame does. If the display is black, black is the answer\n"
-        "after 2 seconds; if it is not, and no other colour comes, after 5.\n\n");
+        "Waits for the first frame. If no colour but black comes, reports black: after 2 seconds\n"
+        "if the display is black, otherwise after 5.\n\n");
     onCommand(*command, status, options, showPalette);
 }
 

@@ -23,13 +23,13 @@ static const char about[] =
 
 static const char footer[] = R"(
 Recordings: --record writes every datagram with its time of arrival, malformed ones too, and
-the configuration's devices, so that a replay needs no CONFIG. With one, the recording's
-devices are taken to be those of CONFIG, in order. A replay ends with the recording. --send
+the configuration's devices, so that a replay needs no CONFIG. If you give one, its devices
+replace the recording's devices, in order. A replay ends with the recording. --send
 sends each datagram to its device's address and port, as long as that is on this machine.
---compare matches devices by address and port, tells for each where the datagrams differ, and
-apart from that how their timing does; it ends with 0 when all devices were sent the same,
-1 when they were not, and 2 when that cannot be said. The manual's docs/recordings.md
-has the form.
+--compare matches devices by address and port, and reports for each where the datagrams
+differ, and separately how their timing differs; it ends with 0 when all devices were sent the
+same, 1 when they were not, and 2 when this cannot be decided. The manual's
+docs/recordings.md describes the file format.
 
 On a terminal the wall is redrawn in place; otherwise one line per device is printed every
 second. Device numbers count from 0, as in the document. When the program ends, a last line
@@ -103,7 +103,7 @@ static void addRecordingOptions(CLI::App &app, Options &options) {
                                   "Show a recording instead of listening; needs no CONFIG")
                        ->type_name("FILE")
                        ->excludes(record);
-    app.add_option("--speed", options.speed, "Replay so many times as fast (default 1)")
+    app.add_option("--speed", options.speed, "Replay this many times as fast (default 1)")
         ->type_name("X")
         ->check(numberFrom(0.001, 1e6))
         ->needs(replay);

@@ -99,7 +99,7 @@ std::string describeFlashes(const Wall &wall, Clock::time_point now) {
     if (!flashes.lastExcess() || now - *flashes.lastExcess() >= warningTime)
         return {};
     return lights::format("The whole wall flashes, up to %.1f times within a second: more than 3 "
-                          "can set off seizures in some people.",
+                          "can cause seizures in some people.",
                           flashes.most());
 }
 

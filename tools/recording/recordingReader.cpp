@@ -39,7 +39,7 @@ std::runtime_error RecordingReader::cutOff() const {
         return std::runtime_error("cannot be read beyond byte " + at);
     return std::runtime_error("ends at byte " + at + ", after " +
                               lights::counted(handedOut, "whole datagram") +
-                              ", without the mark of its end: it was cut off, or is still being "
+                              ", without an end record: it was cut off, or is still being "
                               "recorded, or its recorder was killed");
 }
 
@@ -60,7 +60,7 @@ void RecordingReader::checkMagic() {
     if (magic.starts_with(recordingMagic.substr(0, beforeLineEnd)))
         throw std::runtime_error("is a recording whose line ends were changed on its way here; "
                                  "transfer it as a binary file");
-    throw std::runtime_error("is no recording of a wall: it begins with other bytes");
+    throw std::runtime_error("is not a recording of a wall: its first bytes are different");
 }
 
 void RecordingReader::readHead() {
@@ -124,7 +124,8 @@ void RecordingReader::readEnd() {
                                  lights::counted(handedOut, "datagram") + ", but " +
                                  std::to_string(count) + " were recorded");
     if (input->peek() != std::istream::traits_type::eof())
-        throw std::runtime_error("goes on at byte " + std::to_string(offset) + ", behind its end");
+        throw std::runtime_error("has more data from byte " + std::to_string(offset) +
+                                 " on, after its end");
 }
 
 std::chrono::microseconds RecordingReader::readTime() {

@@ -374,7 +374,7 @@ TEST(ConfigFile, DoesNotWaitForEverOnAPipe) {
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     std::string reason;
     EXPECT_FALSE(config::readTextFile(pipe, reason, std::chrono::milliseconds(50)));
-    EXPECT_EQ(reason, "nobody wrote into it for 0 seconds");
+    EXPECT_EQ(reason, "no data arrived for 0 seconds");
     std::thread writer([&] { std::ofstream(pipe) << "slow, " << std::flush << "but there"; });
     EXPECT_EQ(config::readTextFile(pipe, reason), "slow, but there");
     writer.join();

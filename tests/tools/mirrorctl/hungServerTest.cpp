@@ -77,9 +77,9 @@ TEST_F(MirrorctlHungServer, IsNamed) {
 }
 
 TEST_F(MirrorctlHungServer, IsNoFindingOfACheckUnlessADisplayIsNeeded) {
-    const std::string reason = "since t" + silence().substr(1); // "since the X server ..."
+    const std::string reason = "because t" + silence().substr(1); // "because the X server ..."
     test::expectOutput(start({"check", "-"}).finish(), 0,
                        {"standard input: fine.\nThe displays are not known, " + reason + "."});
     test::expectOutput(start({"check", "-", "--display"}).finish(), 69,
-                       {"error: /displayID: cannot be looked for, " + reason});
+                       {"error: /displayID: cannot be checked, " + reason});
 }

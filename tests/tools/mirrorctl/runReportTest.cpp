@@ -101,7 +101,7 @@ TEST(MirrorctlRunReport, KnowsTheModesThatSendNowAndThen) {
         EXPECT_EQ(summary(state), "Sent 291 frames to every device.\n");
     }
     state.mode = 3;
-    EXPECT_EQ(liveLine(state, 200), "12 s  alive, last sign 5.0 s ago  no error");
+    EXPECT_EQ(liveLine(state, 200), "12 s  running, last datagram 5.0 s ago  no error");
     state.isCounted = false;
     EXPECT_EQ(liveLine(state, 200), "12 s  frames not counted  no error");
     EXPECT_EQ(summary(state), "");

@@ -117,7 +117,7 @@ TEST(PanelwallDatagram, ForeignRecordsAreFound) {
     EXPECT_EQ(findForeignRecord(make({3, 5}), known),
               "record 1: panel id 5 is unknown to this device");
     EXPECT_EQ(findForeignRecord(make({3, 44, 3}), known),
-              "record 2: panel id 3 occurs more often than panels have it");
+              "record 2: panel id 3 occurs in more records than panels have it");
 }
 
 // Every accepted datagram must be exactly what a sender would have written.

@@ -40,7 +40,7 @@ TEST_F(PanelwallProgram, MalformedDatagramsAreNamedWithTheirReason) {
         {{1, 3, 1, 1, 2, 3, 255, 5}, "record 0: white 255, not 0"},
         {{1, 4, 1, 1, 2, 3, 0, 5}, "record 0: panel id 4 is unknown to this device"},
         {{2, 3, 1, 1, 2, 3, 0, 5, 3, 1, 1, 2, 3, 0, 5},
-         "record 1: panel id 3 occurs more often than panels have it"},
+         "record 1: panel id 3 occurs in more records than panels have it"},
         {Datagram(65507, 0xff), "65507 bytes, but a panel count of 255 needs 1786"},
     };
     int count = 0;

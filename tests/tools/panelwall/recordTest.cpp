@@ -147,7 +147,7 @@ TEST_F(PanelwallReplay, SaysWhatIsWrongWithFilesAndOptions) {
         folder.write("a.wall", record(wideDevices({"127.0.45.19", "127.0.45.20"}), {}, 10));
     expectErrors(run({"--replay", folder.file("none")}), 7, {"none: cannot be read: No such"});
     expectErrors(run({"--replay", folder.file("")}), 7, {"is no regular file"});
-    expectErrors(run({"--replay", config}), 7, {config + ": is no recording of a wall"});
+    expectErrors(run({"--replay", config}), 7, {config + ": is not a recording of a wall"});
     expectErrors(run({config, "--record", folder.file("no/a.wall")}), 3,
                  {"a recording cannot be written here: No such file"});
     expectErrors(run({config, "--replay", file}), 4,

@@ -90,7 +90,7 @@ TEST(PanelwallRecording, EveryTruncationGivesWhatIsBeforeIt) {
             EXPECT_TRUE(contains(read.error, "ends at byte " + std::to_string(size)));
             EXPECT_TRUE(contains(read.error, ", after " +
                                                  lights::counted(expected, "whole datagram") +
-                                                 ", without the mark of its end"));
+                                                 ", without an end record"));
         }
         EXPECT_EQ(read.end, expected > 0 ? threeDatagrams[expected - 1].time.count() : 0) << size;
     }
@@ -106,7 +106,7 @@ TEST(PanelwallRecording, ForeignFilesAreNamedAsSuch) {
     EXPECT_EQ(errorOf(""), "is empty, and so no recording");
     for (const std::string &foreign : {std::string("{\"displayID\": 1}"), std::string(4096, '\0'),
                                        std::string("\x89PNG\r\n\x1a\n")})
-        EXPECT_EQ(errorOf(foreign), "is no recording of a wall: it begins with other bytes");
+        EXPECT_EQ(errorOf(foreign), "is not a recording of a wall: its first bytes are different");
     std::string text = good;
     text.erase(4, 1); // as a transfer in text mode changes \r\n
     EXPECT_EQ(errorOf(text), "is a recording whose line ends were changed on its way here; "
@@ -147,7 +147,7 @@ TEST(PanelwallRecording, DamageIsToldWithItsPlace) {
         {std::string(10, '\x80'), 0, ": a device number is too large"},
         {std::string(9, '\x80') + "\x02", 0, ": a device number is too large"},
         {good + std::string("\x00\x00\x02", 3), 1, "ends after 1 datagram, but 2 were recorded"},
-        {good + std::string("\x00\x00\x01\x00", 4), 1, "behind its end"},
+        {good + std::string("\x00\x00\x01\x00", 4), 1, "after its end"},
     };
     for (const auto &[records, count, error] : cases) {
         const Read read = readRecording(withRecords(records));

@@ -76,7 +76,7 @@ static lights::AddressFault explain(int error) {
                 "60222)? On this machine, panelwall plays the lights"};
     case EHOSTUNREACH:
     case EHOSTDOWN:
-        return {"nobody has this address on the network",
+        return {"no machine on the network has this address",
                 "is the light switched on, and in the same network? Has its address changed?"};
     case ENETUNREACH:
     case EADDRNOTAVAIL:

@@ -34,7 +34,7 @@ struct RunState {
     double elapsed = 0.0;          // seconds
     std::optional<double> planned; // seconds after which it ends by itself
     bool isCounted = false;        // whether frames are counted
-    std::size_t frames = 0;        // in palette mode signs of life
+    std::size_t frames = 0;        // in palette mode datagrams to one panel
     double silence = 0.0;          // seconds since the last frame, or since the start
     std::optional<FrameTally::Pace> pace;
     std::size_t errors = 0; // lines that the library printed

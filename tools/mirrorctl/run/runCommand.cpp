@@ -95,12 +95,12 @@ void addRunCommand(CLI::App &program, ExitStatus &status) {
         "is mirrored again as soon as the server is back with it. Both are reported, as is a\n"
         "server that hangs. With --once the run ends then, with 74.\n"
         "\n"
-        "How frames are counted: the library has no counter, so it is handed one device more, a\n"
-        "loopback address at which this program listens. It has no panels and comes last; each of\n"
-        "its datagrams, two bytes long, is one frame that has been sent to all devices before.\n"
-        "That says that frames leave, not that the lights get them. Melt and fade mode send only\n"
-        "when the screen's colour changes. Palette mode sends each panel something in its own\n"
-        "time; there the device has one panel and shows no more than that the run is alive.\n\n");
+        "How frames are counted: the library does not count them, so mirrorctl adds one device\n"
+        "without panels to the end of the configuration: a loopback address at which it listens\n"
+        "itself. Each datagram that arrives there means that one frame has been sent to all other\n"
+        "devices; it does not show that the lights received it. Melt and fade mode send only when\n"
+        "the screen's colour changes. Palette mode sends to each panel at its own times; there\n"
+        "the added device has one panel and shows only that the run is still active.\n\n");
     onCommand(*command, status, options, run);
 }
 

@@ -32,8 +32,8 @@ static std::string activity(const RunState &state) {
     if (!state.isCounted)
         return "frames not counted";
     if (state.mode == paletteMode)
-        return state.frames == 0 ? format("no sign of life for %.1f s", state.silence)
-                                 : format("alive, last sign %.1f s ago", state.silence);
+        return state.frames == 0 ? format("nothing sent for %.1f s", state.silence)
+                                 : format("running, last datagram %.1f s ago", state.silence);
     std::string text = counted(state.frames, "frame");
     constexpr double longSilence = 1.0;
     if (state.mode != matchMode)
@@ -68,8 +68,8 @@ std::string liveLine(const RunState &state, std::size_t columns) {
 std::string summary(const RunState &state) {
     std::string text;
     if (state.isCounted && state.mode == paletteMode)
-        text = "Palette mode sends each panel something every 1.0 to 1.4 s; " +
-               counted(state.frames, "sign") + " of life.\n";
+        text = "Palette mode sends to each panel every 1.0 to 1.4 s; counted " +
+               counted(state.frames, "datagram") + " to one panel.\n";
     else if (state.isCounted)
         text = "Sent " + counted(state.frames, "frame") + " to every device" +
                (state.mode == matchMode && state.pace

@@ -67,8 +67,8 @@ static const char *reasonForNothing(std::int32_t mode) {
     case matchMode:
         return "This mode sends all the time, so mirroring ended by itself, or is stuck.";
     case paletteMode:
-        return "This mode sends a panel something only every second or so, and nothing came of\n"
-               "which it is clear to which device it was sent. Give it more time with --seconds.";
+        return "This mode sends to each panel only every second or so, and so far it is not clear\n"
+               "which device was sent what. Give it more time with --seconds.";
     default:
         return "This mode sends only when the screen's dominant colour changes, and begins with\n"
                "black as the last colour. Change what the screen shows, or give it more time with\n"
@@ -174,8 +174,9 @@ void addSnapshotCommand(CLI::App &program, ExitStatus &status) {
         "Panels are listed with the identifiers that the datagrams carry. Melt and fade mode send\n"
         "only when the screen's dominant colour changes. Palette mode sends to the panels that\n"
         "are due, so some panels and devices may be missing. Match and palette mode begin before\n"
-        "they have seen the screen; after 2 seconds of nothing but black, black is the answer if\n"
-        "the screen is black there. The wait may last a second longer than --seconds says.\n\n");
+        "they have seen the screen: panels that are black for 2 seconds are reported as black "
+        "only\n"
+        "if the screen is. The wait may last a second longer than --seconds says.\n\n");
     onCommand(*command, status, options, showSnapshot);
 }
 

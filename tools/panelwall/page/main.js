@@ -11,8 +11,8 @@ const timelineTime = 100;
 const pictureTime = 1000;
 
 const goneAdvice =
-  "Check that panelwall still runs; after a new start, open the address that it prints. What is " +
-  "shown here is old; the page goes on by itself as soon as the wall answers.";
+  "Check that panelwall still runs; after a new start, open the address that it prints. The " +
+  "colours shown are out of date; the page goes on by itself as soon as panelwall answers.";
 const flashAdvice =
   "Palette mode holds each panel's colour for a second or more; see the README on flashing pictures.";
 

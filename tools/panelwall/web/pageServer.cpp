@@ -111,7 +111,7 @@ bool PageServer::process_and_close_socket(socket_t descriptor) {
     if (++connections > mostConnections) {
         connection.httplib::Stream::write(
             "HTTP/1.1 503 Service Unavailable\r\nConnection: close\r\nContent-Type: text/plain\r\n"
-            "\r\nThe wall serves as many connections as it can.\n");
+            "\r\nToo many connections; try again later.\n");
     } else {
         bool closed = false;
         // Many ranges of one file could make a reply of any size, so ranges are ignored.
@@ -144,7 +144,7 @@ void PageServer::answer(const httplib::Request &request, httplib::Response &resp
 void PageServer::answerEvents(httplib::Response &response) {
     const auto reader = std::make_shared<LiveFeed::Reader>(feed);
     if (feed.readers() > mostReaders)
-        return refuse(response, 503, "As many pages show this wall as it serves; close one.");
+        return refuse(response, 503, "Too many pages show this wall; close one.");
     response.set_chunked_content_provider("text/event-stream",
                                           [reader](std::size_t, httplib::DataSink &sink) {
                                               const LiveFeed::Text text = reader->next();
