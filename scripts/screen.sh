@@ -15,7 +15,7 @@ screen() {
     xorg) set -- "$@" Xorg -config "$PWD/tests/support/xorg.conf" -logfile /dev/null \
         -novtswitch -sharevts ;;
     esac
-    screen_size=$1x$2
+    screen_size=own$1x$2 # unlike the names of the modes that the driver has
     screen_folder=$3
     screen_mode="100 $1 $(($1 + 1)) $(($1 + 2)) $(($1 + 3)) $2 $(($2 + 1)) $(($2 + 2)) $(($2 + 3))"
     shift 3
