@@ -10,10 +10,10 @@ SCREEN_MIRROR_LIBRARY.
 import ctypes
 import json
 import os
+import select
 import signal
 import socket
 import sys
-import time
 from ctypes import c_char_p, c_int
 from pathlib import Path
 
@@ -136,6 +136,18 @@ def configuration(display, address):
     return {"displayID": identifier, "mode": 0, "devices": [device]}
 
 
+def wait(seconds):
+    """Ends at once on a signal. time.sleep() would miss one that comes just before it."""
+    reader, writer = socket.socketpair()
+    with reader, writer:
+        writer.setblocking(False)
+        before = signal.set_wakeup_fd(writer.fileno())
+        try:
+            select.select([reader], [], [], seconds)
+        finally:
+            signal.set_wakeup_fd(before)
+
+
 def swatch(colour):
     red, green, blue = colour["R"], colour["G"], colour["B"]
     block = f"\033[48;2;{red};{green};{blue}m  \033[0m " if sys.stdout.isatty() else ""
@@ -155,7 +167,7 @@ def main(address, seconds=10):
     mirror.configure(configuration(displays[0], address))
     with mirror:
         print(f"mirroring display {displays[0]['displayID']} onto {address}", flush=True)
-        time.sleep(float(seconds))
+        wait(float(seconds))
         for device in mirror.sent():
             print(f"sent to {device['ip']}: {device['animData']}")
         print("palette:", *map(swatch, mirror.palette()), flush=True)

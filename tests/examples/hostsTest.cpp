@@ -10,7 +10,6 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <regex>
-#include <thread>
 
 namespace {
 
@@ -83,18 +82,6 @@ protected:
     // The host's standard error, without the warnings of Java's libjsig about calls of signal().
     static std::string errorsOf(const test::Process &host) {
         return std::regex_replace(host.err(), std::regex("OpenJDK VM warning: .*\n"), "");
-    }
-
-    // Waits until the host sleeps: a signal just before Python's sleep would not end the sleep.
-    // False if the deadline passes first.
-    static bool awaitSleep(const test::Process &host) {
-        const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
-        while (std::chrono::steady_clock::now() < deadline) {
-            if (host.status("State").starts_with('S'))
-                return true;
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        }
-        return false;
     }
 
     // Runs the host until it ends, and expects exactly one line on standard error. Returns its
@@ -182,7 +169,6 @@ TEST_P(HostTest, EndsOnAnInterruptInItsOwnWay) {
     screen.use();
     test::Process host = run({lightOf("127.0.76.2"), "600"});
     host.waitFor(" onto ");
-    ASSERT_TRUE(awaitSleep(host));
     host.signal(SIGINT);
     EXPECT_EQ(host.finish().status, GetParam().interrupted) << host.err();
 }
