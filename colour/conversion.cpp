@@ -47,7 +47,7 @@ static inline std::int32_t hue(const Channels &c) {
     const float difference = c.r == c.max ? c.g - c.b : c.g == c.max ? c.b - c.r : c.r - c.g;
     const float turn = c.r == c.max ? 0.0f : c.g == c.max ? 120.0f : 240.0f;
     const auto degrees = static_cast<std::int32_t>(difference * 60.0f / divisor + turn);
-    return degrees < 0 ? degrees + 360 : degrees; // never above 300 without the wrap
+    return degrees < 0 ? degrees + 360 : degrees; // at most 300 before the wrap
 }
 
 static constexpr std::int32_t lightness(float min, float max) {
