@@ -80,7 +80,7 @@ private:
     std::thread thread;
 };
 
-Flashes mostFlashes(int mode, double flashesPerSecond, double seconds) {
+Flashes maxFlashes(int mode, double flashesPerSecond, double seconds) {
     test::VirtualScreen screen(size.width, size.height);
     screen.use();
     test::LightReceiver light(address, port);
@@ -114,7 +114,7 @@ int main(int argc, char **argv) {
     for (const double rate : {1.0, 2.0, 3.0, 4.0, 5.0, 6.0, 8.0, 10.0, 12.0, 15.0, 20.0}) {
         std::printf("| %.0f |", rate);
         for (int mode = 0; mode < 4; ++mode) {
-            const Flashes flashes = mostFlashes(mode, rate, mode == 3 ? 4 * seconds : seconds);
+            const Flashes flashes = maxFlashes(mode, rate, mode == 3 ? 4 * seconds : seconds);
             std::printf(" %.1f, %.1f |", flashes.wall, flashes.panel);
             std::fflush(stdout);
         }

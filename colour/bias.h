@@ -3,7 +3,7 @@
 
 #include <algorithm>
 
-constexpr int mostBias = 20;
+constexpr int maxBias = 20;
 
 // hslBias() for a saturation and a lightness, in any integer type that holds them: the narrower the
 // type, the more values a vector instruction processes at once.

@@ -55,7 +55,7 @@ bool canStay(const Leader &heaviest, HSL itsAverage) {
 // bucket, if no other has the same weight and it can stay. Nothing otherwise.
 std::optional<HSL> clearLeader(const Frame &frame, const std::int32_t *samples, int count) {
     HueHistogram<hueBuckets> histogram;
-    forEachSample(frame, samples, count, mostBias,
+    forEachSample(frame, samples, count, maxBias,
                   [&](int number, unsigned hue, const Share &share) {
                       histogram.bucket(number, bucketOf(hue)).add(share);
                   });
@@ -81,7 +81,7 @@ RGB dominantColour(const Frame &frame, const std::int32_t *samples, int count) {
 
     Buckets buckets;
     Leader leaders[3];
-    forEachSample(frame, samples, count - 1, mostBias, [&](int, unsigned hue, const Share &share) {
+    forEachSample(frame, samples, count - 1, maxBias, [&](int, unsigned hue, const Share &share) {
         const unsigned index = bucketOf(hue);
         buckets[index].add(share);
         updateLeaders(leaders, buckets[index].count(), static_cast<std::int32_t>(index));

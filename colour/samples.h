@@ -8,12 +8,12 @@
 #include <algorithm>
 
 // For each of `count` samples, in order, calls `use` with a number that alternates between even and
-// odd, the hue and the share, whose count is at most `mostShare`. Works in blocks: while one is
+// odd, the hue and the share, whose count is at most `maxShare`. Works in blocks: while one is
 // used, the pixels of the next are prefetched, and the conversion calculates several pixels at
 // once.
 template <class Use>
 void forEachSample(const Frame &frame, const std::int32_t *samples, int count,
-                   std::uint16_t mostShare, Use use) {
+                   std::uint16_t maxShare, Use use) {
     constexpr int blockSize = HSLColumns::capacity;
     std::uint32_t words[blockSize] = {};
     HSLColumns columns;
@@ -24,7 +24,7 @@ void forEachSample(const Frame &frame, const std::int32_t *samples, int count,
         for (int i = 0; i < length; ++i)
             words[i] = frame.word(samples[begin + i]);
         wordsToHSL(words, columns);
-        share(columns, mostShare, shares);
+        share(columns, maxShare, shares);
 
         const int fetched = std::min(blockSize, count - begin - length);
         int i = 0;

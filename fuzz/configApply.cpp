@@ -106,9 +106,9 @@ void requireColours() {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size) {
     FuzzedDataProvider input(data, size);
-    const auto width = input.ConsumeIntegralInRange<std::size_t>(0, fuzz::mostPixels);
+    const auto width = input.ConsumeIntegralInRange<std::size_t>(0, fuzz::maxPixels);
     const auto height = input.ConsumeIntegralInRange<std::size_t>(
-        0, fuzz::mostPixels / std::max<std::size_t>(1, width));
+        0, fuzz::maxPixels / std::max<std::size_t>(1, width));
     const config::Document wanted = document(input);
     const std::string text = config::documentText(wanted);
 

@@ -54,14 +54,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
         return 0;
 
     const std::string other = head + rest.substr(rest.size() / 2);
-    const std::size_t mostHeld = (data[0] & 2) != 0 ? 1u << 20 : 0;
+    const std::size_t maxHeld = (data[0] & 2) != 0 ? 1u << 20 : 0;
     const auto compare = [&](const std::string &left, const std::string &right) {
         const Comparison comparison = compareRecordings(
             [&](Side side) {
                 return RecordingReader(
                     std::make_unique<std::istringstream>(side == first ? left : right));
             },
-            mostHeld);
+            maxHeld);
         for (const std::string &line : describe(comparison))
             require(line.find('\n') == std::string::npos, "a finding is told on one line");
         for (const ComparedDevice &device : comparison.devices)

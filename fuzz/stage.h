@@ -14,6 +14,6 @@ void setStage(unsigned displayID, std::size_t width, std::size_t height, std::si
 int apply(const std::string &text);
 
 // The largest number of pixels of the display, which keeps runs quick.
-inline constexpr std::size_t mostPixels = 1u << 14;
+inline constexpr std::size_t maxPixels = 1u << 14;
 
 } // namespace fuzz

@@ -112,7 +112,7 @@ int main(int argc, char **argv) {
     Plan plan;
     CLI::App app{"Mirrors a moving screen onto many devices and looks for everything at the "
                  "receiving end."};
-    app.add_option("--devices", plan.devices)->check(CLI::Range(1, mostDevices));
+    app.add_option("--devices", plan.devices)->check(CLI::Range(1, maxDevices));
     app.add_option("--panels", plan.panels, "Of each device")->check(CLI::Range(1, 500));
     app.add_option("--width", plan.width);
     app.add_option("--height", plan.height);

@@ -14,7 +14,7 @@ using bench::Clock;
 static constexpr std::chrono::seconds patience{30};
 
 // Memory use can vary by this much without a leak.
-static constexpr long mostGrowthKiB = 1024;
+static constexpr long maxGrowthKiB = 1024;
 
 static double since(Clock::time_point begin) {
     return std::chrono::duration<double>(Clock::now() - begin).count();
@@ -88,7 +88,7 @@ static void checkSamples(Result &result) {
         return;
     const ProcessSample &first = result.samples.front();
     const ProcessSample &last = result.samples.back();
-    if (last.residentKiB > first.residentKiB + mostGrowthKiB)
+    if (last.residentKiB > first.residentKiB + maxGrowthKiB)
         result.faults.push_back("memory grew from " + std::to_string(first.residentKiB) + " to " +
                                 std::to_string(last.residentKiB) + " KiB");
     for (const ProcessSample &sample : result.samples)

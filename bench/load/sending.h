@@ -12,7 +12,7 @@
 
 namespace load {
 
-inline constexpr int mostDevices = 4000;
+inline constexpr int maxDevices = 4000;
 inline constexpr int largestDatagram = 4096;
 inline constexpr int port = 60222;
 
@@ -54,7 +54,7 @@ struct Sending {
     // Processor time of the thread that sends, in nanoseconds.
     std::atomic<std::int64_t> threadTime{0};
     int devices = 0;
-    SentTo to[mostDevices];
+    SentTo to[maxDevices];
 };
 
 // Allocates one in memory shared with child processes. It is never freed.

@@ -10,7 +10,7 @@
 namespace platform::x11 {
 
 // Eight 8K screens in one. A larger monitor is implausible and would need more than a gigabyte.
-static constexpr std::uint32_t mostPixels = 1u << 28;
+static constexpr std::uint32_t maxPixels = 1u << 28;
 
 std::optional<std::vector<Monitor>> listMonitors(Connection &connection) {
     xcb_connection_t *xcb = connection.get();
@@ -34,7 +34,7 @@ std::optional<std::vector<Monitor>> listMonitors(Connection &connection) {
          xcb_randr_monitor_info_next(&each)) {
         const xcb_randr_monitor_info_t &info = *each.data;
         const std::uint32_t pixels = std::uint32_t{info.width} * info.height;
-        if (pixels == 0 || pixels > mostPixels)
+        if (pixels == 0 || pixels > maxPixels)
             continue;
         monitors.push_back({0, {info.x, info.y, info.width, info.height}});
         cookies.push_back(xcb_get_atom_name(xcb, info.name));

@@ -43,7 +43,7 @@ std::string complaintAboutBlock(std::uint32_t block) {
         HSLColumns columns;
         wordsToHSL(words, columns);
         Share shares[capacity];
-        share(columns, mostBias, shares);
+        share(columns, maxBias, shares);
         for (int i = 0; i < HSLColumns::capacity; ++i) {
             const HSL wanted = transcription::hslOf(transcription::unpacked(words[i]));
             const HSL got{columns.hue[i], columns.saturation[i], columns.lightness[i]};

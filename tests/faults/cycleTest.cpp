@@ -87,7 +87,7 @@ TEST_F(Cycle, Questions) {
 
 // Runs a host that loads the library, starts a run and unloads it in mid-run. The host checks
 // descriptors and threads itself. Returns its peak memory in KiB.
-long mostMemoryOfLoads(const std::string &config, int rounds) {
+long maxMemoryOfLoads(const std::string &config, int rounds) {
     const std::string number = std::to_string(rounds);
     const pid_t host = fork();
     if (host == 0) {
@@ -106,8 +106,8 @@ long mostMemoryOfLoads(const std::string &config, int rounds) {
 TEST_F(Cycle, LoadRunAndUnload) {
     light.ip = "127.0.56.1"; // the host listens there
     const int rounds = test::fullFaults() ? 1000 : 20;
-    const long few = mostMemoryOfLoads(document(), rounds / 10);
-    const long many = mostMemoryOfLoads(document(), rounds);
+    const long few = maxMemoryOfLoads(document(), rounds / 10);
+    const long many = maxMemoryOfLoads(document(), rounds);
     test::tellFigure("load, run, unload: " + std::to_string(few) + " KiB after " +
                      std::to_string(rounds / 10) + " rounds, " + std::to_string(many) +
                      " KiB after " + std::to_string(rounds));

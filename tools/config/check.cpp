@@ -149,7 +149,7 @@ static bool isRequired(const std::string &name, const Value &rules) {
 }
 
 static bool isFull(const std::vector<Problem> &problems) {
-    return problems.size() >= mostProblems;
+    return problems.size() >= maxProblems;
 }
 
 // Checks a value against its rules in the schema, recursively. Supports only the keywords that the
@@ -170,7 +170,7 @@ static void checkMembers(const Value &object, const Value &rules, const std::str
     for (const auto &member : object.GetObject()) {
         const auto found = known.FindMember(member.name);
         if (found == known.MemberEnd()) {
-            if (others.size() < mostProblems)
+            if (others.size() < maxProblems)
                 others.emplace_back(member.name.GetString(), member.name.GetStringLength());
             continue;
         }

@@ -76,7 +76,7 @@ Reading review(Reading reading, const std::optional<ScreenSize> &screen) {
     for (auto *more : {&reading.unknownMembers, &warnings}) {
         locate(reading, *more);
         for (auto &problem : *more)
-            if (reading.problems.size() <= mostProblems)
+            if (reading.problems.size() <= maxProblems)
                 reading.problems.push_back(std::move(problem));
     }
     return reading;

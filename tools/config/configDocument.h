@@ -52,7 +52,7 @@ struct Problem {
 
 // At most this many errors are listed; one more entry then says that there may be others. Warnings
 // and cautions are listed up to the same total.
-inline constexpr std::size_t mostProblems = 1000;
+inline constexpr std::size_t maxProblems = 1000;
 
 struct Tree; // the parsed values and their offsets
 

@@ -34,7 +34,7 @@ std::optional<std::int32_t> modeNumber(const std::string &text) {
     return std::nullopt;
 }
 
-double mostFlashes(std::int32_t mode) {
+double maxFlashes(std::int32_t mode) {
     constexpr double framesPerFlash = 2.0;
     const Mode *found = find(mode);
     return found && found->frameDelay > 0.0 ? 1.0 / (framesPerFlash * found->frameDelay) : 0.0;

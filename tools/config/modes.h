@@ -24,6 +24,6 @@ inline constexpr double harmlessFlashes = 3.0;
 // The most flashes per second that a mode passes on from a flashing screen to all panels together;
 // a flash is a change and the change back. 0 for modes whose panels do not change together, and for
 // numbers that are not a mode.
-double mostFlashes(std::int32_t mode);
+double maxFlashes(std::int32_t mode);
 
 } // namespace config

@@ -57,8 +57,8 @@ private:
     }
 
     bool note() {
-        if (nodes.size() == mostValues)
-            return refuse("at most " + std::to_string(mostValues) + " values");
+        if (nodes.size() == maxValues)
+            return refuse("at most " + std::to_string(maxValues) + " values");
         const auto number = static_cast<std::uint32_t>(nodes.size());
         nodes.push_back({static_cast<std::uint32_t>(nameBegins.value_or(beginning())), number + 1});
         nameBegins.reset();

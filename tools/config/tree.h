@@ -18,7 +18,7 @@ inline constexpr std::size_t deepestNesting = 256;
 
 // A wall of ten thousand panels has about fifty thousand values. The tree of a text that consists
 // of tiny values takes many times the text's size in memory.
-inline constexpr std::size_t mostValues = 4'000'000;
+inline constexpr std::size_t maxValues = 4'000'000;
 
 // One value of the tree. Nodes are in text order: each is followed by those inside it.
 struct Node {
@@ -33,7 +33,7 @@ struct Tree {
 
 // Parses exactly as the library does. Null on failure, with the place and the reason in `problem`.
 // In addition it refuses a zero byte, which the library would take for the end of the text, nesting
-// deeper than `deepestNesting`, and more values than `mostValues`.
+// deeper than `deepestNesting`, and more values than `maxValues`.
 std::shared_ptr<const Tree> parse(const std::string &text, Problem &problem);
 
 // The place of the byte at `offset`, or of the text's end.
@@ -50,14 +50,14 @@ extern const char schemaText[];
 //
 // Errors come in the order in which the library would find them: it reads members in the schema's
 // order. Of members with the same name the first counts, as in the library's lookup. Adds at most
-// `mostProblems` errors and one that says that there may be more.
+// `maxProblems` errors and one that says that there may be more.
 //
 // The unknown members get a warning for each member that the schema does not name, and for each
-// repeated member: at most `mostProblems`, and only for objects that the library would read.
+// repeated member: at most `maxProblems`, and only for objects that the library would read.
 void check(Reading &reading);
 
 // Warnings and cautions about a document's values; those that depend on the screen only if it is
-// given. Without places. Lists at most `mostProblems`.
+// given. Without places. Lists at most `maxProblems`.
 std::vector<Problem> findWarnings(const Document &document, const std::optional<ScreenSize> &screen,
                                   const FaultyParts &faulty);
 

@@ -29,7 +29,7 @@ struct WarningList {
     std::vector<Problem> problems = {};
     std::map<std::string, std::string> endpoints = {}; // pointer to each one's first device
 
-    bool isFull() const { return problems.size() >= mostProblems; }
+    bool isFull() const { return problems.size() >= maxProblems; }
 
     void add(const std::string &pointer, const std::string &message, const std::string &fix,
              Severity severity = Severity::Warning) {
@@ -45,7 +45,7 @@ static std::string shown(const ScreenSize &size) {
 }
 
 static void warnOfFlashes(const Document &document, WarningList &list) {
-    const double flashes = mostFlashes(document.mode);
+    const double flashes = maxFlashes(document.mode);
     const bool hasPanels = std::any_of(document.devices.begin(), document.devices.end(),
                                        [](const auto &device) { return !device.panels.empty(); });
     if (flashes > harmlessFlashes && hasPanels)
@@ -104,7 +104,7 @@ static void warnOfCount(const DeviceEntry &device, const std::string &pointer, W
         list.add(pointer + "/panels", "found no panels; the device stays dark",
                  "add its panels, or take the device away");
     const lights::Layout layout = lights::layoutOf(device.controlVersion);
-    const std::size_t most = lights::mostPanels(layout);
+    const std::size_t most = lights::maxPanels(layout);
     if (panels > most && !list.faulty.include(pointer + "/controlVersion"))
         list.add(pointer + "/panels",
                  format("expected at most %zu panels, found %zu", most, panels) +

@@ -58,7 +58,7 @@ std::size_t datagramSize(Layout layout, std::size_t panels) {
     return numberSize(layout) + recordSize(layout) * panels;
 }
 
-std::size_t mostPanels(Layout layout) {
+std::size_t maxPanels(Layout layout) {
     constexpr std::size_t largestDatagram = 65507;
     return layout == Layout::Narrow ? 255
                                     : (largestDatagram - numberSize(layout)) / recordSize(layout);

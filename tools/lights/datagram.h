@@ -28,7 +28,7 @@ std::size_t datagramSize(Layout layout, std::size_t panels);
 
 // The most panels that a device of this layout can have, limited by the count's range (narrow) or
 // by the largest UDP datagram over IPv4 (wide).
-std::size_t mostPanels(Layout layout);
+std::size_t maxPanels(Layout layout);
 
 struct Record {
     std::uint16_t id = 0; // as in the datagram

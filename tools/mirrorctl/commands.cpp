@@ -10,9 +10,9 @@ CLI::Option *addConfig(CLI::App &command, std::string &path, const std::string &
 
 void addScreen(CLI::App &command, std::optional<config::ScreenSize> &size,
                const std::string &help) {
-    constexpr std::uint32_t mostPixels = 65536; // per side
+    constexpr std::uint32_t maxPixels = 65536; // per side
     const auto read = [](const std::string &text) {
-        return config::parseScreenSize(text, mostPixels);
+        return config::parseScreenSize(text, maxPixels);
     };
     addParsed(command, "--screen", size, read, "width x height in pixels, such as 1920x1080", help)
         ->type_name("WxH");

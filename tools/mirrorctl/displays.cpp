@@ -37,9 +37,9 @@ DisplayList listDisplays() {
     for (const auto &entry : tree["displays"].GetArray())
         list.displays.push_back(
             {member(entry, "displayID"), member(entry, "width"), member(entry, "height")});
-    constexpr std::size_t mostListed = 10;
+    constexpr std::size_t maxListed = 10;
     list.total = list.displays.size();
-    if (list.displays.size() >= mostListed)
+    if (list.displays.size() >= maxListed)
         list.total = std::max(list.total, countDisplays().value_or(0));
     return list;
 }

@@ -11,7 +11,7 @@
 namespace panelwall {
 
 // The page shows the last minute of at most this many panels, which takes a few megabytes.
-static constexpr std::size_t mostHistoryRows = 480;
+static constexpr std::size_t maxHistoryRows = 480;
 
 static constexpr int largestPictureSide = 5120;
 static constexpr std::chrono::seconds lineInterval{1};
@@ -98,7 +98,7 @@ void Session::servePage() {
         facts.screen = *measured;
         facts.sizeFrom = "display";
     }
-    wall.keepHistory(mostHistoryRows);
+    wall.keepHistory(maxHistoryRows);
     page.emplace(display, receiver.fds(), facts);
     if (const auto reason = page->open(options.web->address, options.web->port); !reason.empty()) {
         writeAll(STDERR_FILENO, "panelwall: " + reason + "\n");

@@ -27,11 +27,11 @@ public:
         }
     }
 
-    // Returns the devices that were dropped to hold at most `mostHeld` bytes.
-    std::vector<std::size_t> run(std::size_t mostHeld) {
+    // Returns the devices that were dropped to hold at most `maxHeld` bytes.
+    std::vector<std::size_t> run(std::size_t maxHeld) {
         while (const auto side = chooseSide()) {
             if (readers[*side].next(datagram)) {
-                take(*side, mostHeld);
+                take(*side, maxHeld);
             } else {
                 ended[*side] = true;
                 for (auto &[device, comparison] : comparisons)
@@ -60,7 +60,7 @@ private:
         return only.waiting(first) <= only.waiting(second) ? first : second;
     }
 
-    void take(Side side, std::size_t mostHeld) {
+    void take(Side side, std::size_t maxHeld) {
         if (datagram.device >= places[side].size())
             return; // the file has been replaced since the last pass
         const auto place = comparisons.find(places[side][datagram.device]);
@@ -69,7 +69,7 @@ private:
         held -= place->second.held();
         place->second.take(side, datagram);
         held += place->second.held();
-        while (held > mostHeld && comparisons.size() > 1) {
+        while (held > maxHeld && comparisons.size() > 1) {
             const auto largest = std::max_element(
                 comparisons.begin(), comparisons.end(), [](const auto &left, const auto &right) {
                     return left.second.held() < right.second.held();
@@ -151,7 +151,7 @@ bool Comparison::differs() const {
                        [](const ComparedDevice &device) { return device.differs(); });
 }
 
-Comparison compareRecordings(const OpenRecording &open, std::size_t mostHeld) {
+Comparison compareRecordings(const OpenRecording &open, std::size_t maxHeld) {
     Comparison comparison;
     for (const Side side : bothSides)
         comparison.documents[side] = open(side).document();
@@ -162,7 +162,7 @@ Comparison compareRecordings(const OpenRecording &open, std::size_t mostHeld) {
     std::iota(wanted.begin(), wanted.end(), std::size_t{0});
     do { // once even without devices, to find errors in the files
         Pass pass(open, comparison.devices, places, wanted);
-        wanted = pass.run(mostHeld);
+        wanted = pass.run(maxHeld);
         for (const auto &[device, finished] : pass.comparisons)
             comparison.devices[device].findings = finished.findings();
         comparison.errors = {pass.error(first), pass.error(second)};

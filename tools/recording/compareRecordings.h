@@ -134,9 +134,9 @@ struct Comparison {
 // are several passes if the datagrams to hold exceed the memory limit.
 using OpenRecording = std::function<RecordingReader(Side)>;
 
-// Compares all that can be read, in bounded memory: if it had to hold more than `mostHeld` bytes,
+// Compares all that can be read, in bounded memory: if it had to hold more than `maxHeld` bytes,
 // it reads the recordings again for some of the devices.
-Comparison compareRecordings(const OpenRecording &open, std::size_t mostHeld = 64u << 20);
+Comparison compareRecordings(const OpenRecording &open, std::size_t maxHeld = 64u << 20);
 
 // The comparison as lines of text; the last line says whether the recordings differ.
 std::vector<std::string> describe(const Comparison &comparison);

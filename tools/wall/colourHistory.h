@@ -32,9 +32,9 @@ public:
         std::vector<std::optional<Colour>> rows;
     };
 
-    // A row for each of `panels` panels, but at most `mostRows`, spread evenly over the panels.
-    ColourHistory(std::size_t panels, std::size_t mostRows) {
-        const std::size_t rows = std::min(panels, mostRows);
+    // A row for each of `panels` panels, but at most `maxRows`, spread evenly over the panels.
+    ColourHistory(std::size_t panels, std::size_t maxRows) {
+        const std::size_t rows = std::min(panels, maxRows);
         for (std::size_t i = 0; i < rows; ++i)
             chosen.push_back(i * panels / rows);
     }

@@ -36,7 +36,7 @@ void FlashMeter::note(double luminance, Clock::time_point now) {
         return;
     direction = brighter ? Direction::Up : Direction::Down;
     darkest = brightest = luminance;
-    while (!changes.empty() && (now - changes.front() >= window || changes.size() >= mostChanges))
+    while (!changes.empty() && (now - changes.front() >= window || changes.size() >= maxChanges))
         changes.pop_front();
     changes.push_back(now);
     const double flashes = perSecond(now);

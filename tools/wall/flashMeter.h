@@ -33,7 +33,7 @@ private:
     enum class Direction { None, Up, Down };
 
     // Bounds the memory in a flood; no light changes this often.
-    static constexpr std::size_t mostChanges = 1000;
+    static constexpr std::size_t maxChanges = 1000;
 
     Direction direction = Direction::None; // of the last change
     double darkest = 1.0;                  // since that change was noted

@@ -63,10 +63,10 @@ void Wall::receive(std::size_t index, std::span<const std::uint8_t> bytes, Clock
         device.history->note(now, [&](std::size_t panel) { return device.panels[panel].colour; });
 }
 
-void Wall::keepHistory(std::size_t mostRows) {
+void Wall::keepHistory(std::size_t maxRows) {
     for (WallDevice &device : allDevices)
         device.history.emplace(device.panels.size(),
-                               std::max<std::size_t>(1, mostRows / allDevices.size()));
+                               std::max<std::size_t>(1, maxRows / allDevices.size()));
 }
 
 bool Wall::isMoving(Clock::time_point now) const {

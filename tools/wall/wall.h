@@ -73,8 +73,8 @@ public:
     const std::vector<WallDevice> &devices() const { return allDevices; }
 
     // From now on every device keeps the colours it was sent within the last minute, in at most
-    // `mostRows` rows over all devices, but at least one per device.
-    void keepHistory(std::size_t mostRows);
+    // `maxRows` rows over all devices, but at least one per device.
+    void keepHistory(std::size_t maxRows);
 
     // Whether any panel is in a transition.
     bool isMoving(Clock::time_point now) const;

@@ -34,11 +34,11 @@ struct DarwinTime {
 static_assert(sizeof(DarwinTime) == 16);
 
 // The descriptors that the library has open.
-constexpr std::size_t mostDescriptors = 65536;
-std::array<std::atomic<bool>, mostDescriptors> isOpen;
+constexpr std::size_t maxDescriptors = 65536;
+std::array<std::atomic<bool>, maxDescriptors> isOpen;
 
 void checkOpen(const char *call, int fd) {
-    if (fd >= 0 && (static_cast<std::size_t>(fd) >= mostDescriptors || !isOpen[fd]))
+    if (fd >= 0 && (static_cast<std::size_t>(fd) >= maxDescriptors || !isOpen[fd]))
         refuse(std::string(call) + " with descriptor " + std::to_string(fd) +
                ", which the library has not opened or has closed");
 }
@@ -54,7 +54,7 @@ int shimSocket(int family, int type, int protocol) {
         refuse("socket of the type " + std::to_string(type) + " and the protocol " +
                std::to_string(protocol));
     const int fd = socket(familyNumber, SOCK_DGRAM, 0);
-    if (fd >= static_cast<int>(mostDescriptors))
+    if (fd >= static_cast<int>(maxDescriptors))
         refuse("more descriptors than the shims can count");
     if (fd >= 0)
         isOpen[fd] = true;

@@ -310,11 +310,11 @@ TEST(ConfigDocument, RefusesAbsurdNesting) {
 
 TEST(ConfigDocument, RefusesMoreValuesThanMemoryHolds) {
     std::string flood = "[1";
-    for (std::size_t i = 0; i < config::mostValues; ++i)
+    for (std::size_t i = 0; i < config::maxValues; ++i)
         flood += ",1";
     EXPECT_EQ(problemsIn(flood + "]"),
-              "1:" + std::to_string(2 * config::mostValues) + ": expected at most " +
-                  std::to_string(config::mostValues) + " values, found one more\n");
+              "1:" + std::to_string(2 * config::maxValues) + ": expected at most " +
+                  std::to_string(config::maxValues) + " values, found one more\n");
 }
 
 TEST(ConfigDocument, IsWrittenAsItWasRead) {
@@ -341,7 +341,7 @@ TEST(ConfigDocument, EndsTheListOfEndlessProblems) {
     for (int i = 0; i < 200000; ++i)
         text += ",0";
     const auto reading = config::readText(text + "]}");
-    ASSERT_EQ(reading.problems.size(), config::mostProblems + 1);
+    ASSERT_EQ(reading.problems.size(), config::maxProblems + 1);
     EXPECT_EQ(reading.problems[999].pointer, "/devices/999");
     EXPECT_EQ(reading.problems[1000].message, "there may be more errors than these");
 }

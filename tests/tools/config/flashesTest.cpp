@@ -9,10 +9,10 @@ namespace {
 
 TEST(ConfigFlashes, AreReckonedFromTheLibrarysDelays) {
     const MirrorManager fresh;
-    EXPECT_DOUBLE_EQ(config::mostFlashes(0), 500.0 / fresh.matchFrameDelay);
-    EXPECT_DOUBLE_EQ(config::mostFlashes(1), 500.0 / fresh.meltFrameDelay);
-    EXPECT_DOUBLE_EQ(config::mostFlashes(2), 500.0 / fresh.fadeFrameDelay);
-    EXPECT_EQ(config::mostFlashes(3), 0.0);
+    EXPECT_DOUBLE_EQ(config::maxFlashes(0), 500.0 / fresh.matchFrameDelay);
+    EXPECT_DOUBLE_EQ(config::maxFlashes(1), 500.0 / fresh.meltFrameDelay);
+    EXPECT_DOUBLE_EQ(config::maxFlashes(2), 500.0 / fresh.fadeFrameDelay);
+    EXPECT_EQ(config::maxFlashes(3), 0.0);
 }
 
 } // namespace

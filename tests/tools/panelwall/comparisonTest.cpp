@@ -14,13 +14,13 @@ using std::chrono::microseconds;
 namespace {
 
 Comparison compare(const std::string &left, const std::string &right,
-                   std::size_t mostHeld = 64u << 20) {
+                   std::size_t maxHeld = 64u << 20) {
     return panelwall::compareRecordings(
         [&](panelwall::Side side) {
             return panelwall::RecordingReader(
                 std::make_unique<std::istringstream>(side == first ? left : right));
         },
-        mostHeld);
+        maxHeld);
 }
 
 // A datagram every 40 ms, in these shades of red.
@@ -157,13 +157,13 @@ TEST(PanelwallComparison, WhatOutgrowsTheMemoryIsReadAgain) {
     const auto left = record(document, datagrams[0], 4000);
     datagrams[1][1500].bytes = {1, 2, 3}; // of device 1
     const auto right = record(document, datagrams[1], 4000);
-    for (const std::size_t mostHeld : {std::size_t{1} << 26, std::size_t{20'000}, std::size_t{0}}) {
-        const auto comparison = compare(left, right, mostHeld);
-        EXPECT_EQ(comparison.devices[0].findings.same, 1000u) << mostHeld;
-        EXPECT_EQ(comparison.devices[1].findings.same, 999u) << mostHeld;
-        EXPECT_EQ(comparison.devices[1].findings.changed, 1u) << mostHeld;
-        EXPECT_EQ(comparison.devices[1].findings.firstDifference[first]->number, 500u) << mostHeld;
-        EXPECT_EQ(comparison.devices[2].findings.same, 1000u) << mostHeld;
+    for (const std::size_t maxHeld : {std::size_t{1} << 26, std::size_t{20'000}, std::size_t{0}}) {
+        const auto comparison = compare(left, right, maxHeld);
+        EXPECT_EQ(comparison.devices[0].findings.same, 1000u) << maxHeld;
+        EXPECT_EQ(comparison.devices[1].findings.same, 999u) << maxHeld;
+        EXPECT_EQ(comparison.devices[1].findings.changed, 1u) << maxHeld;
+        EXPECT_EQ(comparison.devices[1].findings.firstDifference[first]->number, 500u) << maxHeld;
+        EXPECT_EQ(comparison.devices[2].findings.same, 1000u) << maxHeld;
     }
 }
 

@@ -112,9 +112,9 @@ bool Trial::await(double seconds, const std::function<bool(const Picture &)> &is
 }
 
 static bool isNear(const lights::Record &panel, std::uint32_t colour) {
-    constexpr int mostAway = 12; // a screen with few colours rounds
+    constexpr int maxDifference = 12; // a screen with few colours rounds
     const auto isClose = [&](int channel, int shift) {
-        return std::abs(channel - static_cast<int>(colour >> shift & 0xFF)) <= mostAway;
+        return std::abs(channel - static_cast<int>(colour >> shift & 0xFF)) <= maxDifference;
     };
     return isClose(panel.colour.red, 16) && isClose(panel.colour.green, 8) &&
            isClose(panel.colour.blue, 0);

@@ -107,8 +107,8 @@ void addLayoutCommand(CLI::App &program, ExitStatus &status) {
         program.add_subcommand("layout", "Make a configuration from a shape and addresses");
     const auto options = std::make_shared<LayoutOptions>();
     addParsed(*command, "SHAPE", options->plan.shape, parseShape,
-              "rows x columns, such as 4x6, or strip:N, with at most " +
-                  std::to_string(mostPanels) + " panels",
+              "rows x columns, such as 4x6, or strip:N, with at most " + std::to_string(maxPanels) +
+                  " panels",
               "ROWSxCOLUMNS, such as 4x6, for a grid that fills the screen, or strip:N for N "
               "panels around its edges")
         ->required()

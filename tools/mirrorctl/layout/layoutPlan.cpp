@@ -16,15 +16,15 @@ using Point = std::pair<std::int32_t, std::int32_t>; // x and y
 std::optional<Shape> parseShape(const std::string &text) {
     constexpr std::string_view strip = "strip:";
     if (text.starts_with(strip)) {
-        const auto length = wholeNumber(std::string_view(text).substr(strip.size()), mostPanels);
+        const auto length = wholeNumber(std::string_view(text).substr(strip.size()), maxPanels);
         return length ? std::optional(Shape{0, 0, *length}) : std::nullopt;
     }
     const auto x = text.find('x');
     if (x == std::string::npos)
         return std::nullopt;
-    const auto rows = wholeNumber(std::string_view(text).substr(0, x), mostPanels);
-    const auto columns = wholeNumber(std::string_view(text).substr(x + 1), mostPanels);
-    if (!rows || !columns || std::size_t{*rows} * *columns > mostPanels)
+    const auto rows = wholeNumber(std::string_view(text).substr(0, x), maxPanels);
+    const auto columns = wholeNumber(std::string_view(text).substr(x + 1), maxPanels);
+    if (!rows || !columns || std::size_t{*rows} * *columns > maxPanels)
         return std::nullopt;
     return Shape{*rows, *columns};
 }
@@ -82,7 +82,7 @@ std::string problemOf(const LayoutPlan &plan) {
     const std::size_t devices = plan.addresses.size();
     if (devices > panels)
         return "there are more addresses than panels";
-    const std::size_t most = lights::mostPanels(lights::layoutOf(plan.controlVersion));
+    const std::size_t most = lights::maxPanels(lights::layoutOf(plan.controlVersion));
     if (panels > most * devices)
         return "a device of this control version takes " + std::to_string(most) +
                " panels at most; for " + std::to_string(panels) + " name " +

@@ -21,9 +21,9 @@ struct Shape {
 };
 
 // "4x6" is four rows of six, "strip:60" sixty panels around the edges. Nothing for other texts and
-// for more than `mostPanels` panels.
+// for more than `maxPanels` panels.
 std::optional<Shape> parseShape(const std::string &text);
-inline constexpr std::size_t mostPanels = 100'000;
+inline constexpr std::size_t maxPanels = 100'000;
 
 struct LayoutPlan {
     Shape shape;

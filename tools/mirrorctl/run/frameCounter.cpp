@@ -21,12 +21,12 @@ std::optional<FrameTally::Pace> FrameTally::Sums::pace() const {
 }
 
 void FrameTally::add(double time) {
-    constexpr std::size_t mostRecent = 50; // two seconds of match mode
+    constexpr std::size_t maxRecent = 50; // two seconds of match mode
     ++count;
     if (last) {
         whole.add(time - *last);
         recent.push_back(time - *last);
-        if (recent.size() > mostRecent)
+        if (recent.size() > maxRecent)
             recent.pop_front();
     }
     last = time;

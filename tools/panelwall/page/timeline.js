@@ -2,7 +2,7 @@
 // right. Alternating colours show as stripes.
 import { element, hex, readColours } from "./elements.js";
 
-const mostStrips = 24;
+const maxStrips = 24;
 const markHeight = 4;
 
 class Strip {
@@ -102,7 +102,7 @@ export class Timeline {
     this.slotLength = facts.slotLength;
     const highest = facts.devices.length <= 4 ? 96 : 56;
     this.strips = facts.devices
-      .slice(0, mostStrips)
+      .slice(0, maxStrips)
       .map((device, index) => new Strip(device, index, facts.slotCount, highest));
     this.container.replaceChildren(...this.strips.map((strip) => strip.element));
     const more = facts.devices.length - this.strips.length;

@@ -2,7 +2,7 @@
 import { hex, readColours } from "./elements.js";
 
 // How far the view may extend beyond the display to include panels outside it, as a share of it.
-const mostOutside = 0.5;
+const maxOutside = 0.5;
 const margin = 0.02;
 
 const white = "rgb(255 255 255 / 0.95)";
@@ -87,7 +87,7 @@ export class Wall {
   resize() {
     if (!this.outline) return;
     const { width, height } = this.outline;
-    const outside = { x: mostOutside * width, y: mostOutside * height };
+    const outside = { x: maxOutside * width, y: maxOutside * height };
     const view = { left: 0, top: 0, right: width, bottom: height };
     for (const { x, y, side } of this.panels) {
       const half = side / 2;

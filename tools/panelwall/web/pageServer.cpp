@@ -45,7 +45,7 @@ PageServer::PageServer(LiveFeed &feed_, ScreenPicture &picture_)
         listening = descriptor;
     });
     // One thread more than the connection limit, to refuse further connections.
-    new_task_queue = [] { return new httplib::ThreadPool(mostConnections + 1); };
+    new_task_queue = [] { return new httplib::ThreadPool(maxConnections + 1); };
     set_pre_routing_handler([this](const httplib::Request &request, httplib::Response &response) {
         answer(request, response);
         return HandlerResponse::Handled;
@@ -108,7 +108,7 @@ std::string PageServer::open(const std::string &address, int port) {
 
 bool PageServer::process_and_close_socket(socket_t descriptor) {
     Connection connection(descriptor, stopping.readEnd());
-    if (++connections > mostConnections) {
+    if (++connections > maxConnections) {
         connection.httplib::Stream::write(
             "HTTP/1.1 503 Service Unavailable\r\nConnection: close\r\nContent-Type: text/plain\r\n"
             "\r\nToo many connections; try again later.\n");
@@ -143,7 +143,7 @@ void PageServer::answer(const httplib::Request &request, httplib::Response &resp
 
 void PageServer::answerEvents(httplib::Response &response) {
     const auto reader = std::make_shared<LiveFeed::Reader>(feed);
-    if (feed.readers() > mostReaders)
+    if (feed.readers() > maxReaders)
         return refuse(response, 503, "Too many pages show this wall; close one.");
     response.set_chunked_content_provider("text/event-stream",
                                           [reader](std::size_t, httplib::DataSink &sink) {

@@ -20,8 +20,8 @@ namespace panelwall {
 // block the thread that owns the server.
 class PageServer : private httplib::Server {
 public:
-    static constexpr int mostConnections = 32;
-    static constexpr int mostReaders = 12; // of the feed
+    static constexpr int maxConnections = 32;
+    static constexpr int maxReaders = 12; // of the feed
 
     // Both must outlive the server. Throws std::system_error when the system provides no pipe
     // or no random numbers.

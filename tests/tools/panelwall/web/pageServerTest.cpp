@@ -209,7 +209,7 @@ TEST_F(PanelwallPageServer, EndsRequestsThatTakeTooLong) {
 
 TEST_F(PanelwallPageServer, ManyIdleConnectionsLeaveNoneForMoreAndThenAllAgain) {
     {
-        const Clients idle = open(PageServer::mostConnections + 1);
+        const Clients idle = open(PageServer::maxConnections + 1);
         expectRefusals(idle, 1);
     }
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(20);
@@ -219,14 +219,14 @@ TEST_F(PanelwallPageServer, ManyIdleConnectionsLeaveNoneForMoreAndThenAllAgain) 
 
 TEST_F(PanelwallPageServer, AFloodOfConnectionsCostsNoMoreThanItsLimit) {
     const std::size_t before = openDescriptors();
-    const Clients flood = open(PageServer::mostConnections + 270);
+    const Clients flood = open(PageServer::maxConnections + 270);
     expectRefusals(flood, 270);
     // Still open: this side's ends, and the connections that are served.
-    EXPECT_LE(openDescriptors(), before + flood.size() + PageServer::mostConnections);
+    EXPECT_LE(openDescriptors(), before + flood.size() + PageServer::maxConnections);
 }
 
 TEST_F(PanelwallPageServer, ServesSoManyReadersAndSaysSoToMore) {
-    const Clients readers = open(PageServer::mostReaders);
+    const Clients readers = open(PageServer::maxReaders);
     for (const auto &reader : readers)
         ASSERT_TRUE(reader->readEvents(root));
     EXPECT_EQ(statusOf(get(port, root + "events")), 503);
