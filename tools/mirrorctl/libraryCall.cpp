@@ -38,7 +38,7 @@ static std::optional<ExitStatus> resultInTime(const StopSignals &signals, const 
                                               std::function<ExitStatus()> work) {
     ServerWatch watch;
     LibraryCall call(std::move(work));
-    while (!call.isDone() && signals.take() == 0)
+    while (!call.isDone() && signals.firstSignal() == 0)
         awaitReadable({call.descriptor(), signals.descriptor()}, std::nullopt);
     if (!call.isDone()) {
         watch.ask();
@@ -47,11 +47,11 @@ static std::optional<ExitStatus> resultInTime(const StopSignals &signals, const 
     std::optional<ExitStatus> result;
     if (call.isDone())
         result = call.result();
-    if (const int signum = signals.take();
+    if (const int signum = signals.firstSignal();
         signum != 0 && result.value_or(ExitStatus::NothingSent) == ExitStatus::NothingSent)
         // NOLINTNEXTLINE(concurrency-mt-unsafe): a known signal has a constant name
         std::fprintf(stderr, "%s: %s.\n", nothing, strsignal(signum));
-    if (!result && watch.state() != ServerWatch::State::Absent && watch.owesAnswer())
+    if (!result && watch.state() != ServerWatch::State::Absent && watch.hasPendingRequest())
         std::fputs(silentServerLine().c_str(), stderr);
     return result;
 }

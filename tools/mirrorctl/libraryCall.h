@@ -44,10 +44,10 @@ private:
 inline constexpr double graceSeconds = 0.25;
 
 // Runs `work` on a separate thread and returns its result. When a signal comes, the work has
-// `graceSeconds` to notice it (StopSignals::take()) and to return NothingSent. If it does not
-// return, this prints whether the display server does not answer, and ends the process at once with
-// NothingSent. In both cases it prints "No palette: Interrupt." on standard error, where `nothing`
-// is "No palette".
+// `graceSeconds` to notice it (StopSignals::firstSignal()) and to return NothingSent. If it does
+// not return, this prints whether the display server does not answer, and ends the process at once
+// with NothingSent. In both cases it prints "No palette: Interrupt." on standard error, where
+// `nothing` is "No palette".
 ExitStatus untilSignal(const StopSignals &signals, const char *nothing,
                        std::function<ExitStatus()> work);
 

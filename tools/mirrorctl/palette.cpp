@@ -30,7 +30,7 @@ static ExitStatus awaitPalette(std::int32_t displayID, const StopSignals &signal
             if (!palette.isDark())
                 return ExitStatus::Done;
         }
-        if (signals.take() != 0)
+        if (signals.firstSignal() != 0)
             return ExitStatus::NothingSent;
         const std::chrono::duration<double> passed = Clock::now() - begin;
         if (passed.count() < darknessSeconds)

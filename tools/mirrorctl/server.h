@@ -53,9 +53,9 @@ public:
     // Readable when the state has changed since the last state() call; -1: it never changes.
     int descriptor() const;
 
-    // Sends a request now. Until the server has answered, owesAnswer() is true.
+    // Sends a request now. Until the server has answered, hasPendingRequest() is true.
     void ask();
-    bool owesAnswer() const;
+    bool hasPendingRequest() const;
 
     // Whether the server can be reached but does not answer within `seconds`. For a new watch.
     bool isSilentFor(double seconds) const;

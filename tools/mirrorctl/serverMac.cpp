@@ -32,7 +32,7 @@ int ServerWatch::descriptor() const {
 
 void ServerWatch::ask() {}
 
-bool ServerWatch::owesAnswer() const {
+bool ServerWatch::hasPendingRequest() const {
     return false;
 }
 

@@ -33,10 +33,10 @@ static constexpr auto answerPatience = std::chrono::seconds(1);
 // Shared with the thread, which may outlive the watch while it is still connecting.
 struct ServerWatch::Shared {
     std::atomic<State> state = State::Opening;
-    std::atomic<bool> owes = false;
+    std::atomic<bool> isPending = false;
     std::atomic<bool> isOver = false; // the watch is gone, and the thread must end
     WakeUp changed;                   // signals a new state
-    WakeUp told;                      // makes the thread check `owes` and `isOver`
+    WakeUp told;                      // makes the thread check `isPending` and `isOver`
     std::thread thread;               // used only by the watch's owner
 
     void become(State next) {
@@ -61,11 +61,11 @@ void ServerWatch::Shared::follow(xcb_connection_t *connection) {
             if (xcb_connection_has_error(connection) != 0)
                 return;
             question.reset();
-            owes = false;
+            isPending = false;
             become(State::Answering);
             next = Clock::now() + questionPeriod;
         }
-        if (!question && (owes || next <= Clock::now())) {
+        if (!question && (isPending || next <= Clock::now())) {
             question = xcb_get_input_focus(connection).sequence;
             xcb_flush(connection);
             next = Clock::now() + answerPatience;
@@ -118,12 +118,12 @@ int ServerWatch::descriptor() const {
 }
 
 void ServerWatch::ask() {
-    shared->owes = true;
+    shared->isPending = true;
     shared->told.signal();
 }
 
-bool ServerWatch::owesAnswer() const {
-    return shared->owes;
+bool ServerWatch::hasPendingRequest() const {
+    return shared->isPending;
 }
 
 } // namespace mirrorctl

@@ -90,7 +90,7 @@ StopSignals::StopSignals() : shared(std::make_shared<Shared>()) {
     }).detach();
 }
 
-int StopSignals::take() const {
+int StopSignals::firstSignal() const {
     return shared->signum.load();
 }
 

@@ -42,7 +42,7 @@ public:
     StopSignals();
 
     // The number of the first signal that has come, or 0. Does not wait.
-    int take() const;
+    int firstSignal() const;
 
     // Readable from the first signal on.
     int descriptor() const;

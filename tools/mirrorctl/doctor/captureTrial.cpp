@@ -104,7 +104,7 @@ bool Trial::await(double seconds, const std::function<bool(const Picture &)> &is
         }
         messages.read(false);
         const std::chrono::duration<double> left = end - Clock::now();
-        if (left.count() <= 0.0 || signals.take() != 0)
+        if (left.count() <= 0.0 || signals.firstSignal() != 0)
             return false;
         awaitReadable({receiver.descriptor(), messages.descriptor(), signals.descriptor()},
                       left.count());
@@ -151,7 +151,7 @@ Check Trial::lookForMark(bool isLit) {
     auto delay = timeMark(0xFF00FF, reason);
     if (delay)
         delay = timeMark(0x00FF00, reason);
-    if (signals.take() != 0)
+    if (signals.firstSignal() != 0)
         return result(Verdict::Unsure, "interrupted");
     if (!reason.empty())
         return lookWithoutMark(isLit, reason);
@@ -175,7 +175,7 @@ Check Trial::lookForMark(bool isLit) {
 Check Trial::look() {
     const bool isLit = await(mayMark ? briefPatience : patience,
                              [](const Picture &picture) { return picture.isLit(); });
-    if (signals.take() != 0)
+    if (signals.firstSignal() != 0)
         return result(Verdict::Unsure, "interrupted");
     if (!last)
         return result(Verdict::Bad, withMessage("mirroring started, but nothing was sent"),

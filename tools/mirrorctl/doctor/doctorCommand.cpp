@@ -169,14 +169,14 @@ static ExitStatus examineRest(const DoctorOptions &options, const Section &confi
              "the configuration names it, but it is not there",
              "name one that is; no other is ever taken in its place", ExitStatus::DisplayMissing});
     for (const Display &display : wanted) {
-        if (signals.take() != 0 || !display.hasPicture())
+        if (signals.firstSignal() != 0 || !display.hasPicture())
             continue;
         Check check = tryCapture(display, !options.unmarked, signals);
         if (check.status == ExitStatus::CaptureRefused)
             check.remedy = remedyAfter(system, check.remedy);
         capture.checks.push_back(std::move(check));
     }
-    const bool isInterrupted = signals.take() != 0;
+    const bool isInterrupted = signals.firstSignal() != 0;
     if (document && !isInterrupted)
         devices.checks = tryDevices(document->devices);
     const std::vector<Section> sections = {system, displays, capture, configuration, devices};

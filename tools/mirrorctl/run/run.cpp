@@ -45,7 +45,7 @@ ExitStatus Run::mirror() {
 }
 
 bool Run::isOver() {
-    if (signals.take() != 0 || (plan.seconds && reporter.elapsed() >= *plan.seconds))
+    if (signals.firstSignal() != 0 || (plan.seconds && reporter.elapsed() >= *plan.seconds))
         return true;
     if (phase == Phase::Mirroring && !messages.endMessage().empty() && !hasServerGone())
         ending = ExitStatus::StartFailed;
@@ -57,7 +57,7 @@ bool Run::hasServerGone() {
     constexpr double patience = 0.2;
     const double deadline = reporter.elapsed() + patience;
     watch->ask();
-    while (watch->state() == ServerWatch::State::Answering && watch->owesAnswer() &&
+    while (watch->state() == ServerWatch::State::Answering && watch->hasPendingRequest() &&
            reporter.elapsed() < deadline)
         awaitReadable({watch->descriptor()}, patience / 20);
     return watch->state() == ServerWatch::State::Gone;
@@ -168,7 +168,7 @@ bool Run::stopInTime() {
     }
     while (call) {
         awaitReadable({call->descriptor()}, deadline - reporter.elapsed());
-        if (!call->isDone() && (!watch || watch->owesAnswer()))
+        if (!call->isDone() && (!watch || watch->hasPendingRequest()))
             return false;
         const ExitStatus result = call->result();
         call.reset();
@@ -183,7 +183,7 @@ bool Run::stopInTime() {
 
 ExitStatus Run::end() {
     reporter.clearLine();
-    if (const int signum = signals.take(); signum != 0 && plan.style != ReportStyle::Json)
+    if (const int signum = signals.firstSignal(); signum != 0 && plan.style != ReportStyle::Json)
         // NOLINTNEXTLINE(concurrency-mt-unsafe): a known signal has a constant name
         dprintf(messages.output(), "Stopping: %s.\n", strsignal(signum));
     const bool isStopped = stopInTime();

@@ -54,11 +54,11 @@ static ExitStatus run(const RunOptions &options) {
     Run run(plan, signals, messages);
     auto status = untilSignal(signals, "Nothing was mirrored", [&] {
         auto outcome = checkRequirements(options.path, reading, true);
-        if (outcome == ExitStatus::Done && signals.take() == 0)
+        if (outcome == ExitStatus::Done && signals.firstSignal() == 0)
             outcome = apply(plan.text, plan.document.displayID);
         if (outcome != ExitStatus::Done)
             return outcome;
-        if (signals.take() != 0)
+        if (signals.firstSignal() != 0)
             return ExitStatus::NothingSent;
         // From here on there is a run, which mirror() stops properly.
         return run.startFirst();

@@ -94,7 +94,7 @@ static std::optional<Snapshot> await(const config::Document &document,
             dark = std::move(snapshot);
         else if (snapshot)
             return snapshot;
-        if (signals.take() != 0)
+        if (signals.firstSignal() != 0)
             return std::nullopt;
         const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - begin;
         if (dark && passed.count() >= std::min(options.seconds, darknessSeconds)) {
