@@ -21,7 +21,7 @@ struct Answer {
 };
 
 // The expectations for a call.
-struct Trial {
+struct TestCase {
     std::string name;
     std::function<int()> call;
     int success;
@@ -38,11 +38,11 @@ protected:
         std::fflush(stdout);
     }
 
-    static void refuseInTurn(const Trial &trial) {
-        refuseInTurn(trial, false);
+    static void refuseInTurn(const TestCase &testCase) {
+        refuseInTurn(testCase, false);
         // Without memory, every request to the server ends only at its deadline.
-        if (!trial.asksTheServer || test::fullFaults())
-            refuseInTurn(trial, true);
+        if (!testCase.asksTheServer || test::fullFaults())
+            refuseInTurn(testCase, true);
     }
 
     void capture() {
@@ -56,40 +56,40 @@ protected:
     char buffer[4096] = "";
 
 private:
-    static void refuseInTurn(const Trial &trial, bool forGood) {
+    static void refuseInTurn(const TestCase &testCase, bool forGood) {
         std::set<Answer> seen;
         long most = 0;
         // A reply lost because memory was refused costs a wait until the deadline.
-        const int step = trial.asksTheServer && !test::fullFaults() ? 13 : 1;
+        const int step = testCase.asksTheServer && !test::fullFaults() ? 13 : 1;
         int requests = 0;
-        trial.prepare();
-        ASSERT_EQ(trial.call(), trial.success);
+        testCase.prepare();
+        ASSERT_EQ(testCase.call(), testCase.success);
         for (bool refused = true; refused; requests += step) {
             ASSERT_LT(requests, 2000);
-            trial.prepare();
+            testCase.prepare();
             CaptureStdout();
             Answer answer;
             const long before = test::piecesOut();
             {
                 const RefusedMemory memory(RefusedMemory::Who::ThisThread, requests + 1, forGood);
-                answer.result = trial.call();
+                answer.result = testCase.call();
                 refused = RefusedMemory::happened();
             }
             most = std::max(most, test::piecesOut() - before);
             answer.said = GetCapturedStdout();
             if (refused)
                 seen.insert(answer);
-            EXPECT_TRUE(!refused || trial.possible.contains(answer))
-                << trial.name << " answers " << answer.result << " and says \"" << answer.said
+            EXPECT_TRUE(!refused || testCase.possible.contains(answer))
+                << testCase.name << " answers " << answer.result << " and says \"" << answer.said
                 << "\" to refusal " << requests + 1;
-            trial.prepare();
-            EXPECT_EQ(trial.call(), trial.success)
-                << trial.name << " after refusal " << requests + 1;
+            testCase.prepare();
+            EXPECT_EQ(testCase.call(), testCase.success)
+                << testCase.name << " after refusal " << requests + 1;
         }
         if (step == 1 && !forGood)
-            EXPECT_EQ(seen.size(), trial.possible.size()) << trial.name;
-        EXPECT_LE(most, trial.named) << trial.name;
-        test::tellFigure(trial.name + ": " + std::to_string(requests / step - 1) +
+            EXPECT_EQ(seen.size(), testCase.possible.size()) << testCase.name;
+        EXPECT_LE(most, testCase.named) << testCase.name;
+        test::tellFigure(testCase.name + ": " + std::to_string(requests / step - 1) +
                          " requests refused " + (forGood ? "for good" : "once") + ", at most " +
                          std::to_string(most) + " pieces kept");
     }

@@ -52,19 +52,19 @@ struct ScreenMark {
 // Draws a mark before returning, if possible. `colour` is 0xRRGGBB.
 ScreenMark drawMark(std::uint32_t width, std::uint32_t height, std::uint32_t colour);
 
-// captureTrial.cpp, deviceTrial.cpp
+// captureProbe.cpp, deviceProbe.cpp
 
 // Whether pictures of the display arrive, and how old they are: mirrors it briefly to this process
 // itself. Black proves nothing, since a screen may be black and the library sends black until it
 // has received a frame; so a mark is drawn in a corner of the screen, if that is allowed and
 // possible, and must appear in a picture. Ends early when a signal comes. Calls the library; no
 // other thread may call it meanwhile.
-Check tryCapture(const Display &display, bool mayMark, const StopSignals &signals);
+Check probeCapture(const Display &display, bool mayMark, const StopSignals &signals);
 
 // Whether the devices can be reached, as far as this machine can tell. Sends each a datagram
 // without panels, which changes nothing, and waits for network errors for as long as networks take
 // to detect an unused address: 3.5 s, or 0.2 s if all addresses are loopback. Lights do not reply,
 // so the best result is that no error comes. One check per device, in their order.
-std::vector<Check> tryDevices(const std::vector<config::DeviceEntry> &devices);
+std::vector<Check> probeDevices(const std::vector<config::DeviceEntry> &devices);
 
 } // namespace mirrorctl

@@ -171,14 +171,14 @@ static ExitStatus examineRest(const DoctorOptions &options, const Section &confi
     for (const Display &display : wanted) {
         if (signals.firstSignal() != 0 || !display.hasPicture())
             continue;
-        Check check = tryCapture(display, !options.unmarked, signals);
+        Check check = probeCapture(display, !options.unmarked, signals);
         if (check.status == ExitStatus::CaptureRefused)
             check.remedy = remedyAfter(system, check.remedy);
         capture.checks.push_back(std::move(check));
     }
     const bool isInterrupted = signals.firstSignal() != 0;
     if (document && !isInterrupted)
-        devices.checks = tryDevices(document->devices);
+        devices.checks = probeDevices(document->devices);
     const std::vector<Section> sections = {system, displays, capture, configuration, devices};
     if (options.json)
         std::puts(jsonText(sections).c_str());

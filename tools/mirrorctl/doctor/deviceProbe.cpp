@@ -16,7 +16,7 @@ namespace mirrorctl {
 
 namespace {
 
-struct Attempt {
+struct DeviceProbe {
     const config::DeviceEntry &device;
     std::optional<lights::AddressFault> fault; // of the address, which is then not tried
     int fd = -1;
@@ -24,7 +24,7 @@ struct Attempt {
     bool isLoopback = true;
     std::string from; // this machine's address on the route
 
-    explicit Attempt(const config::DeviceEntry &device); // sends the datagram
+    explicit DeviceProbe(const config::DeviceEntry &device); // sends the datagram
     void receive(); // reads a reported network error, without waiting
     Check result() const;
     bool isOpen() const { return fd >= 0 && error == 0; }
@@ -32,7 +32,7 @@ struct Attempt {
 
 } // namespace
 
-Attempt::Attempt(const config::DeviceEntry &device_)
+DeviceProbe::DeviceProbe(const config::DeviceEntry &device_)
     : device(device_), fault(lights::findAddressFault(device.ip)) {
     if (fault)
         return;
@@ -58,7 +58,7 @@ Attempt::Attempt(const config::DeviceEntry &device_)
         from = lights::ipText(own);
 }
 
-void Attempt::receive() {
+void DeviceProbe::receive() {
     char answer[16];
     if (isOpen() && recv(fd, answer, sizeof answer, 0) < 0 && errno != EAGAIN && errno != EINTR)
         error = errno;
@@ -90,7 +90,7 @@ static lights::AddressFault explain(int error) {
     }
 }
 
-Check Attempt::result() const {
+Check DeviceProbe::result() const {
     const std::string shown = lights::quote(device.ip);
     const auto subject = lights::endpointText(shown.substr(1, shown.size() - 2), device.port());
     if (!fault && error == 0)
@@ -99,18 +99,18 @@ Check Attempt::result() const {
     return {Verdict::Bad, subject, finding, remedy, ExitStatus::AddressFaulty};
 }
 
-// Waits until every attempt has failed, or for the deadline.
-static void awaitErrors(std::vector<Attempt> &attempts) {
-    const bool isNear = std::all_of(attempts.begin(), attempts.end(),
-                                    [](const Attempt &attempt) { return attempt.isLoopback; });
+// Waits until every probe has failed, or for the deadline.
+static void awaitErrors(std::vector<DeviceProbe> &probes) {
+    const bool isNear = std::all_of(probes.begin(), probes.end(),
+                                    [](const DeviceProbe &probe) { return probe.isLoopback; });
     using Clock = std::chrono::steady_clock;
     const auto end = Clock::now() + std::chrono::milliseconds(isNear ? 200 : 3500);
     for (;;) {
         std::vector<int> open;
-        for (Attempt &attempt : attempts) {
-            attempt.receive();
-            if (attempt.isOpen())
-                open.push_back(attempt.fd);
+        for (DeviceProbe &probe : probes) {
+            probe.receive();
+            if (probe.isOpen())
+                open.push_back(probe.fd);
         }
         const std::chrono::duration<double> left = end - Clock::now();
         if (open.empty() || left.count() <= 0.0)
@@ -119,18 +119,18 @@ static void awaitErrors(std::vector<Attempt> &attempts) {
     }
 }
 
-std::vector<Check> tryDevices(const std::vector<config::DeviceEntry> &devices) {
+std::vector<Check> probeDevices(const std::vector<config::DeviceEntry> &devices) {
     constexpr std::size_t atOnce = 200; // the limit on open descriptors may be low
     std::vector<Check> checks;
     for (std::size_t first = 0; first < devices.size(); first += atOnce) {
-        std::vector<Attempt> attempts;
+        std::vector<DeviceProbe> probes;
         for (std::size_t i = first; i < std::min(devices.size(), first + atOnce); ++i)
-            attempts.emplace_back(devices[i]);
-        awaitErrors(attempts);
-        for (const Attempt &attempt : attempts) {
-            checks.push_back(attempt.result());
-            if (attempt.fd >= 0)
-                close(attempt.fd);
+            probes.emplace_back(devices[i]);
+        awaitErrors(probes);
+        for (const DeviceProbe &probe : probes) {
+            checks.push_back(probe.result());
+            if (probe.fd >= 0)
+                close(probe.fd);
         }
     }
     return checks;

@@ -28,9 +28,9 @@ struct Picture {
     }
 };
 
-class Trial {
+class CaptureProbe {
 public:
-    Trial(const Display &display_, bool mayMark_, const StopSignals &signals_)
+    CaptureProbe(const Display &display_, bool mayMark_, const StopSignals &signals_)
         : display(display_), mayMark(mayMark_), signals(signals_), receiver({}) {}
 
     Check run();
@@ -73,7 +73,7 @@ static constexpr std::size_t markPanel = gridSide * gridSide;
 static constexpr double patience = 2.0;      // seconds
 static constexpr double briefPatience = 0.5; // when a mark follows, which proves more
 
-std::string Trial::document() const {
+std::string CaptureProbe::document() const {
     LayoutPlan plan;
     plan.shape.rows = gridSide;
     plan.shape.columns = gridSide;
@@ -90,7 +90,7 @@ std::string Trial::document() const {
     return config::documentText(document);
 }
 
-bool Trial::await(double seconds, const std::function<bool(const Picture &)> &isWanted) {
+bool CaptureProbe::await(double seconds, const std::function<bool(const Picture &)> &isWanted) {
     const auto end = Clock::now() + std::chrono::duration<double>(seconds);
     const auto layout = lights::layoutOf(receiver.device().controlVersion);
     for (;;) {
@@ -120,7 +120,7 @@ static bool isNear(const lights::Record &panel, std::uint32_t colour) {
            isClose(panel.colour.blue, 0);
 }
 
-Check Trial::lookWithoutMark(bool isLit, const std::string &reason) const {
+Check CaptureProbe::lookWithoutMark(bool isLit, const std::string &reason) const {
     if (isLit)
         return result(Verdict::Good,
                       "a frame arrives; how old it is cannot be told without a mark (" + reason +
@@ -133,7 +133,7 @@ Check Trial::lookWithoutMark(bool isLit, const std::string &reason) const {
         "show something on the screen and try again");
 }
 
-std::optional<double> Trial::timeMark(std::uint32_t colour, std::string &reason) {
+std::optional<double> CaptureProbe::timeMark(std::uint32_t colour, std::string &reason) {
     const ScreenMark mark = drawMark(display.width, display.height, colour);
     reason = mark.reason;
     if (!reason.empty())
@@ -144,7 +144,7 @@ std::optional<double> Trial::timeMark(std::uint32_t colour, std::string &reason)
     return await(patience, isMarked) ? std::optional(last->time - mark.shownAt) : std::nullopt;
 }
 
-Check Trial::lookForMark(bool isLit) {
+Check CaptureProbe::lookForMark(bool isLit) {
     // The first mark may prove nothing: the screen may show its colour there anyway, and an
     // incomplete frame may show anything. The second proves it, since it replaces the first.
     std::string reason;
@@ -172,7 +172,7 @@ Check Trial::lookForMark(bool isLit) {
         "wake and unlock the screen; if this is no X11 session of its own, log in to one");
 }
 
-Check Trial::look() {
+Check CaptureProbe::look() {
     const bool isLit = await(mayMark ? briefPatience : patience,
                              [](const Picture &picture) { return picture.isLit(); });
     if (signals.firstSignal() != 0)
@@ -183,7 +183,7 @@ Check Trial::look() {
     return mayMark ? lookForMark(isLit) : lookWithoutMark(isLit, "--no-mark was given");
 }
 
-Check Trial::run() {
+Check CaptureProbe::run() {
     if (!receiver.reason().empty())
         return result(Verdict::Unsure, "could not be tried, since no loopback address is free (" +
                                            receiver.reason() + ")");
@@ -206,8 +206,8 @@ Check Trial::run() {
     return check;
 }
 
-Check tryCapture(const Display &display, bool mayMark, const StopSignals &signals) {
-    return Trial(display, mayMark, signals).run();
+Check probeCapture(const Display &display, bool mayMark, const StopSignals &signals) {
+    return CaptureProbe(display, mayMark, signals).run();
 }
 
 } // namespace mirrorctl
