@@ -65,7 +65,7 @@ void Session::receive() {
     }
     if (!recorder)
         return;
-    recorder->endTurn();
+    recorder->flushBatch();
     if (!recorder->error().empty() && !recordingErrorReported) {
         recordingErrorReported = true;
         tell("the recording ends here: " + recorder->error());

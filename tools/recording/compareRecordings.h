@@ -95,10 +95,10 @@ private:
     };
 
     static bool isSame(const Waiting &left, const Waiting &right);
-    void settle();
-    bool settleFronts();
-    void settleChange(std::size_t ofFirst, std::size_t ofSecond);
-    void settleOnly(Side side);
+    void matchQueues();
+    bool matchFronts();
+    void recordChange(std::size_t ofFirst, std::size_t ofSecond);
+    void recordOnly(Side side);
     void noteDifference(std::initializer_list<Side> sides);
     void drop(Side side);
 

@@ -40,25 +40,25 @@ void DeviceComparison::take(Side side, const RecordedDatagram &datagram) {
     queues[side].push_back(
         {{number, datagram.time, datagram.bytes}, std::hash<std::string_view>()(text)});
     heldBytes += sizeof(Waiting) + datagram.bytes.size();
-    settle();
+    matchQueues();
 }
 
 void DeviceComparison::end(Side side) {
     ended[side] = true;
-    settle();
+    matchQueues();
 }
 
-void DeviceComparison::settle() {
+void DeviceComparison::matchQueues() {
     while (!queues[first].empty() && !queues[second].empty())
-        if (!settleFronts())
+        if (!matchFronts())
             return;
     for (const Side side : bothSides)
         while (ended[other(side)] && !queues[side].empty())
-            settleOnly(side);
+            recordOnly(side);
 }
 
 // Returns false when it needs datagrams that have not been read yet.
-bool DeviceComparison::settleFronts() {
+bool DeviceComparison::matchFronts() {
     const Waiting &left = queues[first].front();
     const Waiting &right = queues[second].front();
     if (isSame(left, right)) {
@@ -79,16 +79,16 @@ bool DeviceComparison::settleFronts() {
         for (std::size_t i = 0; i <= sum; ++i) {
             if (i < ofFirst && sum - i < ofSecond &&
                 isSame(queues[first][i], queues[second][sum - i])) {
-                settleChange(i, sum - i);
+                recordChange(i, sum - i);
                 return true;
             }
         }
     }
-    settleChange(1, 1);
+    recordChange(1, 1);
     return true;
 }
 
-void DeviceComparison::settleChange(std::size_t ofFirst, std::size_t ofSecond) {
+void DeviceComparison::recordChange(std::size_t ofFirst, std::size_t ofSecond) {
     for (; ofFirst > 0 && ofSecond > 0; --ofFirst, --ofSecond) {
         noteDifference({first, second});
         ++found.changed;
@@ -96,12 +96,12 @@ void DeviceComparison::settleChange(std::size_t ofFirst, std::size_t ofSecond) {
         drop(second);
     }
     for (; ofFirst > 0; --ofFirst)
-        settleOnly(first);
+        recordOnly(first);
     for (; ofSecond > 0; --ofSecond)
-        settleOnly(second);
+        recordOnly(second);
 }
 
-void DeviceComparison::settleOnly(Side side) {
+void DeviceComparison::recordOnly(Side side) {
     noteDifference({side});
     ++found.only[side];
     drop(side);

@@ -10,8 +10,8 @@
 
 namespace panelwall {
 
-// A turn that exceeds this many bytes is written early. In a flood only each such part is sorted.
-static constexpr std::size_t largestTurn = 1u << 20;
+// A batch that exceeds this many bytes is written early. In a flood only each such part is sorted.
+static constexpr std::size_t largestBatch = 1u << 20;
 
 RecordingWriter::RecordingWriter(const std::string &path, const config::Document &document,
                                  Clock::time_point start)
@@ -46,11 +46,11 @@ void RecordingWriter::note(std::size_t device, std::span<const std::uint8_t> byt
                            Clock::time_point arrival) {
     noted.push_back({arrival, device, notedBytes.size(), bytes.size()});
     notedBytes.append(reinterpret_cast<const char *>(bytes.data()), bytes.size());
-    if (notedBytes.size() + noted.size() * sizeof(Noted) > largestTurn)
-        endTurn();
+    if (notedBytes.size() + noted.size() * sizeof(Noted) > largestBatch)
+        flushBatch();
 }
 
-void RecordingWriter::endTurn() {
+void RecordingWriter::flushBatch() {
     std::stable_sort(noted.begin(), noted.end(), [](const Noted &left, const Noted &right) {
         return left.arrival < right.arrival;
     });
@@ -69,7 +69,7 @@ void RecordingWriter::endTurn() {
 }
 
 void RecordingWriter::finish(Clock::time_point end) {
-    endTurn();
+    flushBatch();
     std::string record;
     appendNumber(record, 0);
     appendNumber(record, advanceTo(end));

@@ -27,13 +27,13 @@ public:
 
     // Adds a datagram for device number `device` (its index in the document). Each device's
     // datagrams must come in order of time; those of different devices may be interleaved in any
-    // order within a turn.
+    // order within a batch.
     void note(std::size_t device, std::span<const std::uint8_t> bytes, Clock::time_point arrival);
 
-    // Sorts the datagrams noted since the last turn by time, and writes them.
-    void endTurn();
+    // Sorts the datagrams noted since the last flush by time, and writes them.
+    void flushBatch();
 
-    // Ends the turn, and the recording with `end` as its end time.
+    // Flushes, and ends the recording with `end` as its end time.
     void finish(Clock::time_point end);
 
     // Why writing failed; empty if it has not.

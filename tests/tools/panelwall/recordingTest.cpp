@@ -208,7 +208,7 @@ TEST(PanelwallRecording, WhatWasWrittenBeforeAKillCanBeRead) {
     panelwall::RecordingWriter writer(folder.file("a"), wideDevices({"127.0.45.1"}), start);
     ASSERT_EQ(writer.error(), "");
     writer.note(0, panelOne(1), start);
-    writer.endTurn();
+    writer.flushBatch();
     writer.note(0, panelOne(2), start);
     const Read read = readRecording(fileText(folder.file("a")));
     EXPECT_EQ(read.datagrams.size(), 1u);
