@@ -71,7 +71,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
                 "every answer tells browsers what it may do");
     }
 
-    // The same input as the fields of a request for judge(), one per line.
+    // The same input as the fields of a request for checkRequest(), one per line.
     httplib::Request facts;
     std::string host;
     std::string origin;
@@ -88,9 +88,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
                      {"Sec-Fetch-Site", others[0]},
                      {"Sec-Fetch-Mode", others[1]},
                      {"Sec-Fetch-Dest", others[2]}};
-    const Refusal refusal = judge(facts, "TOKEN");
-    require(refusal.status == 0 || *refusal.reason != '\0', "a refusal has a reason");
-    if (refusal.status == 0) {
+    const Rejection rejection = checkRequest(facts, "TOKEN");
+    require(rejection.status == 0 || *rejection.reason != '\0', "a refusal has a reason");
+    if (rejection.status == 0) {
         require(facts.method == "GET" && facts.path.starts_with("/TOKEN/"),
                 "who passes asked rightly");
         require(origin.empty() || origin == "http://" + host, "no other site's page passes");

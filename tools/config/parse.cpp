@@ -51,14 +51,14 @@ public:
     }
 
 private:
-    bool refuse(const std::string &expected) {
+    bool failWith(const std::string &expected) {
         excess = "expected " + expected + ", found one more";
         return false;
     }
 
     bool note() {
         if (nodes.size() == maxValues)
-            return refuse("at most " + std::to_string(maxValues) + " values");
+            return failWith("at most " + std::to_string(maxValues) + " values");
         const auto number = static_cast<std::uint32_t>(nodes.size());
         nodes.push_back({static_cast<std::uint32_t>(nameBegins.value_or(beginning())), number + 1});
         nameBegins.reset();
@@ -68,7 +68,7 @@ private:
 
     bool open() {
         if (unclosed.size() == deepestNesting)
-            return refuse("nesting no deeper than " + std::to_string(deepestNesting) + " levels");
+            return failWith("nesting no deeper than " + std::to_string(deepestNesting) + " levels");
         unclosed.push_back(nodes.size());
         return note();
     }

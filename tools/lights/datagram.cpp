@@ -73,13 +73,13 @@ Decoding decode(Layout layout, std::span<const std::uint8_t> bytes) {
     for (std::size_t at = datagramSize(layout, 0); at < bytes.size(); at += recordSize(layout)) {
         const auto fields = bytes.subspan(at, recordSize(layout));
         const auto *colour = fields.data() + redOffset;
-        const auto refuse = [&](const std::string &problem) {
+        const auto failWith = [&](const std::string &problem) {
             return Decoding{{}, inRecord(records.size(), problem)};
         };
         if (layout == Layout::Narrow && fields[1] != 1)
-            return refuse("frame count " + std::to_string(fields[1]) + ", not 1");
+            return failWith("frame count " + std::to_string(fields[1]) + ", not 1");
         if (colour[3] != 0)
-            return refuse("white " + std::to_string(colour[3]) + ", not 0");
+            return failWith("white " + std::to_string(colour[3]) + ", not 0");
         records.push_back({readNumber(layout, fields, 0),
                            {colour[0], colour[1], colour[2]},
                            readNumber(layout, fields, transitionOffset)});

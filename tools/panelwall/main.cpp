@@ -23,7 +23,7 @@ static config::Document readWallDocument(const Options &options) {
     std::string reason;
     const auto text = config::readTextFile(path, reason);
     if (!text)
-        refuse(exitFile, path, "cannot be read: " + reason);
+        failWith(exitFile, path, "cannot be read: " + reason);
     config::Reading reading = config::readText(*text);
     if (reading.problems.empty() && reading.document.devices.empty())
         reading.problems.push_back({"/devices", "there is no device to listen for; add one"});
@@ -63,7 +63,7 @@ static int replay(const Options &options) {
     const std::string &path = *options.replayPath;
     RecordingReader reader(path);
     if (!reader.error().empty())
-        refuse(exitRecording, path, reader.error());
+        failWith(exitRecording, path, reader.error());
     const config::Document document = chooseDocument(options, reader.document());
 
     const Reach reach = options.send && !options.anywhere ? Reach::Loopback : Reach::Anywhere;
@@ -73,7 +73,7 @@ static int replay(const Options &options) {
     Sender sender;
     if (options.send) {
         if (const std::string reason = sender.open(endpoints); !reason.empty())
-            refuse(exitSocket, path, "cannot be sent: " + reason);
+            failWith(exitSocket, path, "cannot be sent: " + reason);
     }
 
     Player player(reader, options.speed, options.send ? &sender : nullptr);
@@ -83,7 +83,7 @@ static int replay(const Options &options) {
     if (options.send)
         std::cout << sender.report() << std::endl;
     if (!reader.error().empty())
-        refuse(exitRecording, path, reader.error());
+        failWith(exitRecording, path, reader.error());
     return status;
 }
 
@@ -97,7 +97,7 @@ static int compareFiles(const std::vector<std::string> &paths) {
     for (const std::string &path : paths) {
         const RecordingReader reader(path);
         if (!reader.error().empty()) {
-            complain(path, reader.error());
+            printError(path, reader.error());
             readable = false;
         }
     }
@@ -114,7 +114,7 @@ static int compareFiles(const std::vector<std::string> &paths) {
     for (const Side side : bothSides) {
         if (comparison.errors[side].empty())
             continue;
-        complain(paths[side], comparison.errors[side] + "; compared up to there");
+        printError(paths[side], comparison.errors[side] + "; compared up to there");
         whole = false;
     }
     if (!whole)
@@ -133,7 +133,7 @@ int main(int argc, char **argv) {
         if (options.snapshotPath) {
             const std::string &path = *options.snapshotPath;
             if (const auto reason = findObstacle(path); !reason.empty())
-                refuse(exitFile, path, "a picture cannot be written here: " + reason);
+                failWith(exitFile, path, "a picture cannot be written here: " + reason);
         }
         return options.replayPath ? replay(options) : runWall(options);
     } catch (const ExitStatus status) {

@@ -8,12 +8,12 @@
 
 namespace panelwall {
 
-void complain(const std::string &path, const std::string &text) {
+void printError(const std::string &path, const std::string &text) {
     std::cerr << "panelwall: " << config::describe(path, {"", text}) << "\n";
 }
 
-void refuse(ExitStatus status, const std::string &path, const std::string &text) {
-    complain(path, text);
+void failWith(ExitStatus status, const std::string &path, const std::string &text) {
+    printError(path, text);
     throw status;
 }
 

@@ -24,10 +24,10 @@ enum ExitStatus {
 };
 
 // Prints one line about the file at `path` on standard error.
-void complain(const std::string &path, const std::string &text);
+void printError(const std::string &path, const std::string &text);
 
-// Complains and throws the status.
-[[noreturn]] void refuse(ExitStatus status, const std::string &path, const std::string &text);
+// Prints the error and throws the status.
+[[noreturn]] void failWith(ExitStatus status, const std::string &path, const std::string &text);
 
 // Where the live page is served.
 struct WebOptions {

@@ -78,7 +78,7 @@ void Session::beginRecording() {
     const std::string &path = *options.recordPath;
     recorder.emplace(path, document, start);
     if (!recorder->error().empty())
-        refuse(exitFile, path, "a recording cannot be written here: " + recorder->error());
+        failWith(exitFile, path, "a recording cannot be written here: " + recorder->error());
 }
 
 void Session::servePage() {
@@ -107,7 +107,7 @@ void Session::servePage() {
     const std::string &path = options.web->linkPath;
     const std::string reason = path.empty() ? "" : page->writeLink(path);
     if (!reason.empty())
-        refuse(exitFile, path, "a link to the live page cannot be written here: " + reason);
+        failWith(exitFile, path, "a link to the live page cannot be written here: " + reason);
 }
 
 void Session::announce() {

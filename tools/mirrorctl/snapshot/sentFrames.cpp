@@ -8,7 +8,7 @@
 
 namespace mirrorctl {
 
-[[noreturn]] static void refuse() {
+[[noreturn]] static void throwParseError() {
     throw std::runtime_error("the library's text of the frames sent is not understood");
 }
 
@@ -20,7 +20,7 @@ static std::vector<unsigned> readNumbers(const std::string &line) {
         unsigned number = 0;
         const auto read = std::from_chars(at, end, number);
         if (read.ec != std::errc() || (read.ptr != end && *read.ptr != ' '))
-            refuse();
+            throwParseError();
         numbers.push_back(number);
         at = read.ptr == end ? end : read.ptr + 1;
     }
@@ -29,7 +29,7 @@ static std::vector<unsigned> readNumbers(const std::string &line) {
 
 template <typename Field> static Field field(unsigned number) {
     if (number > std::numeric_limits<Field>::max())
-        refuse();
+        throwParseError();
     return static_cast<Field>(number);
 }
 
@@ -38,7 +38,7 @@ static SentFrame readLine(const std::string &line) {
     constexpr std::size_t recordSize = 7;
     const std::vector<unsigned> numbers = readNumbers(line);
     if (numbers.size() % recordSize != 1)
-        refuse();
+        throwParseError();
     SentFrame frame;
     frame.panelCount = numbers[0];
     const auto channel = [&](std::size_t i) { return field<std::uint8_t>(numbers[i]); };
@@ -54,11 +54,11 @@ std::vector<SentFrame> readSentFrames(const std::string &text) {
     tree.Parse(text.c_str());
     if (tree.HasParseError() || !tree.IsObject() || !tree.HasMember("devices") ||
         !tree["devices"].IsArray())
-        refuse();
+        throwParseError();
     std::vector<SentFrame> frames;
     for (const auto &device : tree["devices"].GetArray()) {
         if (!device.IsObject() || !device.HasMember("animData") || !device["animData"].IsString())
-            refuse();
+            throwParseError();
         const std::string line = device["animData"].GetString();
         if (!line.empty())
             frames.push_back(readLine(line));

@@ -41,7 +41,7 @@ static std::string valueOf(const httplib::Request &request, const char *name) {
     return found == request.headers.end() ? "" : found->second;
 }
 
-Refusal judge(const httplib::Request &request, const std::string &token) {
+Rejection checkRequest(const httplib::Request &request, const std::string &token) {
     const std::string root = "/" + token + "/";
     if (!startsWith(request.path, root))
         return {404, "Open the whole address that panelwall has printed."};

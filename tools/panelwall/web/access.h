@@ -17,13 +17,13 @@ namespace panelwall {
 // kernel provides none.
 std::string makeToken();
 
-struct Refusal {
+struct Rejection {
     int status = 0; // HTTP status; 0: the request may pass
     const char *reason = "";
 };
 
 // Everything is served below "/TOKEN/". Any other path is refused before anything else is checked,
 // in a time that reveals nothing about the token.
-Refusal judge(const httplib::Request &request, const std::string &token);
+Rejection checkRequest(const httplib::Request &request, const std::string &token);
 
 } // namespace panelwall

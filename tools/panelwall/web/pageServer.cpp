@@ -26,7 +26,7 @@ static const httplib::Headers everyAnswer = {
     {"Cache-Control", "no-store"},
 };
 
-static void refuse(httplib::Response &response, int status, const std::string &reason) {
+static void answerError(httplib::Response &response, int status, const std::string &reason) {
     response.status = status;
     if (status == 405)
         response.set_header("Allow", "GET");
@@ -53,7 +53,7 @@ PageServer::PageServer(LiveFeed &feed_, ScreenPicture &picture_)
     set_exception_handler(
         // NOLINTNEXTLINE(performance-unnecessary-value-param): the server hands over a copy
         [](const httplib::Request &, httplib::Response &response, std::exception_ptr) {
-            refuse(response, 500, "The wall could not make an answer.");
+            answerError(response, 500, "The wall could not make an answer.");
         });
 }
 
@@ -127,9 +127,9 @@ bool PageServer::process_and_close_socket(socket_t descriptor) {
 }
 
 void PageServer::answer(const httplib::Request &request, httplib::Response &response) {
-    const Refusal refusal = judge(request, token);
-    if (refusal.status != 0)
-        return refuse(response, refusal.status, refusal.reason);
+    const Rejection rejection = checkRequest(request, token);
+    if (rejection.status != 0)
+        return answerError(response, rejection.status, rejection.reason);
     const std::string path = request.path.substr(token.size() + 2);
     if (path == "events")
         return answerEvents(response);
@@ -137,14 +137,14 @@ void PageServer::answer(const httplib::Request &request, httplib::Response &resp
         return answerPicture(response);
     const PageFile *file = findPageFile(path);
     if (file == nullptr)
-        return refuse(response, 404, "The wall has no such page.");
+        return answerError(response, 404, "The wall has no such page.");
     response.set_content(file->content.data(), file->content.size(), std::string(file->type));
 }
 
 void PageServer::answerEvents(httplib::Response &response) {
     const auto reader = std::make_shared<LiveFeed::Reader>(feed);
     if (feed.readers() > maxReaders)
-        return refuse(response, 503, "Too many pages show this wall; close one.");
+        return answerError(response, 503, "Too many pages show this wall; close one.");
     response.set_chunked_content_provider("text/event-stream",
                                           [reader](std::size_t, httplib::DataSink &sink) {
                                               const LiveFeed::Text text = reader->next();
@@ -155,7 +155,7 @@ void PageServer::answerEvents(httplib::Response &response) {
 void PageServer::answerPicture(httplib::Response &response) {
     const auto shot = picture.take();
     if (!shot)
-        return refuse(
+        return answerError(
             response, 404,
             "The mirrored display cannot be seen from panelwall: start it where mirroring "
             "runs, with the same DISPLAY.");

@@ -14,7 +14,7 @@ static int statusOf(const std::string &path, const httplib::Headers &headers,
     request.method = method;
     request.path = path;
     request.headers = headers;
-    return judge(request, token).status;
+    return checkRequest(request, token).status;
 }
 
 TEST(PanelwallAccess, EveryTokenIsNewAndFitsAnAddress) {
