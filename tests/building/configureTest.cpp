@@ -11,7 +11,7 @@ const std::string libraryAlone = " -DMIRROR_TESTS=OFF -DMIRROR_BENCH=OFF -DMIRRO
 
 class Configure : public testing::Test {
 protected:
-    test::Ending configure(const std::string &before, const std::string &after) const {
+    test::ProcessResult configure(const std::string &before, const std::string &after) const {
         return test::shell(test::TreeCopy::plain + before + " " CMAKE " -S " SOURCE " -B " +
                            build() + libraryAlone + after);
     }
@@ -34,7 +34,8 @@ protected:
 TEST_F(Configure, TakesClangWhereNoCompilerWasChosenAndNamesMissingPackages) {
     const std::string query = folder.write("dpkg-query", "#!/bin/sh\nexit 1\n");
     std::filesystem::permissions(query, std::filesystem::perms::owner_all);
-    const test::Ending done = configure("CC= CXX= PATH=" + folder.file("") + ":\"$PATH\"", "");
+    const test::ProcessResult done =
+        configure("CC= CXX= PATH=" + folder.file("") + ":\"$PATH\"", "");
     ASSERT_EQ(done.status, 0) << done.out;
     for (const char *part :
          {"The C compiler identification is Clang", "The CXX compiler identification is Clang",
@@ -43,12 +44,12 @@ TEST_F(Configure, TakesClangWhereNoCompilerWasChosenAndNamesMissingPackages) {
 }
 
 TEST_F(Configure, SaysWhatToTypeWhereTheChosenCompilerHasNoBlocks) {
-    const test::Ending refused = configure("CC=gcc CXX=g++", "");
+    const test::ProcessResult refused = configure("CC=gcc CXX=g++", "");
     EXPECT_NE(refused.status, 0);
     EXPECT_TRUE(test::contains(refused.out, "g++ has no blocks"));
     const auto typed = refused.out.find("cmake --fresh ");
     ASSERT_NE(typed, std::string::npos) << refused.out;
-    const test::Ending done = test::shell(
+    const test::ProcessResult done = test::shell(
         "CC=gcc CXX=g++ " + refused.out.substr(typed, refused.out.find('\n', typed) - typed) +
         libraryAlone);
     EXPECT_EQ(done.status, 0) << done.out;
@@ -56,7 +57,7 @@ TEST_F(Configure, SaysWhatToTypeWhereTheChosenCompilerHasNoBlocks) {
 }
 
 TEST_F(Configure, NoBuildTypeSwitchesOffAssertionsOrFusesOperations) {
-    const test::Ending done = configure(
+    const test::ProcessResult done = configure(
         "",
         "-G 'Ninja Multi-Config' -DCMAKE_EXPORT_COMPILE_COMMANDS=ON -DCMAKE_CXX_COMPILER=clang++ "
         "-DCMAKE_C_COMPILER=clang "
@@ -72,7 +73,7 @@ TEST_F(Configure, NoBuildTypeSwitchesOffAssertionsOrFusesOperations) {
     }
     EXPECT_GT(switchedOff, 50); // CMake defines NDEBUG in two of these types
     // configuration.cpp does not compile without assertions.
-    const test::Ending made =
+    const test::ProcessResult made =
         test::shell(CMAKE " --build " + build() +
                     " --config RelWithDebInfo --target "
                     "mirror/CMakeFiles/mirrorCore.dir/RelWithDebInfo/configuration.cpp.o");

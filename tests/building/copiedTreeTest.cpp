@@ -9,7 +9,7 @@ class CopiedTree : public testing::TestWithParam<const char *> {};
 
 TEST_P(CopiedTree, IsToldToRemoveItsBuildFolder) {
     const test::TreeCopy copy;
-    const test::Ending run = test::shell(
+    const test::ProcessResult run = test::shell(
         "cd " + copy.at("tree") +
         " && mkdir -p build/release && "
         "echo CMAKE_CACHEFILE_DIR:INTERNAL=/nowhere/build/release >build/release/CMakeCache.txt && "

@@ -10,7 +10,7 @@ namespace {
 // compiles one source at a time, since other tests run in parallel.
 TEST(Parent, BuildsTheLibraryAndKeepsItsOwnFlags) {
     const test::TreeCopy copy;
-    const test::Ending made = test::shell(
+    const test::ProcessResult made = test::shell(
         std::string(test::TreeCopy::plain) + "sh -c 'cp -R " PARENT " " + copy.at("parent") +
         " && " CMAKE " -S " + copy.at("parent") + " -B " + copy.at("build") +
         " -G \"Unix Makefiles\" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DSCREEN_MIRROR=" +
@@ -21,7 +21,8 @@ TEST(Parent, BuildsTheLibraryAndKeepsItsOwnFlags) {
     ASSERT_EQ(made.status, 0) << made.out;
 
     // A document without a required member ends the process by an assertion.
-    const test::Ending run = test::shell("ulimit -c 0; " + copy.at("build/host") + "; exit $?");
+    const test::ProcessResult run =
+        test::shell("ulimit -c 0; " + copy.at("build/host") + "; exit $?");
     EXPECT_TRUE(test::contains(run.out, "Assertion"));
     EXPECT_EQ(run.status, 134) << run.out;
 

@@ -15,7 +15,7 @@ public:
     // Throws std::runtime_error when copying fails.
     TreeCopy() {
         // Without build folders and tests, to keep it small.
-        const Ending made =
+        const ProcessResult made =
             shell("mkdir -p " + at("tree") +
                   " && cd " SOURCE " && cp -R "
                   "CHANGELOG.md CMakeLists.txt LICENSE README.md cmake colour copyright "

@@ -18,7 +18,7 @@ TEST(Uninstall, RemovesWhatWasInstalledBelowDestdirForAnyUser) {
                 .status,
             0);
     }
-    const test::Ending done =
+    const test::ProcessResult done =
         test::shell("cd " + copy.at("tree") + " && " + as +
                     "sh -e -c '" CMAKE " -S . -B build -DMIRROR_TESTS=OFF -DMIRROR_BENCH=OFF\n"
                     "export DESTDIR=" +
@@ -33,7 +33,7 @@ TEST(Uninstall, RemovesWhatWasInstalledBelowDestdirForAnyUser) {
     EXPECT_EQ(test::shell("cd " + copy.at("root") + " && find . -not -type d -o -empty | sort").out,
               "./usr/local/share/doc/other\n./usr/local/share/doc/screen-mirror\n");
 
-    const test::Ending again =
+    const test::ProcessResult again =
         test::shell(CMAKE " --build " + copy.at("tree/build") + " --target uninstall");
     EXPECT_NE(again.status, 0);
     EXPECT_TRUE(test::contains(again.out, "Nothing has been installed from"));

@@ -12,8 +12,8 @@
 
 namespace fs = std::filesystem;
 using test::CodeBlock;
-using test::Ending;
 using test::Page;
+using test::ProcessResult;
 using test::shell;
 
 namespace {
@@ -57,7 +57,7 @@ TEST_F(Snippets, AreInLanguagesThatATestReads) {
 
 TEST_F(Snippets, InCCompile) {
     forEachBlock("c", [&](const CodeBlock &block, const std::string &place) {
-        const Ending output =
+        const ProcessResult output =
             shell(CC " -std=gnu99 -Wall -Wextra -Werror -fsyntax-only -I " TREE " " +
                   folder.write("snippet.c", block.text));
         EXPECT_EQ(output.status, 0) << place << '\n' << output.out;
@@ -66,17 +66,18 @@ TEST_F(Snippets, InCCompile) {
 
 TEST_F(Snippets, InJsonAreConfigurations) {
     forEachBlock("json", [&](const CodeBlock &block, const std::string &place) {
-        const Ending output = shell(BUILD "/mirrorctl check --screen 1920x1080 " +
-                                    folder.write("config.json", block.text));
+        const ProcessResult output = shell(BUILD "/mirrorctl check --screen 1920x1080 " +
+                                           folder.write("config.json", block.text));
         EXPECT_EQ(output.status, 0) << place << '\n' << output.out;
     });
 }
 
 TEST_F(Snippets, OfTheShellRunWithoutADesktop) {
     forEachBlock("sh", [&](const CodeBlock &block, const std::string &place) {
-        const Ending output = shell("cd " + folder.file("") +
-                                    "; unset DISPLAY XAUTHORITY; PATH=\"" BUILD ":$PATH\" sh -eu " +
-                                    folder.write("snippet.sh", block.text));
+        const ProcessResult output =
+            shell("cd " + folder.file("") +
+                  "; unset DISPLAY XAUTHORITY; PATH=\"" BUILD ":$PATH\" sh -eu " +
+                  folder.write("snippet.sh", block.text));
         EXPECT_EQ(output.status, 0) << place << '\n' << output.out;
     });
 }

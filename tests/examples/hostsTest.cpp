@@ -88,10 +88,10 @@ protected:
     // standard output.
     static std::string expectOneLine(const std::vector<std::string> &arguments,
                                      const std::string &line, int status = 1) {
-        const test::Ending ending = run(arguments).finish();
-        test::expectErrors(ending, status, {line});
-        expectALine(ending.err);
-        return ending.out;
+        const test::ProcessResult result = run(arguments).finish();
+        test::expectErrors(result, status, {line});
+        expectALine(result.err);
+        return result.out;
     }
 
     static void expectALine(const std::string &text) {

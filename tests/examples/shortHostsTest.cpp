@@ -21,7 +21,7 @@ test::Process run(const std::vector<std::string> &command, const char *function 
 // The failing library aborts if the configuration names another display than the one it lists.
 TEST(ShortHosts, MirrorTheFirstDisplay) {
     for (const auto &command : {std::vector<std::string>{README_HOST, "127.0.0.1"}, {HEADER_HOST}})
-        EXPECT_EQ(run(command).finish(), (test::Ending{0, "stopped\n", ""})) << command[0];
+        EXPECT_EQ(run(command).finish(), (test::ProcessResult{0, "stopped\n", ""})) << command[0];
 }
 
 TEST(ShortHosts, SayWhyTheyEnd) {
@@ -38,13 +38,14 @@ TEST(ShortHosts, SayWhyTheyEnd) {
         {"stopMirror", "-1", "mirroring could not be stopped"},
     };
     for (const auto &failure : failures) {
-        const test::Ending host =
+        const test::ProcessResult host =
             run({README_HOST, "127.0.0.1"}, failure.function, failure.result).finish();
         EXPECT_EQ(host.status, 1) << failure.line;
         EXPECT_EQ(host.err, "host: " + std::string(failure.line) + "\n");
         const int status = run({HEADER_HOST}, failure.function, failure.result).finish().status;
         EXPECT_EQ(status, 1) << failure.line;
     }
-    EXPECT_EQ(test::Process({README_HOST}).finish(),
-              (test::Ending{1, "", "host: name the address of a light, such as 192.0.2.7\n"}));
+    EXPECT_EQ(
+        test::Process({README_HOST}).finish(),
+        (test::ProcessResult{1, "", "host: name the address of a light, such as 192.0.2.7\n"}));
 }

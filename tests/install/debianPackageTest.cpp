@@ -15,7 +15,7 @@ const std::string manual = "screen-mirror-doc";
 class DebianPackages : public testing::Test {
 protected:
     void SetUp() override {
-        const test::Ending made =
+        const test::ProcessResult made =
             test::shell("cd " BUILD " && " CPACK " -G DEB -B " + folder.file("made"));
         ASSERT_EQ(made.status, 0) << made.out;
     }
@@ -28,7 +28,7 @@ protected:
     }
     std::string unpacked(const std::string &name) const {
         const std::string root = folder.file(name);
-        const test::Ending done = test::shell("dpkg-deb -x " + package(name) + " " + root);
+        const test::ProcessResult done = test::shell("dpkg-deb -x " + package(name) + " " + root);
         EXPECT_EQ(done.status, 0) << done.out;
         return root;
     }
@@ -108,7 +108,7 @@ TEST_F(DebianPackages, HoldWhatIsInstalledAndAskForWhatTheyLoad) {
 }
 
 TEST_F(DebianPackages, PassDebiansOwnCheck) {
-    const test::Ending checked =
+    const test::ProcessResult checked =
         test::shell("lintian --allow-root --fail-on error,warning " + folder.file("made/*.deb"));
     EXPECT_EQ(checked.status, 0) << checked.out;
     EXPECT_EQ(checked.out, "");

@@ -16,7 +16,7 @@ protected:
         test::VirtualScreen screen(400, 300);
         screen.use();
         test::LightReceiver light(address, 60222);
-        const test::Ending run = test::shell(host + " " + address + " 0");
+        const test::ProcessResult run = test::shell(host + " " + address + " 0");
         test::expectOutput(run, 0, {"palette: #000000\n"});
         EXPECT_TRUE(light.next());
     }
@@ -45,7 +45,7 @@ TEST_F(Install, PutsEachFileInItsUsualPlace) {
 }
 
 TEST_F(Install, NamesNoPlaceWhereItWasMade) {
-    const test::Ending found =
+    const test::ProcessResult found =
         test::shell("cd " + installed.at("") + " && grep -rIlF -e " BUILD " -e " SOURCE " -e " +
                     installed.beside("first") + " .");
     EXPECT_EQ(found.out, "");
@@ -55,7 +55,7 @@ TEST_F(Install, NamesNoPlaceWhereItWasMade) {
 }
 
 TEST_F(Install, ProgramsFindTheLibraryAfterTheMove) {
-    const test::Ending loaded =
+    const test::ProcessResult loaded =
         test::shell("LD_TRACE_LOADED_OBJECTS=1 " + installed.at("bin/mirrorctl"));
     EXPECT_TRUE(test::contains(loaded.out,
                                "libscreenMirrorMac.so.1 => " + installed.at("bin/../" LIBDIR "/")));
@@ -68,7 +68,7 @@ TEST_F(Install, ProgramsFindTheLibraryAfterTheMove) {
 
 TEST_F(Install, AHostFindsThePackageWithCMake) {
     const std::string build = installed.beside("consumer");
-    const test::Ending made = test::shell(
+    const test::ProcessResult made = test::shell(
         "cp -R " CONSUMER " " + installed.beside("source") + " && " CMAKE " -S " +
         installed.beside("source") + " -B " + build + " -DCMAKE_PREFIX_PATH=" + installed.at("") +
         " -DEXAMPLES=" + installed.examples() + " && " CMAKE " --build " + build);
@@ -78,15 +78,16 @@ TEST_F(Install, AHostFindsThePackageWithCMake) {
 
 TEST_F(Install, AHostIsBuiltWithPkgConfigAndACCompilerAlone) {
     const std::string host = installed.beside("host");
-    const test::Ending made = test::shell("cc -Wall -Wextra -Werror " + installed.examples() +
-                                          "/c/mirrorScreen.c -o " + host + " " + flags());
+    const test::ProcessResult made =
+        test::shell("cc -Wall -Wextra -Werror " + installed.examples() + "/c/mirrorScreen.c -o " +
+                    host + " " + flags());
     ASSERT_EQ(made.status, 0) << made.out;
     expectMirrors(host, "127.0.77.2");
 }
 
 TEST_F(Install, AHostInCxxIsBuiltWithTheSystemsCompiler) {
     const std::string host = installed.beside("host");
-    const test::Ending made =
+    const test::ProcessResult made =
         test::shell("c++ -std=c++17 -Wall -Wextra -Werror " + installed.examples() +
                     "/cpp/mirrorScreen.cpp -o " + host + " " + flags());
     ASSERT_EQ(made.status, 0) << made.out;

@@ -28,8 +28,9 @@ class Installed {
 public:
     // Throws std::runtime_error when the installation fails.
     Installed() {
-        const Ending result = shell(CMAKE " --install " BUILD " --prefix " + folder.file("first") +
-                                    " && mv " + folder.file("first") + " " + folder.file("moved"));
+        const ProcessResult result =
+            shell(CMAKE " --install " BUILD " --prefix " + folder.file("first") + " && mv " +
+                  folder.file("first") + " " + folder.file("moved"));
         if (result.status != 0)
             throw std::runtime_error(result.out);
     }

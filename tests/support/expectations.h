@@ -15,17 +15,19 @@ inline testing::AssertionResult contains(const std::string &text, const std::str
 }
 
 // Expects this exit status, and these texts on standard output.
-inline void expectOutput(const Ending &ending, int status, const std::vector<std::string> &parts) {
-    EXPECT_EQ(ending.status, status) << ending.out << ending.err;
+inline void expectOutput(const ProcessResult &result, int status,
+                         const std::vector<std::string> &parts) {
+    EXPECT_EQ(result.status, status) << result.out << result.err;
     for (const std::string &part : parts)
-        EXPECT_TRUE(contains(ending.out, part));
+        EXPECT_TRUE(contains(result.out, part));
 }
 
 // Expects this exit status, and these texts on standard error.
-inline void expectErrors(const Ending &ending, int status, const std::vector<std::string> &parts) {
-    EXPECT_EQ(ending.status, status) << ending.out << ending.err;
+inline void expectErrors(const ProcessResult &result, int status,
+                         const std::vector<std::string> &parts) {
+    EXPECT_EQ(result.status, status) << result.out << result.err;
     for (const std::string &part : parts)
-        EXPECT_TRUE(contains(ending.err, part));
+        EXPECT_TRUE(contains(result.err, part));
 }
 
 } // namespace test

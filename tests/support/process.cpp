@@ -84,8 +84,8 @@ void readInto(int &fd, std::string &text) {
 
 } // namespace
 
-void PrintTo(const Ending &ending, std::ostream *stream) {
-    *stream << "status " << ending.status << ", output\n" << ending.out << "errors\n" << ending.err;
+void PrintTo(const ProcessResult &result, std::ostream *stream) {
+    *stream << "status " << result.status << ", output\n" << result.out << "errors\n" << result.err;
 }
 
 Process::Process(std::vector<std::string> command, const Surroundings &surroundings)
@@ -139,7 +139,7 @@ Process::~Process() {
 }
 
 std::runtime_error Process::failure(const std::string &what) const {
-    return std::runtime_error(name + " " + what + " after\n" + ending.out + ending.err);
+    return std::runtime_error(name + " " + what + " after\n" + result.out + result.err);
 }
 
 std::string Process::status(const std::string &field) const {
@@ -157,32 +157,32 @@ bool Process::readMore() {
     if (poll(waiting, 2, patience * 1000) == 0)
         throw failure("fell silent");
     if (waiting[0].revents != 0)
-        readInto(outFd, ending.out);
+        readInto(outFd, result.out);
     if (waiting[1].revents != 0)
-        readInto(errFd, ending.err);
+        readInto(errFd, result.err);
     return true;
 }
 
 void Process::waitFor(const std::string &text, std::size_t from) {
-    while (ending.out.find(text, from) == std::string::npos)
+    while (result.out.find(text, from) == std::string::npos)
         if (!readMore())
             throw failure("ended");
 }
 
 void Process::waitForError(const std::string &text) {
-    while (ending.err.find(text) == std::string::npos)
+    while (result.err.find(text) == std::string::npos)
         if (!readMore())
             throw failure("ended");
 }
 
-Ending Process::finish() {
+ProcessResult Process::finish() {
     while (readMore()) {
     }
     int status = 0;
     waitpid(child, &status, 0);
     child = -1;
-    ending.status = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
-    return ending;
+    result.status = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+    return result;
 }
 
 void Process::signal(int number) const {
@@ -205,7 +205,7 @@ void Process::closeOutput() {
     outFd = -1;
 }
 
-Ending shell(const std::string &commands) {
+ProcessResult shell(const std::string &commands) {
     return Process({"/bin/sh", "-c", "exec 2>&1\n" + commands}, {.patience = 600}).finish();
 }
 

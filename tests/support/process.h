@@ -12,16 +12,16 @@
 namespace test {
 
 // How a program ended, and all its output.
-struct Ending {
+struct ProcessResult {
     int status = -1; // the exit status, or minus the number of the signal that ended it
     std::string out;
     std::string err;
 
-    bool operator==(const Ending &) const = default;
+    bool operator==(const ProcessResult &) const = default;
 };
 
-// For tests that compare endings.
-void PrintTo(const Ending &ending, std::ostream *stream);
+// For tests that compare results.
+void PrintTo(const ProcessResult &result, std::ostream *stream);
 
 struct TerminalSize {
     int columns = 80;
@@ -51,8 +51,8 @@ public:
     Process &operator=(const Process &) = delete;
 
     pid_t pid() const { return child; }
-    const std::string &out() const { return ending.out; }
-    const std::string &err() const { return ending.err; }
+    const std::string &out() const { return result.out; }
+    const std::string &err() const { return result.err; }
 
     // A field of the system's status of the running program, such as "State".
     std::string status(const std::string &field) const;
@@ -63,7 +63,7 @@ public:
     void waitForError(const std::string &text);
 
     // Waits for the end of the output and of the program.
-    Ending finish();
+    ProcessResult finish();
 
     void signal(int number) const;
     void type(const std::string &keys);   // on the terminal
@@ -80,11 +80,11 @@ private:
     pid_t child = -1;
     int outFd = -1;
     int errFd = -1;
-    Ending ending;
+    ProcessResult result;
 };
 
 // Runs shell commands to their end, with ctest's deadline as the limit. `out` holds both standard
 // output and standard error.
-Ending shell(const std::string &commands);
+ProcessResult shell(const std::string &commands);
 
 } // namespace test

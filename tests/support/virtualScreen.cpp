@@ -245,10 +245,10 @@ std::string VirtualScreen::mode() const {
 
 std::string VirtualScreen::run(const std::vector<std::string> &command) const {
     Process program(command, {.variables = {{"DISPLAY", name}}});
-    const Ending ending = program.finish();
-    if (ending.status != 0)
-        throw std::runtime_error(command.at(0) + " failed: " + ending.out + ending.err);
-    return ending.out;
+    const ProcessResult result = program.finish();
+    if (result.status != 0)
+        throw std::runtime_error(command.at(0) + " failed: " + result.out + result.err);
+    return result.out;
 }
 
 } // namespace test

@@ -7,8 +7,8 @@
 #include <regex>
 #include <set>
 
-using test::Ending;
 using test::fileText;
+using test::ProcessResult;
 using test::shell;
 
 namespace {
@@ -61,7 +61,7 @@ std::string section(const std::string &source, const std::string &head) {
 
 // The completions that bash offers for the last of the words.
 Words offeredByBash(const std::string &program, const std::string &words) {
-    const Ending list =
+    const ProcessResult list =
         shell("bash --norc -c 'source " COMPLETIONS + program + ".bash; COMP_WORDS=(" + words +
               "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _" + program +
               "; printf \"%s\\n\" \"${COMPREPLY[@]}\"'");
@@ -84,7 +84,7 @@ Words offeredByZsh(const std::string &program, const std::string &words, int cur
 
 TEST(Manual, IsSetWithoutComplaint) {
     for (const char *name : {"mirrorctl.1", "panelwall.1"})
-        EXPECT_EQ(shell("mandoc -T lint " MANUALS + std::string(name)), (Ending{0, "", ""}));
+        EXPECT_EQ(shell("mandoc -T lint " MANUALS + std::string(name)), (ProcessResult{0, "", ""}));
 }
 
 TEST(Manual, HasEveryOptionOfEveryCommandAndNoOther) {

@@ -3,16 +3,16 @@
 #include <random>
 
 using test::contains;
-using test::Ending;
 using test::lightsText;
 using test::mirrorctl;
+using test::ProcessResult;
 
 namespace {
 
-const Ending fine{0, "standard input: fine.\n", ""};
+const ProcessResult fine{0, "standard input: fine.\n", ""};
 
 // Runs `mirrorctl check` without any display.
-Ending check(const std::string &text, std::vector<std::string> arguments = {}) {
+ProcessResult check(const std::string &text, std::vector<std::string> arguments = {}) {
     arguments.insert(arguments.begin(), {"check", "-"});
     return mirrorctl(arguments, {{"DISPLAY", ""}}, text);
 }
@@ -20,7 +20,7 @@ Ending check(const std::string &text, std::vector<std::string> arguments = {}) {
 } // namespace
 
 TEST(MirrorctlCheck, TellsEverythingAtOnce) {
-    const Ending ending = check(R"({
+    const ProcessResult result = check(R"({
   "displayId": 1,
   "mode": 3,
   "devices": [
@@ -28,11 +28,11 @@ TEST(MirrorctlCheck, TellsEverythingAtOnce) {
       {"panelID": 1, "centroidX": 700, "centroidY": 10}]}
   ]
 })",
-                                {"--screen", "640x480"});
-    EXPECT_EQ(ending.status, 65);
-    EXPECT_EQ(ending.err, "");
+                                       {"--screen", "640x480"});
+    EXPECT_EQ(result.status, 65);
+    EXPECT_EQ(result.err, "");
     EXPECT_EQ(
-        ending.out,
+        result.out,
         "standard input:1:1: error: /displayID: expected an integer that fits 32 bits, found no "
         "member of this name.\n"
         "    To fix it: rename \"displayId\" to \"displayID\".\n"
@@ -53,9 +53,9 @@ TEST(MirrorctlCheck, TellsEverythingAtOnce) {
 TEST(MirrorctlCheck, PrintsForScripts) {
     const test::Folder folder;
     const std::string path = folder.write("a.json", lightsText(5, "fe80::58:60", 3));
-    const Ending ending = mirrorctl({"check", path, "--json"}, {{"DISPLAY", ""}});
-    EXPECT_EQ(ending.status, 0);
-    const auto tree = test::parsed(ending.out);
+    const ProcessResult result = mirrorctl({"check", path, "--json"}, {{"DISPLAY", ""}});
+    EXPECT_EQ(result.status, 0);
+    const auto tree = test::parsed(result.out);
     EXPECT_EQ(tree["file"].GetString(), path);
     EXPECT_TRUE(tree["valid"].GetBool());
     EXPECT_EQ(tree["errors"].GetUint(), 0u);
@@ -81,14 +81,14 @@ TEST(MirrorctlCheck, CountsWarningsAsFaultsOnlyWhenTold) {
 }
 
 TEST(MirrorctlCheck, SaysFineBeforeAnyCaution) {
-    const Ending ending = check(lightsText(5, "127.0.58.60", 0), {"--screen", "640x480"});
-    EXPECT_EQ(ending.status, 0);
-    EXPECT_TRUE(ending.out.starts_with("standard input: fine.\n"
+    const ProcessResult result = check(lightsText(5, "127.0.58.60", 0), {"--screen", "640x480"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_TRUE(result.out.starts_with("standard input: fine.\n"
                                        "standard input:1:18: caution: /mode: match mode lets the "
                                        "whole wall flash up to 11.9 times a second"))
-        << ending.out;
-    EXPECT_TRUE(contains(ending.out, "\n    What to do: "));
-    const Ending faulty = check(lightsText(5, "lamp", 0), {"--screen", "640x480"});
+        << result.out;
+    EXPECT_TRUE(contains(result.out, "\n    What to do: "));
+    const ProcessResult faulty = check(lightsText(5, "lamp", 0), {"--screen", "640x480"});
     EXPECT_TRUE(contains(faulty.out, "standard input: 1 error, 0 warnings.\n"
                                      "standard input:1:18: caution: "));
 }
@@ -104,7 +104,7 @@ TEST(MirrorctlCheck, RefusesModesThatDoNotExist) {
             "    To fix it: choose one of these four.\n"
             "standard input: 1 error, 0 warnings.\n";
         EXPECT_EQ(check(lightsText(5, "127.0.58.60", mode), {"--screen", "640x480"}),
-                  (Ending{65, report, ""}));
+                  (ProcessResult{65, report, ""}));
     }
 }
 
@@ -122,7 +122,7 @@ TEST_F(MirrorctlCheckOnScreen, LooksForTheDisplay) {
         "    To fix it: choose one of them; no other is ever taken in its place.\n";
     EXPECT_EQ(look(display, {}), fine);
     EXPECT_EQ(look(display, {"--display"}), fine);
-    const Ending other = look(display + 1, {});
+    const ProcessResult other = look(display + 1, {});
     EXPECT_EQ(other.status, 69);
     EXPECT_EQ(other.out, missing + "standard input: 1 error, 0 warnings.\n"
                                    "The panels' places were not checked; --screen names the "
@@ -145,7 +145,8 @@ TEST(MirrorctlCheck, NeedsADisplayOnlyWhenTold) {
         {"fine.\nThe display gives no picture, so its size is not known. The panels' places were "
          "not checked;"});
     // No X server is at this address.
-    const Ending absent = mirrorctl({"check", "-"}, {{"DISPLAY", "/nonexistent/words:0"}}, good);
+    const ProcessResult absent =
+        mirrorctl({"check", "-"}, {{"DISPLAY", "/nonexistent/words:0"}}, good);
     EXPECT_EQ(absent.status, 0);
 }
 
@@ -217,17 +218,17 @@ TEST_F(MirrorctlCheckOnScreen, ComparesWithTheDisplayThatIsThere) {
 }
 
 TEST(MirrorctlCheck, SaysWhatItCouldNotCompare) {
-    const Ending ending = check(lightsText(5, "127.0.58.60", 3));
-    EXPECT_EQ(ending.out, "standard input: fine.\n"
+    const ProcessResult result = check(lightsText(5, "127.0.58.60", 3));
+    EXPECT_EQ(result.out, "standard input: fine.\n"
                           "There is no display here to look at. The panels' places were not "
                           "checked; --screen names the display's size.\n");
 }
 
 TEST(MirrorctlCheck, PrintsNoControlCharacters) {
-    const Ending ending =
+    const ProcessResult result =
         check(R"({"\u001b[31m\n": 1, "displayID": "\u001b[0m\u0007", "mode": 0, "devices": [}])");
-    EXPECT_FALSE(contains(ending.out, "\x1b"));
-    const Ending parsed =
+    EXPECT_FALSE(contains(result.out, "\x1b"));
+    const ProcessResult parsed =
         check(R"({"\u001b[31m\n": 1, "displayID": "\u001b[0m\u0007", "mode": 0, "devices": []})");
     EXPECT_EQ(parsed.status, 65);
     EXPECT_FALSE(contains(parsed.out, "\x1b"));
@@ -235,7 +236,7 @@ TEST(MirrorctlCheck, PrintsNoControlCharacters) {
 }
 
 TEST(MirrorctlCheck, TellsWhatIsNoDocumentInWholeSentences) {
-    const Ending foreign = check(std::string("\177ELF\0", 5));
+    const ProcessResult foreign = check(std::string("\177ELF\0", 5));
     EXPECT_EQ(foreign.status, 65);
     EXPECT_EQ(foreign.out, "standard input:1:5: error: expected JSON text in UTF-8, found a zero "
                            "byte, which would end it.\n"
@@ -281,10 +282,10 @@ TEST(MirrorctlCheck, HasAnAnswerToAnyBytes) {
         else
             for (bytes = good; random() % 4 != 0;)
                 bytes[random() % bytes.size()] = static_cast<char>(random());
-        const Ending ending = check(bytes, {"--screen", "640x480"});
-        EXPECT_TRUE(ending.status == 0 || ending.status == 65 || ending.status == 68)
-            << ending.status;
-        EXPECT_NE(ending.out, "");
-        EXPECT_EQ(ending.err, "");
+        const ProcessResult result = check(bytes, {"--screen", "640x480"});
+        EXPECT_TRUE(result.status == 0 || result.status == 65 || result.status == 68)
+            << result.status;
+        EXPECT_NE(result.out, "");
+        EXPECT_EQ(result.err, "");
     }
 }

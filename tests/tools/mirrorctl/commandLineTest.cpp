@@ -1,7 +1,7 @@
 #include "tests/tools/mirrorctl/mirrorSetup.h"
 
-using test::Ending;
 using test::mirrorctl;
+using test::ProcessResult;
 
 TEST(MirrorctlCommandLine, HelpNamesCommandsAndExitStatuses) {
     test::expectOutput(mirrorctl({"--help"}), 0,
@@ -13,9 +13,9 @@ TEST(MirrorctlCommandLine, HelpNamesCommandsAndExitStatuses) {
 TEST(MirrorctlCommandLine, EachCommandHelps) {
     for (const char *command :
          {"displays", "check", "layout", "doctor", "run", "palette", "snapshot"}) {
-        const Ending ending = mirrorctl({command, "--help"});
-        EXPECT_EQ(ending.status, 0);
-        EXPECT_EQ(ending.err, "");
+        const ProcessResult result = mirrorctl({command, "--help"});
+        EXPECT_EQ(result.status, 0);
+        EXPECT_EQ(result.err, "");
     }
 }
 
@@ -57,15 +57,15 @@ TEST(MirrorctlCommandLine, RefusesWhatItDoesNotUnderstand) {
         {"snapshot", "a.json", "--seconds", "0"},
     };
     for (const auto &arguments : wrong) {
-        const Ending ending = mirrorctl(arguments);
-        EXPECT_EQ(ending.status, 64) << (arguments.empty() ? "" : arguments.back());
-        EXPECT_EQ(ending.out, "");
-        EXPECT_NE(ending.err, "");
+        const ProcessResult result = mirrorctl(arguments);
+        EXPECT_EQ(result.status, 64) << (arguments.empty() ? "" : arguments.back());
+        EXPECT_EQ(result.out, "");
+        EXPECT_NE(result.err, "");
     }
 }
 
 TEST(MirrorctlCommandLine, NamesTheVersion) {
-    EXPECT_EQ(mirrorctl({"--version"}), (Ending{0, "mirrorctl " PROJECT_VERSION "\n", ""}));
+    EXPECT_EQ(mirrorctl({"--version"}), (ProcessResult{0, "mirrorctl " PROJECT_VERSION "\n", ""}));
 }
 
 TEST(MirrorctlCommandLine, SuggestsTheCommandThatWasMeant) {
@@ -76,7 +76,7 @@ TEST(MirrorctlCommandLine, SuggestsTheCommandThatWasMeant) {
         const std::string suggestion = "mirrorctl has no command \"" + std::string(word) +
                                        "\". Did you mean \"" + command +
                                        "\"?\nRun with --help for the list of commands.\n";
-        EXPECT_EQ(mirrorctl({word, "wall.json", "--json"}), (Ending{64, "", suggestion}));
+        EXPECT_EQ(mirrorctl({word, "wall.json", "--json"}), (ProcessResult{64, "", suggestion}));
     }
     EXPECT_EQ(mirrorctl({"mirror"}).err, "mirrorctl has no command \"mirror\".\n"
                                          "Run with --help for the list of commands.\n");

@@ -2,15 +2,15 @@
 
 #include <algorithm>
 
-using test::Ending;
 using test::mirrorctl;
+using test::ProcessResult;
 
 TEST(MirrorctlDisplays, ListsTwoMonitors) {
     const test::VirtualScreen screen(1440, 600);
     screen.run({"xrandr", "--setmonitor", "LEFT", "800/200x600/150+0+0", screen.output()});
     screen.run({"xrandr", "--setmonitor", "RIGHT", "640/160x480/120+800+0", "none"});
 
-    const Ending json = mirrorctl({"displays", "--json"}, {{"DISPLAY", screen.display()}});
+    const ProcessResult json = mirrorctl({"displays", "--json"}, {{"DISPLAY", screen.display()}});
     ASSERT_EQ(json.status, 0) << json.err;
     const auto tree = test::parsed(json.out);
     EXPECT_EQ(tree["numDisplays"].GetUint(), 2u);
@@ -24,8 +24,8 @@ TEST(MirrorctlDisplays, ListsTwoMonitors) {
                  std::to_string(display["width"].GetUint()) + " x " +
                  std::to_string(display["height"].GetUint()) + "\n";
     }
-    const Ending plain = mirrorctl({"displays"}, {{"DISPLAY", screen.display()}});
-    EXPECT_EQ(plain, (Ending{0, table, ""}));
+    const ProcessResult plain = mirrorctl({"displays"}, {{"DISPLAY", screen.display()}});
+    EXPECT_EQ(plain, (ProcessResult{0, table, ""}));
     test::expectOutput(plain, 0, {"  800 x 600\n", "  640 x 480\n"});
 }
 
@@ -37,17 +37,17 @@ TEST(MirrorctlDisplays, SaysThatTheListIsCut) {
         screen.run({"xrandr", "--setmonitor", "M" + std::to_string(i),
                     "100/25x100/25+" + std::to_string(i * 100) + "+0", i == 0 ? output : "none"});
     const test::Variables variables = {{"DISPLAY", screen.display()}};
-    const Ending list = mirrorctl({"displays"}, variables);
+    const ProcessResult list = mirrorctl({"displays"}, variables);
     EXPECT_EQ(list.status, 0);
     EXPECT_EQ(list.err, "The library lists only 10 of the 12 displays that there are.\n");
     EXPECT_EQ(std::count(list.out.begin(), list.out.end(), '\n'), 11) << list.out;
 
     const std::string missing = "the library lists only 10 of the 12 displays";
     for (const char *command : {"run", "palette", "snapshot", "check"}) {
-        const Ending ending =
+        const ProcessResult result =
             mirrorctl({command, "-"}, variables, test::lightsText(5, "127.0.58.8"));
-        EXPECT_EQ(ending.status, 69) << command;
-        EXPECT_TRUE(test::contains(ending.out + ending.err, missing)) << command;
+        EXPECT_EQ(result.status, 69) << command;
+        EXPECT_TRUE(test::contains(result.out + result.err, missing)) << command;
     }
     test::expectErrors(mirrorctl({"layout", "1x1", "127.0.58.8", "--display", "5"}, variables), 69,
                        {"It lists only 10 of the 12 displays:\n"});
@@ -60,14 +60,15 @@ TEST(MirrorctlDisplays, SaysThatDisplayIsNotSet) {
 
 TEST(MirrorctlDisplays, NamesAServerThatDoesNotAnswer) {
     const std::string name = ":59000"; // no test's server has such a high number
-    const Ending ending = mirrorctl({"displays", "--json"}, {{"DISPLAY", name}});
-    EXPECT_EQ(ending.out, "{\"numDisplays\":0,\"displays\":[]}\n");
-    test::expectErrors(ending, 69, {"DISPLAY is \"" + name + "\"; is that X server running"});
+    const ProcessResult result = mirrorctl({"displays", "--json"}, {{"DISPLAY", name}});
+    EXPECT_EQ(result.out, "{\"numDisplays\":0,\"displays\":[]}\n");
+    test::expectErrors(result, 69, {"DISPLAY is \"" + name + "\"; is that X server running"});
 }
 
 TEST(MirrorctlDisplays, ReportsALibraryWithoutAnAnswer) {
     EXPECT_EQ(mirrorctl({"displays"}, test::refusing("getDisplays")),
-              (Ending{70, "", "mirrorctl: the library could not list the displays\n"}));
-    EXPECT_EQ(mirrorctl({"displays"}, test::refusing("sense")),
-              (Ending{70, "", "mirrorctl: the library's list of displays is not understood\n"}));
+              (ProcessResult{70, "", "mirrorctl: the library could not list the displays\n"}));
+    EXPECT_EQ(
+        mirrorctl({"displays"}, test::refusing("sense")),
+        (ProcessResult{70, "", "mirrorctl: the library's list of displays is not understood\n"}));
 }

@@ -8,9 +8,9 @@
 
 using test::contains;
 using test::doctor;
-using test::Ending;
 using test::expectOutput;
 using test::PlainProxy;
+using test::ProcessResult;
 using test::VirtualScreen;
 using test::WaylandSession;
 
@@ -94,13 +94,13 @@ TEST(MirrorctlDoctorServers, KnowsUntrustedConnections) {
     const auto made = test::shell("DISPLAY=" + screen.display() + " xauth -f " + file +
                                   " generate " + screen.display() + " . untrusted");
     ASSERT_EQ(made.status, 0) << made.out;
-    const Ending ending = doctor(screen.display(), {}, {{"XAUTHORITY", file}});
-    expectOutput(ending, 77,
+    const ProcessResult result = doctor(screen.display(), {}, {{"XAUTHORITY", file}});
+    expectOutput(result, 77,
                  {"bad     screen: the X server does not trust this connection",
                   "To fix it: use ssh -Y in place of ssh -X, or run this in the session itself"});
     // The extensions are hidden, not missing, so they are not reported.
     for (const char *extension : {"RANDR", "MIT-SHM", "DAMAGE", "XFIXES"})
-        EXPECT_FALSE(contains(ending.out, extension));
+        EXPECT_FALSE(contains(result.out, extension));
 }
 
 TEST(MirrorctlDoctorServers, KnowsWaylandSessionsWithoutAnXServer) {
@@ -162,7 +162,7 @@ TEST(MirrorctlDoctorServers, TellsServersApartThatCannotBeAsked) {
     VirtualScreen screen(640, 480);
     const std::string name = "\"" + screen.display() + "\"";
     kill(screen.pid(), SIGSTOP);
-    const Ending hung = doctor(screen.display());
+    const ProcessResult hung = doctor(screen.display());
     kill(screen.pid(), SIGCONT);
     expectOutput(hung, 69,
                  {"bad     X server: " + name +

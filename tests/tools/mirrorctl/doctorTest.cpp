@@ -1,16 +1,17 @@
 #include "tests/tools/mirrorctl/mirrorSetup.h"
 
 using test::contains;
-using test::Ending;
 using test::expectOutput;
 using test::LightReceiver;
+using test::ProcessResult;
 
 namespace {
 
 class MirrorctlDoctor : public test::ScreenTest {
 protected:
-    Ending doctor(const std::vector<std::string> &arguments = {},
-                  const test::Variables &variables = {}, const std::string &input = "") const {
+    ProcessResult doctor(const std::vector<std::string> &arguments = {},
+                         const test::Variables &variables = {},
+                         const std::string &input = "") const {
         return test::doctor(screen.display(), arguments, variables, input);
     }
 };
@@ -29,9 +30,9 @@ std::string devices(std::uint32_t displayID, const std::vector<std::string> &ips
 TEST_F(MirrorctlDoctor, FindsAHealthyScreenHealthy) {
     for (const std::uint32_t colour : {0x000000u, 0xFF0000u, 0xFF00FFu}) {
         screen.fill(colour);
-        const Ending ending = doctor();
-        EXPECT_EQ(ending.err, "");
-        expectOutput(ending, 0,
+        const ProcessResult result = doctor();
+        EXPECT_EQ(result.err, "");
+        expectOutput(result, 0,
                      {"  good    X server: \":", "  good    screen: ", "  good    RANDR: ",
                       "  good    MIT-SHM: ", "  good    DAMAGE: ", ": 640 x 480.\n",
                       ": frames arrive; a mark drawn on the screen came out ",
@@ -115,9 +116,9 @@ TEST_F(MirrorctlDoctor, ExaminesTheDocument) {
 }
 
 TEST_F(MirrorctlDoctor, PrintsForScripts) {
-    const Ending ending = doctor({"--json"});
-    EXPECT_EQ(ending.status, 0);
-    const auto tree = test::parsed(ending.out);
+    const ProcessResult result = doctor({"--json"});
+    EXPECT_EQ(result.status, 0);
+    const auto tree = test::parsed(result.out);
     EXPECT_TRUE(tree["healthy"].GetBool());
     ASSERT_EQ(tree["checks"].Size(), 9u);
     EXPECT_STREQ(tree["checks"][0]["ward"].GetString(), "System");

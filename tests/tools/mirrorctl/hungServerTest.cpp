@@ -6,8 +6,8 @@
 #include <poll.h>
 
 using test::contains;
-using test::Ending;
 using test::Process;
+using test::ProcessResult;
 
 namespace {
 
@@ -57,22 +57,22 @@ TEST_F(MirrorctlHungServer, IsLeftAtOnceOnASignal) {
         waitForSignals(program);
         const auto sent = std::chrono::steady_clock::now();
         program.signal(one.signum);
-        const Ending ending = program.finish();
+        const ProcessResult result = program.finish();
         const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - sent;
         // It takes 0.25 s on an idle machine, and 1 s more under the thread sanitizer, which sleeps
         // at exit. The library itself gives up after 4 s.
         EXPECT_LT(taken.count(), 2.5) << one.words;
-        EXPECT_EQ(ending.status, 75) << one.words;
-        EXPECT_EQ(ending.err, one.words + silence() + ". Is it stopped or overloaded?\n");
+        EXPECT_EQ(result.status, 75) << one.words;
+        EXPECT_EQ(result.err, one.words + silence() + ". Is it stopped or overloaded?\n");
     }
 }
 
 TEST_F(MirrorctlHungServer, IsNamed) {
     for (const auto &arguments :
          {std::vector<std::string>{"displays"}, {"run", "-"}, {"layout", "1x1", "127.0.58.90"}}) {
-        const Ending ending = start(arguments).finish();
-        test::expectErrors(ending, 69, {silence()});
-        EXPECT_FALSE(contains(ending.err, "no display"));
+        const ProcessResult result = start(arguments).finish();
+        test::expectErrors(result, 69, {silence()});
+        EXPECT_FALSE(contains(result.err, "no display"));
     }
 }
 

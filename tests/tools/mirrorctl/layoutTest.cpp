@@ -5,7 +5,7 @@
 
 using namespace mirrorctl;
 using test::contains;
-using test::Ending;
+using test::ProcessResult;
 
 namespace {
 
@@ -29,7 +29,7 @@ Places places(const config::Document &document) {
     return list;
 }
 
-Ending layout(std::vector<std::string> words, const std::string &server = "") {
+ProcessResult layout(std::vector<std::string> words, const std::string &server = "") {
     words.insert(words.begin(), "layout");
     return test::mirrorctl(words, {{"DISPLAY", server}});
 }
@@ -114,18 +114,18 @@ using MirrorctlLayoutOnScreen = test::ScreenTest;
 
 TEST_F(MirrorctlLayoutOnScreen, MakesWhatCheckAccepts) {
     for (const char *shape : {"4x6", "strip:60"}) {
-        const Ending made =
+        const ProcessResult made =
             layout({shape, "127.0.58.61", "::1", "--mode", "palette"}, screen.display());
         ASSERT_EQ(made.status, 0) << made.err;
         EXPECT_TRUE(contains(made.err, " panels on 2 devices, each coloured by "));
         EXPECT_EQ(run({"check", "-", "--strict"}, made.out),
-                  (Ending{0, "standard input: fine.\n", ""}));
+                  (ProcessResult{0, "standard input: fine.\n", ""}));
     }
 }
 
 TEST(MirrorctlLayout, NeedsNoDisplayWhenAllIsSaid) {
-    const Ending made = layout({"1x2", "127.0.58.61", "--display", "7", "--screen", "200x100",
-                                "--control-version", "1", "--mode", "1"});
+    const ProcessResult made = layout({"1x2", "127.0.58.61", "--display", "7", "--screen",
+                                       "200x100", "--control-version", "1", "--mode", "1"});
     EXPECT_EQ(made.status, 0) << made.err;
     EXPECT_EQ(made.out, "{\n"
                         "  \"displayID\": 7,\n"
@@ -168,8 +168,8 @@ TEST(MirrorctlLayout, RefusesWordsThatItDoesNotUnderstand) {
          "1"},
     };
     for (const auto &words : wrong) {
-        const Ending ending = layout(words);
-        EXPECT_EQ(ending.status, 64) << ending.err;
-        EXPECT_EQ(ending.out, "");
+        const ProcessResult result = layout(words);
+        EXPECT_EQ(result.status, 64) << result.err;
+        EXPECT_EQ(result.out, "");
     }
 }

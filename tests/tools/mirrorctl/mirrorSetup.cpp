@@ -4,14 +4,14 @@
 
 namespace test {
 
-Ending mirrorctl(std::vector<std::string> arguments, const Variables &variables,
-                 const std::string &input) {
+ProcessResult mirrorctl(std::vector<std::string> arguments, const Variables &variables,
+                        const std::string &input) {
     arguments.insert(arguments.begin(), MIRRORCTL);
     return Process(arguments, {.variables = variables, .input = input}).finish();
 }
 
-Ending doctor(const std::string &server, std::vector<std::string> arguments, Variables variables,
-              const std::string &input) {
+ProcessResult doctor(const std::string &server, std::vector<std::string> arguments,
+                     Variables variables, const std::string &input) {
     arguments.insert(arguments.begin(), "doctor");
     for (const char *name : {"WAYLAND_DISPLAY", "XDG_SESSION_TYPE"})
         variables.emplace(name, "");
@@ -30,10 +30,10 @@ rapidjson::Document parsed(const std::string &text) {
 }
 
 std::uint32_t onlyDisplay(const std::string &server) {
-    const Ending ending = mirrorctl({"displays", "--json"}, {{"DISPLAY", server}});
-    const auto tree = parsed(ending.out);
-    if (ending.status != 0 || tree["displays"].Size() != 1)
-        throw std::runtime_error("not one display: " + ending.out + ending.err);
+    const ProcessResult result = mirrorctl({"displays", "--json"}, {{"DISPLAY", server}});
+    const auto tree = parsed(result.out);
+    if (result.status != 0 || tree["displays"].Size() != 1)
+        throw std::runtime_error("not one display: " + result.out + result.err);
     return tree["displays"][0]["displayID"].GetUint();
 }
 
@@ -61,7 +61,8 @@ Process ScreenTest::start(std::vector<std::string> arguments, Surroundings surro
     return Process(arguments, surroundings);
 }
 
-Ending ScreenTest::run(const std::vector<std::string> &arguments, const std::string &input) const {
+ProcessResult ScreenTest::run(const std::vector<std::string> &arguments,
+                              const std::string &input) const {
     return start(arguments, {.input = input}).finish();
 }
 

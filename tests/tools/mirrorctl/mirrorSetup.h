@@ -20,12 +20,12 @@ using Variables = std::map<std::string, std::string>;
 
 // Starts mirrorctl and waits for its end. `variables` are set in its environment, or removed when
 // empty; `input` is its standard input.
-Ending mirrorctl(std::vector<std::string> arguments, const Variables &variables = {},
-                 const std::string &input = "");
+ProcessResult mirrorctl(std::vector<std::string> arguments, const Variables &variables = {},
+                        const std::string &input = "");
 
 // Runs `mirrorctl doctor` on an X server, in whatever session the tests run.
-Ending doctor(const std::string &server, std::vector<std::string> arguments = {},
-              Variables variables = {}, const std::string &input = "");
+ProcessResult doctor(const std::string &server, std::vector<std::string> arguments = {},
+                     Variables variables = {}, const std::string &input = "");
 
 // The variables that replace the library with one that has display 5 and refuses `function`; see
 // refusingLibrary.cpp.
@@ -52,7 +52,8 @@ testing::AssertionResult receives(LightReceiver &light, const Datagram &wanted);
 class ScreenTest : public testing::Test {
 protected:
     Process start(std::vector<std::string> arguments, Surroundings surroundings = {}) const;
-    Ending run(const std::vector<std::string> &arguments, const std::string &input = "") const;
+    ProcessResult run(const std::vector<std::string> &arguments,
+                      const std::string &input = "") const;
 
     // lightsText() for the screen.
     std::string lights(const std::string &ip, int mode = 0) const;

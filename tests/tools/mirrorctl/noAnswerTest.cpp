@@ -1,28 +1,28 @@
 // Failures of palette and snapshot, with a library that fails on request.
 #include "tests/tools/mirrorctl/mirrorSetup.h"
 
-using test::Ending;
 using test::lightsText;
 using test::mirrorctl;
+using test::ProcessResult;
 
 namespace {
 
-Ending ask(const std::vector<std::string> &arguments, const std::string &function,
-           const std::string &text) {
+ProcessResult ask(const std::vector<std::string> &arguments, const std::string &function,
+                  const std::string &text) {
     return mirrorctl(arguments, test::refusing(function), text);
 }
 
-Ending askPalette(const std::string &function) {
+ProcessResult askPalette(const std::string &function) {
     return ask({"palette", "-"}, function, lightsText(5, "127.0.58.9"));
 }
 
-Ending askSnapshot(const std::string &function, int mode = 0) {
+ProcessResult askSnapshot(const std::string &function, int mode = 0) {
     return ask({"snapshot", "-", "--seconds", "0.1"}, function, lightsText(5, "127.0.58.9", mode));
 }
 
-void expectFailure(const Ending &ending, int status, const std::string &message) {
-    EXPECT_EQ(ending.out, "");
-    test::expectErrors(ending, status, {message});
+void expectFailure(const ProcessResult &result, int status, const std::string &message) {
+    EXPECT_EQ(result.out, "");
+    test::expectErrors(result, status, {message});
 }
 
 } // namespace
@@ -84,22 +84,23 @@ TEST(MirrorctlNoAnswer, LightIsBelievedAlthoughBlackIsDueToBe) {
 }
 
 TEST(MirrorctlNoAnswer, AFrameThatShowsTheScreenToSomePanelsIsNoAnswer) {
-    const Ending ending = ask({"snapshot", "-"}, "wholeness",
-                              R"({"displayID": 5, "mode": 0, "devices": [{"ip": "127.0.58.9",
+    const ProcessResult result = ask({"snapshot", "-"}, "wholeness",
+                                     R"({"displayID": 5, "mode": 0, "devices": [{"ip": "127.0.58.9",
                                   "controlVersion": 2, "shapeType": 0, "scaleFactor": 1,
                                   "panels": [{"panelID": 17, "centroidX": 100, "centroidY": 100},
                                              {"panelID": 18, "centroidX": 200, "centroidY": 100}]}]})");
-    test::expectOutput(ending, 0, {"     17  #ffff00\n", "     18  #ffff00\n"});
+    test::expectOutput(result, 0, {"     17  #ffff00\n", "     18  #ffff00\n"});
 }
 
 // On standard output, the library's messages would make the result unreadable for programs.
 TEST(MirrorctlNoAnswer, LibraryMessagesGoToStandardError) {
-    EXPECT_EQ(askPalette("silence"), (Ending{0, "{\"palette\":[{\"R\":255,\"G\":255,\"B\":0}]}\n",
-                                             "The library talks.\n"}));
+    EXPECT_EQ(askPalette("silence"),
+              (ProcessResult{0, "{\"palette\":[{\"R\":255,\"G\":255,\"B\":0}]}\n",
+                             "The library talks.\n"}));
     EXPECT_EQ(ask({"snapshot", "-", "--json"}, "silence", lightsText(5, "127.0.58.9")),
-              (Ending{0,
-                      R"({"numDevices":1,"devices":[{"ip":"127.0.58.9",)"
-                      R"("animData":"1 17 1 255 255 0 0 5"}]})"
-                      "\n",
-                      "The library talks.\n"}));
+              (ProcessResult{0,
+                             R"({"numDevices":1,"devices":[{"ip":"127.0.58.9",)"
+                             R"("animData":"1 17 1 255 255 0 0 5"}]})"
+                             "\n",
+                             "The library talks.\n"}));
 }

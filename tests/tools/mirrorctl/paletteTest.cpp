@@ -3,8 +3,8 @@
 #include <optional>
 #include <stdexcept>
 
-using test::Ending;
 using test::LightReceiver;
+using test::ProcessResult;
 
 namespace {
 
@@ -22,10 +22,10 @@ protected:
     // The command's output on a terminal; expects exit status 0.
     std::string onTerminal(const std::vector<std::string> &arguments,
                            const test::Variables &variables = {}) const {
-        const Ending ending =
+        const ProcessResult result =
             start(arguments, {.variables = variables, .terminal = test::TerminalSize()}).finish();
-        EXPECT_EQ(ending.status, 0) << ending.out;
-        return ending.out;
+        EXPECT_EQ(result.status, 0) << result.out;
+        return result.out;
     }
 };
 
@@ -36,15 +36,15 @@ TEST_F(MirrorctlPalette, PrintsTheLibrarysTextOffATerminal) {
     const std::string file = folder.write("lights.json", lights("127.0.58.20", 2));
     for (const auto &arguments : {std::vector<std::string>{"palette", file},
                                   std::vector<std::string>{"palette", file, "--json"}})
-        EXPECT_EQ(run(arguments), (Ending{0, redAndBlue + "\n", ""}));
+        EXPECT_EQ(run(arguments), (ProcessResult{0, redAndBlue + "\n", ""}));
 }
 
 TEST_F(MirrorctlPalette, LeavesTheLightsAlone) {
     drawRedAndBlue();
     LightReceiver light("127.0.58.21", 60222);
     for (int mode = 0; mode < 4; ++mode) {
-        const Ending ending = run({"palette", "-"}, lights("127.0.58.21", mode));
-        EXPECT_EQ(ending.out, redAndBlue + "\n") << ending.err;
+        const ProcessResult result = run({"palette", "-"}, lights("127.0.58.21", mode));
+        EXPECT_EQ(result.out, redAndBlue + "\n") << result.err;
     }
     // Loopback delivers before a send returns, so everything sent has arrived.
     EXPECT_FALSE(light.next(std::chrono::milliseconds(0)));
@@ -58,8 +58,8 @@ TEST_F(MirrorctlPalette, SendsNothingToWhoeverListensHere) {
         GTEST_SKIP() << "another program has the port: " << error.what();
     }
     drawRedAndBlue();
-    const Ending ending = run({"palette", "-"}, lights("127.0.58.24"));
-    EXPECT_EQ(ending.out, redAndBlue + "\n") << ending.err;
+    const ProcessResult result = run({"palette", "-"}, lights("127.0.58.24"));
+    EXPECT_EQ(result.out, redAndBlue + "\n") << result.err;
     EXPECT_FALSE(bystander->next(std::chrono::milliseconds(0)));
 }
 
@@ -69,27 +69,27 @@ TEST_F(MirrorctlPalette, NeedsNoLightsAtAll) {
                                                            std::to_string(display) +
                                                            R"(, "mode": 0, "devices": []})"};
     for (const std::string &document : documents) {
-        const Ending ending = run({"palette", "-"}, document);
-        EXPECT_EQ(ending.status, 0) << ending.err;
-        EXPECT_EQ(ending.out, redAndBlue + "\n");
+        const ProcessResult result = run({"palette", "-"}, document);
+        EXPECT_EQ(result.status, 0) << result.err;
+        EXPECT_EQ(result.out, redAndBlue + "\n");
     }
 }
 
 TEST_F(MirrorctlPalette, BelievesABlackScreenInTheEnd) {
-    const Ending ending = run({"palette", "-"}, lights("127.0.58.22"));
-    EXPECT_EQ(ending.status, 0) << ending.err;
-    EXPECT_EQ(ending.out, "{\"palette\":[{\"R\":0,\"G\":0,\"B\":0}]}\n");
+    const ProcessResult result = run({"palette", "-"}, lights("127.0.58.22"));
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(result.out, "{\"palette\":[{\"R\":0,\"G\":0,\"B\":0}]}\n");
 }
 
 TEST_F(MirrorctlPalette, WaitsForAFrameThatComesLate) {
     drawRedAndBlue();
-    const Ending ending =
+    const ProcessResult result =
         start({"palette", "-"},
               {.variables = {{"LD_PRELOAD", LATE_FRAMES}, {"LATE_FRAMES", "2500"}},
                .input = lights("127.0.58.25")})
             .finish();
-    EXPECT_EQ(ending.status, 0) << ending.err;
-    EXPECT_EQ(ending.out, redAndBlue + "\n");
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(result.out, redAndBlue + "\n");
 }
 
 TEST_F(MirrorctlPalette, ShowsSwatchesOnATerminal) {

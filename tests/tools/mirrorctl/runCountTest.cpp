@@ -8,9 +8,9 @@
 #include <sstream>
 
 using test::contains;
-using test::Ending;
 using test::LightReceiver;
 using test::Process;
+using test::ProcessResult;
 
 namespace {
 
@@ -36,11 +36,12 @@ std::size_t received(LightReceiver &light) {
 
 TEST_F(MirrorctlRunCount, CountsEveryFrameThatTheLightReceived) {
     LightReceiver light("127.0.58.70", 60222);
-    const Ending ending = run({"run", "-", "--seconds", "2.2", "--json"}, lights("127.0.58.70"));
-    ASSERT_EQ(ending.status, 0) << ending.err;
-    EXPECT_EQ(ending.err, "");
-    const auto lines = jsonLines(ending.out);
-    ASSERT_GE(lines.size(), 3u) << ending.out; // a busy machine may miss a report
+    const ProcessResult result =
+        run({"run", "-", "--seconds", "2.2", "--json"}, lights("127.0.58.70"));
+    ASSERT_EQ(result.status, 0) << result.err;
+    EXPECT_EQ(result.err, "");
+    const auto lines = jsonLines(result.out);
+    ASSERT_GE(lines.size(), 3u) << result.out; // a busy machine may miss a report
     EXPECT_STREQ(lines[0]["event"].GetString(), "started");
     EXPECT_STREQ(lines[1]["event"].GetString(), "running");
     const auto &end = lines.back();
@@ -61,9 +62,9 @@ TEST_F(MirrorctlRunCount, CountsChangesOfColour) {
     screen.fill(0x0000FF);
     ASSERT_TRUE(light.next());
     program.signal(SIGINT);
-    const Ending ending = program.finish();
+    const ProcessResult result = program.finish();
     const std::size_t frames = 2 + received(light);
-    test::expectOutput(ending, 0,
+    test::expectOutput(result, 0,
                        {"Sent " + std::to_string(frames) + " frames to every device.\n"});
 }
 
@@ -81,18 +82,18 @@ TEST_F(MirrorctlRunCount, ShowsSignsOfLifeInPaletteMode) {
 }
 
 TEST_F(MirrorctlRunCount, HandsOverTheDocumentAsItIsWhenTold) {
-    const Ending ending =
+    const ProcessResult result =
         run({"run", "-", "--seconds", "0.3", "--no-count"}, lights("127.0.58.73"));
-    EXPECT_EQ(ending.status, 0) << ending.err;
-    EXPECT_FALSE(contains(ending.out, "Sent"));
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_FALSE(contains(result.out, "Sent"));
 }
 
 TEST_F(MirrorctlRunCount, TellsWhatTheLibraryReports) {
-    const Ending ending =
+    const ProcessResult result =
         test::mirrorctl({"run", "-", "--seconds", "0.1"}, test::refusing("socket not connected"),
                         test::lightsText(5, "127.0.58.74"));
-    EXPECT_EQ(ending.err, "socket not connected\n");
-    test::expectOutput(ending, 0,
+    EXPECT_EQ(result.err, "socket not connected\n");
+    test::expectOutput(result, 0,
                        {"The library reported 1 error, the last: socket not connected\n"});
 }
 
@@ -106,11 +107,11 @@ TEST_F(MirrorctlRunCount, IsLiveOnATerminal) {
     process.waitFor("/s  jitter ");
     process.waitFor("  no error");
     process.type("\x03");
-    Ending ending = process.finish();
+    ProcessResult result = process.finish();
     // The terminal echoes the key somewhere in the program's output.
-    if (const auto echo = ending.out.find("^C"); echo != std::string::npos)
-        ending.out.erase(echo, 2);
-    test::expectOutput(ending, 0,
+    if (const auto echo = result.out.find("^C"); echo != std::string::npos)
+        result.out.erase(echo, 2);
+    test::expectOutput(result, 0,
                        {"Stopping: Interrupt.\r\nMirrored display ", " frames to every device, "});
 }
 

@@ -1,29 +1,30 @@
 #include "tests/tools/mirrorctl/mirrorSetup.h"
 
 using test::contains;
-using test::Ending;
 using test::expectErrors;
 using test::lightsText;
 using test::mirrorctl;
+using test::ProcessResult;
 
-static Ending runRefused(const std::string &text, const std::string &function) {
+static ProcessResult runRefused(const std::string &text, const std::string &function) {
     return mirrorctl({"run", "-", "--seconds", "0.01"}, test::refusing(function), text);
 }
 
 TEST(MirrorctlRunFailure, NamesFilesThatCannotBeRead) {
-    EXPECT_EQ(mirrorctl({"run", "/no/such.json"}),
-              (Ending{66, "", "/no/such.json: cannot be read: No such file or directory\n"}));
+    EXPECT_EQ(
+        mirrorctl({"run", "/no/such.json"}),
+        (ProcessResult{66, "", "/no/such.json: cannot be read: No such file or directory\n"}));
     EXPECT_EQ(mirrorctl({"run", "/tmp"}),
-              (Ending{66, "", "/tmp: cannot be read: Is a directory\n"}));
+              (ProcessResult{66, "", "/tmp: cannot be read: Is a directory\n"}));
 }
 
 TEST(MirrorctlRunFailure, PrintsEveryFaultOfTheDocument) {
     const test::Folder folder;
     const std::string file =
         folder.write("a.json", R"({"displayID": 2.5, "mode": 0, "devices": [{}]})");
-    const Ending ending = mirrorctl({"run", file});
-    EXPECT_EQ(ending.status, 65);
-    EXPECT_EQ(ending.out, "");
+    const ProcessResult result = mirrorctl({"run", file});
+    EXPECT_EQ(result.status, 65);
+    EXPECT_EQ(result.out, "");
     const std::string expected[] = {
         "column 2: /displayID: expected an integer that fits 32 bits, found 2.5\n"
         "    To fix it: round it, to 3.\n",
@@ -39,18 +40,19 @@ TEST(MirrorctlRunFailure, PrintsEveryFaultOfTheDocument) {
     };
     std::size_t at = 0;
     for (const auto &problem : expected) {
-        at = ending.err.find(problem, at);
-        EXPECT_NE(at, std::string::npos) << problem << " in\n" << ending.err;
+        at = result.err.find(problem, at);
+        EXPECT_NE(at, std::string::npos) << problem << " in\n" << result.err;
     }
-    EXPECT_TRUE(ending.err.starts_with(file + ": line 1, column 2: ")) << ending.err;
+    EXPECT_TRUE(result.err.starts_with(file + ": line 1, column 2: ")) << result.err;
 }
 
 TEST(MirrorctlRunFailure, PlacesSyntaxErrors) {
-    EXPECT_EQ(mirrorctl({"run", "-"}, {}, "{\n  \"mode\": }"),
-              (Ending{65, "",
-                      "standard input: line 2, column 11: Invalid value.\n"
-                      "    To fix it: a value is a number, a text in \"quotes\", [...], {...}, "
-                      "true, false or null.\n"}));
+    EXPECT_EQ(
+        mirrorctl({"run", "-"}, {}, "{\n  \"mode\": }"),
+        (ProcessResult{65, "",
+                       "standard input: line 2, column 11: Invalid value.\n"
+                       "    To fix it: a value is a number, a text in \"quotes\", [...], {...}, "
+                       "true, false or null.\n"}));
 }
 
 TEST(MirrorctlRunFailure, RefusesModesThatDoNotExist) {
@@ -61,7 +63,7 @@ TEST(MirrorctlRunFailure, RefusesModesThatDoNotExist) {
             std::to_string(mode) +
             "; a run in any other mode ends at once\n    To fix it: choose one of these four.\n";
         EXPECT_EQ(mirrorctl({"run", "-"}, {}, lightsText(5, "127.0.40.1", mode)),
-                  (Ending{65, "", message}));
+                  (ProcessResult{65, "", message}));
     }
 }
 
@@ -90,7 +92,7 @@ TEST(MirrorctlRunFailure, ListsTheDisplaysThatAreThere) {
             "\n    To fix it: choose one of them; no other is ever taken in its place.\n";
         EXPECT_EQ(mirrorctl({"run", "-"}, {{"DISPLAY", screen.display()}},
                             lightsText(wanted, "127.0.40.1")),
-                  (Ending{69, "", message}));
+                  (ProcessResult{69, "", message}));
     }
 }
 
@@ -106,16 +108,16 @@ TEST(MirrorctlRunFailure, NamesAddressAndDisplayAtOnce) {
 }
 
 TEST(MirrorctlRunFailure, ExplainsRefusedCapture) {
-    const Ending ending = runRefused(lightsText(5, "127.0.40.1"), "setMirrorConfig");
-    expectErrors(ending, 77, {"Capturing display 5 was refused.\n"});
-    EXPECT_EQ(ending.out, "");
+    const ProcessResult result = runRefused(lightsText(5, "127.0.40.1"), "setMirrorConfig");
+    expectErrors(result, 77, {"Capturing display 5 was refused.\n"});
+    EXPECT_EQ(result.out, "");
 }
 
 TEST(MirrorctlRunFailure, ExplainsRefusedStarts) {
-    const Ending refused = runRefused(lightsText(5, "127.0.40.1"), "startMirror");
+    const ProcessResult refused = runRefused(lightsText(5, "127.0.40.1"), "startMirror");
     EXPECT_EQ(refused.status, 71);
     EXPECT_EQ(refused.err, "Mirroring could not be started.\n");
-    const Ending stuck = runRefused(lightsText(5, "127.0.40.1"), "stopMirror");
+    const ProcessResult stuck = runRefused(lightsText(5, "127.0.40.1"), "stopMirror");
     EXPECT_EQ(stuck.status, 70);
     EXPECT_EQ(stuck.err, "Mirroring could not be stopped properly.\n");
 }
@@ -125,9 +127,9 @@ TEST(MirrorctlRunFailure, NeedsADevice) {
     const auto there = std::to_string(test::onlyDisplay(screen.display()));
     EXPECT_EQ(mirrorctl({"run", "-"}, {{"DISPLAY", screen.display()}},
                         R"({"displayID": )" + there + R"(, "mode": 0, "devices": []})"),
-              (Ending{71, "",
-                      "Mirroring could not be started: the document has no devices.\n"
-                      "No devices.\n"}));
+              (ProcessResult{71, "",
+                             "Mirroring could not be started: the document has no devices.\n"
+                             "No devices.\n"}));
 }
 
 TEST(MirrorctlRunFailure, NoticesRunsThatEndByThemselves) {

@@ -3,9 +3,9 @@
 
 #include <csignal>
 
-using test::Ending;
 using test::LightReceiver;
 using test::Process;
+using test::ProcessResult;
 
 namespace {
 
@@ -31,9 +31,9 @@ protected:
                 transition = (*datagram)[8] << 8 | (*datagram)[9];
         }
         program.signal(SIGINT);
-        const Ending ending = program.finish();
-        EXPECT_EQ(ending.status, 0) << ending.err;
-        EXPECT_EQ(ending.err, "");
+        const ProcessResult result = program.finish();
+        EXPECT_EQ(result.status, 0) << result.err;
+        EXPECT_EQ(result.err, "");
         return transition;
     }
 };
@@ -70,10 +70,10 @@ TEST_F(MirrorctlRunModes, MendsAModeThatDoesNotExist) {
 
 TEST_F(MirrorctlRunModes, DoesNotExcuseAModeThatIsMissing) {
     const std::string file = folder.write("lights.json", R"({"displayID": 5, "devices": []})");
-    const Ending ending = run({"run", file, "--mode", "fade"});
-    EXPECT_EQ(ending.status, 65);
-    EXPECT_TRUE(ending.err.starts_with(file +
+    const ProcessResult result = run({"run", file, "--mode", "fade"});
+    EXPECT_EQ(result.status, 65);
+    EXPECT_TRUE(result.err.starts_with(file +
                                        ": line 1, column 1: /mode: expected an integer that fits "
                                        "32 bits, found no member of this name\n"))
-        << ending.err;
+        << result.err;
 }

@@ -7,10 +7,10 @@
 #include <optional>
 
 using test::contains;
-using test::Ending;
 using test::greenPanel;
 using test::LightReceiver;
 using test::Process;
+using test::ProcessResult;
 using test::receives;
 using test::redPanel;
 
@@ -96,9 +96,9 @@ TEST_F(MirrorctlRunServer, TellsAHungServerFromADeadOne) {
     screen.fill(0x00FF00);
     EXPECT_TRUE(receives(*light, greenPanel));
     program->signal(SIGINT);
-    const Ending ending = program->finish();
-    EXPECT_EQ(ending.status, 0) << ending.err;
-    EXPECT_FALSE(contains(ending.out, "serverGone"));
+    const ProcessResult result = program->finish();
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_FALSE(contains(result.out, "serverGone"));
 }
 
 TEST_F(MirrorctlRunServer, IsStoppedWhileTheServerHangs) {
@@ -107,10 +107,10 @@ TEST_F(MirrorctlRunServer, IsStoppedWhileTheServerHangs) {
     program->waitForError(server("does not answer."));
     const auto sent = std::chrono::steady_clock::now();
     program->signal(SIGINT);
-    const Ending ending = program->finish();
+    const ProcessResult result = program->finish();
     const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - sent;
     EXPECT_LT(taken.count(), 2.5); // see IsLeftAtOnceOnASignal
-    test::expectOutput(ending, 0, {"Mirrored display "});
+    test::expectOutput(result, 0, {"Mirrored display "});
 }
 
 // Frames are counted by their time of arrival, so the program need not wake up for each frame.

@@ -5,9 +5,9 @@
 #include <csignal>
 
 using test::contains;
-using test::Ending;
 using test::LightReceiver;
 using test::Process;
+using test::ProcessResult;
 using test::receives;
 using test::redPanel;
 
@@ -24,10 +24,10 @@ protected:
                         " in match mode onto 1 device with 1 panel. Ctrl-C stops.\n");
         EXPECT_TRUE(receives(light, redPanel));
         program.signal(signal);
-        const Ending ending = program.finish();
-        test::expectOutput(ending, 0,
+        const ProcessResult result = program.finish();
+        test::expectOutput(result, 0,
                            {"Stopping: ", "Mirrored display " + std::to_string(display) + " for "});
-        EXPECT_EQ(ending.err, "");
+        EXPECT_EQ(result.err, "");
     }
 };
 
@@ -44,11 +44,11 @@ TEST_F(MirrorctlRun, LightsADeviceForSomeSeconds) {
     const std::string file = folder.write("lights.json", lights("127.0.40.11"));
     Process program = start({"run", file, "--seconds", "3"});
     EXPECT_TRUE(receives(light, redPanel));
-    const Ending ending = program.finish();
-    test::expectOutput(ending, 0, {" s onto 1 device with 1 panel.\n"});
-    EXPECT_EQ(ending.err, "");
-    EXPECT_GE(secondsIn(ending.out), 3.0) << ending.out;
-    EXPECT_FALSE(contains(ending.out, "Stopping"));
+    const ProcessResult result = program.finish();
+    test::expectOutput(result, 0, {" s onto 1 device with 1 panel.\n"});
+    EXPECT_EQ(result.err, "");
+    EXPECT_GE(secondsIn(result.out), 3.0) << result.out;
+    EXPECT_FALSE(contains(result.out, "Stopping"));
 }
 
 TEST_F(MirrorctlRun, EndsCleanlyOnControlC) {
@@ -74,10 +74,10 @@ TEST_F(MirrorctlRun, GoesOnWhenHangUpWasIgnored) {
                             {.input = lights("127.0.40.16"), .ignoredSignal = SIGHUP});
     ASSERT_TRUE(light.next());
     program.signal(SIGHUP);
-    const Ending ending = program.finish();
-    EXPECT_EQ(ending.status, 0) << ending.err;
-    EXPECT_GE(secondsIn(ending.out), 1.0) << ending.out;
-    EXPECT_FALSE(contains(ending.out, "Stopping"));
+    const ProcessResult result = program.finish();
+    EXPECT_EQ(result.status, 0) << result.err;
+    EXPECT_GE(secondsIn(result.out), 1.0) << result.out;
+    EXPECT_FALSE(contains(result.out, "Stopping"));
 }
 
 TEST_F(MirrorctlRun, StopsWhenToldTwice) {

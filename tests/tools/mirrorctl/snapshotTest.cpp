@@ -1,8 +1,8 @@
 #include "tests/tools/mirrorctl/mirrorSetup.h"
 
 using test::contains;
-using test::Ending;
 using test::LightReceiver;
+using test::ProcessResult;
 
 namespace {
 
@@ -23,7 +23,7 @@ std::string threeDevices(std::uint32_t displayID, const std::string &net, int mo
 
 class MirrorctlSnapshot : public test::ScreenTest {
 protected:
-    Ending snapshot(const std::string &text, std::vector<std::string> options = {}) const {
+    ProcessResult snapshot(const std::string &text, std::vector<std::string> options = {}) const {
         options.insert(options.begin(), {"snapshot", "-"});
         return run(options, text);
     }
@@ -37,14 +37,14 @@ TEST_F(MirrorctlSnapshot, ListsWhatEachDeviceWasSent) {
     screen.fillRect(0, 0, 300, 200, 0xFF0000);
     screen.fillRect(300, 0, 340, 200, 0x00FF00);
     const std::string text = threeDevices(display, "127.0.58.3", 0);
-    EXPECT_EQ(snapshot(text), (Ending{0,
-                                      "device  address            panel  colour\n"
-                                      "     0  127.0.58.31:60221     44  #ff0000\n"
-                                      "     0  127.0.58.31:60221      2  #00ff00\n"
-                                      "     1  127.0.58.32:60222    300  #0000ff\n"
-                                      "     2  127.0.58.33:60222      -  no panels\n",
-                                      ""}));
-    const Ending json = snapshot(text, {"--json"});
+    EXPECT_EQ(snapshot(text), (ProcessResult{0,
+                                             "device  address            panel  colour\n"
+                                             "     0  127.0.58.31:60221     44  #ff0000\n"
+                                             "     0  127.0.58.31:60221      2  #00ff00\n"
+                                             "     1  127.0.58.32:60222    300  #0000ff\n"
+                                             "     2  127.0.58.33:60222      -  no panels\n",
+                                             ""}));
+    const ProcessResult json = snapshot(text, {"--json"});
     EXPECT_EQ(json.status, 0) << json.err;
     EXPECT_EQ(json.out, R"({"numDevices":3,"devices":[)"
                         R"({"ip":"127.0.58.31","animData":"2 44 1 255 0 0 0 5 2 1 0 255 0 0 5"},)"
@@ -56,8 +56,8 @@ TEST_F(MirrorctlSnapshot, ListsWhatEachDeviceWasSent) {
 TEST_F(MirrorctlSnapshot, LightsTheDevices) {
     screen.fill(0xFF0000);
     LightReceiver light("127.0.58.40", 60222);
-    const Ending ending = snapshot(lights("127.0.58.40"));
-    EXPECT_EQ(ending.status, 0) << ending.err;
+    const ProcessResult result = snapshot(lights("127.0.58.40"));
+    EXPECT_EQ(result.status, 0) << result.err;
     std::optional<test::Datagram> last;
     while (const auto datagram = light.next(std::chrono::milliseconds(0)))
         last = datagram;
@@ -69,9 +69,9 @@ TEST_F(MirrorctlSnapshot, ShowsTheFirstColourOfMeltAndFade) {
     const std::string wanted = "device  address            panel  colour\n"
                                "     0  127.0.58.41:60222     17  #ff0000\n";
     for (const int mode : {1, 2}) {
-        const Ending ending = snapshot(lights("127.0.58.41", mode));
-        EXPECT_EQ(ending.status, 0) << ending.err;
-        EXPECT_EQ(ending.out, wanted);
+        const ProcessResult result = snapshot(lights("127.0.58.41", mode));
+        EXPECT_EQ(result.status, 0) << result.err;
+        EXPECT_EQ(result.out, wanted);
     }
 }
 
@@ -86,10 +86,10 @@ TEST_F(MirrorctlSnapshot, WaitsForTheScreenToChange) {
 TEST_F(MirrorctlSnapshot, SaysWhyNothingCame) {
     const std::string names[] = {"melt", "fade"};
     for (const int mode : {1, 2}) {
-        const Ending ending = snapshot(lights("127.0.58.43", mode), {"--seconds", "0.1"});
-        EXPECT_EQ(ending.out, "");
+        const ProcessResult result = snapshot(lights("127.0.58.43", mode), {"--seconds", "0.1"});
+        EXPECT_EQ(result.out, "");
         // The library's wait of one second may take longer on a busy machine.
-        test::expectErrors(ending, 75,
+        test::expectErrors(result, 75,
                            {"No snapshot: nothing was sent in " + names[mode - 1] + " mode within ",
                             "only when the screen's dominant colour changes"});
     }
@@ -113,20 +113,22 @@ TEST_F(MirrorctlSnapshot, WaitsForAFrameThatComesLate) {
 
 TEST_F(MirrorctlSnapshot, ShowsColoursOfThePalette) {
     screen.fill(0xFF0000);
-    const Ending ending = snapshot(threeDevices(display, "127.0.58.5", 3), {"--seconds", "30"});
+    const ProcessResult result =
+        snapshot(threeDevices(display, "127.0.58.5", 3), {"--seconds", "30"});
     // Which panels this frame contains is random.
-    test::expectOutput(ending, 0,
+    test::expectOutput(result, 0,
                        {"#ff0000\n", "     0  127.0.58.51:60221", "     1  127.0.58.52:60222",
                         "     2  127.0.58.53:60222      -  nothing in this frame\n"});
-    EXPECT_FALSE(contains(ending.out, "#000000"));
+    EXPECT_FALSE(contains(result.out, "#000000"));
 }
 
 TEST_F(MirrorctlSnapshot, ShowsSwatchesOnATerminal) {
     screen.fill(0xFF8000);
     const std::string file = folder.write("lights.json", lights("127.0.58.45"));
-    const Ending ending = start({"snapshot", file}, {.terminal = test::TerminalSize()}).finish();
-    EXPECT_EQ(ending.status, 0) << ending.out;
-    EXPECT_EQ(ending.out, "device  address            panel  colour\r\n"
+    const ProcessResult result =
+        start({"snapshot", file}, {.terminal = test::TerminalSize()}).finish();
+    EXPECT_EQ(result.status, 0) << result.out;
+    EXPECT_EQ(result.out, "device  address            panel  colour\r\n"
                           "     0  127.0.58.45:60222     17  \x1b[48;2;255;128;0m    \x1b[0m "
                           "#ff8000\r\n");
 }

@@ -23,7 +23,7 @@ TEST_F(PanelwallErrors, Help) {
 }
 
 TEST_F(PanelwallErrors, Version) {
-    EXPECT_EQ(run({"--version"}), (Ending{0, "panelwall " PROJECT_VERSION "\n", ""}));
+    EXPECT_EQ(run({"--version"}), (ProcessResult{0, "panelwall " PROJECT_VERSION "\n", ""}));
 }
 
 TEST_F(PanelwallErrors, Files) {

@@ -43,12 +43,12 @@ TEST_F(PanelwallRecord, OfTheLibrarySentAgainIsTheSame) {
     {
         Process wall = start({document, "--record", again});
         wall.waitFor("listening: device 1");
-        const Ending replay = run({"--replay", original, "--send", "--speed", "2"});
+        const ProcessResult replay = run({"--replay", original, "--send", "--speed", "2"});
         EXPECT_EQ(replay.status, 0) << replay.err;
         wall.waitFor("malformed 1");
         end(wall);
     }
-    const Ending comparison = run({"--compare", original, again});
+    const ProcessResult comparison = run({"--compare", original, again});
     expectOutput(comparison, 0, {"the same: 2 devices\n", "of them malformed 1 and 1; "});
     EXPECT_FALSE(contains(comparison.out, " 0 the same, "));
 }

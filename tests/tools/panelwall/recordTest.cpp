@@ -102,9 +102,9 @@ TEST_F(PanelwallReplay, PlaysADamagedRecordingUpToItsFault) {
         record(wideDevices({"127.0.45.16"}),
                {{0, microseconds(0), panelOne(9)}, {0, microseconds(1000), panelOne(9)}}, 20'000);
     const auto file = folder.write("a.wall", whole.substr(0, whole.size() - 10));
-    const Ending ending = run({"--replay", file});
-    expectOutput(ending, 7, {"total 1\n"});
-    EXPECT_TRUE(contains(ending.err, "panelwall: " + file + ": ends at byte "));
+    const ProcessResult result = run({"--replay", file});
+    expectOutput(result, 7, {"total 1\n"});
+    EXPECT_TRUE(contains(result.err, "panelwall: " + file + ": ends at byte "));
 }
 
 TEST_F(PanelwallReplay, SendsToTheConfigurationsDevicesInsteadOfTheRecorded) {
@@ -126,19 +126,19 @@ TEST_F(PanelwallReplay, SendsBeyondThisMachineOnlyWhenAsked) {
     const auto file =
         folder.write("a.wall", record(wideDevices({"127.0.45.18", "192.0.2.7"}), {}, 10));
     expectErrors(run({"--replay", file, "--send"}), 5, {"/devices/1/ip: "});
-    const Ending sent = run({"--replay", file, "--send", "--anywhere"});
+    const ProcessResult sent = run({"--replay", file, "--send", "--anywhere"});
     EXPECT_EQ(sent.status, 0);
     EXPECT_EQ(sent.err, "");
-    const Ending shown = run({"--replay", file});
+    const ProcessResult shown = run({"--replay", file});
     EXPECT_EQ(shown.status, 0);
     EXPECT_EQ(shown.err, "");
 }
 
 TEST_F(PanelwallReplay, AnAddressCannotReachTheTerminal) {
     const auto file = folder.write("a.wall", record(wideDevices({"\x1b[2J"}), {}, 10));
-    const Ending ending = run({"--replay", file});
-    EXPECT_EQ(ending.status, 5);
-    EXPECT_FALSE(contains(ending.out + ending.err, "\x1b"));
+    const ProcessResult result = run({"--replay", file});
+    EXPECT_EQ(result.status, 5);
+    EXPECT_FALSE(contains(result.out + result.err, "\x1b"));
 }
 
 TEST_F(PanelwallReplay, SaysWhatIsWrongWithFilesAndOptions) {
@@ -153,9 +153,9 @@ TEST_F(PanelwallReplay, SaysWhatIsWrongWithFilesAndOptions) {
     expectErrors(run({config, "--replay", file}), 4,
                  {"expected 2 devices as in the recording, found 1"});
     const auto refuses = [](const std::vector<std::string> &arguments) {
-        const Ending ending = run(arguments);
-        EXPECT_EQ(ending.status, 2) << arguments.back();
-        EXPECT_NE(ending.err, "") << arguments.back();
+        const ProcessResult result = run(arguments);
+        EXPECT_EQ(result.status, 2) << arguments.back();
+        EXPECT_NE(result.err, "") << arguments.back();
     };
     for (const char *speed : {"0", "-1", "fast", "1e9", "nan"})
         refuses({"--replay", file, "--speed", speed});
@@ -174,9 +174,9 @@ TEST_F(PanelwallCompare, ExitStatusSaysWhetherTheyDiffer) {
     folder.write("other", record(devices, {{0, microseconds(5), panelOne(2)}}, 10));
     folder.write("cut", bytes.substr(0, bytes.size() - 1));
     const auto compare = [&](const std::string &left, const std::string &right, int status) {
-        const Ending ending = run({"--compare", folder.file(left), folder.file(right)});
-        EXPECT_EQ(ending.status, status) << ending.out << ending.err;
-        return ending.out + ending.err;
+        const ProcessResult result = run({"--compare", folder.file(left), folder.file(right)});
+        EXPECT_EQ(result.status, status) << result.out << result.err;
+        return result.out + result.err;
     };
     EXPECT_TRUE(contains(compare("a", "later", 0), "the same: 1 device\n"));
     EXPECT_TRUE(contains(compare("a", "other", 1), "colour (1, 0, 0) and (2, 0, 0)"));

@@ -25,7 +25,7 @@ Process WallTest::start(std::vector<std::string> arguments, const Surroundings &
     return Process(arguments, surroundings);
 }
 
-Ending WallTest::run(const std::vector<std::string> &arguments) {
+ProcessResult WallTest::run(const std::vector<std::string> &arguments) {
     return start(arguments).finish();
 }
 

@@ -25,7 +25,7 @@ protected:
     static Process start(std::vector<std::string> arguments, const Surroundings &surroundings = {});
 
     // Starts panelwall and waits for its end.
-    static Ending run(const std::vector<std::string> &arguments);
+    static ProcessResult run(const std::vector<std::string> &arguments);
 
     // Ends the program by a signal; expects exit status 0.
     static void end(Process &wall, int signal = SIGINT);
