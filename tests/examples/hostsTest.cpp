@@ -73,10 +73,10 @@ protected:
     }
 
     static test::Process run(const std::vector<std::string> &arguments,
-                             const test::Surroundings &surroundings = {}) {
+                             const test::LaunchOptions &options = {}) {
         std::vector<std::string> command = GetParam().command;
         command.insert(command.end(), arguments.begin(), arguments.end());
-        return test::Process(command, surroundings);
+        return test::Process(command, options);
     }
 
     // The host's standard error, without the warnings of Java's libjsig about calls of signal().

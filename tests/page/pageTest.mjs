@@ -33,7 +33,7 @@ afterEach(async () => {
 // warning.
 const complaints = [];
 async function open(url, { width = 800, height = 1000, scheme = "light" } = {}) {
-  const context = setting.context ?? (await setting.surroundings());
+  const context = setting.context ?? (await setting.newContext());
   const page = await context.newPage();
   await page.setViewportSize({ width, height });
   await page.emulateMedia({ colorScheme: scheme });
@@ -329,7 +329,7 @@ test("two colours taking turns show as stripes in the last minute", async () => 
 test("the page repaints at most sixty times a second whatever comes", async () => {
   const ip = "127.0.72.10";
   const wall = await setting.wall(configuration([device(ip, 2, [[1, 100, 100]])]));
-  const context = await setting.surroundings();
+  const context = await setting.newContext();
   // Simulates a display with 250 frames a second, and counts the repaints.
   await context.addInitScript(() => {
     window.requestAnimationFrame = (callback) =>
@@ -501,7 +501,7 @@ test("the link in a private file leads to the page", async () => {
   const link = setting.write("page.html", "");
   const wall = await setting.wall(configuration([device("127.0.72.21", 2, [[1, 160, 240]])]),
     ["--web-link", link]);
-  const page = await (await setting.surroundings()).newPage();
+  const page = await (await setting.newContext()).newPage();
   await page.goto(`file://${link}`);
   await page.waitForURL(wall.url);
   await page.waitForFunction(() => window.panelwall?.events > 0);

@@ -143,7 +143,7 @@ export class Setting {
   }
 
   // A separate browser context: it shares no storage or cache with other tests.
-  async surroundings() {
+  async newContext() {
     this.context = await (await browser()).newContext();
     return this.context;
   }

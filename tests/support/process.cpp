@@ -88,26 +88,26 @@ void PrintTo(const ProcessResult &result, std::ostream *stream) {
     *stream << "status " << result.status << ", output\n" << result.out << "errors\n" << result.err;
 }
 
-Process::Process(std::vector<std::string> command, const Surroundings &surroundings)
-    : name(command.at(0)), patience(surroundings.patience) {
-    std::map<std::string, std::string> wanted = surroundings.variables;
-    if (surroundings.terminal)
+Process::Process(std::vector<std::string> command, const LaunchOptions &options)
+    : name(command.at(0)), patience(options.patience) {
+    std::map<std::string, std::string> wanted = options.variables;
+    if (options.terminal)
         wanted.emplace("TERM", "xterm-256color");
     std::vector<std::string> lines = variablesWith(wanted);
     const std::vector<char *> words = pointersTo(command);
     const std::vector<char *> variables = pointersTo(lines);
     const auto becomeProgram = [&, parent = getpid()] {
-        execute(words.data(), variables.data(), surroundings.ignoredSignal, parent);
+        execute(words.data(), variables.data(), options.ignoredSignal, parent);
     };
-    if (surroundings.terminal) {
-        const winsize size = winsizeOf(*surroundings.terminal);
+    if (options.terminal) {
+        const winsize size = winsizeOf(*options.terminal);
         child = forkpty(&outFd, nullptr, nullptr, &size);
         if (child == 0)
             becomeProgram();
         if (child > 0)
             fcntl(outFd, F_SETFD, FD_CLOEXEC);
     } else {
-        const int in = inputFile(surroundings.input);
+        const int in = inputFile(options.input);
         int out[2];
         int err[2];
         if (pipe2(out, O_CLOEXEC) != 0 || pipe2(err, O_CLOEXEC) != 0)

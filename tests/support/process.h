@@ -28,8 +28,8 @@ struct TerminalSize {
     int rows = 24;
 };
 
-// The environment in which a program starts.
-struct Surroundings {
+// How a program is started.
+struct LaunchOptions {
     std::map<std::string, std::string> variables = {}; // set, or removed when empty
     std::string input = {};                            // standard input; not used with a terminal
     std::optional<TerminalSize> terminal = {}; // instead of pipes; `out` then holds all output
@@ -44,7 +44,7 @@ class Process {
 public:
     // The program, looked up in PATH, and its arguments. Throws std::runtime_error when it cannot
     // be started; a missing program ends with status 127.
-    explicit Process(std::vector<std::string> command, const Surroundings &surroundings = {});
+    explicit Process(std::vector<std::string> command, const LaunchOptions &options = {});
     // Ends the child (SIGKILL) if it still runs.
     ~Process();
     Process(const Process &) = delete;

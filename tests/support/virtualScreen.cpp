@@ -123,14 +123,14 @@ VirtualScreen::VirtualScreen(int width_, int height_, int depth_,
 
 void VirtualScreen::restart() {
     const ServerKind kind = serverKind();
-    const ServerWish wish{width, height, depth, extraArguments};
-    std::vector<std::string> command = serverCommand(kind, wish);
+    const ServerOptions options{width, height, depth, extraArguments};
+    std::vector<std::string> command = serverCommand(kind, options);
     command.insert(command.begin() + 1, name);
     // The server reports on standard output when it is ready. Its standard error is not needed.
     command.insert(command.begin(), {"/bin/sh", "-c", "exec \"$@\" 2>/dev/null", "sh"});
     server.emplace(command);
     server->waitFor("\n");
-    for (const std::vector<std::string> &size : commandsForSize(kind, wish))
+    for (const std::vector<std::string> &size : commandsForSize(kind, options))
         run(size);
 
     const AnswerDeadline deadline;

@@ -22,24 +22,24 @@ bool has(const std::vector<std::string> &words, const std::string &word) {
     return std::find(words.begin(), words.end(), word) != words.end();
 }
 
-std::string bySize(const ServerWish &wish) {
-    return std::to_string(wish.width) + "x" + std::to_string(wish.height);
+std::string bySize(const ServerOptions &options) {
+    return std::to_string(options.width) + "x" + std::to_string(options.height);
 }
 
-std::vector<std::string> xvnc(const ServerWish &wish) {
-    if (wish.depth != 16 && wish.depth != 24)
-        skipTest("Xvnc has no depth of " + std::to_string(wish.depth));
-    return {"Xvnc",           "-geometry", bySize(wish), "-depth", std::to_string(wish.depth),
+std::vector<std::string> xvnc(const ServerOptions &options) {
+    if (options.depth != 16 && options.depth != 24)
+        skipTest("Xvnc has no depth of " + std::to_string(options.depth));
+    return {"Xvnc",           "-geometry", bySize(options), "-depth", std::to_string(options.depth),
             "-rfbport",       "-1", // no viewers
             "-SecurityTypes", "None"};
 }
 
-std::vector<std::string> xorg(const ServerWish &wish) {
-    if (wish.depth != 16 && wish.depth != 24 && wish.depth != 30)
-        skipTest("Xorg's dummy driver has no depth of " + std::to_string(wish.depth));
-    if (wish.width < 64 || wish.height < 64)
-        skipTest("Xorg's dummy driver has no screen of " + bySize(wish));
-    if (has(wish.extraArguments, "RANDR"))
+std::vector<std::string> xorg(const ServerOptions &options) {
+    if (options.depth != 16 && options.depth != 24 && options.depth != 30)
+        skipTest("Xorg's dummy driver has no depth of " + std::to_string(options.depth));
+    if (options.width < 64 || options.height < 64)
+        skipTest("Xorg's dummy driver has no screen of " + bySize(options));
+    if (has(options.extraArguments, "RANDR"))
         skipTest("without RANDR Xorg's screen keeps the size that it has at first");
     return {"Xorg",
             "-config",
@@ -47,7 +47,7 @@ std::vector<std::string> xorg(const ServerWish &wish) {
             "-logfile",
             "/dev/null",
             "-depth",
-            std::to_string(wish.depth),
+            std::to_string(options.depth),
             "-novtswitch",
             "-sharevts"};
 }
@@ -66,30 +66,31 @@ ServerKind serverKind() {
     throw std::runtime_error("MIRROR_TEST_SERVER is xvfb, xvnc or xorg, not " + name);
 }
 
-std::vector<std::string> serverCommand(ServerKind kind, const ServerWish &wish) {
-    if (kind != ServerKind::Xvfb && has(wish.extraArguments, "-screen"))
+std::vector<std::string> serverCommand(ServerKind kind, const ServerOptions &options) {
+    if (kind != ServerKind::Xvfb && has(options.extraArguments, "-screen"))
         skipTest("it has one screen");
-    if (kind != ServerKind::Xvfb && has(wish.extraArguments, "-reset"))
+    if (kind != ServerKind::Xvfb && has(options.extraArguments, "-reset"))
         skipTest("it ends instead of resetting, or loses its size between two xrandr commands");
     std::vector<std::string> command;
     if (kind == ServerKind::Xvfb)
-        command = {"Xvfb", "-screen", "0", bySize(wish) + "x" + std::to_string(wish.depth)};
+        command = {"Xvfb", "-screen", "0", bySize(options) + "x" + std::to_string(options.depth)};
     else
-        command = kind == ServerKind::Xvnc ? xvnc(wish) : xorg(wish);
+        command = kind == ServerKind::Xvnc ? xvnc(options) : xorg(options);
     for (const char *word : {"-displayfd", "1", "-nolisten", "tcp", "-noreset"})
         command.emplace_back(word);
-    command.insert(command.end(), wish.extraArguments.begin(), wish.extraArguments.end());
+    command.insert(command.end(), options.extraArguments.begin(), options.extraArguments.end());
     return command;
 }
 
-std::vector<std::vector<std::string>> commandsForSize(ServerKind kind, const ServerWish &wish) {
+std::vector<std::vector<std::string>> commandsForSize(ServerKind kind,
+                                                      const ServerOptions &options) {
     if (kind != ServerKind::Xorg)
         return {};
-    const std::string mode = "test" + bySize(wish);
+    const std::string mode = "test" + bySize(options);
     // The mode's clock; then, for each direction, its size, the start and end of its
     // synchronisation, and its total.
     std::vector<std::string> newMode = {"xrandr", "--newmode", mode, "100"};
-    for (const int length : {wish.width, wish.height})
+    for (const int length : {options.width, options.height})
         for (const int more : {0, 1, 2, 3})
             newMode.push_back(std::to_string(length + more));
     return {newMode,

@@ -14,7 +14,7 @@ enum class ServerKind { Xvfb, Xvnc, Xorg };
 // Throws std::runtime_error when the variable names none of them.
 ServerKind serverKind();
 
-struct ServerWish {
+struct ServerOptions {
     int width = 0;
     int height = 0;
     int depth = 0;
@@ -22,10 +22,11 @@ struct ServerWish {
 };
 
 // The command that starts such a server, without the display's name. The server writes a line to
-// standard output once it is ready. Skips the test if this kind of server cannot fulfil `wish`.
-std::vector<std::string> serverCommand(ServerKind kind, const ServerWish &wish);
+// standard output once it is ready. Skips the test if this kind of server cannot fulfil `options`.
+std::vector<std::string> serverCommand(ServerKind kind, const ServerOptions &options);
 
-// The commands to run on the server to give its screen the size in `wish`.
-std::vector<std::vector<std::string>> commandsForSize(ServerKind kind, const ServerWish &wish);
+// The commands to run on the server to give its screen the size in `options`.
+std::vector<std::vector<std::string>> commandsForSize(ServerKind kind,
+                                                      const ServerOptions &options);
 
 } // namespace test

@@ -55,10 +55,10 @@ testing::AssertionResult receives(LightReceiver &light, const Datagram &wanted) 
     return testing::AssertionFailure() << "only other datagrams";
 }
 
-Process ScreenTest::start(std::vector<std::string> arguments, Surroundings surroundings) const {
+Process ScreenTest::start(std::vector<std::string> arguments, LaunchOptions options) const {
     arguments.insert(arguments.begin(), MIRRORCTL);
-    surroundings.variables["DISPLAY"] = screen.display();
-    return Process(arguments, surroundings);
+    options.variables["DISPLAY"] = screen.display();
+    return Process(arguments, options);
 }
 
 ProcessResult ScreenTest::run(const std::vector<std::string> &arguments,

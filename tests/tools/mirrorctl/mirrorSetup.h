@@ -51,7 +51,7 @@ testing::AssertionResult receives(LightReceiver &light, const Datagram &wanted);
 // Runs mirrorctl on its own virtual screen.
 class ScreenTest : public testing::Test {
 protected:
-    Process start(std::vector<std::string> arguments, Surroundings surroundings = {}) const;
+    Process start(std::vector<std::string> arguments, LaunchOptions options = {}) const;
     ProcessResult run(const std::vector<std::string> &arguments,
                       const std::string &input = "") const;
 

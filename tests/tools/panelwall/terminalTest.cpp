@@ -53,10 +53,10 @@ TEST_F(PanelwallTerminal, DrawsColoursInPlaceAndRestoresTheTerminal) {
 
 TEST_F(PanelwallTerminal, WarnsWhileTheWallFlashes) {
     for (const bool onTerminal : {true, false}) {
-        Surroundings surroundings;
+        LaunchOptions options;
         if (onTerminal)
-            surroundings.terminal = {200, 24};
-        Process wall = start({writeOnePanel("127.0.58.66")}, surroundings);
+            options.terminal = {200, 24};
+        Process wall = start({writeOnePanel("127.0.58.66")}, options);
         wall.waitFor(onTerminal ? "0/1 lit" : "listening");
         for (int i = 0; i < 12; ++i) {
             const auto level = static_cast<std::uint8_t>(i % 2 == 0 ? 255 : 0);

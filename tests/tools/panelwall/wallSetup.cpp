@@ -20,9 +20,9 @@ std::string documentText(const std::vector<std::string> &devices, int mode) {
     return "{\"displayID\":1,\"mode\":" + std::to_string(mode) + ",\"devices\":[" + list + "]}";
 }
 
-Process WallTest::start(std::vector<std::string> arguments, const Surroundings &surroundings) {
+Process WallTest::start(std::vector<std::string> arguments, const LaunchOptions &options) {
     arguments.insert(arguments.begin(), PANELWALL_PROGRAM);
-    return Process(arguments, surroundings);
+    return Process(arguments, options);
 }
 
 ProcessResult WallTest::run(const std::vector<std::string> &arguments) {

@@ -22,7 +22,7 @@ std::string documentText(const std::vector<std::string> &devices, int mode = 0);
 
 class WallTest : public testing::Test {
 protected:
-    static Process start(std::vector<std::string> arguments, const Surroundings &surroundings = {});
+    static Process start(std::vector<std::string> arguments, const LaunchOptions &options = {});
 
     // Starts panelwall and waits for its end.
     static ProcessResult run(const std::vector<std::string> &arguments);
