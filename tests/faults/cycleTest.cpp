@@ -17,10 +17,10 @@ std::string kib(std::size_t bytes) {
     return std::to_string(bytes / 1024) + " KiB";
 }
 
-std::string told(const test::Holdings &holdings) {
-    return std::to_string(holdings.descriptors) + " descriptors, " +
-           std::to_string(holdings.threads) + " threads, " + kib(holdings.heapBytes) +
-           " of heap, " + kib(holdings.residentBytes) + " resident";
+std::string told(const test::ResourceUsage &usage) {
+    return std::to_string(usage.descriptors) + " descriptors, " + std::to_string(usage.threads) +
+           " threads, " + kib(usage.heapBytes) + " of heap, " + kib(usage.residentBytes) +
+           " resident";
 }
 
 class Cycle : public test::FaultRun {
@@ -30,18 +30,19 @@ protected:
     template <class Once>
     static void expectNoGrowth(const std::string &what, int rounds, std::size_t kept, Once once) {
         const std::size_t threads = test::threads();
-        test::Holdings early{};
+        test::ResourceUsage early{};
         for (int round = 0; round < rounds; ++round) {
             once();
             if (testing::Test::HasFailure())
                 return;
             if (round == rounds / 10)
-                early = test::holdings();
+                early = test::resourceUsage();
         }
         EXPECT_TRUE(test::threadsBecome(threads));
-        const test::Holdings late = test::holdings();
-        test::tellFigure(what + ", round " + std::to_string(rounds / 10 + 1) + ": " + told(early));
-        test::tellFigure(what + ", round " + std::to_string(rounds) + ": " + told(late));
+        const test::ResourceUsage late = test::resourceUsage();
+        test::printMeasurement(what + ", round " + std::to_string(rounds / 10 + 1) + ": " +
+                               told(early));
+        test::printMeasurement(what + ", round " + std::to_string(rounds) + ": " + told(late));
         const std::size_t keptInAll = kept * static_cast<std::size_t>(rounds);
         EXPECT_EQ(late.descriptors, early.descriptors);
         EXPECT_LE(late.heapBytes, early.heapBytes + keptInAll + 4096);
@@ -108,9 +109,9 @@ TEST_F(Cycle, LoadRunAndUnload) {
     const int rounds = test::fullFaults() ? 1000 : 20;
     const long few = maxMemoryOfLoads(document(), rounds / 10);
     const long many = maxMemoryOfLoads(document(), rounds);
-    test::tellFigure("load, run, unload: " + std::to_string(few) + " KiB after " +
-                     std::to_string(rounds / 10) + " rounds, " + std::to_string(many) +
-                     " KiB after " + std::to_string(rounds));
+    test::printMeasurement("load, run, unload: " + std::to_string(few) + " KiB after " +
+                           std::to_string(rounds / 10) + " rounds, " + std::to_string(many) +
+                           " KiB after " + std::to_string(rounds));
     // Each round may leave what a configuration and the loader never release.
     EXPECT_LE(many, few + 2048 + 4 * rounds);
 }

@@ -96,7 +96,8 @@ TEST_F(Descriptors, MissingWhileConfiguring) {
         }
         expectAllWell(before);
     }
-    test::tellFigure("descriptors missing while configuring: " + std::to_string(left) + " steps");
+    test::printMeasurement("descriptors missing while configuring: " + std::to_string(left) +
+                           " steps");
 }
 
 TEST_F(Descriptors, MissingDuringTheRun) {
@@ -129,7 +130,8 @@ TEST_F(Descriptors, MissingDuringTheRun) {
             EXPECT_TRUE(said.contains("cannot open socket"));
         expectAllWell(before);
     }
-    test::tellFigure("descriptors missing during the run: " + std::to_string(left) + " steps");
+    test::printMeasurement("descriptors missing during the run: " + std::to_string(left) +
+                           " steps");
 }
 
 } // namespace

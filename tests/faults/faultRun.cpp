@@ -11,15 +11,15 @@
 namespace test {
 
 bool fullFaults() {
-    const char *wish = std::getenv("MIRROR_FAULTS");
-    return wish != nullptr && std::string(wish) == "full";
+    const char *value = std::getenv("MIRROR_FAULTS");
+    return value != nullptr && std::string(value) == "full";
 }
 
-void tellFigure(const std::string &text) {
+void printMeasurement(const std::string &text) {
     std::fprintf(stderr, "figure: %s\n", text.c_str());
 }
 
-Holdings holdings() {
+ResourceUsage resourceUsage() {
     std::size_t size = 0, resident = 0;
     std::ifstream("/proc/self/statm") >> size >> resident;
     const struct mallinfo2 heap = mallinfo2();

@@ -13,16 +13,16 @@ namespace test {
 bool fullFaults();
 
 // Prints a measurement for docs/reliability.md.
-void tellFigure(const std::string &text);
+void printMeasurement(const std::string &text);
 
 // Resources whose use must not grow while a process uses the library.
-struct Holdings {
+struct ResourceUsage {
     std::size_t descriptors;
     std::size_t threads;
     std::size_t heapBytes;     // allocated and not freed
     std::size_t residentBytes; // of the whole process
 };
-Holdings holdings();
+ResourceUsage resourceUsage();
 
 // One light, and a screen that is green at first.
 class FaultRun : public OneLightRun {

@@ -134,8 +134,8 @@ TEST_F(Fork, InTheMiddleOfStartsAndStops) {
     busy.join();
     EXPECT_EQ(hung, 0);
     start();
-    test::tellFigure("children forked amid starts and stops: " + std::to_string(rounds) +
-                     ", hung or killed: " + std::to_string(hung));
+    test::printMeasurement("children forked amid starts and stops: " + std::to_string(rounds) +
+                           ", hung or killed: " + std::to_string(hung));
     expectTheRunGoesOn();
 }
 

@@ -65,8 +65,8 @@ TEST_F(Host, AlarmsInterruptNothing) {
         }
     }
     EXPECT_GT(alarms, 100);
-    test::tellFigure("alarms during " + std::to_string(rounds) +
-                     " runs: " + std::to_string(alarms));
+    test::printMeasurement("alarms during " + std::to_string(rounds) +
+                           " runs: " + std::to_string(alarms));
 }
 
 void ownHandler(int number) {

@@ -89,9 +89,9 @@ private:
         if (step == 1 && !forGood)
             EXPECT_EQ(seen.size(), testCase.possible.size()) << testCase.name;
         EXPECT_LE(most, testCase.named) << testCase.name;
-        test::tellFigure(testCase.name + ": " + std::to_string(requests / step - 1) +
-                         " requests refused " + (forGood ? "for good" : "once") + ", at most " +
-                         std::to_string(most) + " pieces kept");
+        test::printMeasurement(testCase.name + ": " + std::to_string(requests / step - 1) +
+                               " requests refused " + (forGood ? "for good" : "once") +
+                               ", at most " + std::to_string(most) + " pieces kept");
     }
 };
 
@@ -216,7 +216,7 @@ TEST_F(Memory, OfTheRun) {
     receiver.drain();
     start();
     EXPECT_TRUE(showsPlain(0x00ff00));
-    test::tellFigure("a run: " + std::to_string(requests / step - 1) + " requests refused");
+    test::printMeasurement("a run: " + std::to_string(requests / step - 1) + " requests refused");
 }
 
 } // namespace

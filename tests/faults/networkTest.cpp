@@ -192,9 +192,9 @@ TEST_F(Network, GoneAndBackLosesNoFrameAfterItsReturn) {
     std::sort(onTheWay.begin(), onTheWay.end());
     ASSERT_FALSE(onTheWay.empty());
     EXPECT_LE(onTheWay[onTheWay.size() / 2], 8); // milliseconds: the very first attempt arrives
-    test::tellFigure("network back: first datagram after " + std::to_string(median) +
-                     " ms in the median, " + std::to_string(delays.back()) + " ms at most, of " +
-                     std::to_string(rounds) + " times");
+    test::printMeasurement("network back: first datagram after " + std::to_string(median) +
+                           " ms in the median, " + std::to_string(delays.back()) +
+                           " ms at most, of " + std::to_string(rounds) + " times");
 }
 
 } // namespace
