@@ -93,8 +93,8 @@ static int run(const Plan &plan) {
     limit.rlim_cur = limit.rlim_max;
     setrlimit(RLIMIT_NOFILE, &limit);
     Receivers receivers(plan.devices, plan.panels);
-    Sending &sending = makeSending(plan.devices);
-    const Result library = runLibrary(plan, receivers, sending);
+    SharedSendState &state = makeSharedSendState(plan.devices);
+    const Result library = runLibrary(plan, receivers, state);
     print(plan, library);
     if (!library.faults.empty())
         return tellFaults("the library", library);
@@ -102,7 +102,7 @@ static int run(const Plan &plan) {
     const auto period =
         std::chrono::nanoseconds(static_cast<long>(library.intervals.quantile(0.5) * 1e6));
     const Result bare =
-        runBare(plan, receivers, sending, period, std::min(60.0, library.seconds / 4));
+        runBare(plan, receivers, state, period, std::min(60.0, library.seconds / 4));
     printCosts(library, bare);
     std::printf("\nLoad of the machine after: %s\n", machineLoad().c_str());
     return tellFaults("the bare sender", bare);

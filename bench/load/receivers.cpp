@@ -45,16 +45,16 @@ Receivers::Receivers(int devices, int thePanels)
 }
 
 Receivers::~Receivers() {
-    for (const Receiver &ear : receivers)
-        close(ear.fd);
+    for (const Receiver &receiver : receivers)
+        close(receiver.fd);
     close(poller);
 }
 
 void Receivers::forget() {
-    for (Receiver &ear : receivers) {
-        ear.received = ear.chain = 0;
-        ear.arrival = 0;
-        ear.steps.assign(static_cast<std::size_t>(panels), 0);
+    for (Receiver &receiver : receivers) {
+        receiver.received = receiver.chain = 0;
+        receiver.arrival = 0;
+        receiver.steps.assign(static_cast<std::size_t>(panels), 0);
     }
     keeping = false;
     between = {};
@@ -96,18 +96,18 @@ void Receivers::receive(std::chrono::milliseconds patience) {
 
 void Receivers::take(std::size_t device, const unsigned char *bytes, std::size_t length,
                      std::int64_t arrival) {
-    Receiver &ear = receivers[device];
-    ear.chain = chain(ear.chain, bytes, length);
-    if (keeping && ear.arrival != 0)
-        between.add(arrival - ear.arrival);
-    ear.arrival = arrival;
+    Receiver &receiver = receivers[device];
+    receiver.chain = chain(receiver.chain, bytes, length);
+    if (keeping && receiver.arrival != 0)
+        between.add(arrival - receiver.arrival);
+    receiver.arrival = arrival;
     Span span{LLONG_MAX, 0, 1};
     const std::string fault = read(device, bytes, length, span);
     if (!fault.empty() && firstFault.empty())
         firstFault = addressOf(static_cast<int>(device)) + ", datagram " +
-                     std::to_string(ear.received) + ": " + fault;
-    add(ear.received, span);
-    ++ear.received;
+                     std::to_string(receiver.received) + ": " + fault;
+    add(receiver.received, span);
+    ++receiver.received;
 }
 
 // Wide records: identifier, red, green, blue, white, transition time.
@@ -167,8 +167,8 @@ std::uint64_t Receivers::frames() const {
 }
 
 bool Receivers::allShow(std::int64_t step) const {
-    return std::all_of(receivers.begin(), receivers.end(), [step](const Receiver &ear) {
-        return std::all_of(ear.steps.begin(), ear.steps.end(),
+    return std::all_of(receivers.begin(), receivers.end(), [step](const Receiver &receiver) {
+        return std::all_of(receiver.steps.begin(), receiver.steps.end(),
                            [step](std::int64_t shown) { return shown == step; });
     });
 }

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "bench/load/histogram.h"
-#include "bench/load/sending.h"
+#include "bench/load/sharedSendState.h"
 
 #include <chrono>
 #include <deque>

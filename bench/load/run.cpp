@@ -36,8 +36,8 @@ template <class Done> static bool receiveUntil(Receivers &receivers, Sender &sen
     return true;
 }
 
-static std::uint64_t framesTried(const Sending &sending) {
-    return sending.to[sending.devices - 1].tried;
+static std::uint64_t framesTried(const SharedSendState &state) {
+    return state.to[state.devices - 1].tried;
 }
 
 // Adds a fault for each distinct line that the sender has printed, with its count.
@@ -51,32 +51,32 @@ static void tellOutput(const Sender &sender, Result &result) {
 }
 
 // Checks that every attempted datagram is accounted for, and that all arrived unchanged in order.
-static void compare(const Sending &sending, const Receivers &receivers,
+static void compare(const SharedSendState &state, const Receivers &receivers,
                     const std::vector<std::uint64_t> &droppedBefore, Result &result) {
     const auto fault = [&](int device, const std::string &text) {
         if (result.faults.size() < 10)
             result.faults.push_back(addressOf(device) + ": " + text);
     };
-    for (int d = 0; d < sending.devices; ++d) {
-        const SentTo &to = sending.to[d];
-        const Receiver &ear = receivers.all()[static_cast<std::size_t>(d)];
+    for (int d = 0; d < state.devices; ++d) {
+        const SentTo &to = state.to[d];
+        const Receiver &receiver = receivers.all()[static_cast<std::size_t>(d)];
         const std::uint64_t dropped =
             receivers.dropped(d) - droppedBefore[static_cast<std::size_t>(d)];
         result.tried += to.tried;
         result.refused += to.refused;
-        result.received += ear.received;
+        result.received += receiver.received;
         result.dropped += dropped;
-        if (to.tried != sending.to[0].tried)
+        if (to.tried != state.to[0].tried)
             fault(d, "was sent " + std::to_string(to.tried) + " datagrams, the first device " +
-                         std::to_string(sending.to[0].tried));
+                         std::to_string(state.to[0].tried));
         if (to.refused != 0)
             fault(d, std::to_string(to.refused) + " sends were refused by the system");
         if (dropped != 0)
             fault(d, std::to_string(dropped) + " datagrams were dropped by the kernel");
-        if (to.tried - to.refused != ear.received + dropped)
+        if (to.tried - to.refused != receiver.received + dropped)
             fault(d, std::to_string(to.tried - to.refused) + " datagrams were sent, " +
-                         std::to_string(ear.received) + " came");
-        else if (dropped == 0 && to.chain != ear.chain)
+                         std::to_string(receiver.received) + " came");
+        else if (dropped == 0 && to.chain != receiver.chain)
             fault(d, "what came is not what was sent, or not in its order");
     }
     if (!receivers.fault().empty())
@@ -101,19 +101,19 @@ static void checkSamples(Result &result) {
 }
 
 // Watches a running sender for `seconds` or for the plan's number of frames.
-static void watch(const Plan &plan, double seconds, Receivers &receivers, Sending &sending,
+static void watch(const Plan &plan, double seconds, Receivers &receivers, SharedSendState &state,
                   Sender &sender, pid_t server, Result &result) {
     const auto serverNow = [server] { return server > 0 ? bench::processorSeconds(server) : 0.0; };
     receivers.keepIntervals();
     const auto begin = Clock::now();
     const double process = bench::processorSeconds(sender.pid());
     const double serverTime = serverNow();
-    const std::int64_t threadTime = sending.threadTime;
-    const std::uint64_t frames = framesTried(sending);
+    const std::int64_t threadTime = state.threadTime;
+    const std::uint64_t frames = framesTried(state);
     auto nextSample = begin;
     bool spoke = false;
     while (since(begin) < seconds && !spoke &&
-           (plan.frames == 0 || framesTried(sending) < plan.frames)) {
+           (plan.frames == 0 || framesTried(state) < plan.frames)) {
         receivers.receive(std::chrono::milliseconds(20));
         if (Clock::now() < nextSample)
             continue;
@@ -123,15 +123,15 @@ static void watch(const Plan &plan, double seconds, Receivers &receivers, Sendin
     }
     result.samples.push_back(sampleOf(sender.pid()));
     result.seconds = since(begin);
-    result.frames = framesTried(sending) - frames;
+    result.frames = framesTried(state) - frames;
     const double perFrame = 1e6 / static_cast<double>(std::max<std::uint64_t>(1, result.frames));
     result.cost.process = (bench::processorSeconds(sender.pid()) - process) * perFrame;
-    result.cost.thread = static_cast<double>(sending.threadTime - threadTime) / 1e9 * perFrame;
+    result.cost.thread = static_cast<double>(state.threadTime - threadTime) / 1e9 * perFrame;
     result.cost.server = (serverNow() - serverTime) * perFrame;
 }
 
 // Ends the sender and receives its remaining datagrams.
-static void finish(Receivers &receivers, Sending &sending, Sender &sender,
+static void finish(Receivers &receivers, SharedSendState &state, Sender &sender,
                    const std::vector<std::uint64_t> &droppedBefore, Result &result) {
     sender.stop();
     const auto deadline = Clock::now() + patience;
@@ -148,7 +148,7 @@ static void finish(Receivers &receivers, Sending &sending, Sender &sender,
             receivers.receive(std::chrono::milliseconds(0));
     }
     tellOutput(sender, result);
-    compare(sending, receivers, droppedBefore, result);
+    compare(state, receivers, droppedBefore, result);
     checkSamples(result);
     result.counts = receivers.frameCounts();
     result.mixtures = receivers.mixtures();
@@ -162,39 +162,39 @@ static std::vector<std::uint64_t> allDropped(const Receivers &receivers, int dev
     return dropped;
 }
 
-Result runLibrary(const Plan &plan, Receivers &receivers, Sending &sending) {
+Result runLibrary(const Plan &plan, Receivers &receivers, SharedSendState &state) {
     Result result;
     test::VirtualScreen screen(plan.width, plan.height);
     screen.use();
     screen.fill(colourOf(0));
     receivers.forget();
     const auto droppedBefore = allDropped(receivers, plan.devices);
-    Sender sender(sending, plan, [&] { return mirror(sending, plan); });
+    Sender sender(state, plan, [&] { return mirror(state, plan); });
     if (!receiveUntil(receivers, sender, [&] { return receivers.frames() >= 2; })) {
         result.faults.push_back("not every device is sent something");
     } else {
         Painter painter(screen, plan.drawTime);
         // After ten frames, every page of memory that is needed has been touched.
         receiveUntil(receivers, sender, [&] { return receivers.frames() >= 10; });
-        watch(plan, plan.seconds, receivers, sending, sender, screen.pid(), result);
+        watch(plan, plan.seconds, receivers, state, sender, screen.pid(), result);
         result.drawings = painter.stop();
         if (!receiveUntil(receivers, sender, [&] { return receivers.allShow(result.drawings); }))
             result.faults.push_back("the last drawing is not seen at every panel");
     }
-    finish(receivers, sending, sender, droppedBefore, result);
+    finish(receivers, state, sender, droppedBefore, result);
     return result;
 }
 
-Result runBare(const Plan &plan, Receivers &receivers, const Sending &model,
+Result runBare(const Plan &plan, Receivers &receivers, const SharedSendState &model,
                std::chrono::nanoseconds period, double seconds) {
     Result result;
-    Sending &sending = makeSending(plan.devices);
+    SharedSendState &state = makeSharedSendState(plan.devices);
     receivers.forget();
     const auto droppedBefore = allDropped(receivers, plan.devices);
-    Sender sender(sending, plan, [&] { return sendBare(sending, model, period); });
+    Sender sender(state, plan, [&] { return sendBare(state, model, period); });
     if (receiveUntil(receivers, sender, [&] { return receivers.frames() >= 2; }))
-        watch({}, seconds, receivers, sending, sender, 0, result);
-    finish(receivers, sending, sender, droppedBefore, result);
+        watch({}, seconds, receivers, state, sender, 0, result);
+    finish(receivers, state, sender, droppedBefore, result);
     return result;
 }
 

@@ -34,10 +34,10 @@ struct Result {
 };
 
 // Runs the library with a new virtual screen.
-Result runLibrary(const Plan &plan, Receivers &receivers, Sending &sending);
+Result runLibrary(const Plan &plan, Receivers &receivers, SharedSendState &state);
 
 // Runs the bare sender with the first datagrams of a run of the library, `model`.
-Result runBare(const Plan &plan, Receivers &receivers, const Sending &model,
+Result runBare(const Plan &plan, Receivers &receivers, const SharedSendState &model,
                std::chrono::nanoseconds period, double seconds);
 
 } // namespace load

@@ -17,8 +17,8 @@
 
 namespace load {
 
-Sender::Sender(Sending &theSending, const Plan &plan, const std::function<int()> &work)
-    : sending(theSending), text(memfd_create("output of a sender", MFD_CLOEXEC)) {
+Sender::Sender(SharedSendState &sharedState, const Plan &plan, const std::function<int()> &work)
+    : state(sharedState), text(memfd_create("output of a sender", MFD_CLOEXEC)) {
     std::fflush(nullptr);
     child = fork();
     if (child < 0)
@@ -31,7 +31,7 @@ Sender::Sender(Sending &theSending, const Plan &plan, const std::function<int()>
     std::setvbuf(stdout, nullptr, _IOLBF, BUFSIZ);
     const rlimit limit{plan.descriptors, plan.descriptors};
     setrlimit(RLIMIT_NOFILE, &limit);
-    noteIn(sending);
+    recordSendsTo(state);
     const int result = work();
     std::fflush(stdout);
     std::_Exit(result);
@@ -61,8 +61,8 @@ bool Sender::hasEnded() {
 }
 
 void Sender::stop() {
-    sending.stop = true;
-    sem_post(&sending.stopped);
+    state.stop = true;
+    sem_post(&state.stopped);
 }
 
 bool Sender::succeeded() const {
@@ -99,31 +99,32 @@ static std::string documentFor(const Plan &plan) {
     return text + "]}";
 }
 
-int mirror(Sending &sending, const Plan &plan) {
+int mirror(SharedSendState &state, const Plan &plan) {
     mirrorManager.matchFrameDelay = plan.frameDelay;
     mirrorManager.minimumFrameTime = plan.minimumFrameTime;
     std::string document = documentFor(plan);
     if (setMirrorConfig(document.data()) != 1 || startMirror() != 1)
         return 1;
-    sending.begun = true;
-    while (sem_wait(&sending.stopped) != 0) {
+    state.begun = true;
+    while (sem_wait(&state.stopped) != 0) {
     }
     return stopMirror() == 1 ? 0 : 1;
 }
 
-int sendBare(Sending &sending, const Sending &model, std::chrono::nanoseconds period) {
+int sendBare(SharedSendState &state, const SharedSendState &model,
+             std::chrono::nanoseconds period) {
     std::vector<int> sockets;
     std::vector<sockaddr_in> addresses;
-    for (int d = 0; d < sending.devices; ++d) {
+    for (int d = 0; d < state.devices; ++d) {
         sockets.push_back(socket(AF_INET, SOCK_DGRAM, 0));
         UdpSocket address;
         address.setRemote(addressOf(d), port);
         addresses.push_back(reinterpret_cast<const sockaddr_in &>(address.remoteAddr));
     }
-    sending.begun = true;
+    state.begun = true;
     bench::Pace pace(period);
-    while (!sending.stop) {
-        for (int d = 0; d < sending.devices; ++d)
+    while (!state.stop) {
+        for (int d = 0; d < state.devices; ++d)
             sendto(sockets[static_cast<std::size_t>(d)], model.to[d].first, model.to[d].length, 0,
                    reinterpret_cast<const sockaddr *>(&addresses[static_cast<std::size_t>(d)]),
                    sizeof(sockaddr_in));

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "bench/load/plan.h"
-#include "bench/load/sending.h"
+#include "bench/load/sharedSendState.h"
 
 #include <chrono>
 #include <functional>
@@ -15,7 +15,7 @@ namespace load {
 class Sender {
 public:
     // `work` returns the exit status. Must be created before this process starts another thread.
-    Sender(Sending &sending, const Plan &plan, const std::function<int()> &work);
+    Sender(SharedSendState &state, const Plan &plan, const std::function<int()> &work);
     ~Sender();
     Sender(const Sender &) = delete;
     Sender &operator=(const Sender &) = delete;
@@ -34,16 +34,16 @@ public:
     bool succeeded() const;
 
 private:
-    Sending &sending;
+    SharedSendState &state;
     pid_t child = -1;
     int text = -1;
     int status = 0;
 };
 
 // Mirrors the screen that DISPLAY names, in match mode, until it is asked to end.
-int mirror(Sending &sending, const Plan &plan);
+int mirror(SharedSendState &state, const Plan &plan);
 
 // Sends the first datagrams of `model` repeatedly, one frame every `period`.
-int sendBare(Sending &sending, const Sending &model, std::chrono::nanoseconds period);
+int sendBare(SharedSendState &state, const SharedSendState &model, std::chrono::nanoseconds period);
 
 } // namespace load

@@ -47,7 +47,7 @@ struct SentTo {
 };
 
 // All zero at first.
-struct Sending {
+struct SharedSendState {
     std::atomic<bool> begun{false}; // set by the sender
     std::atomic<bool> stop{false};  // asks the sender to end,
     sem_t stopped;                  // and wakes it
@@ -58,9 +58,9 @@ struct Sending {
 };
 
 // Allocates one in memory shared with child processes. It is never freed.
-Sending &makeSending(int devices);
+SharedSendState &makeSharedSendState(int devices);
 
-// From now on, every datagram that this process sends to a device is recorded in `sending`.
-void noteIn(Sending &sending);
+// From now on, every datagram that this process sends to a device is recorded in `state`.
+void recordSendsTo(SharedSendState &state);
 
 } // namespace load

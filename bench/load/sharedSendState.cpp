@@ -1,4 +1,4 @@
-#include "bench/load/sending.h"
+#include "bench/load/sharedSendState.h"
 
 #include <ctime>
 #include <new>
@@ -6,7 +6,7 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
-static load::Sending *noted = nullptr;
+static load::SharedSendState *recordedState = nullptr;
 
 static std::int64_t threadTime() {
     timespec time{};
@@ -18,12 +18,12 @@ static std::int64_t threadTime() {
 extern "C" ssize_t sendto(int fd, const void *bytes, size_t length, int flags,
                           const sockaddr *address, socklen_t addressLength) {
     const ssize_t sent = syscall(SYS_sendto, fd, bytes, length, flags, address, addressLength);
-    if (noted == nullptr || address == nullptr || address->sa_family != AF_INET)
+    if (recordedState == nullptr || address == nullptr || address->sa_family != AF_INET)
         return sent;
     const int device = load::deviceAt(reinterpret_cast<const sockaddr_in *>(address)->sin_addr);
-    if (device < 0 || device >= noted->devices)
+    if (device < 0 || device >= recordedState->devices)
         return sent;
-    load::SentTo &to = noted->to[device];
+    load::SentTo &to = recordedState->to[device];
     if (to.tried == 0 && length <= load::largestDatagram) {
         std::memcpy(to.first, bytes, length);
         to.length = static_cast<std::uint32_t>(length);
@@ -33,26 +33,26 @@ extern "C" ssize_t sendto(int fd, const void *bytes, size_t length, int flags,
     else
         ++to.refused;
     ++to.tried;
-    if (device == noted->devices - 1)
-        noted->threadTime = threadTime();
+    if (device == recordedState->devices - 1)
+        recordedState->threadTime = threadTime();
     return sent;
 }
 
 namespace load {
 
-Sending &makeSending(int devices) {
-    void *memory =
-        mmap(nullptr, sizeof(Sending), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+SharedSendState &makeSharedSendState(int devices) {
+    void *memory = mmap(nullptr, sizeof(SharedSendState), PROT_READ | PROT_WRITE,
+                        MAP_SHARED | MAP_ANONYMOUS, -1, 0);
     if (memory == MAP_FAILED)
         throw std::bad_alloc();
-    auto *sending = new (memory) Sending;
-    sending->devices = devices;
-    sem_init(&sending->stopped, /*pshared=*/1, 0);
-    return *sending;
+    auto *state = new (memory) SharedSendState;
+    state->devices = devices;
+    sem_init(&state->stopped, /*pshared=*/1, 0);
+    return *state;
 }
 
-void noteIn(Sending &sending) {
-    noted = &sending;
+void recordSendsTo(SharedSendState &state) {
+    recordedState = &state;
 }
 
 } // namespace load
