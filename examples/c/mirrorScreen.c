@@ -66,7 +66,7 @@ static const char *configure(const struct display *display, const char *address)
 
 /* startMirror() replaces the handlers of these signals with the library's, which end the process.
  * They are in place when it returns, so that is when to restore the host's own handlers. */
-static int startWithOwnSignals(void) {
+static int startKeepingSignalHandlers(void) {
     static const int replaced[] = {SIGINT, SIGABRT, SIGTERM, SIGBUS, SIGFPE, SIGPIPE, SIGSEGV};
     enum { count = sizeof replaced / sizeof *replaced };
     struct sigaction own[count];
@@ -79,7 +79,7 @@ static int startWithOwnSignals(void) {
 }
 
 static const char *start(void) {
-    switch (startWithOwnSignals()) {
+    switch (startKeepingSignalHandlers()) {
     case 1:
         return NULL;
     case 0:
@@ -144,25 +144,25 @@ int main(int argc, char **argv) {
     signal(SIGPIPE, SIG_IGN);
 
     struct display display = {0, 0, 0};
-    const char *trouble = listDisplays(&display);
-    if (trouble == NULL)
-        trouble = configure(&display, address);
-    if (trouble == NULL)
-        trouble = start();
-    if (trouble == NULL) {
+    const char *error = listDisplays(&display);
+    if (error == NULL)
+        error = configure(&display, address);
+    if (error == NULL)
+        error = start();
+    if (error == NULL) {
         printf("mirroring display %u onto %s\n", display.id, address);
         fflush(stdout);
         sleep(argc > 2 ? (unsigned)atoi(argv[2]) : 10);
-        trouble = showSent();
-        if (trouble == NULL)
-            trouble = showPalette();
-        if (trouble == NULL && (fflush(stdout) != 0 || ferror(stdout)))
-            trouble = "standard output cannot be written";
+        error = showSent();
+        if (error == NULL)
+            error = showPalette();
+        if (error == NULL && (fflush(stdout) != 0 || ferror(stdout)))
+            error = "standard output cannot be written";
         /* Always stop a run that was started, even after an error. */
-        if (stopMirror() != 1 && trouble == NULL)
-            trouble = "mirroring could not be stopped";
+        if (stopMirror() != 1 && error == NULL)
+            error = "mirroring could not be stopped";
     }
-    if (trouble != NULL)
-        fprintf(stderr, "mirrorScreen: %s\n", trouble);
-    return trouble == NULL ? 0 : 1;
+    if (error != NULL)
+        fprintf(stderr, "mirrorScreen: %s\n", error);
+    return error == NULL ? 0 : 1;
 }

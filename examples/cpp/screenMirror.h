@@ -44,23 +44,23 @@ inline std::string palette() {
 
 // Saves the process's signal handlers; the destructor restores them. startMirror() replaces them
 // with the library's, which end the process and are in place when it returns.
-class OwnSignals {
+class SignalHandlerGuard {
 public:
-    OwnSignals() {
+    SignalHandlerGuard() {
         for (int i = 0; i < count; ++i)
-            sigaction(replaced[i], nullptr, &own[i]);
+            sigaction(replaced[i], nullptr, &saved[i]);
     }
-    ~OwnSignals() {
+    ~SignalHandlerGuard() {
         for (int i = 0; i < count; ++i)
-            sigaction(replaced[i], &own[i], nullptr);
+            sigaction(replaced[i], &saved[i], nullptr);
     }
-    OwnSignals(const OwnSignals &) = delete;
-    OwnSignals &operator=(const OwnSignals &) = delete;
+    SignalHandlerGuard(const SignalHandlerGuard &) = delete;
+    SignalHandlerGuard &operator=(const SignalHandlerGuard &) = delete;
 
 private:
     static constexpr int replaced[] = {SIGINT, SIGABRT, SIGTERM, SIGBUS, SIGFPE, SIGPIPE, SIGSEGV};
     static constexpr int count = sizeof replaced / sizeof *replaced;
-    struct sigaction own[count];
+    struct sigaction saved[count];
 };
 
 // Mirrors from construction to destruction. A process can have one run at a time.
@@ -69,7 +69,7 @@ public:
     explicit Run(std::string config) {
         if (setMirrorConfig(config.data()) != 1)
             throw Error("the configuration was not applied: the screen cannot be captured");
-        const OwnSignals own;
+        const SignalHandlerGuard guard;
         switch (startMirror()) {
         case 1:
             return;

@@ -17,7 +17,7 @@ package main
 // startMirror() replaces the handlers of these signals with the library's, which end the process.
 // They are in place when it returns, so that is when to restore the handlers of Go's runtime. This
 // is written in C because calls from Go into C take time, and the gap must be short.
-static int startWithOwnSignals(void) {
+static int startKeepingSignalHandlers(void) {
     static const int replaced[] = {SIGINT, SIGABRT, SIGTERM, SIGBUS, SIGFPE, SIGPIPE, SIGSEGV};
     enum { count = sizeof replaced / sizeof *replaced };
     struct sigaction own[count];
@@ -130,7 +130,7 @@ func configure(on display, address string) error {
 }
 
 func start() error {
-	switch C.startWithOwnSignals() {
+	switch C.startKeepingSignalHandlers() {
 	case 1:
 		return nil
 	case 0:

@@ -68,8 +68,8 @@ public final class MirrorScreen {
 
     private MirrorScreen() throws MirrorException {}
 
-    private static void need(boolean condition, String otherwise) throws MirrorException {
-        if (!condition) throw new MirrorException(otherwise);
+    private static void check(boolean condition, String message) throws MirrorException {
+        if (!condition) throw new MirrorException(message);
     }
 
     private static Mirror loadLibrary() throws MirrorException {
@@ -89,7 +89,7 @@ public final class MirrorScreen {
     private static String textIn(byte[] buffer, String ifCut) throws MirrorException {
         int end = 0;
         while (end < buffer.length && buffer[end] != 0) ++end;
-        need(end < buffer.length, ifCut);
+        check(end < buffer.length, ifCut);
         return new String(buffer, 0, end, StandardCharsets.UTF_8);
     }
 
@@ -119,14 +119,14 @@ public final class MirrorScreen {
 
     private Display firstDisplay() throws MirrorException {
         final byte[] buffer = new byte[4096];
-        need(mirror.getDisplays(buffer, buffer.length) == 1, "the displays cannot be listed");
+        check(mirror.getDisplays(buffer, buffer.length) == 1, "the displays cannot be listed");
         final String list = textIn(buffer, "the list of displays is cut");
         final var displays = new ArrayList<Display>();
         for (long[] one : numbersIn(list, "displayID", "width", "height")) {
             displays.add(new Display(one[0], one[1], one[2]));
             System.out.printf("display %d: %d x %d%n", one[0], one[1], one[2]);
         }
-        need(
+        check(
                 !displays.isEmpty(),
                 "there is no display to mirror; on Linux, DISPLAY names an X server");
         return displays.get(0);
@@ -155,7 +155,7 @@ public final class MirrorScreen {
      * process. They are in place when it returns, so that is when to restore Java's own handlers.
      * 256 bytes hold sigaction()'s structure on every system.
      */
-    private int startWithOwnSignals() {
+    private int startKeepingSignalHandlers() {
         final int bus = Platform.isMac() ? 10 : 7;
         // SIGINT, SIGABRT, SIGTERM, SIGBUS, SIGFPE, SIGPIPE, SIGSEGV
         final Map<Integer, Memory> own = new HashMap<>();
@@ -169,18 +169,18 @@ public final class MirrorScreen {
     }
 
     private void showSent() throws MirrorException {
-        need(mirror.captureCurrentStreamFrames() == 0, "nothing was sent within a second");
+        check(mirror.captureCurrentStreamFrames() == 0, "nothing was sent within a second");
         final int size = mirror.getSizeOfStreamFrameJson();
-        need(size >= 0, "the snapshot could not be made");
-        need(size > 0, "no frame was captured");
+        check(size >= 0, "the snapshot could not be made");
+        check(size > 0, "no frame was captured");
         final byte[] buffer = new byte[size];
-        need(mirror.getStreamFrameJson(buffer) == 0, "the snapshot could not be fetched");
+        check(mirror.getStreamFrameJson(buffer) == 0, "the snapshot could not be fetched");
         System.out.println("sent: " + new String(buffer, StandardCharsets.UTF_8));
     }
 
     private void showPalette() throws MirrorException {
         final byte[] buffer = new byte[512];
-        need(mirror.getPalette(buffer) == 0, "the palette could not be made");
+        check(mirror.getPalette(buffer) == 0, "the palette could not be made");
         final String palette = textIn(buffer, "the palette is cut");
         final boolean hasColours = process.isatty(1) == 1;
         final var line = new StringBuilder("palette:");
@@ -190,20 +190,20 @@ public final class MirrorScreen {
             line.append(" #%02x%02x%02x".formatted(one[0], one[1], one[2]));
         }
         System.out.println(line);
-        need(!System.out.checkError(), "standard output cannot be written");
+        check(!System.out.checkError(), "standard output cannot be written");
     }
 
     private void run(String address, double seconds) throws MirrorException, InterruptedException {
-        need(isAddress(address), "not an IPv4 or IPv6 address: " + address);
+        check(isAddress(address), "not an IPv4 or IPv6 address: " + address);
         final Display display = firstDisplay();
-        need(
+        check(
                 mirror.setMirrorConfig(configuration(display, address)) == 1,
                 "the configuration was not applied: the screen cannot be captured");
-        final int started = startWithOwnSignals();
-        need(
+        final int started = startKeepingSignalHandlers();
+        check(
                 started != 0,
                 "mirroring was not started: a run exists already or there is no device");
-        need(started == 1, "mirroring was not started: no thread could be made");
+        check(started == 1, "mirroring was not started: no thread could be made");
         int stopped;
         try {
             System.out.printf("mirroring display %d onto %s%n", display.id, address);
@@ -213,7 +213,7 @@ public final class MirrorScreen {
         } finally {
             stopped = mirror.stopMirror();
         }
-        need(stopped == 1, "mirroring could not be stopped");
+        check(stopped == 1, "mirroring could not be stopped");
     }
 
     public static void main(String[] words) throws InterruptedException {

@@ -16,8 +16,8 @@ import koffi from "koffi";
 // Has an error message of one line.
 class MirrorError extends Error {}
 
-function need(condition, otherwise) {
-  if (!condition) throw new MirrorError(otherwise);
+function check(condition, message) {
+  if (!condition) throw new MirrorError(message);
 }
 
 function loadLibrary() {
@@ -35,14 +35,14 @@ function loadLibrary() {
 // sigaction()'s structure on every system.
 const replaced = ["SIGINT", "SIGABRT", "SIGTERM", "SIGBUS", "SIGFPE", "SIGPIPE", "SIGSEGV"];
 
-function withOwnSignals(start) {
+function keepingSignalHandlers(start) {
   const sigaction = koffi
     .load(null)
     .func("int sigaction(int signal, const void *wanted, void *before)");
-  const own = replaced.map((name) => [constants.signals[name], Buffer.alloc(256)]);
-  for (const [signal, action] of own) sigaction(signal, null, action);
+  const saved = replaced.map((name) => [constants.signals[name], Buffer.alloc(256)]);
+  for (const [signal, action] of saved) sigaction(signal, null, action);
   const result = start();
-  for (const [signal, action] of own) sigaction(signal, action, null);
+  for (const [signal, action] of saved) sigaction(signal, action, null);
   return result;
 }
 
@@ -63,48 +63,48 @@ class ScreenMirror {
 
   displays() {
     const buffer = Buffer.alloc(4096);
-    need(this.getDisplays(buffer, buffer.length) === 1, "the displays cannot be listed");
+    check(this.getDisplays(buffer, buffer.length) === 1, "the displays cannot be listed");
     return JSON.parse(textIn(buffer, "the list of displays is cut")).displays;
   }
 
   palette() {
     const buffer = Buffer.alloc(512);
-    need(this.getPalette(buffer) === 0, "the palette could not be made");
+    check(this.getPalette(buffer) === 0, "the palette could not be made");
     return JSON.parse(textIn(buffer, "the palette is cut")).palette;
   }
 
   async sent() {
     const captured = await this.captureCurrentStreamFrames();
-    need(captured === 0, "nothing was sent within a second");
+    check(captured === 0, "nothing was sent within a second");
     const size = this.getSize();
-    need(size >= 0, "the snapshot could not be made");
-    need(size > 0, "no frame was captured");
+    check(size >= 0, "the snapshot could not be made");
+    check(size > 0, "no frame was captured");
     const buffer = Buffer.alloc(size);
-    need(this.getStreamFrameJson(buffer) === 0, "the snapshot could not be fetched");
+    check(this.getStreamFrameJson(buffer) === 0, "the snapshot could not be fetched");
     return JSON.parse(buffer.toString()).devices;
   }
 
   // Mirrors while `work` runs. A process can have one run at a time.
   async during(document, work) {
     const applied = this.setMirrorConfig(JSON.stringify(document));
-    need(applied === 1, "the configuration was not applied: the screen cannot be captured");
-    const started = withOwnSignals(this.startMirror);
-    need(started !== 0, "mirroring was not started: a run exists already or there is no device");
-    need(started === 1, "mirroring was not started: no thread could be made");
+    check(applied === 1, "the configuration was not applied: the screen cannot be captured");
+    const started = keepingSignalHandlers(this.startMirror);
+    check(started !== 0, "mirroring was not started: a run exists already or there is no device");
+    check(started === 1, "mirroring was not started: no thread could be made");
     let stopped;
     try {
       await work();
     } finally {
       stopped = await this.stopMirror();
     }
-    need(stopped === 1, "mirroring could not be stopped");
+    check(stopped === 1, "mirroring could not be stopped");
   }
 }
 
 // A text that fills its buffer has no terminating zero and may be cut.
 function textIn(buffer, ifCut) {
   const end = buffer.indexOf(0);
-  need(end >= 0, ifCut);
+  check(end >= 0, ifCut);
   return buffer.toString("utf8", 0, end);
 }
 
@@ -139,12 +139,12 @@ function swatch({ R, G, B }) {
 async function main(address, seconds = "10") {
   let isWritten = true;
   process.stdout.on("error", () => (isWritten = false));
-  need(isAddress(address), `not an IPv4 or IPv6 address: ${address}`);
+  check(isAddress(address), `not an IPv4 or IPv6 address: ${address}`);
   const mirror = new ScreenMirror(loadLibrary());
   const displays = mirror.displays();
   for (const { displayID, width, height } of displays)
     console.log(`display ${displayID}: ${width} x ${height}`);
-  need(displays.length > 0, "there is no display to mirror; on Linux, DISPLAY names an X server");
+  check(displays.length > 0, "there is no display to mirror; on Linux, DISPLAY names an X server");
 
   await mirror.during(configuration(displays[0], address), async () => {
     console.log(`mirroring display ${displays[0].displayID} onto ${address}`);
@@ -152,7 +152,7 @@ async function main(address, seconds = "10") {
     for (const { ip, animData } of await mirror.sent()) console.log(`sent to ${ip}: ${animData}`);
     console.log("palette:", ...mirror.palette().map(swatch));
   });
-  need(isWritten, "standard output cannot be written");
+  check(isWritten, "standard output cannot be written");
 }
 
 const words = process.argv.slice(2);

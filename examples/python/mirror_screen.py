@@ -34,7 +34,7 @@ def load_library():
     return library
 
 
-class OwnSignals:
+class SignalHandlerGuard:
     """Saves the process's signal handlers on entry and restores them on exit.
 
     startMirror() replaces them with the library's, which end the process. The module `signal` only
@@ -47,12 +47,12 @@ class OwnSignals:
     sigaction = ctypes.CDLL(None).sigaction
 
     def __enter__(self):
-        self.own = {number: ctypes.create_string_buffer(256) for number in self.replaced}
-        for number, action in self.own.items():
+        self.saved = {number: ctypes.create_string_buffer(256) for number in self.replaced}
+        for number, action in self.saved.items():
             self.sigaction(number, None, action)
 
     def __exit__(self, kind, error, trace):
-        for number, action in self.own.items():
+        for number, action in self.saved.items():
             self.sigaction(number, action, None)
 
 
@@ -97,7 +97,7 @@ class ScreenMirror:
             raise MirrorError("the configuration was not applied: the screen cannot be captured")
 
     def __enter__(self):
-        with OwnSignals():
+        with SignalHandlerGuard():
             started = self.library.startMirror()
         if started == 0:
             raise MirrorError(

@@ -36,10 +36,10 @@ mod system {
 }
 
 /// An error message of one line.
-type Trouble = String;
+type Error = String;
 
 /// The text in a buffer. A text that fills the buffer has no terminating zero and may be cut.
-fn text_in(buffer: Vec<u8>, if_cut: &str) -> Result<String, Trouble> {
+fn text_in(buffer: Vec<u8>, if_cut: &str) -> Result<String, Error> {
     match buffer.iter().position(|&byte| byte == 0) {
         Some(end) => Ok(String::from_utf8_lossy(&buffer[..end]).into_owned()),
         None => Err(if_cut.into()),
@@ -66,11 +66,11 @@ fn numbers_in<const N: usize>(json: &str, members: [&str; N]) -> Vec<[u32; N]> {
     json.split('}').filter_map(numbers_of).collect()
 }
 
-fn say(line: &str) -> Result<(), Trouble> {
+fn say(line: &str) -> Result<(), Error> {
     writeln!(std::io::stdout(), "{line}").map_err(|_| "standard output cannot be written".into())
 }
 
-fn first_display() -> Result<[u32; 3], Trouble> {
+fn first_display() -> Result<[u32; 3], Error> {
     let mut buffer = vec![0; 4096];
     let length = buffer.len() as c_int;
     if unsafe { library::getDisplays(buffer.as_mut_ptr().cast(), length) } != 1 {
@@ -110,7 +110,7 @@ fn configuration([id, width, height]: [u32; 3], address: &str) -> String {
 /// startMirror() replaces the handlers of these signals with the library's, which end the process.
 /// They are in place when it returns, so that is when to restore the host's own handlers. 256 bytes
 /// hold sigaction()'s structure on every system.
-fn start_with_own_signals() -> c_int {
+fn start_keeping_signal_handlers() -> c_int {
     const SIGBUS: c_int = if cfg!(target_os = "macos") { 10 } else { 7 };
     // SIGINT, SIGABRT, SIGTERM, SIGBUS, SIGFPE, SIGPIPE, SIGSEGV
     const REPLACED: [c_int; 7] = [2, 6, 15, SIGBUS, 8, 13, 11];
@@ -133,13 +133,13 @@ struct Run {
 }
 
 impl Run {
-    fn start(document: String) -> Result<Run, Trouble> {
+    fn start(document: String) -> Result<Run, Error> {
         let text = CString::new(document).map_err(|_| "the configuration has a zero in it")?;
         // setMirrorConfig() does not write to the text.
         if unsafe { library::setMirrorConfig(text.as_ptr() as *mut c_char) } != 1 {
             return Err("the configuration was not applied: the screen cannot be captured".into());
         }
-        match start_with_own_signals() {
+        match start_keeping_signal_handlers() {
             1 => Ok(Run { running: true }),
             0 => {
                 Err("mirroring was not started: a run exists already or there is no device".into())
@@ -149,7 +149,7 @@ impl Run {
     }
 
     /// For hosts that check for a failed stop, which drop() cannot report.
-    fn stop(mut self) -> Result<(), Trouble> {
+    fn stop(mut self) -> Result<(), Error> {
         self.running = false;
         match unsafe { library::stopMirror() } {
             1 => Ok(()),
@@ -157,7 +157,7 @@ impl Run {
         }
     }
 
-    fn sent(&self) -> Result<String, Trouble> {
+    fn sent(&self) -> Result<String, Error> {
         if unsafe { library::captureCurrentStreamFrames() } != 0 {
             return Err("nothing was sent within a second".into());
         }
@@ -184,7 +184,7 @@ impl Drop for Run {
     }
 }
 
-fn show_palette() -> Result<(), Trouble> {
+fn show_palette() -> Result<(), Error> {
     let mut buffer = vec![0; 512];
     if unsafe { library::getPalette(buffer.as_mut_ptr().cast()) } != 0 {
         return Err("the palette could not be made".into());
@@ -201,7 +201,7 @@ fn show_palette() -> Result<(), Trouble> {
     say(&line)
 }
 
-fn mirror(address: &str, seconds: f64) -> Result<(), Trouble> {
+fn mirror(address: &str, seconds: f64) -> Result<(), Error> {
     // The library accepts only numeric addresses and does not report others.
     if address.parse::<IpAddr>().is_err() {
         return Err(format!("not an IPv4 or IPv6 address: {address}"));
@@ -225,8 +225,8 @@ fn main() {
         .get(1)
         .and_then(|word| word.parse().ok())
         .unwrap_or(10.0);
-    if let Err(trouble) = mirror(&words[0], seconds) {
-        eprintln!("mirror_screen: {trouble}");
+    if let Err(error) = mirror(&words[0], seconds) {
+        eprintln!("mirror_screen: {error}");
         std::process::exit(1);
     }
 }
