@@ -37,7 +37,7 @@ struct CaptureSettings {
     Clock::duration minimumFrameTime{};
 };
 
-enum class CaptureNews {
+enum class CaptureEvent {
     Frame, // the frame has been painted and handed over
     Blank, // the display is gone
 };
@@ -46,13 +46,13 @@ enum class CaptureNews {
 struct Capture {
     std::uint8_t *pixels = nullptr;
 
-    // Capture thread: returns when the gate is stopped or the server is gone. Calls `news`, on this
-    // thread, for each frame and once whenever the display disappears.
+    // Capture thread: returns when the gate is stopped or the server is gone. Calls `onEvent`, on
+    // this thread, for each frame and once whenever the display disappears.
     //
     // A frame is painted when something was drawn, and never while the handler reads. It reaches
     // the handler no sooner than the minimum frame time after the last one. Frames are not queued:
     // each shows the screen at the time of painting. A still screen costs nothing.
-    std::function<void(const std::function<void(CaptureNews)> &news)> run;
+    std::function<void(const std::function<void(CaptureEvent)> &onEvent)> run;
 
     // Any thread: ends a wait for the server.
     std::function<void()> breakOff;

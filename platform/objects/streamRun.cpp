@@ -60,7 +60,7 @@ void StreamRun::captureThread() {
             changed.wait(lock);
     }
     try {
-        capture->run([this](CaptureNews news) { tell(news); });
+        capture->run([this](CaptureEvent event) { postEvent(event); });
     } catch (...) {
         // Out of memory for a new screen layout: no more frames, as when the server is gone.
     }
@@ -70,10 +70,10 @@ void StreamRun::captureThread() {
 }
 
 // Capture thread.
-void StreamRun::tell(CaptureNews news) {
+void StreamRun::postEvent(CaptureEvent event) {
     if (gate.isStopped())
         return;
-    postToQueue(queue, {news == CaptureNews::Frame ? onFrame : onBlank, shared_from_this()});
+    postToQueue(queue, {event == CaptureEvent::Frame ? onFrame : onBlank, shared_from_this()});
 }
 
 // Queue's thread, as are the next three.

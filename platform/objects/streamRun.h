@@ -42,7 +42,7 @@ private:
 
     void captureThread();
     bool endCapture();
-    void tell(CaptureNews news);
+    void postEvent(CaptureEvent event);
     void callHandler(CGDisplayStreamFrameStatus status, Clock::time_point time,
                      IOSurfaceRef surfaceOrNull);
     static void onFrame(void *run);

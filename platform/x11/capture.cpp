@@ -19,7 +19,7 @@ constexpr Clock::duration refusalPause = std::chrono::milliseconds(100);
 // After a frame, the capture thread ignores damage reports until the next frame is allowed: while
 // the screen moves, this saves a second wake-up per frame. The pause includes `handlerLag`, since
 // the minimum frame time counts from the call of the handler.
-constexpr Clock::duration longestDeafness = std::chrono::milliseconds(100);
+constexpr Clock::duration longestPause = std::chrono::milliseconds(100);
 constexpr Clock::duration handlerLag = std::chrono::microseconds(200);
 
 } // namespace
@@ -57,10 +57,10 @@ Capture::Capture(const CaptureSettings &settings, FrameGate &gate,
                                              settings.height, PixelMemory::Sharing::WhenPossible)),
       damage(std::make_unique<DamageWatch>(*connection)) {}
 
-void Capture::run(const std::function<void(CaptureNews)> &news) {
+void Capture::run(const std::function<void(CaptureEvent)> &onEvent) {
     while (!gate.isStopped()) {
-        if (settings.minimumFrameTime > Clock::duration::zero() && Clock::now() < deafUntil) {
-            gate.wait(-1, deafUntil);
+        if (settings.minimumFrameTime > Clock::duration::zero() && Clock::now() < pauseUntil) {
+            gate.wait(-1, pauseUntil);
             continue;
         }
         if (!takeEvents())
@@ -69,13 +69,13 @@ void Capture::run(const std::function<void(CaptureNews)> &news) {
         // descriptor does not see them. So each pass that read a reply starts over and takes them
         // out first.
         if (layoutStale) {
-            followLayout(news);
+            followLayout(onEvent);
             continue;
         }
         const std::optional<Clock::time_point> due = nextLook();
         const bool now = due && *due <= Clock::now();
         if (now && gate.isFree()) {
-            look(news);
+            look(onEvent);
             continue;
         }
         gate.wait(connection->descriptor(), now ? std::nullopt : due);
@@ -114,11 +114,11 @@ bool Capture::aim() {
     return true;
 }
 
-void Capture::followLayout(const std::function<void(CaptureNews)> &news) {
+void Capture::followLayout(const std::function<void(CaptureEvent)> &onEvent) {
     layoutStale = false;
     const bool wasPresent = present;
     if (aim() && wasPresent && !present)
-        news(CaptureNews::Blank);
+        onEvent(CaptureEvent::Blank);
 }
 
 Clock::time_point Capture::earliestHandlerCall() const {
@@ -130,7 +130,7 @@ std::optional<Clock::time_point> Capture::nextLook() const {
         return std::nullopt;
     if (damaged || allWanted)
         return std::max(notBefore, earliestHandlerCall() - lead);
-    return afterthought;
+    return lostDamageCheckTime;
 }
 
 // Takes the damage from the server and updates the frame. Done with `changed` false when nothing
@@ -157,13 +157,13 @@ ReadOutcome Capture::update(Clock::time_point now, bool &changed) {
     return painter->paintAll();
 }
 
-void Capture::look(const std::function<void(CaptureNews)> &news) {
+void Capture::look(const std::function<void(CaptureEvent)> &onEvent) {
     const Clock::time_point now = Clock::now();
     bool changed = false;
     const ReadOutcome outcome = update(now, changed);
     const bool inVain = damaged && !changed;
     damaged = false;
-    afterthought.reset();
+    lostDamageCheckTime.reset();
     if (outcome != ReadOutcome::Done) {
         allWanted = true;
         layoutStale = true;
@@ -176,14 +176,14 @@ void Capture::look(const std::function<void(CaptureNews)> &news) {
     if (!changed)
         return;
     allWanted = false;
-    afterthought = now + refreshPeriod;
+    lostDamageCheckTime = now + refreshPeriod;
     lead = std::min(Clock::now() - now, settings.minimumFrameTime / 4);
     while (Clock::now() < earliestHandlerCall() && !gate.isStopped())
         gate.wait(-1, earliestHandlerCall());
-    deafUntil =
-        Clock::now() + std::min(settings.minimumFrameTime, longestDeafness) + handlerLag - lead;
+    pauseUntil =
+        Clock::now() + std::min(settings.minimumFrameTime, longestPause) + handlerLag - lead;
     gate.handOver();
-    news(CaptureNews::Frame);
+    onEvent(CaptureEvent::Frame);
 }
 
 } // namespace platform::x11

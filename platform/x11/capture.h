@@ -22,7 +22,7 @@ public:
     // Capture thread; see platform::Capture::run. Painting starts early by the time that it took
     // last, so that reading does not add to the minimum frame time. A still screen is not checked,
     // except once, a second after its last change, in case a damage report was lost.
-    void run(const std::function<void(CaptureNews)> &news);
+    void run(const std::function<void(CaptureEvent)> &onEvent);
 
     // Any thread: ends a wait for the server.
     void breakOff() const { connection->breakOff(); }
@@ -34,10 +34,10 @@ private:
             std::unique_ptr<Connection> connection, PixelFormat format);
 
     bool takeEvents();
-    void followLayout(const std::function<void(CaptureNews)> &news);
+    void followLayout(const std::function<void(CaptureEvent)> &onEvent);
     bool aim();
     std::optional<Clock::time_point> nextLook() const;
-    void look(const std::function<void(CaptureNews)> &news);
+    void look(const std::function<void(CaptureEvent)> &onEvent);
     Clock::time_point earliestHandlerCall() const;
     ReadOutcome update(Clock::time_point now, bool &changed);
 
@@ -55,11 +55,11 @@ private:
     Rect monitorArea;         // the area that the painter shows, and the root window's
     Rect rootArea;
     bool everythingMoves = false; // the last damage covered the whole monitor
-    Clock::time_point deafUntil{};
-    Clock::duration lead{};                        // how early to start painting the next frame
-    Clock::time_point notBefore{};                 // the earliest next look
-    Clock::time_point lastWhole{};                 // when the whole frame was last painted
-    std::optional<Clock::time_point> afterthought; // when to check for unreported damage
+    Clock::time_point pauseUntil{};
+    Clock::duration lead{};        // how early to start painting the next frame
+    Clock::time_point notBefore{}; // the earliest next look
+    Clock::time_point lastWhole{}; // when the whole frame was last painted
+    std::optional<Clock::time_point> lostDamageCheckTime; // when to check for unreported damage
 };
 
 } // namespace platform::x11

@@ -51,7 +51,7 @@ std::optional<Capture> openCapture(const CaptureSettings &settings, FrameGate &g
     const std::shared_ptr<x11::Capture> capture = x11::Capture::open(settings, gate);
     if (!capture)
         return std::nullopt;
-    return Capture{capture->pixels(), [capture](const auto &news) { capture->run(news); },
+    return Capture{capture->pixels(), [capture](const auto &onEvent) { capture->run(onEvent); },
                    [capture] { capture->breakOff(); }};
 }
 
