@@ -69,12 +69,12 @@ static const char *configure(const struct display *display, const char *address)
 static int startKeepingSignalHandlers(void) {
     static const int replaced[] = {SIGINT, SIGABRT, SIGTERM, SIGBUS, SIGFPE, SIGPIPE, SIGSEGV};
     enum { count = sizeof replaced / sizeof *replaced };
-    struct sigaction own[count];
+    struct sigaction saved[count];
     for (int i = 0; i < count; ++i)
-        sigaction(replaced[i], NULL, &own[i]);
+        sigaction(replaced[i], NULL, &saved[i]);
     const int result = startMirror();
     for (int i = 0; i < count; ++i)
-        sigaction(replaced[i], &own[i], NULL);
+        sigaction(replaced[i], &saved[i], NULL);
     return result;
 }
 

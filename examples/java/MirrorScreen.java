@@ -158,13 +158,13 @@ public final class MirrorScreen {
     private int startKeepingSignalHandlers() {
         final int bus = Platform.isMac() ? 10 : 7;
         // SIGINT, SIGABRT, SIGTERM, SIGBUS, SIGFPE, SIGPIPE, SIGSEGV
-        final Map<Integer, Memory> own = new HashMap<>();
+        final Map<Integer, Memory> saved = new HashMap<>();
         for (int signal : new int[] {2, 6, 15, bus, 8, 13, 11}) {
-            own.put(signal, new Memory(256));
-            process.sigaction(signal, null, own.get(signal));
+            saved.put(signal, new Memory(256));
+            process.sigaction(signal, null, saved.get(signal));
         }
         final int result = mirror.startMirror();
-        own.forEach((signal, action) -> process.sigaction(signal, action, null));
+        saved.forEach((signal, action) -> process.sigaction(signal, action, null));
         return result;
     }
 

@@ -114,13 +114,13 @@ fn start_keeping_signal_handlers() -> c_int {
     const SIGBUS: c_int = if cfg!(target_os = "macos") { 10 } else { 7 };
     // SIGINT, SIGABRT, SIGTERM, SIGBUS, SIGFPE, SIGPIPE, SIGSEGV
     const REPLACED: [c_int; 7] = [2, 6, 15, SIGBUS, 8, 13, 11];
-    let mut own = [[0u64; 32]; REPLACED.len()];
+    let mut saved = [[0u64; 32]; REPLACED.len()];
     unsafe {
-        for (signal, action) in REPLACED.iter().zip(&mut own) {
+        for (signal, action) in REPLACED.iter().zip(&mut saved) {
             system::sigaction(*signal, std::ptr::null(), action.as_mut_ptr().cast());
         }
         let result = library::startMirror();
-        for (signal, action) in REPLACED.iter().zip(&own) {
+        for (signal, action) in REPLACED.iter().zip(&saved) {
             system::sigaction(*signal, action.as_ptr().cast(), std::ptr::null_mut());
         }
         result
