@@ -9,8 +9,8 @@ struct Fade {
 
     Cycle next() { return dominant.next(manager); }
 
-    bool light(int, const Device &device, PanelFrame &frame) {
-        return lightEveryPanel(
+    bool buildDatagram(int, const Device &device, PanelFrame &frame) {
+        return addEveryPanel(
             device, frame, [&](const Panel &) { return dominant.sent; },
             [&](const Panel &) { return manager.fadeTransitionTime; });
     }

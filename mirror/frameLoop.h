@@ -4,10 +4,10 @@
 //
 //     Cycle next();
 //         Reads the screen and decides what this cycle does.
-//     bool light(int deviceIndex, const Device &device, PanelFrame &frame);
+//     bool buildDatagram(int deviceIndex, const Device &device, PanelFrame &frame);
 //         Builds the device's datagram; false when there is nothing to send to this device. Called
 //         for every device, in order, in each cycle that sends. Modes in which every panel gets a
-//         record can use lightEveryPanel().
+//         record can use addEveryPanel().
 //     std::int32_t frameDelay() const;
 //         Milliseconds to sleep after a cycle; 0 or less: none.
 //
@@ -32,7 +32,7 @@ enum class Cycle {
 // Builds a datagram with a record for every panel, calling `colourOf(panel)` and then
 // `timeOf(panel)` for each. Always true.
 template <class ColourOf, class TimeOf>
-bool lightEveryPanel(const Device &device, PanelFrame &frame, ColourOf colourOf, TimeOf timeOf) {
+bool addEveryPanel(const Device &device, PanelFrame &frame, ColourOf colourOf, TimeOf timeOf) {
     frame.begin(device.controlVersion, device.numPanels);
     const int count = std::min(device.numPanels, static_cast<int>(device.panels.size()));
     for (int i = 0; i < count; ++i) {
@@ -51,7 +51,7 @@ void sendFrame(MirrorManager &manager, int deviceCount, UdpSocket *sockets, Mode
     const bool capture = readFlag(manager.captureRequested);
     for (int d = 0; d < deviceCount; ++d) {
         const Device &device = manager.devices[static_cast<std::size_t>(d)];
-        if (!mode.light(d, device, frame))
+        if (!mode.buildDatagram(d, device, frame))
             continue;
         sockets[d].send(reinterpret_cast<char *>(frame.data()), frame.length());
         if (capture)

@@ -27,11 +27,11 @@ struct Match {
         return Cycle::Send;
     }
 
-    bool light(int, const Device &device, PanelFrame &frame) {
+    bool buildDatagram(int, const Device &device, PanelFrame &frame) {
         const Frame screen = manager.currentFrame();
         const auto mean =
             allOnFrame && screen.bytes != nullptr ? rootMeanSquareOnFrame : rootMeanSquare;
-        return lightEveryPanel(
+        return addEveryPanel(
             device, frame,
             [&](const Panel &panel) {
                 return mean(screen, panel.samplePixels, panel.numSamplePixels);

@@ -12,8 +12,8 @@ struct Melt {
 
     Cycle next() { return dominant.next(manager); }
 
-    bool light(int, const Device &device, PanelFrame &frame) {
-        return lightEveryPanel(
+    bool buildDatagram(int, const Device &device, PanelFrame &frame) {
+        return addEveryPanel(
             device, frame, [&](const Panel &) { return dominant.sent; },
             [&](const Panel &) {
                 return std::rand() % manager.meltTransitionTimeRange +

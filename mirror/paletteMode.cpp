@@ -37,7 +37,7 @@ struct Palette {
     }
 
     // Only the panels whose hold time has expired get a record.
-    bool light(int deviceIndex, const Device &device, PanelFrame &frame) {
+    bool buildDatagram(int deviceIndex, const Device &device, PanelFrame &frame) {
         std::vector<std::int32_t> &hold = holdTicks[static_cast<std::size_t>(deviceIndex)];
         changing.clear();
         for (std::size_t p = 0; p < hold.size(); ++p) {

@@ -40,7 +40,7 @@ bool isMirroringThread() {
 
 bool joinMirror(std::thread &thread) {
     if (thread.joinable() && !isOwnRun()) {
-        letGo(thread);
+        releaseThread(thread);
         return true;
     }
     try {
@@ -53,6 +53,6 @@ bool joinMirror(std::thread &thread) {
     }
 }
 
-void letGo(std::thread &thread) {
+void releaseThread(std::thread &thread) {
     new (&thread) std::thread;
 }

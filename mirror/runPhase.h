@@ -35,4 +35,4 @@ bool joinMirror(std::thread &thread);
 
 // Releases a handle without joining: that of a parent process's thread, or of a thread that could
 // not be joined.
-void letGo(std::thread &thread);
+void releaseThread(std::thread &thread);

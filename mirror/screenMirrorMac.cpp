@@ -26,5 +26,5 @@ MirrorManager::~MirrorManager() {
     restoreSignals();
     // Still joinable only if joining failed; std::thread's destructor would end the process.
     if (mirrorThread.joinable())
-        letGo(mirrorThread);
+        releaseThread(mirrorThread);
 }

@@ -47,14 +47,14 @@ public:
     void holdWriters() const { allow(PROT_READ); }
     void open() const { allow(PROT_READ | PROT_WRITE); } // a held thread stays held
 
-    // Waits until a thread is held.
-    void awaitSomebody() {
+    // Waits until a thread is blocked on the memory.
+    void waitForBlockedThread() {
         while (sem_wait(&held) != 0) {
         }
         isHeld = true;
     }
     // Opens the memory and resumes the held thread, if any.
-    void letGo() {
+    void release() {
         open();
         if (isHeld)
             sem_post(&free_);
@@ -107,11 +107,11 @@ protected:
     void deliverHalf() {
         memory.holdWriters();
         stream = std::thread([this] { deliver(); });
-        memory.awaitSomebody();
+        memory.waitForBlockedThread();
     }
 
     void deliverTheRest() {
-        memory.letGo();
+        memory.release();
         if (stream.joinable())
             stream.join();
     }
@@ -162,10 +162,10 @@ TEST_P(FirstFrameReading, BeginsAgainWhenItCameMeanwhile) {
     mirrorManager.running = true;
     memory.holdReaders();
     stream = std::thread([this] {
-        memory.awaitSomebody();
+        memory.waitForBlockedThread();
         memory.open();
         deliver();
-        memory.letGo();
+        memory.release();
     });
     const std::string text = GetParam()();
     stream.join();

@@ -326,11 +326,11 @@ TEST_F(PaletteMode, ACaptureAskedForInMidTickTakesALaterOne) {
     EXPECT_TRUE(mirrorManager.streamFrames.empty());
 }
 
-// A thread that holds the manager's mutex from construction until letGo().
+// A thread that holds the manager's mutex from construction until release().
 class MutexHolder {
 public:
     MutexHolder() { locked.get_future().wait(); }
-    void letGo() {
+    void release() {
         enough.set_value();
         thread.join();
     }
@@ -352,7 +352,7 @@ TEST_F(PaletteMode, WaitsForTheMutex) {
     run(palette, [&](int sleep) {
         if (sleep == 3) {
             EXPECT_TRUE(arrived(0).empty());
-            holder.letGo();
+            holder.release();
         }
         return sleep <= 3; // the next one is the tick's own
     });
@@ -367,7 +367,7 @@ TEST_F(PaletteMode, AStopEndsTheWaitForTheMutex) {
     MutexHolder holder;
     run(palette, [](int) { return false; });
     EXPECT_TRUE(arrived(0).empty());
-    holder.letGo();
+    holder.release();
 }
 
 // Without colours the mode spins: it neither sends nor sleeps, and ends only when stopped.
