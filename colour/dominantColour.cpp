@@ -56,8 +56,8 @@ bool canStay(const Leader &heaviest, HSL itsAverage) {
 std::optional<HSL> clearLeader(const Frame &frame, const std::int32_t *samples, int count) {
     HueHistogram<hueBuckets> histogram;
     forEachSample(frame, samples, count, maxBias,
-                  [&](int number, unsigned hue, const Share &share) {
-                      histogram.bucket(number, bucketOf(hue)).add(share);
+                  [&](int number, unsigned hue, const WeightedColour &colour) {
+                      histogram.bucket(number, bucketOf(hue)).add(colour);
                   });
     const Buckets &buckets = histogram.total();
     Leader heaviest;
@@ -81,11 +81,12 @@ RGB dominantColour(const Frame &frame, const std::int32_t *samples, int count) {
 
     Buckets buckets;
     Leader leaders[3];
-    forEachSample(frame, samples, count - 1, maxBias, [&](int, unsigned hue, const Share &share) {
-        const unsigned index = bucketOf(hue);
-        buckets[index].add(share);
-        updateLeaders(leaders, buckets[index].count(), static_cast<std::int32_t>(index));
-    });
+    forEachSample(
+        frame, samples, count - 1, maxBias, [&](int, unsigned hue, const WeightedColour &colour) {
+            const unsigned index = bucketOf(hue);
+            buckets[index].add(colour);
+            updateLeaders(leaders, buckets[index].count(), static_cast<std::int32_t>(index));
+        });
     const HSL heaviest = average(buckets, leaders[0]);
     if (canStay(leaders[0], heaviest))
         return HSLToRGB(heaviest, hueBuckets);

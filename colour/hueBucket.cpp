@@ -1,13 +1,13 @@
 #include "colour/hueBucket.h"
 #include "colour/bias.h"
 
-void share(const HSLColumns &__restrict columns, std::uint16_t most,
-           Share (&__restrict shares)[HSLColumns::capacity]) {
+void weightColours(const HSLColumns &__restrict columns, std::uint16_t maxCount,
+                   WeightedColour (&__restrict weighted)[HSLColumns::capacity]) {
     for (int i = 0; i < HSLColumns::capacity; ++i) {
         const std::uint16_t saturation = columns.saturation[i];
         const std::uint16_t lightness = columns.lightness[i];
-        const std::uint16_t count = std::min(bias(saturation, lightness), most);
-        shares[i] = {count, static_cast<std::uint16_t>(saturation * count),
-                     static_cast<std::uint16_t>(lightness * count), 0};
+        const std::uint16_t count = std::min(bias(saturation, lightness), maxCount);
+        weighted[i] = {count, static_cast<std::uint16_t>(saturation * count),
+                       static_cast<std::uint16_t>(lightness * count), 0};
     }
 }

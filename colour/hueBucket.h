@@ -6,28 +6,29 @@
 #include <cstring>
 
 // What one colour adds to its bucket.
-struct Share {
+struct WeightedColour {
     std::uint16_t count;      // the colour's weight
     std::uint16_t saturation; // percent, times the count
     std::uint16_t lightness;  // percent, times the count
     std::uint16_t none;       // 0
 };
 
-// Calculates the shares. A colour's count is its bias, limited to `most`; with a limit of 1 all
+// Weights the colours. A colour's count is its bias, limited to `maxCount`; with a limit of 1 all
 // colours count the same.
-void share(const HSLColumns &columns, std::uint16_t most, Share (&shares)[HSLColumns::capacity]);
+void weightColours(const HSLColumns &columns, std::uint16_t maxCount,
+                   WeightedColour (&weighted)[HSLColumns::capacity]);
 
-// Adds all parts of a share at once, so that a colour costs one vector addition.
+// Adds all parts of a weighted colour at once, so that a colour costs one vector addition.
 class HueBucket {
 public:
-    void add(const Share &share) {
+    void add(const WeightedColour &colour) {
         Parts parts;
-        std::memcpy(&parts, &share, sizeof parts);
+        std::memcpy(&parts, &colour, sizeof parts);
         sums += __builtin_convertvector(parts, Sums);
     }
     void operator+=(const HueBucket &other) { sums += other.sums; }
 
-    // Sums over the shares added.
+    // Sums over the colours added.
     std::int32_t count() const { return static_cast<std::int32_t>(sums[0]); }
     std::int32_t saturation() const { return static_cast<std::int32_t>(sums[1]); }
     std::int32_t lightness() const { return static_cast<std::int32_t>(sums[2]); }

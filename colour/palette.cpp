@@ -16,10 +16,11 @@ std::vector<RGB> paletteOf(const Frame &frame, const std::int32_t *samples, int 
         throw std::length_error("negative palette size");
 
     HueHistogram<hueBuckets> histogram;
-    forEachSample(frame, samples, count - 1, 1, [&](int number, unsigned hue, const Share &share) {
-        const unsigned index = hue * 2 / 9; // 80 buckets in 360 degrees
-        histogram.bucket(number, index).add(share);
-    });
+    forEachSample(frame, samples, count - 1, 1,
+                  [&](int number, unsigned hue, const WeightedColour &colour) {
+                      const unsigned index = hue * 2 / 9; // 80 buckets in 360 degrees
+                      histogram.bucket(number, index).add(colour);
+                  });
     HueBucket(&buckets)[hueBuckets] = histogram.total();
 
     std::vector<RGB> palette;

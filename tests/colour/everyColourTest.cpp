@@ -42,14 +42,14 @@ std::string complaintAboutBlock(std::uint32_t block) {
     for (const WordsToHSL wordsToHSL : conversions()) {
         HSLColumns columns;
         wordsToHSL(words, columns);
-        Share shares[capacity];
-        share(columns, maxBias, shares);
+        WeightedColour weighted[capacity];
+        weightColours(columns, maxBias, weighted);
         for (int i = 0; i < HSLColumns::capacity; ++i) {
             const HSL wanted = transcription::hslOf(transcription::unpacked(words[i]));
             const HSL got{columns.hue[i], columns.saturation[i], columns.lightness[i]};
             if (got.h != wanted.h || got.s != wanted.s || got.l != wanted.l)
                 return std::to_string(words[i]) + ": " + show(got) + ", not " + show(wanted);
-            const Share &counted = shares[i];
+            const WeightedColour &counted = weighted[i];
             const int weight = transcription::weightOf(wanted);
             if (counted.count != weight || counted.saturation != weight * wanted.s ||
                 counted.lightness != weight * wanted.l || counted.none != 0)

@@ -21,13 +21,14 @@ TEST(Samples, EachIsUsedOnceAndInOrderWhateverTheirCount) {
         int used = 0;
         int lastNumber = -1;
         forEachSample(
-            frame, samples.data(), count, 1, [&](int number, int hue, const Share &share) {
+            frame, samples.data(), count, 1,
+            [&](int number, int hue, const WeightedColour &colour) {
                 ASSERT_LT(used, count);
                 const HSL wanted = RGBToHSL(frame.colour(samples[static_cast<std::size_t>(used)]));
                 ASSERT_EQ(hue, wanted.h) << used << " of " << count;
-                ASSERT_EQ(share.count, 1);
-                ASSERT_EQ(share.saturation, wanted.s);
-                ASSERT_EQ(share.lightness, wanted.l);
+                ASSERT_EQ(colour.count, 1);
+                ASSERT_EQ(colour.saturation, wanted.s);
+                ASSERT_EQ(colour.lightness, wanted.l);
                 ASSERT_NE(number % 2, lastNumber % 2); // the histograms rely on alternating numbers
                 lastNumber = number;
                 ++used;
