@@ -75,25 +75,25 @@ static const char *groupOf(const Endpoint &endpoint) {
     return number >> 28 == 14 ? "which is a multicast address" : nullptr;
 }
 
-std::optional<AddressFault> findAddressFault(const std::string &ip) {
+std::optional<AddressError> findAddressError(const std::string &ip) {
     const std::string found = ", found " + quote(ip);
     if (const auto endpoint = parseEndpoint(ip, 0)) {
         if (const char *group = groupOf(*endpoint))
-            return AddressFault{"expected the address of one light" + found + ", " + group,
+            return AddressError{"expected the address of one light" + found + ", " + group,
                                 "write the light's own address; each light is a device"};
         return std::nullopt;
     }
     if (const auto address = withoutPort(ip); !address.empty())
-        return AddressFault{
+        return AddressError{
             "expected an address without brackets and port" + found,
             "write \"" + address +
                 "\"; the port follows from controlVersion (1: 60221, any other: 60222)"};
     if (const auto zone = ip.find('%');
         zone != std::string::npos && isAddress(ip.substr(0, zone), AF_INET6))
-        return AddressFault{
+        return AddressError{
             "expected an address without a zone" + found,
             "write the light's IPv4 address, or an IPv6 address that needs no zone"};
-    return AddressFault{
+    return AddressError{
         "expected an IPv4 or IPv6 address in numbers, such as 192.0.2.7 or 2001:db8::7" + found,
         "write the device's address in numbers; names are not looked up"};
 }

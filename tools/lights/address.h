@@ -38,13 +38,13 @@ std::string ipText(const Endpoint &endpoint);
 std::string endpointText(const std::string &ip, int port);
 
 // What is wrong with an address, and how to fix it; one line each.
-struct AddressFault {
+struct AddressError {
     std::string message;
     std::string fix;
 };
 
-// Nothing for a numeric address of one host. The library reports none of these faults; the device
+// Nothing for a numeric address of one host. The library reports none of these errors; the device
 // just stays dark.
-std::optional<AddressFault> findAddressFault(const std::string &ip);
+std::optional<AddressError> findAddressError(const std::string &ip);
 
 } // namespace lights

@@ -25,9 +25,9 @@ std::vector<config::Problem> modeProblems(const config::Document &document) {
 std::vector<config::Problem> addressProblems(const config::Document &document) {
     std::vector<config::Problem> problems;
     for (std::size_t i = 0; i < document.devices.size(); ++i)
-        if (const auto fault = lights::findAddressFault(document.devices[i].ip))
+        if (const auto error = lights::findAddressError(document.devices[i].ip))
             problems.push_back(
-                {"/devices/" + std::to_string(i) + "/ip", fault->message, fault->fix});
+                {"/devices/" + std::to_string(i) + "/ip", error->message, error->fix});
     return problems;
 }
 

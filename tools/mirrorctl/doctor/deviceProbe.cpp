@@ -18,7 +18,7 @@ namespace {
 
 struct DeviceProbe {
     const config::DeviceEntry &device;
-    std::optional<lights::AddressFault> fault; // of the address, which is then not tried
+    std::optional<lights::AddressError> addressError; // of the address, which is then not tried
     int fd = -1;
     int error = 0;
     bool isLoopback = true;
@@ -33,8 +33,8 @@ struct DeviceProbe {
 } // namespace
 
 DeviceProbe::DeviceProbe(const config::DeviceEntry &device_)
-    : device(device_), fault(lights::findAddressFault(device.ip)) {
-    if (fault)
+    : device(device_), addressError(lights::findAddressError(device.ip)) {
+    if (addressError)
         return;
     const auto to = lights::parseEndpoint(device.ip, device.port()).value();
     isLoopback = lights::isLoopback(to);
@@ -65,7 +65,7 @@ void DeviceProbe::receive() {
 }
 
 // A network error in words, and its remedy.
-static lights::AddressFault explain(int error) {
+static lights::AddressError explain(int error) {
     switch (error) {
     case EINVAL:
         return {"a link-local address, which does not say on which network interface",
@@ -93,9 +93,9 @@ static lights::AddressFault explain(int error) {
 Check DeviceProbe::result() const {
     const std::string shown = lights::quote(device.ip);
     const auto subject = lights::endpointText(shown.substr(1, shown.size() - 2), device.port());
-    if (!fault && error == 0)
+    if (!addressError && error == 0)
         return {Verdict::Good, subject, "sent from " + from + "; no error reported"};
-    const auto [finding, remedy] = fault ? *fault : explain(error);
+    const auto [finding, remedy] = addressError ? *addressError : explain(error);
     return {Verdict::Bad, subject, finding, remedy, ExitStatus::AddressFaulty};
 }
 

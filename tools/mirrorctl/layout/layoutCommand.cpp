@@ -98,8 +98,8 @@ static ExitStatus makeLayout(const LayoutOptions &options) {
 }
 
 static std::string checkAddress(const std::string &text) {
-    const auto fault = lights::findAddressFault(text);
-    return fault ? fault->message + "; " + fault->fix : std::string();
+    const auto error = lights::findAddressError(text);
+    return error ? error->message + "; " + error->fix : std::string();
 }
 
 void addLayoutCommand(CLI::App &program, ExitStatus &status) {
