@@ -1,14 +1,14 @@
 #include "colour/dominantColour.h"
+#include "tests/colour/reference.h"
 #include "tests/colour/sampledFrame.h"
-#include "tests/colour/transcription.h"
 
 #include <gtest/gtest.h>
 #include <map>
 
+using reference::Dominant;
+using reference::packed;
+using reference::Rule;
 using test::add;
-using transcription::Dominant;
-using transcription::packed;
-using transcription::Rule;
 
 namespace {
 
@@ -23,10 +23,10 @@ constexpr std::uint32_t brightGreen = 0x00ff00; // weight 20
 constexpr std::uint32_t darkRed = 0x160000;     // bucket 0, lightness 4, weight 1
 constexpr std::uint32_t brightRed = 0xff0000;   // weight 20
 
-// Compares the library's result with the transcription's and returns the latter.
+// Compares the library's result with the reference's and returns the latter.
 Dominant check(const Words &words) {
     const test::SampledFrame sampled(words);
-    const Dominant wanted = transcription::dominantOf(words);
+    const Dominant wanted = reference::dominantOf(words);
     testing::internal::CaptureStdout();
     const RGB got = dominantColour(sampled.frame(), sampled.table(), sampled.count());
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
@@ -44,7 +44,7 @@ void fillUp(Words &words, int limit = 300) {
         for (std::uint32_t low = 1; low < high; ++low)
             for (const std::uint32_t word :
                  {high << 16 | low << 8, high << 8 | low, high << 16 | low}) {
-                const HSL hsl = transcription::hslOf(transcription::unpacked(word));
+                const HSL hsl = reference::hslOf(reference::unpacked(word));
                 hues.emplace(static_cast<int>(static_cast<float>(hsl.h) * 320.0f / 360.0f), word);
             }
     for (const int taken : {0, 106, 213})
@@ -124,8 +124,7 @@ TEST(Dominant, ASubstituteWeighsAtLeast320) {
         words.push_back(last);
         fillUp(words);
         const Dominant dominant = check(words);
-        const int weight =
-            300 + transcription::weightOf(transcription::hslOf(transcription::unpacked(last)));
+        const int weight = 300 + reference::weightOf(reference::hslOf(reference::unpacked(last)));
         EXPECT_EQ(dominant.leaders[1].weight, weight);
         EXPECT_EQ(dominant.rule, weight >= 320 ? Rule::Second : Rule::Average) << weight;
     }

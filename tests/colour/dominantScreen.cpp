@@ -1,5 +1,5 @@
 #include "tests/colour/dominantScreen.h"
-#include "tests/colour/transcription.h"
+#include "tests/colour/reference.h"
 
 #include <stdexcept>
 
@@ -88,9 +88,9 @@ Pixels plainScreen(std::uint32_t colour) {
 Pixels averagingTo(RGB wanted) {
     for (int common = 0; common < 16; ++common) {
         const Pixels words = mixtureFor({wanted.r, wanted.g, wanted.b}, common).words();
-        const transcription::Dominant dominant = transcription::dominantOf(words);
-        if (dominant.rule == transcription::Rule::Average &&
-            transcription::packed(dominant.colour) == transcription::packed(wanted))
+        const reference::Dominant dominant = reference::dominantOf(words);
+        if (dominant.rule == reference::Rule::Average &&
+            reference::packed(dominant.colour) == reference::packed(wanted))
             return screenSampledAs(words);
     }
     throw std::logic_error("no screen averages to this colour");

@@ -3,7 +3,7 @@
 #include "colour/conversion.h"
 #include "colour/hueBucket.h"
 #include "tests/colour/parallel.h"
-#include "tests/colour/transcription.h"
+#include "tests/colour/reference.h"
 
 #include <gtest/gtest.h>
 #include <sstream>
@@ -16,9 +16,9 @@ std::string show(const HSL &hsl) {
 }
 
 std::string complaintAbout(std::uint32_t word) {
-    const RGB rgb = transcription::unpacked(word);
+    const RGB rgb = reference::unpacked(word);
     const HSL got = RGBToHSL(rgb);
-    const HSL wanted = transcription::hslOf(rgb);
+    const HSL wanted = reference::hslOf(rgb);
     const bool same = got.h == wanted.h && got.s == wanted.s && got.l == wanted.l;
     const bool inRange =
         got.h >= 0 && got.h < 360 && got.s >= 0 && got.s <= 100 && got.l >= 0 && got.l <= 100;
@@ -45,12 +45,12 @@ std::string complaintAboutBlock(std::uint32_t block) {
         WeightedColour weighted[capacity];
         weightColours(columns, maxBias, weighted);
         for (int i = 0; i < HSLColumns::capacity; ++i) {
-            const HSL wanted = transcription::hslOf(transcription::unpacked(words[i]));
+            const HSL wanted = reference::hslOf(reference::unpacked(words[i]));
             const HSL got{columns.hue[i], columns.saturation[i], columns.lightness[i]};
             if (got.h != wanted.h || got.s != wanted.s || got.l != wanted.l)
                 return std::to_string(words[i]) + ": " + show(got) + ", not " + show(wanted);
             const WeightedColour &counted = weighted[i];
-            const int weight = transcription::weightOf(wanted);
+            const int weight = reference::weightOf(wanted);
             if (counted.count != weight || counted.saturation != weight * wanted.s ||
                 counted.lightness != weight * wanted.l || counted.none != 0)
                 return std::to_string(words[i]) + ": counts " + std::to_string(counted.count);

@@ -75,7 +75,7 @@ TEST(RootMeanSquare, OfNothingIsBlack) {
 
 // Each channel against plain integer arithmetic. The counts include the whole screen's 6400
 // samples.
-TEST(RootMeanSquare, AgreesWithAPlainTranscription) {
+TEST(RootMeanSquare, AgreesWithAPlainReference) {
     std::mt19937 random(3);
     std::vector<std::uint32_t> words(6400);
     std::vector<std::int32_t> indices(6400);

@@ -1,7 +1,7 @@
 // HSLToRGB over its whole range at the scales in use, and far outside it.
 #include "colour/conversion.h"
 #include "tests/colour/parallel.h"
-#include "tests/colour/transcription.h"
+#include "tests/colour/reference.h"
 
 #include <gtest/gtest.h>
 #include <random>
@@ -11,12 +11,12 @@ namespace {
 
 std::string complaintAbout(const HSL &hsl, int scale) {
     const RGB got = HSLToRGB(hsl, scale);
-    const RGB wanted = transcription::rgbOf(hsl, scale);
+    const RGB wanted = reference::rgbOf(hsl, scale);
     if (got.r == wanted.r && got.g == wanted.g && got.b == wanted.b && got.spare == 0.0)
         return {};
     std::ostringstream text;
     text << hsl.h << " " << hsl.s << " " << hsl.l << " of " << scale << ": " << std::hex
-         << transcription::packed(got) << ", not " << transcription::packed(wanted);
+         << reference::packed(got) << ", not " << reference::packed(wanted);
     return text.str();
 }
 
@@ -59,8 +59,8 @@ TEST(HslToRgb, GreysOfAnyHue) {
 TEST(HslToRgb, HalfWayRoundIsTheSameOnEveryScale) {
     for (int s = 0; s <= 100; ++s)
         for (int l = 0; l <= 100; ++l)
-            ASSERT_EQ(transcription::packed(HSLToRGB({160, s, l}, 320)),
-                      transcription::packed(HSLToRGB({180, s, l}, 360)));
+            ASSERT_EQ(reference::packed(HSLToRGB({160, s, l}, 320)),
+                      reference::packed(HSLToRGB({180, s, l}, 360)));
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 // HueToRGB, Min and Max to the last bit.
 #include "colour/conversion.h"
-#include "tests/colour/transcription.h"
+#include "tests/colour/reference.h"
 
 #include <bit>
 #include <cmath>
@@ -36,7 +36,7 @@ std::vector<float> borders() {
 }
 
 void expectSame(float p, float q, float t) {
-    ASSERT_EQ(bits(HueToRGB(p, q, t)), bits(transcription::channelOf(p, q, t)))
+    ASSERT_EQ(bits(HueToRGB(p, q, t)), bits(reference::channelOf(p, q, t)))
         << "p " << p << " q " << q << " t " << t;
 }
 
@@ -90,9 +90,9 @@ TEST(MinMax, EveryTriple) {
     for (const float a : values)
         for (const float b : values)
             for (const float c : values) {
-                EXPECT_EQ(bits(Min(a, b, c)), bits(transcription::least(a, b, c)))
+                EXPECT_EQ(bits(Min(a, b, c)), bits(reference::least(a, b, c)))
                     << a << " " << b << " " << c;
-                EXPECT_EQ(bits(Max(a, b, c)), bits(transcription::greatest(a, b, c)))
+                EXPECT_EQ(bits(Max(a, b, c)), bits(reference::greatest(a, b, c)))
                     << a << " " << b << " " << c;
             }
 }

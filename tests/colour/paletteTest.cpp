@@ -1,6 +1,6 @@
 #include "colour/palette.h"
+#include "tests/colour/reference.h"
 #include "tests/colour/sampledFrame.h"
-#include "tests/colour/transcription.h"
 
 #include <gtest/gtest.h>
 #include <limits>
@@ -15,17 +15,17 @@ using Words = std::vector<std::uint32_t>;
 Words packed(const std::vector<RGB> &colours) {
     Words words;
     for (const RGB &colour : colours) {
-        words.push_back(transcription::packed(colour));
+        words.push_back(reference::packed(colour));
         EXPECT_EQ(colour.spare, 0.0);
     }
     return words;
 }
 
-// The library's palette, compared with the transcription's.
+// The library's palette, compared with the reference's.
 Words check(const Words &words, int size) {
     const test::SampledFrame sampled(words);
     const Words got = packed(paletteOf(sampled.frame(), sampled.table(), sampled.count(), size));
-    EXPECT_EQ(got, packed(transcription::paletteOf(words, size)));
+    EXPECT_EQ(got, packed(reference::paletteOf(words, size)));
     return got;
 }
 
@@ -41,7 +41,7 @@ TEST(Palette, TheMoreFrequentFirst) {
     ASSERT_EQ(redFirst.size(), 2u);
     EXPECT_EQ(redFirst[0], 0xff0000u);
     EXPECT_NE(redFirst[1], 0x0000ffu); // the hue of its bucket, not its own
-    EXPECT_EQ(redFirst[1], transcription::packed(transcription::rgbOf({53, 100, 50}, 80)));
+    EXPECT_EQ(redFirst[1], reference::packed(reference::rgbOf({53, 100, 50}, 80)));
     words.clear();
     add(words, 3100, 0xff0000);
     add(words, 3300, 0x0000ff);
@@ -93,8 +93,8 @@ TEST(Palette, EveryHueAndNoMore) {
     for (int bucket = 0; bucket < 80; ++bucket) {
         std::uint32_t word = 0;
         for (int h = 0; h < 360; ++h) {
-            word = transcription::packed(transcription::rgbOf({h, 100, 50}, 360));
-            const HSL hsl = transcription::hslOf(transcription::unpacked(word));
+            word = reference::packed(reference::rgbOf({h, 100, 50}, 360));
+            const HSL hsl = reference::hslOf(reference::unpacked(word));
             if (static_cast<int>(static_cast<float>(hsl.h) * 80.0f / 360.0f) == bucket)
                 break;
         }

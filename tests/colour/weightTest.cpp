@@ -1,6 +1,6 @@
 // The weight of a sample, for every saturation and lightness and far outside.
 #include "colour/conversion.h"
-#include "tests/colour/transcription.h"
+#include "tests/colour/reference.h"
 
 #include <gtest/gtest.h>
 #include <limits>
@@ -10,7 +10,7 @@ namespace {
 TEST(Weight, EverySaturationAndLightness) {
     for (int s = -600; s <= 600; ++s)
         for (int l = -200; l <= 300; ++l)
-            ASSERT_EQ(hslBias({7, s, l}), transcription::weightOf({7, s, l})) << s << " " << l;
+            ASSERT_EQ(hslBias({7, s, l}), reference::weightOf({7, s, l})) << s << " " << l;
 }
 
 TEST(Weight, InRangeItIsOneToTwenty) {
@@ -46,7 +46,7 @@ TEST(Weight, Examples) {
 TEST(Weight, TheLeastAndTheLargestIntegers) {
     for (const int s : {std::numeric_limits<int>::min(), -1, std::numeric_limits<int>::max()})
         for (const int l : {std::numeric_limits<int>::min(), -1, std::numeric_limits<int>::max()})
-            EXPECT_EQ(hslBias({0, s, l}), transcription::weightOf({0, s, l})) << s << " " << l;
+            EXPECT_EQ(hslBias({0, s, l}), reference::weightOf({0, s, l})) << s << " " << l;
 }
 
 } // namespace

@@ -132,7 +132,7 @@ TEST(Geometry, RebuiltSquareLargerThanTheScreenReachesOverItsEdge) {
     EXPECT_EQ(s.index[1], 300 * 1920 + 1919 - 3000);
 }
 
-TEST(Geometry, AgreesWithAPlainTranscription) {
+TEST(Geometry, AgreesWithAPlainReference) {
     std::mt19937 random(7);
     const auto below = [&](int n) { return static_cast<int>(random() % static_cast<unsigned>(n)); };
     for (int round = 0; round < 20000; ++round) {

@@ -1,11 +1,11 @@
 // Melt and fade mode: which changes of the screen are sent and which are not; fade mode's
 // transition time.
-#include "tests/colour/transcription.h"
+#include "tests/colour/reference.h"
 #include "tests/endToEnd/wallRun.h"
 
+using reference::unpacked;
 using test::averagingTo;
 using test::Datagram;
-using transcription::unpacked;
 
 namespace {
 
@@ -72,8 +72,8 @@ TEST_P(Dominant, PlainColours) {
     begin();
     for (const std::uint32_t colour : {0xc86400u, 0xff0000u, 0x00ff00u, 0x0000ffu, 0xffffffu}) {
         show(test::plainScreen(colour));
-        expectFrame(transcription::packed(
-            transcription::dominantOf(test::samplesOf(test::plainScreen(colour))).colour));
+        expectFrame(reference::packed(
+            reference::dominantOf(test::samplesOf(test::plainScreen(colour))).colour));
     }
     show(test::plainScreen(0));
     expectFrame(0);

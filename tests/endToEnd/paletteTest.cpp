@@ -1,4 +1,4 @@
-#include "tests/colour/transcription.h"
+#include "tests/colour/reference.h"
 #include "tests/endToEnd/systemRandom.h"
 #include "tests/endToEnd/wallRun.h"
 
@@ -28,8 +28,8 @@ using Palette = std::vector<std::uint32_t>;
 
 Palette paletteOf(const Pixels &pixels) {
     Palette palette;
-    for (const RGB &colour : transcription::paletteOf(test::samplesOf(pixels), 8))
-        palette.push_back(transcription::packed(colour));
+    for (const RGB &colour : reference::paletteOf(test::samplesOf(pixels), 8))
+        palette.push_back(reference::packed(colour));
     return palette;
 }
 

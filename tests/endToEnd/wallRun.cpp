@@ -1,5 +1,5 @@
 #include "tests/endToEnd/wallRun.h"
-#include "tests/colour/transcription.h"
+#include "tests/colour/reference.h"
 
 #include <poll.h>
 
@@ -10,7 +10,7 @@ namespace {
 constexpr int patience = 10000; // milliseconds
 
 std::string paletteText(const Pixels &screen) {
-    return transcription::paletteText(transcription::paletteOf(samplesOf(screen), 8));
+    return reference::paletteText(reference::paletteOf(samplesOf(screen), 8));
 }
 
 } // namespace

@@ -4,8 +4,8 @@
 #include <random>
 #include <stdexcept>
 
+using reference::packed;
 using test::Pixels;
-using transcription::packed;
 
 static bool averagingFails = false; // it prints a line first, and printing throws
 
@@ -70,7 +70,7 @@ TEST_F(Analysis, AnAverageOfTheFrame) {
 TEST_F(Analysis, TheWeightOfASample) {
     for (int s = -20; s <= 120; ++s)
         for (int l = -20; l <= 120; ++l)
-            EXPECT_EQ(mirrorManager.computeHSLBias({9, s, l}), transcription::weightOf({9, s, l}));
+            EXPECT_EQ(mirrorManager.computeHSLBias({9, s, l}), reference::weightOf({9, s, l}));
 }
 
 TEST_F(Analysis, TheDominantColourAndThePaletteOfTheScreen) {
@@ -81,10 +81,10 @@ TEST_F(Analysis, TheDominantColourAndThePaletteOfTheScreen) {
         const auto words = test::samplesOf(screen);
         CaptureStdout();
         EXPECT_EQ(packed(mirrorManager.getDominantScreenColour()),
-                  packed(transcription::dominantOf(words).colour));
+                  packed(reference::dominantOf(words).colour));
         GetCapturedStdout();
         const auto got = mirrorManager.getPaletteFromScreen(round);
-        const auto wanted = transcription::paletteOf(words, round);
+        const auto wanted = reference::paletteOf(words, round);
         ASSERT_EQ(got.size(), wanted.size());
         for (std::size_t i = 0; i < got.size(); ++i)
             EXPECT_EQ(packed(got[i]), packed(wanted[i]));
@@ -102,7 +102,7 @@ TEST_F(Analysis, TheLastSampleCountsOnlyForTheAverage) {
     show(screen);
     EXPECT_NE(packed(mirrorManager.getDominantScreenColour()), packed(without));
     EXPECT_EQ(packed(mirrorManager.getDominantScreenColour()),
-              packed(transcription::dominantOf(test::samplesOf(screen)).colour));
+              packed(reference::dominantOf(test::samplesOf(screen)).colour));
 }
 
 TEST_F(Analysis, AveragingIsSaid) {
@@ -149,9 +149,9 @@ TEST_F(Analysis, ThePaletteIsStored) {
     show(screen);
     mirrorManager.palette = {{1, 2, 3}};
     const std::string text = paletteText();
-    EXPECT_EQ(text, bounded(transcription::paletteText(
-                        transcription::paletteOf(test::samplesOf(screen), 8))));
-    EXPECT_EQ(bounded(transcription::paletteText(mirrorManager.palette)), text);
+    EXPECT_EQ(text,
+              bounded(reference::paletteText(reference::paletteOf(test::samplesOf(screen), 8))));
+    EXPECT_EQ(bounded(reference::paletteText(mirrorManager.palette)), text);
     EXPECT_EQ(mirrorManager.palette.size(), 8u);
     EXPECT_TRUE(mutexIsFree());
 }
@@ -163,8 +163,8 @@ TEST_F(Analysis, APaletteIsCutAt512Bytes) {
     int rounds = 0;
     for (; rounds < 3000 && !(seen[0] && seen[1] && seen[2]); ++rounds) {
         const Pixels screen = noise(random, 0x1f1f1f | static_cast<std::uint32_t>(random()));
-        const std::string whole = transcription::paletteText(
-            transcription::paletteOf(test::samplesOf(screen), mirrorManager.paletteSize));
+        const std::string whole = reference::paletteText(
+            reference::paletteOf(test::samplesOf(screen), mirrorManager.paletteSize));
         if (whole.size() < 511 || whole.size() > 513)
             continue;
         show(screen);
@@ -182,7 +182,7 @@ TEST_F(Analysis, MoreColoursThanThereAreHues) {
         mirrorManager.paletteSize = size;
         const std::string text = paletteText();
         EXPECT_EQ(mirrorManager.palette.size(), 80u);
-        EXPECT_EQ(text, bounded(transcription::paletteText(mirrorManager.palette)));
+        EXPECT_EQ(text, bounded(reference::paletteText(mirrorManager.palette)));
     }
 }
 

@@ -4,10 +4,10 @@
 #include <algorithm>
 #include <random>
 
+using reference::unpacked;
 using test::averagingTo;
 using test::Datagram;
 using test::Pixels;
-using transcription::unpacked;
 
 namespace {
 
@@ -22,7 +22,7 @@ const Kind kinds[] = {{"melt", &MirrorManager::mirrorModeMelt},
 class DominantModes : public ModeSteps, public testing::WithParamInterface<Kind> {
 protected:
     static RGB dominantOf(const Pixels &screen) {
-        return transcription::dominantOf(test::samplesOf(screen)).colour;
+        return reference::dominantOf(test::samplesOf(screen)).colour;
     }
 
     // Shows the screens one after the other, the first before the start, and checks every poll:
@@ -36,7 +36,7 @@ protected:
         run(GetParam().mode, [&](int poll) {
             const std::size_t now = static_cast<std::size_t>(poll);
             const RGB colour = dominantOf(screens[now]);
-            const bool differs = transcription::differs(colour, last);
+            const bool differs = reference::differs(colour, last);
             if (differs)
                 last = colour;
             for (int d = 0; d < count(); ++d) {
@@ -62,7 +62,7 @@ protected:
         const int mask = light.controlVersion == 1 ? 0xff : 0xffff;
         for (std::size_t p = 0; p < records.size(); ++p) {
             EXPECT_EQ(records[p].id, light.panelIDs[p] & mask);
-            EXPECT_EQ(records[p].colour, transcription::packed(colour));
+            EXPECT_EQ(records[p].colour, reference::packed(colour));
             EXPECT_EQ(records[p].white, 0);
         }
     }
@@ -71,7 +71,7 @@ protected:
         std::vector<Pixels> screens;
         for (const std::uint32_t colour : colours) {
             screens.push_back(averagingTo(unpacked(colour)));
-            EXPECT_EQ(transcription::packed(dominantOf(screens.back())), colour);
+            EXPECT_EQ(reference::packed(dominantOf(screens.back())), colour);
         }
         return watch(screens);
     }

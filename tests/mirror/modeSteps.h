@@ -4,7 +4,7 @@
 
 #include "mirror/sharedFlag.h"
 #include "tests/colour/dominantScreen.h"
-#include "tests/colour/transcription.h"
+#include "tests/colour/reference.h"
 #include "tests/mirror/manager.h"
 #include "tests/mirror/scriptedSystem.h"
 #include "tests/support/lightReceiver.h"

@@ -62,8 +62,8 @@ protected:
                 const int mask = lights[d].controlVersion == 1 ? 0xff : 0xffff;
                 for (const std::size_t p : flagged) {
                     const RGB colour = colours[static_cast<std::size_t>(draw()) % colours.size()];
-                    all_[d].push_back({lights[d].panelIDs[p] & mask, transcription::packed(colour),
-                                       0, counters[d][p] & mask});
+                    all_[d].push_back({lights[d].panelIDs[p] & mask, reference::packed(colour), 0,
+                                       counters[d][p] & mask});
                 }
             }
             return all_;
@@ -92,7 +92,7 @@ protected:
     // Compares this tick with the model; returns the number of devices that received a datagram.
     int expectTick(Model &model, const Pixels &screen) {
         const std::vector<RGB> colours =
-            transcription::paletteOf(test::samplesOf(screen), mirrorManager.paletteSize);
+            reference::paletteOf(test::samplesOf(screen), mirrorManager.paletteSize);
         std::deque<int> draws = newDraws();
         const auto wanted = model.tick(colours, draws);
         EXPECT_TRUE(draws.empty()) << draws.size() << " draws too many";
@@ -108,8 +108,7 @@ protected:
         }
         EXPECT_EQ(mirrorManager.palette.size(), colours.size());
         for (std::size_t i = 0; i < colours.size(); ++i)
-            EXPECT_EQ(transcription::packed(mirrorManager.palette[i]),
-                      transcription::packed(colours[i]));
+            EXPECT_EQ(reference::packed(mirrorManager.palette[i]), reference::packed(colours[i]));
         return sent;
     }
 
@@ -206,9 +205,9 @@ TEST_F(PaletteMode, TwelveTicksAreTwelveTicks) {
     lights({{1, {1}}, {2, {2}}});
     system.draw = [] { return 2; }; // a hold time of 12, and the third colour
     show(stripes());
-    const auto colours = transcription::paletteOf(test::samplesOf(stripes()), 8);
+    const auto colours = reference::paletteOf(test::samplesOf(stripes()), 8);
     ASSERT_GT(colours.size(), 2u);
-    const Record first{1, transcription::packed(colours[2]), 0, 12};
+    const Record first{1, reference::packed(colours[2]), 0, 12};
     Record second = first;
     second.id = 2;
     run(palette, [&](int tick) {
@@ -224,10 +223,10 @@ TEST_F(PaletteMode, OrderOfTheDraws) {
     lights({{1, {1, 2}}, {2, {3}}});
     show(stripes());
     system.draw = [n = 0]() mutable { return n++; };
-    const auto colours = transcription::paletteOf(test::samplesOf(stripes()), 8);
+    const auto colours = reference::paletteOf(test::samplesOf(stripes()), 8);
     ASSERT_EQ(colours.size(), 6u);
     const auto colour = [&](std::size_t drawn) {
-        return transcription::packed(colours[drawn % colours.size()]);
+        return reference::packed(colours[drawn % colours.size()]);
     };
     run(palette, [](int) { return false; });
     EXPECT_EQ(only(0), test::encode(1, {{1, colour(2), 0, 10}, {2, colour(3), 0, 11}}));
@@ -239,7 +238,7 @@ TEST_F(PaletteMode, OneColourForAll) {
     lights({{1, ids(0, 20)}});
     show(test::plainScreen(0x0000ff));
     run(palette, [](int) { return false; });
-    const std::uint32_t blue = transcription::packed(transcription::rgbOf({53, 100, 50}, 80));
+    const std::uint32_t blue = reference::packed(reference::rgbOf({53, 100, 50}, 80));
     const auto datagram = only(0);
     ASSERT_TRUE(datagram);
     for (const Record &record : test::decode(1, *datagram))

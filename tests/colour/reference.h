@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-namespace transcription {
+namespace reference {
 
 float least(float a, float b, float c);
 float greatest(float a, float b, float c);
@@ -57,4 +57,4 @@ std::string paletteText(const std::vector<RGB> &palette);
 // Whether a mode that sends only changes must send `now` after `last`.
 bool differs(RGB now, RGB last);
 
-} // namespace transcription
+} // namespace reference

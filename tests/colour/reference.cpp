@@ -1,10 +1,10 @@
-#include "tests/colour/transcription.h"
+#include "tests/colour/reference.h"
 
 #include <cmath>
 #include <cstdlib>
 #include <stdexcept>
 
-namespace transcription {
+namespace reference {
 
 float least(float a, float b, float c) {
     const float m = (b < a) ? b : a;
@@ -265,4 +265,4 @@ bool differs(RGB now, RGB last) {
     return false;
 }
 
-} // namespace transcription
+} // namespace reference
