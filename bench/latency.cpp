@@ -98,10 +98,10 @@ std::vector<double> measured(const Recording &recording) {
     return latencies;
 }
 
-// The latencies of the same drawings and datagrams if a frame took `road` to arrive and nothing
-// else took any time: a frame is taken at once, but no sooner than the minimum frame time after the
-// last one, and the next datagram shows it.
-std::vector<double> dictated(const Recording &recording, Clock::duration road) {
+// The latencies of the same drawings and datagrams if a frame took `captureTime` to arrive and
+// nothing else took any time: a frame is taken at once, but no sooner than the minimum frame time
+// after the last one, and the next datagram shows it.
+std::vector<double> dictated(const Recording &recording, Clock::duration captureTime) {
     const auto frameTime = std::chrono::duration_cast<Clock::duration>(
         std::chrono::duration<double>(mirrorManager.minimumFrameTime));
     std::vector<double> latencies;
@@ -110,7 +110,8 @@ std::vector<double> dictated(const Recording &recording, Clock::duration road) {
     for (const Clock::time_point drawn : recording.drawn) {
         if (drawn > lastFrame) // else the pending frame shows this drawing too
             lastFrame = std::max(drawn, lastFrame + frameTime);
-        while (a < recording.arrivals.size() && recording.arrivals[a].time < lastFrame + road)
+        while (a < recording.arrivals.size() &&
+               recording.arrivals[a].time < lastFrame + captureTime)
             ++a;
         latencies.push_back(a < recording.arrivals.size()
                                 ? milliseconds(recording.arrivals[a].time - drawn)
@@ -128,7 +129,7 @@ std::vector<double> differences(const std::vector<double> &a, const std::vector<
 }
 
 // The median time of a plain read and copy of a screen that was just drawn on.
-Clock::duration bareRoad(const bench::ScreenSize &size) {
+Clock::duration bareCaptureTime(const bench::ScreenSize &size) {
     test::VirtualScreen screen(size.width, size.height);
     screen.use();
     bench::BareScreen bare(size);
@@ -166,10 +167,10 @@ void printRow(const char *where, const char *what, const Values &values, const V
 
 void measure(const bench::ScreenSize &size, int draws, double leastGap, double greatestGap) {
     const Recording recording = record(size, draws, leastGap, greatestGap);
-    const Clock::duration road = bareRoad(size);
+    const Clock::duration captureTime = bareCaptureTime(size);
     const Values real = measured(recording);
     const Values delays = dictated(recording, {});
-    const Values delaysAndCopy = dictated(recording, road);
+    const Values delaysAndCopy = dictated(recording, captureTime);
     char where[64];
     std::snprintf(where, sizeof where, "%s, %.0f to %.0f ms", size.name, leastGap, greatestGap);
     std::puts("| screen, distance | | min | median | p95 | p99 | max |");
@@ -186,7 +187,7 @@ void measure(const bench::ScreenSize &size, int draws, double leastGap, double g
     std::printf("\n%s: %d of %d drawings seen, %d of them no later than the delays dictate; a "
                 "datagram every %.1f ms; bare read and copy %.1f ms\n\n",
                 where, static_cast<int>(seen), draws, static_cast<int>(onTime), periodOf(recording),
-                milliseconds(road));
+                milliseconds(captureTime));
     std::fflush(stdout);
 }
 

@@ -2,9 +2,9 @@
 // document is accepted and creates exactly its devices, and their colours can be read.
 #include "colour/dominantColour.h"
 #include "colour/palette.h"
+#include "fuzz/manager.h"
 #include "fuzz/require.h"
 #include "fuzz/seldom.h"
-#include "fuzz/stage.h"
 #include "mirror/screenMirrorMac.h"
 #include "tools/config/configDocument.h"
 
@@ -114,8 +114,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
 
     if (fuzz::isSeldom(data, size, 16))
         require(config::readText(text).problems.empty(), "the programs find nothing wrong with it");
-    fuzz::setStage(static_cast<unsigned>(wanted.displayID), width, height,
-                   input.ConsumeIntegralInRange<std::size_t>(0, 128));
+    fuzz::resetManager(static_cast<unsigned>(wanted.displayID), width, height,
+                       input.ConsumeIntegralInRange<std::size_t>(0, 128));
     require(fuzz::apply(text) == 1, "the library accepts it");
     requireDevices(wanted);
     if (fuzz::isSeldom(data, size, 256))

@@ -1,7 +1,7 @@
 // Reads any text as a configuration document: the programs report its errors and accept the
 // same documents as the library.
+#include "fuzz/manager.h"
 #include "fuzz/require.h"
-#include "fuzz/stage.h"
 #include "mirror/screenMirrorMac.h"
 #include "tools/config/configDocument.h"
 
@@ -57,7 +57,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size
     // JSON with errors would stop the process by assertion; the programs protect users from this.
     if (json && hasErrors(reading))
         return 0;
-    fuzz::setStage(static_cast<unsigned>(reading.document.displayID), 16, 9, 32);
+    fuzz::resetManager(static_cast<unsigned>(reading.document.displayID), 16, 9, 32);
     mirrorManager.mode = -7;
     require(fuzz::apply(text) == (json ? 1 : 0), "the library accepts what the programs accept");
     if (!json) {

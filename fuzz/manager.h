@@ -8,7 +8,8 @@ namespace fuzz {
 
 // Resets the manager as after loading the library, with one display of this identifier and size.
 // Frees the resources of earlier configurations.
-void setStage(unsigned displayID, std::size_t width, std::size_t height, std::size_t bitsPerPixel);
+void resetManager(unsigned displayID, std::size_t width, std::size_t height,
+                  std::size_t bitsPerPixel);
 
 // Applies a document and returns setMirrorConfig()'s result, 1 or 0.
 int apply(const std::string &text);

@@ -1,11 +1,12 @@
-#include "fuzz/stage.h"
+#include "fuzz/manager.h"
 
 #include "mirror/screenMirrorMac.h"
 #include "tests/fakes/fakePlatform.h"
 
 namespace fuzz {
 
-void setStage(unsigned displayID, std::size_t width, std::size_t height, std::size_t bitsPerPixel) {
+void resetManager(unsigned displayID, std::size_t width, std::size_t height,
+                  std::size_t bitsPerPixel) {
     mirrorManager.deInitScreen();
     mirrorManager.devices.clear();
     mirrorManager.displayStream = nullptr;
