@@ -46,9 +46,9 @@ union DarwinAddress {
 };
 
 // This system's number for a macOS address family; other families are refused.
-int familyHere(int darwinFamily);
+int hostFamily(int darwinFamily);
 
-struct AddressHere {
+struct HostAddress {
     sockaddr_storage storage;
     socklen_t length;
 };
@@ -56,7 +56,7 @@ struct AddressHere {
 // Converts the `length` bytes at `address`. Returns nullopt if the length does not match the
 // family: macOS fails such a call with EINVAL. The length byte itself may be unset, since macOS
 // sets it.
-std::optional<AddressHere> addressHere(const void *address, socklen_t length);
+std::optional<HostAddress> hostAddress(const void *address, socklen_t length);
 
 // The reverse conversion, with the length byte set.
 DarwinAddress darwinAddress(const sockaddr &address);

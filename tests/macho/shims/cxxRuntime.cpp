@@ -13,7 +13,7 @@ namespace {
 
 // Symbols that mean the same on both systems. Any other symbol must be reviewed before it is added
 // here, for example if its type contains a mutex, a condition variable or a file.
-constexpr const char *sameHere[] = {
+constexpr const char *sameOnHost[] = {
     // Exceptions.
     "___cxa_allocate_exception",
     "___cxa_begin_catch",
@@ -92,13 +92,13 @@ const std::uint64_t *threadLocalData() {
 }
 
 [[noreturn]] void throwSystemError(int error, const char *what) {
-    std::__throw_system_error(errorHere(error), what);
+    std::__throw_system_error(hostError(error), what);
 }
 
 } // namespace
 
 void addCxxRuntime(Imports &imports) {
-    for (const char *symbol : sameHere)
+    for (const char *symbol : sameOnHost)
         imports.add(libCxx, symbol, runtimeSymbol(symbol + 1));
     imports.add(libCxx, "__ZNSt3__123__libcpp_atomic_monitorEPVKv", monitorAtomic);
     imports.add(libCxx, "__ZNSt3__120__libcpp_atomic_waitEPVKvx", waitForAtomic);

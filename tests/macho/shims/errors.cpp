@@ -10,7 +10,7 @@ namespace macho {
 namespace {
 
 struct Error {
-    int here;
+    int host;
     int darwin; // Apple's sys/errno.h
     const char *text;
 };
@@ -65,15 +65,15 @@ char *errorText(int number) {
 
 int darwinError(int number) {
     for (const Error &error : errors)
-        if (error.here == number)
+        if (error.host == number)
             return error.darwin;
     refuse("an error without a number on macOS: " + std::string(std::strerror(number)));
 }
 
-int errorHere(int darwinNumber) {
+int hostError(int darwinNumber) {
     for (const Error &error : errors)
         if (error.darwin == darwinNumber)
-            return error.here;
+            return error.host;
     refuse("the error number " + std::to_string(darwinNumber));
 }
 

@@ -7,7 +7,7 @@ namespace macho {
 int darwinError(int error);
 
 // The reverse conversion.
-int errorHere(int darwinNumber);
+int hostError(int darwinNumber);
 
 // The address of macOS's errno for the calling thread.
 int *darwinErrno();

@@ -37,7 +37,7 @@ std::list<List> handedOut; // and not freed yet
 
 std::uint32_t darwinFlags(unsigned flags) {
     struct Pair {
-        unsigned here;
+        unsigned host;
         std::uint32_t darwin;
     };
     constexpr Pair pairs[] = {
@@ -46,7 +46,7 @@ std::uint32_t darwinFlags(unsigned flags) {
         {IFF_PROMISC, 0x100},    {IFF_ALLMULTI, 0x200}, {IFF_MULTICAST, 0x8000}};
     std::uint32_t darwin = 0;
     for (const Pair &pair : pairs)
-        if ((flags & pair.here) != 0)
+        if ((flags & pair.host) != 0)
             darwin |= pair.darwin;
     return darwin;
 }
@@ -59,11 +59,11 @@ DarwinAddress *translated(const sockaddr *address, DarwinAddress &room) {
 }
 
 int shimGetInterfaces(DarwinInterface **result) {
-    ifaddrs *here = nullptr;
-    if (getifaddrs(&here) != 0)
+    ifaddrs *host = nullptr;
+    if (getifaddrs(&host) != 0)
         return withErrno(-1);
     List list;
-    for (const ifaddrs *entry = here; entry != nullptr; entry = entry->ifa_next) {
+    for (const ifaddrs *entry = host; entry != nullptr; entry = entry->ifa_next) {
         Entry &darwin = list.emplace_back();
         darwin.name = std::string(entry->ifa_name) == "lo" ? "lo0" : entry->ifa_name;
         darwin.interface.name = darwin.name.c_str();
@@ -75,7 +75,7 @@ int shimGetInterfaces(DarwinInterface **result) {
             darwin.interface.destination = translated(entry->ifa_dstaddr, darwin.addresses[2]);
         }
     }
-    freeifaddrs(here);
+    freeifaddrs(host);
     DarwinInterface *next = nullptr;
     for (auto entry = list.rbegin(); entry != list.rend(); ++entry) {
         entry->interface.next = next;

@@ -16,7 +16,7 @@ struct DarwinMutex {
     std::int64_t signature;
     union {
         char room[56];
-        pthread_mutex_t here;
+        pthread_mutex_t host;
     };
 };
 static_assert(sizeof(DarwinMutex) == 64);
@@ -27,7 +27,7 @@ constexpr std::int64_t destroyedSignature = 0;
 pthread_mutex_t *checked(const char *call, DarwinMutex *mutex) {
     if (mutex->signature != staticSignature)
         refuse(std::string(call) + " of a mutex that is none: it was never made, or is destroyed");
-    return &mutex->here;
+    return &mutex->host;
 }
 
 void lockMutex(DarwinMutex *mutex) {

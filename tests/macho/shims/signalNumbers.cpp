@@ -6,7 +6,7 @@ namespace macho {
 namespace {
 
 struct Number {
-    int here;
+    int host;
     int darwin; // Apple's sys/signal.h
 };
 
@@ -22,15 +22,15 @@ constexpr Number numbers[] = {
 
 int darwinSignal(int signal) {
     for (const Number &number : numbers)
-        if (number.here == signal)
+        if (number.host == signal)
             return number.darwin;
     return 0;
 }
 
-int signalHere(int darwinNumber) {
+int hostSignal(int darwinNumber) {
     for (const Number &number : numbers)
         if (number.darwin == darwinNumber)
-            return number.here;
+            return number.host;
     refuse("the signal " + std::to_string(darwinNumber));
 }
 
@@ -47,12 +47,12 @@ std::uint32_t darwinSignalSet(const sigset_t &set) {
     return darwin;
 }
 
-sigset_t signalSetHere(std::uint32_t darwinSet) {
+sigset_t hostSignalSet(std::uint32_t darwinSet) {
     sigset_t set;
     sigemptyset(&set);
     for (int number = 1; number <= 32; ++number)
         if ((darwinSet >> (number - 1) & 1) != 0)
-            sigaddset(&set, signalHere(number));
+            sigaddset(&set, hostSignal(number));
     return set;
 }
 

@@ -10,10 +10,10 @@ namespace macho {
 int darwinSignal(int signal);
 
 // This system's number of a macOS signal; signals that do not exist here are refused.
-int signalHere(int darwinNumber);
+int hostSignal(int darwinNumber);
 
 // Conversions of signal sets. Sets with a signal that the other system lacks are refused.
 std::uint32_t darwinSignalSet(const sigset_t &set);
-sigset_t signalSetHere(std::uint32_t darwinSet);
+sigset_t hostSignalSet(std::uint32_t darwinSet);
 
 } // namespace macho

@@ -24,7 +24,7 @@ struct DarwinAction {
 static_assert(sizeof(DarwinAction) == 16);
 
 struct Flag {
-    unsigned here;
+    unsigned host;
     std::int32_t darwin; // Apple's sys/signal.h
 };
 
@@ -47,63 +47,63 @@ bool isSpecial(Handler handler) {
     return handler == SIG_DFL || handler == SIG_IGN;
 }
 
-std::int32_t darwinFlags(unsigned here) {
+std::int32_t darwinFlags(unsigned host) {
     std::int32_t darwin = 0;
     for (const Flag &flag : flags)
-        if ((here & flag.here) != 0) {
+        if ((host & flag.host) != 0) {
             darwin |= flag.darwin;
-            here &= ~flag.here;
+            host &= ~flag.host;
         }
-    if ((here & ~restorerFlag) != 0)
-        refuse("a signal action with the flags " + std::to_string(here) + " of this system");
+    if ((host & ~restorerFlag) != 0)
+        refuse("a signal action with the flags " + std::to_string(host) + " of this system");
     return darwin;
 }
 
-int flagsHere(std::int32_t darwin) {
-    unsigned here = 0;
+int hostFlags(std::int32_t darwin) {
+    unsigned host = 0;
     for (const Flag &flag : flags)
         if ((darwin & flag.darwin) != 0) {
-            here |= flag.here;
+            host |= flag.host;
             darwin &= ~flag.darwin;
         }
     if (darwin != 0)
         refuse("a signal action with the flags " + std::to_string(darwin));
-    return static_cast<int>(here);
+    return static_cast<int>(host);
 }
 
-DarwinAction darwinAction(int signal, const struct sigaction &here) {
+DarwinAction darwinAction(int signal, const struct sigaction &host) {
     DarwinAction darwin = {};
-    darwin.handler = here.sa_handler;
+    darwin.handler = host.sa_handler;
     if (darwin.handler == callImageHandler)
         darwin.handler = imageHandlers[static_cast<std::size_t>(signal)];
-    darwin.mask = darwinSignalSet(here.sa_mask);
-    darwin.flags = darwinFlags(static_cast<unsigned>(here.sa_flags));
+    darwin.mask = darwinSignalSet(host.sa_mask);
+    darwin.flags = darwinFlags(static_cast<unsigned>(host.sa_flags));
     return darwin;
 }
 
-struct sigaction actionHere(int signal, const DarwinAction &darwin) {
-    struct sigaction here = {};
-    here.sa_handler = darwin.handler;
-    here.sa_mask = signalSetHere(darwin.mask);
-    here.sa_flags = flagsHere(darwin.flags);
+struct sigaction hostAction(int signal, const DarwinAction &darwin) {
+    struct sigaction host = {};
+    host.sa_handler = darwin.handler;
+    host.sa_mask = hostSignalSet(darwin.mask);
+    host.sa_flags = hostFlags(darwin.flags);
     if (!isSpecial(darwin.handler) && Image::around(reinterpret_cast<void *>(darwin.handler))) {
-        if ((here.sa_flags & SA_SIGINFO) != 0)
+        if ((host.sa_flags & SA_SIGINFO) != 0)
             refuse("a handler of the library that wants more than the signal's number");
         imageHandlers[static_cast<std::size_t>(signal)] = darwin.handler;
-        here.sa_handler = callImageHandler;
+        host.sa_handler = callImageHandler;
     }
-    return here;
+    return host;
 }
 
 int shimAction(int number, const DarwinAction *wanted, DarwinAction *before) {
-    const int signal = signalHere(number);
+    const int signal = hostSignal(number);
     struct sigaction old = {};
     if (sigaction(signal, nullptr, &old) != 0)
         return withErrno(-1);
     const DarwinAction oldDarwin = darwinAction(signal, old);
     if (wanted != nullptr) {
-        const struct sigaction here = actionHere(signal, *wanted);
-        if (sigaction(signal, &here, nullptr) != 0)
+        const struct sigaction host = hostAction(signal, *wanted);
+        if (sigaction(signal, &host, nullptr) != 0)
             return withErrno(-1);
     }
     if (before != nullptr)
@@ -122,9 +122,9 @@ int shimMask(int how, const std::uint32_t *wanted, std::uint32_t *before) {
     constexpr int ways[] = {SIG_BLOCK, SIG_UNBLOCK, SIG_SETMASK}; // 1 to 3 on macOS
     if (how < 1 || how > 3)
         refuse("a change of the signal mask of the kind " + std::to_string(how));
-    const sigset_t here = signalSetHere(wanted == nullptr ? 0 : *wanted);
+    const sigset_t host = hostSignalSet(wanted == nullptr ? 0 : *wanted);
     sigset_t old;
-    const int error = pthread_sigmask(ways[how - 1], wanted == nullptr ? nullptr : &here, &old);
+    const int error = pthread_sigmask(ways[how - 1], wanted == nullptr ? nullptr : &host, &old);
     if (error == 0 && before != nullptr)
         *before = darwinSignalSet(old);
     return error;

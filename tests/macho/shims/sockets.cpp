@@ -49,7 +49,7 @@ void checkFlags(const char *call, int flags) {
 }
 
 int shimSocket(int family, int type, int protocol) {
-    const int familyNumber = familyHere(family);
+    const int familyNumber = hostFamily(family);
     if (type != darwinDatagram || protocol != 0)
         refuse("socket of the type " + std::to_string(type) + " and the protocol " +
                std::to_string(protocol));
@@ -70,21 +70,21 @@ int shimClose(int fd) {
 
 int shimBind(int fd, const void *address, socklen_t length) {
     checkOpen("bind", fd);
-    const auto here = addressHere(address, length);
-    if (!here)
+    const auto host = hostAddress(address, length);
+    if (!host)
         return failWith(darwinEinval);
-    return withErrno(bind(fd, reinterpret_cast<const sockaddr *>(&here->storage), here->length));
+    return withErrno(bind(fd, reinterpret_cast<const sockaddr *>(&host->storage), host->length));
 }
 
 ssize_t shimSendTo(int fd, const void *bytes, std::size_t length, int flags, const void *to,
                    socklen_t toLength) {
     checkOpen("sendto", fd);
     checkFlags("sendto", flags);
-    const auto here = addressHere(to, toLength);
-    if (!here)
+    const auto host = hostAddress(to, toLength);
+    if (!host)
         return failWith(darwinEinval);
     return withErrno(sendto(fd, bytes, length, 0,
-                            reinterpret_cast<const sockaddr *>(&here->storage), here->length));
+                            reinterpret_cast<const sockaddr *>(&host->storage), host->length));
 }
 
 ssize_t shimReceiveFrom(int fd, void *bytes, std::size_t length, int flags, void *from,
@@ -112,8 +112,8 @@ int setReceiveTimeout(int fd, const void *value, socklen_t length) {
     std::memcpy(&darwin, value, sizeof darwin);
     if (darwin.seconds < 0 || darwin.microseconds < 0 || darwin.microseconds >= 1000000)
         return failWith(darwinEdom);
-    const timeval here = {darwin.seconds, darwin.microseconds};
-    return withErrno(setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &here, sizeof here));
+    const timeval host = {darwin.seconds, darwin.microseconds};
+    return withErrno(setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &host, sizeof host));
 }
 
 int shimSetOption(int fd, int level, int option, const void *value, socklen_t length) {
@@ -138,11 +138,11 @@ int shimControl(int fd, int command, ...) {
 }
 
 int shimParseAddress(int family, const char *text, void *address) {
-    return withErrno(inet_pton(familyHere(family), text, address));
+    return withErrno(inet_pton(hostFamily(family), text, address));
 }
 
 const char *shimAddressText(int family, const void *address, char *text, socklen_t length) {
-    const char *result = inet_ntop(familyHere(family), address, text, length);
+    const char *result = inet_ntop(hostFamily(family), address, text, length);
     if (result == nullptr)
         takeErrno();
     return result;

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::uint64_t keyMark = 0x4b657900'00000000;
 
-pthread_key_t keyHere(std::uint64_t darwin) {
+pthread_key_t hostKey(std::uint64_t darwin) {
     if (darwin >> 32 != keyMark >> 32)
         refuse("a thread-specific value with the unknown key " + std::to_string(darwin));
     return static_cast<pthread_key_t>(darwin);
@@ -48,7 +48,7 @@ int shimCreate(pthread_t *thread, const void *attributes, Run run, void *argumen
 }
 
 int shimSetSpecific(std::uint64_t key, const void *value) {
-    return pthread_setspecific(keyHere(key), value) == 0 ? 0 : darwinEinval;
+    return pthread_setspecific(hostKey(key), value) == 0 ? 0 : darwinEinval;
 }
 
 } // namespace

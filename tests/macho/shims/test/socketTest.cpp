@@ -123,11 +123,11 @@ TEST_F(SocketTest, WaitsAsLongAsTheTimeoutSays) {
     EXPECT_EQ(socket.setTimeout(1500), 0);
     EXPECT_EQ(socket->timeoutSeconds, 1);
     EXPECT_EQ(socket->timeoutMicroseconds, 500000);
-    timeval here = {};
-    socklen_t length = sizeof here;
-    EXPECT_EQ(getsockopt(socket->fd, SOL_SOCKET, SO_RCVTIMEO, &here, &length), 0);
-    EXPECT_EQ(here.tv_sec, 1);
-    EXPECT_EQ(here.tv_usec, 500000);
+    timeval host = {};
+    socklen_t length = sizeof host;
+    EXPECT_EQ(getsockopt(socket->fd, SOL_SOCKET, SO_RCVTIMEO, &host, &length), 0);
+    EXPECT_EQ(host.tv_sec, 1);
+    EXPECT_EQ(host.tv_usec, 500000);
     EXPECT_EQ(socket.setTimeout(-1500), 0); // the system refuses this value
     EXPECT_EQ(socket->timeoutSeconds, -1);
     EXPECT_EQ(socket->timeoutMicroseconds, -500000);
