@@ -5,11 +5,9 @@
 #include <cerrno>
 #include <cmath>
 #include <csignal>
-#include <fcntl.h>
 #include <poll.h>
 #include <system_error>
 #include <thread>
-#include <unistd.h>
 
 namespace mirrorctl {
 
@@ -27,31 +25,6 @@ bool awaitReadable(const std::vector<int> &descriptors, std::optional<double> ti
     if (ready < 0 && errno != EINTR)
         throw std::system_error(errno, std::generic_category(), "poll");
     return ready > 0;
-}
-
-WakeUp::WakeUp() {
-    if (pipe(ends) != 0)
-        throw std::system_error(errno, std::generic_category(), "pipe");
-    for (const int fd : ends) {
-        fcntl(fd, F_SETFD, FD_CLOEXEC);
-        fcntl(fd, F_SETFL, O_NONBLOCK);
-    }
-}
-
-WakeUp::~WakeUp() {
-    close(ends[0]);
-    close(ends[1]);
-}
-
-void WakeUp::signal() const {
-    while (write(ends[1], "", 1) < 0 && errno == EINTR) {
-    }
-}
-
-void WakeUp::clear() const {
-    char bytes[64];
-    while (read(ends[0], bytes, sizeof bytes) > 0) {
-    }
 }
 
 // Shared with the thread that takes the signals, which runs until the process ends.

@@ -1,33 +1,19 @@
 // Waits for descriptors, for other threads, and for signals such as Ctrl-C.
 #pragma once
 
+#include "tools/lights/wakeUp.h"
+
 #include <memory>
 #include <optional>
 #include <vector>
 
 namespace mirrorctl {
 
+using lights::WakeUp;
+
 // Waits until one of the descriptors (-1 is skipped) is readable or hung up, and returns true;
 // returns false after `timeout` seconds, if given, or when interrupted.
 bool awaitReadable(const std::vector<int> &descriptors, std::optional<double> timeout);
-
-// A descriptor that any thread can make readable: a pipe that never blocks and is closed on exec.
-class WakeUp {
-public:
-    // Throws std::system_error if no pipe can be created.
-    WakeUp();
-    ~WakeUp();
-    WakeUp(const WakeUp &) = delete;
-    WakeUp &operator=(const WakeUp &) = delete;
-
-    int descriptor() const { return ends[0]; }
-    int writeEnd() const { return ends[1]; }
-    void signal() const;
-    void clear() const; // it is not readable until the next signal()
-
-private:
-    int ends[2]; // of a pipe
-};
 
 // From its construction on, SIGINT, SIGTERM and SIGHUP are blocked on this thread and on all
 // threads started afterwards. A separate thread takes them, so that no handler runs: the library's

@@ -50,7 +50,7 @@ void Signals::take(int signal, void (*handler)(int)) {
 
 std::optional<int> Signals::next() {
     unsigned char byte;
-    if (read(queue.readEnd(), &byte, 1) != 1)
+    if (read(queue.descriptor(), &byte, 1) != 1)
         return std::nullopt;
     return byte;
 }

@@ -1,7 +1,7 @@
 // Signals as a descriptor to poll, and output that signals interrupt.
 #pragma once
 
-#include "tools/panelwall/pipe.h"
+#include "tools/lights/wakeUp.h"
 
 #include <csignal>
 #include <optional>
@@ -23,7 +23,7 @@ public:
     Signals &operator=(const Signals &) = delete;
 
     // Readable while next() has a signal to return.
-    int fd() const { return queue.readEnd(); }
+    int fd() const { return queue.descriptor(); }
 
     // Removes and returns the oldest queued signal; none if the queue is empty. Never waits.
     std::optional<int> next();
@@ -31,7 +31,7 @@ public:
 private:
     void take(int signal, void (*handler)(int));
 
-    Pipe queue;
+    lights::WakeUp queue;
     std::vector<std::pair<int, struct sigaction>> saved;
 };
 

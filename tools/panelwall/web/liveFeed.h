@@ -1,14 +1,13 @@
 // Passes the newest state, and nothing older, from the wall's thread to the live page's readers.
 #pragma once
 
-#include "tools/panelwall/pipe.h"
+#include "tools/lights/wakeUp.h"
 
 #include <atomic>
 #include <condition_variable>
 #include <memory>
 #include <mutex>
 #include <string>
-#include <unistd.h>
 
 namespace panelwall {
 
@@ -21,16 +20,10 @@ public:
     // For the wall's thread.
 
     // Readable while a new reader waits for its greeting.
-    int fd() const { return newcomers.readEnd(); }
+    int fd() const { return newcomers.descriptor(); }
 
     // Whether new readers have connected since the last call; they wait for greet().
-    bool takeNewcomers() {
-        char scrap[256];
-        bool any = false;
-        while (read(newcomers.readEnd(), scrap, sizeof scrap) > 0)
-            any = true;
-        return any;
-    }
+    bool takeNewcomers() { return newcomers.clear(); }
 
     // Sends new readers everything they need, including the current state. Others do not get it.
     void greet(std::string text) { tell(greeting, std::move(text)); }
@@ -56,8 +49,7 @@ public:
             ++feed.readerCount;
             const std::lock_guard lock(feed.mutex);
             seen = feed.greeting;
-            // If the pipe is full, it wakes the wall anyway.
-            [[maybe_unused]] const ssize_t written = write(feed.newcomers.writeEnd(), "", 1);
+            feed.newcomers.signal(); // if its pipe is full, it wakes the wall anyway
         }
         ~Reader() { --feed.readerCount; }
         Reader(const Reader &) = delete;
@@ -88,7 +80,7 @@ private:
         changed.notify_all();
     }
 
-    Pipe newcomers;
+    lights::WakeUp newcomers;
     std::atomic<int> readerCount{0};
 
     std::mutex mutex;

@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <csignal>
 #include <system_error>
-#include <unistd.h>
 
 namespace panelwall {
 
@@ -58,7 +57,7 @@ PageServer::PageServer(LiveFeed &feed_, ScreenPicture &picture_)
 }
 
 PageServer::~PageServer() {
-    [[maybe_unused]] const ssize_t written = write(stopping.writeEnd(), "", 1);
+    stopping.signal();
     feed.close();
     stop();
     if (listener.joinable())
@@ -107,7 +106,7 @@ std::string PageServer::open(const std::string &address, int port) {
 }
 
 bool PageServer::process_and_close_socket(socket_t descriptor) {
-    Connection connection(descriptor, stopping.readEnd());
+    Connection connection(descriptor, stopping.descriptor());
     if (++connections > maxConnections) {
         connection.httplib::Stream::write(
             "HTTP/1.1 503 Service Unavailable\r\nConnection: close\r\nContent-Type: text/plain\r\n"

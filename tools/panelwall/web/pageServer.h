@@ -1,7 +1,6 @@
 // The live page's HTTP server.
 #pragma once
 
-#include "tools/panelwall/pipe.h"
 #include "tools/panelwall/web/liveFeed.h"
 #include "tools/panelwall/web/screenPicture.h"
 
@@ -48,7 +47,7 @@ private:
     const std::string token;
     std::string name;        // "127.0.0.1:8060" or "[::1]:8060"
     socket_t listening = -1; // owned by the library
-    Pipe stopping;
+    lights::WakeUp stopping;
     std::atomic<int> connections{0};
     std::thread listener;
 };
