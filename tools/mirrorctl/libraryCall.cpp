@@ -4,7 +4,6 @@
 
 #include <cstdio>
 #include <cstring>
-#include <optional>
 #include <unistd.h>
 #include <utility>
 
@@ -33,9 +32,8 @@ ExitStatus LibraryCall::result() {
     return outcome.get();
 }
 
-// The result, or nothing if the call was not done in time; its thread then keeps running.
-static std::optional<ExitStatus> resultInTime(const StopSignals &signals, const char *nothing,
-                                              std::function<ExitStatus()> work) {
+ExitStatus untilSignal(const StopSignals &signals, const char *nothing,
+                       std::function<ExitStatus()> work) {
     ServerWatch watch;
     LibraryCall call(std::move(work));
     while (!call.isDone() && signals.firstSignal() == 0)
@@ -44,24 +42,16 @@ static std::optional<ExitStatus> resultInTime(const StopSignals &signals, const 
         watch.ask();
         awaitReadable({call.descriptor()}, graceSeconds);
     }
-    std::optional<ExitStatus> result;
-    if (call.isDone())
-        result = call.result();
-    if (const int signum = signals.firstSignal();
-        signum != 0 && result.value_or(ExitStatus::NothingSent) == ExitStatus::NothingSent)
+    const bool isDone = call.isDone();
+    const auto result = isDone ? call.result() : ExitStatus::NothingSent;
+    if (const int signum = signals.firstSignal(); signum != 0 && result == ExitStatus::NothingSent)
         // NOLINTNEXTLINE(concurrency-mt-unsafe): a known signal has a constant name
         std::fprintf(stderr, "%s: %s.\n", nothing, strsignal(signum));
-    if (!result && watch.state() != ServerWatch::State::Absent && watch.hasPendingRequest())
+    if (isDone)
+        return result;
+    if (watch.state() != ServerWatch::State::Absent && watch.hasPendingRequest())
         std::fputs(silentServerLine().c_str(), stderr);
-    return result;
-}
-
-ExitStatus untilSignal(const StopSignals &signals, const char *nothing,
-                       std::function<ExitStatus()> work) {
-    const auto result = resultInTime(signals, nothing, std::move(work));
-    if (!result)
-        _exit(static_cast<int>(ExitStatus::NothingSent));
-    return *result;
+    _exit(static_cast<int>(result)); // the call may never return
 }
 
 } // namespace mirrorctl
