@@ -55,6 +55,14 @@ bool showsColours(int fd) {
     return isatty(fd) == 1 && !(type && std::string_view(type) == "dumb");
 }
 
+std::string swatch(const Colour &colour) {
+    return format("\x1b[48;2;%d;%d;%dm    \x1b[0m", colour.red, colour.green, colour.blue);
+}
+
+std::string hexText(const Colour &colour) {
+    return format("#%02x%02x%02x", colour.red, colour.green, colour.blue);
+}
+
 static char lower(char c) {
     return static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
 }

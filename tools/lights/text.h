@@ -1,4 +1,4 @@
-// Words, names and numbers in messages and on the command line.
+// Words, names, numbers and colours in messages and on the command line.
 //
 // Callable from any thread.
 #pragma once
@@ -31,6 +31,12 @@ std::string nameDevice(std::size_t index, const DeviceEntry &device);
 
 // Whether a descriptor is a terminal that can show colours: TERM does not say dumb.
 bool showsColours(int fd);
+
+// Four blanks on the colour, in 24-bit colour; the terminal's own colours are restored after it.
+std::string swatch(const Colour &colour);
+
+// "#ff8000"
+std::string hexText(const Colour &colour);
 
 // The candidate nearest to `name`, ignoring case: at most two edits away (one for a name of fewer
 // than six letters). An edit is a wrong, missing or extra letter, or two swapped neighbours.

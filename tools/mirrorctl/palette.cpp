@@ -1,10 +1,10 @@
 // mirrorctl palette
 #include "mirror/mirrorInterface.h"
+#include "tools/lights/text.h"
 #include "tools/mirrorctl/commands.h"
 #include "tools/mirrorctl/libraryCall.h"
 #include "tools/mirrorctl/mirroring.h"
 #include "tools/mirrorctl/server.h"
-#include "tools/mirrorctl/terminalColour.h"
 
 #include <chrono>
 #include <cstdio>
@@ -53,9 +53,9 @@ struct PaletteOptions {
 };
 
 static void printTable(const Palette &palette) {
-    const bool coloured = showsColours(STDOUT_FILENO);
+    const bool coloured = lights::showsColours(STDOUT_FILENO);
     std::printf("%s%-7s  %3s  %3s  %3s\n", coloured ? "      " : "", "hex", "R", "G", "B");
-    for (const Colour &colour : palette.colours)
+    for (const lights::Colour &colour : palette.colours)
         std::printf("%s%s  %3u  %3u  %3u\n", coloured ? (swatch(colour) + "  ").c_str() : "",
                     hexText(colour).c_str(), colour.red, colour.green, colour.blue);
 }

@@ -1,8 +1,8 @@
 // mirrorctl run
+#include "tools/lights/text.h"
 #include "tools/mirrorctl/commands.h"
 #include "tools/mirrorctl/mirroring.h"
 #include "tools/mirrorctl/run/run.h"
-#include "tools/mirrorctl/terminalColour.h"
 
 #include <cstdio>
 #include <unistd.h>
@@ -49,7 +49,7 @@ static ExitStatus run(const RunOptions &options) {
                  counter ? &*counter : nullptr, options.seconds, options.once};
     if (options.json)
         plan.style = ReportStyle::Json;
-    else if (showsColours(messages.output()))
+    else if (lights::showsColours(messages.output()))
         plan.style = ReportStyle::Live;
     Run run(plan, signals, messages);
     auto status = untilSignal(signals, "Nothing was mirrored", [&] {

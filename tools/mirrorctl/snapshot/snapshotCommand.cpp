@@ -2,12 +2,12 @@
 #include "mirror/mirrorInterface.h"
 #include "tools/config/modes.h"
 #include "tools/lights/address.h"
+#include "tools/lights/text.h"
 #include "tools/mirrorctl/commands.h"
 #include "tools/mirrorctl/libraryCall.h"
 #include "tools/mirrorctl/mirroring.h"
 #include "tools/mirrorctl/server.h"
 #include "tools/mirrorctl/snapshot/sentFrames.h"
-#include "tools/mirrorctl/terminalColour.h"
 
 #include <algorithm>
 #include <chrono>
@@ -120,7 +120,7 @@ static std::optional<Snapshot> await(const config::Document &document,
 
 // One line per record, in columns, and one for each device that was sent nothing.
 static void print(const Snapshot &snapshot, const std::vector<config::DeviceEntry> &devices) {
-    const bool coloured = showsColours(STDOUT_FILENO);
+    const bool coloured = lights::showsColours(STDOUT_FILENO);
     std::size_t widest = sizeof "address" - 1;
     for (const auto &device : devices)
         widest = std::max(widest, lights::endpointText(device.ip, device.port()).size());
