@@ -1,16 +1,17 @@
 #include "tools/config/configDocument.h"
 
 #include "tools/config/tree.h"
+#include "tools/lights/json.h"
 #include "tools/lights/text.h"
 
 #include <algorithm>
 #include <limits>
 #include <rapidjson/prettywriter.h>
-#include <rapidjson/stringbuffer.h>
 #include <utility>
 
 namespace config {
 
+using lights::put;
 using Value = rapidjson::Value;
 
 // Missing or mistyped values read as 0 or empty; array elements keep their indices.
@@ -93,40 +94,34 @@ std::optional<ScreenSize> parseScreenSize(const std::string &text, std::uint32_t
 
 std::string documentText(const Document &document) {
     rapidjson::StringBuffer text;
-    rapidjson::PrettyWriter<rapidjson::StringBuffer> writer(text);
-    writer.SetIndent(' ', 2);
-    const auto integer = [&](const char *name, std::int32_t value) {
-        writer.Key(name);
-        writer.Int(value);
-    };
-    writer.StartObject();
-    integer("displayID", document.displayID);
-    integer("mode", document.mode);
-    writer.Key("devices");
-    writer.StartArray();
+    rapidjson::PrettyWriter<rapidjson::StringBuffer> json(text);
+    json.SetIndent(' ', 2);
+    json.StartObject();
+    put(json, "displayID", document.displayID);
+    put(json, "mode", document.mode);
+    json.Key("devices");
+    json.StartArray();
     for (const DeviceEntry &device : document.devices) {
-        writer.StartObject();
-        writer.Key("ip");
-        writer.String(device.ip.data(), static_cast<rapidjson::SizeType>(device.ip.size()));
-        integer("controlVersion", device.controlVersion);
-        integer("shapeType", device.shapeType);
-        writer.Key("scaleFactor");
+        json.StartObject();
+        put(json, "ip", device.ip);
+        put(json, "controlVersion", device.controlVersion);
+        put(json, "shapeType", device.shapeType);
         // The library's parser reads some numbers as infinite, which JSON cannot express.
         constexpr double largest = std::numeric_limits<double>::max();
-        writer.Double(std::clamp(device.scaleFactor, -largest, largest));
-        writer.Key("panels");
-        writer.StartArray();
+        put(json, "scaleFactor", std::clamp(device.scaleFactor, -largest, largest));
+        json.Key("panels");
+        json.StartArray();
         for (const PanelEntry &panel : device.panels) {
             const std::string line = "{\"panelID\": " + std::to_string(panel.panelID) +
                                      ", \"centroidX\": " + std::to_string(panel.centroidX) +
                                      ", \"centroidY\": " + std::to_string(panel.centroidY) + "}";
-            writer.RawValue(line.data(), line.size(), rapidjson::kObjectType);
+            json.RawValue(line.data(), line.size(), rapidjson::kObjectType);
         }
-        writer.EndArray();
-        writer.EndObject();
+        json.EndArray();
+        json.EndObject();
     }
-    writer.EndArray();
-    writer.EndObject();
+    json.EndArray();
+    json.EndObject();
     return text.GetString() + std::string("\n");
 }
 

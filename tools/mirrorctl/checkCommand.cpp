@@ -1,4 +1,5 @@
 // mirrorctl check
+#include "tools/lights/json.h"
 #include "tools/lights/text.h"
 #include "tools/mirrorctl/commands.h"
 #include "tools/mirrorctl/libraryMessages.h"
@@ -8,12 +9,11 @@
 #include <algorithm>
 #include <cstdio>
 #include <exception>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
 
 namespace mirrorctl {
 
 using config::Severity;
+using lights::put;
 
 struct CheckOptions {
     std::string path;
@@ -154,38 +154,28 @@ static void print(const std::string &name, const CheckReport &report) {
 // For scripts: one object on one line.
 static std::string jsonText(const std::string &name, const CheckReport &report) {
     rapidjson::StringBuffer buffer;
-    rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
-    const auto text = [&](const char *key, const std::string &value) {
-        writer.Key(key);
-        writer.String(value.data(), static_cast<rapidjson::SizeType>(value.size()));
-    };
-    const auto number = [&](const char *key, std::size_t value) {
-        writer.Key(key);
-        writer.Uint64(value);
-    };
-    writer.StartObject();
-    text("file", name);
-    writer.Key("valid");
-    writer.Bool(report.count(Severity::Error) == 0);
-    number("errors", report.count(Severity::Error));
-    number("warnings", report.count(Severity::Warning));
-    number("cautions", report.count(Severity::Caution));
-    writer.Key("screenKnown");
-    writer.Bool(report.screen.has_value());
-    writer.Key("problems");
-    writer.StartArray();
+    lights::Json json(buffer);
+    json.StartObject();
+    put(json, "file", name);
+    put(json, "valid", report.count(Severity::Error) == 0);
+    put(json, "errors", report.count(Severity::Error));
+    put(json, "warnings", report.count(Severity::Warning));
+    put(json, "cautions", report.count(Severity::Caution));
+    put(json, "screenKnown", report.screen.has_value());
+    json.Key("problems");
+    json.StartArray();
     for (const auto &problem : report.problems) {
-        writer.StartObject();
-        text("severity", severityName(problem.severity));
-        text("pointer", problem.pointer);
-        number("line", problem.place.line);
-        number("column", problem.place.column);
-        text("message", problem.message);
-        text("remedy", problem.fix);
-        writer.EndObject();
+        json.StartObject();
+        put(json, "severity", severityName(problem.severity));
+        put(json, "pointer", problem.pointer);
+        put(json, "line", problem.place.line);
+        put(json, "column", problem.place.column);
+        put(json, "message", problem.message);
+        put(json, "remedy", problem.fix);
+        json.EndObject();
     }
-    writer.EndArray();
-    writer.EndObject();
+    json.EndArray();
+    json.EndObject();
     return buffer.GetString();
 }
 

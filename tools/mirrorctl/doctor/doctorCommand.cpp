@@ -1,4 +1,5 @@
 // mirrorctl doctor
+#include "tools/lights/json.h"
 #include "tools/lights/text.h"
 #include "tools/mirrorctl/commands.h"
 #include "tools/mirrorctl/doctor/doctor.h"
@@ -6,10 +7,10 @@
 #include "tools/mirrorctl/libraryMessages.h"
 
 #include <cstdio>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
 
 namespace mirrorctl {
+
+using lights::put;
 
 struct DoctorOptions {
     std::string path;
@@ -128,28 +129,23 @@ static void print(const std::vector<Section> &sections) {
 // For scripts: one object on one line.
 static std::string jsonText(const std::vector<Section> &sections) {
     rapidjson::StringBuffer buffer;
-    rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
-    const auto member = [&](const char *key, const std::string &value) {
-        writer.Key(key);
-        writer.String(value.data(), static_cast<rapidjson::SizeType>(value.size()));
-    };
-    writer.StartObject();
-    writer.Key("healthy");
-    writer.Bool(statusOf(sections) == ExitStatus::Done);
-    writer.Key("checks");
-    writer.StartArray();
+    lights::Json json(buffer);
+    json.StartObject();
+    put(json, "healthy", statusOf(sections) == ExitStatus::Done);
+    json.Key("checks");
+    json.StartArray();
     for (const Section &section : sections)
         for (const Check &check : section.checks) {
-            writer.StartObject();
-            member("ward", section.name);
-            member("verdict", nameOf(check.verdict));
-            member("subject", check.subject);
-            member("words", check.finding);
-            member("remedy", check.remedy);
-            writer.EndObject();
+            json.StartObject();
+            put(json, "ward", section.name);
+            put(json, "verdict", nameOf(check.verdict));
+            put(json, "subject", check.subject);
+            put(json, "words", check.finding);
+            put(json, "remedy", check.remedy);
+            json.EndObject();
         }
-    writer.EndArray();
-    writer.EndObject();
+    json.EndArray();
+    json.EndObject();
     return buffer.GetString();
 }
 

@@ -1,12 +1,11 @@
 #include "tools/mirrorctl/run/run.h"
 
 #include "tools/config/modes.h"
+#include "tools/lights/json.h"
 #include "tools/lights/text.h"
 
 #include <algorithm>
 #include <cstdio>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
 #include <sys/ioctl.h>
 
 namespace mirrorctl {
@@ -15,6 +14,7 @@ using config::matchMode;
 using config::paletteMode;
 using lights::counted;
 using lights::format;
+using lights::put;
 
 // "[######--------------]  30 %"
 static std::string bar(double part) {
@@ -87,32 +87,23 @@ std::string summary(const RunState &state) {
 
 std::string jsonLine(const char *event, const RunState &state) {
     rapidjson::StringBuffer buffer;
-    rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
-    const auto number = [&](const char *name, std::optional<double> value) {
-        writer.Key(name);
-        value ? writer.Double(*value) : writer.Null();
-    };
+    lights::Json json(buffer);
     static constexpr const char *servers[] = {"answering", "silent", "gone"};
     const auto pace = state.mode == matchMode ? state.pace : std::nullopt;
-    writer.SetMaxDecimalPlaces(3);
-    writer.StartObject();
-    writer.Key("event");
-    writer.String(event);
-    writer.Key("mode");
-    writer.String(config::modeName(state.mode));
-    number("seconds", state.elapsed);
-    writer.Key(state.mode == paletteMode ? "signsOfLife" : "frames");
-    state.isCounted ? writer.Uint64(state.frames) : writer.Null();
-    number("rate", pace ? std::optional(pace->rate) : std::nullopt);
-    number("jitterMs", pace ? std::optional(pace->jitter * 1e3) : std::nullopt);
-    number("silence", state.isCounted ? std::optional(state.silence) : std::nullopt);
-    writer.Key("server");
-    writer.String(servers[static_cast<int>(state.server)]);
-    writer.Key("errors");
-    writer.Uint64(state.errors);
-    writer.Key("lastError");
-    state.errors > 0 ? writer.String(state.lastError.c_str()) : writer.Null();
-    writer.EndObject();
+    json.SetMaxDecimalPlaces(3);
+    json.StartObject();
+    put(json, "event", event);
+    put(json, "mode", config::modeName(state.mode));
+    put(json, "seconds", state.elapsed);
+    put(json, state.mode == paletteMode ? "signsOfLife" : "frames",
+        state.isCounted ? std::optional(state.frames) : std::nullopt);
+    put(json, "rate", pace ? std::optional(pace->rate) : std::nullopt);
+    put(json, "jitterMs", pace ? std::optional(pace->jitter * 1e3) : std::nullopt);
+    put(json, "silence", state.isCounted ? std::optional(state.silence) : std::nullopt);
+    put(json, "server", servers[static_cast<int>(state.server)]);
+    put(json, "errors", state.errors);
+    put(json, "lastError", state.errors > 0 ? std::optional(state.lastError) : std::nullopt);
+    json.EndObject();
     return buffer.GetString();
 }
 
