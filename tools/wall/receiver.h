@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <optional>
 #include <span>
 #include <vector>
 
@@ -56,5 +57,9 @@ private:
     std::vector<Clock::time_point> lastArrivals; // for each socket
     std::vector<std::uint8_t> buffer;
 };
+
+// How many datagrams a UDP socket of this process has lost so far because its receive queue was
+// full; nullopt if the system does not report it.
+std::optional<std::uint64_t> droppedDatagrams(int socket);
 
 } // namespace panelwall

@@ -1,6 +1,6 @@
 #include "tools/panelwall/web/livePage.h"
 
-#include "tools/panelwall/web/droppedDatagrams.h"
+#include "tools/wall/receiver.h"
 
 #include <algorithm>
 #include <cerrno>

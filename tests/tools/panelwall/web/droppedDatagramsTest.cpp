@@ -1,6 +1,6 @@
-#include "tools/panelwall/web/droppedDatagrams.h"
 #include "tests/support/lightReceiver.h"
 #include "tools/lights/address.h"
+#include "tools/wall/receiver.h"
 
 #include <gtest/gtest.h>
 #include <sys/socket.h>

@@ -1,4 +1,4 @@
-#include "tools/panelwall/web/droppedDatagrams.h"
+#include "tools/wall/receiver.h"
 
 #include <linux/sock_diag.h>
 #include <sys/socket.h>
