@@ -1,5 +1,6 @@
 #include "tests/tools/mirrorctl/mirrorSetup.h"
 #include "tools/config/configDocument.h"
+#include "tools/config/modes.h"
 #include "tools/lights/device.h"
 #include "tools/mirrorctl/layout/layoutPlan.h"
 
@@ -13,7 +14,6 @@ LayoutPlan plan(const std::string &shape, config::ScreenSize screen = {1920, 108
                 std::vector<std::string> addresses = {"192.0.2.7"}) {
     LayoutPlan made;
     made.shape = parseShape(shape).value();
-    made.displayID = 5;
     made.screen = screen;
     made.addresses = std::move(addresses);
     return made;
@@ -21,9 +21,9 @@ LayoutPlan plan(const std::string &shape, config::ScreenSize screen = {1920, 108
 
 using Places = std::vector<std::pair<int, int>>;
 
-Places places(const config::Document &document) {
+Places places(const std::vector<config::DeviceEntry> &devices) {
     Places list;
-    for (const auto &device : document.devices)
+    for (const auto &device : devices)
         for (const auto &panel : device.panels)
             list.emplace_back(panel.centroidX, panel.centroidY);
     return list;
@@ -48,27 +48,26 @@ TEST(MirrorctlLayout, UnderstandsShapes) {
 }
 
 TEST(MirrorctlLayout, FillsTheScreenWithAGrid) {
-    const auto document = layOut(plan("2x3", {600, 400}));
+    const auto devices = layOut(plan("2x3", {600, 400}));
     const Places rows = {{100, 100}, {300, 100}, {500, 100}, {100, 300}, {300, 300}, {500, 300}};
-    EXPECT_EQ(places(document), rows);
-    EXPECT_EQ(document.displayID, 5);
-    EXPECT_NEAR(lights::halfSide(document.devices[0]), 100.0, 0.1);
+    EXPECT_EQ(places(devices), rows);
+    EXPECT_NEAR(lights::halfSide(devices[0]), 100.0, 0.1);
 }
 
 TEST(MirrorctlLayout, GoesAroundTheEdgesClockwise) {
     // Eight squares of side 100 around 300 x 300.
-    const auto document = layOut(plan("strip:8", {300, 300}));
+    const auto devices = layOut(plan("strip:8", {300, 300}));
     const Places clockwise = {{100, 50},  {200, 50},  {250, 100}, {250, 200},
                               {200, 250}, {100, 250}, {50, 200},  {50, 100}};
-    EXPECT_EQ(places(document), clockwise);
-    EXPECT_NEAR(lights::halfSide(document.devices[0]), 50.0, 0.1);
+    EXPECT_EQ(places(devices), clockwise);
+    EXPECT_NEAR(lights::halfSide(devices[0]), 50.0, 0.1);
 }
 
 TEST(MirrorctlLayout, SharesThePanelsOut) {
-    const auto document = layOut(plan("1x8", {800, 100}, {"192.0.2.7", "192.0.2.8", "192.0.2.9"}));
-    ASSERT_EQ(document.devices.size(), 3u);
+    const auto devices = layOut(plan("1x8", {800, 100}, {"192.0.2.7", "192.0.2.8", "192.0.2.9"}));
+    ASSERT_EQ(devices.size(), 3u);
     std::size_t all = 0;
-    for (const auto &device : document.devices) {
+    for (const auto &device : devices) {
         EXPECT_GE(device.panels.size(), 2u);
         EXPECT_LE(device.panels.size(), 3u);
         EXPECT_EQ(device.panels.front().panelID, 1);
@@ -76,7 +75,7 @@ TEST(MirrorctlLayout, SharesThePanelsOut) {
         all += device.panels.size();
     }
     EXPECT_EQ(all, 8u);
-    EXPECT_EQ(places(document).back(), std::pair(750, 50));
+    EXPECT_EQ(places(devices).back(), std::pair(750, 50));
 }
 
 TEST(MirrorctlLayout, IsWithoutFaultWhateverTheWords) {
@@ -87,12 +86,11 @@ TEST(MirrorctlLayout, IsWithoutFaultWhateverTheWords) {
             for (const int version : {1, 2}) {
                 LayoutPlan made = plan(shape, screen);
                 made.controlVersion = version;
-                made.mode = 3;
                 if (!problemOf(made).empty()) {
                     EXPECT_LT(screen.width * screen.height, 1000u * 1000u) << shape;
                     continue;
                 }
-                const auto text = config::documentText(layOut(made));
+                const auto text = config::documentText({5, config::paletteMode, layOut(made)});
                 const auto problems = config::review(config::readText(text), screen).problems;
                 EXPECT_TRUE(problems.empty())
                     << shape << " on " << screen.width << ": " << problems[0].message;

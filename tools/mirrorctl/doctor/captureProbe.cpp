@@ -1,4 +1,5 @@
 #include "mirror/mirrorInterface.h"
+#include "tools/config/modes.h"
 #include "tools/lights/datagram.h"
 #include "tools/mirrorctl/doctor/doctor.h"
 #include "tools/mirrorctl/layout/layoutPlan.h"
@@ -77,11 +78,11 @@ std::string CaptureProbe::document() const {
     LayoutPlan plan;
     plan.shape.rows = gridSide;
     plan.shape.columns = gridSide;
-    plan.displayID = static_cast<std::int32_t>(display.displayID);
     plan.screen = {display.width, display.height};
     plan.addresses = {receiver.device().ip};
     plan.controlVersion = receiver.device().controlVersion;
-    config::Document document = layOut(plan);
+    config::Document document{static_cast<std::int32_t>(display.displayID), config::matchMode,
+                              layOut(plan)};
     config::DeviceEntry &device = document.devices.front();
     constexpr double fivePixels = 0.05; // scale factor; well within the mark
     constexpr int middle = ScreenMark::first + ScreenMark::side / 2;

@@ -14,7 +14,7 @@
 namespace mirrorctl {
 
 struct LayoutOptions {
-    LayoutPlan plan; // only its shape, addresses and control version
+    LayoutPlan plan; // without its screen
     std::optional<std::int64_t> display;
     std::optional<config::ScreenSize> screen;
     std::optional<std::int32_t> mode;
@@ -73,14 +73,13 @@ static ExitStatus makeLayout(const LayoutOptions &options) {
         return ExitStatus::DisplayMissing;
     }
     LayoutPlan plan = options.plan;
-    plan.displayID = static_cast<std::int32_t>(display->displayID);
     plan.screen = options.screen.value_or(config::ScreenSize{display->width, display->height});
-    plan.mode = options.mode.value_or(config::matchMode);
     if (const std::string problem = problemOf(plan); !problem.empty()) {
         std::fprintf(stderr, "No configuration can be made from this: %s.\n", problem.c_str());
         return ExitStatus::Usage;
     }
-    const config::Document document = layOut(plan);
+    const config::Document document{static_cast<std::int32_t>(display->displayID),
+                                    options.mode.value_or(config::matchMode), layOut(plan)};
     const std::string text = config::documentText(document);
     for (const auto &problem : config::review(config::readText(text), plan.screen).problems)
         if (problem.severity != config::Severity::Caution)

@@ -93,24 +93,20 @@ std::string problemOf(const LayoutPlan &plan) {
     return {};
 }
 
-config::Document layOut(const LayoutPlan &plan) {
-    config::Document document{plan.displayID, plan.mode, {}};
+std::vector<config::DeviceEntry> layOut(const LayoutPlan &plan) {
+    std::vector<config::DeviceEntry> list;
     const std::size_t panels = plan.shape.panels();
     const std::size_t devices = plan.addresses.size();
     for (std::size_t d = 0; d < devices; ++d) {
-        config::DeviceEntry device;
-        device.ip = plan.addresses[d];
-        device.controlVersion = plan.controlVersion;
-        device.shapeType = 0;
-        device.scaleFactor = scaleOf(sideOf(plan));
+        auto &device = list.emplace_back(config::DeviceEntry{
+            plan.addresses[d], plan.controlVersion, 0, scaleOf(sideOf(plan)), {}});
         for (std::size_t i = d * panels / devices; i < (d + 1) * panels / devices; ++i) {
             const auto [x, y] = plan.shape.rows > 0 ? gridPoint(plan, i) : stripPoint(plan, i);
             const auto number = static_cast<std::int32_t>(device.panels.size() + 1);
             device.panels.push_back({number, x, y});
         }
-        document.devices.push_back(std::move(device));
     }
-    return document;
+    return list;
 }
 
 } // namespace mirrorctl

@@ -1,4 +1,4 @@
-// Configurations made from a shape and some addresses.
+// The devices of configurations, made from a shape and some addresses.
 //
 // Pure functions, callable from any thread.
 #pragma once
@@ -27,19 +27,17 @@ inline constexpr std::size_t maxPanels = 100'000;
 
 struct LayoutPlan {
     Shape shape;
-    std::int32_t displayID = 0;
     config::ScreenSize screen;
     std::vector<std::string> addresses; // of the devices, in the order in which they get panels
     std::int32_t controlVersion = 2;
-    std::int32_t mode = 0;
 };
 
 // Why no configuration can be made from the plan; empty if one can.
 std::string problemOf(const LayoutPlan &plan);
 
-// Makes the document. The devices get equal runs of the panels, a grid row by row, a strip
-// clockwise from the top left corner; panels are numbered from 1 on each device. Their areas are as
-// large as possible without overlapping within a row, column or edge.
-config::Document layOut(const LayoutPlan &plan);
+// Makes the devices. They get equal runs of the panels, a grid row by row, a strip clockwise from
+// the top left corner; panels are numbered from 1 on each device. Their areas are as large as
+// possible without overlapping within a row, column or edge.
+std::vector<config::DeviceEntry> layOut(const LayoutPlan &plan);
 
 } // namespace mirrorctl
