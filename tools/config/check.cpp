@@ -1,12 +1,11 @@
 #include "tools/config/tree.h"
+#include "tools/lights/json.h"
 #include "tools/lights/text.h"
 
 #include <algorithm>
 #include <cmath>
 #include <map>
 #include <rapidjson/pointer.h>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
 #include <stdexcept>
 #include <string_view>
 
@@ -18,7 +17,7 @@ using Value = rapidjson::Value;
 
 static std::string jsonText(const Value &value) {
     rapidjson::StringBuffer buffer;
-    rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
+    lights::Json writer(buffer);
     value.Accept(writer);
     return buffer.GetString();
 }

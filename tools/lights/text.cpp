@@ -1,13 +1,13 @@
 #include "tools/lights/text.h"
 
+#include "tools/lights/json.h"
+
 #include <algorithm>
 #include <cctype>
 #include <charconv>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
-#include <rapidjson/stringbuffer.h>
-#include <rapidjson/writer.h>
 #include <unistd.h>
 
 namespace lights {
@@ -21,8 +21,8 @@ std::string quote(std::string_view text) {
             --length;
     }
     rapidjson::StringBuffer buffer;
-    rapidjson::Writer<rapidjson::StringBuffer> writer(buffer);
-    writer.String(text.data(), static_cast<rapidjson::SizeType>(length));
+    Json json(buffer);
+    put(json, text.substr(0, length));
     return buffer.GetString() + std::string(length < text.size() ? " and more" : "");
 }
 
