@@ -23,10 +23,6 @@ LibraryCall::~LibraryCall() {
         isDone() ? thread.join() : thread.detach();
 }
 
-bool LibraryCall::isDone() const {
-    return awaitReadable({descriptor()}, 0);
-}
-
 ExitStatus LibraryCall::result() {
     thread.join(); // so that only this thread owns an exception from the work
     return outcome.get();

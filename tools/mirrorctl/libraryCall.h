@@ -25,7 +25,7 @@ public:
     LibraryCall(const LibraryCall &) = delete;
     LibraryCall &operator=(const LibraryCall &) = delete;
 
-    bool isDone() const;
+    bool isDone() const { return awaitReadable({descriptor()}, 0); }
 
     // Readable once the work is done.
     int descriptor() const { return done->descriptor(); }

@@ -191,8 +191,4 @@ Palette fetchPalette() {
     return palette;
 }
 
-bool Palette::isDark() const {
-    return colours.empty() || colours == std::vector<lights::Colour>(1);
-}
-
 } // namespace mirrorctl

@@ -55,7 +55,7 @@ struct Palette {
 
     // Whether it is pure black, as before the first frame. Several blacks are several hues that are
     // all too dark to show.
-    bool isDark() const;
+    bool isDark() const { return colours.empty() || colours == std::vector<lights::Colour>(1); }
 };
 
 // Asks the library. Throws std::runtime_error if the library returns no valid palette.

@@ -1,7 +1,6 @@
 #include "tools/mirrorctl/waiting.h"
 
 #include <algorithm>
-#include <atomic>
 #include <cerrno>
 #include <cmath>
 #include <csignal>
@@ -26,12 +25,6 @@ bool awaitReadable(const std::vector<int> &descriptors, std::optional<double> ti
         throw std::system_error(errno, std::generic_category(), "poll");
     return ready > 0;
 }
-
-// Shared with the thread that takes the signals, which runs until the process ends.
-struct StopSignals::Shared {
-    std::atomic<int> signum = 0;
-    WakeUp wakeUp; // readable from the first signal on
-};
 
 static bool isIgnored(int signum) {
     struct sigaction present;
@@ -61,14 +54,6 @@ StopSignals::StopSignals() : shared(std::make_shared<Shared>()) {
                 own->wakeUp.signal();
         }
     }).detach();
-}
-
-int StopSignals::firstSignal() const {
-    return shared->signum.load();
-}
-
-int StopSignals::descriptor() const {
-    return shared->wakeUp.descriptor();
 }
 
 } // namespace mirrorctl

@@ -3,6 +3,7 @@
 
 #include "tools/lights/wakeUp.h"
 
+#include <atomic>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -28,13 +29,17 @@ public:
     StopSignals();
 
     // The number of the first signal that has come, or 0. Does not wait.
-    int firstSignal() const;
+    int firstSignal() const { return shared->signum; }
 
     // Readable from the first signal on.
-    int descriptor() const;
+    int descriptor() const { return shared->wakeUp.descriptor(); }
 
 private:
-    struct Shared;
+    // Shared with the thread that takes the signals.
+    struct Shared {
+        std::atomic<int> signum = 0;
+        WakeUp wakeUp;
+    };
     std::shared_ptr<Shared> shared;
 };
 
