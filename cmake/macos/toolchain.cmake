@@ -9,6 +9,12 @@ get_filename_component(macosSdk ${CMAKE_CURRENT_LIST_DIR}/../../build/macos-sdk 
 set(CMAKE_OSX_SYSROOT ${macosSdk}/sdk)
 set(CMAKE_OSX_DEPLOYMENT_TARGET 11.0)
 set(RAPIDJSON_INCLUDE_DIR ${macosSdk}/rapidjson)
+# What the programs are linked with is found here and nowhere on this machine.
+set(CMAKE_FIND_ROOT_PATH ${macosSdk}/programs/${MIRROR_MACOS_ARCH})
+foreach(what LIBRARY INCLUDE PACKAGE)
+    set(CMAKE_FIND_ROOT_PATH_MODE_${what} ONLY)
+endforeach()
+set(ENV{PKG_CONFIG_LIBDIR} ${CMAKE_FIND_ROOT_PATH}/lib/pkgconfig)
 
 set(CMAKE_C_COMPILER clang-19)
 set(CMAKE_CXX_COMPILER clang++-19)
@@ -22,7 +28,9 @@ set(CMAKE_INSTALL_NAME_TOOL llvm-install-name-tool-19)
 set(CMAKE_CXX_FLAGS_INIT "-stdlib++-isystem ${CMAKE_OSX_SYSROOT}/usr/include/c++/v1 \
 -ffile-prefix-map=${RAPIDJSON_INCLUDE_DIR}/=")
 # The debug map would name the files of this machine.
-set(CMAKE_SHARED_LINKER_FLAGS_INIT "-fuse-ld=lld -Wl,-S")
+foreach(kind SHARED EXE)
+    set(CMAKE_${kind}_LINKER_FLAGS_INIT "-fuse-ld=lld -Wl,-S")
+endforeach()
 
 # The stubs have no room for programs.
 set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)
