@@ -45,6 +45,13 @@ set(argumentParsing COMPILE_FLAGS "-O0 -U_FORTIFY_SOURCE")
 if(APPLE)
     add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-Wthread-safety>)
     add_compile_definitions(_LIBCPP_ENABLE_THREAD_SAFETY_ANNOTATIONS)
+    # A file holds what is used and names no more than what is exported; its map tells the rest.
+    add_link_options(-Wl,-dead_strip -Wl,-dead_strip_dylibs -Wl,-x
+        "-Wl,-map,${PROJECT_BINARY_DIR}/$<TARGET_PROPERTY:NAME>.map")
+    # CMake knows of it only on a Mac.
+    foreach(kind SHARED_LIBRARY_RUNTIME_C SHARED_LIBRARY_RUNTIME_CXX EXECUTABLE_RUNTIME_CXX)
+        set(CMAKE_${kind}_FLAG -Wl,-rpath,)
+    endforeach()
 endif()
 
 if(MIRROR_SANITIZER)

@@ -9,12 +9,13 @@ get_filename_component(macosSdk ${CMAKE_CURRENT_LIST_DIR}/../../build/macos-sdk 
 set(CMAKE_OSX_SYSROOT ${macosSdk}/sdk)
 set(CMAKE_OSX_DEPLOYMENT_TARGET 11.0)
 set(RAPIDJSON_INCLUDE_DIR ${macosSdk}/rapidjson)
-# What the programs are linked with is found here and nowhere on this machine.
-set(CMAKE_FIND_ROOT_PATH ${macosSdk}/programs/${MIRROR_MACOS_ARCH})
+# What the programs are linked with is found here, and nothing of this machine is.
+set(programLibraries ${macosSdk}/programs/${MIRROR_MACOS_ARCH})
+list(APPEND CMAKE_FIND_ROOT_PATH ${programLibraries})
 foreach(what LIBRARY INCLUDE PACKAGE)
     set(CMAKE_FIND_ROOT_PATH_MODE_${what} ONLY)
 endforeach()
-set(ENV{PKG_CONFIG_LIBDIR} ${CMAKE_FIND_ROOT_PATH}/lib/pkgconfig)
+set(ENV{PKG_CONFIG_LIBDIR} ${programLibraries}/lib/pkgconfig)
 
 set(CMAKE_C_COMPILER clang-19)
 set(CMAKE_CXX_COMPILER clang++-19)
@@ -32,5 +33,8 @@ foreach(kind SHARED EXE)
     set(CMAKE_${kind}_LINKER_FLAGS_INIT "-fuse-ld=lld -Wl,-S")
 endforeach()
 
-# The stubs have no room for programs.
+# What is built is what is shipped.
+set(CMAKE_BUILD_WITH_INSTALL_RPATH ON)
+
+# What CMake tries out needs more than the stubs list.
 set(CMAKE_TRY_COMPILE_TARGET_TYPE STATIC_LIBRARY)

@@ -1,5 +1,6 @@
 // Compares the system's headers, ours or Apple's, with the table of documented declarations.
 #include <CoreFoundation/CoreFoundation.h>
+#include <CoreGraphics/CGWindow.h>
 #include <CoreGraphics/CoreGraphics.h>
 #include <IOSurface/IOSurface.h>
 #include <cstddef>

@@ -1,6 +1,6 @@
 #include "tools/mirrorctl/doctor/doctor.h"
 
-#include <CoreGraphics/CoreGraphics.h>
+#include <CoreGraphics/CGWindow.h>
 #include <dlfcn.h>
 
 namespace mirrorctl {
