@@ -1,6 +1,7 @@
 #include "tools/wall/receiver.h"
 
 #include "tools/lights/text.h"
+#include "tools/wall/loopbackAlias.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -49,15 +50,15 @@ std::vector<Endpoint> findEndpoints(const config::Document &document,
     return endpoints;
 }
 
-static std::string adviseOn(int error) {
+static std::string adviseOn(int error, const std::string &ip) {
     const std::string reason = std::generic_category().message(error);
     switch (error) {
     case EADDRINUSE:
         return "the port is in use, perhaps by another wall; end the program that holds it, or "
                "give the device another loopback address";
     case EADDRNOTAVAIL:
-        return "this machine has no such address (" + reason +
-               "); add it to the loopback interface, or take one that it has, such as 127.0.0.1";
+        return "this machine has no such address (" + reason + "); add it with \"" +
+               loopbackAliasCommand(ip) + "\", or take one that it has, such as 127.0.0.1";
     case EAFNOSUPPORT:
         return "this machine has no addresses of this family (" + reason +
                "); give the device an address in 127.0.0.0/8";
@@ -86,9 +87,9 @@ std::vector<config::Problem> Receiver::open(const config::Document &document,
             setsockopt(fd, SOL_SOCKET, SO_TIMESTAMP, &on, sizeof on);
         }
         if (fd < 0 || bind(fd, &endpoint.any, endpoint.length) != 0)
-            problems.push_back(
-                {"/devices/" + std::to_string(i),
-                 lights::nameDevice(i, document.devices[i]) + ": " + adviseOn(errno)});
+            problems.push_back({"/devices/" + std::to_string(i),
+                                lights::nameDevice(i, document.devices[i]) + ": " +
+                                    adviseOn(errno, document.devices[i].ip)});
     }
     return problems;
 }

@@ -52,6 +52,17 @@ TEST_F(PanelwallErrors, Addresses) {
          "address and port"});
 }
 
+TEST_F(PanelwallErrors, AddressThatThisMachineLacks) {
+    const ProcessResult result = runWithoutNetwork({writeConfig({deviceText("::1", 1, {})})});
+    if (contains(result.err, "unshare"))
+        GTEST_SKIP() << result.err;
+    expectErrors(
+        result, 6,
+        {"/devices/0: device 0 at \"::1\", UDP port 60221: this machine has no such address "
+         "(Cannot assign requested address); add it with \"sudo ip address add ::1 dev lo\", "
+         "or take one that it has, such as 127.0.0.1"});
+}
+
 TEST_F(PanelwallErrors, PortInUse) {
     const LightReceiver holder("127.0.41.23", 60222);
     const auto config =

@@ -25,6 +25,11 @@ Process WallTest::start(std::vector<std::string> arguments, const LaunchOptions 
     return Process(arguments, options);
 }
 
+ProcessResult WallTest::runWithoutNetwork(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), {"unshare", "--net", "--map-root-user", PANELWALL_PROGRAM});
+    return Process(arguments).finish();
+}
+
 ProcessResult WallTest::run(const std::vector<std::string> &arguments) {
     return start(arguments).finish();
 }

@@ -25,6 +25,9 @@ protected:
     static Process start(std::vector<std::string> arguments, const LaunchOptions &options = {});
 
     // Starts panelwall and waits for its end.
+    // Runs it in a new network namespace, whose loopback interface is down and has no IPv6 address.
+    // If the system refuses to make one, the status is 1 and standard error names unshare.
+    static ProcessResult runWithoutNetwork(std::vector<std::string> arguments);
     static ProcessResult run(const std::vector<std::string> &arguments);
 
     // Ends the program by a signal; expects exit status 0.
