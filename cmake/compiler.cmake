@@ -37,8 +37,8 @@ add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fblocks>)
 add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fconstexpr-steps=4000000>)
 include_directories(${PROJECT_SOURCE_DIR})
 
-# Properties of sources that parse arguments: the parser's templates run once, and to optimise them
-# takes longer than to compile all else.
+# Properties of sources that parse arguments: the parser's templates run once, and optimising them
+# takes longer than compiling them.
 set(argumentParsing COMPILE_FLAGS "-O0 -U_FORTIFY_SOURCE")
 
 # Thread-safety analysis needs a C++ library whose locks are annotated.
