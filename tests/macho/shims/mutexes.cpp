@@ -1,25 +1,13 @@
+#include "tests/macho/shims/mutexes.h"
 #include "tests/macho/shims/refuse.h"
 #include "tests/macho/shims/system.h"
 
-#include <cstdint>
-#include <pthread.h>
 #include <string>
 #include <system_error>
 
 namespace macho {
 
 namespace {
-
-// A signature and 56 bytes, which hold this system's mutex. On both systems these bytes are zero in
-// a new mutex.
-struct DarwinMutex {
-    std::int64_t signature;
-    union {
-        char room[56];
-        pthread_mutex_t host;
-    };
-};
-static_assert(sizeof(DarwinMutex) == 64);
 
 constexpr std::int64_t staticSignature = 0x32aaaba7; // of PTHREAD_MUTEX_INITIALIZER
 constexpr std::int64_t destroyedSignature = 0;
@@ -30,18 +18,8 @@ pthread_mutex_t *checked(const char *call, DarwinMutex *mutex) {
     return &mutex->host;
 }
 
-void lockMutex(DarwinMutex *mutex) {
-    if (const int error = pthread_mutex_lock(checked("lock", mutex)))
-        std::__throw_system_error(error, "mutex lock failed");
-}
-
 bool tryLockMutex(DarwinMutex *mutex) noexcept {
     return pthread_mutex_trylock(checked("try_lock", mutex)) == 0;
-}
-
-void unlockMutex(DarwinMutex *mutex) noexcept {
-    if (pthread_mutex_unlock(checked("unlock", mutex)) != 0)
-        refuse("unlock of a mutex that is not locked");
 }
 
 void destroyMutex(DarwinMutex *mutex) noexcept {
@@ -51,6 +29,16 @@ void destroyMutex(DarwinMutex *mutex) noexcept {
 }
 
 } // namespace
+
+void lockMutex(DarwinMutex *mutex) {
+    if (const int error = pthread_mutex_lock(checked("lock", mutex)))
+        std::__throw_system_error(error, "mutex lock failed");
+}
+
+void unlockMutex(DarwinMutex *mutex) noexcept {
+    if (pthread_mutex_unlock(checked("unlock", mutex)) != 0)
+        refuse("unlock of a mutex that is not locked");
+}
 
 void addMutexes(Imports &imports) {
     imports.add(libCxx, "__ZNSt3__15mutex4lockEv", lockMutex);

@@ -20,11 +20,6 @@ std::uint64_t stackGuard = 0x00a7'3b5e'91c8'2d00;
 
 std::atomic<bool> exiting{false};
 
-[[noreturn]] void shimExit(int status) {
-    exiting = true;
-    std::exit(status);
-}
-
 int shimAtExit(void (*entry)(void *), void *argument, void *header) {
     Image *image = Image::withHeader(header);
     if (image == nullptr)
@@ -50,12 +45,17 @@ int shimAtExit(void (*entry)(void *), void *argument, void *header) {
 
 } // namespace
 
+void exitImage(int status) {
+    exiting = true;
+    std::exit(status);
+}
+
 bool libraryIsExiting() {
     return exiting;
 }
 
 void addProcess(Imports &imports) {
-    imports.add(libSystem, "_exit", shimExit);
+    imports.add(libSystem, "_exit", exitImage);
     imports.add(libSystem, "___cxa_atexit", shimAtExit);
     imports.add(libSystem, "___assert_rtn", shimAssert);
     imports.add(libSystem, "___stack_chk_guard", &stackGuard);

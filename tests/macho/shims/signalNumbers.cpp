@@ -35,6 +35,8 @@ int hostSignal(int darwinNumber) {
 }
 
 std::uint32_t darwinSignalSet(const sigset_t &set) {
+    if (sigismember(&set, SIGRTMAX) == 1) // only sigfillset() adds this system's last signal
+        return ~std::uint32_t{0};
     std::uint32_t darwin = 0;
     for (int signal = 1; signal <= SIGRTMAX; ++signal) {
         if (sigismember(&set, signal) != 1)
@@ -49,6 +51,10 @@ std::uint32_t darwinSignalSet(const sigset_t &set) {
 
 sigset_t hostSignalSet(std::uint32_t darwinSet) {
     sigset_t set;
+    if (darwinSet == ~std::uint32_t{0}) {
+        sigfillset(&set);
+        return set;
+    }
     sigemptyset(&set);
     for (int number = 1; number <= 32; ++number)
         if ((darwinSet >> (number - 1) & 1) != 0)

@@ -9,6 +9,7 @@
 #include <array>
 #include <atomic>
 #include <csignal>
+#include <cstring>
 
 namespace macho {
 
@@ -130,6 +131,27 @@ int shimMask(int how, const std::uint32_t *wanted, std::uint32_t *before) {
     return error;
 }
 
+int shimWait(const std::uint32_t *awaited, int *number) {
+    const sigset_t host = hostSignalSet(*awaited);
+    int signal = 0;
+    const int error = sigwait(&host, &signal);
+    if (error != 0)
+        return darwinError(error);
+    *number = darwinSignal(signal);
+    return 0;
+}
+
+int shimKill(pid_t process, int number) {
+    return withErrno(kill(process, number == 0 ? 0 : hostSignal(number)));
+}
+
+// Adds the number, as macOS does.
+char *shimSignalText(int number) {
+    static thread_local std::string text;
+    text = std::string(strsignal(hostSignal(number))) + ": " + std::to_string(number);
+    return text.data();
+}
+
 void checkHandlersAreGone(const Image &image) {
     for (int signal = 1; signal < signalCount; ++signal) {
         struct sigaction now = {};
@@ -148,6 +170,9 @@ void addSignals(Imports &imports) {
     imports.add(libSystem, "_signal", shimSignal);
     imports.add(libSystem, "_sigaction", shimAction);
     imports.add(libSystem, "_pthread_sigmask", shimMask);
+    imports.add(libSystem, "_sigwait", shimWait);
+    imports.add(libSystem, "_kill", shimKill);
+    imports.add(libSystem, "_strsignal", shimSignalText);
     imports.unloadChecks.emplace_back(checkHandlersAreGone);
 }
 

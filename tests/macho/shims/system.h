@@ -12,16 +12,28 @@ namespace macho {
 
 // Adds the whole C library: the functions passed through, and the parts below.
 void addSystem(Imports &imports);
-void addErrors(Imports &imports);     // errno, error texts
+void addCharacters(Imports &imports);  // kinds of characters, numbers in texts
+void addDescriptors(Imports &imports); // what takes one, except for sockets
+void addErrors(Imports &imports);      // errno, error texts
+void addFiles(Imports &imports);
 void addInterfaces(Imports &imports); // the list of network interfaces
-void addProcess(Imports &imports);    // exit, at-exit entries, assertions, the stack protector
+void addJumps(Imports &imports);
+void addProcess(Imports &imports); // exit, at-exit entries, assertions, the stack protector
 void addSignals(Imports &imports);
 void addSockets(Imports &imports);
 void addThreads(Imports &imports);
 
 // Adds the whole C++ runtime, including std::mutex with its macOS layout.
 void addCxxRuntime(Imports &imports);
+void addConditions(Imports &imports); // also std::future
 void addMutexes(Imports &imports);
+void addStreams(Imports &imports); // positions in streams, kinds of characters
+
+// A function of this system's C++ runtime, without the leading underscore of macOS.
+const void *runtimeSymbol(const char *name);
+
+// Ends the process as the image's exit() does.
+[[noreturn]] void exitImage(int status);
 
 // Whether the library has called exit(). Objects destroyed after that may still be in use by the
 // thread that its signal handler has interrupted.

@@ -1,0 +1,64 @@
+// Runs a program for macOS: loads the library that it needs and the program itself, then calls its
+// main function.
+#include "tests/macho/host/libraryImports.h"
+#include "tests/macho/loader/image.h"
+#include "tests/macho/shims/descriptors.h"
+#include "tests/macho/shims/refuse.h"
+#include "tests/macho/shims/system.h"
+
+#include <CoreGraphics/CGWindow.h>
+#include <cstdio>
+#include <unistd.h>
+
+namespace macho {
+
+namespace {
+
+// The permission that macOS asks its users for; X servers ask nobody.
+bool mayCapture() {
+    return true;
+}
+
+// The program looks for a function of the frameworks.
+const void *findFunction(const void *library, const char *name) {
+    const void *everywhere = reinterpret_cast<void *>(-2); // Apple's RTLD_DEFAULT
+    if (library != everywhere)
+        refuse("dlsym in one library");
+    return libraryImports().find(coreGraphics, std::string("_") + name);
+}
+
+Imports programImports() {
+    Imports imports = libraryImports();
+    imports.add(coreGraphics, "_CGPreflightScreenCaptureAccess", mayCapture);
+    imports.add(libSystem, "_dlsym", findFunction);
+#ifdef MIRROR_DYLIB
+    static const Image *library = new Image(MIRROR_DYLIB, libraryImports()); // never unloaded
+    for (const char *name :
+         {"captureCurrentStreamFrames", "getDisplays", "getPalette", "getSizeOfStreamFrameJson",
+          "getStreamFrameJson", "setMirrorConfig", "startMirror", "stopMirror"})
+        imports.add("libscreenMirrorMac", std::string("_") + name, library->symbol(name));
+#endif
+    return imports;
+}
+
+int run(int count, char **arguments, char **environment) {
+    for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        adoptDescriptor(fd);
+    const auto *program = new Image(MAC_PROGRAM, programImports());
+    char *apple[] = {nullptr}; // what the system tells a program besides; these read none of it
+    auto *start = program->function<int(int, char **, char **, char **)>("main");
+    return start(count, arguments, environment, apple);
+}
+
+} // namespace
+
+} // namespace macho
+
+int main(int count, char **arguments, char **environment) {
+    try {
+        macho::exitImage(macho::run(count, arguments, environment));
+    } catch (const macho::LoadError &error) {
+        std::fprintf(stderr, "%s\n", error.what());
+        return macho::refusalStatus;
+    }
+}
