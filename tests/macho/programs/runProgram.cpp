@@ -8,6 +8,7 @@
 
 #include <CoreGraphics/CGWindow.h>
 #include <cstdio>
+#include <dlfcn.h>
 #include <unistd.h>
 
 namespace macho {
@@ -27,17 +28,30 @@ const void *findFunction(const void *library, const char *name) {
     return libraryImports().find(coreGraphics, std::string("_") + name);
 }
 
+#ifdef MIRROR_DYLIB
+// The library is loaded and never unloaded, unless a test has preloaded one that stands in for it.
+void addLibrary(Imports &imports) {
+    const Image *library = nullptr;
+    for (const char *name :
+         {"captureCurrentStreamFrames", "getDisplays", "getPalette", "getSizeOfStreamFrameJson",
+          "getStreamFrameJson", "setMirrorConfig", "startMirror", "stopMirror"}) {
+        const void *address = dlsym(RTLD_DEFAULT, name);
+        if (address == nullptr && library == nullptr)
+            library = new Image(MIRROR_DYLIB, libraryImports());
+        if (address == nullptr)
+            address = library->symbol(name);
+        imports.add("libscreenMirrorMac", std::string("_") + name, address);
+    }
+}
+#else
+void addLibrary(const Imports &) {}
+#endif
+
 Imports programImports() {
     Imports imports = libraryImports();
     imports.add(coreGraphics, "_CGPreflightScreenCaptureAccess", mayCapture);
     imports.add(libSystem, "_dlsym", findFunction);
-#ifdef MIRROR_DYLIB
-    static const Image *library = new Image(MIRROR_DYLIB, libraryImports()); // never unloaded
-    for (const char *name :
-         {"captureCurrentStreamFrames", "getDisplays", "getPalette", "getSizeOfStreamFrameJson",
-          "getStreamFrameJson", "setMirrorConfig", "startMirror", "stopMirror"})
-        imports.add("libscreenMirrorMac", std::string("_") + name, library->symbol(name));
-#endif
+    addLibrary(imports);
     return imports;
 }
 
