@@ -1,4 +1,7 @@
 #include "tests/tools/panelwall/wallSetup.h"
+#include "tests/tools/systemText.h"
+
+#include <cerrno>
 
 using namespace test;
 using PanelwallErrors = WallTest;
@@ -59,8 +62,9 @@ TEST_F(PanelwallErrors, AddressThatThisMachineLacks) {
     expectErrors(
         result, 6,
         {"/devices/0: device 0 at \"::1\", UDP port 60221: this machine has no such address "
-         "(Cannot assign requested address); add it with \"sudo ip address add ::1 dev lo\", "
-         "or take one that it has, such as 127.0.0.1"});
+         "(" +
+         errorText(EADDRNOTAVAIL) + "); add it with \"" + loopbackAliasText("::1") +
+         "\", or take one that it has, such as 127.0.0.1"});
 }
 
 TEST_F(PanelwallErrors, PortInUse) {

@@ -4,6 +4,10 @@
 
 #include <csignal>
 #include <cstring>
+#include <fcntl.h>
+#include <netdb.h>
+#include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 
 namespace macho {
@@ -26,7 +30,7 @@ int openSocket() {
 TEST(Refusal, AddressFamiliesOfThisSystem) {
     auto *open = import <int(int, int, int)>(libSystem, "_socket");
     EXPECT_REFUSED(open(AF_INET6, 2, 0), "the address family 10");
-    EXPECT_REFUSED(open(2, 1, 0), "socket of the type 1 and the protocol 0");
+    EXPECT_REFUSED(open(2, 5, 0), "socket of the type 5 and the protocol 0");
     EXPECT_REFUSED(open(30, 2, 17), "socket of the type 2 and the protocol 17");
     char address[16] = {2, 0}; // the family as this system stores it
     auto *bindTo = import <int(int, const void *, socklen_t)>(libSystem, "_bind");
@@ -49,12 +53,28 @@ TEST(Refusal, OptionsOfThisSystem) {
 TEST(Refusal, FlagsOfThisSystem) {
     auto *control = import <int(int, int, ...)>(libSystem, "_fcntl");
     EXPECT_REFUSED(control(openSocket(), 4, 04000), "fcntl with the command 4 and the flags 2048");
-    EXPECT_REFUSED(control(openSocket(), 3, 0), "fcntl with the command 3 and the flags 0");
+    EXPECT_REFUSED(control(openSocket(), 1030, 0), "fcntl with the command 1030 and the flags 0");
     char address[16] = {16, 2};
     auto *send = import <ssize_t(int, const void *, std::size_t, int, const void *, socklen_t)>(
         libSystem, "_sendto");
     EXPECT_REFUSED(send(openSocket(), "x", 1, MSG_NOSIGNAL, address, 16),
                    "sendto with the flags 16384");
+    auto *open = import <int(const char *, int, ...)>(libSystem, "_open");
+    EXPECT_REFUSED(open("/dev/null", O_WRONLY | O_CREAT, 0600), "open and the flags 65");
+    EXPECT_REFUSED(open("/dev/null", O_CLOEXEC), "open and the flags 524288");
+}
+
+TEST(Refusal, RequestsOfThisSystem) {
+    auto *control = import <int(int, unsigned long, ...)>(libSystem, "_ioctl");
+    EXPECT_REFUSED(control(openSocket(), TIOCGWINSZ), "ioctl with the request 21523");
+    pollfd polled = {openSocket(), POLLRDHUP, 0};
+    auto *wait = import <int(pollfd *, unsigned, int)>(libSystem, "_poll");
+    EXPECT_REFUSED(wait(&polled, 1, 0), "poll for the events 8192");
+    auto *find =
+        import <int(const char *, const char *, const void *, void *)>(libSystem, "_getaddrinfo");
+    const int hints[12] = {AI_NUMERICSERV, 0, 1};
+    void *found = nullptr;
+    EXPECT_REFUSED(find("127.0.0.1", "1", hints, &found), "getaddrinfo with the flags 1024");
 }
 
 TEST(Refusal, DescriptorsThatAreNotTheLibrarys) {
@@ -107,6 +127,12 @@ TEST(Refusal, MutexesThatAreNone) {
     lock(mutex);
     unlock(mutex);
     destroy(mutex);
+}
+
+TEST(Refusal, ConditionsThatAreNone) {
+    alignas(8) char zeros[48] = {};
+    auto *notify = import <void(void *)>(libCxx, "__ZNSt3__118condition_variable10notify_allEv");
+    EXPECT_REFUSED(notify(zeros), "notification of a condition that was never made");
 }
 
 TEST(Refusal, KeysOfFourBytes) {

@@ -1,0 +1,19 @@
+#include "tests/tools/systemText.h"
+
+#include <cstring>
+
+namespace test {
+
+std::string signalText(int signal) {
+    return strsignal(signal);
+}
+
+std::string errorText(int error) {
+    return std::strerror(error);
+}
+
+std::string loopbackAliasText(const std::string &ip) {
+    return "sudo ip address add " + ip + " dev lo";
+}
+
+} // namespace test
