@@ -11,8 +11,6 @@ namespace macho {
 
 namespace {
 
-// Symbols that mean the same on both systems. Any other symbol must be reviewed before it is added
-// here, for example if its type contains a mutex, a condition variable or a file.
 constexpr const char *sameOnHost[] = {
 #include "tests/macho/shims/cxxSymbols.inc"
 };
