@@ -1,5 +1,7 @@
 // A dylib for the loader's tests, with one of each thing that the loader handles.
 
+#include <setjmp.h>
+
 using Callback = void (*)(int);
 
 namespace {
@@ -22,6 +24,8 @@ struct Noting {
 
 Noting first(1);
 Noting second(2);
+
+jmp_buf place;
 
 const char *volatile words[] = {"rebased", "pointers"};
 
@@ -77,5 +81,18 @@ long catches(void (*frame)(Callback, long *), Callback callback, long *values) {
         caught = number;
     }
     return caught + a * 10 + b * 100 + c * 1000 + d * 10000 + e * 100000;
+}
+
+// `callback` calls jumpBack(), which does not return. The values are in registers before that.
+int jumps(Callback callback, int wanted, const int *values) {
+    const int a = values[0], b = values[1], c = values[2];
+    if (const int number = setjmp(place))
+        return number + a * 10 + b * 100 + c * 1000;
+    callback(wanted);
+    return 0;
+}
+
+void jumpBack(int number) {
+    longjmp(place, number);
 }
 }

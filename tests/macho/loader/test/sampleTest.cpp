@@ -43,6 +43,14 @@ TEST_F(Sample, RunsItsInitialisersInOrder) {
     EXPECT_EQ(at(2), 0);
 }
 
+TEST_F(Sample, JumpsBack) {
+    auto *jumps = image->function<int(void (*)(int), int, const int *)>("jumps");
+    auto *jumpBack = image->function<void(int)>("jumpBack");
+    const int values[] = {2, 3, 4};
+    EXPECT_EQ(jumps(jumpBack, 9, values), 4329);
+    EXPECT_EQ(jumps(jumpBack, 0, values), 4321);
+}
+
 TEST_F(Sample, RunsItsAtExitEntriesBackwardsAtUnload) {
     image.reset();
     EXPECT_EQ(noted, (std::vector<int>{-2, -1}));
