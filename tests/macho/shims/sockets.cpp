@@ -23,6 +23,8 @@ constexpr int darwinSocketLevel = 0xffff;
 constexpr int darwinReceiveTimeout = 0x1006;
 constexpr int darwinSendTimeout = 0x1005;
 constexpr int darwinTimestamp = 2; // as the type of a control message
+constexpr int darwinTruncated = 0x10;
+constexpr int darwinIpv6Only = 27; // Apple's netinet6/in6.h
 
 struct Number {
     int host;
@@ -30,15 +32,13 @@ struct Number {
 };
 
 constexpr Number socketOptions[] = {
-    {SO_REUSEADDR, 0x4}, {SO_BROADCAST, 0x20}, {SO_TIMESTAMP, 0x400}, {SO_RCVBUF, 0x1002}};
+    {SO_REUSEADDR, 0x4}, {SO_BROADCAST, 0x20}, {SO_TIMESTAMP, 0x400}};
 constexpr Number messageFlags[] = {{MSG_PEEK, 0x2}, {MSG_DONTWAIT, 0x80}};
 
 // Apple's netdb.h.
-constexpr Number lookupFlags[] = {
-    {AI_PASSIVE, 0x1}, {AI_NUMERICHOST, 0x4}, {AI_NUMERICSERV, 0x1000}};
+constexpr Number lookupFlags[] = {{AI_NUMERICHOST, 0x4}};
 constexpr Number nameFlags[] = {{NI_NUMERICHOST, 0x2}, {NI_NUMERICSERV, 0x8}};
-constexpr Number lookupErrors[] = {{EAI_AGAIN, 2},  {EAI_FAIL, 4},   {EAI_FAMILY, 5},
-                                   {EAI_MEMORY, 6}, {EAI_NONAME, 8}, {EAI_SERVICE, 9}};
+constexpr Number lookupErrors[] = {{EAI_FAMILY, 5}, {EAI_NONAME, 8}, {EAI_SERVICE, 9}};
 
 template <std::size_t count>
 int hostFlags(const char *call, const Number (&flags)[count], int darwin) {
@@ -179,7 +179,7 @@ ssize_t shimReceiveMessage(int fd, DarwinMessage *darwin, int flags) {
         return withErrno(received);
     if (darwin->name != nullptr)
         giveAddress(sender, darwin->name, &darwin->nameLength);
-    darwin->flags = (host.msg_flags & MSG_TRUNC) != 0 ? 0x10 : 0;
+    darwin->flags = (host.msg_flags & MSG_TRUNC) != 0 ? darwinTruncated : 0;
     const cmsghdr *entry = CMSG_FIRSTHDR(&host);
     if (entry == nullptr || darwin->controlLength < sizeof(DarwinStamp)) {
         darwin->controlLength = 0;
@@ -216,7 +216,7 @@ int shimSetOption(int fd, int level, int option, const void *value, socklen_t le
         return setTimeout(fd, SO_SNDTIMEO, value, length);
     if (level == IPPROTO_TCP && option == TCP_NODELAY && length == sizeof(int))
         return withErrno(setsockopt(fd, level, option, value, length)); // the same numbers
-    if (level == IPPROTO_IPV6 && option == 27 && length == sizeof(int))
+    if (level == IPPROTO_IPV6 && option == darwinIpv6Only && length == sizeof(int))
         return withErrno(setsockopt(fd, level, IPV6_V6ONLY, value, length));
     for (const Number &known : socketOptions)
         if (level == darwinSocketLevel && option == known.darwin && length == sizeof(int))

@@ -1,6 +1,7 @@
-// The parts of macOS's C library and C++ runtime that the library imports, implemented with this
-// system's. Numbers and layouts are converted both ways. Functions that are the same on both
-// systems are passed through; in LLVM's C++ runtime these are all that contain no C library types.
+// The parts of macOS's C library and C++ runtime that the library and the programs import,
+// implemented with this system's. Numbers and layouts are converted both ways. Functions that are
+// the same on both systems are passed through; in LLVM's C++ runtime these are all that contain no
+// C library types.
 #pragma once
 
 #include "tests/macho/loader/imports.h"
