@@ -1,5 +1,6 @@
 #include "tests/macho/shims/descriptors.h"
 #include "tests/macho/shims/errors.h"
+#include "tests/macho/shims/flags.h"
 #include "tests/macho/shims/refuse.h"
 #include "tests/macho/shims/system.h"
 
@@ -25,34 +26,20 @@ constexpr int darwinAccessMode = 3; // reading, writing or both: the same number
 constexpr int darwinDuplicate = 67; // with the close-on-exec flag
 constexpr int darwinWindowSize = 0x40087468;
 
-struct Flag {
-    int host;
-    int darwin;
-};
-
 constexpr Flag statusFlags[] = {{O_NONBLOCK, 0x4}, {O_APPEND, 0x8}};
 constexpr Flag openFlags[] = {{O_NONBLOCK, 0x4},     {O_APPEND, 0x8}, {O_CREAT, 0x200},
                               {O_TRUNC, 0x400},      {O_EXCL, 0x800}, {O_NOCTTY, 0x20000},
                               {O_CLOEXEC, 0x1000000}};
 
 template <std::size_t count>
-int hostFlags(const char *call, const Flag (&flags)[count], int darwin) {
-    int host = darwin & darwinAccessMode;
-    int unknown = darwin & ~darwinAccessMode;
-    for (const Flag &flag : flags)
-        if ((darwin & flag.darwin) != 0) {
-            host |= flag.host;
-            unknown &= ~flag.darwin;
-        }
-    if (unknown != 0)
-        refuse(std::string(call) + " and the flags " + std::to_string(darwin));
-    return host;
+int hostFileFlags(const char *call, const Flag (&flags)[count], int darwin) {
+    return (darwin & darwinAccessMode) | hostFlags(call, flags, darwin & ~darwinAccessMode);
 }
 
 int darwinStatusFlags(int host) {
     int darwin = host & O_ACCMODE;
     for (const Flag &flag : statusFlags)
-        if ((host & flag.host) != 0)
+        if ((static_cast<unsigned>(host) & flag.host) != 0)
             darwin |= flag.darwin;
     return darwin;
 }
@@ -63,7 +50,6 @@ int shimControl(int fd, int command, ...) {
     const int argument = va_arg(arguments, int);
     va_end(arguments);
     checkOpen("fcntl", fd);
-    const std::string call = "fcntl with the command " + std::to_string(command);
     switch (command) {
     case F_SETFD:
         if (argument != FD_CLOEXEC)
@@ -74,11 +60,13 @@ int shimControl(int fd, int command, ...) {
         return flags < 0 ? withErrno(-1) : darwinStatusFlags(flags);
     }
     case F_SETFL:
-        return withErrno(fcntl(fd, F_SETFL, hostFlags(call.c_str(), statusFlags, argument)));
+        return withErrno(
+            fcntl(fd, F_SETFL, hostFileFlags("fcntl(F_SETFL)", statusFlags, argument)));
     case darwinDuplicate:
         return adoptDescriptor(fcntl(fd, F_DUPFD_CLOEXEC, argument));
     }
-    refuse(call + " and the flags " + std::to_string(argument));
+    refuse("fcntl with the command " + std::to_string(command) + " and the argument " +
+           std::to_string(argument));
 }
 
 int shimOpen(const char *path, int flags, ...) {
@@ -86,7 +74,7 @@ int shimOpen(const char *path, int flags, ...) {
     va_start(arguments, flags);
     const mode_t mode = va_arg(arguments, mode_t); // of a file that is made; unused otherwise
     va_end(arguments);
-    return adoptDescriptor(open(path, hostFlags("open", openFlags, flags), mode));
+    return adoptDescriptor(open(path, hostFileFlags("open", openFlags, flags), mode));
 }
 
 int shimClose(int fd) {

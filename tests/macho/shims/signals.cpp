@@ -2,6 +2,7 @@
 // host's handlers, which the library may query and restore, are not changed.
 #include "tests/macho/loader/image.h"
 #include "tests/macho/shims/errors.h"
+#include "tests/macho/shims/flags.h"
 #include "tests/macho/shims/refuse.h"
 #include "tests/macho/shims/signalNumbers.h"
 #include "tests/macho/shims/system.h"
@@ -24,12 +25,8 @@ struct DarwinAction {
 };
 static_assert(sizeof(DarwinAction) == 16);
 
-struct Flag {
-    unsigned host;
-    std::int32_t darwin; // Apple's sys/signal.h
-};
-
-constexpr Flag flags[] = {
+// Apple's sys/signal.h.
+constexpr Flag actionFlags[] = {
     {SA_ONSTACK, 0x1},  {SA_RESTART, 0x2},    {SA_RESETHAND, 0x4}, {SA_NOCLDSTOP, 0x8},
     {SA_NODEFER, 0x10}, {SA_NOCLDWAIT, 0x20}, {SA_SIGINFO, 0x40},
 };
@@ -50,7 +47,7 @@ bool isSpecial(Handler handler) {
 
 std::int32_t darwinFlags(unsigned host) {
     std::int32_t darwin = 0;
-    for (const Flag &flag : flags)
+    for (const Flag &flag : actionFlags)
         if ((host & flag.host) != 0) {
             darwin |= flag.darwin;
             host &= ~flag.host;
@@ -58,18 +55,6 @@ std::int32_t darwinFlags(unsigned host) {
     if ((host & ~restorerFlag) != 0)
         refuse("a signal action with the flags " + std::to_string(host) + " of this system");
     return darwin;
-}
-
-int hostFlags(std::int32_t darwin) {
-    unsigned host = 0;
-    for (const Flag &flag : flags)
-        if ((darwin & flag.darwin) != 0) {
-            host |= flag.host;
-            darwin &= ~flag.darwin;
-        }
-    if (darwin != 0)
-        refuse("a signal action with the flags " + std::to_string(darwin));
-    return static_cast<int>(host);
 }
 
 DarwinAction darwinAction(int signal, const struct sigaction &host) {
@@ -86,7 +71,7 @@ struct sigaction hostAction(int signal, const DarwinAction &darwin) {
     struct sigaction host = {};
     host.sa_handler = darwin.handler;
     host.sa_mask = hostSignalSet(darwin.mask);
-    host.sa_flags = hostFlags(darwin.flags);
+    host.sa_flags = hostFlags("a signal action", actionFlags, darwin.flags);
     if (!isSpecial(darwin.handler) && Image::around(reinterpret_cast<void *>(darwin.handler))) {
         if ((host.sa_flags & SA_SIGINFO) != 0)
             refuse("a handler of the library that wants more than the signal's number");

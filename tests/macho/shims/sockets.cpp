@@ -1,6 +1,7 @@
 #include "tests/macho/shims/addresses.h"
 #include "tests/macho/shims/descriptors.h"
 #include "tests/macho/shims/errors.h"
+#include "tests/macho/shims/flags.h"
 #include "tests/macho/shims/refuse.h"
 #include "tests/macho/shims/system.h"
 
@@ -33,26 +34,12 @@ struct Number {
 
 constexpr Number socketOptions[] = {
     {SO_REUSEADDR, 0x4}, {SO_BROADCAST, 0x20}, {SO_TIMESTAMP, 0x400}};
-constexpr Number messageFlags[] = {{MSG_PEEK, 0x2}, {MSG_DONTWAIT, 0x80}};
+constexpr Flag messageFlags[] = {{MSG_PEEK, 0x2}, {MSG_DONTWAIT, 0x80}};
 
 // Apple's netdb.h.
-constexpr Number lookupFlags[] = {{AI_NUMERICHOST, 0x4}};
-constexpr Number nameFlags[] = {{NI_NUMERICHOST, 0x2}, {NI_NUMERICSERV, 0x8}};
+constexpr Flag lookupFlags[] = {{AI_NUMERICHOST, 0x4}};
+constexpr Flag nameFlags[] = {{NI_NUMERICHOST, 0x2}, {NI_NUMERICSERV, 0x8}};
 constexpr Number lookupErrors[] = {{EAI_FAMILY, 5}, {EAI_NONAME, 8}, {EAI_SERVICE, 9}};
-
-template <std::size_t count>
-int hostFlags(const char *call, const Number (&flags)[count], int darwin) {
-    int host = 0;
-    int unknown = darwin;
-    for (const Number &flag : flags)
-        if ((darwin & flag.darwin) != 0) {
-            host |= flag.host;
-            unknown &= ~flag.darwin;
-        }
-    if (unknown != 0)
-        refuse(std::string(call) + " with the flags " + std::to_string(darwin));
-    return host;
-}
 
 int shimSocket(int family, int type, int protocol) {
     const int familyNumber = hostFamily(family);

@@ -52,16 +52,17 @@ TEST(Refusal, OptionsOfThisSystem) {
 
 TEST(Refusal, FlagsOfThisSystem) {
     auto *control = import <int(int, int, ...)>(libSystem, "_fcntl");
-    EXPECT_REFUSED(control(openSocket(), 4, 04000), "fcntl with the command 4 and the flags 2048");
-    EXPECT_REFUSED(control(openSocket(), 1030, 0), "fcntl with the command 1030 and the flags 0");
+    EXPECT_REFUSED(control(openSocket(), 4, 04000), "fcntl.F_SETFL. with the flags 2048");
+    EXPECT_REFUSED(control(openSocket(), 1030, 0),
+                   "fcntl with the command 1030 and the argument 0");
     char address[16] = {16, 2};
     auto *send = import <ssize_t(int, const void *, std::size_t, int, const void *, socklen_t)>(
         libSystem, "_sendto");
     EXPECT_REFUSED(send(openSocket(), "x", 1, MSG_NOSIGNAL, address, 16),
                    "sendto with the flags 16384");
     auto *open = import <int(const char *, int, ...)>(libSystem, "_open");
-    EXPECT_REFUSED(open("/dev/null", O_WRONLY | O_CREAT, 0600), "open and the flags 65");
-    EXPECT_REFUSED(open("/dev/null", O_CLOEXEC), "open and the flags 524288");
+    EXPECT_REFUSED(open("/dev/null", O_WRONLY | O_CREAT, 0600), "open with the flags 64");
+    EXPECT_REFUSED(open("/dev/null", O_CLOEXEC), "open with the flags 524288");
 }
 
 TEST(Refusal, RequestsOfThisSystem) {
