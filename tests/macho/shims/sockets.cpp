@@ -168,12 +168,14 @@ ssize_t shimReceiveMessage(int fd, DarwinMessage *darwin, int flags) {
         giveAddress(sender, darwin->name, &darwin->nameLength);
     darwin->flags = (host.msg_flags & MSG_TRUNC) != 0 ? darwinTruncated : 0;
     const cmsghdr *entry = CMSG_FIRSTHDR(&host);
-    if (entry == nullptr || darwin->controlLength < sizeof(DarwinStamp)) {
+    if (entry == nullptr || darwin->controlLength == 0) {
         darwin->controlLength = 0;
         return received;
     }
     if (entry->cmsg_level != SOL_SOCKET || entry->cmsg_type != SCM_TIMESTAMP)
         refuse("a control message of this system's type " + std::to_string(entry->cmsg_type));
+    if (darwin->controlLength < sizeof(DarwinStamp))
+        refuse("room of " + std::to_string(darwin->controlLength) + " bytes for a time of arrival");
     timeval arrival;
     std::memcpy(&arrival, CMSG_DATA(entry), sizeof arrival);
     const DarwinTime time = darwinTime(arrival);
@@ -187,7 +189,7 @@ ssize_t shimReceiveMessage(int fd, DarwinMessage *darwin, int flags) {
 int setTimeout(int fd, int option, const void *value, socklen_t length) {
     DarwinTime darwin;
     if (length != sizeof darwin)
-        refuse("a receive time-out of " + std::to_string(length) + " bytes");
+        refuse("a time-out of " + std::to_string(length) + " bytes");
     std::memcpy(&darwin, value, sizeof darwin);
     if (darwin.seconds < 0 || darwin.microseconds < 0 || darwin.microseconds >= 1000000)
         return failWith(darwinEdom);

@@ -46,8 +46,7 @@ TEST(Refusal, OptionsOfThisSystem) {
                    "the socket option 6 of the level 1 with 4 bytes");
     EXPECT_REFUSED(set(openSocket(), 0xffff, SO_BROADCAST, &on, sizeof on),
                    "the socket option 6 of the level 65535 with 4 bytes");
-    EXPECT_REFUSED(set(openSocket(), 0xffff, 0x1006, &on, sizeof on),
-                   "a receive time-out of 4 bytes");
+    EXPECT_REFUSED(set(openSocket(), 0xffff, 0x1006, &on, sizeof on), "a time-out of 4 bytes");
 }
 
 TEST(Refusal, FlagsOfThisSystem) {
