@@ -64,7 +64,7 @@ static std::vector<config::Problem> findDisplay(const config::Document &document
         report.remark = "The displays are not known: " + std::string(error.what()) + ".";
         return {};
     }
-    if (list.displays.empty() && !isNeeded && watch.state() != ServerWatch::State::Answering) {
+    if (list.displays.empty() && !isNeeded) {
         report.remark = "There is no display here to look at.";
         return {};
     }

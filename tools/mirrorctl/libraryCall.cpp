@@ -3,7 +3,6 @@
 #include "tools/mirrorctl/server.h"
 
 #include <cstdio>
-#include <cstring>
 #include <unistd.h>
 #include <utility>
 
@@ -40,9 +39,8 @@ ExitStatus untilSignal(const StopSignals &signals, const char *nothing,
     }
     const bool isDone = call.isDone();
     const auto result = isDone ? call.result() : ExitStatus::NothingSent;
-    if (const int signum = signals.firstSignal(); signum != 0 && result == ExitStatus::NothingSent)
-        // NOLINTNEXTLINE(concurrency-mt-unsafe): a known signal has a constant name
-        std::fprintf(stderr, "%s: %s.\n", nothing, strsignal(signum));
+    if (signals.firstSignal() != 0 && result == ExitStatus::NothingSent)
+        std::fprintf(stderr, "%s: %s.\n", nothing, signals.firstSignalName());
     if (isDone)
         return result;
     if (watch.state() != ServerWatch::State::Absent && watch.hasPendingRequest())

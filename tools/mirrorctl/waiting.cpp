@@ -56,4 +56,16 @@ StopSignals::StopSignals() : shared(std::make_shared<Shared>()) {
     }).detach();
 }
 
+// The systems' own names differ.
+const char *StopSignals::firstSignalName() const {
+    switch (shared->signum) {
+    case SIGTERM:
+        return "Terminated";
+    case SIGHUP:
+        return "Hangup";
+    default:
+        return "Interrupt";
+    }
+}
+
 } // namespace mirrorctl

@@ -31,6 +31,9 @@ public:
     // The number of the first signal that has come, or 0. Does not wait.
     int firstSignal() const { return shared->signum; }
 
+    // Its name: "Interrupt", "Terminated" or "Hangup".
+    const char *firstSignalName() const;
+
     // Readable from the first signal on.
     int descriptor() const { return shared->wakeUp.descriptor(); }
 

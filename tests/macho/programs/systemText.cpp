@@ -1,14 +1,7 @@
-#include "tests/tools/systemText.h"
+#include "tests/tools/panelwall/systemText.h"
 #include "tests/macho/shims/errors.h"
-#include "tests/macho/shims/signalNumbers.h"
-
-#include <cstring>
 
 namespace test {
-
-std::string signalText(int signal) {
-    return std::string(strsignal(signal)) + ": " + std::to_string(macho::darwinSignal(signal));
-}
 
 std::string errorText(int error) {
     return macho::darwinCategory().message(macho::darwinError(error));

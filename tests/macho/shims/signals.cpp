@@ -10,7 +10,6 @@
 #include <array>
 #include <atomic>
 #include <csignal>
-#include <cstring>
 
 namespace macho {
 
@@ -130,13 +129,6 @@ int shimKill(pid_t process, int number) {
     return withErrno(kill(process, number == 0 ? 0 : hostSignal(number)));
 }
 
-// Adds the number, as macOS does.
-char *shimSignalText(int number) {
-    static thread_local std::string text;
-    text = std::string(strsignal(hostSignal(number))) + ": " + std::to_string(number);
-    return text.data();
-}
-
 void checkHandlersAreGone(const Image &image) {
     for (int signal = 1; signal < signalCount; ++signal) {
         struct sigaction now = {};
@@ -157,7 +149,6 @@ void addSignals(Imports &imports) {
     imports.add(libSystem, "_pthread_sigmask", shimMask);
     imports.add(libSystem, "_sigwait", shimWait);
     imports.add(libSystem, "_kill", shimKill);
-    imports.add(libSystem, "_strsignal", shimSignalText);
     imports.unloadChecks.emplace_back(checkHandlersAreGone);
 }
 

@@ -1,5 +1,5 @@
+#include "tests/tools/panelwall/systemText.h"
 #include "tests/tools/panelwall/wallSetup.h"
-#include "tests/tools/systemText.h"
 
 #include <cerrno>
 

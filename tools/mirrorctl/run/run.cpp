@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstring>
 #include <unistd.h>
 
 namespace mirrorctl {
@@ -183,9 +182,8 @@ bool Run::stopInTime() {
 
 ExitStatus Run::end() {
     reporter.clearLine();
-    if (const int signum = signals.firstSignal(); signum != 0 && plan.style != ReportStyle::Json)
-        // NOLINTNEXTLINE(concurrency-mt-unsafe): a known signal has a constant name
-        dprintf(messages.output(), "Stopping: %s.\n", strsignal(signum));
+    if (signals.firstSignal() != 0 && plan.style != ReportStyle::Json)
+        dprintf(messages.output(), "Stopping: %s.\n", signals.firstSignalName());
     const bool isStopped = stopInTime();
     if (ending == ExitStatus::Failed)
         return ending;

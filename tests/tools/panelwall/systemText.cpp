@@ -1,12 +1,8 @@
-#include "tests/tools/systemText.h"
+#include "tests/tools/panelwall/systemText.h"
 
 #include <cstring>
 
 namespace test {
-
-std::string signalText(int signal) {
-    return strsignal(signal);
-}
 
 std::string errorText(int error) {
     return std::strerror(error);

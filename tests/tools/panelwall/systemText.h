@@ -5,8 +5,7 @@
 
 namespace test {
 
-// `signal` and `error` are numbers of this system.
-std::string signalText(int signal);
+// `error` is a number of this system.
 std::string errorText(int error);
 
 // The command that gives the machine another loopback address.
