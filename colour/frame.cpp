@@ -14,6 +14,8 @@ using TwoPixels = std::uint8_t __attribute__((vector_size(8)));
 using Pairs = std::int16_t __attribute__((vector_size(16)));
 using Squares = std::int32_t __attribute__((vector_size(32)));
 using Sums = std::int32_t __attribute__((vector_size(16))); // wraps like unsigned numbers
+using UnsignedSums = std::uint32_t __attribute__((vector_size(16)));
+using Means = double __attribute__((vector_size(32)));
 
 OnePixel bytesOf(std::uint32_t word) {
     OnePixel bytes;
@@ -47,13 +49,12 @@ template <class Word> RGB meanOf(int count, Word word) {
     }
     for (; i < count; ++i)
         even += squares(word(i), 0);
-    const Sums sums = even + odd;
-    const auto root = [count](std::int32_t sum) {
-        const std::uint32_t meanSquare =
-            static_cast<std::uint32_t>(sum) / static_cast<std::uint32_t>(count);
-        return static_cast<std::uint8_t>(std::sqrt(static_cast<double>(meanSquare)));
-    };
-    return {root(sums[2]), root(sums[1]), root(sums[0])};
+    // A root that is truncated is the same with or without a truncated mean: below the square of a
+    // whole number, a mean of 32-bit numbers stays below it by far more than a double's precision.
+    const Means means =
+        __builtin_convertvector(UnsignedSums(even + odd), Means) / static_cast<double>(count);
+    const auto root = [](double mean) { return static_cast<std::uint8_t>(std::sqrt(mean)); };
+    return {root(means[2]), root(means[1]), root(means[0])};
 }
 
 } // namespace

@@ -1,5 +1,6 @@
 #include "colour/frame.h"
 
+#include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
 #include <limits>
@@ -71,6 +72,24 @@ TEST(RootMeanSquare, OfNothingIsBlack) {
     for (const int count : {0, -1, std::numeric_limits<int>::min()})
         EXPECT_EQ(rootMeanSquare(frameOf(words), &index, count).r, 0);
     EXPECT_EQ(rootMeanSquareOnFrame(frameOf(words), &index, 0).r, 0);
+}
+
+// Sums of squares on both sides of each step of the result.
+TEST(RootMeanSquare, IsTruncatedAtEveryStep) {
+    constexpr int count = 100;
+    std::vector<std::int32_t> all(count);
+    std::iota(all.begin(), all.end(), 0);
+    for (int wanted = 1; wanted <= 240; ++wanted)
+        for (const int change : {-1, 0}) {
+            std::vector<std::uint32_t> words(count);
+            int left = count * wanted * wanted + change;
+            for (auto &word : words) {
+                word = std::min(255u, static_cast<std::uint32_t>(std::sqrt(left)));
+                left -= static_cast<int>(word * word);
+            }
+            ASSERT_EQ(left, 0);
+            ASSERT_EQ(rootMeanSquare(frameOf(words), all.data(), count).b, wanted + change);
+        }
 }
 
 // Each channel against plain integer arithmetic. The counts include the whole screen's 6400
