@@ -37,7 +37,7 @@ command -v javac >/dev/null || language_packages="$language_packages default-jdk
 # For the live page's tests. A Node.js that is not Debian's includes npm.
 page_packages="chromium"
 command -v npm >/dev/null || page_packages="$page_packages npm"
-macos_packages="clang-19 lld-19 llvm-19 googletest python3"
+macos_packages="clang-19 lld-19 llvm-19 googletest python3 ruby"
 
 # missing PACKAGE...: prints the packages that are not installed.
 missing() {

@@ -1,5 +1,7 @@
 // Runs a program for macOS: loads the library that it needs and the program itself, then calls its
-// main function.
+// main function. Tests may set two variables in its environment: MAC_REFUSES_CAPTURE stands for a
+// user who has not permitted screen recording, and MAC_LACKS names a CoreGraphics symbol as
+// missing.
 #include "tests/macho/host/libraryImports.h"
 #include "tests/macho/loader/image.h"
 #include "tests/macho/shims/descriptors.h"
@@ -8,6 +10,7 @@
 
 #include <CoreGraphics/CGWindow.h>
 #include <cstdio>
+#include <cstdlib>
 #include <dlfcn.h>
 #include <unistd.h>
 
@@ -17,7 +20,14 @@ namespace {
 
 // The permission that macOS asks its users for; X servers ask nobody.
 bool mayCapture() {
-    return true;
+    return std::getenv("MAC_REFUSES_CAPTURE") == nullptr;
+}
+
+Imports systemImports() {
+    Imports imports = libraryImports();
+    if (const char *missing = std::getenv("MAC_LACKS"))
+        imports.add(coreGraphics, std::string("_") + missing, static_cast<void *>(nullptr));
+    return imports;
 }
 
 // The program looks for a function of the frameworks.
@@ -25,7 +35,7 @@ const void *findFunction(const void *library, const char *name) {
     const void *everywhere = reinterpret_cast<void *>(-2); // Apple's RTLD_DEFAULT
     if (library != everywhere)
         refuse("dlsym in one library");
-    return libraryImports().find(coreGraphics, std::string("_") + name);
+    return systemImports().find(coreGraphics, std::string("_") + name);
 }
 
 #ifdef MIRROR_DYLIB
@@ -37,7 +47,7 @@ void addLibrary(Imports &imports) {
           "getStreamFrameJson", "setMirrorConfig", "startMirror", "stopMirror"}) {
         const void *address = dlsym(RTLD_DEFAULT, name);
         if (address == nullptr && library == nullptr)
-            library = new Image(MIRROR_DYLIB, libraryImports());
+            library = new Image(MIRROR_DYLIB, systemImports());
         if (address == nullptr)
             address = library->symbol(name);
         imports.add("libscreenMirrorMac", std::string("_") + name, address);
@@ -48,7 +58,7 @@ void addLibrary(const Imports &) {}
 #endif
 
 Imports programImports() {
-    Imports imports = libraryImports();
+    Imports imports = systemImports();
     imports.add(coreGraphics, "_CGPreflightScreenCaptureAccess", mayCapture);
     imports.add(libSystem, "_dlsym", findFunction);
     addLibrary(imports);
