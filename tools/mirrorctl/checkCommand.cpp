@@ -39,8 +39,8 @@ struct CheckReport {
 };
 
 // Looks for the document's display and puts its size, or why it is unknown, into the report.
-// Returns the problems, without places. A missing or hanging server is a problem only if the
-// display is needed.
+// Returns the problems, without places. That there are no displays, or that the server hangs, is a
+// problem only if the display is needed.
 static std::vector<config::Problem> findDisplay(const config::Document &document, bool isNeeded,
                                                 CheckReport &report) {
     // Stays connected while the library asks: a server may reset when its last client leaves.
@@ -206,8 +206,8 @@ void addCheckCommand(CLI::App &program, ExitStatus &status) {
     addScreen(
         *command, options->screen,
         "The display's size in pixels, such as 1920x1080, instead of looking for the display");
-    auto *display = command->add_flag("--display", options->needsDisplay,
-                                      "Fail when no display server answers");
+    auto *display =
+        command->add_flag("--display", options->needsDisplay, "Fail when there is no display");
     command->add_flag("--no-display", options->ignoresDisplays, "Do not look for a display")
         ->excludes(display);
     command->add_flag("--strict", options->strict, "Let warnings count as errors");
@@ -225,8 +225,8 @@ void addCheckCommand(CLI::App &program, ExitStatus &status) {
         "  caution   good to know: in most modes the whole wall can flash more than three times a\n"
         "            second, which can cause seizures in some people\n"
         "\n"
-        "check looks for the display if a display server answers. A server that is missing or\n"
-        "hangs is no problem, except with --display. With --no-display, or with --screen but not\n"
+        "check looks for the display if there are any. To have none, or a server that hangs, is\n"
+        "no problem, except with --display. With --no-display, or with --screen but not\n"
         "--display, it does not look, as for a document that another machine will use.\n"
         "\n"
         "The schema of documents comes with this program (docs/mirror-config.schema.json);\n"

@@ -224,6 +224,16 @@ TEST(MirrorctlCheck, SaysWhatItCouldNotCompare) {
                           "checked; --screen names the display's size.\n");
 }
 
+TEST(MirrorctlCheck, AServerWithoutADisplayIsLikeNoServer) {
+    test::VirtualScreen screen(640, 480);
+    screen.run({"xrandr", "--fb", "640x480", "--output", screen.output(), "--off"});
+    const std::string text = lightsText(5, "127.0.58.60", 3);
+    const test::Variables variables = {{"DISPLAY", screen.display()}};
+    EXPECT_EQ(mirrorctl({"check", "-"}, variables, text), check(text));
+    test::expectOutput(mirrorctl({"check", "-", "--display"}, variables, text), 69,
+                       {"expected a display, but there is none at all; found 5.\n"});
+}
+
 TEST(MirrorctlCheck, PrintsNoControlCharacters) {
     const ProcessResult result =
         check(R"({"\u001b[31m\n": 1, "displayID": "\u001b[0m\u0007", "mode": 0, "devices": [}])");
