@@ -1,11 +1,15 @@
 # Registers tests with ctest. After two minutes, or the TIMEOUT among a test's properties, ctest
-# ends the test and all processes that it has started.
+# ends the test and all processes that it has started. An emulated processor gets ten times as long.
 include(GoogleTest)
+set(tenfold "")
+if(CMAKE_CROSSCOMPILING)
+    set(tenfold 0) # the digit that makes it so
+endif()
 
 # command_test(NAME COMMAND...): registers a command as a test.
 function(command_test name)
     add_test(NAME ${name} COMMAND ${ARGN})
-    set_tests_properties(${name} PROPERTIES TIMEOUT 120)
+    set_tests_properties(${name} PROPERTIES TIMEOUT 120${tenfold})
 endfunction()
 
 # discover_tests(NAME ARGUMENTS...): registers every test of a GoogleTest program. ARGUMENTS go to
@@ -20,6 +24,7 @@ function(discover_tests name)
         endif()
         list(APPEND arguments TIMEOUT 120)
     endif()
-    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60
+    string(REGEX REPLACE "(TIMEOUT;[0-9]+)" "\\1${tenfold}" arguments "${arguments}")
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60${tenfold}
                          NO_PRETTY_VALUES ${arguments})
 endfunction()

@@ -21,6 +21,13 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_PRE_BUILD_SCRIPTS ${PROJECT_SOURCE_DIR}/cmake/debian/finish.cmake)
 set(CPACK_MIRROR_SOURCE ${PROJECT_SOURCE_DIR})
 set(CPACK_MIRROR_LIBDIR ${CMAKE_INSTALL_LIBDIR})
+set(CPACK_MIRROR_SHLIBDEPS dpkg-shlibdeps)
+if(CMAKE_CROSSCOMPILING)
+    # cpack then runs in scripts/emulate-arm64, where the libraries are.
+    set(CPACK_DEBIAN_PACKAGE_ARCHITECTURE arm64)
+    set(CPACK_MIRROR_SHLIBDEPS ${CMAKE_COMMAND} -E env DEB_HOST_ARCH=arm64
+        dpkg-shlibdeps --admindir=${CMAKE_SYSROOT}/dpkg)
+endif()
 
 # debian_package(COMPONENT NAME SECTION SUMMARY DESCRIPTION): sets the fields of one package.
 macro(debian_package component name section summary description)

@@ -1,9 +1,10 @@
 # Sourced by the other scripts: the Debian packages that they need.
 
+library_packages="libblocksruntime-dev rapidjson-dev libcli11-dev libcpp-httplib-dev libpng-dev
+    libgtest-dev libcmark-dev libbenchmark-dev libxcb1-dev libxcb-randr0-dev libxcb-shm0-dev
+    libxcb-damage0-dev libxcb-xfixes0-dev"
 build_packages="build-essential clang llvm libclang-rt-14-dev cmake ninja-build pkg-config
-    libblocksruntime-dev rapidjson-dev libcli11-dev libcpp-httplib-dev libpng-dev libgtest-dev
-    libcmark-dev libbenchmark-dev libxcb1-dev libxcb-randr0-dev libxcb-shm0-dev libxcb-damage0-dev
-    libxcb-xfixes0-dev"
+    $library_packages"
 screen_packages="xvfb x11-utils x11-xserver-utils"
 # server_packages: prints the packages of the tests' X server, which MIRROR_TEST_SERVER names.
 server_packages() {
@@ -37,6 +38,8 @@ command -v javac >/dev/null || language_packages="$language_packages default-jdk
 # For the live page's tests. A Node.js that is not Debian's includes npm.
 page_packages="chromium"
 command -v npm >/dev/null || page_packages="$page_packages npm"
+# The packages of library_packages for arm64 are not installed: scripts/arm64-sysroot.
+arm64_packages="binutils-aarch64-linux-gnu qemu-user-static"
 macos_packages="clang-19 lld-19 llvm-19 googletest python3 ruby"
 
 # missing PACKAGE...: prints the packages that are not installed.

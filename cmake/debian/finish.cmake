@@ -37,7 +37,7 @@ foreach(component IN LISTS CPACK_COMPONENTS_ALL)
     if(programs OR libraries)
         set(work ${CPACK_TEMPORARY_DIRECTORY}/../shlibdeps)
         file(WRITE ${work}/debian/control "Source: screen-mirror\n\nPackage: ${package}\nArchitecture: any\n")
-        execute_process(COMMAND dpkg-shlibdeps -O --ignore-missing-info
+        execute_process(COMMAND ${CPACK_MIRROR_SHLIBDEPS} -O --ignore-missing-info
                                 -l${CPACK_TEMPORARY_INSTALL_DIRECTORY}/Runtime/usr/${CPACK_MIRROR_LIBDIR}
                                 ${programs} ${libraries}
                         WORKING_DIRECTORY ${work} OUTPUT_VARIABLE loaded

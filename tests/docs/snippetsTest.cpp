@@ -99,7 +99,7 @@ class Commands : public Snippets {
 protected:
     // The fault of a command line; empty if there is none.
     std::string faultOf(const std::string &line) {
-        static const std::regex script("^(scripts/[a-z-]+|tests/[A-Za-z/]+)\\b");
+        static const std::regex script("^(scripts/[a-z0-9-]+|tests/[A-Za-z/]+)\\b");
         static const std::regex preset("--preset ([A-Za-z0-9_-]+)");
         static const std::regex program("(?:^|[ /])(mirrorctl|panelwall) +([a-z]*)");
         std::smatch found;
@@ -165,7 +165,7 @@ TEST_F(Commands, ThatDoNotExistAreTold) {
 
 // A picture that cannot be made again becomes outdated unnoticed.
 TEST_F(Snippets, PicturesNameTheCommandThatMakesThem) {
-    static const std::regex command("`(scripts/[a-z-]+)");
+    static const std::regex command("`(scripts/[a-z0-9-]+)");
     for (const Page &page : test::pagesOf(TREE)) {
         const std::string text = test::fileText(TREE "/" + page.path);
         for (const test::Link &link : page.links)

@@ -111,6 +111,9 @@ protected:
         if (unshare(CLONE_NEWNET) != 0)
             GTEST_SKIP() << "**** SKIPPED: THE NETWORK CANNOT BE TAKEN AWAY WITHOUT ROOT ****";
         here = namespaceOfThisThread();
+        // Root of a user namespace has no way back to a network outside of it.
+        if (setns(home, CLONE_NEWNET) != 0)
+            ASSERT_EQ(dup2(here, home), home);
         ASSERT_EQ(unshare(CLONE_NEWNET), 0);
         there = namespaceOfThisThread();
         ASSERT_EQ(setns(here, CLONE_NEWNET), 0);

@@ -65,7 +65,8 @@ TEST_F(Displays, NoLengthWritesNothing) {
     EXPECT_EQ(buffer, '#');
 }
 
-// The length becomes an enormous bound, and the padding continues to the end of mapped memory.
+// The length becomes an enormous bound, and the padding continues to the end of mapped memory. Some
+// C libraries pad before they copy.
 TEST_F(Displays, ANegativeLengthPadsFarBeyondTheBuffer) {
 #if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer)
     GTEST_SKIP() << "the sanitizers refuse such a length";
@@ -76,13 +77,16 @@ TEST_F(Displays, ANegativeLengthPadsFarBeyondTheBuffer) {
     ASSERT_NE(memory, MAP_FAILED);
     static char *text; // for the handler
     text = static_cast<char *>(memory);
+    ASSERT_EQ(mirrorManager.getDisplays(text, static_cast<int>(page)), 1);
+    static std::size_t length;
+    length = std::strlen(text);
     static char *end;
     end = text + 2 * page;
     ASSERT_EQ(mprotect(end, page, PROT_NONE), 0);
     std::memset(text, '#', 2 * page);
     const auto atTheEnd = [](int) {
-        const bool padded = std::strncmp(text, "{\"numDisplays\":1,", 17) == 0 &&
-                            std::all_of(text + std::strlen(text), end, [](char c) { return !c; });
+        const bool padded = std::find(text, end, '\0') == text + length &&
+                            std::all_of(text + length, end, [](char c) { return !c; });
         _exit(padded ? 9 : 1);
     };
     EXPECT_EXIT(

@@ -35,7 +35,7 @@ LightReceiver::LightReceiver(const std::string &ip, int port) {
     if (fd < 0 || bind(fd, address->ai_addr, address->ai_addrlen) != 0)
         throw std::runtime_error("bind " + ip + ": " + std::strerror(errno));
     const int yes = 1;
-    setsockopt(fd, SOL_SOCKET, SO_TIMESTAMPNS, &yes, sizeof yes);
+    setsockopt(fd, SOL_SOCKET, SO_TIMESTAMP, &yes, sizeof yes);
     sockaddr_in6 bound{}; // an IPv4 address has its port in the same place
     socklen_t length = sizeof bound;
     getsockname(fd, reinterpret_cast<sockaddr *>(&bound), &length);
@@ -59,7 +59,7 @@ std::optional<Datagram> LightReceiver::next(std::chrono::milliseconds patience) 
     }
     Datagram datagram(65536);
     iovec part{datagram.data(), datagram.size()};
-    alignas(cmsghdr) char control[CMSG_SPACE(sizeof(timespec))];
+    alignas(cmsghdr) char control[CMSG_SPACE(sizeof(timeval))];
     msghdr message{};
     message.msg_iov = &part;
     message.msg_iovlen = 1;
@@ -69,10 +69,10 @@ std::optional<Datagram> LightReceiver::next(std::chrono::milliseconds patience) 
     if (got < 0)
         return std::nullopt;
     if (const cmsghdr *header = CMSG_FIRSTHDR(&message)) {
-        timespec stamp;
+        timeval stamp;
         std::memcpy(&stamp, CMSG_DATA(header), sizeof stamp);
-        lastArrival = Arrival(std::chrono::duration_cast<Arrival::duration>(
-            std::chrono::seconds(stamp.tv_sec) + std::chrono::nanoseconds(stamp.tv_nsec)));
+        lastArrival =
+            Arrival(std::chrono::seconds(stamp.tv_sec) + std::chrono::microseconds(stamp.tv_usec));
     }
     datagram.resize(static_cast<std::size_t>(got));
     return datagram;
