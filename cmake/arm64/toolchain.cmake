@@ -7,6 +7,9 @@ set(CMAKE_C_COMPILER clang)
 set(CMAKE_CXX_COMPILER clang++)
 set(CMAKE_C_COMPILER_TARGET aarch64-linux-gnu)
 set(CMAKE_CXX_COMPILER_TARGET aarch64-linux-gnu)
+# Found through the link lib, the C++ headers would have names that Ninja cannot follow.
+set(CMAKE_C_COMPILER_EXTERNAL_TOOLCHAIN ${CMAKE_SYSROOT}/usr)
+set(CMAKE_CXX_COMPILER_EXTERNAL_TOOLCHAIN ${CMAKE_SYSROOT}/usr)
 
 # Of this machine are only the programs that the build runs.
 foreach(what LIBRARY INCLUDE PACKAGE)
