@@ -6,11 +6,13 @@ import {
   configuration,
   decodePng,
   device,
+  grid,
   hex,
   photograph,
   Sender,
   Setting,
   until,
+  violations,
   wide,
 } from "./support.mjs";
 
@@ -211,6 +213,50 @@ test("hovering, tapping and keys show what a panel is", async () => {
     const [left, top] = place(x, y);
     return [box.x + left, box.y + top];
   };
+
+  // Each panel has its identifier in its upper left corner; a line links the panels of a device.
+  await waitForColours(page, [400, 400], [[300, 100, 0x102030]]);
+  const picture = await photograph(page, 400, 400);
+  const inksIn = (left, top, width, height) => {
+    const inks = new Set();
+    for (let x = left; x < left + width; ++x)
+      for (let y = top; y < top + height; ++y) inks.add(picture.shows(x, y));
+    return inks.size;
+  };
+  for (const [x, y] of [[100, 100], [300, 100], [300, 300]]) {
+    assert.ok(inksIn(x - 46, y - 46, 20, 12) > 3, `an identifier at ${x}, ${y}`);
+    assert.ok(inksIn(x, y + 10, 40, 30) === 1, `only the identifier at ${x}, ${y}`);
+  }
+  assert.notEqual(picture.shows(200, 100), picture.shows(200, 130), "a line within device 0");
+  assert.equal(picture.shows(300, 200), picture.shows(330, 200), "no line between devices");
+
+  // A device's card, pointed at or focused, lights its panels up, and a panel the card.
+  const lit = () => page.evaluate(() =>
+    [...document.querySelectorAll(".device[data-lit], .strip[data-lit]")]
+      .map((element) => `${element.className} ${element.dataset.device}`));
+  const otherPanelsFaint = async (device) => {
+    const [own, other] = device === 1 ? [[340, 300], [340, 100]] : [[340, 100], [340, 300]];
+    await sender.send("127.0.72.4", wide([[300, 0x0000ff, 0]]));
+    await sender.send("127.0.72.5", wide([[9, 0x0000ff, 0]]));
+    await until(`device ${device} alone to be bright`, async () => {
+      const now = await photograph(page, 400, 400);
+      return now.shows(...own) === 0x0000ff && now.shows(...other) !== 0x0000ff &&
+        now.shows(...other) !== picture.shows(200, 200);
+    });
+    assert.deepEqual(await lit(), [`device ${device}`, `strip ${device}`]);
+  };
+  await page.locator(".device").nth(1).hover();
+  await otherPanelsFaint(1);
+  await page.mouse.move(1, 1);
+  await until("no device to be lit", async () => (await lit()).length === 0);
+  await page.locator(".device").nth(0).focus();
+  await otherPanelsFaint(0);
+  await page.mouse.move(...(await at(300, 300)));
+  await until("the panel's card", async () =>
+    (await lit()).join() === "device 1,strip 1");
+  await page.locator("h1").click();
+  await until("no device to be lit", async () => (await lit()).length === 0);
+  await sender.send("127.0.72.4", wide([[300, 0x102030, 5]]));
   await page.mouse.move(...(await at(300, 100)));
   await page.waitForFunction(() =>
     document.getElementById("card").textContent.includes("#102030  (16, 32, 48)"),
@@ -255,30 +301,67 @@ test("silence is told plainly, with what to check, and so is a wall that has end
   const page = await open(wall.url);
   const notice = page.locator("#notice");
   await notice.waitFor({ state: "visible" });
-  assert.match(await notice.innerText(), /^Nothing has arrived at all in \d\.\d s\./);
-  assert.match(await notice.innerText(), /Match mode sends some twenty times a second/);
-  assert.match(await notice.innerText(), /Check that the host mirrors/);
-  assert.equal(await page.textContent("#state"), "Silent");
+  // Before anything arrives, the page says what to do.
+  const told = await notice.innerText();
+  assert.match(told, /^Nothing has arrived yet\./);
+  assert.equal(await page.textContent("#command"), `mirrorctl run ${wall.document}`);
+  assert.match(told, /panelwall listens on 127\.0\.72\.6:60222, 127\.0\.72\.7:60222\./);
+  assert.match(told, /Match mode sends some twenty times a second/);
+  assert.match(told, /Check that the host mirrors/);
+  assert.equal(await page.textContent("#state"), "Waiting");
 
   // Only one device receives something; the card of the other says so.
-  await sender.send("127.0.72.6", wide([[1, 0xffffff, 1]]));
+  for (let i = 0; i < 4; ++i) await sender.send("127.0.72.6", wide([[1, 0x00ff00, 0]]));
   await notice.waitFor({ state: "hidden" });
   await page.waitForSelector("#state[data-state=live]");
   assert.match(await page.locator(".device").nth(1).innerText(), /Others receive something/);
+  const inkOf = (name) => page.locator(".device").nth(0).locator("dt", { hasText: name })
+    .evaluate((term) => getComputedStyle(term.nextElementSibling).color);
+  // How many pixels of the strip and of the panel have the colour.
+  const live = async () => {
+    const strip = decodePng(await page.locator(".strip canvas").first().screenshot());
+    let inStrip = 0;
+    for (let x = 0; x < strip.width; ++x) if (strip.at(x, 8) === 0x00ff00) ++inStrip;
+    const picture = await photograph(page, 350, 150);
+    const inPanel = [[100, 100], [100, 140]].filter(([x, y]) => picture.shows(x, y) === 0x00ff00);
+    return `${Math.min(inStrip, 5)} ${inPanel.length}`;
+  };
+  const text = await inkOf("Malformed");
+  assert.equal(await inkOf("Interval"), text);
+  await until("a live panel", async () => (await live()) === "5 2");
+
+  // Once nothing arrives any more, nothing looks live: not the numbers, the panel, the strip.
   await notice.waitFor({ state: "visible" });
   assert.match(await notice.innerText(), /^Nothing has arrived for \d\.\d s\./);
+  assert.equal(await page.textContent("#state"), "Silent");
+  for (const name of ["Rate", "Interval", "Jitter"]) assert.notEqual(await inkOf(name), text);
+  // The strip has the colour only where the datagrams came, at most in two of its columns.
+  await until("a panel that is not live", async () => /^[0-2] 1$/.test(await live()));
 
   wall.process.kill("SIGSTOP");
   await page.waitForSelector("#state[data-state=gone]");
   assert.match(await notice.innerText(), /^The wall does not answer\./);
-  // Outdated content looks faint.
-  const faintness = () => page.evaluate(() => getComputedStyle(document.querySelector("main")).opacity);
+  // Outdated pictures look faint.
+  const faintness = () => page.evaluate(() => getComputedStyle(document.querySelector("canvas")).opacity);
   assert.ok((await faintness()) < 0.6);
   wall.process.kill("SIGCONT");
   await page.waitForFunction(() => document.getElementById("state").dataset.state !== "gone");
   assert.equal(await faintness(), "1");
+  await sender.send("127.0.72.6", wide([[1, 0x00ff00, 0]]));
+  await page.waitForSelector("#state[data-state=live]");
+  await page.setViewportSize({ width: 390, height: 500 });
+  await page.evaluate(() => scrollTo(0, document.body.scrollHeight));
   await wall.end();
   await page.waitForSelector("#state[data-state=gone]");
+  assert.match(await page.locator(".device").nth(0).innerText(), /Last\s*–\s/);
+  assert.notEqual(await inkOf("Interval"), text);
+  assert.ok(await page.evaluate(() => scrollY > 100 && document.elementFromPoint(innerWidth - 40, 20)
+    .closest("header")?.querySelector("#state")), "the status is in sight");
+  for (const colorScheme of ["light", "dark"]) {
+    await page.emulateMedia({ colorScheme });
+    assert.deepEqual(await violations(page), []);
+  }
+  await page.close();
   // The browser logs addresses that it cannot reach; that is no fault of the page.
   for (const complaint of complaints.splice(0)) assert.match(complaint, /ERR_CONNECTION_REFUSED|ERR_INCOMPLETE/);
 });
@@ -381,13 +464,6 @@ test("the page fits a phone, in light and dark", async () => {
   const wall = await setting.wall(
     configuration([device("127.0.72.11", 1, panels), device("127.0.72.12", 2, [])]),
   );
-  const luminance = (colour) => {
-    const [r, g, b] = colour.match(/\d+/g).slice(0, 3).map((value) => {
-      const share = value / 255;
-      return share <= 0.04045 ? share / 12.92 : ((share + 0.055) / 1.055) ** 2.4;
-    });
-    return 0.2126 * r + 0.7152 * g + 0.0722 * b;
-  };
   const grounds = [];
   for (const scheme of ["light", "dark"]) {
     const page = await open(wall.url, { width: 360, height: 740, scheme });
@@ -401,28 +477,168 @@ test("the page fits a phone, in light and dark", async () => {
     // A long path gets a full line instead of many short ones.
     const subject = await page.locator("#subject").boundingBox();
     assert.ok(subject.width > 300, `what is shown has ${subject.width} pixels`);
-    // Every text is readable: its contrast with the background is at least 4.5.
-    const pairs = await page.evaluate(() => {
-      const groundOf = (element) => {
-        for (let at = element; at; at = at.parentElement) {
-          const colour = getComputedStyle(at).backgroundColor;
-          if (colour !== "rgba(0, 0, 0, 0)") return colour;
-        }
-        return "rgb(255, 255, 255)";
-      };
-      return [...document.querySelectorAll("h1,h2,h3,h3 span,p,dt,dd,button,summary,kbd")]
-        .filter((element) => element.checkVisibility() && element.textContent.trim())
-        .map((element) => [element.textContent.trim(), getComputedStyle(element).color,
-          groundOf(element)]);
-    });
-    assert.ok(pairs.length > 20);
-    for (const [text, colour, ground] of pairs) {
-      const [a, b] = [luminance(colour), luminance(ground)].sort((one, other) => other - one);
-      assert.ok((a + 0.05) / (b + 0.05) >= 4.5, `${scheme}: ${text}: ${colour} on ${ground}`);
-    }
-    grounds.push(luminance(await page.evaluate(() => getComputedStyle(document.body).backgroundColor)));
+    assert.deepEqual(await violations(page), []);
+    grounds.push(await page.evaluate(() => getComputedStyle(document.body).backgroundColor));
   }
-  assert.ok(grounds[0] > 0.8 && grounds[1] < 0.05, `grounds ${grounds}`);
+  assert.deepEqual(grounds, ["rgb(245, 246, 248)", "rgb(16, 18, 23)"]);
+});
+
+// Sends every device a datagram over and over until `end.now`, with each panel's colour by its
+// number.
+function keepSending(devices, end, colourOf = () => 0x3366cc) {
+  return (async () => {
+    while (!end.now) {
+      for (const { ip, panels } of devices)
+        await sender.send(ip, wide(panels.map(({ panelID }) => [panelID, colourOf(panelID), 0])));
+      await new Promise((resolve) => setTimeout(resolve, 400));
+    }
+  })();
+}
+
+// Devices 127.0.THIRD.1 and so on, with equally many of the panels each.
+const share = (panels, count, third, scaleFactor) =>
+  Array.from({ length: count }, (_, d) =>
+    device(`127.0.${third}.${d + 1}`, 2,
+      panels.filter((_, i) => Math.floor((i * count) / panels.length) === d), scaleFactor));
+
+// Whether every card that is shown lies wholly in the page, and not in a part of it that scrolls.
+const noCardIsCut = (page) =>
+  page.evaluate(() => {
+    const cards = [...document.querySelectorAll(".device")].filter((card) => card.checkVisibility());
+    return cards.every((card) => {
+      for (let at = card.parentElement; at !== document.body; at = at.parentElement)
+        if (getComputedStyle(at).overflowY !== "visible") return false;
+      return card.getBoundingClientRect().bottom + scrollY < document.documentElement.scrollHeight;
+    });
+  });
+
+test("many devices are summed up, those in trouble shown, and the rest on request", async () => {
+  for (const count of [20, 100]) {
+    const devices = share(grid(count * 6, 20, 1280, 720), count, count === 20 ? 73 : 74, 0.3);
+    const wall = await setting.wall(configuration(devices), ["--size", "1280x720"]);
+    const end = {};
+    // The last but one receives nothing, and the second a malformed datagram.
+    const sending = keepSending(devices.filter((_, d) => d !== count - 2), end);
+    await sender.send(devices[1].ip, Uint8Array.from([0, 1, 2]));
+    try {
+      const page = await open(wall.url, { width: 1280, height: 800 });
+      const summary = async () => (await page.innerText("#summary")).replace(/\s+/g, " ");
+      await until("the summary", async () =>
+        (await summary()).startsWith(`Devices ${count} Receiving ${count - 1} In trouble 2 `));
+      assert.match(await summary(), / Rate \d+ \/s Malformed 1 Lost 0 Gaps \d+$/);
+      const shown = async () => (await page.locator(".device:visible h3").allInnerTexts())
+        .map((name) => name.split(/\s/)[1]).join();
+      const all = Array.from(devices.keys()).join();
+      for (const [width, colorScheme] of [[1280, "light"], [390, "dark"]]) {
+        await page.setViewportSize({ width, height: 800 });
+        await page.emulateMedia({ colorScheme });
+        assert.equal(await shown(), `1,${count - 2}`);
+        const { height } = await page.locator("#timelineSection").boundingBox();
+        assert.ok(height < 900, `the timelines are ${height} high at ${width}`);
+        assert.ok(await page.evaluate(() => document.documentElement.scrollWidth <= innerWidth));
+        await page.click("#allButton");
+        assert.equal(await shown(), all);
+        assert.equal(await page.getAttribute("#allButton", "aria-expanded"), "true");
+        assert.ok(await noCardIsCut(page), `a card is cut at ${width}`);
+        if (count === 20) assert.deepEqual(await violations(page), []);
+        await page.click("#allButton");
+      }
+      await page.close();
+    } finally {
+      end.now = true;
+      await sending;
+    }
+  }
+});
+
+test("a thousand panels can be zoomed and moved on a phone", async () => {
+  const devices = share(grid(1000, 40, 1280, 720), 2, 75, 0.25);
+  const wall = await setting.wall(configuration(devices), ["--size", "1280x720"]);
+  const context = await setting.newContext({ hasTouch: true });
+  const page = await open(wall.url, { width: 390, height: 844 });
+  // The columns that are in sight in the wall's middle, read off the panels' colours.
+  const columns = async () => {
+    const picture = decodePng(await page.locator("#wall").screenshot());
+    const seen = new Set();
+    for (let x = 0; x < picture.width; ++x) {
+      const colour = picture.at(x, Math.floor(picture.height / 2));
+      if ((colour & 0xffff) === 0x40c0) seen.add((colour >> 16) / 5 - 2);
+    }
+    return [...seen];
+  };
+  const all = Array.from({ length: 40 }, (_, column) => column).join();
+  const end = {};
+  const sending = keepSending(devices, end, (id) => ((((id % 40) + 2) * 5) << 16) | 0x40c0);
+  await until("the whole wall", async () => (await columns()).join() === all);
+  await page.locator("#notice").waitFor({ state: "hidden" });
+  const box = await page.locator("#wall").boundingBox();
+  const middle = [box.x + box.width / 2, box.y + box.height / 2];
+
+  // Each way of zooming in makes panels larger, and none scrolls or zooms the page.
+  const touch = await context.newCDPSession(page);
+  const pinch = async (from, to, shift = 0) => {
+    const points = (spread, x) => [-1, 1].map((side, id) => ({
+      x: middle[0] + side * spread + x, y: middle[1], id }));
+    await touch.send("Input.dispatchTouchEvent", { type: "touchStart", touchPoints: points(from, 0) });
+    for (let i = 1; i <= 5; ++i)
+      await touch.send("Input.dispatchTouchEvent", {
+        type: "touchMove", touchPoints: points(from + ((to - from) * i) / 5, (shift * i) / 5) });
+    await touch.send("Input.dispatchTouchEvent", { type: "touchEnd", touchPoints: [] });
+  };
+  const wheel = async (dx, dy, key) => {
+    await page.mouse.move(...middle);
+    if (key) await page.keyboard.down(key);
+    await page.mouse.wheel(dx, dy);
+    if (key) await page.keyboard.up(key);
+  };
+  const ways = {
+    buttons: async () => { for (let i = 0; i < 4; ++i) await page.click("#zoomIn"); },
+    keys: async () => {
+      await page.focus("#wall");
+      await page.keyboard.press("Escape");
+      for (let i = 0; i < 4; ++i) await page.keyboard.press("+");
+    },
+    wheel: () => wheel(0, -480, "Control"),
+    fingers: () => pinch(30, 150),
+  };
+  for (const [name, way] of Object.entries(ways)) {
+    await way();
+    await until(`larger panels by ${name}`, async () => (await columns()).length < 12);
+    assert.equal(await page.evaluate(() => visualViewport.scale), 1);
+    assert.equal(await page.evaluate(() => scrollY), 0);
+    if (name === "keys") await page.keyboard.press("0");
+    else await page.click("#zoomAll");
+    await until("the whole wall", async () => (await columns()).join() === all);
+  }
+
+  // Moving: by wheel, a finger, and to the panel that the arrow keys select.
+  await ways.buttons();
+  await until("larger panels", async () => (await columns()).length < 12);
+  let seen = await columns();
+  const moved = async (name, by) => {
+    const now = await until(`other panels by ${name}`, async () => {
+      const at = await columns();
+      return Math.sign(at[0] - seen[0]) === by && at.at(-1) !== seen.at(-1) && at;
+    });
+    assert.ok(now.length < 12, `still as large: ${now}`);
+    seen = now;
+  };
+  await wheel(150, 0);
+  await moved("the wheel", 1);
+  const at = (x) => [{ x, y: middle[1], id: 1 }];
+  await touch.send("Input.dispatchTouchEvent", { type: "touchStart", touchPoints: at(100) });
+  for (const x of [150, 200, 250])
+    await touch.send("Input.dispatchTouchEvent", { type: "touchMove", touchPoints: at(x) });
+  await touch.send("Input.dispatchTouchEvent", { type: "touchEnd", touchPoints: [] });
+  await moved("a finger", -1);
+  await page.focus("#wall");
+  await page.keyboard.press("Home");
+  await page.keyboard.press("ArrowRight");
+  await until("the panel that the keys selected", async () =>
+    (await page.textContent("#spoken")).includes("Panel 1,"));
+  await until("its column", async () => (await columns())[0] === 0);
+  end.now = true;
+  await sending;
 });
 
 test("the screen's picture lies behind the panels when it is asked for", async () => {
@@ -499,11 +715,9 @@ test("another site's page is told nothing, even if it knows the address", async 
 });
 
 test("the link in a private file leads to the page", async () => {
-  const link = setting.write("page.html", "");
-  const wall = await setting.wall(configuration([device("127.0.72.21", 2, [[1, 160, 240]])]),
-    ["--web-link", link]);
+  const wall = await setting.wall(configuration([device("127.0.72.21", 2, [[1, 160, 240]])]));
   const page = await (await setting.newContext()).newPage();
-  await page.goto(`file://${link}`);
+  await page.goto(`file://${wall.link}`);
   await page.waitForURL(wall.url);
   await page.waitForFunction(() => window.panelwall?.events > 0);
   assert.equal(await page.evaluate(() => document.referrer), "");

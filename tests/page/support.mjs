@@ -2,7 +2,7 @@
 import { spawn } from "node:child_process";
 import dgram from "node:dgram";
 import { once } from "node:events";
-import { mkdtempSync, rmSync, writeFileSync } from "node:fs";
+import { existsSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from "node:fs";
 import { createRequire } from "node:module";
 import { tmpdir } from "node:os";
 import { join } from "node:path";
@@ -10,6 +10,7 @@ import { join } from "node:path";
 const modules = createRequire(process.env.PAGE_MODULES + "/");
 const { chromium } = modules("playwright-core");
 const { PNG } = modules("pngjs");
+const axe = modules("axe-core");
 
 const patience = 20000;
 
@@ -107,6 +108,14 @@ export async function closeBrowser() {
   await (await opened)?.close();
 }
 
+// What a checker of accessibility finds wrong with the page, as "rule: element" texts.
+export async function violations(page) {
+  // The page's security policy forbids scripts from elsewhere; code that is evaluated is exempt.
+  await page.evaluate(axe.source);
+  const { violations } = await page.evaluate(() => window.axe.run());
+  return violations.flatMap(({ id, nodes }) => nodes.map(({ html }) => `${id}: ${html}`));
+}
+
 // The folder of one test and the programs that it starts. `end` ends the programs and removes the
 // folder.
 export class Setting {
@@ -127,13 +136,21 @@ export class Setting {
     return stage.open();
   }
 
-  // Starts a wall with its page; returns the program, with the page's address in `url`.
+  // Starts a wall with its page; returns the program, with the page's address in `url`. That comes
+  // from the file that leads to the page, because a wall of many devices that is read slowly leaves
+  // lines out of its output.
   async wall(document, args = [], environment = { DISPLAY: "" }) {
     const path = this.write("wall.json", document);
-    const wall = new Program(process.env.PANELWALL, [path, "--web", "0", ...args], environment);
+    const link = join(this.folder, "page.html");
+    rmSync(link, { force: true });
+    const wall = new Program(process.env.PANELWALL,
+      [path, "--web", "0", "--web-link", link, ...args], environment);
     this.started.push(wall);
-    wall.url = (await wall.waitFor(/live page: (http:\S+)/))[1];
-    return wall;
+    wall.url = await until("the page's address", () => {
+      if (wall.process.exitCode !== null) throw new Error(`panelwall ended: ${wall.errors}`);
+      return existsSync(link) && readFileSync(link, "utf8").match(/url=(http:\S+)"/)?.[1];
+    });
+    return Object.assign(wall, { document: path, link });
   }
 
   start(command, args, environment) {
@@ -143,8 +160,8 @@ export class Setting {
   }
 
   // A separate browser context: it shares no storage or cache with other tests.
-  async newContext() {
-    this.context = await (await browser()).newContext();
+  async newContext(options) {
+    this.context = await (await browser()).newContext(options);
     return this.context;
   }
 
@@ -164,6 +181,14 @@ export const device = (ip, controlVersion, panels, scaleFactor = 1) => ({
 });
 
 export const configuration = (devices, mode = 0, displayID = 1) => ({ displayID, mode, devices });
+
+// Panels in rows over a display, numbered from `first`.
+export const grid = (count, columns, width, height, first = 0) =>
+  Array.from({ length: count }, (_, i) => [
+    first + i,
+    Math.round(((i % columns) + 0.5) * (width / columns)),
+    Math.round((Math.floor(i / columns) + 0.5) * (height / Math.ceil(count / columns))),
+  ]);
 
 // A wide datagram of [id, 0xRRGGBB, transition time] records.
 export function wide(records) {

@@ -1,5 +1,5 @@
 // Cards that show facts about the selected panel and about every device.
-import { age, element, hex, setText } from "./elements.js";
+import { addressOf, age, element, hex, setText } from "./elements.js";
 
 function duration(time, unit) {
   if (unit === 0) return `${time}, shown at once`;
@@ -74,65 +74,127 @@ function row([name, value, colour]) {
   return [element("dt", {}, name), description];
 }
 
-class DeviceCard {
+// Up to so many devices are all shown.
+const few = 8;
+const mostTroubled = 12;
+
+// Named numbers. Their looks are "bad", "stale" (out of date) or empty.
+class Numbers {
   values = {};
 
-  constructor(device, index, steady) {
-    this.steady = steady;
-    const ip = device.ip.includes(":") ? `[${device.ip}]` : device.ip;
-    const place = element("span", {}, `${ip}:${device.port} ${device.layout}`);
-    const names = ["Rate", "Interval", "Jitter", "Last", "Malformed", "Lost"];
-    if (steady) names.push("Gaps");
+  constructor(names, properties) {
     const groups = names.map((name) => {
       this.values[name] = element("dd");
       return element("div", {}, element("dt", {}, name), this.values[name]);
     });
+    this.element = element("dl", properties, ...groups);
+  }
+
+  set(name, text, look = "") {
+    setText(this.values[name], `${text}`);
+    if (this.values[name].dataset.look !== look) this.values[name].dataset.look = look;
+  }
+}
+
+const counted = (count) => (count > 0 ? "bad" : "");
+
+class DeviceCard {
+  constructor(device, index, steady) {
+    this.steady = steady;
+    const place = element("span", {}, `${addressOf(device)} ${device.layout}`);
+    const names = ["Rate", "Interval", "Jitter", "Last", "Malformed", "Lost"];
+    if (steady) names.push("Gaps");
+    this.numbers = new Numbers(names);
     this.remark = element("p", { className: "remark", hidden: true });
-    this.element = element("article", { className: "device" },
-      element("h3", {}, `Device ${index}`, place), element("dl", {}, ...groups), this.remark);
+    this.element = element("article", { className: "device", tabIndex: 0 },
+      element("h3", {}, `Device ${index}`, place), this.numbers.element, this.remark);
+    this.element.ariaLabel = `Device ${index}`;
+    this.element.dataset.device = index;
   }
 
-  set(name, text, bad = false) {
-    setText(this.values[name], text);
-    this.values[name].toggleAttribute("data-bad", bad);
-  }
-
-  show(state, passed, tellingSilence, othersHear) {
+  // `silent` is whether nothing has arrived for long, `connected` whether it is known.
+  show(state, passed, silent, othersLive, connected) {
+    const { numbers } = this;
     const never = state.age === undefined;
-    const silent = never || state.age + passed >= tellingSilence;
+    const stale = silent || !connected ? "stale" : "";
     const milliseconds = (value) => (value === undefined ? "–" : `${value.toFixed(1)} ms`);
-    this.set("Rate", `${silent ? 0 : state.rate} /s`);
-    this.set("Interval", milliseconds(state.interval));
-    this.set("Jitter", milliseconds(state.jitter));
-    this.set("Last", never ? "never" : age(state.age + passed), silent && this.steady);
-    this.set("Lost", `${state.lost ?? "unknown"}`, state.lost > 0);
-    if (this.steady) this.set("Gaps", `${state.gaps}`, state.gaps > 0);
-    this.set("Malformed", `${state.malformed}`, state.malformed > 0);
+    numbers.set("Rate", connected ? `${silent ? 0 : state.rate} /s` : "–", stale);
+    numbers.set("Interval", milliseconds(state.interval), stale);
+    numbers.set("Jitter", milliseconds(state.jitter), stale);
+    const last = never ? "never" : connected ? age(state.age + passed) : "–";
+    numbers.set("Last", last, silent && connected && this.steady ? "bad" : stale);
+    numbers.set("Lost", state.lost ?? "unknown", counted(state.lost));
+    if (this.steady) numbers.set("Gaps", state.gaps, counted(state.gaps));
+    numbers.set("Malformed", state.malformed, counted(state.malformed));
     let remark = "";
     if (state.malformed > 0) remark = `Last malformed: ${state.reason}`;
-    else if (never && othersHear)
+    else if (never && othersLive)
       remark = "Others receive something: check this device's address and control version.";
     setText(this.remark, remark);
     this.remark.hidden = remark === "";
   }
 }
 
-// How regularly datagrams arrive for each device, and what is wrong with them.
+// How regularly datagrams arrive for each device, and what is wrong with them. Of many devices, only
+// those in trouble are shown below a summary, and the others on request.
 export class Devices {
-  constructor(container) {
+  all = true;
+
+  constructor(container, button) {
     this.container = container;
+    this.button = button;
+    button.addEventListener("click", () => this.showAll(!this.all));
   }
 
   build(facts) {
     this.tellingSilence = facts.tellingSilence;
+    this.steady = facts.steady;
     this.cards = facts.devices.map((device, index) => new DeviceCard(device, index, facts.steady));
+    const names = ["Devices", "Receiving", "In trouble", "Rate", "Malformed", "Lost"];
+    this.summary = new Numbers(facts.steady ? [...names, "Gaps"] : names, { id: "summary" });
+    const many = this.cards.length > few;
+    this.button.before(this.summary.element);
+    this.summary.element.hidden = this.button.hidden = !many;
     this.container.replaceChildren(...this.cards.map((card) => card.element));
+    this.showAll(!many);
+  }
+
+  showAll(all) {
+    this.all = all;
+    this.button.ariaExpanded = all;
+    setText(this.button,
+      all ? "Show only devices in trouble" : `Show all ${this.cards.length} devices`);
+    if (this.states) this.show(this.states, this.passed, this.connected);
   }
 
   // Shows the devices of a `now` event that arrived `passed` milliseconds ago.
-  show(devices, passed) {
-    const someHear = devices.some((device) => device.age !== undefined);
-    devices.forEach((state, i) =>
-      this.cards[i].show(state, passed, this.tellingSilence, someHear));
+  show(states, passed, connected) {
+    Object.assign(this, { states, passed, connected });
+    const silent = states.map(({ age }) => age === undefined || age + passed >= this.tellingSilence);
+    const someLive = silent.includes(false);
+    const troubled = states.map(({ age, malformed, lost }, i) =>
+      malformed > 0 || lost > 0 ||
+      (someLive && silent[i] && (this.steady || age === undefined)));
+    let room = mostTroubled;
+    this.cards.forEach((card, i) => {
+      card.element.hidden = !this.all && !(troubled[i] && room-- > 0);
+      if (!card.element.hidden) card.show(states[i], passed, silent[i], someLive, connected);
+    });
+    if (this.cards.length <= few) return;
+
+    const { summary } = this;
+    const sum = (name) => states.reduce((total, state) => total + (state[name] ?? 0), 0);
+    const count = (list) => list.filter(Boolean).length;
+    const stale = connected ? "" : "stale";
+    const live = states.length - count(silent);
+    const rate = states.reduce((total, state, i) => total + (silent[i] ? 0 : state.rate), 0);
+    summary.set("Devices", states.length);
+    summary.set("Receiving", connected ? live : "–", stale);
+    summary.set("In trouble", connected ? count(troubled) : "–", counted(count(troubled)));
+    summary.set("Rate", connected ? `${rate} /s` : "–", stale);
+    const lostKnown = states.some(({ lost }) => lost !== undefined);
+    for (const [name, key] of [["Malformed", "malformed"], ["Lost", "lost"], ["Gaps", "gaps"]])
+      if (name in summary.values)
+        summary.set(name, key === "lost" && !lostKnown ? "unknown" : sum(key), counted(sum(key)));
   }
 }

@@ -11,6 +11,9 @@ export function setText(target, text) {
   if (target.textContent !== text) target.textContent = text;
 }
 
+// A device's address and port.
+export const addressOf = ({ ip, port }) => `${ip.includes(":") ? `[${ip}]` : ip}:${port}`;
+
 // Parses "rrggbbrrggbb------" into numbers 0xRRGGBB, with -1 for no colour.
 export const readColours = (text) =>
   Int32Array.from(text.match(/.{6}/g) ?? [], (part) =>

@@ -1,14 +1,17 @@
 // The page: receives the wall's events, and paints at most sixty times a second.
 import { Devices, PanelCard, sentenceOf } from "./cards.js";
-import { age, setText } from "./elements.js";
+import { addressOf, age, setText } from "./elements.js";
 import { listen, WallClock } from "./feed.js";
 import { Timeline } from "./timeline.js";
 import { Wall } from "./wall.js";
+import { letZoom } from "./zoom.js";
 
 const frameTime = 1000 / 60;
 const numbersTime = 250; // numbers that change faster cannot be read
 const timelineTime = 100;
 const pictureTime = 1000;
+
+const mostAddresses = 4;
 
 const goneAdvice =
   "Check that panelwall still runs; after a new start, open the address that it prints. The " +
@@ -20,8 +23,8 @@ const get = (id) => document.getElementById(id);
 const canvas = get("wall");
 const clock = new WallClock();
 const wall = new Wall(canvas);
-const devices = new Devices(get("devices"));
-const timeline = new Timeline(get("timeline"));
+const devices = new Devices(get("devices"), get("allButton"));
+const timeline = new Timeline(get("timeline"), get("timelineNote"));
 const card = new PanelCard(get("card"), wall);
 
 let facts = null; // of the last `wall` event
@@ -71,7 +74,8 @@ function frame(time) {
   if (dirty || moving || numbers || strips) {
     nextPaint = Math.max(nextPaint, time) + frameTime;
     ++counts.paints;
-    if (dirty || moving) wall.draw(wallNow, theme);
+    // With the numbers, because silence changes panels too.
+    if (dirty || moving || numbers) wall.draw(wallNow, theme);
     dirty = false;
     if (strips) {
       timeline.draw(now, theme);
@@ -99,19 +103,19 @@ function tell(name, text, title = "", advice = "") {
 }
 
 function showNumbers(now) {
+  const passed = now - stateAt;
+  if (state) devices.show(state.devices, passed, !lost);
+  const waiting = state && !lost && !state.heard && !facts.recording;
+  get("start").hidden = !waiting;
   if (lost) return tell("gone", "Not connected", "The wall does not answer.", goneAdvice);
   if (!state) return;
-  const passed = now - stateAt;
   const silence = state.silence + passed;
-  devices.show(state.devices, passed);
-  if (silence >= facts.tellingSilence) {
-    const arrived = state.heard ? "arrived for" : "arrived at all in";
-    tell("silent", "Silent", `Nothing has ${arrived} ${age(silence)}.`, facts.advice);
+  if (waiting) {
+    tell("waiting", "Waiting", "Nothing has arrived yet.", facts.advice);
+  } else if (silence >= facts.tellingSilence) {
+    tell("silent", "Silent", `Nothing has arrived for ${age(silence)}.`, facts.advice);
   } else {
-    const [name, text] = !state.heard
-      ? ["waiting", "Waiting"]
-      : ["live", facts.recording ? "Replay" : "Live"];
-    tell(name, text, state.warning, state.warning && flashAdvice);
+    tell("live", facts.recording ? "Replay" : "Live", state.warning, state.warning && flashAdvice);
   }
 }
 
@@ -120,6 +124,17 @@ function showSubject() {
   const guess = facts.sizeFrom === "panels" && !wall.picture ? " (as the panels need)" : "";
   setText(get("subject"), `${facts.config} · ${facts.mode} · ${size}${guess}`);
   document.title = `panelwall ${facts.config}`;
+}
+
+// The command that starts mirroring, and where the wall waits for it.
+function showStart() {
+  const path = facts.config;
+  const quoted = /^[\w./+@:,-]+$/.test(path) ? path : `'${path.replaceAll("'", "'\\''")}'`;
+  setText(get("command"), `mirrorctl run ${path === "-" ? "CONFIG" : quoted}`);
+  const more = facts.devices.length - mostAddresses;
+  setText(get("listening"), "panelwall listens on " +
+    facts.devices.slice(0, mostAddresses).map(addressOf).join(", ") +
+    (more > 0 ? ` and ${more} more addresses.` : "."));
 }
 
 let pictureNote = "";
@@ -136,6 +151,7 @@ function showNote() {
 listen({
   wall(event) {
     lost = false;
+    wall.connected = true;
     clock.forget();
     // After a lost connection it is still the same wall, so build only once.
     if (!facts) {
@@ -144,7 +160,9 @@ listen({
     }
     facts = event;
     timeline.build(facts);
+    document.querySelector("main").classList.toggle("many", facts.devices.length > 4);
     showSubject();
+    showStart();
     showNote();
   },
   past(event) {
@@ -161,6 +179,7 @@ listen({
   },
   lost() {
     lost = true;
+    wall.connected = false;
     nextNumbers = 0;
     ask();
   },
@@ -176,11 +195,30 @@ function select(panel, withKeys) {
   wall.selected = panel;
   get("spoken").textContent =
     panel && withKeys ? sentenceOf(wall, panel, clock.at(performance.now())) : "";
+  light();
+}
+
+// Emphasises the panels, card and strip of the device to which the selected panel belongs, or whose
+// card or strip is pointed at or has the focus.
+function light() {
+  const find = (state) => document.querySelector(`[data-device]${state}`);
+  const used = find(":hover") ?? find(":focus");
+  wall.lit = wall.selected?.device ?? Number(used?.dataset.device ?? -1);
+  for (const element of document.querySelectorAll("[data-device]"))
+    element.toggleAttribute("data-lit", element.dataset.device === String(wall.lit));
   repaint();
 }
 
+for (const type of ["pointerover", "focusin"])
+  document.addEventListener(type, (event) => {
+    if (!event.target.closest("[data-device]")) return;
+    select(null, false);
+    light();
+  });
+for (const type of ["pointerout", "focusout"]) document.addEventListener(type, light);
+
 function point(event) {
-  if (!facts) return;
+  if (!facts || (event.type === "pointermove" && event.buttons > 0)) return;
   const { left, top } = canvas.getBoundingClientRect();
   const panel = wall.panelAt(event.clientX - left, event.clientY - top);
   if (!panel && byKeyboard && event.type === "pointermove") return;
@@ -211,12 +249,21 @@ const keys = {
   End: () => wall.panels.at(-1),
   Escape: () => null,
 };
+const zoomKeys = letZoom(wall, canvas,
+  { in: get("zoomIn"), out: get("zoomOut"), all: get("zoomAll") }, repaint);
 const isPlain = (event) => !event.altKey && !event.ctrlKey && !event.metaKey;
 
 canvas.addEventListener("keydown", (event) => {
-  if (!isPlain(event) || wall.panels.length === 0 || !(event.key in keys)) return;
+  if (!isPlain(event)) return;
+  if (event.key in zoomKeys) {
+    zoomKeys[event.key]();
+  } else if (wall.panels.length > 0 && event.key in keys) {
+    select(keys[event.key](), true);
+    if (wall.selected) wall.reveal(wall.selected);
+  } else {
+    return;
+  }
   event.preventDefault();
-  select(keys[event.key](), true);
 });
 
 // The screen behind the panels, requested only while it is shown and the page is visible.

@@ -1,27 +1,30 @@
 // The last minute: for each device a strip of the colours that its panels were sent, newest at the
-// right. Alternating colours show as stripes.
-import { element, hex, readColours } from "./elements.js";
+// right. Alternating colours show as stripes. Where nothing came for long, the last colour is faint.
+import { element, hex, readColours, setText } from "./elements.js";
 
 const maxStrips = 24;
 const markHeight = 4;
+const faint = 0.2;
+const roomForStrips = 400; // CSS pixels, if there are enough devices to fill it
 
 class Strip {
   colours = []; // the current ones, one per row
   first = Infinity; // the earliest slot filled
   last = -Infinity;
+  heard = -Infinity; // the slot of the newest datagram
 
-  constructor(device, index, slots, highest) {
+  // Colours become faint when no datagram has come for more than `hold` slots.
+  constructor(device, index, slots, hold, highest) {
     this.slots = slots;
+    this.hold = hold;
     this.rows = device.rows;
-    const some = this.rows.length < device.panels.length;
     this.canvas = element("canvas", {
       role: "img",
       ariaLabel: `Colours sent to device ${index} in the last minute`,
     });
-    this.element = element("div", { className: "strip" },
-      element("p", {}, `Device ${index}` +
-        (some ? `, ${this.rows.length} of its ${device.panels.length} panels` : "")),
-      this.canvas);
+    const label = element("p", {}, element("span", {}, "Device "), `${index}`);
+    this.element = element("div", { className: "strip" }, label, this.canvas);
+    this.element.dataset.device = index;
     this.height = Math.min(highest, Math.max(18, this.rows.length * 5));
 
     // One column per slot, at the slot's number modulo their count, and one row per panel.
@@ -36,6 +39,7 @@ class Strip {
     else this.fillUpTo(slot - 1);
     this.colours = colours;
     this.first = Math.min(this.first, slot);
+    this.heard = slot;
     this.fillUpTo(slot);
     this.marks[slot % this.slots] = 1;
   }
@@ -43,10 +47,13 @@ class Strip {
   // Fills the columns after the last one, up to `slot`, with the current colours.
   fillUpTo(slot) {
     if (this.first === Infinity) return;
+    const isFaint = slot - this.heard > this.hold;
+    if (isFaint && this.last - this.heard <= this.hold) this.last = Math.min(this.last, this.heard);
     for (let s = Math.max(this.last + 1, slot - this.slots + 1, this.first); s <= slot; ++s) {
       const x = s % this.slots;
       this.marks[x] = 0;
       this.paint.clearRect(x, 0, 1, this.ring.height);
+      this.paint.globalAlpha = isFaint && s > this.heard ? faint : 1;
       this.colours.forEach((colour, y) => {
         if (colour < 0) return;
         this.paint.fillStyle = hex(colour);
@@ -94,21 +101,26 @@ class Strip {
 export class Timeline {
   strips = [];
 
-  constructor(container) {
+  constructor(container, note) {
     this.container = container;
+    this.note = note;
+    this.explanation = note.textContent;
   }
 
   build(facts) {
     this.slotLength = facts.slotLength;
-    const highest = facts.devices.length <= 4 ? 96 : 56;
-    this.strips = facts.devices
-      .slice(0, maxStrips)
-      .map((device, index) => new Strip(device, index, facts.slotCount, highest));
+    const hold = facts.tellingSilence / facts.slotLength;
+    const shown = facts.devices.slice(0, maxStrips);
+    const highest = Math.min(96, roomForStrips / shown.length);
+    this.strips = shown.map((device, index) =>
+      new Strip(device, index, facts.slotCount, hold, highest));
     this.container.replaceChildren(...this.strips.map((strip) => strip.element));
-    const more = facts.devices.length - this.strips.length;
-    if (more > 0)
-      this.container.append(
-        element("p", { className: "explanation" }, `The other ${more} devices have no strip.`));
+    const notes = [this.explanation];
+    const more = facts.devices.length - shown.length;
+    if (more > 0) notes.push(`The other ${more} devices have no strip.`);
+    const partial = shown.find((device) => device.rows.length < device.panels.length);
+    if (partial) notes.push(`Of a device's panels, at most ${partial.rows.length} have a row.`);
+    setText(this.note, notes.join(" "));
     this.totals = [];
     this.resize();
   }

@@ -5,12 +5,46 @@ import { hex, readColours } from "./elements.js";
 const maxOutside = 0.5;
 const margin = 0.02;
 
+// A panel can be made at least this large by zooming, in CSS pixels.
+const largestPanel = 96;
+const labelSize = 11;
+
 const white = "rgb(255 255 255 / 0.95)";
+
+// The shortest lines that link all panels of a device, as pairs of panels. None for devices with so
+// many panels that finding them would take long.
+function linksOf(panels) {
+  if (panels.length > 1000) return [];
+  const links = [];
+  const left = panels.slice(1).map((panel) => ({ panel, to: panels[0], length: Infinity }));
+  for (let added = panels[0]; left.length > 0; ) {
+    let nearest = 0;
+    left.forEach((entry, i) => {
+      const length = Math.hypot(entry.panel.x - added.x, entry.panel.y - added.y);
+      if (length < entry.length) Object.assign(entry, { to: added, length });
+      if (entry.length < left[nearest].length) nearest = i;
+    });
+    const [{ panel, to }] = left.splice(nearest, 1);
+    links.push([panel, to]);
+    added = panel;
+  }
+  return links;
+}
+
+// Black or white, whichever is easier to read on the colour.
+function inkOn(colour) {
+  const [red, green, blue] = [16, 8, 0].map((shift) => (((colour >> shift) & 255) / 255) ** 2.2);
+  return 0.2126 * red + 0.7152 * green + 0.0722 * blue > 0.18 ? "#000" : "#fff";
+}
 
 export class Wall {
   panels = [];
   picture = null;
   selected = null;
+  lit = -1; // the device whose panels are emphasised, or -1
+  connected = true; // whether the wall's events still arrive
+  zoom = 1;
+  scale = 0; // canvas pixels per pixel of the display
 
   constructor(canvas) {
     this.canvas = canvas;
@@ -35,6 +69,8 @@ export class Wall {
       })),
     );
     this.panels = this.perDevice.flat();
+    this.links = facts.devices.length > 1 ? this.perDevice.map(linksOf) : [];
+    this.lastArrivals = facts.devices.map(() => -Infinity); // by the wall's clock
     this.selected = null;
     this.resize();
   }
@@ -42,6 +78,7 @@ export class Wall {
   // Takes over the state of a `now` event. All times are by the wall's clock.
   update({ time, devices }) {
     devices.forEach((device, deviceIndex) => {
+      this.lastArrivals[deviceIndex] = time - (device.age ?? Infinity);
       const sent = readColours(device.sent);
       const shown = readColours(device.shown);
       this.perDevice[deviceIndex].forEach((panel, i) => {
@@ -52,6 +89,11 @@ export class Wall {
         Object.assign(panel, { colour: sent[i], from: shown[i], begun: time, ends });
       });
     });
+  }
+
+  // Whether the device's panels show what they receive, and not only what they received last.
+  isLive(device, now) {
+    return this.connected && now - this.lastArrivals[device] < this.facts.tellingSilence;
   }
 
   isMoving(now) {
@@ -85,7 +127,7 @@ export class Wall {
   }
 
   resize() {
-    if (!this.outline) return;
+    if (!this.facts) return;
     const { width, height } = this.outline;
     const outside = { x: maxOutside * width, y: maxOutside * height };
     const view = { left: 0, top: 0, right: width, bottom: height };
@@ -109,14 +151,61 @@ export class Wall {
     const down = view.bottom - view.top;
     const room = this.canvas.parentElement.clientWidth;
     const highest = Math.max(200, window.innerHeight * 0.72);
-    const scale = Math.min(room / across, highest / down);
+    const fit = Math.min(room / across, highest / down);
+    const middle = [this.canvas.width, this.canvas.height].map((length) => length / 2);
+    const [x, y] = this.scale > 0 ? this.placeAt(...middle) : [0, 0];
     this.density = window.devicePixelRatio || 1;
-    this.canvas.style.height = `${Math.round(down * scale)}px`;
+    this.canvas.style.height = `${Math.round(down * fit)}px`;
     this.canvas.width = Math.round(room * this.density);
-    this.canvas.height = Math.round(down * scale * this.density);
-    this.scale = scale * this.density;
-    this.shiftX = (room * this.density - across * this.scale) / 2 - view.left * this.scale;
-    this.shiftY = -view.top * this.scale;
+    this.canvas.height = Math.round(down * fit * this.density);
+    this.fit = fit * this.density;
+    const smallest = Math.min(...this.facts.devices.map(({ side }) => side));
+    this.maxZoom = Math.max(4, largestPanel / (smallest * fit));
+    this.scale = this.fit * this.zoom;
+    this.moveTo(this.canvas.width / 2 - x * this.scale, this.canvas.height / 2 - y * this.scale);
+  }
+
+  // The place on the display at a position in pixels of the canvas.
+  placeAt(px, py) {
+    return [(px - this.shiftX) / this.scale, (py - this.shiftY) / this.scale];
+  }
+
+  // Moves the display's corner to a position on the canvas, or as near as the view's edges allow.
+  moveTo(shiftX, shiftY) {
+    const within = (shift, from, to, room) => {
+      const spare = room - (to - from) * this.scale;
+      const first = -from * this.scale;
+      if (spare >= 0) return first + spare / 2;
+      return Math.min(first, Math.max(first + spare, shift));
+    };
+    const { left, top, right, bottom } = this.view;
+    this.shiftX = within(shiftX, left, right, this.canvas.width);
+    this.shiftY = within(shiftY, top, bottom, this.canvas.height);
+  }
+
+  // Moves what is shown by CSS pixels. Returns whether it moved.
+  pan(dx, dy) {
+    const { shiftX, shiftY } = this;
+    this.moveTo(shiftX + dx * this.density, shiftY + dy * this.density);
+    return Math.hypot(this.shiftX - shiftX, this.shiftY - shiftY) > 0.5;
+  }
+
+  // Zooms in or out; the place at (x, y), in CSS pixels of the canvas, stays where it is.
+  zoomBy(factor, x, y) {
+    const px = x * this.density;
+    const py = y * this.density;
+    const [placeX, placeY] = this.placeAt(px, py);
+    this.zoom = Math.min(this.maxZoom, Math.max(1, this.zoom * factor));
+    this.scale = this.fit * this.zoom;
+    this.moveTo(px - placeX * this.scale, py - placeY * this.scale);
+  }
+
+  // Moves the panel into sight.
+  reveal(panel) {
+    const { left, top, length } = this.boxOf(panel);
+    const missing = (from, room) => Math.max(0, -from) - Math.max(0, from + length - room);
+    this.moveTo(this.shiftX + missing(left, this.canvas.width),
+      this.shiftY + missing(top, this.canvas.height));
   }
 
   // A panel's square on the canvas, in whole pixels so that equal panels look equal.
@@ -170,39 +259,103 @@ export class Wall {
     context.strokeStyle = theme.screenLine;
     context.strokeRect(left - line / 2, top - line / 2, width + line, height + line);
 
-    for (const panel of this.panels) this.drawPanel(panel, now, theme, line);
+    this.drawLinks(theme, line);
+    for (const panel of this.panels) {
+      const { left, top, length } = this.boxOf(panel);
+      if (left > canvas.width || top > canvas.height || left + length < 0 || top + length < 0) continue;
+      // While a device's card is pointed at, the other devices' panels are faint.
+      const others = this.lit >= 0 && panel.device !== this.lit;
+      if (!this.picture) {
+        context.fillStyle = theme.screen;
+        this.outlineSquare(panel, 0);
+        context.fill();
+      }
+      context.globalAlpha = others && !this.selected ? 0.25 : 1;
+      this.drawPanel(panel, now, theme, line);
+      context.globalAlpha = 1;
+      if (panel.device !== this.lit || panel === this.selected) continue;
+      this.outlineSquare(panel, -line);
+      this.stroke(theme.accent, 2 * line);
+    }
     if (this.selected) {
       this.outlineSquare(this.selected, -3 * line);
-      this.stroke(theme.accent, 2 * line);
+      this.stroke(theme.accent, 4 * line);
     }
   }
 
-  drawPanel(panel, now, theme, line) {
+  // Lines behind the panels, which link those of one device.
+  drawLinks(theme, line) {
     const { context } = this;
+    this.links.forEach((links, device) => {
+      const isLit = device === this.lit;
+      context.beginPath();
+      for (const link of links) {
+        const [from, to] = link.map(({ x, y }) => [
+          x * this.scale + this.shiftX,
+          y * this.scale + this.shiftY,
+        ]);
+        context.moveTo(...from);
+        context.lineTo(...to);
+      }
+      if (this.picture) this.stroke("rgb(0 0 0 / 0.65)", 5 * line);
+      this.stroke(isLit ? theme.accent : this.picture ? white : theme.screenLine, 3 * line);
+    });
+  }
+
+  drawPanel(panel, now, theme, line) {
+    const { context, picture } = this;
     const shown = this.shownBy(panel, now);
-    if (shown < 0) {
-      context.setLineDash([4 * line, 3 * line]);
-      this.outlineSquare(panel, line / 2);
-      this.stroke(this.picture ? white : theme.hollow, line);
-      context.setLineDash([]);
-      return;
-    }
-    context.fillStyle = hex(shown);
-    if (!this.picture) {
+    const isLive = shown >= 0 && this.isLive(panel.device, now);
+    const isFull = isLive && !picture;
+    const { length } = this.boxOf(panel);
+    if (isFull) {
+      context.fillStyle = hex(shown);
       this.outlineSquare(panel, 0);
       context.fill();
-      this.outlineSquare(panel, line / 2);
-      this.stroke(theme.panelEdge, line);
-      return;
     }
-    // Over the picture: the square's edge, and the colour only in its middle, so that the part of
-    // the screen that determines the colour stays visible around it.
-    this.outlineSquare(panel, line * 1.5);
-    this.stroke("rgb(0 0 0 / 0.65)", 3 * line);
-    this.stroke(white, line);
-    this.outlineSquare(panel, this.boxOf(panel).length * 0.27);
-    context.fill();
-    context.stroke();
+    if (!isLive) context.setLineDash([4 * line, 3 * line]);
+    this.outlineSquare(panel, line * (picture ? 1.5 : 0.5));
+    if (picture) this.stroke("rgb(0 0 0 / 0.65)", 3 * line);
+    this.stroke(picture ? white : isFull ? theme.panelEdge : theme.hollow, line);
+    context.setLineDash([]);
+    // The colour only in the middle: over the picture, so that the part of the screen that determines
+    // it stays visible around it; without, for a panel that is not live.
+    if (shown >= 0 && !isFull) {
+      context.fillStyle = hex(shown);
+      this.outlineSquare(panel, length * 0.27);
+      context.fill();
+      this.stroke(picture ? white : theme.panelEdge, line);
+    }
+    if (isFull) this.label(panel, inkOn(shown));
+    else if (picture) this.label(panel, "#fff", "#000");
+    else this.label(panel, theme.muted, shown < 0 ? "" : theme.screen);
+  }
+
+  // Writes into the panel's upper left corner, where there is room, its identifier and device. Text
+  // that may lie across colours has a halo.
+  label(panel, ink, halo = "") {
+    const { context } = this;
+    const { left, top, length } = this.boxOf(panel);
+    const size = labelSize * this.density;
+    const inset = Math.max(3 * this.density, length * 0.08);
+    if (length < inset + 1.2 * size) return;
+    context.font = `${size}px system-ui, sans-serif`;
+    context.textBaseline = "top";
+    context.lineJoin = "round";
+    context.fillStyle = ink;
+    const write = (text, y) => {
+      if (context.measureText(text).width > length - 2 * inset) return false;
+      if (halo) {
+        context.strokeStyle = halo;
+        context.lineWidth = 3 * this.density;
+        context.strokeText(text, left + inset, y);
+      }
+      context.fillText(text, left + inset, y);
+      return true;
+    };
+    const twoLines = !halo && this.links.length > 0 && length > inset + 3 * size;
+    if (write(`${panel.id}`, top + inset) && twoLines)
+      write(`device ${panel.device}`, top + inset + 1.2 * size);
   }
 
   // The path of a panel's square, smaller by `inset` at each side, with rounded corners.
