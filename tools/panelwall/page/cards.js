@@ -182,19 +182,19 @@ export class Devices {
     });
     if (this.cards.length <= few) return;
 
-    const { summary } = this;
-    const sum = (name) => states.reduce((total, state) => total + (state[name] ?? 0), 0);
-    const count = (list) => list.filter(Boolean).length;
-    const stale = connected ? "" : "stale";
-    const live = states.length - count(silent);
-    const rate = states.reduce((total, state, i) => total + (silent[i] ? 0 : state.rate), 0);
-    summary.set("Devices", states.length);
-    summary.set("Receiving", connected ? live : "–", stale);
-    summary.set("In trouble", connected ? count(troubled) : "–", counted(count(troubled)));
-    summary.set("Rate", connected ? `${rate} /s` : "–", stale);
-    const lostKnown = states.some(({ lost }) => lost !== undefined);
-    for (const [name, key] of [["Malformed", "malformed"], ["Lost", "lost"], ["Gaps", "gaps"]])
-      if (name in summary.values)
-        summary.set(name, key === "lost" && !lostKnown ? "unknown" : sum(key), counted(sum(key)));
+    const live = states.filter((_, i) => !silent[i]);
+    const trouble = troubled.filter(Boolean).length;
+    const sum = (list, name) => list.reduce((total, state) => total + state[name], 0);
+    const tell = (name, text, look) =>
+      this.summary.set(name, connected ? text : "–", connected ? look : "stale");
+    const count = (name, number) =>
+      this.summary.set(name, Number.isNaN(number) ? "unknown" : number, counted(number));
+    this.summary.set("Devices", states.length);
+    tell("Receiving", live.length);
+    tell("Rate", `${sum(live, "rate")} /s`);
+    tell("In trouble", trouble, counted(trouble));
+    count("Malformed", sum(states, "malformed"));
+    count("Lost", sum(states, "lost"));
+    if (this.steady) count("Gaps", sum(states, "gaps"));
   }
 }
