@@ -407,9 +407,12 @@ test("two colours taking turns show as stripes in the last minute", async () => 
     }
     return count;
   };
-  await until("12 changes", async () => (await changes()) === 12);
-  await sender.send("127.0.72.9", wide([[1, 0xff0000, 1]]));
-  await until("13 changes", async () => (await changes()) === 13);
+  // The last colour is faint unless it keeps coming.
+  for (const [count, colour] of [[12, 0x0000ff], [13, 0xff0000]])
+    await until(`${count} changes`, async () => {
+      await sender.send("127.0.72.9", wide([[1, colour, 1]]));
+      return (await changes()) === count;
+    });
 });
 
 test("the page repaints at most sixty times a second whatever comes", async () => {
@@ -439,7 +442,7 @@ test("the page repaints at most sixty times a second whatever comes", async () =
   const read = () =>
     page.evaluate(() => [performance.now(), window.painted, window.panelwall.events]);
   const before = await read();
-  await new Promise((resolve) => setTimeout(resolve, 3000));
+  await new Promise((resolve) => setTimeout(resolve, 2000));
   const behind = await read();
   flooding = false;
   await flood;
@@ -515,42 +518,35 @@ const noCardIsCut = (page) =>
   });
 
 test("many devices are summed up, those in trouble shown, and the rest on request", async () => {
-  for (const count of [20, 100]) {
-    const devices = share(grid(count * 6, 20, 1280, 720), count, count === 20 ? 73 : 74, 0.3);
-    const wall = await setting.wall(configuration(devices), ["--size", "1280x720"]);
-    const end = {};
-    // The last but one receives nothing, and the second a malformed datagram.
-    const sending = keepSending(devices.filter((_, d) => d !== count - 2), end);
-    await sender.send(devices[1].ip, Uint8Array.from([0, 1, 2]));
-    try {
-      const page = await open(wall.url, { width: 1280, height: 800 });
-      const summary = async () => (await page.innerText("#summary")).replace(/\s+/g, " ");
-      await until("the summary", async () =>
-        (await summary()).startsWith(`Devices ${count} Receiving ${count - 1} In trouble 2 `));
-      assert.match(await summary(), / Rate \d+ \/s Malformed 1 Lost 0 Gaps \d+$/);
-      const shown = async () => (await page.locator(".device:visible h3").allInnerTexts())
-        .map((name) => name.split(/\s/)[1]).join();
-      const all = Array.from(devices.keys()).join();
-      for (const [width, colorScheme] of [[1280, "light"], [390, "dark"]]) {
-        await page.setViewportSize({ width, height: 800 });
-        await page.emulateMedia({ colorScheme });
-        assert.equal(await shown(), `1,${count - 2}`);
-        const { height } = await page.locator("#timelineSection").boundingBox();
-        assert.ok(height < 850, `the timelines are ${height} high at ${width}`);
-        assert.ok(await page.evaluate(() => document.documentElement.scrollWidth <= innerWidth));
-        await page.click("#allButton");
-        assert.equal(await shown(), all);
-        assert.equal(await page.getAttribute("#allButton", "aria-expanded"), "true");
-        assert.ok(await noCardIsCut(page), `a card is cut at ${width}`);
-        if (count === 20) assert.deepEqual(await violations(page), []);
-        await page.click("#allButton");
-      }
-      await page.close();
-    } finally {
-      end.now = true;
-      await sending;
-    }
+  const devices = share(grid(600, 30, 1280, 720), 100, 74, 0.3);
+  const wall = await setting.wall(configuration(devices), ["--size", "1280x720"]);
+  const end = {};
+  // Device 98 receives nothing, and device 1 a malformed datagram.
+  const sending = keepSending(devices.filter((_, d) => d !== 98), end);
+  await sender.send(devices[1].ip, Uint8Array.from([0, 1, 2]));
+  const page = await open(wall.url, { width: 1280, height: 800 });
+  const summary = async () => (await page.innerText("#summary")).replace(/\s+/g, " ");
+  await until("the summary", async () =>
+    (await summary()).startsWith("Devices 100 Receiving 99 In trouble 2 "));
+  assert.match(await summary(), / Rate \d+ \/s Malformed 1 Lost 0 Gaps \d+$/);
+  const shown = async () => (await page.locator(".device:visible h3").allInnerTexts())
+    .map((name) => name.split(/\s/)[1]).join();
+  for (const [width, colorScheme] of [[1280, "light"], [390, "dark"]]) {
+    await page.setViewportSize({ width, height: 800 });
+    await page.emulateMedia({ colorScheme });
+    assert.equal(await shown(), "1,98");
+    const { height } = await page.locator("#timelineSection").boundingBox();
+    assert.ok(height < 850, `the timelines are ${height} high at ${width}`);
+    assert.ok(await page.evaluate(() => document.documentElement.scrollWidth <= innerWidth));
+    assert.deepEqual(await violations(page), []);
+    await page.click("#allButton");
+    assert.equal(await shown(), Array.from(devices.keys()).join());
+    assert.equal(await page.getAttribute("#allButton", "aria-expanded"), "true");
+    assert.ok(await noCardIsCut(page), `a card is cut at ${width}`);
+    await page.click("#allButton");
   }
+  end.now = true;
+  await sending;
 });
 
 test("a thousand panels can be zoomed and moved on a phone", async () => {
@@ -673,9 +669,17 @@ test("the screen's picture lies behind the panels when it is asked for", async (
     (await photograph(page, ...size)).shows(600, 400) !== 0x123456);
 });
 
-test("without a display the page says why there is no picture", async () => {
+test("a private file leads to the page, which says why there is no picture without a display", async () => {
   const wall = await setting.wall(configuration([device("127.0.72.14", 2, [[1, 160, 240]])]));
   const page = await open(wall.url);
+  // Other users' programs cannot learn the address: a file that only its user can read leads to it.
+  const followed = await setting.context.newPage();
+  await followed.goto(`file://${wall.link}`);
+  await followed.waitForURL(wall.url);
+  await followed.waitForFunction(() => window.panelwall?.events > 0);
+  assert.equal(await followed.evaluate(() => document.referrer), "");
+  await followed.close();
+
   await page.click("#pictureButton");
   await until("the reason", async () =>
     /cannot be seen from panelwall: start it where mirroring runs/.test(
@@ -687,7 +691,7 @@ test("a recording is shown as one", async () => {
   const document = configuration([device("127.0.72.17", 2, [[1, 100, 100]])]);
   const file = setting.write("run.wall", "");
   const recorder = await setting.wall(document, ["--record", file]);
-  for (let i = 0; i < 20; ++i) {
+  for (let i = 0; i < 10; ++i) {
     await sender.send("127.0.72.17", wide([[1, 0x336699, 0]]));
     await new Promise((resolve) => setTimeout(resolve, 100));
   }
@@ -714,15 +718,6 @@ test("another site's page is told nothing, even if it knows the address", async 
   }, wall.url);
   assert.deepEqual(outcome, ["refused", "refused", "refused"]);
   complaints.splice(0);
-});
-
-test("the link in a private file leads to the page", async () => {
-  const wall = await setting.wall(configuration([device("127.0.72.21", 2, [[1, 160, 240]])]));
-  const page = await (await setting.newContext()).newPage();
-  await page.goto(`file://${wall.link}`);
-  await page.waitForURL(wall.url);
-  await page.waitForFunction(() => window.panelwall?.events > 0);
-  assert.equal(await page.evaluate(() => document.referrer), "");
 });
 
 test("whoever does not know the whole address is told so, and nothing else", async () => {

@@ -135,8 +135,8 @@ class DeviceCard {
   }
 }
 
-// How regularly datagrams arrive for each device, and what is wrong with them. Of many devices, only
-// those in trouble are shown below a summary, and the others on request.
+// How regularly datagrams arrive for each device, and what is wrong with them. Of many devices,
+// only those in trouble are shown below a summary, and the others on request.
 export class Devices {
   all = true;
 
@@ -170,7 +170,7 @@ export class Devices {
   // Shows the devices of a `now` event that arrived `passed` milliseconds ago.
   show(states, passed, connected) {
     Object.assign(this, { states, passed, connected });
-    const silent = states.map(({ age }) => age === undefined || age + passed >= this.tellingSilence);
+    const silent = states.map((state) => !(state.age + passed < this.tellingSilence));
     const someLive = silent.includes(false);
     const troubled = states.map(({ age, malformed, lost }, i) =>
       malformed > 0 || lost > 0 ||

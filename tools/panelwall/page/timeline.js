@@ -1,5 +1,6 @@
 // The last minute: for each device a strip of the colours that its panels were sent, newest at the
-// right. Alternating colours show as stripes. Where nothing came for long, the last colour is faint.
+// right. Alternating colours show as stripes. While nothing comes for long, the last colour is
+// faint.
 import { element, hex, readColours, setText } from "./elements.js";
 
 const maxStrips = 24;

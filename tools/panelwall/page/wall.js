@@ -262,7 +262,8 @@ export class Wall {
     this.drawLinks(theme, line);
     for (const panel of this.panels) {
       const { left, top, length } = this.boxOf(panel);
-      if (left > canvas.width || top > canvas.height || left + length < 0 || top + length < 0) continue;
+      if (left > canvas.width || left + length < 0) continue;
+      if (top > canvas.height || top + length < 0) continue;
       // While a device's card is pointed at, the other devices' panels are faint.
       const others = this.lit >= 0 && panel.device !== this.lit;
       if (!this.picture) {
@@ -287,7 +288,6 @@ export class Wall {
   drawLinks(theme, line) {
     const { context } = this;
     this.links.forEach((links, device) => {
-      const isLit = device === this.lit;
       context.beginPath();
       for (const link of links) {
         const [from, to] = link.map(({ x, y }) => [
@@ -298,7 +298,8 @@ export class Wall {
         context.lineTo(...to);
       }
       if (this.picture) this.stroke("rgb(0 0 0 / 0.65)", 5 * line);
-      this.stroke(isLit ? theme.accent : this.picture ? white : theme.screenLine, 3 * line);
+      const usual = this.picture ? white : theme.screenLine;
+      this.stroke(device === this.lit ? theme.accent : usual, 3 * line);
     });
   }
 
@@ -318,8 +319,8 @@ export class Wall {
     if (picture) this.stroke("rgb(0 0 0 / 0.65)", 3 * line);
     this.stroke(picture ? white : isFull ? theme.panelEdge : theme.hollow, line);
     context.setLineDash([]);
-    // The colour only in the middle: over the picture, so that the part of the screen that determines
-    // it stays visible around it; without, for a panel that is not live.
+    // The colour only in the middle: over the picture, so that the part of the screen that
+    // determines it stays visible around it; without, for a panel that is not live.
     if (shown >= 0 && !isFull) {
       context.fillStyle = hex(shown);
       this.outlineSquare(panel, length * 0.27);

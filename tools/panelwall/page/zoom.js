@@ -56,8 +56,8 @@ export function letZoom(wall, canvas, buttons, changed) {
     if (event.cancelable && (event.touches.length > 1 || wall.zoom > 1)) event.preventDefault();
   }, { passive: false });
 
-  // With Ctrl the wheel zooms, as fingers on a touchpad do. Without, it moves what is shown, and the
-  // page where that ends.
+  // With Ctrl the wheel zooms, as fingers on a touchpad do. Without, it moves what is shown, and
+  // the page where that ends.
   canvas.addEventListener("wheel", (event) => {
     const pixels = event.deltaMode === WheelEvent.DOM_DELTA_LINE ? 16 : 1;
     const { x, y } = positionOf(event);
