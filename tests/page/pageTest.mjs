@@ -569,6 +569,13 @@ test("a thousand panels can be zoomed and moved on a phone", async () => {
   const sending = keepSending(devices, end, (id) => ((((id % 40) + 2) * 5) << 16) | 0x40c0);
   await until("the whole wall", async () => (await columns()).join() === all);
   await page.locator("#notice").waitFor({ state: "hidden" });
+
+  // A tap on a card lights the device's panels up.
+  await page.locator(".device").nth(1).tap();
+  await page.waitForSelector(".device[data-lit]:nth-child(2)");
+  await page.locator("h1").tap();
+  await page.waitForFunction(() => !document.querySelector("[data-lit]"));
+  await page.evaluate(() => scrollTo(0, 0));
   const box = await page.locator("#wall").boundingBox();
   const middle = [box.x + box.width / 2, box.y + box.height / 2];
 

@@ -284,10 +284,13 @@ export class Wall {
     }
   }
 
-  // Lines behind the panels, which link those of one device.
+  // Lines behind the panels, which link those of one device. They would hide the picture, so there
+  // only an emphasised device has them.
   drawLinks(theme, line) {
     const { context } = this;
     this.links.forEach((links, device) => {
+      const isLit = device === this.lit;
+      if (this.picture && !isLit) return;
       context.beginPath();
       for (const link of links) {
         const [from, to] = link.map(({ x, y }) => [
@@ -297,9 +300,7 @@ export class Wall {
         context.moveTo(...from);
         context.lineTo(...to);
       }
-      if (this.picture) this.stroke("rgb(0 0 0 / 0.65)", 5 * line);
-      const usual = this.picture ? white : theme.screenLine;
-      this.stroke(device === this.lit ? theme.accent : usual, 3 * line);
+      this.stroke(isLit ? theme.accent : theme.screenLine, 3 * line);
     });
   }
 
