@@ -2,9 +2,9 @@
 
 library_packages="libblocksruntime-dev rapidjson-dev libcli11-dev libcpp-httplib-dev libpng-dev
     libgtest-dev libcmark-dev libbenchmark-dev libxcb1-dev libxcb-randr0-dev libxcb-shm0-dev
-    libxcb-damage0-dev libxcb-xfixes0-dev"
+    libxcb-damage0-dev libxcb-xfixes0-dev libwayland-dev wayland-protocols"
 build_packages="build-essential clang llvm libclang-rt-14-dev cmake ninja-build pkg-config
-    $library_packages"
+    librust-wayland-protocols-dev $library_packages"
 screen_packages="xvfb x11-utils x11-xserver-utils"
 # server_packages: prints the packages of the tests' X server, which MIRROR_TEST_SERVER names.
 server_packages() {

@@ -19,7 +19,7 @@ struct CGImage {
 CGImageRef CGDisplayCreateImage(CGDirectDisplayID displayID) {
     const platform::SigpipeGuard guard;
     try {
-        std::optional<platform::Picture> picture = platform::pictureOf(displayID);
+        std::optional<platform::Picture> picture = platform::sessionSource().pictureOf(displayID);
         if (!picture)
             return nullptr;
         return new CGImage{{std::move(*picture)}};

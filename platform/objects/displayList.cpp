@@ -13,7 +13,7 @@ CGError CGGetActiveDisplayList(uint32_t maxDisplays, CGDirectDisplayID *activeDi
     *displayCount = 0;
     const platform::SigpipeGuard guard;
     try {
-        const auto displays = platform::listDisplays();
+        const auto displays = platform::sessionSource().listDisplays();
         if (!displays)
             return kCGErrorFailure;
         const std::size_t room = activeDisplays == nullptr

@@ -117,7 +117,7 @@ CGDisplayStreamCreateWithDispatchQueue(CGDirectDisplayID display, size_t outputW
         return nullptr;
     const platform::SigpipeGuard guard;
     try {
-        if (!platform::canCapture(display))
+        if (!platform::sessionSource().canCapture(display))
             return nullptr;
         auto stream = std::make_unique<CGDisplayStream>();
         stream->settings = {display, static_cast<int>(outputWidth), static_cast<int>(outputHeight),

@@ -1,4 +1,7 @@
-// The interface to the display server: its displays and their frames. platform/x11 implements it.
+// The interface to the display server: its displays and their frames.
+//
+// platform/x11 and platform/wayland each implement it as one table of functions. Which of them is
+// used is decided when it is used, in sessionSource.cpp.
 #pragma once
 
 #include "platform/objects/clock.h"
@@ -13,22 +16,12 @@
 
 namespace platform {
 
-// Call all of these on a host thread, under a SigpipeGuard. They are bounded in time and hold no
-// connection, descriptor or thread after the call, except for what openCapture() returns. Throw
-// std::bad_alloc and std::system_error.
-
-// The identifiers of the active displays, in the server's order; nothing when it did not answer.
-std::optional<std::vector<std::uint32_t>> listDisplays();
-
 // Four bytes per pixel, blue first, rows packed.
 struct Picture {
     std::size_t width = 0;
     std::size_t height = 0;
     std::shared_ptr<const std::uint8_t> pixels;
 };
-
-// The display's current picture; nothing when the display does not exist or may not be read.
-std::optional<Picture> pictureOf(std::uint32_t display);
 
 struct CaptureSettings {
     std::uint32_t display = 0;
@@ -58,10 +51,25 @@ struct Capture {
     std::function<void()> breakOff;
 };
 
-// Whether a capture of this display could be started now.
-bool canCapture(std::uint32_t display);
+// Call all of these on a host thread, under a SigpipeGuard. They are bounded in time and hold no
+// connection, descriptor or thread after the call, except for what openCapture() returns. They
+// throw std::bad_alloc and std::system_error.
+struct Source {
+    // The identifiers of the active displays, in the server's order; nothing when it did not
+    // answer.
+    std::optional<std::vector<std::uint32_t>> (*listDisplays)();
 
-// Nothing when it cannot be started. The gate outlives the capture.
-std::optional<Capture> openCapture(const CaptureSettings &settings, FrameGate &gate);
+    // The display's current picture; nothing when the display does not exist or may not be read.
+    std::optional<Picture> (*pictureOf)(std::uint32_t display);
+
+    // Whether a capture of this display could be started now.
+    bool (*canCapture)(std::uint32_t display);
+
+    // Nothing when it cannot be started. The gate outlives the capture.
+    std::optional<Capture> (*openCapture)(const CaptureSettings &settings, FrameGate &gate);
+};
+
+// The source for the session that this process is in. Any thread; bounded in time.
+const Source &sessionSource();
 
 } // namespace platform

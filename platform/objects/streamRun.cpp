@@ -32,7 +32,7 @@ StreamRun::~StreamRun() {
 std::shared_ptr<StreamRun> StreamRun::start(const CaptureSettings &settings, dispatch_queue_t queue,
                                             CGDisplayStreamFrameAvailableHandler handler) {
     std::shared_ptr<StreamRun> run(new StreamRun(queue, handler));
-    run->capture = openCapture(settings, run->gate);
+    run->capture = sessionSource().openCapture(settings, run->gate);
     if (!run->capture)
         return nullptr;
     run->surface.base = run->capture->pixels;

@@ -10,6 +10,16 @@
 
 namespace platform {
 
+bool waitUntilReady(int fd, short events, Clock::time_point deadline) {
+    pollfd waiting{fd, events, 0};
+    for (;;) {
+        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
+        const int ready = poll(&waiting, 1, static_cast<int>(std::max<long long>(0, left.count())));
+        if (ready >= 0 || errno != EINTR)
+            return ready > 0;
+    }
+}
+
 WakeUp::WakeUp() : event(eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK)) {
     if (!event.valid())
         throw std::system_error(errno, std::generic_category(), "eventfd");

@@ -1,4 +1,4 @@
-// Ends another thread's wait on descriptors.
+// Waits on descriptors: bounded, and ended by another thread.
 #pragma once
 
 #include "platform/objects/clock.h"
@@ -7,6 +7,10 @@
 #include <optional>
 
 namespace platform {
+
+// Waits for one of poll()'s events, even if signals interrupt it; false when the deadline passed
+// first.
+bool waitUntilReady(int fd, short events, Clock::time_point deadline);
 
 class WakeUp {
 public:

@@ -1,5 +1,6 @@
 #include "platform/x11/handshake.h"
 
+#include "platform/objects/wakeUp.h"
 #include "platform/x11/serverSocket.h"
 
 #include <algorithm>

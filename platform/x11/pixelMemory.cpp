@@ -1,14 +1,11 @@
 #include "platform/x11/pixelMemory.h"
 
-#include "platform/objects/signals.h"
+#include "platform/objects/pixelFile.h"
 
 #include <algorithm>
 #include <cstring>
-#include <fcntl.h>
 #include <new>
 #include <sys/mman.h>
-#include <sys/resource.h>
-#include <sys/stat.h>
 #include <utility>
 
 namespace platform::x11 {
@@ -20,18 +17,6 @@ constexpr std::uint32_t allPlanes = 0xffffffff;
 // Bytes of the screen per request when reading over the connection, but at least one row.
 constexpr std::size_t chunkBytes = std::size_t{1} << 20;
 
-// Growing a file beyond the process's limit raises a signal.
-bool mayBeFile(std::size_t bytes) {
-    rlimit limit{};
-    return getrlimit(RLIMIT_FSIZE, &limit) == 0 && bytes <= limit.rlim_cur;
-}
-
-// Allocating a large file takes a while, and a signal meanwhile would undo all of it.
-bool fill(int file, std::size_t bytes) {
-    const QuietSignals quiet;
-    return posix_fallocate(file, 0, static_cast<off_t>(bytes)) == 0;
-}
-
 } // namespace
 
 PixelMemory::PixelMemory(Connection &connection, std::size_t bytes, Sharing sharing)
@@ -39,13 +24,10 @@ PixelMemory::PixelMemory(Connection &connection, std::size_t bytes, Sharing shar
     if (bytes == 0)
         return;
     int flags = MAP_PRIVATE | MAP_ANONYMOUS;
-    if (sharing == Sharing::WhenPossible && connection.isLocal() && mayBeFile(bytes)) {
-        Descriptor candidate(memfd_create("screen pixels", MFD_CLOEXEC));
-        if (candidate.valid() && fchmod(candidate.get(), S_IRUSR | S_IWUSR) == 0 &&
-            fill(candidate.get(), bytes)) {
-            file = std::move(candidate);
+    if (sharing == Sharing::WhenPossible && connection.isLocal()) {
+        file = makePixelFile(bytes);
+        if (file.valid())
             flags = MAP_SHARED | MAP_POPULATE;
-        }
     }
     base = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, flags, file.get(), 0);
     if (base == MAP_FAILED)

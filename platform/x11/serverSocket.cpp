@@ -1,8 +1,9 @@
 #include "platform/x11/serverSocket.h"
 
+#include "platform/objects/wakeUp.h"
+
 #include <X11/X.h>
 #include <X11/Xauth.h>
-#include <algorithm>
 #include <arpa/inet.h>
 #include <cerrno>
 #include <cstddef>
@@ -127,16 +128,6 @@ std::string withoutBrackets(const std::string &host) {
 }
 
 } // namespace
-
-bool waitUntilReady(int fd, short events, Clock::time_point deadline) {
-    pollfd waiting{fd, events, 0};
-    for (;;) {
-        const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
-        const int ready = poll(&waiting, 1, static_cast<int>(std::max<long long>(0, left.count())));
-        if (ready >= 0 || errno != EINTR)
-            return ready > 0;
-    }
-}
 
 ServerSocket openServerSocket(Clock::time_point deadline) {
     ServerSocket server;

@@ -22,8 +22,4 @@ struct ServerSocket {
 // of the host name has the resolver's own time limit).
 ServerSocket openServerSocket(Clock::time_point deadline);
 
-// Waits for one of poll()'s events, even if signals interrupt it; false when the deadline passed
-// first.
-bool waitUntilReady(int fd, short events, Clock::time_point deadline);
-
 } // namespace platform::x11

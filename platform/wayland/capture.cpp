@@ -1,0 +1,192 @@
+#include "platform/wayland/capture.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace platform::wayland {
+
+namespace {
+
+// The pause after a copy that the compositor refused.
+constexpr Clock::duration refusalPause = std::chrono::milliseconds(100);
+
+// How long a compositor may take to count a first copy as a change.
+constexpr Clock::duration changePatience = std::chrono::milliseconds(500);
+
+// After a frame, the capture thread ignores events until the next copy: while the screen moves,
+// this saves a wake-up per frame. The pause includes `handlerLag`, since the minimum frame time
+// counts from the call of the handler.
+constexpr Clock::duration longestPause = std::chrono::milliseconds(100);
+constexpr Clock::duration handlerLag = std::chrono::microseconds(200);
+
+// Has the compositor offer a copy of the display; null when it does not.
+const Output *awaitOffer(Compositor &compositor, std::uint32_t display, ScreenCopy &copy) {
+    const Output *output = compositor.find(display);
+    if (output == nullptr || compositor.sharedMemory() == nullptr ||
+        compositor.screenCopies() == nullptr)
+        return nullptr;
+    copy.ask(output->object.get());
+    compositor.connection().wait([&copy] { return copy.state() != ScreenCopy::State::Asked; });
+    return copy.state() == ScreenCopy::State::Offered ? compositor.find(display) : nullptr;
+}
+
+} // namespace
+
+std::optional<Picture> Capture::picture(std::uint32_t display) {
+    const std::unique_ptr<Compositor> compositor = Compositor::open();
+    if (!compositor)
+        return std::nullopt;
+    ScreenCopy copy(*compositor);
+    const Output *output = awaitOffer(*compositor, display, copy);
+    if (output == nullptr)
+        return std::nullopt;
+    const Aim aim{copy.layout(), output->transform};
+    FramePainter painter(*compositor, aim.uprightWidth(), aim.uprightHeight());
+    painter.aimAt(aim);
+    copy.copy(painter.target(), ScreenCopy::When::Now);
+    compositor->connection().wait([&copy] { return copy.state() != ScreenCopy::State::Copying; });
+    output = compositor->find(display);
+    if (copy.state() != ScreenCopy::State::Ready || output == nullptr || !output->settled ||
+        output->transform != aim.transform)
+        return std::nullopt;
+    painter.paint(copy.isUpsideDown());
+    return Picture{static_cast<std::size_t>(aim.uprightWidth()),
+                   static_cast<std::size_t>(aim.uprightHeight()), painter.takePixels()};
+}
+
+bool Capture::isPossible(std::uint32_t display) {
+    const std::unique_ptr<Compositor> compositor = Compositor::open();
+    if (!compositor)
+        return false;
+    ScreenCopy copy(*compositor);
+    return awaitOffer(*compositor, display, copy) != nullptr;
+}
+
+std::unique_ptr<Capture> Capture::open(const CaptureSettings &settings, FrameGate &gate) {
+    std::unique_ptr<Compositor> compositor = Compositor::open();
+    if (!compositor || compositor->sharedMemory() == nullptr)
+        return nullptr;
+    std::unique_ptr<Capture> capture(new Capture(settings, gate, std::move(compositor)));
+    if (awaitOffer(*capture->compositor, settings.display, capture->copy) == nullptr)
+        return nullptr;
+    capture->aim();
+    return capture;
+}
+
+Capture::Capture(const CaptureSettings &settings, FrameGate &gate,
+                 std::unique_ptr<Compositor> compositor_)
+    : settings(settings), gate(gate), lead(settings.minimumFrameTime / 4),
+      compositor(std::move(compositor_)), painter(*compositor, settings.width, settings.height),
+      copy(*compositor) {}
+
+void Capture::run(const std::function<void(CaptureEvent)> &onEvent) {
+    while (!gate.isStopped()) {
+        if (!compositor->connection().dispatch())
+            return;
+        if (compositor->takeLayoutChange())
+            followLayout(onEvent);
+        if (copy.state() == ScreenCopy::State::Ready) {
+            deliver(onEvent);
+            continue;
+        }
+        if (copy.state() == ScreenCopy::State::Failed)
+            startOver();
+        const std::optional<Clock::time_point> due = nextStep();
+        const bool now = due && *due <= Clock::now();
+        if (now && gate.isFree()) {
+            step();
+            continue;
+        }
+        gate.wait(compositor->connection().descriptor(), now ? std::nullopt : due);
+    }
+}
+
+void Capture::aim() {
+    output = compositor->find(settings.display);
+    global = output == nullptr ? 0 : output->global;
+}
+
+void Capture::followLayout(const std::function<void(CaptureEvent)> &onEvent) {
+    const bool wasPresent = output != nullptr;
+    const std::uint32_t before = global;
+    aim();
+    if (wasPresent && output != nullptr && global == before)
+        return; // what has changed in it is looked at when the next copy is ready
+    copy.drop();
+    allWanted = true;
+    atOnce = false;
+    if (wasPresent && output == nullptr)
+        onEvent(CaptureEvent::Blank);
+}
+
+Clock::time_point Capture::earliestHandlerCall() const {
+    return gate.lastHandlerCall() + settings.minimumFrameTime;
+}
+
+std::optional<Clock::time_point> Capture::nextStep() const {
+    if (output == nullptr)
+        return std::nullopt;
+    switch (copy.state()) {
+    case ScreenCopy::State::Idle:
+        return notBefore;
+    case ScreenCopy::State::Offered:
+        return std::max(notBefore, earliestHandlerCall() - lead);
+    case ScreenCopy::State::Copying:
+        return changeDeadline;
+    default:
+        return std::nullopt;
+    }
+}
+
+void Capture::step() {
+    switch (copy.state()) {
+    case ScreenCopy::State::Idle:
+        copy.ask(output->object.get());
+        break;
+    case ScreenCopy::State::Offered:
+        beginCopy();
+        break;
+    default: // the compositor waits for a change
+        copy.drop();
+        atOnce = true;
+        break;
+    }
+}
+
+void Capture::beginCopy() {
+    using When = ScreenCopy::When;
+    painter.aimAt({copy.layout(), output->transform});
+    copy.copy(painter.target(), atOnce ? When::Now : When::Changed);
+    changeDeadline.reset();
+    if (allWanted && !atOnce)
+        changeDeadline = Clock::now() + changePatience;
+}
+
+void Capture::deliver(const std::function<void(CaptureEvent)> &onEvent) {
+    // Pixels of a turn that is under way would be shown in the wrong place.
+    if (!output->settled || output->transform != painter.aim().transform) {
+        startOver();
+        return;
+    }
+    painter.paint(copy.isUpsideDown());
+    allWanted = false;
+    atOnce = false;
+    while (Clock::now() < earliestHandlerCall() && !gate.isStopped())
+        gate.wait(-1, earliestHandlerCall());
+    const Clock::time_point pauseUntil =
+        Clock::now() + std::min(settings.minimumFrameTime, longestPause) + handlerLag - lead;
+    gate.handOver();
+    onEvent(CaptureEvent::Frame);
+    copy.ask(output->object.get());
+    if (settings.minimumFrameTime > Clock::duration::zero() && compositor->connection().dispatch())
+        gate.wait(-1, pauseUntil);
+}
+
+void Capture::startOver() {
+    copy.drop();
+    allWanted = true;
+    atOnce = false;
+    notBefore = Clock::now() + refusalPause;
+}
+
+} // namespace platform::wayland

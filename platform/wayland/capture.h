@@ -1,0 +1,62 @@
+// The Wayland side of a running display stream: watches one output and paints frames of it.
+#pragma once
+
+#include "platform/objects/source.h"
+#include "platform/wayland/compositor.h"
+#include "platform/wayland/framePainter.h"
+#include "platform/wayland/screenCopy.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+
+namespace platform::wayland {
+
+class Capture {
+public:
+    // See the functions of these names in platform/objects/source.h.
+    static std::optional<Picture> picture(std::uint32_t display);
+    static bool isPossible(std::uint32_t display);
+    static std::unique_ptr<Capture> open(const CaptureSettings &settings, FrameGate &gate);
+
+    // Capture thread; see platform::Capture::run. The only request that waits at the compositor is
+    // for a copy when something has changed, so a still screen costs nothing. It is made when the
+    // frame may be painted, shortly before the minimum frame time has passed; what was drawn before
+    // that counts as a change, too. No call blocks, so nothing needs to be broken off.
+    void run(const std::function<void(CaptureEvent)> &onEvent);
+
+    std::uint8_t *pixels() const { return painter.pixels(); }
+
+private:
+    Capture(const CaptureSettings &settings, FrameGate &gate,
+            std::unique_ptr<Compositor> compositor);
+
+    void aim();
+    void followLayout(const std::function<void(CaptureEvent)> &onEvent);
+    std::optional<Clock::time_point> nextStep() const;
+    void step();
+    void beginCopy();
+    void deliver(const std::function<void(CaptureEvent)> &onEvent);
+    void startOver();
+    Clock::time_point earliestHandlerCall() const;
+
+    const CaptureSettings settings;
+    FrameGate &gate;
+    const Clock::duration lead; // how early the next copy begins
+    const std::unique_ptr<Compositor> compositor;
+    FramePainter painter;
+    ScreenCopy copy;
+
+    // Capture thread.
+    const Output *output = nullptr; // null while the display is gone
+    std::uint32_t global = 0;       // the output's number
+    Clock::time_point notBefore{};  // the earliest next request
+    // The next copy does not need a change, although most compositors take the first copy for one.
+    // Where it has not been made by the deadline, it is requested anew, to be made at once.
+    bool allWanted = true;
+    bool atOnce = false;
+    std::optional<Clock::time_point> changeDeadline;
+};
+
+} // namespace platform::wayland
