@@ -25,6 +25,19 @@ function(discover_tests name)
         list(APPEND arguments TIMEOUT 120)
     endif()
     string(REGEX REPLACE "(TIMEOUT;[0-9]+)" "\\1${tenfold}" arguments "${arguments}")
+    # The session that the tests are started in is not the one that they test.
+    list(APPEND arguments ENVIRONMENT_MODIFICATION WAYLAND_DISPLAY=unset:)
     gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST DISCOVERY_TIMEOUT 60${tenfold}
                          NO_PRETTY_VALUES ${arguments})
+endfunction()
+
+# discover_wayland_tests(NAME FILTER ARGUMENTS...): registers those tests of a GoogleTest program that
+# FILTER selects under the prefix "wayland.", to run on a Wayland compositor.
+function(discover_wayland_tests name filter)
+    set(arguments ${ARGN})
+    if(NOT PROPERTIES IN_LIST arguments)
+        list(APPEND arguments PROPERTIES)
+    endif()
+    discover_tests(${name} TEST_PREFIX wayland. TEST_FILTER ${filter} TEST_LIST ${name}Wayland
+                   ${arguments} ENVIRONMENT MIRROR_TEST_SERVER=sway)
 endfunction()

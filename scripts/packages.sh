@@ -18,8 +18,9 @@ server_packages() {
         ;;
     esac
 }
-# A Wayland session with an X server in it, and authorisation for X servers.
-session_packages="cage xwayland xauth"
+# A Wayland session with an X server in it, and authorisation for X servers; the compositor that tests
+# draw on, and an independent program that captures it.
+session_packages="cage xwayland xauth sway grim"
 manual_packages="mandoc zsh doxygen"
 format_packages="clang-format-14 git"
 fault_packages="iproute2 locales"

@@ -51,7 +51,7 @@ std::optional<Picture> Capture::picture(std::uint32_t display) {
         return std::nullopt;
     painter.paint(copy.isUpsideDown());
     return Picture{static_cast<std::size_t>(aim.uprightWidth()),
-                   static_cast<std::size_t>(aim.uprightHeight()), painter.takePixels()};
+                   static_cast<std::size_t>(aim.uprightHeight()), painter.sharedPixels()};
 }
 
 bool Capture::isPossible(std::uint32_t display) {
@@ -86,7 +86,7 @@ void Capture::run(const std::function<void(CaptureEvent)> &onEvent) {
         if (compositor->takeLayoutChange())
             followLayout(onEvent);
         if (copy.state() == ScreenCopy::State::Ready) {
-            deliver(onEvent);
+            finishCopy(onEvent);
             continue;
         }
         if (copy.state() == ScreenCopy::State::Failed)
@@ -130,7 +130,7 @@ std::optional<Clock::time_point> Capture::nextStep() const {
     case ScreenCopy::State::Idle:
         return notBefore;
     case ScreenCopy::State::Offered:
-        return std::max(notBefore, earliestHandlerCall() - lead);
+        return hurried ? notBefore : std::max(notBefore, earliestHandlerCall() - lead);
     case ScreenCopy::State::Copying:
         return changeDeadline;
     default:
@@ -162,13 +162,23 @@ void Capture::beginCopy() {
         changeDeadline = Clock::now() + changePatience;
 }
 
-void Capture::deliver(const std::function<void(CaptureEvent)> &onEvent) {
+void Capture::finishCopy(const std::function<void(CaptureEvent)> &onEvent) {
     // Pixels of a turn that is under way would be shown in the wrong place.
     if (!output->settled || output->transform != painter.aim().transform) {
         startOver();
         return;
     }
-    painter.paint(copy.isUpsideDown());
+    const bool changed = painter.paint(copy.isUpsideDown()) || allWanted;
+    copy.ask(output->object.get());
+    if (changed)
+        deliver(onEvent);
+    hurried = !changed && !hurried;
+    // A copy that shows no change must not be followed by many more.
+    if (!changed && !hurried)
+        notBefore = Clock::now() + settings.minimumFrameTime;
+}
+
+void Capture::deliver(const std::function<void(CaptureEvent)> &onEvent) {
     allWanted = false;
     atOnce = false;
     while (Clock::now() < earliestHandlerCall() && !gate.isStopped())
@@ -177,7 +187,6 @@ void Capture::deliver(const std::function<void(CaptureEvent)> &onEvent) {
         Clock::now() + std::min(settings.minimumFrameTime, longestPause) + handlerLag - lead;
     gate.handOver();
     onEvent(CaptureEvent::Frame);
-    copy.ask(output->object.get());
     if (settings.minimumFrameTime > Clock::duration::zero() && compositor->connection().dispatch())
         gate.wait(-1, pauseUntil);
 }
@@ -186,6 +195,7 @@ void Capture::startOver() {
     copy.drop();
     allWanted = true;
     atOnce = false;
+    hurried = false;
     notBefore = Clock::now() + refusalPause;
 }
 

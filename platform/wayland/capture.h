@@ -21,8 +21,8 @@ public:
     static std::unique_ptr<Capture> open(const CaptureSettings &settings, FrameGate &gate);
 
     // Capture thread; see platform::Capture::run. The only request that waits at the compositor is
-    // for a copy when something has changed, so a still screen costs nothing. It is made when the
-    // frame may be painted, shortly before the minimum frame time has passed; what was drawn before
+    // for a copy when something has changed, so a still screen costs nothing. It is made once the
+    // handler has returned, shortly before the minimum frame time has passed; what was drawn before
     // that counts as a change, too. No call blocks, so nothing needs to be broken off.
     void run(const std::function<void(CaptureEvent)> &onEvent);
 
@@ -37,6 +37,7 @@ private:
     std::optional<Clock::time_point> nextStep() const;
     void step();
     void beginCopy();
+    void finishCopy(const std::function<void(CaptureEvent)> &onEvent);
     void deliver(const std::function<void(CaptureEvent)> &onEvent);
     void startOver();
     Clock::time_point earliestHandlerCall() const;
@@ -52,6 +53,10 @@ private:
     const Output *output = nullptr; // null while the display is gone
     std::uint32_t global = 0;       // the output's number
     Clock::time_point notBefore{};  // the earliest next request
+    // Some compositors give the whole screen to a window that covers it while nobody waits for a
+    // copy, and count the end of that as a change. So after a copy that showed none, the next
+    // request is made at once, unless that was done the last time.
+    bool hurried = false;
     // The next copy does not need a change, although most compositors take the first copy for one.
     // Where it has not been made by the deadline, it is requested anew, to be made at once.
     bool allWanted = true;

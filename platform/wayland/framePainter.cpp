@@ -1,6 +1,9 @@
 #include "platform/wayland/framePainter.h"
 
 #include <algorithm>
+#include <cstring>
+#include <new>
+#include <sys/mman.h>
 
 namespace platform::wayland {
 
@@ -51,6 +54,18 @@ std::vector<std::size_t> pathsOf(int frameLength, int length, bool flipped, std:
     return paths;
 }
 
+// Zero bytes whose pages are already there, few large ones where available. Throws std::bad_alloc.
+std::shared_ptr<std::uint8_t> allocate(std::size_t bytes) {
+    void *memory = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    if (memory == MAP_FAILED)
+        throw std::bad_alloc();
+    std::shared_ptr<std::uint8_t> owner(static_cast<std::uint8_t *>(memory),
+                                        [bytes](std::uint8_t *pixels) { munmap(pixels, bytes); });
+    madvise(memory, bytes, MADV_HUGEPAGE);
+    madvise(memory, bytes, MADV_POPULATE_WRITE);
+    return owner;
+}
+
 void turnRowsOver(std::uint8_t *pixels, const PixelLayout &layout) {
     std::uint8_t *low = pixels + layout.bytes();
     for (std::uint8_t *high = pixels; high + layout.rowBytes < low; high += layout.rowBytes) {
@@ -72,41 +87,63 @@ PixelPaths::PixelPaths(const Aim &aim, std::size_t pixelBytes, int frameWidth, i
 
 FramePainter::FramePainter(const Compositor &compositor, int width, int height)
     : compositor(compositor), width(width), height(height),
-      frame(compositor, frameBytes(width, height)) {}
+      frame(allocate(frameBytes(width, height))) {}
 
 void FramePainter::aimAt(const Aim &aim) {
     if (format != nullptr && aim == aimed)
         return;
-    const PixelFormat &pixels = *PixelFormat::of(aim.layout.format);
-    const bool direct = pixels.isBgrx() && aim.transform == WL_OUTPUT_TRANSFORM_NORMAL &&
-                        aim.layout.width == width && aim.layout.height == height &&
-                        aim.layout.rowBytes == frameBytes(width, 1);
-    aside.reset();
+    copied.reset();
     paths = {};
     format = nullptr;
-    if (!direct) {
-        aside = std::make_unique<PixelMemory>(compositor, aim.layout.bytes());
+    const PixelFormat &pixels = *PixelFormat::of(aim.layout.format);
+    copied = std::make_unique<PixelMemory>(compositor, aim.layout.bytes());
+    plain = pixels.isBgrx() && aim.transform == WL_OUTPUT_TRANSFORM_NORMAL &&
+            aim.layout.width == width && aim.layout.height == height;
+    if (!plain)
         paths = PixelPaths(aim, pixels.bytes, width, height);
-    }
     aimed = aim;
     format = &pixels;
 }
 
 wl_buffer *FramePainter::target() {
-    return (aside ? *aside : frame).bufferFor(aimed.layout);
+    return copied->bufferFor(aimed.layout);
 }
 
-void FramePainter::paint(bool isUpsideDown) {
+bool FramePainter::paint(bool isUpsideDown) {
     if (isUpsideDown)
-        turnRowsOver((aside ? *aside : frame).data(), aimed.layout);
-    if (!aside)
-        return;
-    std::uint8_t *pixel = frame.data();
+        turnRowsOver(copied->data(), aimed.layout);
+    return plain ? copyRows() : convert();
+}
+
+bool FramePainter::copyRows() {
+    const std::size_t bytes = frameBytes(width, 1);
+    const std::uint8_t *source = copied->data();
+    std::uint8_t *target = frame.get();
+    bool changed = false;
+    for (int row = 0; row < height; ++row) {
+        if (std::memcmp(target, source, bytes) != 0) {
+            std::memcpy(target, source, bytes);
+            changed = true;
+        }
+        source += aimed.layout.rowBytes;
+        target += bytes;
+    }
+    return changed;
+}
+
+bool FramePainter::convert() {
+    const std::uint8_t *source = copied->data();
+    std::uint8_t *target = frame.get();
+    bool changed = false;
     for (const std::size_t row : paths.rows)
         for (const std::size_t column : paths.columns) {
-            format->convert(aside->data() + row + column, pixel);
-            pixel += frameBytesPerPixel;
+            std::uint8_t pixel[frameBytesPerPixel];
+            format->convert(source + row + column, pixel);
+            changed = changed || std::memcmp(target, pixel, sizeof pixel) != 0;
+            std::memcpy(target, pixel, sizeof pixel);
+            target += frameBytesPerPixel;
         }
+    return changed;
 }
 
 } // namespace platform::wayland

@@ -1,8 +1,8 @@
 // Turns what the compositor copies into a frame: tightly packed BGRA of a fixed size, upright.
 //
-// When the compositor's pixels already are such a frame, it writes straight into the frame.
-// Otherwise it writes into separate memory, whose pixels are then turned, converted and scaled
-// (nearest pixel).
+// The compositor writes into separate memory, so that a request may wait there for the next change
+// while the frame is being read. Where its pixels already are such a frame, rows that differ are
+// copied; otherwise all pixels are turned, converted and scaled (nearest pixel).
 #pragma once
 
 #include "platform/wayland/pixelFormat.h"
@@ -42,10 +42,10 @@ public:
     FramePainter(const Compositor &compositor, int width, int height);
 
     // The frame's first byte, the same for the painter's whole life.
-    std::uint8_t *pixels() const { return frame.data(); }
+    std::uint8_t *pixels() const { return frame.get(); }
 
-    // Hands the frame's memory over; do not paint afterwards.
-    std::shared_ptr<const std::uint8_t> takePixels() { return frame.take(); }
+    // The frame's memory, which may outlive the painter.
+    std::shared_ptr<const std::uint8_t> sharedPixels() const { return frame; }
 
     // Sets how the next copies are to be understood. Throws std::bad_alloc.
     void aimAt(const Aim &aim);
@@ -54,19 +54,24 @@ public:
     // Where the compositor is to write the next copy. Null when there is no memory for it.
     wl_buffer *target();
 
-    // Updates the frame from a finished copy, whose first row may be the lowest one.
-    void paint(bool isUpsideDown);
+    // Updates the frame from a finished copy, whose first row may be the lowest one. False when the
+    // frame has not changed.
+    bool paint(bool isUpsideDown);
 
 private:
+    bool copyRows();
+    bool convert();
+
     const Compositor &compositor;
     const int width;
     const int height;
-    PixelMemory frame;
+    const std::shared_ptr<std::uint8_t> frame;
 
     Aim aimed;
     const PixelFormat *format = nullptr; // of the aim; null before the first one
-    std::unique_ptr<PixelMemory> aside;  // null when the compositor writes into the frame
-    PixelPaths paths;                    // from the frame into `aside`
+    std::unique_ptr<PixelMemory> copied; // what the compositor writes
+    bool plain = false;                  // the rows that are copied are rows of the frame
+    PixelPaths paths;                    // from the frame into `copied`, unless it is plain
 };
 
 } // namespace platform::wayland

@@ -4,7 +4,6 @@
 
 #include <new>
 #include <sys/mman.h>
-#include <utility>
 
 namespace platform::wayland {
 
@@ -22,8 +21,7 @@ PixelMemory::PixelMemory(const Compositor &compositor, std::size_t bytes) : size
 }
 
 PixelMemory::~PixelMemory() {
-    if (base != nullptr)
-        munmap(base, size);
+    munmap(base, size);
 }
 
 wl_buffer *PixelMemory::bufferFor(const PixelLayout &layout) {
@@ -33,13 +31,6 @@ wl_buffer *PixelMemory::bufferFor(const PixelLayout &layout) {
                                                static_cast<int>(layout.rowBytes), layout.format));
     }
     return buffer.get();
-}
-
-std::shared_ptr<const std::uint8_t> PixelMemory::take() {
-    return {static_cast<const std::uint8_t *>(std::exchange(base, nullptr)),
-            [bytes = size](const std::uint8_t *pixels) {
-                munmap(const_cast<std::uint8_t *>(pixels), bytes);
-            }};
 }
 
 } // namespace platform::wayland

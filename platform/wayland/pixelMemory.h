@@ -38,12 +38,8 @@ public:
     // which is large enough for it. Valid until the next call; null when there is no memory for it.
     wl_buffer *bufferFor(const PixelLayout &layout);
 
-    // Hands the memory over; this object is then empty. The compositor can still write to it as
-    // long as the connection lasts.
-    std::shared_ptr<const std::uint8_t> take();
-
 private:
-    std::size_t size;
+    const std::size_t size;
     void *base = nullptr;
     Proxy<wl_shm_pool> pool;
     Proxy<wl_buffer> buffer;

@@ -84,7 +84,7 @@ class AnswerDeadline {
 public:
     AnswerDeadline() {
         std::signal(SIGALRM, [](int) {
-            constexpr char message[] = "the X server has not answered for a minute\n";
+            constexpr char message[] = "the display server has not answered for a minute\n";
             [[maybe_unused]] const ssize_t written =
                 write(STDERR_FILENO, message, sizeof message - 1);
             _exit(1);
@@ -109,8 +109,10 @@ VirtualScreen::VirtualScreen(int width_, int height_, int depth_,
                              const std::vector<std::string> &extraArguments_)
     : extraArguments(extraArguments_), width(width_), height(height_), depth(depth_) {
     int number = 0;
-    reservation = reserveNumber(number);
-    name = ":" + std::to_string(number);
+    if (serverKind() != ServerKind::Sway) {
+        reservation = reserveNumber(number);
+        name = ":" + std::to_string(number);
+    }
     try {
         restart();
     } catch (...) {
@@ -122,6 +124,27 @@ VirtualScreen::VirtualScreen(int width_, int height_, int depth_,
 }
 
 void VirtualScreen::restart() {
+    serverKind() == ServerKind::Sway ? startSway() : startX();
+}
+
+void VirtualScreen::startSway() {
+    if (depth != 24)
+        skipTest("sway has no depth of " + std::to_string(depth));
+    bool sideways = false;
+    for (const std::string &line : extraArguments) {
+        if (line.starts_with("-"))
+            skipTest("sway has no option " + line);
+        sideways = sideways || line.ends_with("90") || line.ends_with("270");
+    }
+    if (!sway)
+        sway = std::make_unique<SwayServer>(sideways ? height : width, sideways ? width : height,
+                                            extraArguments);
+    sway->start();
+    const AnswerDeadline deadline;
+    waylandBrush = std::make_unique<WaylandBrush>(sway->socket());
+}
+
+void VirtualScreen::startX() {
     const ServerKind kind = serverKind();
     const ServerOptions options{width, height, depth, extraArguments};
     std::vector<std::string> command = serverCommand(kind, options);
@@ -163,10 +186,17 @@ void VirtualScreen::disconnect() {
     if (connection != nullptr)
         xcb_disconnect(connection);
     connection = nullptr;
+    waylandBrush.reset();
+}
+
+pid_t VirtualScreen::pid() const {
+    return sway ? sway->pid() : server ? server->pid() : -1;
 }
 
 void VirtualScreen::kill() {
     disconnect();
+    if (sway)
+        sway->kill();
     if (!server)
         return;
     server.reset();
@@ -174,8 +204,15 @@ void VirtualScreen::kill() {
     unlink(("/tmp/.X11-unix/X" + name.substr(1)).c_str());
 }
 
+std::map<std::string, std::string> VirtualScreen::variables() const {
+    if (sway)
+        return sway->variables();
+    return {{"DISPLAY", name}, {"WAYLAND_DISPLAY", ""}};
+}
+
 void VirtualScreen::use() const {
-    setenv("DISPLAY", name.c_str(), 1);
+    for (const auto &[variable, value] : variables())
+        value.empty() ? unsetenv(variable.c_str()) : setenv(variable.c_str(), value.c_str(), 1);
 }
 
 void VirtualScreen::fill(std::uint32_t colour) {
@@ -184,6 +221,8 @@ void VirtualScreen::fill(std::uint32_t colour) {
 
 void VirtualScreen::fillRect(int x, int y, int rectWidth, int rectHeight, std::uint32_t colour) {
     const AnswerDeadline deadline;
+    if (waylandBrush)
+        return waylandBrush->fillRect(x, y, rectWidth, rectHeight, colour);
     const std::uint32_t pixel = pixelOf(colour, rootVisual(screenOf(connection)));
     xcb_change_gc(connection, brush, XCB_GC_FOREGROUND, &pixel);
     const xcb_rectangle_t rect{static_cast<std::int16_t>(x), static_cast<std::int16_t>(y),
@@ -196,6 +235,8 @@ void VirtualScreen::fillRect(int x, int y, int rectWidth, int rectHeight, std::u
 void VirtualScreen::putPixels(int x, int y, int blockWidth, int blockHeight,
                               const std::uint32_t *colours) {
     const AnswerDeadline deadline;
+    if (waylandBrush)
+        return waylandBrush->putPixels(x, y, blockWidth, blockHeight, colours);
     const xcb_visualtype_t *visual = rootVisual(screenOf(connection));
     const auto pixelBytes = static_cast<std::size_t>(bytesPerPixel(connection, depth));
     const std::size_t rowBytes = (static_cast<std::size_t>(blockWidth) * pixelBytes + 3) & ~3u;
@@ -227,6 +268,8 @@ void VirtualScreen::putPixels(int x, int y, int blockWidth, int blockHeight,
 }
 
 std::string VirtualScreen::output() const {
+    if (sway)
+        skipTest("sway has no xrandr");
     const std::string all = run({"xrandr"});
     const std::size_t end = all.find(" connected");
     if (end == std::string::npos)
@@ -236,6 +279,8 @@ std::string VirtualScreen::output() const {
 }
 
 std::string VirtualScreen::mode() const {
+    if (sway)
+        skipTest("sway has no xrandr");
     const std::string all = run({"xrandr"});
     const std::size_t begin = all.find_first_not_of(' ', all.rfind('\n', all.find('*')) + 1);
     if (begin == std::string::npos)
@@ -244,7 +289,7 @@ std::string VirtualScreen::mode() const {
 }
 
 std::string VirtualScreen::run(const std::vector<std::string> &command) const {
-    Process program(command, {.variables = {{"DISPLAY", name}}});
+    Process program(command, {.variables = variables()});
     const ProcessResult result = program.finish();
     if (result.status != 0)
         throw std::runtime_error(command.at(0) + " failed: " + result.out + result.err);

@@ -10,14 +10,6 @@ namespace test {
 
 namespace {
 
-// ctest recognises a skipped test by these words. It runs one test per process, so _exit() ends no
-// other test.
-[[noreturn]] void skipTest(const std::string &reason) {
-    std::printf("[  SKIPPED ] THIS SERVER CANNOT BE TESTED ON: %s\n", reason.c_str());
-    std::fflush(stdout);
-    _exit(0);
-}
-
 bool has(const std::vector<std::string> &words, const std::string &word) {
     return std::find(words.begin(), words.end(), word) != words.end();
 }
@@ -54,6 +46,13 @@ std::vector<std::string> xorg(const ServerOptions &options) {
 
 } // namespace
 
+// ctest recognises a skipped test by these words.
+void skipTest(const std::string &reason) {
+    std::printf("[  SKIPPED ] THIS SERVER CANNOT BE TESTED ON: %s\n", reason.c_str());
+    std::fflush(stdout);
+    _exit(0);
+}
+
 ServerKind serverKind() {
     const char *const variable = std::getenv("MIRROR_TEST_SERVER");
     const std::string name = variable == nullptr ? "" : variable;
@@ -63,7 +62,9 @@ ServerKind serverKind() {
         return ServerKind::Xvnc;
     if (name == "xorg")
         return ServerKind::Xorg;
-    throw std::runtime_error("MIRROR_TEST_SERVER is xvfb, xvnc or xorg, not " + name);
+    if (name == "sway")
+        return ServerKind::Sway;
+    throw std::runtime_error("MIRROR_TEST_SERVER is xvfb, xvnc, xorg or sway, not " + name);
 }
 
 std::vector<std::string> serverCommand(ServerKind kind, const ServerOptions &options) {

@@ -1,7 +1,7 @@
-// Which X server the tests draw on, and how it is started.
+// Which display server the tests draw on, and how an X server is started.
 //
-// MIRROR_TEST_SERVER names it: xvfb (the default), xvnc, or xorg, which uses the dummy driver and
-// needs root.
+// MIRROR_TEST_SERVER names it: xvfb (the default), xvnc, xorg, which uses the dummy driver and
+// needs root, or sway, a Wayland compositor.
 #pragma once
 
 #include <string>
@@ -9,10 +9,13 @@
 
 namespace test {
 
-enum class ServerKind { Xvfb, Xvnc, Xorg };
+enum class ServerKind { Xvfb, Xvnc, Xorg, Sway };
 
 // Throws std::runtime_error when the variable names none of them.
 ServerKind serverKind();
+
+// Ends the process. ctest takes the test as skipped; it runs one test per process.
+[[noreturn]] void skipTest(const std::string &reason);
 
 struct ServerOptions {
     int width = 0;
