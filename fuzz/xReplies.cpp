@@ -5,12 +5,17 @@
 #include "platform/x11/damageWatch.h"
 #include "platform/x11/framePainter.h"
 #include "platform/x11/monitors.h"
+#include "platform/x11/source.h"
 
 #include <CoreGraphics/CoreGraphics.h>
 #include <cstring>
 #include <fuzzer/FuzzedDataProvider.h>
 #include <set>
 #include <vector>
+
+const platform::Source &platform::sessionSource() {
+    return x11::displaySource;
+}
 
 using fuzz::require;
 namespace x11 = platform::x11;

@@ -23,6 +23,7 @@
 
 struct CGDisplayStream {
     platform::ObjectHeader header{platform::ObjectType::DisplayStream};
+    const platform::Source *source = nullptr; // the same for the stream's whole life
     platform::CaptureSettings settings;
     dispatch_queue_t queue = nullptr;
     CGDisplayStreamFrameAvailableHandler handler = nullptr;
@@ -85,7 +86,7 @@ platform::Clock::duration minimumFrameTimeOf(CFDictionaryRef properties) {
 // destructors of all static objects, since these may stop streams themselves. In a child of fork()
 // it does nothing: the child has none of the threads, the server connection is its parent's, and a
 // thread of the parent may have held the mutex.
-__attribute__((destructor(101))) void stopRunningStreams() {
+__attribute__((destructor(102))) void stopRunningStreams() {
     while (runningProcess == getpid()) {
         CGDisplayStream *stream = nullptr;
         {
@@ -117,9 +118,11 @@ CGDisplayStreamCreateWithDispatchQueue(CGDirectDisplayID display, size_t outputW
         return nullptr;
     const platform::SigpipeGuard guard;
     try {
-        if (!platform::sessionSource().canCapture(display))
+        const platform::Source &source = platform::sessionSource();
+        if (!source.canCapture(display))
             return nullptr;
         auto stream = std::make_unique<CGDisplayStream>();
+        stream->source = &source;
         stream->settings = {display, static_cast<int>(outputWidth), static_cast<int>(outputHeight),
                             minimumFrameTimeOf(properties)};
         stream->queue = queue;
@@ -143,8 +146,8 @@ CGError CGDisplayStreamStart(CGDisplayStreamRef displayStream) {
     const platform::SigpipeGuard guard;
     std::shared_ptr<platform::StreamRun> run;
     try {
-        run = platform::StreamRun::start(displayStream->settings, displayStream->queue,
-                                         displayStream->handler);
+        run = platform::StreamRun::start(*displayStream->source, displayStream->settings,
+                                         displayStream->queue, displayStream->handler);
     } catch (...) {
         // Out of memory, descriptors or threads: treated like a display that cannot be captured.
     }

@@ -29,10 +29,11 @@ StreamRun::~StreamRun() {
     Block_release(handler);
 }
 
-std::shared_ptr<StreamRun> StreamRun::start(const CaptureSettings &settings, dispatch_queue_t queue,
+std::shared_ptr<StreamRun> StreamRun::start(const Source &source, const CaptureSettings &settings,
+                                            dispatch_queue_t queue,
                                             CGDisplayStreamFrameAvailableHandler handler) {
     std::shared_ptr<StreamRun> run(new StreamRun(queue, handler));
-    run->capture = sessionSource().openCapture(settings, run->gate);
+    run->capture = source.openCapture(settings, run->gate);
     if (!run->capture)
         return nullptr;
     run->surface.base = run->capture->pixels;

@@ -21,7 +21,8 @@ public:
     // Null when the display cannot be captured now. The handler is retained, and not called before
     // begin(). Host's thread, under a SigpipeGuard; bounded in time. Throws std::bad_alloc and
     // std::system_error.
-    static std::shared_ptr<StreamRun> start(const CaptureSettings &settings, dispatch_queue_t queue,
+    static std::shared_ptr<StreamRun> start(const Source &source, const CaptureSettings &settings,
+                                            dispatch_queue_t queue,
                                             CGDisplayStreamFrameAvailableHandler handler);
     ~StreamRun();
     StreamRun(const StreamRun &) = delete;

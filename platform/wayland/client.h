@@ -29,10 +29,14 @@ struct LibraryFunctions {
 #undef MIRROR_WAYLAND_POINTER
 };
 
-// Set while a Library exists.
+// Set from the first use of the library on.
 extern LibraryFunctions libraryFunctions;
 
-// A reference to the library: loaded with the first, unloaded with the last, in any thread.
+// A use of the library. The first one loads it; it is unloaded together with this platform. It
+// cannot be unloaded sooner: a stream may be stopped by another thread than the one that unloads
+// the platform, which then waits for that thread and holds the dynamic linker's lock meanwhile.
+//
+// For the same reason, the first use is on a host's thread. Any thread otherwise.
 class Library {
 public:
     Library();

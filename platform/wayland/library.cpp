@@ -1,6 +1,7 @@
 #include "platform/objects/signals.h"
 #include "platform/wayland/client.h"
 
+#include <atomic>
 #include <dlfcn.h>
 #include <mutex>
 
@@ -13,8 +14,8 @@ namespace {
 constexpr const char *libraryName = "libwayland-client.so.0";
 
 constinit std::mutex mutex;
-constinit void *handle = nullptr; // under the mutex, as is the next
-constinit int users = 0;
+constinit void *handle = nullptr; // under the mutex
+constinit std::atomic<int> uses = 0;
 
 template <typename Function> bool find(Function *&function, const char *name) {
     function = reinterpret_cast<Function *>(dlsym(handle, name));
@@ -47,26 +48,27 @@ void load() {
         dlclose(hosts);
 }
 
+// Runs after the platform's streams have been stopped, when it is unloaded or the process ends. A
+// use that is left over then is that of a thread which hangs.
+__attribute__((destructor(101))) void unloadAtLast() {
+    if (handle != nullptr && uses == 0)
+        unload();
+}
+
 } // namespace
 
-// Signals are blocked, since an exit in a handler locks the mutex as well.
+// Signals are blocked, since a handler may call the platform.
 Library::Library() {
     const QuietSignals quiet;
     const std::lock_guard lock(mutex);
     if (handle == nullptr)
         load();
     loaded = handle != nullptr;
-    if (loaded)
-        ++users;
+    ++uses;
 }
 
 Library::~Library() {
-    if (!loaded)
-        return;
-    const QuietSignals quiet;
-    const std::lock_guard lock(mutex);
-    if (--users == 0)
-        unload();
+    --uses;
 }
 
 } // namespace platform::wayland

@@ -110,8 +110,10 @@ static int oneRound(const char *library, char *config, int receiver) {
         return fail("the run did not start");
     if (!awaitDatagrams(receiver, 2))
         return fail("no datagram arrived");
+    if (isMapped("libwayland-client") != (getenv("WAYLAND_DISPLAY") != NULL))
+        return fail("the client library of Wayland is loaded in Wayland sessions only");
     dlclose(handle); /* in mid-run */
-    if (isMapped("libscreenMirrorMac"))
+    if (isMapped("libscreenMirrorMac") || isMapped("libwayland-client"))
         return fail("the library is still mapped");
     return 0;
 }
