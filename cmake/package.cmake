@@ -40,14 +40,14 @@ string(TOLOWER ${PROJECT_NAME} libraryPackage)
 set(thisLibrary lib${libraryPackage}${PROJECT_VERSION_MAJOR})
 debian_package(RUNTIME ${thisLibrary} libs
     "mirrors a display onto networked lights (library)"
-"The library receives frames from an X server, derives a colour for every
-panel of every light device in its configuration, and sends each device a
-datagram a frame.")
+"The library receives frames from an X server or a Wayland compositor, derives
+a colour for every panel of every light device in its configuration, and sends
+each device a datagram a frame.")
 debian_package(DEVELOPMENT lib${libraryPackage}-dev libdevel
     "mirrors a display onto networked lights (development files)"
-"The library receives frames from an X server, derives a colour for every
-panel of every light device in its configuration, and sends each device a
-datagram a frame.
+"The library receives frames from an X server or a Wayland compositor, derives
+a colour for every panel of every light device in its configuration, and sends
+each device a datagram a frame.
 .
 This package has its header, and what CMake and pkg-config know it by.")
 debian_package(PROGRAMS screen-mirror utils
@@ -68,7 +68,8 @@ file(WRITE ${PROJECT_BINARY_DIR}/debian/triggers "activate-noawait ldconfig\n")
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA
     ${PROJECT_BINARY_DIR}/debian/shlibs ${PROJECT_BINARY_DIR}/debian/triggers)
 
-# finish.cmake adds the libraries that are loaded.
+# finish.cmake adds the libraries that are linked. This one is loaded in Wayland sessions only.
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_RECOMMENDS "libwayland-client0 (>= 1.20)")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_DEPENDS "${thisLibrary} (= ${CPACK_DEBIAN_PACKAGE_VERSION})")
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SUGGESTS screen-mirror-doc)
 set(CPACK_DEBIAN_PROGRAMS_PACKAGE_DEPENDS "${thisLibrary} (= ${CPACK_DEBIAN_PACKAGE_VERSION})")

@@ -90,6 +90,8 @@ TEST_F(DebianPackages, HoldWhatIsInstalledAndAskForWhatTheyLoad) {
     for (const char *package : {"libc6", "libstdc++6", "libblocksruntime0", "libxau6", "libxcb1",
                                 "libxcb-damage0", "libxcb-randr0", "libxcb-shm0", "libxcb-xfixes0"})
         EXPECT_TRUE(test::contains(loads, " " + std::string(package)));
+    EXPECT_FALSE(test::contains(loads, "wayland"));
+    EXPECT_TRUE(test::contains(field(library, "Recommends"), "libwayland-client0"));
     const std::string same = library + " (= " VERSION "-0.1)";
     EXPECT_EQ(field(development, "Depends"), same + "\n");
     const std::string programsLoad = field(programs, "Depends");
