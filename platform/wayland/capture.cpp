@@ -49,7 +49,8 @@ std::optional<Picture> Capture::picture(std::uint32_t display) {
     if (copy.state() != ScreenCopy::State::Ready || output == nullptr || !output->settled ||
         output->transform != aim.transform)
         return std::nullopt;
-    painter.paint(copy.isUpsideDown());
+    painter.keep(copy.isUpsideDown());
+    painter.paint();
     return Picture{static_cast<std::size_t>(aim.uprightWidth()),
                    static_cast<std::size_t>(aim.uprightHeight()), painter.sharedPixels()};
 }
@@ -85,8 +86,10 @@ void Capture::run(const std::function<void(CaptureEvent)> &onEvent) {
             return;
         if (compositor->takeLayoutChange())
             followLayout(onEvent);
-        if (copy.state() == ScreenCopy::State::Ready) {
-            finishCopy(onEvent);
+        if (copy.state() == ScreenCopy::State::Ready)
+            keepCopy();
+        if (painter.hasCopy() && !(isWatchful() && copy.state() == ScreenCopy::State::Asked)) {
+            showCopy(onEvent);
             continue;
         }
         if (copy.state() == ScreenCopy::State::Failed)
@@ -113,8 +116,10 @@ void Capture::followLayout(const std::function<void(CaptureEvent)> &onEvent) {
     if (wasPresent && output != nullptr && global == before)
         return; // what has changed in it is looked at when the next copy is ready
     copy.drop();
+    painter.discard();
     allWanted = true;
     atOnce = false;
+    unchanged = 0;
     if (wasPresent && output == nullptr)
         onEvent(CaptureEvent::Blank);
 }
@@ -130,7 +135,7 @@ std::optional<Clock::time_point> Capture::nextStep() const {
     case ScreenCopy::State::Idle:
         return notBefore;
     case ScreenCopy::State::Offered:
-        return hurried ? notBefore : std::max(notBefore, earliestHandlerCall() - lead);
+        return isWatchful() ? notBefore : std::max(notBefore, earliestHandlerCall() - lead);
     case ScreenCopy::State::Copying:
         return changeDeadline;
     default:
@@ -162,19 +167,37 @@ void Capture::beginCopy() {
         changeDeadline = Clock::now() + changePatience;
 }
 
-void Capture::finishCopy(const std::function<void(CaptureEvent)> &onEvent) {
+void Capture::keepCopy() {
     // Pixels of a turn that is under way would be shown in the wrong place.
     if (!output->settled || output->transform != painter.aim().transform) {
         startOver();
         return;
     }
-    const bool changed = painter.paint(copy.isUpsideDown()) || allWanted;
+    painter.keep(copy.isUpsideDown());
     copy.ask(output->object.get());
-    if (changed)
+    compositor->connection().flush();
+}
+
+// Some compositors give the whole screen to a window that covers it while no request waits for a
+// change, and take the end of that for a change. So after a copy that shows none, the next request
+// is made at once, and the one after that even before the copy is looked at, which takes a while.
+// If there is still no change, something is drawn again and again that looks the same: back to the
+// usual pace.
+void Capture::showCopy(const std::function<void(CaptureEvent)> &onEvent) {
+    constexpr int manyUnchanged = 3;
+    const bool isSame = copy.state() == ScreenCopy::State::Offered &&
+                        painter.aim() == Aim{copy.layout(), output->transform};
+    if (isWatchful() && isSame) {
+        beginCopy();
+        compositor->connection().flush();
+    }
+    if (painter.paint() || allWanted) {
+        unchanged = 0;
         deliver(onEvent);
-    hurried = !changed && !hurried;
-    // A copy that shows no change must not be followed by many more.
-    if (!changed && !hurried)
+        return;
+    }
+    unchanged = unchanged == manyUnchanged ? 1 : unchanged + 1;
+    if (unchanged == manyUnchanged)
         notBefore = Clock::now() + settings.minimumFrameTime;
 }
 
@@ -195,7 +218,7 @@ void Capture::startOver() {
     copy.drop();
     allWanted = true;
     atOnce = false;
-    hurried = false;
+    unchanged = 0;
     notBefore = Clock::now() + refusalPause;
 }
 

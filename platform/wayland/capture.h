@@ -37,7 +37,9 @@ private:
     std::optional<Clock::time_point> nextStep() const;
     void step();
     void beginCopy();
-    void finishCopy(const std::function<void(CaptureEvent)> &onEvent);
+    bool isWatchful() const { return unchanged == 1 || unchanged == 2; }
+    void keepCopy();
+    void showCopy(const std::function<void(CaptureEvent)> &onEvent);
     void deliver(const std::function<void(CaptureEvent)> &onEvent);
     void startOver();
     Clock::time_point earliestHandlerCall() const;
@@ -53,10 +55,8 @@ private:
     const Output *output = nullptr; // null while the display is gone
     std::uint32_t global = 0;       // the output's number
     Clock::time_point notBefore{};  // the earliest next request
-    // Some compositors give the whole screen to a window that covers it while nobody waits for a
-    // copy, and count the end of that as a change. So after a copy that showed none, the next
-    // request is made at once, unless that was done the last time.
-    bool hurried = false;
+    // The number of copies in a row that showed no change; see isWatchful().
+    int unchanged = 0;
     // The next copy does not need a change, although most compositors take the first copy for one.
     // Where it has not been made by the deadline, it is requested anew, to be made at once.
     bool allWanted = true;

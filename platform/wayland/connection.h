@@ -31,6 +31,9 @@ public:
     // on for good.
     bool dispatch();
 
+    // Sends the requests made so far.
+    void flush() { wl_display_flush(display); }
+
     // Dispatches until the condition holds; false when it does not within serverPatience.
     bool wait(const std::function<bool()> &isOver);
 

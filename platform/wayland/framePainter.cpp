@@ -92,11 +92,11 @@ FramePainter::FramePainter(const Compositor &compositor, int width, int height)
 void FramePainter::aimAt(const Aim &aim) {
     if (format != nullptr && aim == aimed)
         return;
-    copied.reset();
+    copies = {};
+    waiting.reset();
     paths = {};
     format = nullptr;
     const PixelFormat &pixels = *PixelFormat::of(aim.layout.format);
-    copied = std::make_unique<PixelMemory>(compositor, aim.layout.bytes());
     plain = pixels.isBgrx() && aim.transform == WL_OUTPUT_TRANSFORM_NORMAL &&
             aim.layout.width == width && aim.layout.height == height;
     if (!plain)
@@ -106,18 +106,27 @@ void FramePainter::aimAt(const Aim &aim) {
 }
 
 wl_buffer *FramePainter::target() {
-    return copied->bufferFor(aimed.layout);
+    writing = waiting == std::size_t{0} ? 1 : 0;
+    std::unique_ptr<PixelMemory> &memory = copies[writing];
+    if (!memory)
+        memory = std::make_unique<PixelMemory>(compositor, aimed.layout.bytes());
+    return memory->bufferFor(aimed.layout);
 }
 
-bool FramePainter::paint(bool isUpsideDown) {
+void FramePainter::keep(bool isUpsideDown) {
+    waiting = writing;
     if (isUpsideDown)
-        turnRowsOver(copied->data(), aimed.layout);
-    return plain ? copyRows() : convert();
+        turnRowsOver(copies[writing]->data(), aimed.layout);
 }
 
-bool FramePainter::copyRows() {
+bool FramePainter::paint() {
+    const std::uint8_t *source = copies[*waiting]->data();
+    waiting.reset();
+    return plain ? copyRows(source) : convert(source);
+}
+
+bool FramePainter::copyRows(const std::uint8_t *source) {
     const std::size_t bytes = frameBytes(width, 1);
-    const std::uint8_t *source = copied->data();
     std::uint8_t *target = frame.get();
     bool changed = false;
     for (int row = 0; row < height; ++row) {
@@ -131,8 +140,7 @@ bool FramePainter::copyRows() {
     return changed;
 }
 
-bool FramePainter::convert() {
-    const std::uint8_t *source = copied->data();
+bool FramePainter::convert(const std::uint8_t *source) {
     std::uint8_t *target = frame.get();
     bool changed = false;
     for (const std::size_t row : paths.rows)

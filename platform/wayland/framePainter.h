@@ -8,9 +8,11 @@
 #include "platform/wayland/pixelFormat.h"
 #include "platform/wayland/pixelMemory.h"
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <vector>
 
 namespace platform::wayland {
@@ -47,20 +49,26 @@ public:
     // The frame's memory, which may outlive the painter.
     std::shared_ptr<const std::uint8_t> sharedPixels() const { return frame; }
 
-    // Sets how the next copies are to be understood. Throws std::bad_alloc.
+    // Sets how the next copies are to be understood; one that waits is discarded if that changes.
+    // Throws std::bad_alloc.
     void aimAt(const Aim &aim);
     const Aim &aim() const { return aimed; }
 
-    // Where the compositor is to write the next copy. Null when there is no memory for it.
+    // Where the compositor is to write the next copy: not where a finished one waits. Null when
+    // there is no memory for it. Throws std::bad_alloc.
     wl_buffer *target();
 
-    // Updates the frame from a finished copy, whose first row may be the lowest one. False when the
-    // frame has not changed.
-    bool paint(bool isUpsideDown);
+    // A copy is finished, and waits to be painted; its first row may be the lowest one.
+    void keep(bool isUpsideDown);
+    bool hasCopy() const { return waiting.has_value(); }
+    void discard() { waiting.reset(); }
+
+    // Updates the frame from the copy that waits. False when the frame has not changed.
+    bool paint();
 
 private:
-    bool copyRows();
-    bool convert();
+    bool copyRows(const std::uint8_t *source);
+    bool convert(const std::uint8_t *source);
 
     const Compositor &compositor;
     const int width;
@@ -69,9 +77,12 @@ private:
 
     Aim aimed;
     const PixelFormat *format = nullptr; // of the aim; null before the first one
-    std::unique_ptr<PixelMemory> copied; // what the compositor writes
-    bool plain = false;                  // the rows that are copied are rows of the frame
-    PixelPaths paths;                    // from the frame into `copied`, unless it is plain
+    // What the compositor writes; the second one exists once it has been needed.
+    std::array<std::unique_ptr<PixelMemory>, 2> copies;
+    std::size_t writing = 0;            // the one that it writes next, or now
+    std::optional<std::size_t> waiting; // the one that holds a finished copy
+    bool plain = false;                 // the rows that are copied are rows of the frame
+    PixelPaths paths;                   // from the frame into a copy, unless it is plain
 };
 
 } // namespace platform::wayland

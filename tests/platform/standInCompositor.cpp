@@ -3,6 +3,7 @@
 #include "protocols/wlr-screencopy-unstable-v1-server-protocol.h"
 #include "protocols/xdg-output-unstable-v1-server-protocol.h"
 
+#include <chrono>
 #include <cstdlib>
 #include <cstring>
 #include <future>
@@ -48,6 +49,7 @@ struct StandInCompositor::Server {
     };
     std::vector<Waiting> waiting;
     bool damaged = true;
+    std::chrono::steady_clock::time_point lastCopy{};
     std::atomic<int> made = 0;
 
     int wakeUp = eventfd(0, EFD_CLOEXEC);
@@ -252,6 +254,10 @@ void StandInCompositor::Server::copy(wl_resource *frame, wl_resource *buffer, bo
         zwlr_screencopy_frame_v1_send_failed(frame);
         return;
     }
+    constexpr auto frameTime = std::chrono::milliseconds(16);
+    if (plan.copies == Copies::GivesScreenAway &&
+        std::chrono::steady_clock::now() - lastCopy > frameTime)
+        damaged = true;
     if (plan.copies == Copies::Never || (waits && !damaged) ||
         (waits && plan.copies == Copies::OnlyAtOnce && made == 0)) {
         waiting.push_back({frame, buffer});
@@ -268,6 +274,7 @@ void StandInCompositor::Server::finish(wl_resource *frame, wl_resource *buffer) 
                    static_cast<std::size_t>(wl_shm_buffer_get_height(memory)));
     wl_shm_buffer_end_access(memory);
     damaged = false;
+    lastCopy = std::chrono::steady_clock::now();
     ++made;
     zwlr_screencopy_frame_v1_send_flags(frame, plan.flags);
     zwlr_screencopy_frame_v1_send_damage(frame, 0, 0, 0xffffffff, 0xffffffff);

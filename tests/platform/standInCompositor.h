@@ -31,7 +31,9 @@ struct StandInPlan {
         std::uint32_t stride = 16;
     };
     std::vector<Offer> offers = {{}};
-    enum class Copies { Well, Never, Refused, WithoutRequest, OnlyAtOnce };
+    // GivesScreenAway: like sway below a window that covers the screen, it counts a request as a
+    // change unless the last copy was made within its frame time.
+    enum class Copies { Well, Never, Refused, WithoutRequest, OnlyAtOnce, GivesScreenAway };
     Copies copies = Copies::Well;
     std::uint32_t flags = 0;
     std::int32_t transform = 0;

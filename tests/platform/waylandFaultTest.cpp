@@ -155,6 +155,32 @@ TEST(WaylandFault, ACompositorThatCountsNoChangeAtFirstIsAskedToCopyAtOnce) {
     EXPECT_EQ(stream.latestFrame().at(0, 0), 0x020100u);
 }
 
+TEST(WaylandFault, WhatIsDrawnAnewButLooksTheSameIsNoFrame) {
+    StandInCompositor compositor{{}};
+    StreamProbe stream(test::onlyDisplay(), 4, 3, 0.01);
+    ASSERT_TRUE(stream.startAndWait());
+    for (int i = 0; i < 20; ++i) {
+        compositor.draw();
+        EXPECT_FALSE(stream.waitForCalls(2, 20ms));
+    }
+    EXPECT_GT(compositor.copies(), 10);
+}
+
+TEST(WaylandFault, AScreenGivenToOneWindowStaysStill) {
+    const StandInCompositor compositor({.copies = Copies::GivesScreenAway});
+    StreamProbe stream(test::onlyDisplay(), 4, 3, 0.03);
+    ASSERT_TRUE(stream.startAndWait());
+    // Without any request in time, there would be a copy every 30 ms for ever.
+    int copies = 0;
+    const auto deadline = platform::Clock::now() + 20s;
+    do {
+        copies = compositor.copies();
+        EXPECT_FALSE(stream.waitForCalls(2, 500ms));
+    } while (compositor.copies() != copies && platform::Clock::now() < deadline);
+    EXPECT_EQ(compositor.copies(), copies);
+    EXPECT_GT(copies, 1);
+}
+
 TEST(WaylandFault, AnOutputGoesBlankWhenItIsUnpluggedAndIsShownAgainWhenItIsBack) {
     StandInCompositor compositor{{}};
     StreamProbe stream(test::onlyDisplay(), 4, 3, 0.01);
