@@ -10,9 +10,6 @@ namespace {
 // The pause after a copy that the compositor refused.
 constexpr Clock::duration refusalPause = std::chrono::milliseconds(100);
 
-// How long a compositor may take to count a first copy as a change.
-constexpr Clock::duration changePatience = std::chrono::milliseconds(500);
-
 // After a frame, the capture thread ignores events until the next copy: while the screen moves,
 // this saves a wake-up per frame. The pause includes `handlerLag`, since the minimum frame time
 // counts from the call of the handler.
@@ -97,7 +94,10 @@ void Capture::run(const std::function<void(CaptureEvent)> &onEvent) {
         const std::optional<Clock::time_point> due = nextStep();
         const bool now = due && *due <= Clock::now();
         if (now && gate.isFree()) {
-            step();
+            if (copy.state() == ScreenCopy::State::Idle)
+                copy.ask(output->object.get());
+            else
+                beginCopy();
             continue;
         }
         gate.wait(compositor->connection().descriptor(), now ? std::nullopt : due);
@@ -118,7 +118,6 @@ void Capture::followLayout(const std::function<void(CaptureEvent)> &onEvent) {
     copy.drop();
     painter.discard();
     allWanted = true;
-    atOnce = false;
     unchanged = 0;
     if (wasPresent && output == nullptr)
         onEvent(CaptureEvent::Blank);
@@ -136,35 +135,15 @@ std::optional<Clock::time_point> Capture::nextStep() const {
         return notBefore;
     case ScreenCopy::State::Offered:
         return isWatchful() ? notBefore : std::max(notBefore, earliestHandlerCall() - lead);
-    case ScreenCopy::State::Copying:
-        return changeDeadline;
     default:
         return std::nullopt;
-    }
-}
-
-void Capture::step() {
-    switch (copy.state()) {
-    case ScreenCopy::State::Idle:
-        copy.ask(output->object.get());
-        break;
-    case ScreenCopy::State::Offered:
-        beginCopy();
-        break;
-    default: // the compositor waits for a change
-        copy.drop();
-        atOnce = true;
-        break;
     }
 }
 
 void Capture::beginCopy() {
     using When = ScreenCopy::When;
     painter.aimAt({copy.layout(), output->transform});
-    copy.copy(painter.target(), atOnce ? When::Now : When::Changed);
-    changeDeadline.reset();
-    if (allWanted && !atOnce)
-        changeDeadline = Clock::now() + changePatience;
+    copy.copy(painter.target(), allWanted ? When::Now : When::Changed);
 }
 
 void Capture::keepCopy() {
@@ -173,7 +152,12 @@ void Capture::keepCopy() {
         startOver();
         return;
     }
-    painter.keep(copy.isUpsideDown());
+    // While the handler reads, the frame may not be painted, and afterwards this would not be the
+    // newest picture.
+    if (gate.isFree())
+        painter.keep(copy.isUpsideDown());
+    else
+        allWanted = true;
     copy.ask(output->object.get());
     compositor->connection().flush();
 }
@@ -203,21 +187,19 @@ void Capture::showCopy(const std::function<void(CaptureEvent)> &onEvent) {
 
 void Capture::deliver(const std::function<void(CaptureEvent)> &onEvent) {
     allWanted = false;
-    atOnce = false;
     while (Clock::now() < earliestHandlerCall() && !gate.isStopped())
         gate.wait(-1, earliestHandlerCall());
     const Clock::time_point pauseUntil =
         Clock::now() + std::min(settings.minimumFrameTime, longestPause) + handlerLag - lead;
     gate.handOver();
     onEvent(CaptureEvent::Frame);
-    if (settings.minimumFrameTime > Clock::duration::zero() && compositor->connection().dispatch())
+    if (settings.minimumFrameTime > Clock::duration::zero())
         gate.wait(-1, pauseUntil);
 }
 
 void Capture::startOver() {
     copy.drop();
     allWanted = true;
-    atOnce = false;
     unchanged = 0;
     notBefore = Clock::now() + refusalPause;
 }

@@ -35,7 +35,6 @@ private:
     void aim();
     void followLayout(const std::function<void(CaptureEvent)> &onEvent);
     std::optional<Clock::time_point> nextStep() const;
-    void step();
     void beginCopy();
     bool isWatchful() const { return unchanged == 1 || unchanged == 2; }
     void keepCopy();
@@ -57,11 +56,8 @@ private:
     Clock::time_point notBefore{};  // the earliest next request
     // The number of copies in a row that showed no change; see isWatchful().
     int unchanged = 0;
-    // The next copy does not need a change, although most compositors take the first copy for one.
-    // Where it has not been made by the deadline, it is requested anew, to be made at once.
+    // The next copy is made without waiting for a change, and is shown even if there is none.
     bool allWanted = true;
-    bool atOnce = false;
-    std::optional<Clock::time_point> changeDeadline;
 };
 
 } // namespace platform::wayland

@@ -24,6 +24,7 @@ namespace platform::wayland {
     function(wl_proxy_marshal_flags)
 
 struct LibraryFunctions {
+// NOLINTNEXTLINE(bugprone-macro-parentheses): a declared name cannot be in parentheses
 #define MIRROR_WAYLAND_POINTER(name) decltype(&::name) name = nullptr
     MIRROR_WAYLAND_FUNCTIONS(MIRROR_WAYLAND_POINTER);
 #undef MIRROR_WAYLAND_POINTER

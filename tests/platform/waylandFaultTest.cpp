@@ -5,9 +5,11 @@
 #include "tests/platform/streamProbe.h"
 
 #include <CoreGraphics/CoreGraphics.h>
+#include <algorithm>
 #include <atomic>
 #include <csignal>
 #include <gtest/gtest.h>
+#include <thread>
 #include <unistd.h>
 
 using test::Frame;
@@ -164,6 +166,39 @@ TEST(WaylandFault, WhatIsDrawnAnewButLooksTheSameIsNoFrame) {
         EXPECT_FALSE(stream.waitForCalls(2, 20ms));
     }
     EXPECT_GT(compositor.copies(), 10);
+}
+
+TEST(WaylandFault, WhatIsDrawnWhileTheHandlerReadsIsPaintedAfterwards) {
+    std::atomic<std::uint8_t> value = 1;
+    StandInCompositor compositor({.paint = [&value](std::uint8_t *pixels, std::size_t bytes) {
+        std::fill_n(pixels, bytes, value.load());
+    }});
+    StreamProbe stream(test::onlyDisplay(), 4, 3);
+    std::atomic<bool> held = false;
+    stream.onCall = [&](const test::HandlerCall &) { held.wait(true); };
+    ASSERT_TRUE(stream.startAndWait());
+    // After copies without a change, the next request is made early.
+    for (int i = 0; i < 2; ++i) {
+        const int copies = compositor.copies();
+        compositor.draw();
+        while (compositor.copies() == copies)
+            std::this_thread::yield();
+        EXPECT_FALSE(stream.waitForCalls(2, 50ms));
+    }
+    held = true;
+    for (const std::uint8_t next : {2, 3}) {
+        value = next;
+        compositor.draw();
+        ASSERT_TRUE(stream.waitForCalls(2));
+        EXPECT_FALSE(stream.waitForCalls(3, 50ms));
+    }
+    EXPECT_EQ(stream.latestFrame().at(0, 0), 0x020202u);
+    value = 4;
+    held = false;
+    held.notify_all();
+    ASSERT_TRUE(stream.waitForCalls(3));
+    EXPECT_EQ(stream.latestFrame().at(0, 0), 0x040404u);
+    EXPECT_FALSE(stream.waitForCalls(4, 100ms));
 }
 
 TEST(WaylandFault, AScreenGivenToOneWindowStaysStill) {
