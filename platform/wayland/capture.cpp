@@ -34,7 +34,9 @@ std::optional<Picture> Capture::picture(std::uint32_t display) {
     if (!compositor)
         return std::nullopt;
     ScreenCopy copy(*compositor);
-    const Output *output = awaitOffer(*compositor, display, copy);
+    const Output *output = compositor->find(display);
+    const int changes = output == nullptr ? 0 : output->changes;
+    output = awaitOffer(*compositor, display, copy);
     if (output == nullptr)
         return std::nullopt;
     const Aim aim{copy.layout(), output->transform};
@@ -44,7 +46,7 @@ std::optional<Picture> Capture::picture(std::uint32_t display) {
     compositor->connection().wait([&copy] { return copy.state() != ScreenCopy::State::Copying; });
     output = compositor->find(display);
     if (copy.state() != ScreenCopy::State::Ready || output == nullptr || !output->settled ||
-        output->transform != aim.transform)
+        output->changes != changes)
         return std::nullopt;
     painter.keep(copy.isUpsideDown());
     painter.paint();
@@ -65,6 +67,8 @@ std::unique_ptr<Capture> Capture::open(const CaptureSettings &settings, FrameGat
     if (!compositor || compositor->sharedMemory() == nullptr)
         return nullptr;
     std::unique_ptr<Capture> capture(new Capture(settings, gate, std::move(compositor)));
+    capture->aim();
+    capture->changesAsked = capture->output == nullptr ? 0 : capture->output->changes;
     if (awaitOffer(*capture->compositor, settings.display, capture->copy) == nullptr)
         return nullptr;
     capture->aim();
@@ -95,7 +99,7 @@ void Capture::run(const std::function<void(CaptureEvent)> &onEvent) {
         const bool now = due && *due <= Clock::now();
         if (now && gate.isFree()) {
             if (copy.state() == ScreenCopy::State::Idle)
-                copy.ask(output->object.get());
+                ask();
             else
                 beginCopy();
             continue;
@@ -140,15 +144,24 @@ std::optional<Clock::time_point> Capture::nextStep() const {
     }
 }
 
+void Capture::ask() {
+    copy.ask(output->object.get());
+    changesAsked = output->changes;
+}
+
 void Capture::beginCopy() {
     using When = ScreenCopy::When;
+    if (output->changes != changesAsked) {
+        ask();
+        return;
+    }
     painter.aimAt({copy.layout(), output->transform});
     copy.copy(painter.target(), allWanted ? When::Now : When::Changed);
 }
 
 void Capture::keepCopy() {
-    // Pixels of a turn that is under way would be shown in the wrong place.
-    if (!output->settled || output->transform != painter.aim().transform) {
+    // The output was turned or resized meanwhile: the pixels may be in the wrong place.
+    if (!output->settled || output->changes != changesAsked) {
         startOver();
         return;
     }
@@ -158,7 +171,7 @@ void Capture::keepCopy() {
         painter.keep(copy.isUpsideDown());
     else
         allWanted = true;
-    copy.ask(output->object.get());
+    ask();
     compositor->connection().flush();
 }
 

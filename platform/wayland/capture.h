@@ -35,6 +35,7 @@ private:
     void aim();
     void followLayout(const std::function<void(CaptureEvent)> &onEvent);
     std::optional<Clock::time_point> nextStep() const;
+    void ask();
     void beginCopy();
     bool isWatchful() const { return unchanged == 1 || unchanged == 2; }
     void keepCopy();
@@ -54,6 +55,7 @@ private:
     const Output *output = nullptr; // null while the display is gone
     std::uint32_t global = 0;       // the output's number
     Clock::time_point notBefore{};  // the earliest next request
+    int changesAsked = 0;           // the output's, when the copy was asked for
     // The number of copies in a row that showed no change; see isWatchful().
     int unchanged = 0;
     // The next copy is made without waiting for a change, and is shown even if there is none.

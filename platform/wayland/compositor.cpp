@@ -56,10 +56,15 @@ const wl_output_listener Compositor::outputListener = {
             Output &output = static_cast<Compositor *>(compositor)->change(object);
             output.transform = transform;
             output.settled = false;
+            ++output.changes;
         },
     .mode =
         [](void *compositor, wl_output *object, std::uint32_t, std::int32_t, std::int32_t,
-           std::int32_t) { static_cast<Compositor *>(compositor)->change(object).settled = false; },
+           std::int32_t) {
+            Output &output = static_cast<Compositor *>(compositor)->change(object);
+            output.settled = false;
+            ++output.changes;
+        },
     .done =
         [](void *compositor, wl_output *object) {
             static_cast<Compositor *>(compositor)->change(object).settled = true;

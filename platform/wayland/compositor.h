@@ -24,6 +24,8 @@ struct Output {
     std::int32_t transform = WL_OUTPUT_TRANSFORM_NORMAL;
     // False while a change has been reported only in part.
     bool settled = false;
+    // Counts reports of another mode or place: pixels offered before one may be of another size.
+    int changes = 0;
 };
 
 class Compositor {

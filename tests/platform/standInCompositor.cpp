@@ -9,6 +9,7 @@
 #include <future>
 #include <mutex>
 #include <poll.h>
+#include <set>
 #include <stdexcept>
 #include <sys/eventfd.h>
 #include <sys/socket.h>
@@ -51,6 +52,8 @@ struct StandInCompositor::Server {
     bool damaged = true;
     std::chrono::steady_clock::time_point lastCopy{};
     std::atomic<int> made = 0;
+    std::set<wl_resource *> current; // frames offered since the last turn
+    std::atomic<int> outdated = 0;
 
     int wakeUp = eventfd(0, EFD_CLOEXEC);
     std::mutex mutex;
@@ -233,9 +236,11 @@ void StandInCompositor::Server::offer(wl_client *client, wl_resource *manager, s
     wl_resource *frame = wl_resource_create(client, &zwlr_screencopy_frame_v1_interface,
                                             wl_resource_get_version(manager), id);
     wl_resource_set_implementation(frame, &requests, this, [](wl_resource *gone) {
+        serverOf(gone).current.erase(gone);
         std::erase_if(serverOf(gone).waiting,
                       [gone](const Waiting &each) { return each.frame == gone; });
     });
+    current.insert(frame);
     if (ends(client, Step::Offering))
         return;
     if (plan.copies == Copies::WithoutRequest)
@@ -249,6 +254,7 @@ void StandInCompositor::Server::offer(wl_client *client, wl_resource *manager, s
 void StandInCompositor::Server::copy(wl_resource *frame, wl_resource *buffer, bool waits) {
     if (ends(wl_resource_get_client(frame), Step::Copying))
         return;
+    outdated += current.contains(frame) ? 0 : 1;
     if (plan.copies == Copies::Refused) {
         ++made;
         zwlr_screencopy_frame_v1_send_failed(frame);
@@ -303,6 +309,7 @@ void StandInCompositor::plugIn() {
 void StandInCompositor::turn(std::int32_t transform, bool completely) {
     server->carryOut([=, this] {
         server->plan.transform = transform;
+        server->current.clear();
         for (wl_resource *each : server->outputs) {
             describe(each, server->plan);
             if (completely)
@@ -321,6 +328,10 @@ void StandInCompositor::draw() {
 
 int StandInCompositor::copies() const {
     return server->made;
+}
+
+int StandInCompositor::outdatedCopies() const {
+    return server->outdated;
 }
 
 } // namespace test

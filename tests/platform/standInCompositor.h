@@ -57,6 +57,8 @@ public:
 
     // The number of copies made and refused so far.
     int copies() const;
+    // The number of copies requested for what was offered before the last turn.
+    int outdatedCopies() const;
 
     struct Server;
 

@@ -247,6 +247,20 @@ TEST(WaylandFault, WhileATurnIsReportedInPartNoFrameArrives) {
     EXPECT_EQ(stream.latestFrame().at(0, 0), 0x2e2d2cu);
 }
 
+TEST(WaylandFault, WhatWasOfferedBeforeAChangeOfTheOutputIsNotCopied) {
+    StandInCompositor compositor{{}};
+    StreamProbe stream(test::onlyDisplay(), 4, 3, 0.4);
+    ASSERT_TRUE(stream.startAndWait());
+    // The next copy has been offered when a frame is handed over, and begins 0.3 s later.
+    compositor.turn(0, true);
+    compositor.draw();
+    const auto deadline = platform::Clock::now() + 20s;
+    while (compositor.copies() < 2 && platform::Clock::now() < deadline)
+        std::this_thread::yield();
+    EXPECT_GT(compositor.copies(), 1);
+    EXPECT_EQ(compositor.outdatedCopies(), 0);
+}
+
 namespace {
 
 // The pixels red, green, blue and white of one format, as numbers.
