@@ -6,6 +6,7 @@
 #include <cmath>
 #include <map>
 #include <rapidjson/pointer.h>
+#include <regex>
 #include <stdexcept>
 #include <string_view>
 
@@ -22,8 +23,28 @@ static std::string jsonText(const Value &value) {
     return buffer.GetString();
 }
 
+// The strings that the rules allow, quoted; empty if they allow any.
+static std::vector<std::string> allowedTexts(const Value &rules) {
+    std::vector<std::string> texts;
+    if (const auto found = rules.FindMember("enum"); found != rules.MemberEnd())
+        for (const auto &text : found->value.GetArray())
+            texts.emplace_back(text.GetString());
+    return texts;
+}
+
 static std::string describeExpected(const Value &rules) {
     const std::string type = rules["type"].GetString();
+    if (rules.HasMember("pattern"))
+        return rules["title"].GetString();
+    if (const auto texts = allowedTexts(rules); !texts.empty()) {
+        std::string list;
+        for (const std::string &text : texts)
+            list += (list.empty() ? "one of " : ", ") + quote(text);
+        return list;
+    }
+    if (type == "number" && rules.HasMember("minimum"))
+        return lights::format("a number from %g to %g", rules["minimum"].GetDouble(),
+                              rules["maximum"].GetDouble());
     if (type != "integer")
         return (type == "object" || type == "array" ? "an " : "a ") + type;
     const auto least = rules["minimum"].GetInt64();
@@ -56,9 +77,11 @@ static std::string numberInside(const Value &value, bool isInteger) {
     return value.GetString();
 }
 
-static std::string fixInteger(double number) {
-    if (number < INT32_MIN || number > INT32_MAX)
-        return "choose a number from -2147483648 to 2147483647";
+static std::string fixNumber(double number, const Value &rules) {
+    if (rules.HasMember("minimum") &&
+        (number < rules["minimum"].GetDouble() || number > rules["maximum"].GetDouble()))
+        return lights::format("choose a number from %.10g to %.10g", rules["minimum"].GetDouble(),
+                              rules["maximum"].GetDouble());
     if (std::trunc(number) == number)
         return "write " + std::to_string(static_cast<std::int32_t>(number)) +
                ", without fraction and exponent";
@@ -67,8 +90,12 @@ static std::string fixInteger(double number) {
 
 static std::string findFix(const Value &value, const Value &rules) {
     const std::string_view type = rules["type"].GetString();
-    if (type == "string")
-        return "write text in quotes, such as " + jsonText(rules["default"]);
+    if (type == "string") {
+        const auto near =
+            value.IsString() ? nearestName(value.GetString(), allowedTexts(rules)) : std::nullopt;
+        return near ? "write " + quote(*near)
+                    : "write text in quotes, such as " + jsonText(rules["default"]);
+    }
     if (type == "array" && value.IsObject())
         return "put what is there in brackets, as the array's one element";
     if (type == "array")
@@ -82,7 +109,7 @@ static std::string findFix(const Value &value, const Value &rules) {
     if (const auto number = numberInside(value, type == "integer"); !number.empty())
         return "write " + number + " without quotes";
     if (value.IsNumber())
-        return fixInteger(value.GetDouble());
+        return fixNumber(value.GetDouble(), rules);
     return "write a number, such as " + jsonText(rules["default"]);
 }
 
@@ -121,8 +148,24 @@ static const Value &follow(const Value &rules) {
     return *found;
 }
 
-// Whether the value has the type that the rules require; rules without a type accept any.
-static bool hasType(const Value &value, const Value &rules) {
+static bool isWithin(double number, const Value &rules) {
+    return !rules.HasMember("minimum") ||
+           (number >= rules["minimum"].GetDouble() && number <= rules["maximum"].GetDouble());
+}
+
+// Whether the rules allow this text.
+static bool isAllowed(const std::string &text, const Value &rules) {
+    if (const auto texts = allowedTexts(rules); !texts.empty())
+        return std::find(texts.begin(), texts.end(), text) != texts.end();
+    constexpr std::size_t longest = 100; // a longer one could exhaust the stack of a search
+    const auto pattern = rules.FindMember("pattern");
+    return pattern == rules.MemberEnd() ||
+           (text.size() <= longest &&
+            std::regex_search(text, std::regex(pattern->value.GetString())));
+}
+
+// Whether the value has the type and range that the rules require; rules without a type accept any.
+static bool isValid(const Value &value, const Value &rules) {
     const auto found = rules.FindMember("type");
     if (found == rules.MemberEnd())
         return true;
@@ -132,12 +175,11 @@ static bool hasType(const Value &value, const Value &rules) {
     if (type == "array")
         return value.IsArray();
     if (type == "string")
-        return value.IsString();
+        return value.IsString() && isAllowed({value.GetString(), value.GetStringLength()}, rules);
     if (type == "number")
-        return value.IsNumber();
+        return value.IsNumber() && isWithin(value.GetDouble(), rules);
     if (type == "integer")
-        return value.IsInt64() && value.GetInt64() >= rules["minimum"].GetInt64() &&
-               value.GetInt64() <= rules["maximum"].GetInt64();
+        return value.IsInt64() && isWithin(value.GetDouble(), rules);
     throw std::logic_error("the schema asks for an unknown type");
 }
 
@@ -158,6 +200,7 @@ static void check(const Value &value, const Value &rulesOrReference, const std::
 
 static void checkMembers(const Value &object, const Value &rules, const std::string &pointer,
                          Reading &reading) {
+    const std::string reader = pointer.starts_with("/lightbridge") ? "lightbridge" : "the library";
     const auto warn = [&](const std::string &name, const std::string &message,
                           const std::string &fix, std::size_t occurrence) {
         reading.unknownMembers.push_back(
@@ -176,7 +219,7 @@ static void checkMembers(const Value &object, const Value &rules, const std::str
         const std::size_t before = counts[&found->value]++;
         const std::string name = found->name.GetString();
         if (before > 0 && !isFull(reading.unknownMembers))
-            warn(name, "found " + quote(name) + " once more; the library takes the first",
+            warn(name, "found " + quote(name) + " once more; " + reader + " takes the first",
                  "keep the one that you mean", before);
     }
     std::vector<std::string> absent;
@@ -187,7 +230,7 @@ static void checkMembers(const Value &object, const Value &rules, const std::str
         if (isFull(reading.unknownMembers))
             break;
         const auto near = nearestName(name, absent);
-        warn(name, "found a member that the library does not read",
+        warn(name, "found a member that " + reader + " does not read",
              near ? "rename it to " + quote(*near) : "take it away, if it is no remark of yours",
              0);
     }
@@ -207,7 +250,7 @@ static void check(const Value &value, const Value &rulesOrReference, const std::
     if (isFull(reading.problems))
         return;
     const Value &rules = follow(rulesOrReference);
-    if (!hasType(value, rules)) {
+    if (!isValid(value, rules)) {
         reading.problems.push_back(
             {pointer, "expected " + describeExpected(rules) + ", found " + describeFound(value),
              findFix(value, rules)});

@@ -53,6 +53,57 @@ static DeviceEntry readDevice(const Value &device) {
             elements(device, "panels", readPanel)};
 }
 
+// Leaves `value` as it is if the member is missing or mistyped.
+static void readInto(const Value &object, const char *name, std::int32_t &value) {
+    if (const Value &found = member(object, name); found.IsInt())
+        value = found.GetInt();
+}
+
+static void readInto(const Value &object, const char *name, double &value) {
+    if (const Value &found = member(object, name); found.IsNumber())
+        value = found.GetDouble();
+}
+
+static void readInto(const Value &object, const char *name, std::string &value) {
+    if (const Value &found = member(object, name); found.IsString())
+        value.assign(found.GetString(), found.GetStringLength());
+}
+
+static OutputEntry readOutput(const Value &object) {
+    OutputEntry output;
+    std::string protocol;
+    readInto(object, "protocol", protocol);
+    output.protocol = protocolNamed(protocol).value_or(output.protocol);
+    output.port = traitsOf(output.protocol).port;
+    output.universe = traitsOf(output.protocol).firstUniverse;
+    readInto(object, "ip", output.ip);
+    readInto(object, "device", output.device);
+    readInto(object, "port", output.port);
+    readInto(object, "universe", output.universe);
+    readInto(object, "priority", output.priority);
+    readInto(object, "interface", output.interface);
+    readInto(object, "firstPixel", output.firstPixel);
+    readInto(object, "pixelsPerPanel", output.pixelsPerPanel);
+    readInto(object, "colourOrder", output.colourOrder);
+    readInto(object, "gamma", output.gamma);
+    readInto(object, "whiteBalance", output.whiteBalance);
+    readInto(object, "brightness", output.brightness);
+    readInto(object, "smoothing", output.smoothing);
+    return output;
+}
+
+static std::optional<BridgeEntry> readBridge(const Value &root) {
+    const Value &object = member(root, "lightbridge");
+    if (!object.IsObject())
+        return std::nullopt;
+    BridgeEntry bridge;
+    bridge.outputs = elements(object, "outputs", readOutput);
+    readInto(object, "atEnd", bridge.atEnd);
+    readInto(object, "stopAfter", bridge.stopAfter);
+    readInto(object, "framesPerSecond", bridge.framesPerSecond);
+    return bridge;
+}
+
 Reading readText(std::string text) {
     Reading reading;
     reading.text = std::move(text);
@@ -65,7 +116,7 @@ Reading readText(std::string text) {
     const Value &root = reading.tree->root;
     check(reading);
     reading.document = {integer(root, "displayID"), integer(root, "mode"),
-                        elements(root, "devices", readDevice)};
+                        elements(root, "devices", readDevice), readBridge(root)};
     locate(reading, reading.problems);
     return reading;
 }
@@ -90,6 +141,27 @@ std::optional<ScreenSize> parseScreenSize(const std::string &text, std::uint32_t
     const auto width = lights::wholeNumber(std::string_view(text).substr(0, x), largest);
     const auto height = lights::wholeNumber(std::string_view(text).substr(x + 1), largest);
     return width && height ? std::optional(ScreenSize{*width, *height}) : std::nullopt;
+}
+
+template <typename Writer> static void writeBridge(Writer &json, const BridgeEntry &bridge) {
+    json.Key("lightbridge");
+    json.StartObject();
+    json.Key("outputs");
+    json.StartArray();
+    for (const OutputEntry &output : bridge.outputs) {
+        const ProtocolTraits &traits = traitsOf(output.protocol);
+        json.StartObject();
+        put(json, "protocol", traits.word);
+        put(json, "ip", output.ip);
+        put(json, "device", output.device);
+        if (output.port != traits.port)
+            put(json, "port", output.port);
+        if (traits.lastUniverse > 0)
+            put(json, "universe", output.universe);
+        json.EndObject();
+    }
+    json.EndArray();
+    json.EndObject();
 }
 
 std::string documentText(const Document &document) {
@@ -121,6 +193,8 @@ std::string documentText(const Document &document) {
         json.EndObject();
     }
     json.EndArray();
+    if (document.bridge)
+        writeBridge(json, *document.bridge);
     json.EndObject();
     return text.GetString() + std::string("\n");
 }

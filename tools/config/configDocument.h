@@ -2,6 +2,7 @@
 // it, since the library stops the process on a member that is missing or mistyped.
 #pragma once
 
+#include "tools/config/outputs.h"
 #include "tools/lights/device.h"
 
 #include <chrono>
@@ -22,9 +23,11 @@ struct Document {
     std::int32_t displayID = 0;
     std::int32_t mode = 0;
     std::vector<DeviceEntry> devices;
+    std::optional<BridgeEntry> bridge = {};
 };
 
-// The document as JSON text, one panel per line, with the members that mirroring reads.
+// The document as JSON text, one panel per line, with the members that mirroring reads; of the
+// outputs, the members that are needed to reach them.
 std::string documentText(const Document &document);
 
 // A position in a text. Both count from 1, columns in characters; 0: no position.

@@ -176,6 +176,10 @@ std::vector<Problem> findWarnings(const Document &document, const std::optional<
         if (screen)
             warnOfPlaces(device, pointer + "/panels", *screen, list);
     }
+    if (document.bridge && !faulty.include("/devices"))
+        for (const auto &problem : findOutputProblems(document))
+            if (problem)
+                list.add(problem->pointer, problem->message, problem->fix);
     return std::move(list.problems);
 }
 

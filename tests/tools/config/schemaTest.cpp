@@ -44,16 +44,24 @@ const char *const everyKindOfValue[] = {
 
 // The keywords that check.cpp applies, and those that require nothing. Before the schema uses
 // another keyword, the checker must support it.
-const std::set<std::string> knownKeywords = {"$ref",        "$schema",  "default", "definitions",
-                                             "description", "items",    "maximum", "minimum",
-                                             "properties",  "required", "title",   "type"};
+const std::set<std::string> knownKeywords = {
+    "$ref",    "$schema", "default", "definitions", "description", "enum",  "items",
+    "maximum", "minimum", "pattern", "properties",  "required",    "title", "type"};
 
 void expectRulesThatTheCheckerKnows(const rapidjson::Value &rules, const std::string &place) {
     for (const auto &rule : rules.GetObject())
         EXPECT_TRUE(knownKeywords.contains(rule.name.GetString()))
             << place << ": " << rule.name.GetString();
     const std::string type = rules.HasMember("type") ? rules["type"].GetString() : "";
-    EXPECT_EQ(rules.HasMember("minimum") && rules.HasMember("maximum"), type == "integer") << place;
+    EXPECT_EQ(rules.HasMember("minimum"), rules.HasMember("maximum")) << place;
+    EXPECT_EQ(rules.HasMember("minimum"),
+              type == "integer" || (type == "number" && rules.HasMember("minimum")))
+        << place;
+    EXPECT_TRUE(type == "string" || !(rules.HasMember("enum") || rules.HasMember("pattern")))
+        << place;
+    // A message about a mistyped text uses an example, and one about a pattern its title.
+    EXPECT_TRUE(type != "string" || rules.HasMember("default")) << place;
+    EXPECT_TRUE(!rules.HasMember("pattern") || rules.HasMember("title")) << place;
     EXPECT_EQ(rules.HasMember("properties") && rules.HasMember("required"), type == "object")
         << place;
     EXPECT_EQ(rules.HasMember("items"), type == "array") << place;
