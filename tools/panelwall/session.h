@@ -4,10 +4,10 @@
 
 #include "tools/panelwall/options.h"
 #include "tools/panelwall/player.h"
-#include "tools/panelwall/signals.h"
 #include "tools/panelwall/terminal/liveView.h"
 #include "tools/panelwall/web/livePage.h"
 #include "tools/recording/recordingWriter.h"
+#include "tools/wall/signals.h"
 #include "tools/wall/wall.h"
 
 #include <string>

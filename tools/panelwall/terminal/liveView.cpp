@@ -1,8 +1,8 @@
 #include "tools/panelwall/terminal/liveView.h"
 
 #include "tools/lights/text.h"
-#include "tools/panelwall/signals.h"
 #include "tools/panelwall/statusText.h"
+#include "tools/wall/signals.h"
 
 #include <algorithm>
 #include <optional>

@@ -1,4 +1,4 @@
-#include "tools/panelwall/signals.h"
+#include "tools/wall/signals.h"
 
 #include <atomic>
 #include <cerrno>
