@@ -1,6 +1,7 @@
 #include "tests/support/lightReceiver.h"
 
 #include <algorithm>
+#include <arpa/inet.h>
 #include <cerrno>
 #include <cstring>
 #include <memory>
@@ -45,6 +46,17 @@ LightReceiver::LightReceiver(const std::string &ip, int port) {
 LightReceiver::~LightReceiver() {
     if (fd >= 0)
         close(fd);
+}
+
+void LightReceiver::join(const std::string &interface) {
+    sockaddr_in bound{};
+    socklen_t length = sizeof bound;
+    getsockname(fd, reinterpret_cast<sockaddr *>(&bound), &length);
+    ip_mreq group{};
+    group.imr_multiaddr = bound.sin_addr;
+    inet_pton(AF_INET, interface.c_str(), &group.imr_interface);
+    if (setsockopt(fd, IPPROTO_IP, IP_ADD_MEMBERSHIP, &group, sizeof group) != 0)
+        throw std::runtime_error("join: " + std::string(std::strerror(errno)));
 }
 
 std::optional<Datagram> LightReceiver::next(std::chrono::milliseconds patience) {

@@ -19,6 +19,10 @@ public:
     LightReceiver(const LightReceiver &) = delete;
     LightReceiver &operator=(const LightReceiver &) = delete;
 
+    // Receives what is sent to the multicast address that it is bound to, on the interface with
+    // this address; throws std::runtime_error when that fails.
+    void join(const std::string &interface);
+
     // The next datagram, or nothing if none arrives within `patience`.
     std::optional<Datagram> next(std::chrono::milliseconds patience = std::chrono::seconds(10));
 

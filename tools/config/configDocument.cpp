@@ -98,6 +98,8 @@ static std::optional<BridgeEntry> readBridge(const Value &root) {
         return std::nullopt;
     BridgeEntry bridge;
     bridge.outputs = elements(object, "outputs", readOutput);
+    for (std::size_t i = 0; i < bridge.outputs.size(); ++i)
+        bridge.outputs[i].index = i;
     readInto(object, "atEnd", bridge.atEnd);
     readInto(object, "stopAfter", bridge.stopAfter);
     readInto(object, "framesPerSecond", bridge.framesPerSecond);

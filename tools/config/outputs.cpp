@@ -67,8 +67,8 @@ std::string describePackets(const OutputEntry &output, std::size_t pixels) {
            format(" of at most %zu", most);
 }
 
-std::string nameOutput(std::size_t index, const OutputEntry &output) {
-    return format("output %zu (%s to %s)", index, traitsOf(output.protocol).name,
+std::string nameOutput(const OutputEntry &output) {
+    return format("output %zu (%s to %s)", output.index, traitsOf(output.protocol).name,
                   output.isMulticast() ? "multicast"
                                        : lights::endpointText(output.ip, output.port).c_str());
 }

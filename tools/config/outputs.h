@@ -31,6 +31,7 @@ std::optional<Protocol> protocolNamed(std::string_view word);
 
 // One receiver, or some of its pixels. The defaults are the schema's.
 struct OutputEntry {
+    std::size_t index = 0; // in the document's outputs
     Protocol protocol = Protocol::Ddp;
     std::string ip;          // or "multicast"
     std::int32_t device = 0; // index in the document's devices
@@ -66,7 +67,7 @@ std::size_t pixelsPerPacket(const OutputEntry &output, std::size_t pixels);
 std::string describePackets(const OutputEntry &output, std::size_t pixels);
 
 // "output 0 (DDP to 192.0.2.40:4048)"
-std::string nameOutput(std::size_t index, const OutputEntry &output);
+std::string nameOutput(const OutputEntry &output);
 
 // For each output, why it cannot be driven, if so: an address that does not parse, a device that
 // does not exist or has no panels, pixels beyond the protocol's last, or pixels (for protocols with
