@@ -9,10 +9,12 @@ static constexpr std::size_t packetVector = 2; // of the framing layer
 static constexpr std::size_t setProperty = 2;  // vector of the DMP layer
 static constexpr std::size_t addressType = 0xa1;
 static constexpr std::size_t streamTerminated = 0x40;
+static constexpr std::size_t leastSlots = 6; // Wireshark takes shorter packets for malformed
 
 void encodeE131(const Stream &stream, const Frame &frame, const Emit &emit) {
     forEachUniverse(stream, frame.data, [&](std::uint16_t universe, Bytes slots) {
-        const std::size_t size = headerSize + slots.size();
+        const std::size_t count = std::max(slots.size(), leastSlots);
+        const std::size_t size = headerSize + count;
         Packet packet;
         packet.put16(0x0010); // preamble size
         packet.put16(0);      // postamble size
@@ -35,9 +37,11 @@ void encodeE131(const Stream &stream, const Frame &frame, const Emit &emit) {
         packet.put8(addressType);
         packet.put16(0); // first address
         packet.put16(1); // increment
-        packet.put16(1 + slots.size());
+        packet.put16(1 + count);
         packet.put8(0); // start code
         packet.put(slots);
+        for (std::size_t i = slots.size(); i < count; ++i)
+            packet.put8(0);
         emit(packet.all(), universe);
     });
 }

@@ -89,7 +89,7 @@ TEST(LightbridgeE131, FillsUniversesWithWholePixels) {
         const std::size_t size = i < 2 ? 510 : 3;
         EXPECT_EQ(packets[i].universe, 7 + static_cast<int>(i));
         EXPECT_EQ(part(packets[i].bytes, 111, 4), bytes("09 00 00 0" + std::to_string(7 + i)));
-        EXPECT_EQ(packets[i].bytes.size(), 126 + size);
+        EXPECT_EQ(packets[i].bytes.size(), 126 + (i < 2 ? size : 6));
         EXPECT_EQ(part(packets[i].bytes, 126, size), part(data, 510 * i, size));
     }
     EXPECT_EQ(part(packets[0].bytes, 115, 11), bytes("72 09 02 a1 00 00 00 01 01 ff 00"));
@@ -98,7 +98,7 @@ TEST(LightbridgeE131, FillsUniversesWithWholePixels) {
     packets = encoded(lightbridge::encodeE131, stream, counting(4 * 129));
     ASSERT_EQ(packets.size(), 2u);
     EXPECT_EQ(packets[0].bytes.size(), 126u + 512u);
-    EXPECT_EQ(packets[1].bytes.size(), 126u + 4u);
+    EXPECT_EQ(packets[1].bytes.size(), 126u + 6u);
 }
 
 TEST(LightbridgeE131, BeginsWithinAUniverse) {
@@ -109,7 +109,7 @@ TEST(LightbridgeE131, BeginsWithinAUniverse) {
     EXPECT_EQ(packets[0].universe, 8);
     EXPECT_EQ(part(packets[0].bytes, 126, 510), zeros(504) + bytes("01 02 03 04 05 06"));
     EXPECT_EQ(packets[1].universe, 9);
-    EXPECT_EQ(part(packets[1].bytes, 126, 3), bytes("07 08 09"));
+    EXPECT_EQ(part(packets[1].bytes, 123, 9), bytes("00 07 00 07 08 09 00 00 00"));
 }
 
 TEST(LightbridgeE131, CutsLongNames) {

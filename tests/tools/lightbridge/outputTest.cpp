@@ -98,7 +98,7 @@ TEST_F(LightbridgeOutput, EndsAnE131Stream) {
         output.finish(Panels{{0, 0, 0}}, true, start + i * 20ms);
     for (int i = 0; i < 5; ++i) {
         const auto packet = light.next();
-        ASSERT_TRUE(packet && packet->size() == 129);
+        ASSERT_TRUE(packet && packet->size() == 132);
         EXPECT_EQ((*packet)[111], i);
         EXPECT_EQ((*packet)[112], i < 2 ? 0 : 0x40);
         EXPECT_EQ(part(*packet, 126, 3), i == 0 ? bytes("01 02 03") : bytes("00 00 00"));
