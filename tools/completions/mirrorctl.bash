@@ -18,13 +18,13 @@ _mirrorctl() {
         COMPREPLY=($(compgen -W "$("${COMP_WORDS[0]}" displays 2>/dev/null |
             sed -n 's/^ *\([0-9][0-9]*\) .*/\1/p')" -- "$current"))
         return ;;
-    *:--screen | *:--seconds | *:--control-version)
+    *:--screen | *:--seconds | *:--control-version | *:--bridge)
         return ;;
     esac
     case $command in
     displays) options="--json" ;;
     check) options="--screen --display --no-display --strict --json" ;;
-    layout) options="--display --screen --control-version --mode" ;;
+    layout) options="--display --screen --control-version --mode --bridge" ;;
     run) options="--mode --seconds --once --json --no-count" ;;
     palette) options="--json" ;;
     snapshot) options="--seconds --json" ;;

@@ -77,7 +77,7 @@ Words offeredByZsh(const std::string &program, const std::string &words, int cur
               words + "); CURRENT=" + std::to_string(current) + "; source " COMPLETIONS "_" +
               program + "'")
             .out;
-    return matches("\n" + text, std::regex("\n(?:\\([^\n)]*\\))?(--[a-z-]+)\\["));
+    return matches("\n" + text, std::regex("\n(?:\\([^\n)]*\\)|\\*)?(--[a-z-]+)\\["));
 }
 
 } // namespace

@@ -108,6 +108,67 @@ TEST(MirrorctlLayout, ObjectsToWhatCannotBe) {
     EXPECT_EQ(problemOf(plan("1x64", {64, 64})), "panels would be smaller than 4 pixels");
 }
 
+TEST(MirrorctlLayout, UnderstandsLightsWithOtherProtocols) {
+    struct Case {
+        const char *url;
+        config::Protocol protocol;
+        const char *ip;
+        int port;
+        int universe;
+    };
+    using enum config::Protocol;
+    for (const Case &one : {Case{"ddp://192.0.2.40", Ddp, "192.0.2.40", 4048, 0},
+                            {"wled://192.0.2.40:7", Wled, "192.0.2.40", 7, 0},
+                            {"artnet://192.0.2.40/3", ArtNet, "192.0.2.40", 6454, 3},
+                            {"artnet://192.0.2.40/0", ArtNet, "192.0.2.40", 6454, 0},
+                            {"e131://[2001:db8::7]:65535/63999", E131, "2001:db8::7", 65535, 63999},
+                            {"ddp://[2001:db8::7]", Ddp, "2001:db8::7", 4048, 0},
+                            {"e131://multicast", E131, "multicast", 5568, 1}}) {
+        LayoutPlan made = plan("1x2", {1920, 1080}, {"127.0.0.1"});
+        ASSERT_TRUE(addBridge(made, one.url)) << one.url;
+        EXPECT_EQ(made.addresses, (std::vector<std::string>{"127.0.0.1", "127.0.0.2"}));
+        const config::OutputEntry &output = made.outputs.at(0);
+        EXPECT_EQ(output.protocol, one.protocol) << one.url;
+        EXPECT_EQ(output.ip, one.ip);
+        EXPECT_EQ(output.port, one.port) << one.url;
+        EXPECT_EQ(output.universe, one.universe) << one.url;
+        EXPECT_EQ(output.device, 1);
+    }
+    for (const char *url :
+         {"", "ddp", "ddp:", "ddp://", "ddp://lamp", "192.0.2.40", "dpd://192.0.2.40",
+          "ddp://192.0.2.40/1", "ddp://192.0.2.40:0", "ddp://192.0.2.40:65536", "ddp://192.0.2.40:",
+          "e131://192.0.2.40/0", "e131://192.0.2.40/64000", "e131://192.0.2.40/", "ddp://multicast",
+          "artnet://192.0.2.40/-1", "artnet://192.0.2.40/32768", "DDP://192.0.2.40"}) {
+        LayoutPlan made = plan("1x2");
+        EXPECT_FALSE(addBridge(made, url)) << url;
+        EXPECT_EQ(made.addresses.size(), 1u);
+        EXPECT_TRUE(made.outputs.empty());
+    }
+}
+
+TEST(MirrorctlLayout, WritesWhatLightbridgeNeeds) {
+    const ProcessResult made =
+        layout({"strip:120", "--bridge", "ddp://192.0.2.40", "--bridge", "e131://192.0.2.41/5",
+                "--display", "7", "--screen", "1920x1080", "--mode", "palette"});
+    ASSERT_EQ(made.status, 0) << made.err;
+    const config::Reading reading = config::readText(made.out);
+    ASSERT_TRUE(reading.problems.empty());
+    ASSERT_EQ(reading.document.devices.size(), 2u);
+    EXPECT_EQ(reading.document.devices[0].ip, "127.0.0.1");
+    EXPECT_EQ(reading.document.devices[1].ip, "127.0.0.2");
+    EXPECT_EQ(reading.document.devices[1].panels.size(), 60u);
+    const auto &outputs = reading.document.bridge.value().outputs;
+    ASSERT_EQ(outputs.size(), 2u);
+    EXPECT_EQ(config::nameOutput(outputs[0]), "output 0 (DDP to 192.0.2.40:4048)");
+    EXPECT_EQ(outputs[0].device, 0);
+    EXPECT_EQ(config::nameOutput(outputs[1]), "output 1 (E1.31 to 192.0.2.41:5568)");
+    EXPECT_EQ(outputs[1].universe, 5);
+    EXPECT_EQ(outputs[1].device, 1);
+    EXPECT_EQ(test::mirrorctl({"check", "-", "--screen", "1920x1080", "--strict"},
+                              {{"DISPLAY", ""}}, made.out),
+              (ProcessResult{0, "standard input: fine.\n", ""}));
+}
+
 using MirrorctlLayoutOnScreen = test::ScreenTest;
 
 TEST_F(MirrorctlLayoutOnScreen, MakesWhatCheckAccepts) {
@@ -159,6 +220,7 @@ TEST(MirrorctlLayout, RefusesWordsThatItDoesNotUnderstand) {
         {},
         {"4x6"},
         {"4x6", "a lamp"},
+        {"4x6", "--bridge", "192.0.2.40"},
         {"4", "127.0.58.61"},
         {"4x6", "127.0.58.61", "--control-version", "x"},
         {"4x6", "127.0.58.61", "--display", "9999999999"},

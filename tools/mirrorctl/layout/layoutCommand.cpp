@@ -18,6 +18,7 @@ struct LayoutOptions {
     std::optional<std::int64_t> display;
     std::optional<config::ScreenSize> screen;
     std::optional<std::int32_t> mode;
+    std::vector<std::string> bridges;
 };
 
 static std::string listed(const std::vector<Display> &displays) {
@@ -60,6 +61,13 @@ static std::optional<Display> findDisplay(const LayoutOptions &options) {
 }
 
 static ExitStatus makeLayout(const LayoutOptions &options) {
+    LayoutPlan plan = options.plan;
+    for (const std::string &url : options.bridges)
+        addBridge(plan, url);
+    if (plan.addresses.empty()) {
+        std::fputs("ADDRESS is required, or a light with --bridge.\n", stderr);
+        return ExitStatus::Usage;
+    }
     const auto display = options.display && options.screen
                              ? Display{static_cast<std::uint32_t>(*options.display)}
                              : findDisplay(options);
@@ -72,14 +80,15 @@ static ExitStatus makeLayout(const LayoutOptions &options) {
             display->displayID);
         return ExitStatus::DisplayMissing;
     }
-    LayoutPlan plan = options.plan;
     plan.screen = options.screen.value_or(config::ScreenSize{display->width, display->height});
     if (const std::string problem = problemOf(plan); !problem.empty()) {
         std::fprintf(stderr, "No configuration can be made from this: %s.\n", problem.c_str());
         return ExitStatus::Usage;
     }
-    const config::Document document{static_cast<std::int32_t>(display->displayID),
-                                    options.mode.value_or(config::matchMode), layOut(plan)};
+    config::Document document{static_cast<std::int32_t>(display->displayID),
+                              options.mode.value_or(config::matchMode), layOut(plan)};
+    if (!plan.outputs.empty())
+        document.bridge = config::BridgeEntry{plan.outputs};
     const std::string text = config::documentText(document);
     for (const auto &problem : config::review(config::readText(text), plan.screen).problems)
         if (problem.severity != config::Severity::Caution)
@@ -101,6 +110,15 @@ static std::string checkAddress(const std::string &text) {
     return error ? error->message + "; " + error->fix : std::string();
 }
 
+static std::string checkBridge(const std::string &text) {
+    LayoutPlan plan;
+    return addBridge(plan, text) ? std::string()
+                                 : "expected ddp://, wled://, artnet:// or e131:// and the light's "
+                                   "address in numbers, "
+                                   "perhaps with :PORT and (artnet, e131) /UNIVERSE, found " +
+                                       text;
+}
+
 void addLayoutCommand(CLI::App &program, ExitStatus &status) {
     auto *command =
         program.add_subcommand("layout", "Make a configuration from a shape and addresses");
@@ -113,9 +131,15 @@ void addLayoutCommand(CLI::App &program, ExitStatus &status) {
         ->required()
         ->type_name("");
     command->add_option("ADDRESS", options->plan.addresses, "The devices, which share the panels")
-        ->required()
         ->type_name("")
         ->check(checkAddress);
+    command
+        ->add_option("--bridge", options->bridges,
+                     "Instead of or after the devices, a light with another protocol, such as "
+                     "ddp://192.0.2.40, which lightbridge drives; can be repeated")
+        ->type_name("URL")
+        ->allow_extra_args(false)
+        ->check(checkBridge);
     command
         ->add_option("--display", options->display,
                      "The display, as mirrorctl displays lists it; may be left out when there is "
@@ -136,11 +160,15 @@ void addLayoutCommand(CLI::App &program, ExitStatus &status) {
         "\n"
         "    mirrorctl layout 4x6 192.0.2.7 192.0.2.8 > wall.json\n"
         "    mirrorctl layout strip:60 192.0.2.7 --control-version 1 > frame.json\n"
+        "    mirrorctl layout strip:120 --bridge ddp://192.0.2.40 > strip.json\n"
         "\n"
         "Panels are numbered from 1 on each device: a grid row by row from the top left, a strip\n"
         "clockwise from the top left corner. Several devices get equal runs of them, in order.\n"
         "For lights with other numbers, change the panelID members by hand, and let mirrorctl\n"
-        "check look at the result.\n\n");
+        "check look at the result.\n"
+        "\n"
+        "With --bridge, lightbridge listens at a device on this machine, and sends its colours to\n"
+        "the light. Run both: mirrorctl run strip.json, lightbridge strip.json.\n\n");
     onCommand(*command, status, options, makeLayout);
 }
 

@@ -1,5 +1,6 @@
 #include "tools/mirrorctl/layout/layoutPlan.h"
 
+#include "tools/lights/address.h"
 #include "tools/lights/datagram.h"
 #include "tools/lights/text.h"
 
@@ -75,6 +76,52 @@ static Point stripPoint(const LayoutPlan &plan, std::size_t index) {
         y = height - (way - width);
     }
     return {static_cast<std::int32_t>(inset + x), static_cast<std::int32_t>(inset + y)};
+}
+
+bool addBridge(LayoutPlan &plan, const std::string &url) {
+    const auto scheme = url.find("://");
+    const auto protocol = config::protocolNamed(url.substr(0, scheme));
+    if (scheme == std::string::npos || !protocol)
+        return false;
+    const config::ProtocolTraits &traits = config::traitsOf(*protocol);
+    config::OutputEntry output;
+    output.protocol = *protocol;
+    output.port = traits.port;
+    output.universe = traits.firstUniverse;
+
+    std::string host = url.substr(scheme + 3);
+    // Cuts what follows the last separator off the host; false if it is no number up to `largest`.
+    const auto cut = [&host](char separator, std::int32_t largest, std::int32_t &number) {
+        const auto at = host.rfind(separator);
+        if (at == std::string::npos || host.find(']', at) != std::string::npos)
+            return true;
+        const std::string text = host.substr(at + 1);
+        const auto read = wholeNumber(text, static_cast<std::uint32_t>(largest));
+        if (!read && text != "0")
+            return false;
+        number = static_cast<std::int32_t>(read.value_or(0));
+        host.erase(at);
+        return true;
+    };
+    if (!cut('/', traits.lastUniverse, output.universe) || !cut(':', 65535, output.port) ||
+        output.port == 0 || output.universe < traits.firstUniverse)
+        return false;
+    if (host.starts_with('[') && host.ends_with(']'))
+        host = host.substr(1, host.size() - 2);
+    output.ip = host;
+    if (!output.isMulticast() && lights::findAddressError(host))
+        return false;
+
+    const auto isTaken = [&plan](const std::string &ip) {
+        return std::find(plan.addresses.begin(), plan.addresses.end(), ip) != plan.addresses.end();
+    };
+    std::string listening = "127.0.0.1";
+    for (int last = 2; isTaken(listening) && last < 255; ++last)
+        listening = "127.0.0." + std::to_string(last);
+    output.device = static_cast<std::int32_t>(plan.addresses.size());
+    plan.addresses.push_back(listening);
+    plan.outputs.push_back(output);
+    return true;
 }
 
 std::string problemOf(const LayoutPlan &plan) {

@@ -30,7 +30,14 @@ struct LayoutPlan {
     config::ScreenSize screen;
     std::vector<std::string> addresses; // of the devices, in the order in which they get panels
     std::int32_t controlVersion = 2;
+    std::vector<config::OutputEntry> outputs = {}; // of lightbridge
 };
+
+// Adds a device on this machine, where lightbridge listens, and the output that shows it on another
+// light, named as in ddp://192.0.2.40: a protocol's word and the light's address; then perhaps
+// :PORT, and /UNIVERSE for protocols that have universes. E1.31 also takes e131://multicast. False,
+// and nothing added, for other texts.
+bool addBridge(LayoutPlan &plan, const std::string &url);
 
 // Why no configuration can be made from the plan; empty if one can.
 std::string problemOf(const LayoutPlan &plan);
