@@ -12,18 +12,22 @@ if(MIRROR_TOOLS)
         string(PREPEND there $<IF:$<PLATFORM_ID:Darwin>,@loader_path,$ORIGIN>/)
     endif()
     set_target_properties(mirrorctl PROPERTIES INSTALL_RPATH ${there})
-    install(TARGETS mirrorctl panelwall COMPONENT Programs)
-    install(FILES docs/man/mirrorctl.1 docs/man/panelwall.1
-            DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT Programs)
+    set(programs mirrorctl panelwall)
+    if(TARGET lightbridge)
+        list(APPEND programs lightbridge)
+    endif()
+    install(TARGETS ${programs} COMPONENT Programs)
     # Debian's zsh looks for the completions of packages in another folder.
     install(CODE [[
         set(zshFolder site-functions)
         if(CMAKE_INSTALL_PREFIX STREQUAL "/usr" AND EXISTS "/etc/debian_version")
             set(zshFolder vendor-completions)
         endif()]] COMPONENT Programs)
-    install(FILES tools/completions/_mirrorctl tools/completions/_panelwall
-            DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/\${zshFolder}" COMPONENT Programs)
-    foreach(program mirrorctl panelwall)
+    foreach(program ${programs})
+        install(FILES docs/man/${program}.1
+                DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT Programs)
+        install(FILES tools/completions/_${program}
+                DESTINATION "${CMAKE_INSTALL_DATADIR}/zsh/\${zshFolder}" COMPONENT Programs)
         install(FILES tools/completions/${program}.bash RENAME ${program}
                 DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions
                 COMPONENT Programs)

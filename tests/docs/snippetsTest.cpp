@@ -101,7 +101,7 @@ protected:
     std::string faultOf(const std::string &line) {
         static const std::regex script("^(scripts/[a-z0-9-]+|tests/[A-Za-z/]+)\\b");
         static const std::regex preset("--preset ([A-Za-z0-9_-]+)");
-        static const std::regex program("(?:^|[ /])(mirrorctl|panelwall) +([a-z]*)");
+        static const std::regex program("(?:^|[ /])(lightbridge|mirrorctl|panelwall) +([a-z]*)");
         std::smatch found;
         if (std::regex_search(line, found, script) && !fs::exists(TREE / fs::path(found[1].str())))
             return "there is no " + found[1].str();
@@ -117,7 +117,8 @@ protected:
     std::string faultOfOptions(const std::string &line, const std::string &program,
                                const std::string &command) {
         static const std::regex option(" (--[a-z-]+)");
-        const std::string help = helpOf(program, program == "mirrorctl" ? command : "");
+        const bool isCommand = program == "mirrorctl" || command == "identify" || command == "test";
+        const std::string help = helpOf(program, isCommand ? command : "");
         for (std::sregex_iterator i(line.begin(), line.end(), option), end; i != end; ++i)
             if (!std::regex_search(help, std::regex((*i)[1].str() + "\\b")))
                 return program + ' ' + command + " has no " + (*i)[1].str();

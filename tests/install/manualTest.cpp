@@ -39,11 +39,12 @@ TEST(InstalledManual, HasEveryDocumentThatProgramsAndTheHeaderName) {
     const test::Installed installed;
     const std::string mirrorctl = installed.at("bin/mirrorctl");
     std::string texts = test::fileText(installed.at("include/mirror/mirrorInterface.h"));
-    for (const char *page : {"mirrorctl.1", "panelwall.1"})
+    for (const char *page : {"lightbridge.1", "mirrorctl.1", "panelwall.1"})
         texts +=
             shell("mandoc -T utf8 " + installed.at("share/man/man1/") + page + " | sed 's/.\b//g'")
                 .out;
-    texts += shell(installed.at("bin/panelwall") + " --help").out;
+    for (const char *program : {"bin/lightbridge", "bin/panelwall"})
+        texts += shell(installed.at(program) + " --help").out;
     texts += shell(mirrorctl +
                    " --help; for command in displays layout check run palette snapshot "
                    "doctor; do " +

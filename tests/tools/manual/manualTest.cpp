@@ -83,7 +83,7 @@ Words offeredByZsh(const std::string &program, const std::string &words, int cur
 } // namespace
 
 TEST(Manual, IsSetWithoutComplaint) {
-    for (const char *name : {"mirrorctl.1", "panelwall.1"})
+    for (const char *name : {"lightbridge.1", "mirrorctl.1", "panelwall.1"})
         EXPECT_EQ(shell("mandoc -T lint " MANUALS + std::string(name)), (ProcessResult{0, "", ""}));
 }
 
@@ -102,6 +102,15 @@ TEST(Manual, HasEveryOptionOfEveryCommandAndNoOther) {
         EXPECT_TRUE(test::contains(section(source, ".SH DESCRIPTION"), ".BR " + option));
     EXPECT_EQ(optionsIn(section(manual("panelwall.1"), ".SH OPTIONS")), optionsOf(PANELWALL));
     EXPECT_GT(optionsOf(PANELWALL).size(), 5u);
+
+    const std::string bridge = manual("lightbridge.1");
+    const Words options = optionsOf(LIGHTBRIDGE);
+    EXPECT_EQ(optionsIn(section(bridge, ".SH OPTIONS")), options);
+    for (const std::string command : {"identify", "test"})
+        for (const std::string &option : optionsOf(LIGHTBRIDGE " " + command))
+            EXPECT_TRUE(options.contains(option) ||
+                        optionsIn(section(bridge, ".SS " + command)).contains(option))
+                << command << " " << option;
 }
 
 TEST(Manual, HasEveryExitStatus) {
@@ -115,6 +124,7 @@ TEST(Manual, HasEveryExitStatus) {
     EXPECT_EQ(told(MIRRORCTL).size(), 11u);
     EXPECT_EQ(listed("mirrorctl.1"), told(MIRRORCTL));
     EXPECT_EQ(listed("panelwall.1"), told(PANELWALL));
+    EXPECT_EQ(listed("lightbridge.1"), told(LIGHTBRIDGE));
 }
 
 TEST(Completion, OffersEveryCommandAndOptionInBash) {
@@ -125,6 +135,11 @@ TEST(Completion, OffersEveryCommandAndOptionInBash) {
     commands.insert({"--help", "--version"});
     EXPECT_EQ(offeredByBash("mirrorctl", "mirrorctl \"\""), commands);
     EXPECT_EQ(offeredByBash("panelwall", "panelwall a.json --"), optionsOf(PANELWALL));
+    EXPECT_EQ(offeredByBash("lightbridge", "lightbridge a.json --"), optionsOf(LIGHTBRIDGE));
+    for (const std::string command : {"identify", "test"})
+        EXPECT_EQ(offeredByBash("lightbridge", "lightbridge " + command + " a.json --"),
+                  optionsOf(LIGHTBRIDGE " " + command));
+    EXPECT_EQ(offeredByBash("lightbridge", "lightbridge ident"), Words{"identify"});
 }
 
 TEST(Completion, OffersValuesInBash) {
@@ -145,4 +160,8 @@ TEST(Completion, OffersEveryOptionInZsh) {
             << command;
     EXPECT_EQ(offeredByZsh("mirrorctl", "mirrorctl --", 2), optionsOf(MIRRORCTL));
     EXPECT_EQ(offeredByZsh("panelwall", "panelwall --", 2), optionsOf(PANELWALL));
+    EXPECT_EQ(offeredByZsh("lightbridge", "lightbridge --", 2), optionsOf(LIGHTBRIDGE));
+    for (const std::string command : {"identify", "test"})
+        EXPECT_EQ(offeredByZsh("lightbridge", "lightbridge " + command + " --", 3),
+                  optionsOf(LIGHTBRIDGE " " + command));
 }
