@@ -12,7 +12,7 @@ _lightbridge() {
     case ${COMP_WORDS[1]} in
     identify) options="$options --pixel" ;;
     test) ;;
-    *) options="$options --transition-unit --version" ;;
+    *) options="$options --transition-unit --no-flash-limit --version" ;;
     esac
     [ "$COMP_CWORD" -ne 1 ] || commands="identify test"
     case $current in

@@ -11,13 +11,17 @@ namespace lightbridge {
 Bridge::Bridge(const Options &options_, const config::Document &document_, const Sender &sender,
                panelwall::Receiver &receiver_, const Pattern *pattern_)
     : options(options_), document(document_), entry(*document_.bridge), receiver(receiver_),
-      pattern(pattern_), wall(document_, options_.transitionUnit),
+      pattern(pattern_), wall(document_, options_.transitionUnit), limiter(document_),
       frameInterval(std::chrono::nanoseconds(std::chrono::seconds(1)) /
                     document_.bridge->framesPerSecond),
       malformedTold(document_.devices.size()) {
     for (const config::OutputEntry &output : entry.outputs)
         outputs.emplace_back(output, sender);
     lastOnes.resize(outputs.size());
+    for (const panelwall::WallDevice &device : wall.devices()) {
+        firstColours.push_back(colours.size());
+        colours.resize(colours.size() + device.panels.size());
+    }
     if (pattern)
         phase = Phase::Showing;
 }
@@ -119,20 +123,39 @@ void Bridge::advance(Clock::time_point now) {
         sendEnd(now);
 }
 
-void Bridge::collect(std::size_t output, Clock::time_point now) {
-    const auto &panels =
-        wall.devices()[static_cast<std::size_t>(entry.outputs[output].device)].panels;
-    colours.clear();
-    for (std::size_t i = 0; i < panels.size(); ++i)
-        colours.push_back(pattern ? pattern->colourOf(output, i, now - start)
-                                  : panels[i].shownAt(now).value_or(Colour{}));
+std::span<const Colour> Bridge::coloursOf(std::size_t output, Clock::time_point now) {
+    const auto device = static_cast<std::size_t>(entry.outputs[output].device);
+    const std::size_t count = document.devices[device].panels.size();
+    if (!pattern)
+        return std::span(colours).subspan(firstColours[device], count);
+    colours.resize(count);
+    for (std::size_t i = 0; i < count; ++i)
+        colours[i] = pattern->colourOf(output, i, now - start);
+    return colours;
+}
+
+void Bridge::limitFlashes(Clock::time_point now) {
+    if (!limiter.limit(colours, now))
+        return;
+    isPending = true;
+    if (!limitTold)
+        tell("limited: the colours would flash more than 3 times a second; some changes are "
+             "delayed");
+    limitTold = true;
 }
 
 void Bridge::showColours(Clock::time_point now) {
     isPending = pattern ? pattern->isMoving : wall.isMoving(now);
+    if (!pattern) {
+        std::size_t next = 0;
+        for (const panelwall::WallDevice &device : wall.devices())
+            for (const panelwall::WallPanel &panel : device.panels)
+                colours[next++] = panel.shownAt(now).value_or(Colour{});
+        if (options.limitsFlashes)
+            limitFlashes(now);
+    }
     for (std::size_t i = 0; i < outputs.size(); ++i) {
-        collect(i, now);
-        outputs[i].show(colours, now);
+        outputs[i].show(coloursOf(i, now), now);
         isPending = isPending || outputs[i].isSmoothing();
     }
 }
@@ -141,12 +164,11 @@ void Bridge::beginEnd(Clock::time_point now) {
     phase = Phase::Ending;
     endFramesLeft = endFrames;
     for (std::size_t i = 0; i < outputs.size(); ++i) {
-        collect(i, now);
-        if (entry.atEnd != "hold") {
-            const Colour last = entry.atEnd == "black" ? Colour{} : parseColour(entry.atEnd);
-            std::fill(colours.begin(), colours.end(), last);
-        }
-        lastOnes[i] = colours;
+        const std::span<const Colour> shown = coloursOf(i, now);
+        lastOnes[i].assign(shown.begin(), shown.end());
+        if (entry.atEnd != "hold")
+            std::fill(lastOnes[i].begin(), lastOnes[i].end(),
+                      entry.atEnd == "black" ? Colour{} : parseColour(entry.atEnd));
     }
 }
 

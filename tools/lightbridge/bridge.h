@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tools/config/configDocument.h"
+#include "tools/lightbridge/flashLimiter.h"
 #include "tools/lightbridge/options.h"
 #include "tools/lightbridge/output.h"
 #include "tools/lightbridge/pattern.h"
@@ -41,11 +42,12 @@ private:
     // Sends what is due, and begins and ends phases.
     void advance(Clock::time_point now);
     void showColours(Clock::time_point now);
+    void limitFlashes(Clock::time_point now);
     void beginEnd(Clock::time_point now);
     void sendEnd(Clock::time_point now);
 
-    // The colours of an output's panels, into `colours`.
-    void collect(std::size_t output, Clock::time_point now);
+    // The colours of an output's panels.
+    std::span<const Colour> coloursOf(std::size_t output, Clock::time_point now);
 
     Clock::time_point nextDue() const;
     Clock::time_point silenceEnd() const;
@@ -61,7 +63,9 @@ private:
 
     panelwall::Wall wall;
     std::deque<Output> outputs;
-    std::vector<Colour> colours;               // of an output's panels
+    FlashLimiter limiter;
+    std::vector<Colour> colours;           // of all devices' panels; in a pattern, of an output's
+    std::vector<std::size_t> firstColours; // each device's first of them
     std::vector<std::vector<Colour>> lastOnes; // the colours at the end, for each output
 
     const Clock::time_point start = Clock::now();
@@ -74,6 +78,7 @@ private:
     Clock::time_point nextFrame;   // not before
     Clock::time_point lastArrival; // of a datagram that was not malformed
     std::vector<bool> malformedTold;
+    bool limitTold = false;
 };
 
 } // namespace lightbridge

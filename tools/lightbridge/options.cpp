@@ -15,6 +15,9 @@ The lights are sent colours up to 50 times a second while something changes, and
 about once a second. At the end, or when mirroring has stopped, they show black unless the
 configuration says otherwise. The manual's docs/lightbridge.md describes the outputs.
 
+More than three flashes within a second, of a panel or of a quarter of the wall, are held
+back. That reduces flashes; it does not make a wall safe for everybody.
+
 Signals: SIGINT (Ctrl-C), SIGTERM and SIGHUP end the program, with exit status 0.
 
 Exit statuses:
@@ -53,6 +56,9 @@ Options parseOptions(int argc, char **argv) {
                    "How many milliseconds one unit of transition time lasts (default 100)")
         ->type_name("MS")
         ->check(CLI::Range(std::int64_t{0}, std::int64_t{60'000}));
+    app.add_flag("!--no-flash-limit", options.limitsFlashes,
+                 "Pass on more than three flashes a second, which can cause seizures in some "
+                 "people who see them");
 
     auto *identify = app.add_subcommand("identify", "Light one panel or pixel, to find it");
     identify->add_option("CONFIG", options.configPath, "The configuration document")->required();

@@ -30,6 +30,8 @@ struct Options {
     std::optional<std::size_t> output; // the only one to drive
     std::chrono::milliseconds transitionUnit = panelwall::usualTransitionUnit;
 
+    bool limitsFlashes = true;
+
     // identify
     std::int32_t number = 0; // of a panel or pixel
     bool isPixel = false;

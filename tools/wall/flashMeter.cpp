@@ -8,11 +8,9 @@
 
 namespace panelwall {
 
-static constexpr double leastChange = 0.1 - 1e-9; // a tenth, less a tolerance for rounding
-static constexpr double harmlessBrightness = 0.8;
 static constexpr std::chrono::seconds window{1};
 
-double relativeLuminance(Colour colour) {
+double linearLight(std::uint8_t channel) {
     static const std::array<double, 256> linear = [] {
         std::array<double, 256> table{};
         for (std::size_t i = 0; i < table.size(); ++i) {
@@ -21,23 +19,39 @@ double relativeLuminance(Colour colour) {
         }
         return table;
     }();
-    return 0.2126 * linear[colour.red] + 0.7152 * linear[colour.green] +
-           0.0722 * linear[colour.blue];
+    return linear[channel];
+}
+
+double relativeLuminance(Colour colour) {
+    return 0.2126 * linearLight(colour.red) + 0.7152 * linearLight(colour.green) +
+           0.0722 * linearLight(colour.blue);
+}
+
+FlashMeter::Direction FlashMeter::changeTo(double luminance) const {
+    const double low = std::min(darkest, luminance);
+    const double high = std::max(brightest, luminance);
+    if (direction != Direction::Up && luminance - low >= leastChange && low < harmless)
+        return Direction::Up;
+    if (direction != Direction::Down && high - luminance >= leastChange && luminance < harmless)
+        return Direction::Down;
+    return Direction::None;
+}
+
+bool FlashMeter::allows(double luminance, Clock::time_point now) const {
+    return changeTo(luminance) == Direction::None ||
+           perSecond(now) + 0.5 <= config::harmlessFlashes;
 }
 
 void FlashMeter::note(double luminance, Clock::time_point now) {
+    const Direction change = changeTo(luminance);
     darkest = std::min(darkest, luminance);
     brightest = std::max(brightest, luminance);
-    const bool brighter = direction != Direction::Up && luminance - darkest >= leastChange &&
-                          darkest < harmlessBrightness;
-    const bool darker = direction != Direction::Down && brightest - luminance >= leastChange &&
-                        luminance < harmlessBrightness;
-    if (!brighter && !darker)
+    if (change == Direction::None)
         return;
-    direction = brighter ? Direction::Up : Direction::Down;
+    direction = change;
     darkest = brightest = luminance;
     while (!changes.empty() && (now - changes.front() >= window || changes.size() >= maxChanges))
-        changes.pop_front();
+        changes.erase(changes.begin());
     changes.push_back(now);
     const double flashes = perSecond(now);
     highest = std::max(highest, flashes);

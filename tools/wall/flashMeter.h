@@ -4,12 +4,15 @@
 #include "tools/lights/device.h"
 #include "tools/wall/clock.h"
 
-#include <deque>
 #include <optional>
+#include <vector>
 
 namespace panelwall {
 
 using lights::Colour;
+
+// A channel's light, from 0 to 1: the value without its gamma.
+double linearLight(std::uint8_t channel);
 
 // The brightness of a colour, from 0 to 1: linear light, weighted as by the eye.
 double relativeLuminance(Colour colour);
@@ -20,6 +23,16 @@ double relativeLuminance(Colour colour);
 // Steps in the same direction add up to one change. Times come from the caller and only go forward.
 class FlashMeter {
 public:
+    FlashMeter() = default;
+
+    // For another quantity from 0 to 1: a flash consists of changes by `leastChange_` or more, the
+    // lower end of each below `harmless_`.
+    FlashMeter(double leastChange_, double harmless_)
+        : leastChange(leastChange_ - rounding), harmless(harmless_) {}
+
+    // Whether noting this value would keep to the harmless number of flashes within a second.
+    bool allows(double luminance, Clock::time_point now) const;
+
     void note(double luminance, Clock::time_point now);
 
     // Flashes within the last second. A change without its opposite counts as half a flash.
@@ -32,13 +45,20 @@ public:
 private:
     enum class Direction { None, Up, Down };
 
+    static constexpr double rounding = 1e-9;
+
+    // The change that noting this value would complete.
+    Direction changeTo(double luminance) const;
+
     // Bounds the memory in a flood; no light changes this often.
     static constexpr std::size_t maxChanges = 1000;
 
+    double leastChange = 0.1 - rounding;
+    double harmless = 0.8;
     Direction direction = Direction::None; // of the last change
     double darkest = 1.0;                  // since that change was noted
     double brightest = 0.0;
-    std::deque<Clock::time_point> changes; // of the second before the newest
+    std::vector<Clock::time_point> changes; // of the second before the newest
     double highest = 0.0;
     std::optional<Clock::time_point> excess;
 };

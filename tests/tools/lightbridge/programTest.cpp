@@ -181,6 +181,33 @@ TEST_F(LightbridgeProgram, IgnoresMalformedDatagrams) {
     EXPECT_EQ(bridge.out().find("malformed:"), bridge.out().rfind("malformed:"));
 }
 
+TEST_F(LightbridgeProgram, HoldsFlashesBackUnlessAskedNotTo) {
+    const std::string path = writeConfig("127.0.47.22", 1, {ddp(light)});
+    const auto flash = [&](const std::vector<std::string> &options) {
+        std::vector<std::string> arguments{path, "--transition-unit", "0"};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        Process bridge = start(arguments);
+        bridge.waitFor("driving: ");
+        int changes = 0;
+        Datagram last(3);
+        for (int i = 0; i < 16; ++i) {
+            show("127.0.47.22", {{1, i % 2 == 0 ? 0xffffffu : 0u, 0, 5}});
+            while (const auto packet = light.next(45ms)) {
+                const Datagram now(packet->begin() + 10, packet->end());
+                changes += now == last ? 0 : 1;
+                last = now;
+            }
+        }
+        end(bridge);
+        light.drain();
+        EXPECT_EQ(bridge.out().find("limited: the colours would flash") == std::string::npos,
+                  !options.empty());
+        return changes;
+    };
+    EXPECT_GE(flash({"--no-flash-limit"}), 15);
+    EXPECT_LE(flash({}), 7); // 720 ms, or a second on a busy machine
+}
+
 TEST_F(LightbridgeProgram, IdentifiesPanelsAndPixels) {
     const std::string path =
         writeConfig("127.0.47.19", 2, {ddp(light, R"(, "pixelsPerPanel": 2, "brightness": 40)")});
