@@ -12,6 +12,11 @@ FlashLimiter::FlashLimiter(const config::Document &document) {
     shown.resize(count);
     held.resize(count);
     addAreas(document);
+    // Everything is black before.
+    for (Meters &meters : panels)
+        meters.note(0.0, 0.0, {});
+    for (Area &area : areas)
+        area.meters.note(0.0, 0.0, {});
 }
 
 namespace {

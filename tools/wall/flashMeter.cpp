@@ -38,8 +38,10 @@ FlashMeter::Direction FlashMeter::changeTo(double luminance) const {
 }
 
 bool FlashMeter::allows(double luminance, Clock::time_point now) const {
-    return changeTo(luminance) == Direction::None ||
-           perSecond(now) + 0.5 <= config::harmlessFlashes;
+    constexpr Clock::duration leastPause =
+        std::chrono::duration_cast<Clock::duration>(window / (2.0 * config::harmlessFlashes));
+    return changeTo(luminance) == Direction::None || changes.empty() ||
+           now - changes.back() >= leastPause;
 }
 
 void FlashMeter::note(double luminance, Clock::time_point now) {

@@ -30,7 +30,9 @@ public:
     FlashMeter(double leastChange_, double harmless_)
         : leastChange(leastChange_ - rounding), harmless(harmless_) {}
 
-    // Whether noting this value would keep to the harmless number of flashes within a second.
+    // Whether noting this value keeps changes so far apart that there are never more flashes within
+    // a second than are harmless. Changes in quick succession would be worse than as many spread
+    // over the second.
     bool allows(double luminance, Clock::time_point now) const;
 
     void note(double luminance, Clock::time_point now);

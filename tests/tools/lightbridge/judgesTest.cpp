@@ -2,6 +2,7 @@
 #include "tests/support/panelRecords.h"
 #include "tests/tools/lightbridge/bridgeSetup.h"
 #include "tests/tools/lightbridge/packets.h"
+#include "tools/lightbridge/flashLimiter.h"
 
 #include <filesystem>
 #include <set>
@@ -88,7 +89,81 @@ CaptureFile hourOf(Encode encode, const Stream &stream, std::uint16_t port) {
     return file;
 }
 
+// A wall of two rows of two panels, each 8 pixels wide and high in pictures.
+config::Document fourPanels() {
+    config::DeviceEntry device{"127.0.0.9", 2, 0, 1.0, {}};
+    for (int i = 0; i < 4; ++i)
+        device.panels.push_back({i, 8 * (i % 2), 8 * (i / 2)});
+    return {1, 0, {device}};
+}
+
+// Three seconds of panels that change between two colours, at 30 frames a second. Every second
+// panel begins with the second colour if they are to be opposed.
+std::string filmOf(lightbridge::Colour one, lightbridge::Colour other, bool areOpposed,
+                   double hertz, bool isLimited) {
+    constexpr int framesPerSecond = 30;
+    const config::Document document = fourPanels();
+    lightbridge::FlashLimiter limiter(document);
+    std::string film;
+    for (int frame = 0; frame < 3 * framesPerSecond; ++frame) {
+        const int changes = static_cast<int>(frame * 2.0 * hertz / framesPerSecond + 1e-6);
+        std::vector<lightbridge::Colour> panels;
+        for (int i = 0; i < 4; ++i)
+            panels.push_back((changes + (areOpposed ? i : 0)) % 2 == 0 ? one : other);
+        if (isLimited)
+            limiter.limit(panels,
+                          lightbridge::Clock::time_point(std::chrono::hours(1)) +
+                              frame * std::chrono::nanoseconds(1'000'000'000) / framesPerSecond);
+        for (int y = 0; y < 16; ++y)
+            for (int x = 0; x < 16; ++x) {
+                const lightbridge::Colour &colour =
+                    panels[static_cast<std::size_t>(y / 8 * 2 + x / 8)];
+                film.append({static_cast<char>(colour.red), static_cast<char>(colour.green),
+                             static_cast<char>(colour.blue)});
+            }
+    }
+    return film;
+}
+
+// The highest badness that ffmpeg's filter sees in the film.
+double badnessOf(const std::string &path) {
+    const ProcessResult result =
+        shell("ffmpeg -nostdin -hide_banner -loglevel error -f rawvideo -pix_fmt rgb24 -s 16x16 -r "
+              "30 -i " +
+              path + " -vf photosensitivity=bypass=1,metadata=print:file=- -f null -");
+    const std::string name = "photosensitivity.badness=";
+    double most = -1.0;
+    for (std::size_t at = 0; (at = result.out.find(name, at)) != std::string::npos;) {
+        at += name.size();
+        most = std::max(most, std::stod(result.out.substr(at, 20)));
+    }
+    return most;
+}
+
 } // namespace
+
+// More than at 3 Hz counts as bad.
+TEST_F(LightbridgeJudges, FfmpegFindsNoMoreFlashesThanThreeASecond) {
+    if (!isInstalled("ffmpeg"))
+        GTEST_SKIP() << "ffmpeg is not installed";
+    const lightbridge::Colour white{255, 255, 255};
+    const lightbridge::Colour red{255, 0, 0};
+    struct Case {
+        lightbridge::Colour bright;
+        bool areOpposed;
+    };
+    for (const Case &one : {Case{white, false}, {red, false}, {white, true}}) {
+        const auto badness = [&](double hertz, bool isLimited) {
+            return badnessOf(
+                folder.write("film", filmOf(one.bright, {}, one.areOpposed, hertz, isLimited)));
+        };
+        const double most = badness(3.0, false);
+        EXPECT_GT(most, 0.5);
+        for (const double hertz : {1.0, 5.0, 7.5, 15.0})
+            EXPECT_LE(badness(hertz, true), most) << hertz;
+        EXPECT_GT(badness(5.0, false), 1.3 * most);
+    }
+}
 
 TEST_F(LightbridgeJudges, WiresharkFindsNoFaultInAnHourOfFrames) {
     if (!isInstalled("tshark"))
