@@ -1,5 +1,8 @@
 #include "tests/support/panelRecords.h"
 #include "tests/tools/lightbridge/bridgeSetup.h"
+#include "tools/wall/wall.h"
+
+#include <random>
 
 using namespace std::chrono_literals;
 using namespace test;
@@ -54,6 +57,35 @@ TEST_F(LightbridgeProgram, SendsTheColoursAndEndsInBlack) {
 }
 
 // Nothing that was shown before is disturbed.
+// The wall in software and the lights show the same, whatever arrives.
+TEST_F(LightbridgeProgram, SendsWhatPanelwallShows) {
+    constexpr int panels = 12;
+    const std::string path = writeConfig("127.0.47.23", panels, {ddp(light)});
+    config::Document document = config::readText(fileText(path)).document;
+    panelwall::Wall wall(document, 0ms);
+    Process bridge = start({path, "--transition-unit", "0", "--no-flash-limit"});
+    bridge.waitFor("driving: ");
+    std::mt19937 random(5);
+    for (int i = 0; i < 60; ++i) {
+        std::vector<Record> records;
+        for (int panel = 1; panel <= panels; ++panel)
+            if (random() % 3 == 0 || panel == 1 + i % panels)
+                records.push_back({panel, static_cast<std::uint32_t>(random() % 0x1000000), 0,
+                                   static_cast<int>(random() % 20)});
+        const Datagram datagram = encode(2, records);
+        const auto now = panelwall::Clock::now();
+        wall.receive(0, datagram, now);
+        Datagram expected;
+        for (const auto &panel : wall.devices()[0].panels) {
+            const lights::Colour colour = panel.shownAt(now).value_or(lights::Colour{});
+            expected.insert(expected.end(), {colour.red, colour.green, colour.blue});
+        }
+        sendTo("127.0.47.23", 60222, datagram);
+        EXPECT_EQ(pixels(light), expected) << i;
+    }
+    end(bridge);
+}
+
 TEST_F(LightbridgeProgram, SendsNothingBeforeTheFirstDatagram) {
     Process bridge = start({writeConfig("127.0.47.11", 1, {ddp(light)})});
     bridge.waitFor("driving: ");
