@@ -203,13 +203,13 @@ std::vector<std::optional<Problem>> findOutputProblems(const Document &document)
                 fault = take(receivers[receiver], output,
                              panels * static_cast<std::size_t>(output.pixelsPerPanel), i);
         }
-        auto &problem = problems.emplace_back();
+        problems.emplace_back();
         if (fault)
-            problem = Problem{stepInto(stepInto("/lightbridge/outputs", i), fault->member),
-                              fault->message,
-                              fault->fix,
-                              {},
-                              Severity::Warning};
+            problems.back() = Problem{stepInto(stepInto("/lightbridge/outputs", i), fault->member),
+                                      fault->message,
+                                      fault->fix,
+                                      {},
+                                      Severity::Warning};
     }
     return problems;
 }
