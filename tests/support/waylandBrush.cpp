@@ -153,8 +153,16 @@ WaylandBrush::Window::Window(const std::string &socket)
 }
 
 WaylandBrush::Window::~Window() {
-    for (const Sheet &sheet : sheets)
+    std::vector<void *> objects = {toplevel, role,   viewport, surface,    viewporter,
+                                   shell,    output, memory,   compositor, registry};
+    for (const Sheet &sheet : sheets) {
         munmap(sheet.pixels, picture.size() * 4);
+        objects.push_back(sheet.buffer);
+    }
+    // The compositor forgets them with the connection.
+    for (void *object : objects)
+        if (object != nullptr)
+            wl_proxy_destroy(static_cast<wl_proxy *>(object));
     if (display != nullptr)
         wl_display_disconnect(display);
 }
