@@ -27,8 +27,8 @@ fault_packages="iproute2 locales"
 analysis_packages="clang-tidy-14 cppcheck"
 valgrind_packages="valgrind"
 demo_packages="ffmpeg"
-# Programs that judge what lightbridge sends.
-judge_packages="ola tshark"
+# For the programs that judge what lightbridge sends. OLA's package itself is unpacked, not installed.
+judge_packages="libola1 tshark"
 # For the example hosts. The JavaScript host uses the Node.js of page_packages.
 host_packages="python3"
 # For the tests of our own Debian packages.
