@@ -13,8 +13,9 @@ constexpr std::uint64_t largestFrame = std::uint64_t{1} << 30;
 bool isReadable(std::uint32_t code, std::uint32_t width, std::uint32_t height,
                 std::uint32_t stride) {
     const PixelFormat *format = PixelFormat::of(code);
-    return format != nullptr && width > 0 && height > 0 && width <= largestSide &&
-           height <= largestSide && stride >= width * format->bytes &&
+    if (format == nullptr || width == 0 || height == 0)
+        return false;
+    return width <= largestSide && height <= largestSide && stride >= width * format->bytes &&
            std::uint64_t{stride} * height <= largestFrame;
 }
 
