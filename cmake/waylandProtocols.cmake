@@ -18,7 +18,7 @@ function(wayland_protocols library side)
     foreach(file IN LISTS ARGN)
         get_filename_component(name ${file} NAME_WE)
         find_file(WAYLAND_DESCRIPTION_${name} ${file} PATHS ${waylandDescriptions}
-                  NO_DEFAULT_PATH REQUIRED)
+                  NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH REQUIRED)
         mark_as_advanced(WAYLAND_DESCRIPTION_${name})
         set(description ${WAYLAND_DESCRIPTION_${name}})
         set(header ${folder}/protocols/${name}-${side}-protocol.h)
