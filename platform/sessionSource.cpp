@@ -9,6 +9,8 @@
 // Once a compositor has accepted, the process keeps to Wayland as long as WAYLAND_DISPLAY is set:
 // displays of the session's X server must not take their place while the compositor is down.
 // Without WAYLAND_DISPLAY, the rule costs two look-ups in the environment and loads nothing.
+#include "platform/session.h"
+
 #include "platform/objects/source.h"
 #include "platform/wayland/compositorSocket.h"
 #include "platform/wayland/source.h"
@@ -37,19 +39,32 @@ std::string_view variable(const char *name) {
 
 } // namespace
 
-const Source &sessionSource() {
+SessionChoice chooseSession() {
     const std::string_view wanted = variable("MIRROR_DISPLAY_SERVER");
     if (wanted == "x11")
-        return x11::displaySource;
+        return {Session::X11, "MIRROR_DISPLAY_SERVER says so"};
     if (wanted == "wayland")
-        return wayland::displaySource;
+        return {Session::Wayland, "MIRROR_DISPLAY_SERVER says so"};
     if (!wanted.empty())
-        return none;
+        return {Session::None, "MIRROR_DISPLAY_SERVER is neither x11 nor wayland"};
     if (variable("WAYLAND_DISPLAY").empty())
-        return x11::displaySource;
+        return {Session::X11, "WAYLAND_DISPLAY is not set"};
     if (!compositorAccepted && wayland::isCompositorThere())
         compositorAccepted = true;
-    return compositorAccepted ? wayland::displaySource : x11::displaySource;
+    if (!compositorAccepted)
+        return {Session::X11, "WAYLAND_DISPLAY names no compositor that accepts connections"};
+    return {Session::Wayland, "WAYLAND_DISPLAY names a compositor that accepts connections"};
+}
+
+const Source &sessionSource() {
+    switch (chooseSession().session) {
+    case Session::X11:
+        return x11::displaySource;
+    case Session::Wayland:
+        return wayland::displaySource;
+    default:
+        return none;
+    }
 }
 
 } // namespace platform

@@ -26,7 +26,7 @@ format_packages="clang-format-14 git"
 fault_packages="iproute2 locales"
 analysis_packages="clang-tidy-14 cppcheck"
 valgrind_packages="valgrind"
-demo_packages="ffmpeg"
+demo_packages="ffmpeg curl"
 # For the programs that judge what lightbridge sends. OLA's package itself is unpacked, not installed.
 judge_packages="libola1 tshark"
 # For the example hosts. The JavaScript host uses the Node.js of page_packages.

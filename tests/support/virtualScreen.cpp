@@ -223,6 +223,7 @@ void VirtualScreen::fillRect(int x, int y, int rectWidth, int rectHeight, std::u
     const AnswerDeadline deadline;
     if (waylandBrush)
         return waylandBrush->fillRect(x, y, rectWidth, rectHeight, colour);
+    ++drawings;
     const std::uint32_t pixel = pixelOf(colour, rootVisual(screenOf(connection)));
     xcb_change_gc(connection, brush, XCB_GC_FOREGROUND, &pixel);
     const xcb_rectangle_t rect{static_cast<std::int16_t>(x), static_cast<std::int16_t>(y),
@@ -237,6 +238,7 @@ void VirtualScreen::putPixels(int x, int y, int blockWidth, int blockHeight,
     const AnswerDeadline deadline;
     if (waylandBrush)
         return waylandBrush->putPixels(x, y, blockWidth, blockHeight, colours);
+    ++drawings;
     const xcb_visualtype_t *visual = rootVisual(screenOf(connection));
     const auto pixelBytes = static_cast<std::size_t>(bytesPerPixel(connection, depth));
     const std::size_t rowBytes = (static_cast<std::size_t>(blockWidth) * pixelBytes + 3) & ~3u;
@@ -265,6 +267,10 @@ void VirtualScreen::putPixels(int x, int y, int blockWidth, int blockHeight,
                       band.data());
     }
     roundTrip(connection);
+}
+
+int VirtualScreen::changes() const {
+    return waylandBrush ? waylandBrush->shownPictures() : drawings;
 }
 
 std::string VirtualScreen::output() const {

@@ -44,6 +44,10 @@ public:
     void fillRect(int x, int y, int width, int height, std::uint32_t colour);
     void putPixels(int x, int y, int width, int height, const std::uint32_t *colours);
 
+    // How often the screen has changed by these. A compositor shows several drawings at once when
+    // it is slower than they are.
+    int changes() const;
+
     // For X servers: the name of the output that shows the screen, which xrandr takes.
     std::string output() const;
 
@@ -77,6 +81,7 @@ private:
     std::uint32_t brush = 0;
     std::unique_ptr<SwayServer> sway;
     std::unique_ptr<WaylandBrush> waylandBrush;
+    int drawings = 0; // on an X server
     int width = 0;
     int height = 0;
     int depth = 0;

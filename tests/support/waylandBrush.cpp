@@ -60,6 +60,8 @@ struct WaylandBrush::Window {
     int wantedWidth = 0; // of the window, by the last configuration
     int wantedHeight = 0;
     bool shown = false;
+    wl_callback *shownNext = nullptr; // the report of the next picture shown
+    int shownPictures = 0;
 };
 
 void WaylandBrush::Window::require(bool condition) const {
@@ -153,8 +155,8 @@ WaylandBrush::Window::Window(const std::string &socket)
 }
 
 WaylandBrush::Window::~Window() {
-    std::vector<void *> objects = {toplevel, role,   viewport, surface,    viewporter,
-                                   shell,    output, memory,   compositor, registry};
+    std::vector<void *> objects = {shownNext, toplevel, role,   viewport,   surface, viewporter,
+                                   shell,     output,   memory, compositor, registry};
     for (const Sheet &sheet : sheets) {
         munmap(sheet.pixels, picture.size() * 4);
         objects.push_back(sheet.buffer);
@@ -192,7 +194,18 @@ Sheet &WaylandBrush::Window::freeSheet() {
 
 // The picture covers the window, whose size may have changed with the output's.
 void WaylandBrush::Window::show(int x, int y, int rectWidth, int rectHeight) {
+    static const wl_callback_listener listener = {
+        .done = [](void *self, wl_callback *callback, std::uint32_t) {
+            auto &window = *static_cast<Window *>(self);
+            ++window.shownPictures;
+            window.shownNext = nullptr;
+            wl_callback_destroy(callback);
+        }};
     roundTrip();
+    if (shownNext == nullptr) {
+        shownNext = wl_surface_frame(surface);
+        wl_callback_add_listener(shownNext, &listener, this);
+    }
     Sheet &sheet = freeSheet();
     std::memcpy(sheet.pixels, picture.data(), picture.size() * 4);
     sheet.free = false;
@@ -219,6 +232,10 @@ void WaylandBrush::Window::showAndWait() {
 WaylandBrush::WaylandBrush(const std::string &socket) : own(std::make_unique<Window>(socket)) {}
 
 WaylandBrush::~WaylandBrush() = default;
+
+int WaylandBrush::shownPictures() const {
+    return own->shownPictures;
+}
 
 void WaylandBrush::fillRect(int x, int y, int rectWidth, int rectHeight, std::uint32_t colour) {
     const int right = std::min(x + rectWidth, own->width);

@@ -25,6 +25,9 @@ public:
     void fillRect(int x, int y, int width, int height, std::uint32_t colour);
     void putPixels(int x, int y, int width, int height, const std::uint32_t *colours);
 
+    // How many pictures the compositor has shown so far, as it has reported.
+    int shownPictures() const;
+
 private:
     struct Window;
     const std::unique_ptr<Window> own;

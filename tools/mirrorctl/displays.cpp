@@ -8,7 +8,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <cstdlib>
 #include <rapidjson/document.h>
 #include <stdexcept>
 
@@ -53,15 +52,6 @@ std::string describeSize(const Display &display) {
     if (!display.hasPicture())
         return "no picture available";
     return std::to_string(display.width) + " x " + std::to_string(display.height);
-}
-
-std::string noDisplayHint() {
-    const char *server = std::getenv("DISPLAY");
-    std::string x11 = "the variable DISPLAY is not set; set it to the X server's name, such as :0.";
-    if (server && *server)
-        x11 = std::string("DISPLAY is \"") + server +
-              "\"; is that X server running, does it let this user in, has it a monitor?";
-    return "  On X11: " + x11 + "\n  On macOS: is a user logged in at the screen?\n";
 }
 
 static ExitStatus showDisplays(bool json) {

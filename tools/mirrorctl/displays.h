@@ -33,7 +33,4 @@ std::string describeCut(const DisplayList &list);
 // "1920 x 1080", or that there is no picture.
 std::string describeSize(const Display &display);
 
-// Lines on why there may be no display, and what to check.
-std::string noDisplayHint();
-
 } // namespace mirrorctl

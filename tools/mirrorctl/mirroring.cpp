@@ -114,7 +114,8 @@ ExitStatus apply(std::string text, std::int32_t displayID) {
         "Capturing display %u was refused.\n"
         "  On macOS: allow screen recording for this program (or its terminal) in the privacy\n"
         "  settings, and start it again.\n"
-        "  On X11: the display went away, the server grants no capture, or memory ran out.\n",
+        "  On Linux: the display went away, the session grants no capture, or memory ran out;\n"
+        "  mirrorctl doctor says more.\n",
         static_cast<std::uint32_t>(displayID));
     return ExitStatus::CaptureRefused;
 }

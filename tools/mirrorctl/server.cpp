@@ -19,6 +19,13 @@ std::string silentServerLine() {
     return serverSentence("does not answer. Is it stopped or overloaded?\n");
 }
 
+std::optional<std::size_t> countDisplays() {
+    std::uint32_t count = 0;
+    if (CGGetActiveDisplayList(0, nullptr, &count) != kCGErrorSuccess)
+        return std::nullopt;
+    return count;
+}
+
 bool reportSilentServer() {
     if (!ServerWatch().isSilentFor(1.0))
         return false;

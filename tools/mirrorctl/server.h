@@ -10,7 +10,7 @@
 
 namespace mirrorctl {
 
-// The server's name in a sentence, such as: the X server ":7".
+// The server's name in a sentence, such as: the X server ":7", the compositor "wayland-1".
 std::string serverName();
 
 // A sentence about the server, such as: The X server ":7" has gone.
@@ -22,6 +22,9 @@ std::string silentServerLine();
 // Prints that line on standard error if there is a server that can be reached but does not answer
 // within a second; returns whether it printed.
 bool reportSilentServer();
+
+// Lines on why there may be no display, and what to check.
+std::string noDisplayHint();
 
 // The number of displays, listed by the library or not; nothing if it is unknown.
 std::optional<std::size_t> countDisplays();

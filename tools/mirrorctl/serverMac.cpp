@@ -1,18 +1,13 @@
 #include "tools/mirrorctl/server.h"
 
-#include <CoreGraphics/CoreGraphics.h>
-
 namespace mirrorctl {
 
 std::string serverName() {
     return "the window server";
 }
 
-std::optional<std::size_t> countDisplays() {
-    std::uint32_t count = 0;
-    if (CGGetActiveDisplayList(0, nullptr, &count) != kCGErrorSuccess)
-        return std::nullopt;
-    return count;
+std::string noDisplayHint() {
+    return "  Is a user logged in at the screen?\n";
 }
 
 // There is nothing to watch: a program that loses the window server ends with the session.

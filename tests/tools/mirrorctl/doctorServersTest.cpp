@@ -103,14 +103,15 @@ TEST(MirrorctlDoctorServers, KnowsUntrustedConnections) {
         EXPECT_FALSE(contains(result.out, extension));
 }
 
-TEST(MirrorctlDoctorServers, KnowsWaylandSessionsWithoutAnXServer) {
+TEST(MirrorctlDoctorServers, KnowsWaylandSessionsWhoseCompositorIsNotNamed) {
     for (const auto &[name, value] :
          {std::pair("WAYLAND_DISPLAY", "wayland-0"), std::pair("XDG_SESSION_TYPE", "wayland")})
         expectOutput(
             doctor("", {}, {{name, value}}), 69,
-            {"bad     X server: the variable DISPLAY is not set: this is a Wayland session "
-             "without an X server, and its screen cannot be mirrored.\n"
-             "          To fix it: log out, and choose an X11 session where you log in."});
+            {"bad     X server: the variable DISPLAY is not set; this is a Wayland session, but "
+             "X11 is asked, since WAYLAND_DISPLAY ",
+             "          To fix it: to mirror the session, set WAYLAND_DISPLAY to the name of its "
+             "compositor, such as wayland-0, and do not set MIRROR_DISPLAY_SERVER to x11.\n"});
 }
 
 TEST(MirrorctlDoctorServers, KnowsXServersInWaylandSessions) {
@@ -118,7 +119,7 @@ TEST(MirrorctlDoctorServers, KnowsXServersInWaylandSessions) {
     expectOutput(doctor(session.display(), {}, {{"WAYLAND_DISPLAY", "wayland-0"}}), 77,
                  {"bad     session: this is a Wayland session; the X server has no picture of the "
                   "screen, only of the windows of X programs.\n"
-                  "          To fix it: log out, and choose an X11 session where you log in",
+                  "          To fix it: to mirror the session, set WAYLAND_DISPLAY",
                   ": no picture available.\n"
                   "          To fix it: first fix what is bad under System.\n",
                   " good, 0 unsure, 2 bad."});

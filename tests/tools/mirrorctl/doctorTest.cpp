@@ -12,7 +12,7 @@ protected:
     ProcessResult doctor(const std::vector<std::string> &arguments = {},
                          const test::Variables &variables = {},
                          const std::string &input = "") const {
-        return test::doctor(screen.display(), arguments, variables, input);
+        return test::doctor(screen.variables(), arguments, variables, input);
     }
 };
 

@@ -1,4 +1,4 @@
-// The commands on a hung X server: it accepts connections but does not answer.
+// The commands on a hung display server: it accepts connections but does not answer.
 #include "tests/tools/mirrorctl/mirrorSetup.h"
 
 #include <chrono>
@@ -19,9 +19,7 @@ protected:
         return ScreenTest::start(arguments, {.input = lights("127.0.58.90")});
     }
 
-    std::string silence() const {
-        return "The X server \"" + screen.display() + "\" does not answer";
-    }
+    std::string silence() const { return "The " + serverName() + " does not answer"; }
 };
 
 // Waits until the program blocks signals: from then on a signal no longer ends it directly.

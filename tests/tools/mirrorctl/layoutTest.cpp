@@ -174,7 +174,7 @@ using MirrorctlLayoutOnScreen = test::ScreenTest;
 TEST_F(MirrorctlLayoutOnScreen, MakesWhatCheckAccepts) {
     for (const char *shape : {"4x6", "strip:60"}) {
         const ProcessResult made =
-            layout({shape, "127.0.58.61", "::1", "--mode", "palette"}, screen.display());
+            run({"layout", shape, "127.0.58.61", "::1", "--mode", "palette"});
         ASSERT_EQ(made.status, 0) << made.err;
         EXPECT_TRUE(contains(made.err, " panels on 2 devices, each coloured by "));
         EXPECT_EQ(run({"check", "-", "--strict"}, made.out),

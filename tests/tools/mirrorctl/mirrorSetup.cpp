@@ -10,13 +10,19 @@ ProcessResult mirrorctl(std::vector<std::string> arguments, const Variables &var
     return Process(arguments, {.variables = variables, .input = input}).finish();
 }
 
-ProcessResult doctor(const std::string &server, std::vector<std::string> arguments,
+ProcessResult doctor(const Variables &session, std::vector<std::string> arguments,
                      Variables variables, const std::string &input) {
     arguments.insert(arguments.begin(), "doctor");
-    for (const char *name : {"WAYLAND_DISPLAY", "XDG_SESSION_TYPE"})
+    variables.insert(session.begin(), session.end());
+    for (const char *name : {"DISPLAY", "WAYLAND_DISPLAY", "XDG_SESSION_TYPE"})
         variables.emplace(name, "");
-    variables["DISPLAY"] = server;
     return mirrorctl(arguments, variables, input);
+}
+
+ProcessResult doctor(const std::string &server, std::vector<std::string> arguments,
+                     Variables variables, const std::string &input) {
+    return doctor(Variables{{"DISPLAY", server}}, std::move(arguments), std::move(variables),
+                  input);
 }
 
 Variables refusing(const std::string &function) {
@@ -29,8 +35,8 @@ rapidjson::Document parsed(const std::string &text) {
     return tree;
 }
 
-std::uint32_t onlyDisplay(const std::string &server) {
-    const ProcessResult result = mirrorctl({"displays", "--json"}, {{"DISPLAY", server}});
+std::uint32_t onlyDisplay(const Variables &session) {
+    const ProcessResult result = mirrorctl({"displays", "--json"}, session);
     const auto tree = parsed(result.out);
     if (result.status != 0 || tree["displays"].Size() != 1)
         throw std::runtime_error("not one display: " + result.out + result.err);
@@ -57,13 +63,20 @@ testing::AssertionResult receives(LightReceiver &light, const Datagram &wanted) 
 
 Process ScreenTest::start(std::vector<std::string> arguments, LaunchOptions options) const {
     arguments.insert(arguments.begin(), MIRRORCTL);
-    options.variables["DISPLAY"] = screen.display();
+    options.variables.merge(screen.variables());
     return Process(arguments, options);
 }
 
 ProcessResult ScreenTest::run(const std::vector<std::string> &arguments,
                               const std::string &input) const {
     return start(arguments, {.input = input}).finish();
+}
+
+std::string ScreenTest::serverName() const {
+    const Variables variables = screen.variables();
+    const std::string compositor = variables.at("WAYLAND_DISPLAY");
+    return compositor.empty() ? "X server \"" + variables.at("DISPLAY") + "\""
+                              : "compositor \"" + compositor + "\"";
 }
 
 std::string ScreenTest::lights(const std::string &ip, int mode) const {

@@ -23,7 +23,11 @@ using Variables = std::map<std::string, std::string>;
 ProcessResult mirrorctl(std::vector<std::string> arguments, const Variables &variables = {},
                         const std::string &input = "");
 
-// Runs `mirrorctl doctor` on an X server, in whatever session the tests run.
+// Runs `mirrorctl doctor` in a session that these variables name, in whatever session the tests
+// run.
+ProcessResult doctor(const Variables &session, std::vector<std::string> arguments = {},
+                     Variables variables = {}, const std::string &input = "");
+// The same on an X server.
 ProcessResult doctor(const std::string &server, std::vector<std::string> arguments = {},
                      Variables variables = {}, const std::string &input = "");
 
@@ -34,8 +38,8 @@ Variables refusing(const std::string &function);
 // Parses a text and expects it to be JSON.
 rapidjson::Document parsed(const std::string &text);
 
-// The identifier of the only display on an X server, as mirrorctl lists it.
-std::uint32_t onlyDisplay(const std::string &server);
+// The identifier of the only display of a session that these variables name, as mirrorctl lists it.
+std::uint32_t onlyDisplay(const Variables &session);
 
 // One device of one panel: panel 17, in wide layout, whose area lies around (100, 100).
 std::string lightsText(std::uint32_t displayID, const std::string &ip, int mode = 0);
@@ -48,18 +52,21 @@ inline const Datagram greenPanel = {0, 1, 0, 17, 0, 255, 0, 0, 0, 1};
 // frame was captured.
 testing::AssertionResult receives(LightReceiver &light, const Datagram &wanted);
 
-// Runs mirrorctl on its own virtual screen.
+// Runs mirrorctl on its own virtual screen, which is one of X11 or of Wayland.
 class ScreenTest : public testing::Test {
 protected:
     Process start(std::vector<std::string> arguments, LaunchOptions options = {}) const;
     ProcessResult run(const std::vector<std::string> &arguments,
                       const std::string &input = "") const;
 
+    // The server's name as mirrorctl prints it after "the" or "The".
+    std::string serverName() const;
+
     // lightsText() for the screen.
     std::string lights(const std::string &ip, int mode = 0) const;
 
     VirtualScreen screen{640, 480};
-    const std::uint32_t display = onlyDisplay(screen.display());
+    const std::uint32_t display = onlyDisplay(screen.variables());
     const Folder folder;
 };
 

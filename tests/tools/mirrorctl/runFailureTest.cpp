@@ -83,15 +83,14 @@ TEST(MirrorctlRunFailure, RefusesWhatIsNoAddress) {
 
 TEST(MirrorctlRunFailure, ListsTheDisplaysThatAreThere) {
     const test::VirtualScreen screen(640, 480);
-    const auto there = test::onlyDisplay(screen.display());
+    const auto there = test::onlyDisplay(screen.variables());
     for (const std::uint32_t wanted : {0u, there + 1}) {
         const std::string message =
             "standard input: line 1, column 2: /displayID: expected one of the displays there "
             "are: " +
             std::to_string(there) + " (640 x 480); found " + std::to_string(wanted) +
             "\n    To fix it: choose one of them; no other is ever taken in its place.\n";
-        EXPECT_EQ(mirrorctl({"run", "-"}, {{"DISPLAY", screen.display()}},
-                            lightsText(wanted, "127.0.40.1")),
+        EXPECT_EQ(mirrorctl({"run", "-"}, screen.variables(), lightsText(wanted, "127.0.40.1")),
                   (ProcessResult{69, "", message}));
     }
 }
@@ -124,8 +123,8 @@ TEST(MirrorctlRunFailure, ExplainsRefusedStarts) {
 
 TEST(MirrorctlRunFailure, NeedsADevice) {
     const test::VirtualScreen screen(640, 480);
-    const auto there = std::to_string(test::onlyDisplay(screen.display()));
-    EXPECT_EQ(mirrorctl({"run", "-"}, {{"DISPLAY", screen.display()}},
+    const auto there = std::to_string(test::onlyDisplay(screen.variables()));
+    EXPECT_EQ(mirrorctl({"run", "-"}, screen.variables(),
                         R"({"displayID": )" + there + R"(, "mode": 0, "devices": []})"),
               (ProcessResult{71, "",
                              "Mirroring could not be started: the document has no devices.\n"

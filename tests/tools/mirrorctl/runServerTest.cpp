@@ -1,4 +1,4 @@
-// Runs of mirrorctl whose X server hangs, dies and comes back.
+// Runs of mirrorctl whose display server hangs, dies and comes back.
 #include "tests/tools/mirrorctl/mirrorSetup.h"
 
 #include <chrono>
@@ -30,7 +30,7 @@ protected:
     }
 
     std::string server(const char *predicate) const {
-        return "The X server \"" + screen.display() + "\" " + predicate;
+        return "The " + serverName() + " " + predicate;
     }
 
     std::optional<LightReceiver> light;
@@ -84,7 +84,7 @@ TEST_F(MirrorctlRunServer, EndsWithTheServerWhenTold) {
     begin("127.0.58.95", {"--once"});
     screen.kill();
     test::expectErrors(program->finish(), 74,
-                       {"Mirroring ended: the X server \"" + screen.display() + "\" has gone.\n"});
+                       {"Mirroring ended: the " + serverName() + " has gone.\n"});
 }
 
 TEST_F(MirrorctlRunServer, TellsAHungServerFromADeadOne) {

@@ -135,7 +135,7 @@ Check CaptureProbe::lookWithoutMark(bool isLit, const std::string &reason) const
 }
 
 std::optional<double> CaptureProbe::timeMark(std::uint32_t colour, std::string &reason) {
-    const ScreenMark mark = drawMark(display.width, display.height, colour);
+    const ScreenMark mark = drawMark(display, colour);
     reason = mark.reason;
     if (!reason.empty())
         return std::nullopt;
@@ -167,10 +167,9 @@ Check CaptureProbe::lookForMark(bool isLit) {
                       "picture is older than 2 s, or something covers the mark",
                       "unlock the screen, leave full-screen programs and try again; if that does "
                       "not help, log out and in again");
-    return result(
-        Verdict::Bad,
-        "nothing but black arrives, also where a mark was drawn: the screen is not seen",
-        "wake and unlock the screen; if this is no X11 session of its own, log in to one");
+    return result(Verdict::Bad,
+                  "nothing but black arrives, also where a mark was drawn: the screen is not seen",
+                  "wake and unlock the screen");
 }
 
 Check CaptureProbe::look() {
@@ -194,7 +193,8 @@ Check CaptureProbe::run() {
         messages.read(false);
         return result(Verdict::Bad, withMessage("capturing it was refused"),
                       "on macOS allow screen recording for this program in the privacy settings "
-                      "and start it again; on X11 the server grants no capture, or memory ran out",
+                      "and start it again; on Linux the session grants no capture, or memory ran "
+                      "out",
                       ExitStatus::CaptureRefused);
     }
     if (startMirror() != 1)

@@ -38,7 +38,7 @@ SystemChecks examineSystem();
 // Makes the socket report every error that the network returns for its datagrams.
 void requestNetworkErrors(int fd, int family);
 
-// A square of one colour in the top left corner of every display of one size, above all windows.
+// A square of one colour in the top left corner of a display, above all windows.
 struct ScreenMark {
     // The square's offset from the corner and its side, in pixels of the display.
     static constexpr int first = 8;
@@ -50,7 +50,13 @@ struct ScreenMark {
 };
 
 // Draws a mark before returning, if possible. `colour` is 0xRRGGBB.
-ScreenMark drawMark(std::uint32_t width, std::uint32_t height, std::uint32_t colour);
+ScreenMark drawMark(const Display &display, std::uint32_t colour);
+
+// On Linux, for each kind of session. Each tells which was chosen and why, as in ", since DISPLAY".
+SystemChecks examineX11(const std::string &why);
+SystemChecks examineWayland(const std::string &why);
+ScreenMark drawMarkX11(const Display &display, std::uint32_t colour);
+ScreenMark drawMarkWayland(const Display &display, std::uint32_t colour);
 
 // captureProbe.cpp, deviceProbe.cpp
 

@@ -48,8 +48,7 @@ static std::vector<Display> examineDisplays(const std::optional<config::Document
     if (list.displays.empty())
         displays.checks.push_back(
             {Verdict::Bad, "displays", "there is none to mirror",
-             remedyAfter(system, "on X11 has the server a monitor? On macOS is a user logged in at "
-                                 "the screen?"),
+             remedyAfter(system, "is a monitor connected? On macOS is a user logged in at it?"),
              ExitStatus::DisplayMissing});
     std::vector<Display> wanted;
     for (const Display &display : list.displays) {
@@ -203,9 +202,10 @@ void addDoctorCommand(CLI::App &program, ExitStatus &status) {
     command->add_flag("--no-mark", options->unmarked, "Draw nothing on the screen");
     command->add_flag("--json", options->json, "Print for scripts");
     command->footer(
-        "Looks at the system (on X11 the server, its extensions and the kind of session; on macOS\n"
-        "whether screen recording is permitted), lists the displays, and tries to capture each,\n"
-        "or the document's: mirrors it for a moment onto this program itself.\n"
+        "Looks at the system (on Linux the kind of session, and the display server and what it\n"
+        "offers; on macOS whether screen recording is permitted), lists the displays, and tries "
+        "to\n"
+        "capture each, or the document's: mirrors it for a moment onto this program itself.\n"
         "\n"
         "A BLACK PICTURE PROVES NOTHING: the screen may be black, or the program may not see it.\n"
         "So the doctor draws a mark: a square of 32 pixels in the top left corner of the screen,\n"

@@ -90,7 +90,8 @@ static bool isUpToDate(const Connection &connection) {
     return done != nullptr;
 }
 
-ScreenMark drawMark(std::uint32_t width, std::uint32_t height, std::uint32_t colour) {
+// In every monitor of the display's size.
+ScreenMark drawMarkX11(const Display &display, std::uint32_t colour) {
     const platform::SigpipeGuard guard;
     const auto windows = std::make_shared<Windows>();
     if (!windows->connection)
@@ -101,7 +102,8 @@ ScreenMark drawMark(std::uint32_t width, std::uint32_t height, std::uint32_t col
         return {"the X server does not list its monitors"};
     const std::uint32_t pixel = pixelOf(connection, colour);
     for (const auto &[id, area] : *monitors)
-        if (area.width == static_cast<int>(width) && area.height == static_cast<int>(height))
+        if (area.width == static_cast<int>(display.width) &&
+            area.height == static_cast<int>(display.height))
             windows->places.push_back(showAt(connection, area.x, area.y, pixel));
     if (windows->places.empty())
         return {"no monitor has the display's size"};

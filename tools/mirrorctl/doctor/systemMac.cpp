@@ -32,7 +32,7 @@ SystemChecks examineSystem() {
 // Connected sockets report these errors by default.
 void requestNetworkErrors(int, int) {}
 
-ScreenMark drawMark(std::uint32_t, std::uint32_t, std::uint32_t) {
+ScreenMark drawMark(const Display &, std::uint32_t) {
     return {"this program draws no marks on this system"};
 }
 

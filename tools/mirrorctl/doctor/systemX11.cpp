@@ -5,8 +5,6 @@
 #include "platform/x11/pixelMemory.h"
 
 #include <cstdlib>
-#include <netinet/in.h>
-#include <sys/socket.h>
 #include <xcb/damage.h>
 #include <xcb/randr.h>
 #include <xcb/shm.h>
@@ -27,6 +25,11 @@ static bool isWaylandSession() {
     const char *type = std::getenv("XDG_SESSION_TYPE");
     return (socket && *socket) || (type && std::string(type) == "wayland");
 }
+
+// Where the X server is asked although this is a Wayland session.
+static constexpr const char *mirrorSession =
+    "to mirror the session, set WAYLAND_DISPLAY to the name of its compositor, such as wayland-0, "
+    "and do not set MIRROR_DISPLAY_SERVER to x11";
 
 static std::string displayVariable() {
     const char *value = std::getenv("DISPLAY");
@@ -58,12 +61,13 @@ static Check refusal(const std::string &name, const Handshake &handshake) {
 }
 
 // Why no X server can be queried.
-static Check explain(const Handshake &handshake) {
+static Check explain(const Handshake &handshake, const std::string &why) {
     const std::string display = displayVariable();
     if (display.empty() && isWaylandSession())
-        return missing("the variable DISPLAY is not set: this is a Wayland session without an X "
-                       "server, and its screen cannot be mirrored",
-                       "log out, and choose an X11 session where you log in");
+        return missing("the variable DISPLAY is not set; this is a Wayland session, but X11 is "
+                       "asked" +
+                           why,
+                       mirrorSession);
     if (display.empty())
         return missing("the variable DISPLAY is not set, so there is none to ask",
                        "run this in the desktop session, or set DISPLAY to its server's name, "
@@ -136,7 +140,7 @@ static Reading readPixel(Connection &connection) {
     return error->error_code == XCB_ACCESS ? Reading::Refused : Reading::NothingThere;
 }
 
-static Check examineSession(Connection &connection, Reading reading) {
+static Check examineSession(Connection &connection, Reading reading, const std::string &why) {
     static xcb_extension_t xwayland = {"XWAYLAND", 0};
     const std::string output = connection.has(xcb_randr_id) ? waylandOutput(connection) : "";
     const bool isWaylands = !output.empty() || connection.has(xwayland);
@@ -144,9 +148,9 @@ static Check examineSession(Connection &connection, Reading reading) {
         return {Verdict::Unsure, "session",
                 "this is a Wayland session, but the X server is no part of it; what the X server "
                 "shows is mirrored, and nothing of the session",
-                "log in to an X11 session to mirror all that is on the screen"};
+                mirrorSession};
     if (!isWaylands)
-        return {Verdict::Good, "session", "a session of the X server's own"};
+        return {Verdict::Good, "session", "X11" + why};
 
     const std::string session =
         isWaylandSession() ? "this is a Wayland session"
@@ -155,7 +159,7 @@ static Check examineSession(Connection &connection, Reading reading) {
                                  (output.empty() ? "" : ", as its output " + output + " shows");
     const std::string remedy =
         isWaylandSession()
-            ? "log out, and choose an X11 session where you log in, to mirror what is on the screen"
+            ? mirrorSession
             : "choose an X11 session when you log in at that machine's screen; over the network "
               "nothing can be done";
     if (reading == Reading::Done)
@@ -260,16 +264,16 @@ static Check describe(const Connection &connection) {
                 std::to_string(screen.root_depth)};
 }
 
-SystemChecks examineSystem() {
+SystemChecks examineX11(const std::string &why) {
     constexpr auto patience = std::chrono::seconds(4);
     const platform::SigpipeGuard guard;
     auto handshake =
         std::make_shared<Handshake>(platform::x11::shakeHands(platform::Clock::now() + patience));
     const auto connection = handshake->answer == Answer::Welcome ? Connection::open() : nullptr;
     if (!connection)
-        return {{explain(*handshake)}, handshake};
+        return {{explain(*handshake, why)}, handshake};
     const Reading reading = readPixel(*connection);
-    std::vector<Check> checks = {describe(*connection), examineSession(*connection, reading)};
+    std::vector<Check> checks = {describe(*connection), examineSession(*connection, reading, why)};
     // A bad session explains a bad screen.
     if (checks.back().verdict != Verdict::Bad)
         checks.push_back(examineScreen(*connection, reading));
@@ -281,14 +285,6 @@ SystemChecks examineSystem() {
             examineNeeded(*connection, xcb_xfixes_id, "changed regions are told apart"));
     }
     return {checks, handshake};
-}
-
-void requestNetworkErrors(int fd, int family) {
-    const int wanted = 1;
-    if (family == AF_INET6)
-        setsockopt(fd, IPPROTO_IPV6, IPV6_RECVERR, &wanted, sizeof wanted);
-    else
-        setsockopt(fd, IPPROTO_IP, IP_RECVERR, &wanted, sizeof wanted);
 }
 
 } // namespace mirrorctl

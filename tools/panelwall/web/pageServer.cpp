@@ -157,7 +157,7 @@ void PageServer::answerPicture(httplib::Response &response) {
         return answerError(
             response, 404,
             "The mirrored display cannot be seen from panelwall: start it where mirroring "
-            "runs, with the same DISPLAY.");
+            "runs, with the same DISPLAY or WAYLAND_DISPLAY.");
     response.set_header("X-Screen-Size",
                         std::to_string(shot->width) + "x" + std::to_string(shot->height));
     response.set_content(shot->png.data(), shot->png.size(), "image/png");
