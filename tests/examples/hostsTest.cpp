@@ -177,7 +177,7 @@ TEST_P(HostTest, ShowsThePaletteInColourOnATerminal) {
     test::VirtualScreen screen(width, height);
     drawHalves(screen);
     screen.use();
-    test::Process host = run({"::1", "1"}, {.terminal = test::TerminalSize{}});
+    test::Process host = run({"::ffff:127.0.76.3", "1"}, {.terminal = test::TerminalSize{}});
     test::expectOutput(host.finish(), 0,
                        {"palette: \x1b[48;2;255;0;0m  \x1b[0m #ff0000 \x1b[48;2;"});
 }
