@@ -69,7 +69,7 @@ test("a wall that flashes is warned of, and the warning goes", async () => {
   for (let i = 0; i < 12; ++i)
     await sender.send("127.0.72.19", wide([[1, i % 2 ? 0 : 0xffffff, 0]]));
   // In a slow browser, the notice about silence may come first.
-  const warning = /^The whole wall flashes, up to 5\.5 times within a second/;
+  const warning = /^The wall flashes, up to 6\.0 times within a second/;
   await until("the warning", async () => warning.test(await notice.innerText()));
   const rest = setInterval(() => sender.send("127.0.72.19", wide([[1, 0, 0]])), 300);
   try {

@@ -18,10 +18,8 @@ Bridge::Bridge(const Options &options_, const config::Document &document_, const
     for (const config::OutputEntry &output : entry.outputs)
         outputs.emplace_back(output, sender);
     lastOnes.resize(outputs.size());
-    for (const panelwall::WallDevice &device : wall.devices()) {
-        firstColours.push_back(colours.size());
+    for (const panelwall::WallDevice &device : wall.devices())
         colours.resize(colours.size() + device.panels.size());
-    }
     if (pattern)
         phase = Phase::Showing;
 }
@@ -31,8 +29,8 @@ void Bridge::run() {
     while (!isOver) {
         waitUntil(nextDue());
         handleSignals();
+        const auto now = Clock::now(); // all that has arrived before is received
         receive();
-        const auto now = Clock::now();
         if (options.duration && now - start >= *options.duration)
             isLeaving = true;
         advance(now);
@@ -127,7 +125,7 @@ std::span<const Colour> Bridge::coloursOf(std::size_t output, Clock::time_point 
     const auto device = static_cast<std::size_t>(entry.outputs[output].device);
     const std::size_t count = document.devices[device].panels.size();
     if (!pattern)
-        return std::span(colours).subspan(firstColours[device], count);
+        return std::span(colours).subspan(wall.devices()[device].firstPanel, count);
     colours.resize(count);
     for (std::size_t i = 0; i < count; ++i)
         colours[i] = pattern->colourOf(output, i, now - start);

@@ -64,8 +64,7 @@ private:
     panelwall::Wall wall;
     std::deque<Output> outputs;
     FlashLimiter limiter;
-    std::vector<Colour> colours;           // of all devices' panels; in a pattern, of an output's
-    std::vector<std::size_t> firstColours; // each device's first of them
+    std::vector<Colour> colours; // of all devices' panels; in a pattern, of an output's
     std::vector<std::vector<Colour>> lastOnes; // the colours at the end, for each output
 
     const Clock::time_point start = Clock::now();

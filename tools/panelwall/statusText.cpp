@@ -95,10 +95,10 @@ std::string describeSilence(const Wall &wall, std::int32_t mode, Clock::time_poi
 }
 
 std::string describeFlashes(const Wall &wall, Clock::time_point now) {
-    const FlashMeter &flashes = wall.flashes();
+    const WallFlashMeter &flashes = wall.flashes();
     if (!flashes.lastExcess() || now - *flashes.lastExcess() >= warningTime)
         return {};
-    return lights::format("The whole wall flashes, up to %.1f times within a second: more than 3 "
+    return lights::format("The wall flashes, up to %.1f times within a second: more than 3 "
                           "can cause seizures in some people.",
                           flashes.most());
 }

@@ -11,7 +11,7 @@ std::size_t WallDevice::litPanels() const {
 }
 
 Wall::Wall(const config::Document &document, std::chrono::milliseconds transitionUnit)
-    : unit(transitionUnit) {
+    : unit(transitionUnit), flashMeter(document) {
     for (const config::DeviceEntry &entry : document.devices) {
         WallDevice &device = allDevices.emplace_back();
         device.ip = entry.ip;
@@ -25,7 +25,8 @@ Wall::Wall(const config::Document &document, std::chrono::milliseconds transitio
             made.halfSide = std::max(0.0, std::trunc(halfSide(entry)));
             ++device.knownIds[lights::wireId(device.layout, panel.panelID)];
         }
-        panelCount += device.panels.size();
+        device.firstPanel = sent.size();
+        sent.resize(sent.size() + device.panels.size());
     }
 }
 
@@ -46,19 +47,17 @@ void Wall::receive(std::size_t index, std::span<const std::uint8_t> bytes, Clock
     std::map<std::uint16_t, const lights::Record *> newest;
     for (const lights::Record &record : decoding.records)
         newest[record.id] = &record;
-    for (WallPanel &panel : device.panels) {
+    for (std::size_t i = 0; i < device.panels.size(); ++i) {
+        WallPanel &panel = device.panels[i];
         const auto found = newest.find(lights::wireId(device.layout, panel.panelID));
         if (found == newest.end())
             continue;
         const lights::Record &record = *found->second;
-        luminanceSum -= relativeLuminance(panel.colour.value_or(Colour{}));
-        panel.colour = record.colour;
-        luminanceSum += relativeLuminance(*panel.colour);
+        panel.colour = sent[device.firstPanel + i] = record.colour;
         panel.transitionTime = record.transitionTime;
         panel.transition.moveTo(*panel.colour, unit * record.transitionTime, now);
     }
-    if (panelCount > 0)
-        flashMeter.note(luminanceSum / static_cast<double>(panelCount), now);
+    flashMeter.note(sent, now);
     if (device.history)
         device.history->note(now, [&](std::size_t panel) { return device.panels[panel].colour; });
 }

@@ -8,8 +8,8 @@
 #include "tools/lights/datagram.h"
 #include "tools/wall/arrivalMeter.h"
 #include "tools/wall/colourHistory.h"
-#include "tools/wall/flashMeter.h"
 #include "tools/wall/transition.h"
+#include "tools/wall/wallFlashMeter.h"
 
 #include <chrono>
 #include <cstdint>
@@ -44,6 +44,7 @@ struct WallDevice {
     int port = 0;
     Layout layout = Layout::Wide;
     std::vector<WallPanel> panels; // in configuration order
+    std::size_t firstPanel = 0;    // among the panels of all devices
     KnownIds knownIds;
 
     std::uint64_t datagrams = 0; // received, including malformed ones
@@ -79,9 +80,8 @@ public:
     // Whether any panel is in a transition.
     bool isMoving(Clock::time_point now) const;
 
-    // How often the wall flashes, measured on the average brightness of the colours sent; panels
-    // without a colour count as black.
-    const FlashMeter &flashes() const { return flashMeter; }
+    // How often the wall flashes, by the colours sent; panels without a colour count as black.
+    const WallFlashMeter &flashes() const { return flashMeter; }
 
     // When the last datagram arrived, for any device.
     std::optional<Clock::time_point> lastArrival() const;
@@ -89,9 +89,8 @@ public:
 private:
     std::vector<WallDevice> allDevices;
     std::chrono::milliseconds unit;
-    FlashMeter flashMeter;
-    double luminanceSum = 0.0; // of all panels
-    std::size_t panelCount = 0;
+    std::vector<Colour> sent; // to all panels
+    WallFlashMeter flashMeter;
 };
 
 } // namespace panelwall

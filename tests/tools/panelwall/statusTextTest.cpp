@@ -61,7 +61,7 @@ TEST(PanelwallStatusText, AWallThatFlashesIsWarnedOf) {
         light(i % 2 == 0 ? 255 : 0);
     }
     EXPECT_EQ(describeFlashes(wall, now),
-              "The whole wall flashes, up to 3.5 times within a second: more than 3 can cause "
+              "The wall flashes, up to 3.5 times within a second: more than 3 can cause "
               "seizures in some people.");
     EXPECT_NE(describeFlashes(wall, now + milliseconds(4800)), "");
     EXPECT_EQ(describeFlashes(wall, now + milliseconds(4900)), "");

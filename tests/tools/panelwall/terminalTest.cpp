@@ -62,7 +62,7 @@ TEST_F(PanelwallTerminal, WarnsWhileTheWallFlashes) {
             const auto level = static_cast<std::uint8_t>(i % 2 == 0 ? 255 : 0);
             sendTo("127.0.58.66", 60222, {0, 1, 0, 1, level, level, level, 0, 0, 0});
         }
-        wall.waitFor("The whole wall flashes, up to 5.5 times within a second");
+        wall.waitFor("The wall flashes, up to 6.0 times within a second");
         end(wall);
     }
 }

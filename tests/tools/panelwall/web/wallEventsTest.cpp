@@ -102,7 +102,7 @@ TEST(PanelwallWallEvents, WarnOfFlashes) {
     }
     const std::string warning =
         dataOf(nowEvent(wall, {}, {}, start + milliseconds(400)), "now")["warning"].GetString();
-    EXPECT_TRUE(test::contains(warning, "up to 3.5 times"));
+    EXPECT_TRUE(test::contains(warning, "up to 4.0 times"));
 }
 
 TEST(PanelwallWallEvents, TellTheReasonOfMalformedOnes) {
