@@ -7,7 +7,7 @@
 namespace lightbridge {
 
 Colour parseColour(const std::string &text) {
-    const unsigned long number = std::stoul(text.substr(1), nullptr, 16);
+    const long long number = std::stoll(text.substr(1), nullptr, 16);
     return {static_cast<std::uint8_t>(number >> 16), static_cast<std::uint8_t>(number >> 8),
             static_cast<std::uint8_t>(number)};
 }

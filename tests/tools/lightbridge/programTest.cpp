@@ -1,8 +1,5 @@
 #include "tests/support/panelRecords.h"
 #include "tests/tools/lightbridge/bridgeSetup.h"
-#include "tools/wall/wall.h"
-
-#include <random>
 
 using namespace std::chrono_literals;
 using namespace test;
@@ -56,33 +53,18 @@ TEST_F(LightbridgeProgram, SendsTheColoursAndEndsInBlack) {
     EXPECT_EQ(bridge.err(), "");
 }
 
-// Nothing that was shown before is disturbed.
-// The wall in software and the lights show the same, whatever arrives.
-TEST_F(LightbridgeProgram, SendsWhatPanelwallShows) {
-    constexpr int panels = 12;
-    const std::string path = writeConfig("127.0.47.23", panels, {ddp(light)});
-    config::Document document = config::readText(fileText(path)).document;
-    panelwall::Wall wall(document, 0ms);
-    Process bridge = start({path, "--transition-unit", "0", "--no-flash-limit"});
-    bridge.waitFor("driving: ");
-    std::mt19937 random(5);
-    for (int i = 0; i < 60; ++i) {
-        std::vector<Record> records;
-        for (int panel = 1; panel <= panels; ++panel)
-            if (random() % 3 == 0 || panel == 1 + i % panels)
-                records.push_back({panel, static_cast<std::uint32_t>(random() % 0x1000000), 0,
-                                   static_cast<int>(random() % 20)});
-        const Datagram datagram = encode(2, records);
-        const auto now = panelwall::Clock::now();
-        wall.receive(0, datagram, now);
-        Datagram expected;
-        for (const auto &panel : wall.devices()[0].panels) {
-            const lights::Colour colour = panel.shownAt(now).value_or(lights::Colour{});
-            expected.insert(expected.end(), {colour.red, colour.green, colour.blue});
-        }
-        sendTo("127.0.47.23", 60222, datagram);
-        EXPECT_EQ(pixels(light), expected) << i;
-    }
+TEST_F(LightbridgeProgram, MulticastsOnItsInterface) {
+    LightReceiver group("239.255.18.52", 0);
+    group.join("127.0.0.1");
+    const std::string output = R"("protocol": "e131", "ip": "multicast", "device": 0, "universe": )"
+                               R"(4660, "interface": "127.0.0.1", "port": )" +
+                               std::to_string(group.port());
+    Process bridge = start({writeConfig("127.0.47.23", 1, {output}), "--transition-unit", "0"});
+    bridge.waitFor("driving: output 0 (E1.31 to multicast), 1 pixel in universe 4660 of at most ");
+    show("127.0.47.23", {{1, 0x070809, 0, 5}});
+    const Datagram packet = group.next().value();
+    EXPECT_EQ(Datagram(packet.begin() + 113, packet.begin() + 115), (Datagram{0x12, 0x34}));
+    EXPECT_EQ(Datagram(packet.begin() + 126, packet.begin() + 129), (Datagram{7, 8, 9}));
     end(bridge);
 }
 
