@@ -173,8 +173,8 @@ TEST(WaylandFault, WhatIsDrawnWhileTheHandlerReadsIsPaintedAfterwards) {
     StandInCompositor compositor({.paint = [&value](std::uint8_t *pixels, std::size_t bytes) {
         std::fill_n(pixels, bytes, value.load());
     }});
-    StreamProbe stream(test::onlyDisplay(), 4, 3);
     std::atomic<bool> held = false;
+    StreamProbe stream(test::onlyDisplay(), 4, 3);
     stream.onCall = [&](const test::HandlerCall &) { held.wait(true); };
     ASSERT_TRUE(stream.startAndWait());
     // After copies without a change, the next request is made early.

@@ -151,9 +151,9 @@ TEST(WaylandOutput, ANewModeIsFollowed) {
 
 TEST(WaylandOutput, WhileItIsTurnedNoFrameIsUpsideDown) {
     PictureScreen screen(400, 200);
-    StreamProbe stream(test::onlyDisplay(), 400, 200, 0.01);
     std::atomic<bool> turning = true;
     std::atomic<int> wrong = 0;
+    StreamProbe stream(test::onlyDisplay(), 400, 200, 0.01);
     stream.onCall = [&](const test::HandlerCall &call) {
         if (turning && call.status == kCGDisplayStreamFrameStatusFrameComplete &&
             stream.latestFrame() != screen.picture)

@@ -155,10 +155,25 @@ WaylandBrush::Window::Window(const std::string &socket)
 }
 
 WaylandBrush::Window::~Window() {
-    for (const Sheet &sheet : sheets)
+    const auto end = [](auto *object, auto destroy) {
+        if (object != nullptr)
+            destroy(object);
+    };
+    for (const Sheet &sheet : sheets) {
+        wl_buffer_destroy(sheet.buffer);
         munmap(sheet.pixels, picture.size() * 4);
-    if (shownNext != nullptr)
-        wl_callback_destroy(shownNext);
+    }
+    end(shownNext, wl_callback_destroy);
+    end(toplevel, xdg_toplevel_destroy);
+    end(role, xdg_surface_destroy);
+    end(viewport, wp_viewport_destroy);
+    end(surface, wl_surface_destroy);
+    end(viewporter, wp_viewporter_destroy);
+    end(shell, xdg_wm_base_destroy);
+    end(output, wl_output_destroy);
+    end(memory, wl_shm_destroy);
+    end(compositor, wl_compositor_destroy);
+    end(registry, wl_registry_destroy);
     if (display != nullptr)
         wl_display_disconnect(display);
 }
