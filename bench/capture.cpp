@@ -1,5 +1,6 @@
 // Measures the cost of watching the screen with this library and with other programs: the processor
-// time of the program and the time it adds to the X server's, at the same frame rate.
+// time of the program and the time it adds to the display server's, at the same frame rate. The
+// server is an X server, or sway if MIRROR_TEST_SERVER says so.
 //
 //     capture [ROUNDS [SECONDS]]
 #include "bench/bareScreen.h"
@@ -7,6 +8,7 @@
 #include "bench/measure.h"
 #include "bench/screenLoad.h"
 #include "mirror/screenMirrorMac.h"
+#include "tests/support/xServer.h"
 
 #include <cstdio>
 #include <cstring>
@@ -37,6 +39,11 @@ void captureBare(const bench::ScreenSize &size, std::atomic<long> &frames) {
         bench::escape(buffer);
         ++frames;
     }
+}
+
+// Raw pixels, without any conversion, to nowhere.
+std::vector<std::string> recorder() {
+    return {"sh", "-c", "exec wf-recorder -c rawvideo -x bgr0 -m null -f no-such-file 2>/dev/null"};
 }
 
 std::vector<std::string> ffmpeg(const bench::ScreenSize &size, const std::string &display,
@@ -79,18 +86,24 @@ std::vector<std::string> gstreamer(const std::string &display, const std::string
 
 void measure(const bench::ScreenSize &size, int rounds, double seconds) {
     test::VirtualScreen screen(size.width, size.height);
-    const std::vector<bench::Watcher> watchers = {
+    const bool isWayland = test::serverKind() == test::ServerKind::Sway;
+    std::vector<bench::Watcher> watchers = {
         {"this library's capture",
          [&size](std::atomic<long> &frames) { captureWithLibrary(size, frames); },
          {}},
-        {"bare MIT-SHM read and copy",
+        {isWayland ? "bare wlr-screencopy and copy" : "bare MIT-SHM read and copy",
          [&size](std::atomic<long> &frames) { captureBare(size, frames); },
-         {}},
+         {}}};
+    const std::vector<bench::Watcher> waylandPrograms = {
+        {"wf-recorder, raw, to a null sink", {}, recorder()}};
+    const std::vector<bench::Watcher> xPrograms = {
         {"ffmpeg x11grab, no pixel looked at", {}, ffmpeg(size, screen.display(), {})},
         {"ffmpeg x11grab, scale=80:80", {}, ffmpeg(size, screen.display(), {"-vf", "scale=80:80"})},
         {"gstreamer ximagesrc use-damage=0", {}, gstreamer(screen.display(), "0")},
         {"gstreamer ximagesrc use-damage=1", {}, gstreamer(screen.display(), "1")},
     };
+    const std::vector<bench::Watcher> &programs = isWayland ? waylandPrograms : xPrograms;
+    watchers.insert(watchers.end(), programs.begin(), programs.end());
     const std::pair<const char *, bench::Motion> motions[] = {{"still", bench::Motion::Still},
                                                               {"part", bench::Motion::Part},
                                                               {"whole", bench::Motion::Whole}};
@@ -101,7 +114,7 @@ void measure(const bench::ScreenSize &size, int rounds, double seconds) {
             const double ours = loads[0].millisecondsPerFrame();
             std::printf("| %s | %s | %s | %.3f | %.0f | %.2f | %.2f |\n", size.name, name,
                         watchers[w].name.c_str(), loads[w].total * 100, loads[w].frames, cost,
-                        w == 0 ? 1.0 : ours / cost);
+                        ours == cost ? 1.0 : ours / cost);
         }
         std::fflush(stdout);
     }
@@ -112,8 +125,9 @@ void measure(const bench::ScreenSize &size, int rounds, double seconds) {
 int main(int argc, char **argv) {
     const int rounds = argc > 1 ? std::atoi(argv[1]) : 3;
     const double seconds = argc > 2 ? std::atof(argv[2]) : 2;
-    std::puts("Watching a screen, per cent of a processor (program and X server, the drawing taken "
-              "off; median).\nMoving: a square of 64 pixels, or every pixel, 33 times a second.\n");
+    std::puts(
+        "Watching a screen, per cent of a processor (program and display server, the drawing taken "
+        "off; median).\nMoving: a square of 64 pixels, or every pixel, 33 times a second.\n");
     std::puts("| screen | moving | watcher | load % | frames/s | ms/frame | ours / this |");
     std::puts("|---|---|---|---|---|---|---|");
     for (const bench::ScreenSize &size : bench::screenSizes)

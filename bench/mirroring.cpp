@@ -1,6 +1,7 @@
 // Measures a second of mirroring a moving 1080p screen in each mode, compared with its bare parts:
 // reading the screen, copying the frame, reading the sample pixels, sending as many datagrams. Uses
-// ten panels on one device; counts the program's processor time and what it adds to the X server's.
+// ten panels on one device; counts the program's processor time and what it adds to the display
+// server's.
 //
 //     mirroring [ROUNDS [SECONDS]]
 #include "bench/bareScreen.h"
@@ -80,8 +81,9 @@ int main(int argc, char **argv) {
     const double seconds = argc > 2 ? std::atof(argv[2]) : 2;
     test::VirtualScreen screen(size.width, size.height);
     const test::LightReceiver light(address, port);
-    std::puts("Mirroring a wholly moving 1080p screen, per cent of a processor (program and X "
-              "server, the drawing taken off; median); the ratio is that of the cost per frame.\n");
+    std::puts("Mirroring a wholly moving 1080p screen, per cent of a processor (program and "
+              "display server, the drawing taken off; median); the ratio is that of the cost per "
+              "frame.\n");
     std::puts("| mode | bare parts % | frames/s | mirroring % | frames/s | ratio |");
     std::puts("|---|---|---|---|---|---|");
     const std::pair<const char *, std::int32_t> modes[] = {

@@ -1,5 +1,5 @@
 // Measures the processor time of a program that watches a screen: its own, and what it adds to the
-// X server's. The screen is virtual, and this process draws on it.
+// display server's. The screen is virtual, and this process draws on it.
 #pragma once
 
 #include "tests/support/virtualScreen.h"
@@ -38,7 +38,8 @@ private:
 // watcher.
 struct Watcher {
     std::string name;
-    // Runs in the child, with DISPLAY set, until the child is killed. Counts its frames.
+    // Runs in the child, with the server's variables set, until the child is killed. Counts its
+    // frames.
     std::function<void(std::atomic<long> &frames)> work;
     // May report its frames on standard output, in lines such as "frame=12".
     std::vector<std::string> command;
@@ -46,7 +47,7 @@ struct Watcher {
 
 struct Load {
     double own = 0;    // processor time in seconds per second
-    double server = 0; // the same for the X server, including the drawing
+    double server = 0; // the same for the server, including the drawing
     double frames = 0; // per second; 0 when the watcher does not count
 };
 

@@ -180,8 +180,8 @@ TEST_F(Signals, OurThreadsTakeNoneButFaults) {
 
 TEST_F(Signals, TheHandlersThreadTakesNoneOfTheHosts) {
     const test::UsedScreen screen(64, 48);
-    test::StreamProbe stream(test::onlyDisplay(), 64, 48);
     std::atomic<bool> blocked = true;
+    test::StreamProbe stream(test::onlyDisplay(), 64, 48);
     stream.onCall = [&](const test::HandlerCall &) {
         for (const int each : {SIGINT, SIGTERM, SIGPIPE})
             if (!isBlocked(each))

@@ -155,16 +155,25 @@ WaylandBrush::Window::Window(const std::string &socket)
 }
 
 WaylandBrush::Window::~Window() {
-    std::vector<void *> objects = {shownNext, toplevel, role,   viewport,   surface, viewporter,
-                                   shell,     output,   memory, compositor, registry};
-    for (const Sheet &sheet : sheets) {
-        munmap(sheet.pixels, picture.size() * 4);
-        objects.push_back(sheet.buffer);
-    }
-    // The compositor forgets them with the connection.
-    for (void *object : objects)
+    const auto end = [](auto *object, auto destroy) {
         if (object != nullptr)
-            wl_proxy_destroy(static_cast<wl_proxy *>(object));
+            destroy(object);
+    };
+    for (const Sheet &sheet : sheets) {
+        wl_buffer_destroy(sheet.buffer);
+        munmap(sheet.pixels, picture.size() * 4);
+    }
+    end(shownNext, wl_callback_destroy);
+    end(toplevel, xdg_toplevel_destroy);
+    end(role, xdg_surface_destroy);
+    end(viewport, wp_viewport_destroy);
+    end(surface, wl_surface_destroy);
+    end(viewporter, wp_viewporter_destroy);
+    end(shell, xdg_wm_base_destroy);
+    end(output, wl_output_destroy);
+    end(memory, wl_shm_destroy);
+    end(compositor, wl_compositor_destroy);
+    end(registry, wl_registry_destroy);
     if (display != nullptr)
         wl_display_disconnect(display);
 }
