@@ -32,7 +32,9 @@ function(discover_tests name)
 endfunction()
 
 # discover_wayland_tests(NAME FILTER ARGUMENTS...): registers those tests of a GoogleTest program that
-# FILTER selects under the prefix "wayland.", to run on a Wayland compositor.
+# FILTER selects under the prefix "wayland.", to run on a Wayland compositor. Call it after
+# discover_tests(): unless the program's tests have a lock, a test is not run on both at the same
+# time, since it uses the same addresses.
 function(discover_wayland_tests name filter)
     set(arguments ${ARGN})
     if(NOT PROPERTIES IN_LIST arguments)
@@ -40,4 +42,13 @@ function(discover_wayland_tests name filter)
     endif()
     discover_tests(${name} TEST_PREFIX wayland. TEST_FILTER ${filter} TEST_LIST ${name}Wayland
                    ${arguments} ENVIRONMENT MIRROR_TEST_SERVER=sway)
+    if(NOT RESOURCE_LOCK IN_LIST arguments)
+        file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/${name}Locks.cmake "
+            foreach(test IN LISTS ${name}Wayland)
+                string(REGEX REPLACE \"^wayland[.]\" \"\" other \"\${test}\")
+                set_tests_properties(\"\${test}\" \"\${other}\" PROPERTIES RESOURCE_LOCK \"\${other}\")
+            endforeach()")
+        set_property(DIRECTORY APPEND PROPERTY
+                     TEST_INCLUDE_FILES ${CMAKE_CURRENT_BINARY_DIR}/${name}Locks.cmake)
+    endif()
 endfunction()

@@ -41,7 +41,7 @@ private:
 
 // How long library calls may go on after a signal, in seconds, before the process ends without
 // waiting for them.
-inline constexpr double graceSeconds = 0.25;
+inline constexpr double graceSeconds = 0.5;
 
 // Runs `work` on a separate thread and returns its result. When a signal comes, the work has
 // `graceSeconds` to notice it (StopSignals::firstSignal()) and to return NothingSent. If it does
