@@ -12,10 +12,7 @@ if(MIRROR_TOOLS)
         string(PREPEND there $<IF:$<PLATFORM_ID:Darwin>,@loader_path,$ORIGIN>/)
     endif()
     set_target_properties(mirrorctl PROPERTIES INSTALL_RPATH ${there})
-    set(programs mirrorctl panelwall)
-    if(TARGET lightbridge)
-        list(APPEND programs lightbridge)
-    endif()
+    set(programs lightbridge mirrorctl panelwall)
     install(TARGETS ${programs} COMPONENT Programs)
     # Debian's zsh looks for the completions of packages in another folder.
     install(CODE [[

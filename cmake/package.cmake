@@ -54,12 +54,13 @@ debian_package(PROGRAMS screen-mirror utils
     "mirrors a display onto networked lights (programs)"
 "mirrorctl mirrors a display from the command line, makes and checks
 configurations, and finds out why nothing is mirrored. panelwall is light
-devices in software, shown in the terminal or in a browser.")
+devices in software, shown in the terminal or in a browser. lightbridge drives
+lights that understand DDP, E1.31, Art-Net or WLED realtime.")
 debian_package(MANUAL screen-mirror-doc doc
     "mirrors a display onto networked lights (manual)"
-"The manual of the screen mirroring library and of its programs mirrorctl and
-panelwall: configurations, modes, datagrams, recordings, performance and
-security; and whole hosts to start from in C, C++, Python and JavaScript.")
+"The manual of the screen mirroring library and of its programs mirrorctl,
+panelwall and lightbridge: configurations, modes, datagrams, recordings,
+performance and security; and whole hosts to start from in C, C++, Python and JavaScript.")
 
 # shlibs gives the dependency of packages built against the library; the trigger runs ldconfig.
 file(WRITE ${PROJECT_BINARY_DIR}/debian/shlibs

@@ -25,7 +25,8 @@ constexpr int darwinReceiveTimeout = 0x1006;
 constexpr int darwinSendTimeout = 0x1005;
 constexpr int darwinTimestamp = 2; // as the type of a control message
 constexpr int darwinTruncated = 0x10;
-constexpr int darwinIpv6Only = 27; // Apple's netinet6/in6.h
+constexpr int darwinIpv6Only = 27;          // Apple's netinet6/in6.h
+constexpr int darwinMulticastInterface = 9; // Apple's netinet/in.h
 
 struct Number {
     int host;
@@ -94,8 +95,15 @@ int shimShutdown(int fd, int how) {
     return withErrno(shutdown(fd, how)); // the same three numbers
 }
 
+ssize_t shimSend(int fd, const void *bytes, std::size_t length, int flags) {
+    checkOpen("send", fd);
+    return withErrno(send(fd, bytes, length, hostFlags("send", messageFlags, flags)));
+}
+
 ssize_t shimSendTo(int fd, const void *bytes, std::size_t length, int flags, const void *to,
                    socklen_t toLength) {
+    if (to == nullptr && toLength == 0)
+        return shimSend(fd, bytes, length, flags);
     checkOpen("sendto", fd);
     const int sendFlags = hostFlags("sendto", messageFlags, flags);
     const auto host = hostAddress(to, toLength);
@@ -103,11 +111,6 @@ ssize_t shimSendTo(int fd, const void *bytes, std::size_t length, int flags, con
         return failWith(darwinEinval);
     return withErrno(sendto(fd, bytes, length, sendFlags,
                             reinterpret_cast<const sockaddr *>(&host->storage), host->length));
-}
-
-ssize_t shimSend(int fd, const void *bytes, std::size_t length, int flags) {
-    checkOpen("send", fd);
-    return withErrno(send(fd, bytes, length, hostFlags("send", messageFlags, flags)));
 }
 
 ssize_t shimReceive(int fd, void *bytes, std::size_t length, int flags) {
@@ -207,6 +210,8 @@ int shimSetOption(int fd, int level, int option, const void *value, socklen_t le
         return withErrno(setsockopt(fd, level, option, value, length)); // the same numbers
     if (level == IPPROTO_IPV6 && option == darwinIpv6Only && length == sizeof(int))
         return withErrno(setsockopt(fd, level, IPV6_V6ONLY, value, length));
+    if (level == IPPROTO_IP && option == darwinMulticastInterface && length == sizeof(in_addr))
+        return withErrno(setsockopt(fd, level, IP_MULTICAST_IF, value, length));
     for (const Number &known : socketOptions)
         if (level == darwinSocketLevel && option == known.darwin && length == sizeof(int))
             return withErrno(setsockopt(fd, SOL_SOCKET, known.host, value, length));

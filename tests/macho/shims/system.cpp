@@ -10,12 +10,13 @@ namespace {
 // Functions that behave the same on both systems, except for the numbers from rand(), which are
 // unspecified anyway. A thread's identifier is a pointer or number of eight bytes on both.
 constexpr const char *sameOnHost[] = {
-    "___memcpy_chk", "__exit",      "_abort",       "_clearerr", "_dprintf",      "_fprintf",
-    "_free",         "_getenv",     "_getpid",      "_hypot",    "_inet_aton",    "_inet_ntoa",
-    "_llround",      "_lround",     "_malloc",      "_memchr",   "_memcmp",       "_memcpy",
-    "_memmove",      "_memset",     "_pow",         "_printf",   "_pthread_self", "_puts",
-    "_rand",         "_realloc",    "_sched_yield", "_setbuf",   "_setvbuf",      "_snprintf",
-    "_srand",        "_strcasecmp", "_strlen",      "_strncpy",  "_time",         "_vsnprintf",
+    "___memcpy_chk", "__exit",       "_abort",        "_calloc",    "_clearerr",  "_dprintf",
+    "_exp",          "_fmod",        "_fprintf",      "_free",      "_getenv",    "_gethostname",
+    "_getpid",       "_hypot",       "_inet_aton",    "_inet_ntoa", "_llround",   "_lround",
+    "_malloc",       "_memchr",      "_memcmp",       "_memcpy",    "_memmove",   "_memset",
+    "_pow",          "_printf",      "_pthread_self", "_puts",      "_rand",      "_realloc",
+    "_remainder",    "_sched_yield", "_setbuf",       "_setvbuf",   "_snprintf",  "_srand",
+    "_strcasecmp",   "_strlen",      "_strncpy",      "_time",      "_vsnprintf",
 };
 
 } // namespace
