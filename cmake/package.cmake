@@ -60,7 +60,8 @@ debian_package(MANUAL screen-mirror-doc doc
     "mirrors a display onto networked lights (manual)"
 "The manual of the screen mirroring library and of its programs mirrorctl,
 panelwall and lightbridge: configurations, modes, datagrams, recordings,
-performance and security; and whole hosts to start from in C, C++, Python and JavaScript.")
+performance and security; and whole hosts to start from in C, C++, Python and
+JavaScript.")
 
 # shlibs gives the dependency of packages built against the library; the trigger runs ldconfig.
 file(WRITE ${PROJECT_BINARY_DIR}/debian/shlibs

@@ -9,6 +9,9 @@ pkg_get_variable(wlrFolder wlr-protocols pkgdatadir)
 # Debian has the descriptions of wlr's protocols in a package for another language.
 file(GLOB wlrFolders /usr/share/cargo/registry/wayland-protocols-*/wlr-protocols)
 set(waylandDescriptions ${waylandFolder} ${protocolsFolder} ${wlrFolder} ${wlrFolders})
+# Where one begins with two slashes, CMake's cache makes them one, and what was generated would be
+# generated again after the next configuration.
+list(TRANSFORM waylandDescriptions REPLACE "^//" "/")
 
 # wayland_protocols(LIBRARY SIDE FILES...): a static library of these protocols for the SIDE client or
 # server. Its headers are included as "protocols/...".
